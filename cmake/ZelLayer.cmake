@@ -1,0 +1,37 @@
+# SPDX-License-Identifier: Apache-2.0
+# What every target of ours is built with, and how a floor of the house is declared.
+
+# Warnings, sanitizers and house rules; never exported to users.
+add_library(zel_options INTERFACE)
+target_compile_features(zel_options INTERFACE cxx_std_20)
+target_compile_definitions(zel_options INTERFACE
+    QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII QT_NO_FOREACH BOOST_BIND_NO_PLACEHOLDERS)
+target_compile_options(zel_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wcast-align -Wunused $<$<BOOL:${ZEL_WERROR}>:-Werror>)
+if(ZEL_SANITIZE)
+    target_compile_options(zel_options INTERFACE -fsanitize=${ZEL_SANITIZE} -fno-omit-frame-pointer
+                           $<$<NOT:$<STREQUAL:${ZEL_SANITIZE},fuzzer>>:-fno-sanitize-recover=all>)
+    target_link_options(zel_options INTERFACE -fsanitize=${ZEL_SANITIZE})
+endif()
+
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+# zel_add_layer(<target> [PUBLIC_HEADERS dir] [INCLUDES dir...] [LINKS target...])
+# A floor: every source below the current folder, one static library. Floors find the headers of the floors
+# they link and no others, so an upward include does not build.
+function(zel_add_layer target)
+    cmake_parse_arguments(arg "" "PUBLIC_HEADERS" "INCLUDES;LINKS" ${ARGN})
+    file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp" "${CMAKE_CURRENT_SOURCE_DIR}/*.h")
+    add_library(${target} STATIC ${sources})
+    set_target_properties(${target} PROPERTIES AUTOMOC ON)
+    if(arg_PUBLIC_HEADERS)
+        target_include_directories(${target} PUBLIC "${CMAKE_CURRENT_SOURCE_DIR}/${arg_PUBLIC_HEADERS}")
+    endif()
+    if(arg_INCLUDES)
+        target_include_directories(${target} PUBLIC ${arg_INCLUDES})
+    endif()
+    target_link_libraries(${target} PUBLIC ${arg_LINKS} PRIVATE zel_options)
+endfunction()
