@@ -1,1 +1,32 @@
 # SPDX-License-Identifier: Apache-2.0
+# What is installed: the two shared libraries, the public headers, the programs and the package files.
+include(CMakePackageConfigHelpers)
+
+set(zel_headers "${CMAKE_INSTALL_INCLUDEDIR}/zelplatform")
+set(zel_package "${CMAKE_INSTALL_LIBDIR}/cmake/ZelPlatform")
+
+install(TARGETS zelplatform zelcoresim EXPORT ZelPlatformTargets
+        LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+set(header_layers iface jsonapi platform simulator)
+if(ZEL_DEVICE_SERVICES STREQUAL "desktop")
+    list(PREPEND header_layers device)
+endif()
+foreach(layer IN LISTS header_layers)
+    install(DIRECTORY "${PROJECT_SOURCE_DIR}/${layer}/public_headers/" DESTINATION "${zel_headers}"
+            FILES_MATCHING PATTERN "*.h")
+endforeach()
+if(ZEL_BUILD_TOOLS)
+    install(TARGETS zelctl zelcore-sim RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+endif()
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/simulator/scenarios" DESTINATION "${CMAKE_INSTALL_DATADIR}/zelplatform")
+
+install(EXPORT ZelPlatformTargets NAMESPACE ZelPlatform:: DESTINATION "${zel_package}")
+configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/ZelPlatformConfig.cmake.in"
+    "${PROJECT_BINARY_DIR}/ZelPlatformConfig.cmake" INSTALL_DESTINATION "${zel_package}")
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/ZelPlatformConfigVersion.cmake"
+    COMPATIBILITY SameMajorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/ZelPlatformConfig.cmake" "${PROJECT_BINARY_DIR}/ZelPlatformConfigVersion.cmake"
+        DESTINATION "${zel_package}")
+
+configure_file("${PROJECT_SOURCE_DIR}/cmake/zelplatform.pc.in" "${PROJECT_BINARY_DIR}/zelplatform.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/zelplatform.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
