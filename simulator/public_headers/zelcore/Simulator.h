@@ -1,0 +1,213 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <zelcore/Export.h>
+#include <zelcore/Records.h>
+
+#include <QtCore/QJsonObject>
+#include <QtCore/QList>
+#include <QtCore/QObject>
+#include <QtCore/QStringList>
+
+#include <memory>
+
+namespace zelcore {
+
+/// A core service of the messaging service, played on a desktop.
+///
+/// It serves the publish/subscribe object that the client library opens, and the two targets of the invocation
+/// framework, to any number of applications at once. Own profile, pictures, permissions, contacts, profile box and
+/// eco identifiers are one world that all applications see; the registration belongs to each application.
+///
+/// Ownership: whoever makes it owns it; applications may connect and leave as they like, and outlive it. Its folder,
+/// when it made one itself, and its sockets go with it.
+/// Thread: everything runs on the event loop of the thread it lives on; an application in the same process may share
+/// that loop. Not thread-safe.
+/// Handlers: a slot may call anything here, spin a nested event loop included, but must not delete the simulator
+/// (use deleteLater()).
+///
+/// Changes made before start() are what applications find; changes made afterwards are announced to all of them.
+///
+///     zelcore::Simulator simulator;
+///     simulator.generateContacts(25, 1);
+///     simulator.start();
+///     simulator.exportRoot();          // before the first use of the client library in this process
+///     simulator.execute(QStringLiteral("contact change anna displayName=\"Anna B.\""));
+class ZELCORE_EXPORT Simulator : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(bool running READ isRunning NOTIFY runningChanged)
+    Q_PROPERTY(int clientCount READ clientCount NOTIFY clientCountChanged)
+
+public:
+    /// What becomes of a registration request.
+    enum class RegistrationPolicy {
+        Automatic, ///< "Pending", then "Success"; a silent request goes straight to "Success".
+        Manual,    ///< "Pending" until setRegistrationState(); a silent request changes nothing by itself.
+        Fixed      ///< As Automatic, but ends in the state given with the policy.
+    };
+    Q_ENUM(RegistrationPolicy)
+
+    /// What befalls one message on its way to the applications.
+    enum class Fault {
+        Drop,      ///< It is never sent.
+        Delay,     ///< It is sent `amount` milliseconds later; the messages after it overtake it.
+        Duplicate, ///< It is sent twice.
+        Truncate,  ///< Only the first `amount` bytes of the record are sent.
+        Garble     ///< Some of its bytes are replaced; its length stays.
+    };
+    Q_ENUM(Fault)
+
+    /// What setActivity() keeps doing.
+    enum class Activity { Changes, Installs, Uninstalls, Invitations, Mixed };
+    Q_ENUM(Activity)
+
+    explicit Simulator(QObject* parent = nullptr);
+    ~Simulator() override;
+
+    // --- Life -------------------------------------------------------------------------------------------------
+
+    /// The folder below which the sockets are made; what applications need as PPS_ROOT. Only before start().
+    void setRoot(const QString& folder);
+    /// Empty before start() unless setRoot() was called: start() then makes a private temporary folder.
+    QString root() const;
+    /// Sets the environment variable PPS_ROOT of this process to root(); false without a root.
+    bool exportRoot() const;
+
+    /// Serves. False, with a sentence in \a error, when the folder cannot be made or another service lives there.
+    bool start(QString* error = nullptr);
+    /// Closes everything; the world stays as it is, start() serves it again.
+    void stop();
+    bool isRunning() const;
+
+    /// Goes away as a service that ends does: connections drop, and the object is gone until comeBack().
+    void goAway();
+    /// Returns. An application that was connected before keeps its registration when its library reconnects, and is
+    /// told permission, profile, lists and records anew.
+    bool comeBack(QString* error = nullptr);
+
+    int clientCount() const;
+
+    // --- Registration and permissions ---------------------------------------------------------------------------
+
+    /// \a fixedState counts for RegistrationPolicy::Fixed; \a delay passes between "Pending" and the outcome.
+    void setRegistrationPolicy(RegistrationPolicy policy, const QString& fixedState = QString(), int delay = 0);
+    /// Sets the state of every connected application, and the state in which new ones begin ("Unregistered").
+    /// Any text may be sent, also one that applications do not know; see registrationStates().
+    void setRegistrationState(const QString& state);
+    /// The state of the application that connected last; the beginning state without one.
+    QString registrationState() const;
+    /// The states that applications know, as they stand on the wire ("Success", "BlockedByTov", ...).
+    static QStringList registrationStates();
+
+    Permissions permissions() const;
+    void setPermissions(const Permissions& permissions);
+
+    // --- The device's own user ----------------------------------------------------------------------------------
+
+    Person profile() const;
+    /// Replaces the profile; its picture is set by setProfilePicture().
+    void setProfile(const Person& profile);
+    /// An empty \a data takes the picture away. The MIME type is taken from the first bytes.
+    void setProfilePicture(const QByteArray& data);
+    /// The bytes of any picture or icon that the service knows, by its lower-case hexadecimal SHA-1.
+    QByteArray picture(const QString& hash) const;
+
+    // --- Contacts -----------------------------------------------------------------------------------------------
+
+    /// Adds a contact who runs the application (\a installed) or does not yet. Missing ids are made from the handle,
+    /// a missing handle from the display name. The user id of the new contact; empty, with a line in the log, when
+    /// the handle or user id is taken or the record is too long for a message.
+    QString addContact(const Person& contact, bool installed = true);
+    /// Adds a contact of this display name with everything else made up.
+    QString addContact(const QString& displayName);
+    /// Adds \a count made-up people, the same ones for the same \a seed, with names in many scripts.
+    void generateContacts(int count, quint32 seed);
+    /// Replaces the record under \a contact's user id and announces the members that differ.
+    bool changeContact(const Person& contact);
+    bool removeContact(const QString& handle);
+    /// The contact starts to run the application: it joins the list that applications see.
+    bool installApplication(const QString& handle);
+    bool uninstallApplication(const QString& handle);
+    bool setContactPicture(const QString& handle, const QByteArray& data);
+    /// A default record when there is no such contact.
+    Person contact(const QString& handle) const;
+    /// Those who run the application, in the order of the list.
+    QList<Person> contacts() const;
+    /// All of them, also those without the application.
+    int contactCount() const;
+    /// Tells applications that this contact sent a connection invitation.
+    bool sendInvitation(const QString& handle);
+    /// Keeps doing something \a perSecond times a second, at random but the same for the same seed; 0 stops it.
+    void setActivity(Activity activity, double perSecond, quint32 seed = 1);
+
+    // --- Profile box --------------------------------------------------------------------------------------------
+
+    QList<BoxItem> boxItems() const;
+    QList<BoxIcon> boxIcons() const;
+    /// The id of the new item; empty when the item is refused as an application's would be.
+    QString addBoxItem(const QString& text, const QString& cookie = QString(), const QString& iconId = QString());
+    bool changeBoxItem(const BoxItem& item);
+    bool removeBoxItem(const QString& itemId);
+    void clearBox();
+    bool addBoxIcon(int iconId, const QByteArray& data);
+    bool removeBoxIcon(int iconId);
+
+    // --- Eco identifiers ----------------------------------------------------------------------------------------
+
+    /// What "requestEcoId" answers for \a ppId. Contacts and the own user have one from the start.
+    void setEcoId(const QString& ppId, const QString& ecoId);
+    /// "Unknown", "ContactExists" or "PendingContactExists"; contacts exist by themselves, and an invitation that
+    /// reaches the invocation target makes its identifier pending.
+    void setEcoIdStatus(const QString& ecoId, const QString& status);
+
+    // --- Trouble and curiosity ----------------------------------------------------------------------------------
+
+    /// The next message to any application suffers \a fault; with \a type, the next one of that message type.
+    /// Faults queue up, each for one message.
+    void injectFault(Fault fault, int amount = 0, const QString& type = QString());
+    /// Sends one message of \a type to every application, whatever it says.
+    void sendMessage(const QString& type, const QJsonObject& body);
+    /// Sends \a record to every application as it is, framing and all.
+    void sendRecord(const QByteArray& record);
+
+    // --- Commands and scenarios ---------------------------------------------------------------------------------
+
+    /// Runs one line of the command language that zelcore-sim takes on standard input ("help" describes it).
+    /// False, with a sentence in \a reply, for a line that is not a command. An empty line does nothing.
+    bool execute(const QString& commandLine, QString* reply = nullptr);
+    /// The description of all commands.
+    static QString commandHelp();
+
+    /// Takes the world and the timeline of a scenario file. \a scenario is a path or the name of one that ships with
+    /// the library (scenarioNames()). The timeline starts with start(), or at once when running. All or nothing:
+    /// a faulty file changes nothing and leaves a sentence in \a error.
+    bool loadScenario(const QString& scenario, QString* error = nullptr);
+    static QStringList scenarioNames();
+
+Q_SIGNALS:
+    void runningChanged(bool running);
+    void clientCountChanged(int count);
+    /// After the answers have been sent. \a uuid is what the application called itself.
+    void registrationRequested(const QString& uuid, bool silent);
+    void registrationStateChanged(const QString& state);
+    /// An application asked the invocation framework for something; \a data is the text of the request.
+    void invocationReceived(const QString& target, const QString& action, const QString& mimeType,
+                            const QByteArray& data);
+    /// A record of an application, before anything is done about it. \a json is empty when it is not in the form.
+    void messageReceived(quint64 client, const QString& type, const QByteArray& json);
+    /// A message on its way to an application, before faults.
+    void messageSent(quint64 client, const QString& type, const QByteArray& json);
+    /// One clear line about something that was refused; it also goes to Qt's message handler as a warning.
+    void refused(const QString& line);
+    /// A command of the scenario's timeline has run.
+    void commandExecuted(const QString& commandLine, const QString& reply);
+    /// The command "quit" was given; what it ends is for the program to say.
+    void quitRequested();
+
+private:
+    class Private;
+    std::unique_ptr<Private> const d;
+};
+
+} // namespace zelcore
