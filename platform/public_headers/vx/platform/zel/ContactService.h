@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <vx/platform/zel/Contact.h>
+#include <vx/platform/zel/ImageType.h>
+#include <iface/Export.h>
+
+#include <QtCore/QByteArray>
+#include <QtCore/QList>
+#include <QtCore/QObject>
+#include <QtCore/QString>
+
+#include <memory>
+
+namespace vx::platform::zel {
+
+class Context;
+class ContactServicePrivate;
+
+/// The user's contacts who also have the application, and what happens to them.
+///
+/// Make it after registration, in the slot of registrationStateUpdated(Allowed): one that is made while the context
+/// gives no access answers defaults for its life. The first one starts the following of contacts; all of them show the
+/// same contacts. What has come by then is there at once; one contactListUpdated() follows when the list is whole.
+/// The context is held guarded and may go first.
+///
+/// Contacts are named by their handle. A contact who removes the application is announced and stays in contacts()
+/// until the service sends its whole list again.
+///
+/// Thread: that of the context. In a slot anything may be done, including destroying this object.
+class ZEL_EXPORT ContactService : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(bool valid READ isValid NOTIFY contactListUpdated)
+    Q_PROPERTY(int contactCount READ contactCount NOTIFY contactCountChanged)
+
+public:
+    explicit ContactService(Context* context, QObject* parent = nullptr);
+    ~ContactService() override;
+
+    bool isValid() const;
+    bool containsContact(const vx::platform::zel::Contact& contact) const;
+    vx::platform::zel::Contact contact(const QString& handle) const;
+    QList<vx::platform::zel::Contact> contacts() const;
+    int contactCount() const;
+    bool requestDisplayPicture(const QString& handle) const;
+
+Q_SIGNALS:
+    // Each but applicationDisabled() comes after contact() and contacts() show what it tells.
+
+    /// The whole list is there, or was sent again. Read contacts() anew.
+    void contactListUpdated();
+    /// The answer to requestDisplayPicture(), or a picture that changed. An empty picture: the contact has none.
+    void displayPictureUpdated(QString handle, vx::platform::zel::ImageType::Type imageType, QByteArray displayPicture);
+    void contactUpdated(QString handle);
+    /// A contact installed the application, or someone who has it became a contact.
+    void applicationEnabled(QString handle);
+    /// A contact removed the application or is a contact no more. It is still in contacts().
+    void applicationDisabled(QString handle);
+
+    /// For bindings: contactCount() is another number than before. After the signal that brought it about.
+    void contactCountChanged(QPrivateSignal);
+
+private:
+    friend class ContactServicePrivate;
+    std::unique_ptr<ContactServicePrivate> const d;
+};
+
+} // namespace vx::platform::zel

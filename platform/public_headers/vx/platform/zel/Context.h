@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <vx/platform/zel/RegistrationState.h>
+#include <iface/Export.h>
+
+#include <QtCore/QObject>
+#include <QtCore/QUuid>
+
+#include <memory>
+
+namespace vx::platform::zel {
+
+class ContextPrivate;
+
+/// The first object an application makes: it carries the application's UUID, asks the messaging service to register
+/// the application and tells how that stands. Every other public class takes a Context and works only while its
+/// isAccessAllowed() is true.
+///
+/// Any number of contexts may exist. They share one connection to the service, which the first public object of any
+/// kind opens and which lasts until the process ends; each context hears every registration event. The application
+/// owns its contexts. Other public objects hold theirs guarded: after a context is gone they answer as without access.
+/// Destroying a context does not unregister anything.
+///
+/// Thread: the application's event loop thread, the one that makes the first public object. Nothing arrives unless
+/// that loop runs. Inside a slot anything may be done: make and destroy public objects, this context included, send
+/// requests, run a nested event loop (a dialog), in which further events arrive.
+///
+/// Two things to know:
+/// - Registration can be requested only after the service has told how things stand: until then
+///   requestRegisterApplication() answers false. Wait for the first registrationStateUpdated(), and look at its state.
+/// - isAccessAllowed() turns true with the service's answer, before registrationStateUpdated(Allowed), which is held
+///   back until the user's own profile, picture and (where the application may show one) profile box have come. Make
+///   the other public objects in the slot of that signal, not as soon as isAccessAllowed() happens to be true: an
+///   object that is made too early stays empty for its life.
+///
+/// \code
+/// Context context(QUuid(u"6f8d2c4e-5b0a-4a37-9d0e-0c8f3f1f2a10"_qs));
+/// QObject::connect(&context, &Context::registrationStateUpdated, &app, [&](RegistrationState::Type state) {
+///     if (state == RegistrationState::Allowed)
+///         start();
+///     else if (state == RegistrationState::Unregistered)
+///         context.requestRegisterApplication();
+/// });
+/// \endcode
+class ZEL_EXPORT Context : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(vx::platform::zel::RegistrationState::Type registrationState READ registrationState NOTIFY
+                   registrationStateUpdated)
+    Q_PROPERTY(bool accessAllowed READ isAccessAllowed NOTIFY registrationStateUpdated)
+    Q_PROPERTY(bool zelSetup READ isZelSetup NOTIFY registrationStateUpdated)
+    Q_PROPERTY(int platformVersion READ platformVersion CONSTANT)
+
+public:
+    explicit Context(const QUuid& uuid, QObject* parent = nullptr);
+    ~Context() override;
+
+    bool requestRegisterApplication();
+    bool requestRegisterApplicationSilent();
+    RegistrationState::Type registrationState() const;
+    bool isAccessAllowed() const;
+    int platformVersion() const;
+    bool isZelSetup() const;
+
+Q_SIGNALS:
+    /// The service announced a registration state, or a null UUID was refused (InvalidUuid, which changes nothing at
+    /// the service). registrationState() already answers what the service said last; for Allowed it may have done so
+    /// for a while. The same state may be announced again.
+    void registrationStateUpdated(vx::platform::zel::RegistrationState::Type state);
+
+private:
+    friend class ContextPrivate;
+    std::unique_ptr<ContextPrivate> const d;
+};
+
+} // namespace vx::platform::zel

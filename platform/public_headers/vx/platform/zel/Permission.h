@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <iface/Export.h>
+
+#include <QtCore/QObject>
+
+namespace vx::platform::zel {
+
+/// What ApplicationPermissions can be asked about. A holder for the enumeration; never instantiated.
+class ZEL_EXPORT Permission
+{
+    Q_GADGET
+
+public:
+    enum Type {
+        ProfileUpdatesAllowed = 1,     ///< The application may show its profile box in the user's profile.
+        ContactInvitationsAllowed = 2, ///< The application may invite people to become contacts.
+    };
+    Q_ENUM(Type)
+
+    Permission() = delete;
+};
+
+} // namespace vx::platform::zel

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <iface/Export.h>
+
+#include <QtCore/QObject>
+
+namespace vx::platform::zel {
+
+/// The answer to a Permission. A holder for the enumeration; never instantiated.
+class ZEL_EXPORT PermissionValue
+{
+    Q_GADGET
+
+public:
+    enum Type {
+        Allowed = 1,
+        Denied = 2,
+    };
+    Q_ENUM(Type)
+
+    PermissionValue() = delete;
+};
+
+} // namespace vx::platform::zel

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <vx/platform/zel/ImageType.h>
+#include <vx/platform/zel/ProfileBoxItem.h>
+#include <iface/Export.h>
+
+#include <QtCore/QByteArray>
+#include <QtCore/QList>
+#include <QtCore/QObject>
+#include <QtCore/QString>
+
+#include <memory>
+
+namespace vx::platform::zel {
+
+class Context;
+class ProfileBoxPrivate;
+
+/// The application's box in the user's profile: a few lines of text, each with an icon and a cookie if wanted.
+///
+/// Works while the context gives access, whenever it was made; without access it answers false, an empty list, an
+/// invalid item or 0. What the box holds when registration completes is there at once and is not announced. All boxes
+/// of a process show the same items. The context is held guarded and may go first.
+///
+/// Requests are answered by the service through the signals. Its rules: a text of 1 to 100 characters with at most two
+/// line breaks ("\r\n" counts as two), a cookie of at most 128 characters, an icon of 1 to 32768 bytes under an id of
+/// 0 or more that is not registered yet.
+///
+/// Thread: that of the context. In a slot anything may be done, including destroying this object.
+class ZEL_EXPORT ProfileBox : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(int itemCount READ itemCount NOTIFY itemCountChanged)
+
+public:
+    explicit ProfileBox(Context* context, QObject* parent = nullptr);
+    ~ProfileBox() override;
+
+    bool requestAddItem(const QString& text, int iconId, const QString& cookie);
+    bool requestAddItem(const QString& text, const QString& cookie);
+    bool requestRemoveItem(const QString& itemId);
+    bool requestRemoveAllItems();
+    ProfileBoxItem item(const QString& itemId) const;
+    QList<ProfileBoxItem> items() const;
+    int itemCount() const;
+    bool requestRegisterIcon(int iconId, ImageType::Type type, const QByteArray& icon);
+    bool requestRetrieveIcon(int iconId) const;
+
+Q_SIGNALS:
+    // Each comes after item() and items() show what it tells.
+
+    void itemAdded(QString itemId);
+    void itemRemoved(QString itemId);
+    /// The service has the icon; items may use it.
+    void iconRegistered(int iconId);
+    /// The answer to requestRetrieveIcon(), with the type that the first bytes of the data show.
+    void iconRetrieved(int iconId, vx::platform::zel::ImageType::Type iconType, QByteArray iconData);
+
+    /// For bindings: itemCount() is another number than before. After the signal that brought it about.
+    void itemCountChanged(QPrivateSignal);
+
+private:
+    friend class ProfileBoxPrivate;
+    std::unique_ptr<ProfileBoxPrivate> const d;
+};
+
+} // namespace vx::platform::zel

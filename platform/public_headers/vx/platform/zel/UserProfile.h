@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <vx/platform/zel/ImageType.h>
+#include <vx/platform/zel/UserStatus.h>
+#include <iface/Export.h>
+
+#include <QtCore/QByteArray>
+#include <QtCore/QObject>
+#include <QtCore/QString>
+
+#include <memory>
+
+namespace vx::platform::zel {
+
+class Context;
+class UserProfilePrivate;
+
+/// The user's own profile, to read and to change.
+///
+/// Make it after registration, in the slot of registrationStateUpdated(Allowed): one that is made while the context
+/// gives no access answers defaults and refuses requests for its life. It keeps a copy of the profile as it was then,
+/// and follows the changes of the display name, personal message, status and picture. While access is lost it answers
+/// defaults; the copy is kept current and shows again when access returns. The context is held guarded and may go
+/// first. The application owns its profile objects and may have several.
+///
+/// A request answers whether it was handed on, and no more: what the service makes of it shows in the signals.
+///
+/// Thread: that of the context. In a slot anything may be done, including destroying this object.
+class ZEL_EXPORT UserProfile : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(QString displayName READ displayName NOTIFY displayNameUpdated)
+    Q_PROPERTY(QString personalMessage READ personalMessage NOTIFY personalMessageUpdated)
+    Q_PROPERTY(vx::platform::zel::UserStatus::Type status READ status NOTIFY statusUpdated)
+    Q_PROPERTY(QString statusMessage READ statusMessage NOTIFY statusUpdated)
+    Q_PROPERTY(QString ppId READ ppId NOTIFY accessChanged)
+    Q_PROPERTY(QString handle READ handle NOTIFY accessChanged)
+    Q_PROPERTY(vx::platform::zel::ImageType::Type displayPictureMimeType READ displayPictureMimeType NOTIFY
+                   displayPictureUpdated)
+    Q_PROPERTY(QByteArray displayPicture READ displayPicture NOTIFY displayPictureUpdated)
+    Q_PROPERTY(QString applicationVersion READ applicationVersion NOTIFY accessChanged)
+    Q_PROPERTY(int zelVersion READ zelVersion NOTIFY accessChanged)
+    Q_PROPERTY(int sdkVersion READ sdkVersion CONSTANT)
+
+public:
+    explicit UserProfile(Context* context, QObject* parent = nullptr);
+    ~UserProfile() override;
+
+    QString displayName() const;
+    QString personalMessage() const;
+    UserStatus::Type status() const;
+    QString statusMessage() const;
+    QString ppId() const;
+    QString handle() const;
+    ImageType::Type displayPictureMimeType() const;
+    QByteArray displayPicture() const;
+    QString applicationVersion() const;
+    int zelVersion() const;
+    int sdkVersion() const;
+
+    bool requestUpdatePersonalMessage(const QString& personalMessage);
+    bool requestUpdateStatus(UserStatus::Type status, const QString& statusMessage);
+    bool requestUpdateDisplayPicture(ImageType::Type type, const QByteArray& displayPicture);
+
+Q_SIGNALS:
+    // Each comes after this object shows the new value. A change that the application requested itself is announced
+    // like any other, once the service has taken it.
+
+    void displayNameUpdated(QString value);
+    void personalMessageUpdated(QString value);
+    void statusUpdated(vx::platform::zel::UserStatus::Type status, QString statusMessage);
+    void displayPictureUpdated(vx::platform::zel::ImageType::Type displayPictureMimeType, QByteArray displayPicture);
+
+    /// For bindings to what never changes but with the access: access was lost or came back.
+    void accessChanged(QPrivateSignal);
+
+private:
+    friend class UserProfilePrivate;
+    std::unique_ptr<UserProfilePrivate> const d;
+};
+
+} // namespace vx::platform::zel

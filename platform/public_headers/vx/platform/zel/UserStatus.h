@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <iface/Export.h>
+
+#include <QtCore/QObject>
+
+namespace vx::platform::zel {
+
+/// Whether a user is available. There is no value 0: what has no profile to read answers Available.
+/// A holder for the enumeration; never instantiated.
+class ZEL_EXPORT UserStatus
+{
+    Q_GADGET
+
+public:
+    enum Type {
+        Available = 1,
+        Busy = 2,
+    };
+    Q_ENUM(Type)
+
+    UserStatus() = delete;
+};
+
+} // namespace vx::platform::zel

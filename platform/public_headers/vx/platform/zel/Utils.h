@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <vx/platform/zel/EcoIdStatus.h>
+#include <iface/Export.h>
+
+#include <QtCore/QObject>
+#include <QtCore/QString>
+
+#include <memory>
+
+namespace vx::platform::zel {
+
+class Context;
+class UtilsPrivate;
+
+/// Looks up eco identifiers and hands invitations and chats to the messaging application.
+///
+/// Works while the context gives access, whenever it was made; without access every request answers false and nothing
+/// is sent. The context is held guarded and may go first. Answers name what was asked for and nothing more: each Utils
+/// hears the answers to the requests of all.
+///
+/// Thread: that of the context. In a slot anything may be done, including destroying this object.
+class ZEL_EXPORT Utils : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Utils(Context* context, QObject* parent = nullptr);
+    ~Utils() override;
+
+    bool requestEcoId(const QString& ppId);
+    bool requestEcoIdStatus(const QString& ecoId);
+    bool sendContactInvitation(const QString& ecoId, const QString& displayName, const QString& message);
+    bool invokeChat(const QString& ecoId);
+
+Q_SIGNALS:
+    /// The answer to requestEcoId(); an empty ecoId: the service knows none.
+    void ecoIdUpdated(const QString& ppId, const QString& ecoId);
+    /// The answer to requestEcoIdStatus().
+    void ecoIdStatusUpdated(const QString& ecoId, vx::platform::zel::EcoIdStatus::Type status);
+
+private:
+    friend class UtilsPrivate;
+    std::unique_ptr<UtilsPrivate> const d;
+};
+
+} // namespace vx::platform::zel
