@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <splib/contacts/PlatformContact.h>
+
+#include <iface/JsonReaderAttribute.h>
+#include <iface/ObservableList.h>
+#include <iface/ObservableListImpl.h>
+#include <zel/JsonStream.h>
+#include <zel/ListApiMultiplexer.h>
+
+#include <QList>
+#include <QObject>
+#include <QSharedPointer>
+#include <QString>
+#include <QVariant>
+
+#include <memory>
+
+namespace zelsplib {
+
+class RegistrationHandler;
+
+/// Everything of the contact manager that does not depend on whom it reports to.
+///
+/// It mirrors the list of contact ids and the records behind them, and keeps one view: the record of every listed
+/// user that has arrived with a handle, in list order. The view holds each of its records, so a change is seen
+/// however long ago the record was last read.
+///
+/// Owned by the facade, which is also the readiness callback and outlives it. Lives on the thread of the event
+/// loop. Every report may end in a slot of the application, so it may spin an event loop in which more messages
+/// arrive and more reports are made; what the manager answers then is already the new state.
+class PlatformContactManagerBase : public QObject
+{
+    Q_OBJECT
+public:
+    ~PlatformContactManagerBase() override;
+
+    /// Starts mirroring. The lists are asked for from the event loop, not within the call. Calling it again does
+    /// nothing.
+    void init();
+
+    /// While off (as at first) the whole list is reported, and nothing else.
+    void setEventsEnabled(bool enabled);
+    bool eventsEnabled() const;
+    /// Whether every listed user's record has been there once; never turns back.
+    bool isListReady() const;
+
+    /// The record of a user, or a default one. A tracked computation that asks runs again when the record changes.
+    PlatformContact getContact(const QString& userId) const;
+    /// Reports the records of the view in list order, whether or not events are enabled.
+    void getContactList();
+    /// The view; empty before init(). The handle may outlive the manager and then no longer changes.
+    iface::ObservableList<PlatformContact> contactList() const;
+
+    /// Has the contact's picture reported: at once when the contact has none, else when it has arrived. False when
+    /// there is no such contact.
+    bool retrieveAvatar(const QString& userId);
+    void requestAvatar(const QString& streamId, const QString& userId);
+
+protected:
+    PlatformContactManagerBase(const QSharedPointer<zel::ListApiMultiplexer>& multiplexer,
+                               const QSharedPointer<zel::JsonStream>& stream, RegistrationHandler* readiness,
+                               QObject* parent);
+
+private:
+    using ChangeType = iface::ObservableListImpl::ChangeType;
+    using IndexMapper = iface::ObservableListImpl::IndexMapper;
+
+    virtual void reportList(const QList<PlatformContact>& contacts) = 0;
+    virtual void reportInstalled(const PlatformContact& contact) = 0;
+    virtual void reportUninstalled(const PlatformContact& contact) = 0;
+    virtual void reportUpdated(const PlatformContact& before, const PlatformContact& after) = 0;
+    virtual void reportInvitation(const PlatformContact& contact) = 0;
+    virtual void reportAvatar(const PlatformContact& contact) = 0;
+
+    bool checkUserListState();
+    void aboutToAdd(int index, const PlatformContact& contact);
+    void aboutToRemove(int index, const PlatformContact& contact);
+    void aboutToUpdate(int index, const PlatformContact& before, const PlatformContact& after);
+    void aboutToChange(ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper,
+                       const QList<PlatformContact>& before, const QList<PlatformContact>& after);
+    void streamDataAvailable(const QString& streamId, const QVariant& data);
+    void connInvitationReceivedCallback(QObject* sender, const iface::JsonReaderAttribute& message);
+    void invitationReceived(const QString& userId);
+
+    struct Private;
+    std::unique_ptr<Private> const d;
+};
+
+} // namespace zelsplib
