@@ -13,7 +13,7 @@ class ZEL_EXPORT EcoIdStatus
     Q_GADGET
 
 public:
-    enum Type {
+    enum Type : int {
         Unknown = 0,                    ///< Not a contact, or not known to the service.
         ContactExists = 1,              ///< Already a contact.
         PendingContactInviteExists = 2, ///< An invitation is on its way.

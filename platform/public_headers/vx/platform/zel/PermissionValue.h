@@ -13,7 +13,7 @@ class ZEL_EXPORT PermissionValue
     Q_GADGET
 
 public:
-    enum Type {
+    enum Type : int {
         Allowed = 1,
         Denied = 2,
     };

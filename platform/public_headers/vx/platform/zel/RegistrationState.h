@@ -14,7 +14,7 @@ class ZEL_EXPORT RegistrationState
     Q_GADGET
 
 public:
-    enum Type {
+    enum Type : int {
         Allowed = 0,                     ///< Registered; the public classes give access.
         Unknown = 1,                     ///< Nothing heard yet, or a state that this version does not know.
         Unregistered = 2,                ///< Registration may be requested.

@@ -14,7 +14,7 @@ class ZEL_EXPORT UserStatus
     Q_GADGET
 
 public:
-    enum Type {
+    enum Type : int {
         Available = 1,
         Busy = 2,
     };

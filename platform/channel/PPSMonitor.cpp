@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <platform/channel/PPSMonitor.h>
+
+#include <platform/channel/Trace.h>
+
+#include <QtCore/QSocketNotifier>
+
+#include <unistd.h>
+
+namespace vx::platform::zel {
+
+namespace {
+constexpr int readBufferSize = 65536;
+}
+
+PPSMonitor::PPSMonitor(int ppsDescriptor, QObject* parent)
+    : QObject(parent)
+    , m_descriptor(ppsDescriptor)
+    , m_notifier(new QSocketNotifier(ppsDescriptor, QSocketNotifier::Read, this))
+{
+    m_notifier->setEnabled(true);
+    connect(m_notifier, &QSocketNotifier::activated, this, &PPSMonitor::readyRead);
+}
+
+void PPSMonitor::readyRead()
+{
+    if (m_descriptor == -1)
+        return;
+
+    QByteArray message(readBufferSize, Qt::Uninitialized);
+    const ssize_t count = ::read(m_descriptor, message.data(), readBufferSize);
+    qCDebug(lcPlatform) << count << " : Start of Message : PPSMonitor::readyRead";
+    if (count < 1) {
+        qCWarning(lcPlatform) << "PpsMonitor::read failed to read pps data, error ";
+        return;
+    }
+
+    message.resize(count);
+    qCDebug(lcPlatform) << QString::fromUtf8(message) << ": End of Message : PPSMonitor::readyRead";
+    Q_EMIT ppsMessageReceived(message);
+}
+
+} // namespace vx::platform::zel

@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <platform/channel/ServiceBridge.h>
+
+#include <platform/channel/PPSMonitor.h>
+#include <platform/channel/Trace.h>
+#include <platform/contacts/ContactServiceDelegate.h>
+#include <platform/context/ApplicationDelegate.h>
+#include <platform/ecoid/UtilsDelegate.h>
+#include <platform/messaging/MessageServiceDelegate.h>
+#include <platform/profile/UserProfileDelegate.h>
+#include <platform/profilebox/ProfileBoxDelegate.h>
+#include <vx/platform/zel/EcoIdStatus.h>
+#include <vx/platform/zel/ImageType.h>
+#include <vx/platform/zel/Permission.h>
+#include <vx/platform/zel/PermissionValue.h>
+#include <vx/platform/zel/UserStatus.h>
+
+#include <QtCore/QMutex>
+#include <QtCore/QMutexLocker>
+
+namespace vx::platform::zel {
+
+// Both are constant-initialised: they are whole before any code of the library can run.
+static ServiceBridge* _pinstance = nullptr;
+static QMutex contextEventHandlerMutex;
+
+static void registerMetaTypes()
+{
+    qRegisterMetaType<RegistrationState::Type>();
+    qRegisterMetaType<Permission::Type>();
+    qRegisterMetaType<PermissionValue::Type>();
+    qRegisterMetaType<UserStatus::Type>();
+    qRegisterMetaType<ImageType::Type>();
+    qRegisterMetaType<EcoIdStatus::Type>();
+}
+
+ServiceBridge* ServiceBridge::instance()
+{
+    const QMutexLocker locker(&contextEventHandlerMutex);
+    if (!_pinstance)
+        _pinstance = new ServiceBridge(nullptr);
+    return _pinstance;
+}
+
+ServiceBridge::ServiceBridge(QObject* parent)
+    : QObject(parent)
+{
+    registerMetaTypes();
+    m_services = Services::getServices();
+
+    m_registrar = new ApplicationDelegate(m_services, this);
+    connect(m_registrar, &ApplicationDelegate::registrationEventReceived, this,
+            &ServiceBridge::registrationAccessStatusUpdated);
+
+    if (!m_services->isInitialized()) {
+        // The reason is in the system log, which few look into first; a developer has to learn it here.
+        qCWarning(lcPlatform)
+            << "ZELSP Services not initialized -- Abort "
+            << "(cannot open /pps/services/zelcore/platform: start the core service, or a simulated one "
+               "and set PPS_ROOT to its folder, before the application)";
+        return;
+    }
+
+    m_initialized = true;
+    qCDebug(lcPlatform) << "ZELSP Services initialized";
+    createDelegates();
+    introduceToEventHandlers();
+    startMonitor();
+    m_services->globals()->sendTpaApi(QStringLiteral("Qt"));
+}
+
+ServiceBridge::~ServiceBridge() = default;
+
+void ServiceBridge::createDelegates()
+{
+    m_userProfile = new UserProfileDelegate(m_services, this);
+    m_contactService = new ContactServiceDelegate(m_services, this);
+    m_messageService = new MessageServiceDelegate(m_services, this);
+    m_utils = new UtilsDelegate(m_services, this);
+    m_profileBox = new ProfileBoxDelegate(m_services, this);
+}
+
+void ServiceBridge::introduceToEventHandlers()
+{
+    m_services->globals()->registrationEventHandler().setRegistrationBridge(this);
+    m_services->globals()->userProfileEventHandler().setUserProfileBridge(this);
+    m_services->contacts()->eventHandler().setContactServiceBridge(this);
+    m_services->messaging()->invocationManager().setMessageServiceBridge(this);
+    m_services->ecoId()->eventHandler().setEcoIdBridge(this);
+    m_services->ecoIdStatus()->eventHandler().setEcoIdStatusBridge(this);
+    m_services->profileBox()->eventHandler().setProfileBoxBridge(this);
+}
+
+void ServiceBridge::startMonitor()
+{
+    m_monitor = new PPSMonitor(m_services->ppsManager()->getPpsHandle(), this);
+    connect(m_monitor, &PPSMonitor::ppsMessageReceived, this, &ServiceBridge::dispatchPpsMessage);
+}
+
+/// Hands one read to the listeners of its type; they all run inside this call, which may be entered again from a nested
+/// event loop.
+void ServiceBridge::dispatchPpsMessage(QByteArray ppsMessage)
+{
+    const auto ppsManager = m_services->ppsManager();
+    const auto length = qstrnlen(ppsMessage.constData(), static_cast<size_t>(ppsMessage.size()));
+    ppsManager->dispatchMessageReceived(QString::fromUtf8(ppsMessage.constData(), static_cast<qsizetype>(length)));
+}
+
+/// Deliberately does nothing: the states reach the public classes from the registrar itself.
+void ServiceBridge::registrationAccessStatusUpdated(vx::platform::zel::RegistrationState::Type) {}
+
+} // namespace vx::platform::zel

@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <vx/platform/zel/ContactService.h>
+
+#include <platform/channel/ServiceBridge.h>
+#include <platform/contacts/ContactServiceDelegate.h>
+#include <vx/platform/zel/Context.h>
+
+#include <QtCore/QPointer>
+
+namespace vx::platform::zel {
+
+class ContactServicePrivate : public QObject
+{
+    Q_OBJECT
+
+public:
+    ContactServicePrivate(Context* givenContext, ContactService* contactService)
+        : QObject(contactService)
+        , q(contactService)
+        , context(givenContext)
+    {
+        if (!context || !context->isAccessAllowed())
+            return;
+        delegate = ServiceBridge::instance()->contactService();
+        delegate->updateContactList();
+        connectDelegate();
+        m_countBefore = contactCount();
+    }
+
+    bool isAllowed() const { return context && context->isAccessAllowed() && delegate; }
+    int contactCount() const { return isAllowed() ? delegate->contactCount() : 0; }
+
+    ContactService* const q;
+    QPointer<Context> const context;
+    ContactServiceDelegate* delegate = nullptr; // stays null in an object made without access
+
+private:
+    void connectDelegate();
+    void announceCount();
+
+    int m_countBefore = 0;
+};
+
+void ContactServicePrivate::connectDelegate()
+{
+    connect(delegate, &ContactServiceDelegate::contactListUpdated, q, &ContactService::contactListUpdated);
+    connect(delegate, &ContactServiceDelegate::avatarUpdated, q, &ContactService::displayPictureUpdated);
+    connect(delegate, &ContactServiceDelegate::contactUpdated, q, &ContactService::contactUpdated);
+    connect(delegate, &ContactServiceDelegate::applicationEnabled, q, &ContactService::applicationEnabled);
+    connect(delegate, &ContactServiceDelegate::applicationDisabled, q, &ContactService::applicationDisabled);
+
+    // After those above, so that the count is announced behind what changed it.
+    connect(delegate, &ContactServiceDelegate::contactListUpdated, this, &ContactServicePrivate::announceCount);
+    connect(delegate, &ContactServiceDelegate::contactUpdated, this, &ContactServicePrivate::announceCount);
+    connect(delegate, &ContactServiceDelegate::applicationEnabled, this, &ContactServicePrivate::announceCount);
+    if (context) // a slot of the list announced above may have destroyed it
+        connect(context, &Context::registrationStateUpdated, this, &ContactServicePrivate::announceCount);
+}
+
+void ContactServicePrivate::announceCount()
+{
+    const int count = contactCount();
+    if (count == m_countBefore)
+        return;
+    m_countBefore = count;
+    Q_EMIT q->contactCountChanged(ContactService::QPrivateSignal());
+}
+
+/// A service that is made while \a context gives no access, or without one, stays without contacts for its life. The
+/// list that has come so far is there when this returns; it was announced to the services made before.
+ContactService::ContactService(Context* context, QObject* parent)
+    : QObject(parent)
+    , d(std::make_unique<ContactServicePrivate>(context, this))
+{
+}
+
+ContactService::~ContactService() = default;
+
+/// Whether contacts have been received at all. Stays true once it is, while there is access.
+bool ContactService::isValid() const
+{
+    return d->isAllowed() && d->delegate->isContactListInitialized();
+}
+
+/// Whether there is a contact with that one's handle.
+bool ContactService::containsContact(const vx::platform::zel::Contact& contact) const
+{
+    return d->isAllowed() && d->delegate->containsContact(contact);
+}
+
+/// A default contact when there is none with this handle.
+vx::platform::zel::Contact ContactService::contact(const QString& handle) const
+{
+    return d->isAllowed() ? d->delegate->contact(handle) : Contact();
+}
+
+/// All contacts, in the order of their handles.
+QList<vx::platform::zel::Contact> ContactService::contacts() const
+{
+    return d->isAllowed() ? d->delegate->allContacts() : QList<Contact>();
+}
+
+int ContactService::contactCount() const
+{
+    return d->contactCount();
+}
+
+/// Asks for a contact's picture, which comes with displayPictureUpdated(); for a contact without one that happens
+/// before this returns. False without access or without such a contact.
+bool ContactService::requestDisplayPicture(const QString& handle) const
+{
+    return d->isAllowed() && d->delegate->requestAvatar(handle);
+}
+
+} // namespace vx::platform::zel
+
+#include "ContactService.moc"

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <platform/context/ApplicationDelegate.h>
+
+#include <platform/channel/Trace.h>
+#include <platform/context/HelperUtils.h>
+
+namespace vx::platform::zel {
+
+ApplicationDelegate::ApplicationDelegate(Services* services, QObject* parent)
+    : QObject(parent)
+    , m_services(services)
+{
+}
+
+/// The form that the service takes: lower-case groups of 8-4-4-4-12, 36 characters, no braces.
+QString ApplicationDelegate::quuidToZELConformantString(const QUuid& uuid)
+{
+    return uuid.toString(QUuid::WithoutBraces);
+}
+
+/// False, with nothing sent, when the service's last word on registration forbids it.
+bool ApplicationDelegate::registerApplication(const QUuid& uuid, bool silent)
+{
+    if (!m_services->canRegister())
+        return false;
+    m_services->globals()->sendRegistration(quuidToZELConformantString(uuid), silent);
+    return true;
+}
+
+void ApplicationDelegate::notifyRegistrationEvent(const QString& code)
+{
+    qCDebug(lcPlatform) << "ApplicationDelegate::notifyRegistrationEvent" << code;
+    Q_EMIT registrationEventReceived(HelperUtils::registrationStateFromString(code));
+}
+
+RegistrationState::Type ApplicationDelegate::registrationAccessState() const
+{
+    // Without a service there is nothing the application could do about it, which is what BlockedByUser says.
+    if (!m_services->isInitialized())
+        return HelperUtils::registrationStateFromString(QStringLiteral("BlockedByUser"));
+    return HelperUtils::registrationStateFromString(m_services->globals()->getAccessCode());
+}
+
+bool ApplicationDelegate::isZelSetup() const
+{
+    return m_services->isInitialized() && m_services->globals()->getPermissions().zelSetup;
+}
+
+bool ApplicationDelegate::zelInvitationsAllowed() const
+{
+    return m_services->isInitialized() && m_services->globals()->getPermissions().zelInvites;
+}
+
+bool ApplicationDelegate::isProfileBoxAllowed() const
+{
+    return m_services->isInitialized() && m_services->globals()->getPermissions().showAppBox;
+}
+
+} // namespace vx::platform::zel

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <platform/channel/Services.h>
+#include <vx/platform/zel/RegistrationState.h>
+
+#include <QtCore/QObject>
+#include <QtCore/QString>
+#include <QtCore/QUuid>
+
+namespace vx::platform::zel {
+
+/// Registration and permissions for all contexts of the process. Made and owned by the bridge, whether or not the
+/// library could be initialised; lives on the bridge's thread.
+class ApplicationDelegate : public QObject
+{
+    Q_OBJECT
+
+public:
+    ApplicationDelegate(Services* services, QObject* parent);
+
+    static QString quuidToZELConformantString(const QUuid& uuid);
+
+    bool registerApplication(const QUuid& uuid, bool silent);
+    void notifyRegistrationEvent(const QString& code);
+    RegistrationState::Type registrationAccessState() const;
+    bool isZelSetup() const;
+    bool zelInvitationsAllowed() const;
+    bool isProfileBoxAllowed() const;
+
+Q_SIGNALS:
+    void registrationEventReceived(vx::platform::zel::RegistrationState::Type state);
+
+private:
+    Services* const m_services;
+};
+
+} // namespace vx::platform::zel

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <vx/platform/zel/Context.h>
+
+#include <platform/channel/ServiceBridge.h>
+#include <platform/context/ApplicationDelegate.h>
+
+namespace vx::platform::zel {
+
+class ContextPrivate : public QObject
+{
+    Q_OBJECT
+
+public:
+    ContextPrivate(const QUuid& applicationUuid, Context* context)
+        : QObject(context)
+        , uuid(applicationUuid)
+        , q(context)
+        , delegate(ServiceBridge::instance()->registrar())
+    {
+        connect(delegate, &ApplicationDelegate::registrationEventReceived, this,
+                &ContextPrivate::registrationEventReceived);
+    }
+
+    bool requestRegistration(bool silent)
+    {
+        if (uuid.isNull()) {
+            delegate->notifyRegistrationEvent(QStringLiteral("InvalidUuid"));
+            return false;
+        }
+        return delegate->registerApplication(uuid, silent);
+    }
+
+    QUuid const uuid;
+    Context* const q;
+    ApplicationDelegate* const delegate;
+
+public Q_SLOTS:
+    void registrationEventReceived(vx::platform::zel::RegistrationState::Type state)
+    {
+        Q_EMIT q->registrationStateUpdated(state); // last: a slot may destroy the context
+    }
+};
+
+/// The first public object of the process opens the connection to the service; if there is none to be opened, the
+/// process stays without and registrationState() is BlockedByUser.
+Context::Context(const QUuid& uuid, QObject* parent)
+    : QObject(parent)
+    , d(std::make_unique<ContextPrivate>(uuid, this))
+{
+}
+
+Context::~Context() = default;
+
+/// Asks the service to register the application; it may ask the user. What comes of it shows in
+/// registrationStateUpdated(). If the application is registered already, that is announced at once and nothing is sent.
+///
+/// False when the request was not made: the UUID is null, in which case every context of the process announces
+/// InvalidUuid before this returns, or the present state does not allow registration (only Unregistered,
+/// NoDataConnection, UnexpectedError, InvalidUuid, TemporaryError and CancelledByUser do), in which case no signal
+/// follows.
+bool Context::requestRegisterApplication()
+{
+    return d->requestRegistration(false);
+}
+
+/// The same, but the service must not bother the user.
+bool Context::requestRegisterApplicationSilent()
+{
+    return d->requestRegistration(true);
+}
+
+/// What the service said last. Unknown before it said anything, BlockedByUser when there is no service.
+RegistrationState::Type Context::registrationState() const
+{
+    return d->delegate->registrationAccessState();
+}
+
+bool Context::isAccessAllowed() const
+{
+    return registrationState() == RegistrationState::Allowed;
+}
+
+int Context::platformVersion() const
+{
+    return 200;
+}
+
+/// Whether the messaging service is set up on the device. False before the service said so.
+bool Context::isZelSetup() const
+{
+    return d->delegate->isZelSetup();
+}
+
+} // namespace vx::platform::zel
+
+#include "Context.moc"

@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <vx/platform/zel/Utils.h>
+
+#include <platform/channel/ServiceBridge.h>
+#include <platform/channel/Trace.h>
+#include <platform/ecoid/UtilsDelegate.h>
+#include <vx/platform/zel/Context.h>
+
+#include <QtCore/QPointer>
+
+namespace vx::platform::zel {
+
+class UtilsPrivate : public QObject
+{
+    Q_OBJECT
+
+public:
+    UtilsPrivate(Context* givenContext, Utils* utils)
+        : QObject(utils)
+        , context(givenContext)
+        , q(utils)
+        , delegate(givenContext ? ServiceBridge::instance()->utils() : nullptr)
+    {
+        qCDebug(lcPlatform) << "entering UtilsPrivate::UtilsPrivate";
+        if (!delegate)
+            return;
+        connect(delegate, &UtilsDelegate::ecoIdUpdated, q, &Utils::ecoIdUpdated);
+        connect(delegate, &UtilsDelegate::ecoIdStatusUpdated, q, &Utils::ecoIdStatusUpdated);
+    }
+
+    bool isAllowed() const { return context && context->isAccessAllowed() && delegate; }
+
+    QPointer<Context> const context;
+    Utils* const q;
+    UtilsDelegate* const delegate; // null without a context and without a service
+};
+
+Utils::Utils(Context* context, QObject* parent)
+    : QObject(parent)
+    , d(std::make_unique<UtilsPrivate>(context, this))
+{
+}
+
+Utils::~Utils() = default;
+
+/// Asks for the eco identifier that belongs to a ppId; see ecoIdUpdated().
+bool Utils::requestEcoId(const QString& ppId)
+{
+    return d->isAllowed() && d->delegate->ecoIdRequest(ppId);
+}
+
+/// Asks how the user stands with an eco identifier's owner; see ecoIdStatusUpdated(). False also for an empty one.
+bool Utils::requestEcoIdStatus(const QString& ecoId)
+{
+    return d->isAllowed() && d->delegate->ecoIdStatusRequest(ecoId);
+}
+
+/// Has the messaging application invite the owner of an eco identifier, showing the user's \a displayName and a
+/// \a message. False also when that application cannot be reached.
+bool Utils::sendContactInvitation(const QString& ecoId, const QString& displayName, const QString& message)
+{
+    return d->isAllowed() && d->delegate->sendContactInvitation(ecoId, displayName, message);
+}
+
+/// Has the messaging application open a chat. False also when that application cannot be reached.
+bool Utils::invokeChat(const QString& ecoId)
+{
+    return d->isAllowed() && d->delegate->invokeChat(ecoId);
+}
+
+} // namespace vx::platform::zel
+
+#include "Utils.moc"

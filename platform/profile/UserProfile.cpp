@@ -1,0 +1,211 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <vx/platform/zel/UserProfile.h>
+
+#include <platform/channel/ServiceBridge.h>
+#include <platform/channel/Trace.h>
+#include <platform/context/HelperUtils.h>
+#include <platform/profile/UserProfileDelegate.h>
+#include <splib/contacts/PlatformContact.h>
+#include <vx/platform/zel/Context.h>
+
+#include <QtCore/QPointer>
+
+namespace vx::platform::zel {
+
+/// Keeps a copy of the profile and follows the delegate's changes in it before the public object announces them.
+class UserProfilePrivate : public QObject
+{
+    Q_OBJECT
+
+public:
+    UserProfilePrivate(Context* givenContext, UserProfile* userProfile);
+
+    bool isAllowed() const { return context && context->isAccessAllowed() && profile; }
+
+    UserProfile* const q;
+    QPointer<Context> const context;
+    UserProfileDelegate* delegate = nullptr; // these two stay null in an object made without access
+    std::unique_ptr<zelsplib::PlatformContact> profile;
+
+public Q_SLOTS:
+    void displayNameUpdated(QString value);
+    void personalMessageUpdated(QString value);
+    void statusUpdated(vx::platform::zel::UserStatus::Type status, QString statusMessage);
+    void avatarUpdated(QString avatarId, vx::platform::zel::ImageType::Type avatarMimeType, QByteArray avatar);
+
+private:
+    void connectDelegate();
+    void announceAccess();
+
+    bool m_allowedBefore = true;
+};
+
+UserProfilePrivate::UserProfilePrivate(Context* givenContext, UserProfile* userProfile)
+    : QObject(userProfile)
+    , q(userProfile)
+    , context(givenContext)
+{
+    qCDebug(lcPlatform) << "entering UserProfilePrivate::UserProfilePrivate";
+    if (!context || !context->isAccessAllowed())
+        return;
+    delegate = ServiceBridge::instance()->userProfile();
+    profile = delegate->userProfile();
+    connectDelegate();
+    connect(context, &Context::registrationStateUpdated, this, &UserProfilePrivate::announceAccess);
+}
+
+void UserProfilePrivate::connectDelegate()
+{
+    connect(delegate, &UserProfileDelegate::displayNameUpdated, this, &UserProfilePrivate::displayNameUpdated);
+    connect(delegate, &UserProfileDelegate::personalMessageUpdated, this, &UserProfilePrivate::personalMessageUpdated);
+    connect(delegate, &UserProfileDelegate::statusUpdated, this, &UserProfilePrivate::statusUpdated);
+    connect(delegate, &UserProfileDelegate::avatarUpdated, this, &UserProfilePrivate::avatarUpdated);
+}
+
+void UserProfilePrivate::announceAccess()
+{
+    const bool allowed = isAllowed();
+    if (allowed == m_allowedBefore)
+        return;
+    m_allowedBefore = allowed;
+    Q_EMIT q->accessChanged(UserProfile::QPrivateSignal());
+}
+
+// In each of these the signal comes last: a slot may destroy the public object and this one with it.
+
+void UserProfilePrivate::displayNameUpdated(QString value)
+{
+    qCDebug(lcPlatform) << "inside UserProfilePrivate::displayNameUpdated";
+    profile->setDisplayName(value);
+    Q_EMIT q->displayNameUpdated(value);
+}
+
+void UserProfilePrivate::personalMessageUpdated(QString value)
+{
+    profile->setPersonalMessage(value);
+    Q_EMIT q->personalMessageUpdated(value);
+}
+
+void UserProfilePrivate::statusUpdated(vx::platform::zel::UserStatus::Type status, QString statusMessage)
+{
+    qCDebug(lcPlatform) << "UserProfilePrivate::statusUpdated";
+    profile->setShowBusy(status == UserStatus::Busy);
+    profile->setStatusMessage(statusMessage);
+    Q_EMIT q->statusUpdated(status, statusMessage);
+}
+
+void UserProfilePrivate::avatarUpdated(QString avatarId, vx::platform::zel::ImageType::Type avatarMimeType,
+                                       QByteArray avatar)
+{
+    qCDebug(lcPlatform) << "UserProfilePrivate::avatarUpdated";
+    profile->setAvatarId(avatarId);
+    profile->setAvatarMimeType(avatarMimeType == ImageType::Unsupported
+                                   ? QString() // "image/jpeg" would turn a picture of unknown format into a JPEG
+                                   : HelperUtils::imageTypeToString(avatarMimeType));
+    profile->setAvatarData(avatar);
+    Q_EMIT q->displayPictureUpdated(avatarMimeType, avatar);
+}
+
+/// A profile that is made while \a context gives no access, or without one, stays without data for its life.
+UserProfile::UserProfile(Context* context, QObject* parent)
+    : QObject(parent)
+    , d(std::make_unique<UserProfilePrivate>(context, this))
+{
+}
+
+UserProfile::~UserProfile() = default;
+
+QString UserProfile::displayName() const
+{
+    return d->isAllowed() ? d->profile->getDisplayName() : QString();
+}
+
+QString UserProfile::personalMessage() const
+{
+    return d->isAllowed() ? d->profile->getPersonalMessage() : QString();
+}
+
+/// Available without access.
+UserStatus::Type UserProfile::status() const
+{
+    if (!d->isAllowed())
+        return UserStatus::Available;
+    const bool busy = d->profile->getShowBusy();
+    qCDebug(lcPlatform) << "UserProfile::status - getShowBusy" << busy;
+    return busy ? UserStatus::Busy : UserStatus::Available;
+}
+
+QString UserProfile::statusMessage() const
+{
+    if (!d->isAllowed())
+        return {};
+    qCDebug(lcPlatform) << "UserProfile::statusMessage - getShowBusy" << d->profile->getShowBusy();
+    return d->profile->getStatusMessage();
+}
+
+QString UserProfile::ppId() const
+{
+    return d->isAllowed() ? d->profile->getPpid() : QString();
+}
+
+QString UserProfile::handle() const
+{
+    return d->isAllowed() ? d->profile->getHandle() : QString();
+}
+
+/// Unsupported without access, and for a picture whose format the service does not name or this version does not know.
+ImageType::Type UserProfile::displayPictureMimeType() const
+{
+    return d->isAllowed() ? HelperUtils::imageTypeFromString(d->profile->getAvatarMimeType()) : ImageType::Unsupported;
+}
+
+/// The picture as the library has it now, which may be newer than the rest of this object.
+QByteArray UserProfile::displayPicture() const
+{
+    return d->isAllowed() ? d->delegate->getAvatar() : QByteArray();
+}
+
+QString UserProfile::applicationVersion() const
+{
+    return d->isAllowed() ? d->profile->getAppVersion() : QString();
+}
+
+/// The version of the messaging service; 0 without access.
+int UserProfile::zelVersion() const
+{
+    return d->isAllowed() ? d->profile->getZelVersion() : 0;
+}
+
+/// The version of this library, with or without access.
+int UserProfile::sdkVersion() const
+{
+    return 200;
+}
+
+bool UserProfile::requestUpdatePersonalMessage(const QString& personalMessage)
+{
+    if (!d->isAllowed())
+        return false;
+    d->delegate->setPersonalMessage(personalMessage);
+    return true;
+}
+
+/// Any status but Busy means available. Changes these two and nothing else of the profile.
+bool UserProfile::requestUpdateStatus(UserStatus::Type status, const QString& statusMessage)
+{
+    if (!d->isAllowed())
+        return false;
+    d->delegate->setStatus(status, statusMessage);
+    return true;
+}
+
+/// Takes a picture of 1 to 32768 bytes; it goes out as a JPEG when \a type is Unsupported. Also false while an earlier
+/// picture waits for the service to take it.
+bool UserProfile::requestUpdateDisplayPicture(ImageType::Type type, const QByteArray& displayPicture)
+{
+    return d->isAllowed() && d->delegate->setAvatar(type, displayPicture);
+}
+
+} // namespace vx::platform::zel
+
+#include "UserProfile.moc"

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <platform/profile/UserProfileDelegate.h>
+
+#include <platform/channel/Trace.h>
+#include <platform/context/HelperUtils.h>
+
+namespace vx::platform::zel {
+
+UserProfileDelegate::UserProfileDelegate(Services* services, QObject* parent)
+    : QObject(parent)
+    , m_services(services)
+{
+    qCDebug(lcPlatform) << "inside UserProfileDelegate::UserProfileDelegate";
+}
+
+std::unique_ptr<zelsplib::PlatformContact> UserProfileDelegate::userProfile() const
+{
+    return std::make_unique<zelsplib::PlatformContact>(m_services->globals()->getMyProfile());
+}
+
+QByteArray UserProfileDelegate::getAvatar() const
+{
+    return m_services->globals()->getMyAvatar();
+}
+
+// The record goes out with the fields that are set and no others, so a change of one never blanks another.
+void UserProfileDelegate::setPersonalMessage(const QString& personalMessage)
+{
+    zelsplib::PlatformContact change;
+    change.setPersonalMessage(personalMessage);
+    m_services->globals()->setMyProfile(change);
+}
+
+void UserProfileDelegate::setStatus(UserStatus::Type status, const QString& statusMessage)
+{
+    zelsplib::PlatformContact change;
+    change.setShowBusy(status == UserStatus::Busy);
+    change.setStatusMessage(statusMessage);
+    m_services->globals()->setMyProfile(change);
+}
+
+bool UserProfileDelegate::setAvatar(ImageType::Type type, const QByteArray& avatar)
+{
+    if (avatar.isEmpty())
+        return false;
+    return m_services->globals()->setProfileAvatar(HelperUtils::avatarTypeForPicture(type), avatar.constData(),
+                                                   static_cast<unsigned int>(avatar.size()));
+}
+
+void UserProfileDelegate::notifyDisplayNameUpdated(const QString& value)
+{
+    qCDebug(lcPlatform) << "displayNameUpdated";
+    Q_EMIT displayNameUpdated(value);
+}
+
+void UserProfileDelegate::notifyPersonalMessageUpdated(const QString& value)
+{
+    qCDebug(lcPlatform) << "personalMessageUpdated";
+    Q_EMIT personalMessageUpdated(value);
+}
+
+void UserProfileDelegate::notifyStatusUpdated(UserStatus::Type status, const QString& statusMessage)
+{
+    qCDebug(lcPlatform) << "UserProfileDelegate::notifyStatusUpdated";
+    Q_EMIT statusUpdated(status, statusMessage);
+}
+
+void UserProfileDelegate::notifyAvatarUpdated(const QString& avatarId, ImageType::Type avatarMimeType,
+                                              const QByteArray& avatar)
+{
+    qCDebug(lcPlatform) << "avatar changed - id: " << avatarId;
+    Q_EMIT avatarUpdated(avatarId, avatarMimeType, avatar);
+}
+
+} // namespace vx::platform::zel

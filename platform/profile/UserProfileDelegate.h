@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <platform/channel/Services.h>
+#include <vx/platform/zel/ImageType.h>
+#include <vx/platform/zel/UserStatus.h>
+
+#include <QtCore/QByteArray>
+#include <QtCore/QObject>
+#include <QtCore/QString>
+
+#include <memory>
+
+namespace vx::platform::zel {
+
+/// The own profile for all profile objects of the process. Made and owned by the bridge; lives on its thread. A slot of
+/// its signals may do anything.
+class UserProfileDelegate : public QObject
+{
+    Q_OBJECT
+
+public:
+    UserProfileDelegate(Services* services, QObject* parent);
+
+    /// A copy of the profile as it is now; the caller's.
+    std::unique_ptr<zelsplib::PlatformContact> userProfile() const;
+    /// The own picture as it is now.
+    QByteArray getAvatar() const;
+
+    void setPersonalMessage(const QString& personalMessage);
+    void setStatus(UserStatus::Type status, const QString& statusMessage);
+    bool setAvatar(ImageType::Type type, const QByteArray& avatar);
+
+    void notifyDisplayNameUpdated(const QString& value);
+    void notifyPersonalMessageUpdated(const QString& value);
+    void notifyStatusUpdated(UserStatus::Type status, const QString& statusMessage);
+    void notifyAvatarUpdated(const QString& avatarId, ImageType::Type avatarMimeType, const QByteArray& avatar);
+
+Q_SIGNALS:
+    void displayNameUpdated(QString value);
+    void personalMessageUpdated(QString value);
+    void statusUpdated(vx::platform::zel::UserStatus::Type status, QString statusMessage);
+    void avatarUpdated(QString avatarId, vx::platform::zel::ImageType::Type avatarMimeType, QByteArray avatar);
+
+private:
+    Services* const m_services;
+};
+
+} // namespace vx::platform::zel

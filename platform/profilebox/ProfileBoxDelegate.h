@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <platform/channel/Services.h>
+#include <vx/platform/zel/ImageType.h>
+#include <vx/platform/zel/ProfileBoxItem.h>
+
+#include <QtCore/QByteArray>
+#include <QtCore/QList>
+#include <QtCore/QObject>
+#include <QtCore/QString>
+
+#include <boost/optional.hpp>
+
+namespace vx::platform::zel {
+
+/// The profile box for all box objects of the process. Made and owned by the bridge; lives on its thread. A slot of its
+/// signals may do anything.
+class ProfileBoxDelegate : public QObject
+{
+    Q_OBJECT
+
+public:
+    ProfileBoxDelegate(Services* services, QObject* parent);
+
+    bool addItemRequest(const QString& text, const boost::optional<int>& iconId, const QString& cookie);
+    bool removeItemRequest(const QString& itemId);
+    bool removeAllItemsRequest();
+    ProfileBoxItem item(const QString& itemId) const;
+    QList<ProfileBoxItem> items() const;
+    int itemCount() const;
+    bool iconRegistrationRequest(int iconId, ImageType::Type type, const QByteArray& icon);
+    bool iconRetrievalRequest(int iconId) const;
+
+    void notifyItemAdded(const QString& itemId);
+    void notifyItemRemoved(const QString& itemId);
+    void notifyIconRegistered(int iconId);
+    void notifyIconRemoved(int iconId);
+    void notifyIconRetrieved(int iconId, ImageType::Type iconType, const QByteArray& iconData);
+
+Q_SIGNALS:
+    void itemAdded(QString itemId);
+    void itemRemoved(QString itemId);
+    void iconRegistered(int iconId);
+    /// Goes no further: the public class does not tell of icons that go.
+    void iconRemoved(int iconId);
+    void iconRetrieved(int iconId, vx::platform::zel::ImageType::Type iconType, QByteArray iconData);
+
+private:
+    Services* const m_services;
+};
+
+} // namespace vx::platform::zel
