@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "CommandLine.h"
+
+#include <cmath>
+
+namespace zelctl {
+
+namespace {
+
+/// One option as it was typed: "--name", "--name=value", or "--name value" where the option wants a value.
+struct Typed
+{
+    QString name;
+    std::optional<QString> value;
+};
+
+Typed split(const QString& word)
+{
+    const qsizetype equals = word.indexOf(u'=');
+    if (equals < 0)
+        return {word, std::nullopt};
+    return {word.left(equals), word.mid(equals + 1)};
+}
+
+bool setUuid(CommandLine& line, const QString& text, QString* error)
+{
+    // The null UUID is of use to see how its refusal looks.
+    line.uuid = QUuid(text);
+    if (!line.uuid.isNull() || text == QLatin1String("null-uuid") || QUuid().toString(QUuid::WithoutBraces) == text)
+        return true;
+    *error = QStringLiteral("'%1' is not a UUID; write it like %2, or null-uuid for the null one")
+                 .arg(text, CommandLine::defaultUuid().toString(QUuid::WithoutBraces));
+    return false;
+}
+
+bool setTimeout(CommandLine& line, const QString& text, QString* error)
+{
+    bool ok = false;
+    const double seconds = text.toDouble(&ok);
+    if (ok && std::isfinite(seconds) && seconds > 0 && seconds <= 86'400) {
+        line.timeout = static_cast<int>(std::ceil(seconds * 1000));
+        return true;
+    }
+    *error = QStringLiteral("'%1' is not a number of seconds above 0").arg(text);
+    return false;
+}
+
+/// Options without a value; false when \a typed is none of them.
+bool setSwitch(CommandLine& line, const Typed& typed)
+{
+    if (typed.name == QLatin1String("--simulate")) {
+        line.simulate = true;
+        line.scenario = typed.value.value_or(QString());
+        return true;
+    }
+    if (typed.value)
+        return false;
+    if (typed.name == QLatin1String("--json"))
+        return line.json = true;
+    if (typed.name == QLatin1String("--help") || typed.name == QLatin1String("-h"))
+        return line.help = true;
+    if (typed.name == QLatin1String("--version"))
+        return line.version = true;
+    return false;
+}
+
+} // namespace
+
+QUuid CommandLine::defaultUuid()
+{
+    return QUuid(QStringLiteral("7a1e0c74-5d0b-4c53-9a55-2f6f3c1be0d1"));
+}
+
+std::optional<CommandLine> CommandLine::parse(const QStringList& arguments, QString* error)
+{
+    CommandLine line;
+    qsizetype at = 0;
+    for (; at < arguments.size() && arguments.at(at).startsWith(u'-'); ++at) {
+        if (arguments.at(at) == QLatin1String("--")) {
+            ++at;
+            break;
+        }
+        Typed typed = split(arguments.at(at));
+        if (setSwitch(line, typed))
+            continue;
+        const bool isUuid = typed.name == QLatin1String("--uuid");
+        if (!isUuid && typed.name != QLatin1String("--timeout")) {
+            *error = QStringLiteral("there is no option %1").arg(arguments.at(at));
+            return std::nullopt;
+        }
+        if (!typed.value && at + 1 < arguments.size())
+            typed.value = arguments.at(++at);
+        if (!typed.value) {
+            *error = QStringLiteral("%1 wants a value").arg(typed.name);
+            return std::nullopt;
+        }
+        if (!(isUuid ? setUuid(line, *typed.value, error) : setTimeout(line, *typed.value, error)))
+            return std::nullopt;
+    }
+    line.words = arguments.mid(at);
+    return line;
+}
+
+} // namespace zelctl

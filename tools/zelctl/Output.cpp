@@ -1,0 +1,208 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Output.h"
+
+#include <QtCore/QStringList>
+
+#include <algorithm>
+
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace zelctl {
+
+namespace {
+
+bool wantsColour(std::FILE* out)
+{
+    return isatty(fileno(out)) && qEnvironmentVariableIsEmpty("NO_COLOR") && qgetenv("TERM") != "dumb";
+}
+
+bool isWide(char32_t c)
+{
+    return (c >= 0x1100 && c <= 0x115f) || (c >= 0x2e80 && c <= 0xa4cf && c != 0x303f) ||
+           (c >= 0xac00 && c <= 0xd7a3) || (c >= 0xf900 && c <= 0xfaff) || (c >= 0xfe30 && c <= 0xfe6f) ||
+           (c >= 0xff00 && c <= 0xff60) || (c >= 0xffe0 && c <= 0xffe6) || (c >= 0x1f300 && c <= 0x1f64f) ||
+           (c >= 0x1f680 && c <= 0x1f6ff) || (c >= 0x1f900 && c <= 0x1f9ff) || (c >= 0x20000 && c <= 0x3fffd);
+}
+
+/// What changes the direction of everything behind it, up to the end of the line and beyond.
+bool turnsDirection(char32_t c)
+{
+    return (c >= 0x202a && c <= 0x202e) || (c >= 0x2066 && c <= 0x2069);
+}
+
+QString padded(const QString& text, qsizetype columns)
+{
+    return text + QString(std::max<qsizetype>(0, columns - columnsOf(text)), u' ');
+}
+
+/// "displayPictureSize" as "display picture size".
+QString spelled(QLatin1String name)
+{
+    QString text;
+    for (const char c : name) {
+        if (c >= 'A' && c <= 'Z')
+            text += u' ';
+        text += QChar::fromLatin1(c).toLower();
+    }
+    return text;
+}
+
+QString joined(const QStringList& cells, const QList<qsizetype>& widths)
+{
+    QString line;
+    for (qsizetype i = 0; i < cells.size(); ++i)
+        line += i + 1 < cells.size() ? padded(cells.at(i), widths.at(i) + 2) : cells.at(i);
+    while (line.endsWith(u' '))
+        line.chop(1);
+    return line;
+}
+
+} // namespace
+
+Output::Output(Format format, std::FILE* out)
+    : m_format(format)
+    , m_out(out)
+    , m_colour(format == Format::People && wantsColour(out))
+{
+}
+
+void Output::ready(const Record& state)
+{
+    if (m_format == Format::JsonLines)
+        line(toJson(Record().flag("ready"_L1, true).append(state)));
+    else
+        sentence(u"Ready, the registration state is %1. 'help' lists the commands."_s.arg(
+            state.textOf("registrationState"_L1)));
+}
+
+void Output::answer(QLatin1String command, const Record& record)
+{
+    if (m_format == Format::JsonLines)
+        line(toJson(Record().text("answer"_L1, command).append(record)));
+    else
+        values(record);
+}
+
+void Output::request(QLatin1String command, bool ok)
+{
+    if (m_format == Format::JsonLines)
+        answer(command, Record().flag("ok"_L1, ok));
+    else
+        sentence(ok ? u"ok"_s : u"refused"_s);
+}
+
+void Output::error(const QString& message)
+{
+    if (m_format == Format::JsonLines)
+        line(toJson(Record().text("answer"_L1, u"error"_s).text("message"_L1, message)));
+    else
+        sentence(u"error: "_s + message);
+}
+
+void Output::signal(const Record& record)
+{
+    if (m_format == Format::JsonLines) {
+        line(toJson(record));
+        return;
+    }
+    QString text = bold(padded(record.textOf("source"_L1), 14)) + u"  "_s + padded(record.textOf("signal"_L1), 24);
+    for (std::size_t i = 2; i < record.members().size(); ++i) {
+        const Member& member = record.members().at(i);
+        const bool quoted = std::holds_alternative<QString>(member.value);
+        const QString value = quoted ? u'"' + printable(toText(member)) + u'"' : toText(member);
+        text += u"  "_s + member.name + u'=' + value;
+    }
+    sentence(text);
+}
+
+void Output::sentence(const QString& text)
+{
+    if (m_format == Format::People)
+        line(text.toUtf8());
+}
+
+void Output::diagnostic(const QString& text) const
+{
+    std::fprintf(stderr, "zelctl: %s\n", printable(text).toUtf8().constData());
+}
+
+void Output::line(const QByteArray& bytes)
+{
+    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), m_out);
+    std::fputc('\n', m_out);
+    std::fflush(m_out);
+}
+
+void Output::values(const Record& record)
+{
+    qsizetype width = 0;
+    for (const Member& member : record.members())
+        width = std::max(width, spelled(member.name).size());
+    for (const Member& member : record.members()) {
+        if (const auto* rows = std::get_if<QList<Record>>(&member.value))
+            table(*rows);
+        else if (const auto* nested = std::get_if<std::shared_ptr<const Record>>(&member.value))
+            values(**nested);
+        else
+            sentence(bold(padded(spelled(member.name), width)) + u"  "_s + printable(toText(member)));
+    }
+}
+
+void Output::table(const QList<Record>& rows)
+{
+    if (rows.isEmpty())
+        return;
+    QList<QStringList> lines(1);
+    for (const Member& member : rows.first().members())
+        lines.first() += spelled(member.name);
+    for (const Record& row : rows) {
+        QStringList cells;
+        for (const Member& member : row.members())
+            cells += printable(toText(member));
+        lines += cells;
+    }
+    QList<qsizetype> widths(lines.first().size(), 0);
+    for (const QStringList& cells : lines) {
+        for (qsizetype i = 0; i < cells.size(); ++i)
+            widths[i] = std::max(widths.at(i), columnsOf(cells.at(i)));
+    }
+    sentence(bold(joined(lines.first(), widths)));
+    for (qsizetype i = 1; i < lines.size(); ++i)
+        sentence(joined(lines.at(i), widths));
+}
+
+QString Output::bold(const QString& text) const
+{
+    return m_colour ? u"\033[1m"_s + text + u"\033[0m"_s : text;
+}
+
+QString printable(const QString& text)
+{
+    QString result;
+    result.reserve(text.size());
+    for (const char32_t c : text.toUcs4()) {
+        if (c == U'\n')
+            result += u"\\n"_s;
+        else if (c < 0x20 || (c >= 0x7f && c < 0xa0) || c == 0x2028 || c == 0x2029 || turnsDirection(c))
+            result += u"\\u%1"_s.arg(static_cast<uint>(c), 4, 16, QChar(u'0'));
+        else
+            result += QString::fromUcs4(&c, 1);
+    }
+    return result;
+}
+
+qsizetype columnsOf(const QString& text)
+{
+    qsizetype columns = 0;
+    for (const char32_t c : text.toUcs4()) {
+        const QChar::Category category = QChar::category(c);
+        const bool none =
+            category == QChar::Mark_NonSpacing || category == QChar::Mark_Enclosing || category == QChar::Other_Format;
+        columns += none ? 0 : isWide(c) ? 2 : 1;
+    }
+    return columns;
+}
+
+} // namespace zelctl

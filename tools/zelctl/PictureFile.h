@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <vx/platform/zel/ImageType.h>
+
+#include <QtCore/QByteArray>
+#include <QtCore/QString>
+
+#include <optional>
+
+namespace zelctl {
+
+struct Picture
+{
+    vx::platform::zel::ImageType::Type type = vx::platform::zel::ImageType::Unsupported;
+    QByteArray data;
+};
+
+/// The type that the first bytes show, else the one that the file's suffix names, else Unsupported.
+vx::platform::zel::ImageType::Type imageTypeOf(const QByteArray& data, const QString& fileName);
+
+/// Empty, with a sentence in \a error, when the file cannot be read.
+std::optional<Picture> readPicture(const QString& fileName, QString* error);
+
+/// False, with a sentence in \a error, when the file cannot be written.
+bool writePicture(const QString& fileName, const QByteArray& data, QString* error);
+
+} // namespace zelctl

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "QuitSignals.h"
+
+#include <QtCore/QSocketNotifier>
+
+#include <csignal>
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+namespace zelctl {
+
+namespace {
+
+sigset_t quitSet()
+{
+    sigset_t set;
+    sigemptyset(&set);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        // A signal that we were started to ignore (nohup, a background job) must stay ignored; blocking it would
+        // bring it back.
+        struct sigaction action;
+        if (sigaction(number, nullptr, &action) == 0 && action.sa_handler != SIG_IGN)
+            sigaddset(&set, number);
+    }
+    return set;
+}
+
+} // namespace
+
+void QuitSignals::block()
+{
+    const sigset_t set = quitSet();
+    sigprocmask(SIG_BLOCK, &set, nullptr);
+}
+
+QuitSignals::QuitSignals(QObject* parent)
+    : QObject(parent)
+    , m_descriptor([] {
+        const sigset_t set = quitSet();
+        return signalfd(-1, &set, SFD_NONBLOCK | SFD_CLOEXEC);
+    }())
+{
+    if (m_descriptor < 0)
+        return;
+    auto* notifier = new QSocketNotifier(m_descriptor, QSocketNotifier::Read, this);
+    connect(notifier, &QSocketNotifier::activated, this, [this] {
+        signalfd_siginfo info;
+        if (read(m_descriptor, &info, sizeof info) == static_cast<ssize_t>(sizeof info))
+            Q_EMIT quitRequested();
+    });
+}
+
+QuitSignals::~QuitSignals()
+{
+    if (m_descriptor >= 0)
+        close(m_descriptor);
+}
+
+} // namespace zelctl

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Record.h"
+
+#include <vx/platform/zel/Context.h>
+#include <vx/platform/zel/ImageType.h>
+
+#include <QtCore/QHash>
+#include <QtCore/QObject>
+
+#include <memory>
+
+namespace vx::platform::zel {
+class ApplicationPermissions;
+class ContactService;
+class ProfileBox;
+class UserProfile;
+class Utils;
+} // namespace vx::platform::zel
+
+namespace zelctl {
+
+/// The application that zelctl is: the context, and the public objects as an application makes them.
+///
+/// Until the first Allowed the objects are ones without a context, which answer their defaults and refuse requests.
+/// In the slot of that signal they give way to live ones: references from the accessors do not outlive it.
+class Session : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Session(const QUuid& uuid, QObject* parent = nullptr);
+    ~Session() override;
+
+    /// Whether there was a core service when the library started. It stays so for the life of the process.
+    bool hasService() const { return m_hasService; }
+    /// Whether the live objects are there.
+    bool isLive() const { return m_live; }
+
+    vx::platform::zel::Context& context() { return m_context; }
+    vx::platform::zel::ApplicationPermissions& permissions();
+    vx::platform::zel::UserProfile& profile();
+    vx::platform::zel::ContactService& contacts();
+    vx::platform::zel::ProfileBox& box();
+    vx::platform::zel::Utils& utils();
+
+    /// The next picture that arrives for this contact goes to \a fileName too.
+    void savePictureOf(const QString& handle, const QString& fileName);
+    void saveIcon(int iconId, const QString& fileName);
+
+Q_SIGNALS:
+    /// Any signal of any public object, in the order in which they came. Pictures have been saved before.
+    void signalled(const zelctl::Record& record);
+    /// The live objects are there; after the Allowed that made them has been reported by signalled().
+    void liveObjectsMade();
+    /// A picture could not be written.
+    void saveFailed(const QString& sentence);
+
+private:
+    struct Objects;
+
+    void registrationStateUpdated(vx::platform::zel::RegistrationState::Type state);
+    void connectProfile();
+    void connectContacts();
+    void connectBox();
+    void connectUtils();
+    void report(QLatin1String source, QLatin1String signal, const Record& arguments);
+    void save(QHash<QString, QString>& files, const QString& key, const QByteArray& data);
+
+    vx::platform::zel::Context m_context;
+    std::unique_ptr<Objects> m_objects;
+    QHash<QString, QString> m_pictureFiles; // handle to file name
+    QHash<QString, QString> m_iconFiles;    // icon id to file name
+    const bool m_hasService;
+    bool m_live = false;
+};
+
+} // namespace zelctl

@@ -1,0 +1,177 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "CommandLine.h"
+#include "Commands.h"
+#include "Objections.h"
+#include "OneShot.h"
+#include "Output.h"
+#include "QuitSignals.h"
+#include "Session.h"
+#include "Shell.h"
+#include "Watch.h"
+
+#include <zelcore/Simulator.h>
+
+#include <QtCore/QCoreApplication>
+
+#include <cstdio>
+#include <memory>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace zelctl {
+
+namespace {
+
+constexpr int wrongUse = 2;
+
+void printUsage()
+{
+    QString text = u"Usage: zelctl [--json] [--uuid UUID] [--timeout S] [--simulate[=SCENARIO]] COMMAND ...\n\n"
+                   "An application of the messaging service, on the command line.\n\n"
+                   "  --json                 JSON Lines on standard output, and nothing else there\n"
+                   "  --uuid UUID            what the application calls itself (default %1)\n"
+                   "  --timeout S            how many seconds a command may take (default 10)\n"
+                   "  --simulate[=SCENARIO]  with a core service of its own: a scenario file or the name of one\n\n"
+                   "Commands:\n"_s.arg(CommandLine::defaultUuid().toString(QUuid::WithoutBraces));
+    const auto add = [&text](const QString& usage, QLatin1String summary) {
+        text += u"  %1 %2\n"_s.arg(usage, -44).arg(summary);
+    };
+    for (const Command& command : commands())
+        add(command.name + u' ' + usageOf(command.signature), command.summary);
+    add(u"watch"_s, "register if allowed, and print every signal until interrupted"_L1);
+    add(u"shell"_s, "take commands from standard input, a line each; 'help' lists them"_L1);
+    text += u"\nWhat needs it registers the application first. Exit status: 0 done, 1 the request failed or timed "
+            "out, 2 wrong use.\n"_s;
+    std::fputs(text.toUtf8().constData(), stdout);
+}
+
+int complain(const QString& sentence, int exitStatus = wrongUse)
+{
+    Output(Output::Format::People).diagnostic(sentence);
+    return exitStatus;
+}
+
+/// One run of the program, once its command line is known to be right.
+class Run
+{
+public:
+    Run(const CommandLine& line, const Command* command, const Arguments& arguments)
+        : m_line(line)
+        , m_command(command)
+        , m_arguments(arguments)
+        , m_output(line.json ? Output::Format::JsonLines : Output::Format::People)
+    {
+    }
+
+    int execute()
+    {
+        if (m_line.simulate && !startSimulator())
+            return 1;
+        m_session = std::make_unique<Session>(m_line.uuid);
+        if (m_command)
+            return executeOneShot();
+        return m_line.words.first() == "watch"_L1 ? executeWatch() : executeShell();
+    }
+
+private:
+    bool startSimulator()
+    {
+        m_simulator = std::make_unique<zelcore::Simulator>();
+        QString error;
+        const bool loaded = m_line.scenario.isEmpty() || m_simulator->loadScenario(m_line.scenario, &error);
+        if (!loaded || !m_simulator->start(&error) || !m_simulator->exportRoot()) {
+            m_output.diagnostic(u"The simulator cannot start: %1"_s.arg(error));
+            return false;
+        }
+        QObject::connect(m_simulator.get(), &zelcore::Simulator::invocationReceived, m_simulator.get(),
+                         [this](const QString& target, const QString& action, const QString&, const QByteArray& data) {
+                             m_output.diagnostic(
+                                 u"%1 was asked for %2: %3"_s.arg(target, action, QString::fromUtf8(data)));
+                         });
+        return true;
+    }
+
+    int executeOneShot()
+    {
+        OneShot run(*m_session, m_output, *m_command, m_arguments, m_line.timeout);
+        if (m_simulator) {
+            run.waitForDelivery();
+            QObject::connect(m_simulator.get(), &zelcore::Simulator::invocationReceived, &run, &OneShot::delivered);
+        }
+        QObject::connect(&m_quit, &QuitSignals::quitRequested, &run, &OneShot::interrupt);
+        return loop(run);
+    }
+
+    int executeWatch()
+    {
+        Watch run(*m_session, m_output, m_line.timeout);
+        QObject::connect(&m_quit, &QuitSignals::quitRequested, &run, &Watch::quit);
+        return loop(run);
+    }
+
+    int executeShell()
+    {
+        if (!m_session->hasService())
+            m_output.diagnostic(whyNoService());
+        Shell run(*m_session, m_output, STDIN_FILENO);
+        QObject::connect(&m_quit, &QuitSignals::quitRequested, &run, &Shell::quit);
+        return loop(run);
+    }
+
+    template <typename Runner>
+    static int loop(Runner& run)
+    {
+        QObject::connect(&run, &Runner::finished, qApp, &QCoreApplication::exit);
+        // From the loop, so that an end that comes at once finds a loop to end.
+        QMetaObject::invokeMethod(&run, &Runner::start, Qt::QueuedConnection);
+        return QCoreApplication::exec();
+    }
+
+    const CommandLine& m_line;
+    const Command* const m_command;
+    const Arguments& m_arguments;
+    Output m_output;
+    QuitSignals m_quit;
+    std::unique_ptr<zelcore::Simulator> m_simulator; // outlives the session, which is its client
+    std::unique_ptr<Session> m_session;
+};
+
+int main(const QStringList& words)
+{
+    QString error;
+    const auto line = CommandLine::parse(words, &error);
+    if (!line)
+        return complain(error + u"; zelctl --help shows what there is"_s);
+    if (line->version) {
+        std::puts("zelctl " ZELCTL_VERSION);
+        return 0;
+    }
+    if (line->help || line->words == QStringList{u"help"_s}) {
+        printUsage();
+        return 0;
+    }
+    if (line->words.isEmpty())
+        return complain(u"no command; zelctl --help shows what there is"_s);
+
+    const QString& name = line->words.first();
+    const Command* command = findCommand(name);
+    if (!command && name != "watch"_L1 && name != "shell"_L1)
+        return complain(u"there is no command '%1'; zelctl --help shows what there is"_s.arg(name));
+    const Signature signature = command ? command->signature : Signature{};
+    const auto arguments = Arguments::parse(signature, line->words.mid(1), &error);
+    if (!arguments)
+        return complain(u"%1; usage: zelctl %2 %3"_s.arg(error, name, usageOf(signature)));
+    return Run(*line, command, *arguments).execute();
+}
+
+} // namespace
+
+} // namespace zelctl
+
+int main(int argc, char** argv)
+{
+    zelctl::QuitSignals::block();
+    const QCoreApplication application(argc, argv);
+    return zelctl::main(QCoreApplication::arguments().mid(1));
+}
