@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+
+namespace device {
+
+// A text that grows at its end and always ends in a NUL. Memory that cannot be had makes it fail for good and never
+// throws: it serves a C interface.
+class TextBuffer
+{
+public:
+    TextBuffer() = default;
+    ~TextBuffer() { std::free(m_data); }
+    TextBuffer(const TextBuffer&) = delete;
+    TextBuffer& operator=(const TextBuffer&) = delete;
+
+    const char* data() const { return m_data ? m_data : ""; }
+    size_t size() const { return m_size; }
+    bool hasFailed() const { return m_failed; }
+
+    void append(const char* text, size_t length)
+    {
+        char* const place = grow(length);
+        if (place && length > 0)
+            std::memcpy(place, text, length);
+    }
+    template <size_t N>
+    void append(const char (&literal)[N])
+    {
+        append(literal, N - 1);
+    }
+    void append(char character) { append(&character, 1); }
+
+private:
+    char* grow(size_t length)
+    {
+        // One byte more for the NUL; a size that wraps around is as unobtainable as one that malloc refuses.
+        const size_t needed = m_size + length + 1;
+        if (needed > m_capacity || needed <= m_size) {
+            if (!reserve(needed))
+                return nullptr;
+        }
+        char* const place = m_data + m_size;
+        m_size += length;
+        m_data[m_size] = '\0';
+        return place;
+    }
+
+    bool reserve(size_t needed)
+    {
+        if (m_failed || needed <= m_size) {
+            m_failed = true;
+            return false;
+        }
+        size_t capacity = m_capacity ? m_capacity * 2 : 1024;
+        if (capacity < needed)
+            capacity = needed;
+        char* const data = static_cast<char*>(std::realloc(m_data, capacity));
+        if (!data) {
+            m_failed = true;
+            return false;
+        }
+        m_data = data;
+        m_capacity = capacity;
+        return true;
+    }
+
+    char* m_data = nullptr;
+    size_t m_size = 0;
+    size_t m_capacity = 0;
+    bool m_failed = false;
+};
+
+} // namespace device

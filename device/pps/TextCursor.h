@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "AttributeText.h"
+#include "JsonTape.h"
+
+#include <pps/decoder.h>
+
+#include <string_view>
+#include <vector>
+
+namespace device {
+
+// A container or a value: a place on the tape of a document, or, in document 0, one of the text's objects (the root
+// is object 0).
+struct Node
+{
+    uint32_t document = 0;
+    size_t place = 0;
+
+    friend bool operator==(const Node& a, const Node& b) { return a.document == b.document && a.place == b.place; }
+
+    // As one number, never 0.
+    uintptr_t pack() const { return (static_cast<uintptr_t>(document) << placeBits) | (place + 1); }
+    static Node unpack(uintptr_t position)
+    {
+        return {static_cast<uint32_t>(position >> placeBits), (position & (largestPlace + 1)) - 1};
+    }
+    bool canBePacked() const { return place <= largestPlace && document <= (UINTPTR_MAX >> placeBits); }
+
+private:
+    static constexpr int placeBits = sizeof(uintptr_t) == 8 ? 34 : 22;
+    static constexpr uintptr_t largestPlace = (static_cast<uintptr_t>(1) << placeBits) - 2;
+};
+
+// What an element is: a node, or an attribute that is no document.
+struct Value
+{
+    enum Kind { Missing, InText, OnTape, Object };
+    Kind kind = Missing;
+    Node node;
+    const AttributeText::Attribute* attribute = nullptr; // InText only
+};
+
+// The reading side of a decoder: walks the containers of one text and remembers where it last was in each of them.
+class TextCursor
+{
+public:
+    AttributeText text;
+
+    // Begins at the root of a freshly parsed text; false when its positions cannot be packed.
+    bool begin();
+
+    Node container() const { return m_container; }
+    bool enter(Node node);
+    void moveTo(size_t elementPlace) { m_element = elementPlace; }
+    // The node around the container, and the place of the container in it.
+    bool parent(Node* parent, size_t* element) const;
+    bool isContainer(Node node) const;
+
+    size_t count() const;
+    // Moves to an element by its index.
+    bool moveToIndex(size_t index);
+    // The current element.
+    Value current() const { return m_element == end(m_container) ? Value() : valueAt(m_container, m_element); }
+    // The current element's name; one without data when it has none.
+    std::string_view currentName() const;
+    Value find(std::string_view name);
+
+    JsonTape tape(uint32_t document) const { return JsonTape(text.document(document)); }
+
+private:
+    // Where the last look-up and the last move by index ended in one container, so that the next one can go on from
+    // there. `passed` has a bit for each name before `found`: a name whose bit is not set cannot be among them, and
+    // need not be looked for there.
+    struct Trail
+    {
+        Node container;
+        size_t found = 0;
+        uint64_t passed = 0;
+        size_t indexed = 0;
+        size_t index = 0;
+    };
+
+    bool isObject(Node container) const;
+    // An element's place: in the text an attribute or, in the root behind its attributes, an object; on a tape the
+    // place of its first word.
+    size_t first(Node container) const { return container.document == 0 ? 0 : container.place + 1; }
+    size_t end(Node container) const;
+    size_t next(Node container, size_t element) const;
+    Value valueAt(Node container, size_t element) const;
+    std::string_view nameAt(Node container, size_t element) const;
+    bool contains(Node outer, Node inner) const;
+    Trail& trail();
+
+    Node m_container;
+    size_t m_element = 0;
+    // One trail for each container on the way to the one last read, the root's first: reading an array's elements in
+    // turn keeps the array's trail.
+    std::vector<Trail> m_trails;
+};
+
+} // namespace device

@@ -1,0 +1,327 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <pps/encoder.h>
+
+#include "Escape.h"
+#include "TextBuffer.h"
+
+#include <algorithm>
+#include <charconv>
+#include <climits>
+#include <cmath>
+#include <new>
+#include <string_view>
+#include <vector>
+
+using device::TextBuffer;
+
+namespace {
+
+struct Level
+{
+    bool isArray;
+    bool isEmpty;
+};
+
+struct Name
+{
+    const char* text;
+    size_t length;
+    std::string_view view() const { return text ? std::string_view(text, length) : std::string_view(); }
+};
+
+Name nameOf(const char* name)
+{
+    return {name, name ? std::char_traits<char>::length(name) : 0};
+}
+
+} // namespace
+
+struct pps_encoder_private
+{
+    TextBuffer text;
+    std::vector<Level> levels;
+    bool encodeJson = false;
+    bool isComplete = false; // JSON mode only: the one value is written
+    bool hasFailed = false;
+    size_t droppedLevels = 0; // open levels of a value that has no place
+
+    bool failed() const { return hasFailed || text.hasFailed(); }
+
+    // What comes before a value: separator and name, or the beginning of the attribute's line.
+    pps_encoder_error_t begin(Name name, std::string_view encoding)
+    {
+        if (levels.empty())
+            return encodeJson ? (name.text ? PPS_ENCODER_NAME_NOT_ALLOWED : PPS_ENCODER_OK) : beginLine(name, encoding);
+        Level& level = levels.back();
+        if (!level.isEmpty)
+            text.append(',');
+        level.isEmpty = false;
+        if (level.isArray)
+            return name.text ? PPS_ENCODER_NAME_NOT_ALLOWED : PPS_ENCODER_OK;
+        device::appendJsonString(text, name.view());
+        text.append(':');
+        return name.text ? PPS_ENCODER_OK : PPS_ENCODER_NAME_MISSING;
+    }
+
+    void end()
+    {
+        if (!levels.empty())
+            return;
+        if (encodeJson)
+            isComplete = true;
+        else
+            text.append('\n');
+    }
+
+    bool isAttribute() const { return levels.empty() && !encodeJson; }
+
+private:
+    pps_encoder_error_t beginLine(Name name, std::string_view encoding)
+    {
+        const bool isWhole = device::appendAttributeName(text, name.view());
+        text.append(':');
+        text.append(encoding.data(), encoding.size());
+        text.append(':');
+        if (name.length == 0)
+            return PPS_ENCODER_NAME_MISSING;
+        return isWhole ? PPS_ENCODER_OK : PPS_ENCODER_BAD_NAME;
+    }
+};
+
+namespace {
+
+// Whether a value can be written at all; `start` says that it opens a level.
+pps_encoder_error_t admit(pps_encoder_t* encoder, bool start)
+{
+    if (!encoder || !encoder->d)
+        return PPS_ENCODER_NOT_INITIALIZED;
+    pps_encoder_private& d = *encoder->d;
+    if (d.failed())
+        return PPS_ENCODER_NO_MEMORY;
+    if (d.droppedLevels > 0 || d.isComplete) {
+        d.droppedLevels += start ? 1 : 0;
+        return PPS_ENCODER_COMPLETE;
+    }
+    return PPS_ENCODER_OK;
+}
+
+pps_encoder_error_t result(const pps_encoder_private& d, pps_encoder_error_t error)
+{
+    return d.failed() ? PPS_ENCODER_NO_MEMORY : error;
+}
+
+// Writes one value: `write` appends it and answers what was wrong with it.
+template <typename Write>
+pps_encoder_error_t addValue(pps_encoder_t* encoder, Name name, std::string_view encoding, const Write& write)
+{
+    if (const pps_encoder_error_t error = admit(encoder, false))
+        return error;
+    pps_encoder_private& d = *encoder->d;
+    const pps_encoder_error_t nameError = d.begin(name, encoding);
+    const pps_encoder_error_t valueError = write(d.text);
+    d.end();
+    return result(d, nameError ? nameError : valueError);
+}
+
+pps_encoder_error_t addToken(pps_encoder_t* encoder, Name name, std::string_view encoding, std::string_view token,
+                             pps_encoder_error_t error = PPS_ENCODER_OK)
+{
+    return addValue(encoder, name, encoding, [token, error](TextBuffer& text) {
+        text.append(token.data(), token.size());
+        return error;
+    });
+}
+
+pps_encoder_error_t addNumber(pps_encoder_t* encoder, Name name, const char* first, std::to_chars_result last)
+{
+    return addToken(encoder, name, "n", std::string_view(first, static_cast<size_t>(last.ptr - first)));
+}
+
+pps_encoder_error_t start(pps_encoder_t* encoder, Name name, bool isArray)
+{
+    if (const pps_encoder_error_t error = admit(encoder, true))
+        return error;
+    pps_encoder_private& d = *encoder->d;
+    const pps_encoder_error_t error = d.begin(name, "json");
+    d.text.append(isArray ? '[' : '{');
+    try {
+        if (d.levels.empty())
+            d.levels.reserve(16);
+        d.levels.push_back({isArray, true});
+    } catch (const std::bad_alloc&) {
+        d.hasFailed = true;
+    }
+    return result(d, error);
+}
+
+pps_encoder_error_t finish(pps_encoder_t* encoder, bool isArray)
+{
+    if (!encoder || !encoder->d)
+        return PPS_ENCODER_NOT_INITIALIZED;
+    pps_encoder_private& d = *encoder->d;
+    if (d.failed())
+        return PPS_ENCODER_NO_MEMORY;
+    if (d.droppedLevels > 0) {
+        --d.droppedLevels;
+        return PPS_ENCODER_COMPLETE;
+    }
+    if (d.levels.empty() || d.levels.back().isArray != isArray)
+        return PPS_ENCODER_UNBALANCED;
+    d.levels.pop_back();
+    d.text.append(isArray ? ']' : '}');
+    d.end();
+    return result(d, PPS_ENCODER_OK);
+}
+
+// Line breaks mean nothing between JSON's tokens, and cannot be anywhere else in it, but they end an attribute's line.
+void appendJsonOnOneLine(TextBuffer& text, std::string_view json)
+{
+    while (!json.empty()) {
+        const size_t length = std::min(json.find_first_of("\r\n"), json.size());
+        text.append(json.data(), length);
+        if (length == json.size())
+            return;
+        text.append(' ');
+        json.remove_prefix(length + 1);
+    }
+}
+
+} // namespace
+
+void pps_encoder_initialize(pps_encoder_t* encoder, bool encodeJson)
+{
+    encoder->d = new (std::nothrow) pps_encoder_private;
+    if (encoder->d)
+        encoder->d->encodeJson = encodeJson;
+}
+
+void pps_encoder_cleanup(pps_encoder_t* encoder)
+{
+    if (!encoder)
+        return;
+    delete encoder->d;
+    encoder->d = nullptr;
+}
+
+pps_encoder_error_t pps_encoder_start_object(pps_encoder_t* encoder, const char* name)
+{
+    return start(encoder, nameOf(name), false);
+}
+
+pps_encoder_error_t pps_encoder_start_object_n(pps_encoder_t* encoder, const char* name, size_t nameLength)
+{
+    return start(encoder, {name, nameLength}, false);
+}
+
+pps_encoder_error_t pps_encoder_end_object(pps_encoder_t* encoder)
+{
+    return finish(encoder, false);
+}
+
+pps_encoder_error_t pps_encoder_start_array(pps_encoder_t* encoder, const char* name)
+{
+    return start(encoder, nameOf(name), true);
+}
+
+pps_encoder_error_t pps_encoder_start_array_n(pps_encoder_t* encoder, const char* name, size_t nameLength)
+{
+    return start(encoder, {name, nameLength}, true);
+}
+
+pps_encoder_error_t pps_encoder_end_array(pps_encoder_t* encoder)
+{
+    return finish(encoder, true);
+}
+
+pps_encoder_error_t pps_encoder_add_null(pps_encoder_t* encoder, const char* name)
+{
+    return addToken(encoder, nameOf(name), "json", "null");
+}
+
+pps_encoder_error_t pps_encoder_add_null_n(pps_encoder_t* encoder, const char* name, size_t nameLength)
+{
+    return addToken(encoder, {name, nameLength}, "json", "null");
+}
+
+pps_encoder_error_t pps_encoder_add_bool(pps_encoder_t* encoder, const char* name, bool value)
+{
+    return addToken(encoder, nameOf(name), "b", value ? "true" : "false");
+}
+
+pps_encoder_error_t pps_encoder_add_bool_n(pps_encoder_t* encoder, const char* name, size_t nameLength, bool value)
+{
+    return addToken(encoder, {name, nameLength}, "b", value ? "true" : "false");
+}
+
+pps_encoder_error_t pps_encoder_add_int(pps_encoder_t* encoder, const char* name, int value)
+{
+    return pps_encoder_add_int_n(encoder, name, nameOf(name).length, value);
+}
+
+pps_encoder_error_t pps_encoder_add_int_n(pps_encoder_t* encoder, const char* name, size_t nameLength, int value)
+{
+    char digits[16];
+    return addNumber(encoder, {name, nameLength}, digits, std::to_chars(digits, digits + sizeof digits, value));
+}
+
+pps_encoder_error_t pps_encoder_add_double(pps_encoder_t* encoder, const char* name, double value)
+{
+    return pps_encoder_add_double_n(encoder, name, nameOf(name).length, value);
+}
+
+pps_encoder_error_t pps_encoder_add_double_n(pps_encoder_t* encoder, const char* name, size_t nameLength, double value)
+{
+    if (!std::isfinite(value))
+        return addToken(encoder, {name, nameLength}, "json", "null", PPS_ENCODER_BAD_VALUE);
+    char digits[64];
+    return addNumber(encoder, {name, nameLength}, digits, std::to_chars(digits, digits + sizeof digits, value));
+}
+
+pps_encoder_error_t pps_encoder_add_string(pps_encoder_t* encoder, const char* name, const char* value)
+{
+    return pps_encoder_add_string_n(encoder, name, nameOf(name).length, value, nameOf(value).length);
+}
+
+pps_encoder_error_t pps_encoder_add_string_n(pps_encoder_t* encoder, const char* name, size_t nameLength,
+                                             const char* value, size_t length)
+{
+    if (!value)
+        return addToken(encoder, {name, nameLength}, "json", "null", PPS_ENCODER_BAD_VALUE);
+    const bool isAttribute = encoder && encoder->d && encoder->d->isAttribute();
+    return addValue(encoder, {name, nameLength}, "", [=](TextBuffer& text) {
+        if (isAttribute)
+            device::appendAttributeString(text, {value, length});
+        else
+            device::appendJsonString(text, {value, length});
+        return PPS_ENCODER_OK;
+    });
+}
+
+pps_encoder_error_t pps_encoder_add_json(pps_encoder_t* encoder, const char* name, const char* json)
+{
+    return pps_encoder_add_json_n(encoder, name, nameOf(name).length, json, nameOf(json).length);
+}
+
+pps_encoder_error_t pps_encoder_add_json_n(pps_encoder_t* encoder, const char* name, size_t nameLength,
+                                           const char* json, size_t length)
+{
+    if (!json)
+        return addToken(encoder, {name, nameLength}, "json", "null", PPS_ENCODER_BAD_VALUE);
+    return addValue(encoder, {name, nameLength}, "json", [=](TextBuffer& text) {
+        appendJsonOnOneLine(text, {json, length});
+        return PPS_ENCODER_OK;
+    });
+}
+
+const char* pps_encoder_buffer(const pps_encoder_t* encoder)
+{
+    return encoder && encoder->d ? encoder->d->text.data() : "";
+}
+
+int pps_encoder_length(const pps_encoder_t* encoder)
+{
+    if (!encoder || !encoder->d)
+        return 0;
+    const size_t size = encoder->d->text.size();
+    return size > INT_MAX ? INT_MAX : static_cast<int>(size);
+}
