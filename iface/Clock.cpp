@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <iface/Clock.h>
+
+#include <QHash>
+#include <QObject>
+#include <QThreadStorage>
+#include <QTimerEvent>
+
+namespace iface {
+
+namespace {
+
+QThreadStorage<QSharedPointer<Clock>> defaultClock;
+
+class EventLoopClock : public QObject, public Clock
+{
+public:
+    int callLater(int msecs, const boost::function<void()>& function) override
+    {
+        const int id = startTimer(msecs);
+        if (id != 0)
+            m_functions.insert(id, function);
+        return id;
+    }
+
+    void cancel(int id) override
+    {
+        if (m_functions.remove(id))
+            killTimer(id);
+    }
+
+protected:
+    void timerEvent(QTimerEvent* event) override
+    {
+        killTimer(event->timerId());
+        const boost::function<void()> function = m_functions.take(event->timerId());
+        if (function)
+            function();
+    }
+
+private:
+    QHash<int, boost::function<void()>> m_functions;
+};
+
+} // namespace
+
+Clock::~Clock() = default;
+
+QSharedPointer<Clock> Clock::threadDefault()
+{
+    if (!defaultClock.hasLocalData() || !defaultClock.localData())
+        defaultClock.setLocalData(QSharedPointer<EventLoopClock>::create());
+    return defaultClock.localData();
+}
+
+void Clock::setThreadDefault(const QSharedPointer<Clock>& clock)
+{
+    defaultClock.setLocalData(clock);
+}
+
+} // namespace iface

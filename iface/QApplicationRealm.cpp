@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <iface/QApplicationRealm.h>
+
+#include <iface/ObservableTracker.h>
+
+#include <algorithm>
+#include <atomic>
+
+namespace iface {
+
+namespace {
+
+// Shared by all realms, and each thread may have one.
+std::atomic<int> idCounter{0};
+
+} // namespace
+
+QApplicationRealm::QApplicationRealm()
+{
+    connect(this, &QApplicationRealm::itemQueued, this, &QApplicationRealm::execute, Qt::QueuedConnection);
+}
+
+QApplicationRealm::~QApplicationRealm() = default;
+
+int QApplicationRealm::asyncExec(const boost::function<void()>& function)
+{
+    const int id = ++idCounter;
+    m_queue.append(AsyncEntry{id, function});
+    Q_EMIT itemQueued();
+    return id;
+}
+
+void QApplicationRealm::remove(int id)
+{
+    const auto found = std::find(m_queue.cbegin(), m_queue.cend(), AsyncEntry{id, {}});
+    if (found != m_queue.cend())
+        m_queue.erase(found);
+}
+
+void QApplicationRealm::execute()
+{
+    // Empty when something was removed: then the turns of those that were left came early.
+    if (m_queue.isEmpty())
+        return;
+    const boost::function<void()> function = m_queue.takeFirst().function;
+    const ObservableTracker::Suspension untracked;
+    function();
+}
+
+} // namespace iface

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <iface/RetryTimer.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace iface {
+
+RetryTimer::RetryTimer(boost::function<void()> reminder)
+    : m_reminder(std::move(reminder))
+{
+}
+
+RetryTimer::~RetryTimer()
+{
+    stop();
+}
+
+void RetryTimer::start()
+{
+    stop();
+    m_clock = Clock::threadDefault();
+    m_delay = FirstDelay;
+    wait();
+}
+
+void RetryTimer::stop()
+{
+    if (m_timer != 0)
+        m_clock->cancel(std::exchange(m_timer, 0));
+}
+
+void RetryTimer::wait()
+{
+    m_timer = m_clock->callLater(m_delay, [this] { remind(); });
+}
+
+void RetryTimer::remind()
+{
+    m_delay = std::min(2 * m_delay, LongestDelay);
+    wait();
+    // A copy, called last: the reminder may destroy this.
+    const boost::function<void()> reminder = m_reminder;
+    reminder();
+}
+
+} // namespace iface

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <iface/Export.h>
+
+#include <QSharedPointer>
+
+#include <boost/function.hpp>
+
+namespace iface {
+
+/// Calls functions after a time. One per thread; to be used on that thread only.
+class ZEL_EXPORT Clock
+{
+public:
+    virtual ~Clock();
+
+    /// Has `function` called once, `msecs` milliseconds from now, and returns an id above 0.
+    virtual int callLater(int msecs, const boost::function<void()>& function) = 0;
+    /// Takes that back. An id that has had its call, or is not known, does nothing.
+    virtual void cancel(int id) = 0;
+
+    /// The calling thread's clock: the event loop's timers, unless a test has put its own clock in.
+    static QSharedPointer<Clock> threadDefault();
+    /// Replaces the calling thread's clock; null brings the event loop's timers back. What was asked of the clock
+    /// before stays with that clock.
+    static void setThreadDefault(const QSharedPointer<Clock>& clock);
+};
+
+} // namespace iface

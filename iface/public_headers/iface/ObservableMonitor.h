@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <iface/ObserverImpl.h>
+
+#include <QString>
+
+#include <boost/function.hpp>
+
+#include <memory>
+
+namespace iface {
+
+/// Runs a function again whenever something that its last run read has changed.
+///
+/// Its parent or its maker owns it; it keeps alive what its function read. Everything happens on its own thread. With
+/// `runAtOnce` the first run comes in a later turn of the event loop, never inside the constructor; without it, call
+/// handleObservableChanged() for the first run. Only what changed between two runs is observed or let go, so a run
+/// that reads what the run before it read costs nothing of that.
+///
+/// Reads are tracked, so keep reactions out of the function, or wrap them in ObservableTracker::runUntracked(). The
+/// function may spin an event loop. A change of something that it has read while it is still running makes it run
+/// exactly once more when it has returned, never inside itself; so may a function that changes what it reads, until
+/// that settles (should it not settle, the further runs come in later turns of the event loop). It may destroy the
+/// monitor: that ends it. When it throws, the monitor observes what had been read by then.
+///
+///     new iface::ObservableMonitor([=] { label->setText(name.getValue()); }, this, u"name"_qs, true);
+class ZEL_EXPORT ObservableMonitor : public ObserverImpl
+{
+    Q_OBJECT
+
+public:
+    ObservableMonitor(boost::function<void()> function, QObject* parent, const QString& name, bool runAtOnce);
+    ~ObservableMonitor() override;
+
+    QString name() const;
+
+public Q_SLOTS:
+    void handleObservableChanged() override;
+
+private:
+    class Private;
+    std::shared_ptr<Private> const d;
+};
+
+} // namespace iface

@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <iface/LazyLoader.h>
+
+namespace iface {
+
+template <class K, class V>
+LazyLoader<K, V>::LazyLoader(LoadFunction loadFunction, V defaultValue, int batchLimit)
+    : m_loadFunction(std::move(loadFunction))
+    , m_defaultValue(std::move(defaultValue))
+    , m_batchLimit(batchLimit)
+    , m_retry([this] { repeatRequest(); })
+{
+}
+
+template <class K, class V>
+auto LazyLoader<K, V>::create(const K& key) -> ValuePointer
+{
+    ValuePointer created(new Value(m_defaultValue));
+    m_values.insert(key, created);
+    return created;
+}
+
+template <class K, class V>
+ObservableValue<V> LazyLoader<K, V>::getObservableValue(const K& key)
+{
+    ValuePointer found = m_values.value(key);
+    if (!found) {
+        found = create(key);
+        m_pending.append(key);
+        requestAll();
+    }
+    return ObservableValue<V>(found.data());
+}
+
+template <class K, class V>
+bool LazyLoader<K, V>::store(const K& key, const V& contents)
+{
+    ValuePointer found = m_values.value(key);
+    if (!found)
+        found = create(key);
+    found->m_stored = true;
+    // Contents that come for a key in flight settle with their request; a key that still waits need not be requested.
+    const bool settles = found->m_state == Value::Requested && !found->m_inFlight;
+    if (settles)
+        found->m_state = Value::Settled;
+    const bool changed = found->setValue(contents);
+    if (settles && !changed)
+        found->notifyObservers();
+    return changed;
+}
+
+template <class K, class V>
+bool LazyLoader<K, V>::isLoaded(const K& key) const
+{
+    const Value* found = value(key);
+    return found && (found->m_stored || found->m_state == Value::Settled);
+}
+
+template <class K, class V>
+void LazyLoader<K, V>::requestAll()
+{
+    if (m_requestScheduled || m_pending.isEmpty())
+        return;
+    m_requestScheduled = true;
+    m_realm.asyncExec([this] { performRequestAll(); });
+}
+
+template <class K, class V>
+void LazyLoader<K, V>::performRequestAll()
+{
+    m_inFlight.clear();
+    while (!m_pending.isEmpty() && m_inFlight.size() < m_batchLimit) {
+        const K key = m_pending.takeFirst();
+        Value* const waiting = value(key);
+        if (waiting->m_state != Value::Requested)
+            continue;
+        waiting->m_inFlight = true;
+        m_inFlight.append(key);
+    }
+    if (m_inFlight.isEmpty()) {
+        m_requestScheduled = false;
+        return;
+    }
+    m_retry.start();
+    load(m_inFlight);
+}
+
+template <class K, class V>
+void LazyLoader<K, V>::load(const QList<K>& keys)
+{
+    // Called last and with copies: the function may drop the loader.
+    const LoadFunction function = m_loadFunction;
+    const QList<K> requested = keys;
+    function(requested);
+}
+
+template <class K, class V>
+void LazyLoader<K, V>::repeatRequest()
+{
+    QList<K> unanswered;
+    for (const K& key : std::as_const(m_inFlight)) {
+        if (!value(key)->m_stored)
+            unanswered.append(key);
+    }
+    // Everything has come but for the end of the answer.
+    if (unanswered.isEmpty())
+        updateDone();
+    else
+        load(unanswered);
+}
+
+template <class K, class V>
+void LazyLoader<K, V>::updateDone()
+{
+    if (m_inFlight.isEmpty())
+        return;
+    m_retry.stop();
+    QList<ValuePointer> settled;
+    settled.reserve(m_inFlight.size());
+    for (const K& key : std::exchange(m_inFlight, {})) {
+        ValuePointer answered = m_values.value(key);
+        answered->m_inFlight = false;
+        if (answered->m_state != Value::Requested)
+            continue;
+        answered->m_state = Value::Settled;
+        settled.append(answered);
+    }
+    m_requestScheduled = false;
+    requestAll();
+    for (const ValuePointer& value : std::as_const(settled))
+        value->notifyObservers();
+}
+
+} // namespace iface
