@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <zel/ListApiMultiplexer.h>
+
+#include <zel/detail/MessageOrder.h>
+
+#include <QPointer>
+
+namespace zel {
+
+namespace {
+
+QString listKey(const QString& type, const QString& id)
+{
+    return type + u'/' + id;
+}
+
+} // namespace
+
+ListApiMultiplexer::ListApiMultiplexer(const QSharedPointer<JsonPipe>& pipe)
+    : m_pipe(pipe)
+{
+    using Receiver = void (ListApiMultiplexer::*)(QObject*, iface::JsonReaderAttribute);
+    static constexpr struct
+    {
+        const char16_t* type;
+        Receiver receiver;
+    } messages[] = {
+        {u"listAdd", &ListApiMultiplexer::listAdd},           {u"listAll", &ListApiMultiplexer::listAll},
+        {u"listChange", &ListApiMultiplexer::listChange},     {u"listChunk", &ListApiMultiplexer::listChunk},
+        {u"listElements", &ListApiMultiplexer::listElements}, {u"listRemove", &ListApiMultiplexer::listRemove},
+        {u"listWindow", &ListApiMultiplexer::listWindow},
+    };
+    for (const auto& message : messages) {
+        m_pipe->addListener(this, QString::fromUtf16(message.type),
+                            [this, receiver = message.receiver](QObject* sender, iface::JsonReaderAttribute body) {
+                                (this->*receiver)(sender, body);
+                            });
+    }
+}
+
+ListApiMultiplexer::~ListApiMultiplexer() = default;
+
+void ListApiMultiplexer::addHandler(const QString& type, const QString& id, ListApiHandler* handler)
+{
+    const QString key = listKey(type, id);
+    if (m_keyByHandler.contains(handler) && m_keyByHandler.value(handler) != key) {
+        removeHandler(handler);
+    }
+    m_handlersByKey[key].append(handler);
+    m_keyByHandler.insert(handler, key);
+}
+
+void ListApiMultiplexer::removeHandler(ListApiHandler* handler)
+{
+    const auto entry = m_keyByHandler.find(handler);
+    if (entry == m_keyByHandler.end()) {
+        return;
+    }
+    const QString key = entry.value();
+    m_keyByHandler.erase(entry);
+    QList<ListApiHandler*>& handlers = m_handlersByKey[key];
+    handlers.removeAll(handler);
+    if (handlers.isEmpty()) {
+        m_handlersByKey.remove(key);
+    }
+}
+
+void ListApiMultiplexer::send(const QSharedPointer<JsonWriter>& message)
+{
+    m_pipe->send(message);
+}
+
+void ListApiMultiplexer::listAdd(QObject* sender, iface::JsonReaderAttribute message)
+{
+    processListMessage(sender, message, &ListApiHandler::listAdd);
+}
+
+void ListApiMultiplexer::listAll(QObject* sender, iface::JsonReaderAttribute message)
+{
+    processListMessage(sender, message, &ListApiHandler::listAll);
+}
+
+void ListApiMultiplexer::listChange(QObject* sender, iface::JsonReaderAttribute message)
+{
+    processListMessage(sender, message, &ListApiHandler::listChange);
+}
+
+void ListApiMultiplexer::listChunk(QObject* sender, iface::JsonReaderAttribute message)
+{
+    processListMessage(sender, message, &ListApiHandler::listChunk);
+}
+
+void ListApiMultiplexer::listElements(QObject* sender, iface::JsonReaderAttribute message)
+{
+    processListMessage(sender, message, &ListApiHandler::listElements);
+}
+
+void ListApiMultiplexer::listRemove(QObject* sender, iface::JsonReaderAttribute message)
+{
+    processListMessage(sender, message, &ListApiHandler::listRemove);
+}
+
+void ListApiMultiplexer::listWindow(QObject* sender, iface::JsonReaderAttribute message)
+{
+    processListMessage(sender, message, &ListApiHandler::listWindow);
+}
+
+bool ListApiMultiplexer::isRegistered(const QString& key, ListApiHandler* handler) const
+{
+    const auto entry = m_keyByHandler.constFind(handler);
+    return entry != m_keyByHandler.cend() && entry.value() == key;
+}
+
+void ListApiMultiplexer::processListMessage(QObject*, iface::JsonReaderAttribute message, Operation operation)
+{
+    const iface::JsonObjectReader body = message.object();
+    QString id;
+    QString type;
+    body.readString("id", id);
+    body.readString("type", type);
+    const QString key = listKey(type, id);
+    const auto entry = m_handlersByKey.constFind(key);
+    if (entry == m_handlersByKey.cend()) {
+        return;
+    }
+    const QList<ListApiHandler*> handlers = entry.value();
+    const QPointer<ListApiMultiplexer> self(this);
+    detail::MessageOrder::runParts(int(handlers.size()), [&](int i) {
+        if (self && isRegistered(key, handlers.at(i))) {
+            (handlers.at(i)->*operation)(body);
+        }
+    });
+}
+
+} // namespace zel

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <zel/LiveListBase.h>
+
+#include <iface/Logging.h>
+#include <iface/Realm.h>
+
+#include <utility>
+
+namespace zel {
+
+LiveListBase::LiveListBase(const QSharedPointer<ListApiMultiplexer>& multiplexer, const QString& type,
+                           const QString& id)
+    : LiveContainer(multiplexer, type, id)
+    , m_retry([this] { requestListAll(); })
+{
+}
+
+LiveListBase::~LiveListBase() = default;
+
+void LiveListBase::requestAgain()
+{
+    iface::Realm::postGuarded(guard(), [this] {
+        m_retry.start();
+        requestListAll();
+    });
+}
+
+void LiveListBase::requestListAll() const
+{
+    send(QSharedPointer<JsonWriter>::create(QStringLiteral("requestListAll"), QStringLiteral("zel")));
+}
+
+void LiveListBase::listAll(iface::JsonObjectReader)
+{
+    beginTransfer(Transfer::FullList);
+}
+
+void LiveListBase::listElements(iface::JsonObjectReader)
+{
+    beginTransfer(Transfer::Elements);
+}
+
+void LiveListBase::beginTransfer(Transfer transfer)
+{
+    m_transfer = transfer;
+    dropReceived();
+}
+
+LiveListBase::Transfer LiveListBase::chunkTaken(bool last)
+{
+    if (!last) {
+        // The answer is on its way: only if it stops coming is it asked for again.
+        if (m_transfer == Transfer::FullList && m_retry.isActive()) {
+            m_retry.start();
+        }
+        return Transfer::None;
+    }
+    if (m_transfer == Transfer::FullList) {
+        m_retry.stop();
+    }
+    return std::exchange(m_transfer, Transfer::None);
+}
+
+void LiveListBase::logIgnored(const char* text, const QString& key) const
+{
+    ZEL_IFACE_LOG("LiveList", __LINE__, iface::LogLevel::Error, iface::LogCategory::General,
+                  QLatin1String("List ") + type() + u'/' + id() + QLatin1String(text) + key);
+}
+
+} // namespace zel

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <iface/BaseMap.h>
+#include <iface/LazyLoader.h>
+#include <zel/JsonAdapter.h>
+#include <zel/detail/LiveContainer.h>
+
+#include <QExplicitlySharedDataPointer>
+#include <QList>
+#include <QSet>
+
+namespace zel {
+
+/// Mirrors a keyed list of the core service as an observable map of observable values, loaded as they are asked for.
+///
+/// Nothing is requested until somebody asks for a key; the keys asked for in one turn of the event loop go out
+/// together (see iface::LazyLoader). Records that come unasked are stored too, and ask for nothing. None is ever
+/// removed. Once the pipe reconnects, all keys are requested again.
+///
+/// Lifetime: held by the pointer that create() returns and by handles made from it; keeps the multiplexer. Values
+/// outlive the map as long as somebody holds them. One thread.
+///
+/// Announcements: for every record whose contents changed, first the observers of its value hear, then the map fires
+/// mapChanged() with that one key; never a batch. That the request of a key was answered is announced by the value
+/// alone. A handler may do anything, spin a nested event loop in which further messages are applied included; what it
+/// throws leaves the rest of the message at hand unapplied.
+///
+/// @tparam Key what records are found by: hashable
+/// @tparam T the record; see JsonAdapter
+template <class Key, class T>
+class LiveMap : public detail::LiveContainer, public iface::BaseMap<Key, iface::ObservableValue<T>>
+{
+public:
+    using Adapter = JsonAdapter<T, Key>;
+    using Value = iface::ObservableValue<T>;
+    using Pointer = QExplicitlySharedDataPointer<LiveMap>;
+
+    static Pointer create(const QSharedPointer<ListApiMultiplexer>& multiplexer, const QSharedPointer<Adapter>& adapter,
+                          const QString& type, const QString& id);
+    LiveMap(const QSharedPointer<ListApiMultiplexer>& multiplexer, const QSharedPointer<Adapter>& adapter,
+            const QString& type, const QString& id);
+
+    /// The value of a key; the first use of a key asks the service for it.
+    Value doGet(const Key& key) const override;
+
+    /// Whether a record for the key has been stored, or its request has been answered without one. Asks for nothing
+    /// and is no tracked read: the value's own observers hear when it turns.
+    bool isLoaded(const Key& key) const { return m_loader.isLoaded(key); }
+
+    /// Names this map's own requests, so that it knows their answers.
+    QString cookie() const;
+    void requestListElements(const QList<Key>& keys, const QString& cookie) const;
+    /// Asks the service to change records. The map changes when the service says so.
+    void requestListChange(const QList<T>& elements);
+
+    void listAdd(iface::JsonObjectReader body) override;
+    void listElements(iface::JsonObjectReader body) override;
+    void listChunk(iface::JsonObjectReader body) override;
+    void listChange(iface::JsonObjectReader body) override;
+
+protected:
+    void requestAgain() override;
+
+private:
+    bool requestData(const QList<Key>& keys);
+    void parseElements(const iface::JsonArrayReader& elements);
+    void parseElement(const iface::JsonObjectReader& json);
+    void store(const Key& key, const T& record);
+    void answerCompleted();
+
+    const QSharedPointer<Adapter> m_adapter;
+    mutable iface::LazyLoader<Key, T> m_loader;
+    bool m_awaitingElements = false;
+
+    // A request after a reconnection carries the same cookie as the loader's. While its answer is outstanding, answers
+    // are told apart by what they bring.
+    int m_refreshes = 0;
+    QSet<Key> m_requested; // by the loader's request under way
+    bool m_broughtRequested = false;
+    bool m_broughtOthers = false;
+};
+
+} // namespace zel
+
+#include <zel/detail/LiveMap-inl.h>

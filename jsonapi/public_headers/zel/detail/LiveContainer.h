@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <iface/ObserverFunctorAdapter.h>
+#include <zel/ListApiHandler.h>
+#include <zel/ListApiMultiplexer.h>
+
+#include <QSharedPointer>
+#include <QString>
+
+#include <memory>
+
+namespace zel::detail {
+
+/// What live lists and live maps have in common: which list of the core service they mirror, how their requests are
+/// completed, and that they hear when the pipe reconnects.
+class ZEL_EXPORT LiveContainer : public ListApiHandler
+{
+public:
+    ~LiveContainer() override;
+    LiveContainer(const LiveContainer&) = delete;
+    LiveContainer& operator=(const LiveContainer&) = delete;
+
+    QString type() const { return m_type; }
+    QString id() const { return m_id; }
+
+    /// Adds the list's type, and its id if it has one, to a request and sends it.
+    void send(const QSharedPointer<JsonWriter>& message) const;
+
+    /// Asks again for what the container holds, if the pipe is connected.
+    void handleConnectionChanged();
+
+protected:
+    LiveContainer(const QSharedPointer<ListApiMultiplexer>& multiplexer, const QString& type, const QString& id);
+
+    /// Registers for messages and the connection; the constructor cannot, before the whole object is there.
+    void start();
+    virtual void requestAgain() = 0;
+
+    /// An object that lives as long as the container is started: guards what is posted.
+    QObject* guard() const { return m_connectionObserver.get(); }
+
+    static iface::JsonArrayReader elementsOf(const iface::JsonObjectReader& body);
+    static bool isLast(const iface::JsonObjectReader& body);
+    static QString cookieOf(const iface::JsonObjectReader& body);
+
+private:
+    const QSharedPointer<ListApiMultiplexer> m_multiplexer;
+    const QString m_type;
+    const QString m_id;
+    std::unique_ptr<iface::ObserverFunctorAdapter> m_connectionObserver;
+};
+
+} // namespace zel::detail
