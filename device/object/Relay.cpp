@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Relay.h"
+
+#include "ObjectSocket.h"
+
+#include <algorithm>
+
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+
+namespace device {
+
+namespace {
+
+constexpr size_t queueLimit = 1024 * 1024;
+// What an entry of the queue costs beyond its bytes, so that the limit holds for tiny records, too.
+constexpr size_t recordCost = 64;
+// A server that comes back is to be found within a second, and one that hangs up on everybody must not be called on
+// without pause.
+constexpr std::chrono::milliseconds attemptInterval(200);
+
+constexpr short gone = POLLHUP | POLLERR | POLLNVAL;
+
+} // namespace
+
+Relay::Relay(Descriptor caller, Descriptor server, std::string path)
+    : m_caller(std::move(caller))
+    , m_server(std::move(server))
+    , m_path(std::move(path))
+    , m_bufferSize(longestRecord())
+    , m_buffer(new char[m_bufferSize])
+{
+}
+
+void Relay::run()
+{
+    for (;;) {
+        pollfd ends[2];
+        preparePoll(ends);
+        if (::poll(ends, 2, timeout()) < 0)
+            continue;
+        // What the server said before it went counts, so its side comes first, and while a record is held for the
+        // caller the server stays, if only to be read to its end.
+        if (ends[1].revents & POLLIN)
+            takeFromServer();
+        else if (ends[1].revents & gone)
+            m_held.empty() ? dropServer() : clearQueue();
+        else if (ends[1].revents & POLLOUT)
+            flushQueue();
+        if (ends[0].revents & POLLOUT)
+            passHeld();
+        if (ends[0].revents & (POLLIN | gone)) {
+            m_isPassing = true;
+            const bool goesOn = takeFromCaller();
+            m_isPassing = false;
+            if (!goesOn)
+                return;
+        }
+        if (!m_server)
+            reconnect();
+    }
+}
+
+bool Relay::isDrained() const
+{
+    // In this order: a record that is no longer to be read here is on its way.
+    int unread = 0;
+    return ::ioctl(m_caller.get(), FIONREAD, &unread) == -1 || (unread == 0 && !m_isPassing);
+}
+
+void Relay::preparePoll(pollfd (&ends)[2]) const
+{
+    const bool isHolding = !m_held.empty();
+    ends[0] = {m_caller.get(), static_cast<short>(POLLIN | (isHolding ? POLLOUT : 0)), 0};
+    const short wanted = static_cast<short>((isHolding ? 0 : POLLIN) | (m_queue.empty() ? 0 : POLLOUT));
+    // A hang-up is reported even to who asks for nothing, again and again: with nothing wanted do not look at all.
+    ends[1] = {wanted ? m_server.get() : -1, wanted, 0};
+}
+
+int Relay::timeout() const
+{
+    if (m_server)
+        return -1;
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(m_lastAttempt + attemptInterval - Clock::now());
+    return static_cast<int>(std::max<std::chrono::milliseconds::rep>(left.count(), 0));
+}
+
+Relay::Sent Relay::send(int socket, const char* data, size_t size)
+{
+    for (;;) {
+        if (::send(socket, data, size, MSG_NOSIGNAL | MSG_DONTWAIT) >= 0)
+            return Sent::Yes;
+        if (errno != EINTR)
+            return errno == EAGAIN || errno == ENOBUFS || errno == ENOMEM ? Sent::NotNow : Sent::Never;
+    }
+}
+
+// False when the caller has closed its end.
+bool Relay::takeFromCaller()
+{
+    const ssize_t size = ::recv(m_caller.get(), m_buffer.get(), m_bufferSize, MSG_DONTWAIT);
+    if (size < 0)
+        return errno == EAGAIN || errno == EINTR;
+    if (size == 0)
+        return !isHungUp(m_caller.get());
+    if (!m_server)
+        return true;
+    const auto length = static_cast<size_t>(size);
+    if (!m_queue.empty() || send(m_server.get(), m_buffer.get(), length) == Sent::NotNow)
+        enqueue(m_buffer.get(), length);
+    return true;
+}
+
+void Relay::takeFromServer()
+{
+    const ssize_t size = ::recv(m_server.get(), m_buffer.get(), m_bufferSize, MSG_DONTWAIT);
+    if (size < 0) {
+        if (errno != EAGAIN && errno != EINTR)
+            dropServer();
+        return;
+    }
+    if (size == 0) {
+        if (isHungUp(m_server.get()))
+            dropServer();
+        return;
+    }
+    const auto length = static_cast<size_t>(size);
+    if (send(m_caller.get(), m_buffer.get(), length) == Sent::NotNow)
+        m_held.assign(m_buffer.get(), m_buffer.get() + length);
+}
+
+void Relay::passHeld()
+{
+    if (!m_held.empty() && send(m_caller.get(), m_held.data(), m_held.size()) != Sent::NotNow)
+        m_held = Record();
+}
+
+void Relay::flushQueue()
+{
+    while (!m_queue.empty()) {
+        const Record& record = m_queue.front();
+        if (send(m_server.get(), record.data(), record.size()) == Sent::NotNow)
+            return;
+        m_queuedBytes -= record.size() + recordCost;
+        m_queue.pop_front();
+    }
+}
+
+void Relay::enqueue(const char* data, size_t size)
+{
+    if (m_queuedBytes + size + recordCost > queueLimit)
+        return;
+    m_queue.emplace_back(data, data + size);
+    m_queuedBytes += size + recordCost;
+}
+
+void Relay::clearQueue()
+{
+    m_queue.clear();
+    m_queuedBytes = 0;
+}
+
+// Records that wait were meant for the server that went: the one that comes back starts from nothing.
+void Relay::dropServer()
+{
+    m_server.reset();
+    clearQueue();
+}
+
+void Relay::reconnect()
+{
+    const Clock::time_point now = Clock::now();
+    if (now < m_lastAttempt + attemptInterval)
+        return;
+    m_lastAttempt = now;
+    // Without waiting: meanwhile nobody would take what the caller writes.
+    m_server = connectToObject(m_path, std::chrono::milliseconds(0));
+}
+
+} // namespace device

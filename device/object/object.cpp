@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <pps/object.h>
+
+#include "ObjectSocket.h"
+#include "Relay.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <list>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <system_error>
+#include <thread>
+
+#include <climits>
+#include <csignal>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+using device::Descriptor;
+using device::Relay;
+
+namespace {
+
+constexpr std::chrono::seconds connectTimeout(1);
+
+// The relay connects again after the program may have changed its folder.
+std::string absolute(const std::string& path)
+{
+    char folder[PATH_MAX];
+    if (path.empty() || path.front() == '/' || !::getcwd(folder, sizeof folder))
+        return path;
+    return std::string(folder) + '/' + path;
+}
+
+// The relays at work. A program may write its last words and end at once, and its threads with it: so the end waits, a
+// moment at most, until what was written is on its way.
+class Relays
+{
+public:
+    // Never destroyed: relays are still running when the program ends.
+    static Relays& instance()
+    {
+        static Relays* const relays = new Relays;
+        return *relays;
+    }
+
+    void add(Relay* relay)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_relays.push_back(relay);
+    }
+    void remove(Relay* relay)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_relays.remove(relay);
+    }
+
+private:
+    Relays()
+    {
+        std::atexit([] { instance().drain(); });
+    }
+
+    void drain()
+    {
+        const auto deadline = std::chrono::steady_clock::now() + longestDrain;
+        while (!isDrained() && std::chrono::steady_clock::now() < deadline)
+            std::this_thread::sleep_for(std::chrono::microseconds(100));
+    }
+    bool isDrained()
+    {
+        const std::lock_guard lock(m_mutex);
+        return std::all_of(m_relays.begin(), m_relays.end(), [](const Relay* relay) { return relay->isDrained(); });
+    }
+
+    static constexpr std::chrono::milliseconds longestDrain{200};
+    std::mutex m_mutex;
+    std::list<Relay*> m_relays;
+};
+
+// Starts a thread in which every signal is blocked: a program's handlers run in threads of its own. A new thread
+// inherits the mask.
+void startWithoutSignals(std::unique_ptr<Relay> relay)
+{
+    sigset_t all;
+    sigset_t saved;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &saved);
+    Relay* const added = relay.get();
+    Relays::instance().add(added);
+    try {
+        std::thread([relay = std::move(relay)] {
+            relay->run();
+            Relays::instance().remove(relay.get());
+        }).detach();
+    } catch (...) {
+        Relays::instance().remove(added);
+        pthread_sigmask(SIG_SETMASK, &saved, nullptr);
+        throw;
+    }
+    pthread_sigmask(SIG_SETMASK, &saved, nullptr);
+}
+
+int openServed(const std::string& path, int flags)
+{
+    Descriptor server = device::connectToObject(path, connectTimeout);
+    if (!server)
+        return -1;
+    ::fcntl(server.get(), F_SETFL, ::fcntl(server.get(), F_GETFL) | O_NONBLOCK);
+    int ends[2];
+    if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) == -1)
+        return -1;
+    Descriptor callers(ends[0]);
+    Descriptor ours(ends[1]);
+    for (const int end : ends)
+        device::allowLongRecords(end);
+    if (flags & O_NONBLOCK)
+        ::fcntl(callers.get(), F_SETFL, ::fcntl(callers.get(), F_GETFL) | O_NONBLOCK);
+    startWithoutSignals(std::make_unique<Relay>(std::move(ours), std::move(server), absolute(path)));
+    return callers.release();
+}
+
+} // namespace
+
+int pps_object_open(const char* path, int flags)
+{
+    if (!path) {
+        errno = EINVAL;
+        return -1;
+    }
+    try {
+        const std::string resolved = device::resolveObjectPath(path);
+        struct stat status;
+        if (::stat(resolved.c_str(), &status) == -1)
+            return -1;
+        if (S_ISSOCK(status.st_mode))
+            return openServed(resolved, flags);
+        return ::open(resolved.c_str(), flags | O_CLOEXEC | O_NOCTTY);
+    } catch (const std::bad_alloc&) {
+        errno = ENOMEM;
+    } catch (const std::system_error& error) {
+        errno = error.code().value();
+    }
+    return -1;
+}
