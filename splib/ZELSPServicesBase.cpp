@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <splib/ZELSPServicesBase.h>
+
+#include <splib/contacts/PlatformContactManagerBase.h>
+#include <splib/globals/GlobalsManagerBase.h>
+#include <splib/log/Logging.h>
+#include <splib/profilebox/ProfileBoxManagerBase.h>
+
+#include <QStringView>
+
+#include <algorithm>
+#include <array>
+
+namespace zelsplib {
+
+namespace {
+
+// The application object keeps references to both.
+int noArgumentCount = 0;
+char* noArguments[] = {nullptr};
+
+constexpr std::array<QStringView, 6> statesThatAllowToRegister{
+    u"Unregistered", u"NoDataConnection", u"UnexpectedError", u"InvalidUuid", u"TemporaryError", u"CancelledByUser"};
+
+} // namespace
+
+ZELSPServicesBase::ZELSPServicesBase()
+{
+    if (!QCoreApplication::instance())
+        m_application = QSharedPointer<QCoreApplication>::create(noArgumentCount, noArguments);
+}
+
+ZELSPServicesBase::~ZELSPServicesBase() = default;
+
+bool ZELSPServicesBase::canRegister() const
+{
+    using namespace logging;
+    const GlobalsManagerBase* globals = globalsManager();
+    if (!globals) {
+        Log<GENERAL_ERROR>({}, "ZELSPServices::canRegister(), Cannot register since GlobalsManager is null");
+        return false;
+    }
+    const QString accessCode = globals->getAccessCode();
+    const bool allowed = std::any_of(statesThatAllowToRegister.begin(), statesThatAllowToRegister.end(),
+                                     [&accessCode](QStringView state) { return accessCode == state; });
+    Log<GENERAL_INFO>({}, allowed ? "ZELSPServices::canRegister(), accessCode allows to register"
+                                  : "ZELSPServices::canRegister(), accessCode does not allow to register");
+    return allowed;
+}
+
+void ZELSPServicesBase::registered()
+{
+    if (m_registered) {
+        // Every further notice is told again, whether or not the gates have told it; the contact list is not.
+        if (m_userProfileReady && prv_profileBoxIsReady() && m_userProfileAvatarReady)
+            globalsManager()->pushRegistrationEvent(QStringLiteral("Success"));
+        return;
+    }
+    m_registered = true;
+    globalsManager()->init();
+    profileBoxManager()->init();
+    contactManager()->init();
+    initMessaging();
+    if (!m_successPushed && m_userProfileReady && m_userProfileAvatarReady && prv_profileBoxIsReady())
+        pushSuccessOnce();
+}
+
+void ZELSPServicesBase::userProfileIsReady()
+{
+    m_userProfileReady = true;
+    prv_pushRegistarationSuccess(QStringLiteral("userProfileIsReady()"));
+}
+
+void ZELSPServicesBase::userProfileAvatarIsReady()
+{
+    m_userProfileAvatarReady = true;
+    prv_pushRegistarationSuccess(QStringLiteral("userProfileAvatarIsReady()"));
+}
+
+void ZELSPServicesBase::profileBoxIsReady()
+{
+    m_profileBoxReady = true;
+    prv_pushRegistarationSuccess(QStringLiteral("profileBoxIsReady()"));
+}
+
+void ZELSPServicesBase::contactsIsReady()
+{
+    m_contactsReady = true;
+    if (m_registered && m_successPushed)
+        contactManager()->getContactList();
+}
+
+bool ZELSPServicesBase::prv_profileBoxIsReady() const
+{
+    const GlobalsManagerBase* globals = globalsManager();
+    if (!globals) {
+        logging::Log<logging::GENERAL_ERROR>({}, "ZELSPServices::prv_profileBoxIsReady(): null pointer");
+        return false;
+    }
+    return !globals->getPermissions().showAppBox || m_profileBoxReady;
+}
+
+void ZELSPServicesBase::prv_pushRegistarationSuccess(const QString& trigger)
+{
+    if (!m_registered || m_successPushed || !m_userProfileReady || !prv_profileBoxIsReady() ||
+        !m_userProfileAvatarReady)
+        return;
+    logging::Log<logging::GENERAL_DEBUG_INFO>(
+        {}, QString(QStringLiteral("ZELSPServices::prv_pushRegistrationSuccess() triggered by ") + trigger));
+    pushSuccessOnce();
+}
+
+void ZELSPServicesBase::pushSuccessOnce()
+{
+    m_successPushed = true;
+    // Contacts that become ready while the application handles its success, in an event loop of its own, are told
+    // by contactsIsReady(); telling them here again would double the list.
+    const bool contactsWereReady = m_contactsReady;
+    globalsManager()->pushRegistrationEvent(QStringLiteral("Success"));
+    if (contactsWereReady)
+        contactManager()->getContactList();
+}
+
+} // namespace zelsplib

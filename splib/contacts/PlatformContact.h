@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <iface/JsonObjectReader.h>
+#include <iface/JsonReaderAttribute.h>
+
+#include <QByteArray>
+#include <QMetaType>
+#include <QSharedData>
+#include <QSharedDataPointer>
+#include <QString>
+
+#include <cstdint>
+
+namespace zelsplib {
+
+/// What a PlatformContact shares between its copies.
+struct PlatformContactData : public QSharedData
+{
+    QString uri;
+    QString handle;
+    QString ppid;
+    QString appVersion;
+    QString displayName;
+    QString personalMessage;
+    QString statusMessage;
+    QString avatarId;
+    QString avatarMimeType;
+    QString timeZone;
+    QString countryCode;
+    QByteArray avatarData;
+    int zelsdkVersion = 0;
+    bool showBusy = false;
+    int zelVersion = 0;
+};
+
+/// One user of the messaging service: a contact, or the owner of the device.
+///
+/// A value: copies share their data until one of them is changed, and every copy has its own marks of which
+/// fields a setter touched. The marks let a writer send only what an application wants changed; they are no part
+/// of what the record says, so comparing ignores them and loading leaves them alone.
+///
+/// Copies may go to other threads; one record is used by one thread at a time.
+class PlatformContact
+{
+public:
+    /// The fields that carry a mark. The numbers are fixed.
+    enum PlatformContactField {
+        Uri = 0,
+        Handle = 1,
+        Ppid = 2,
+        AppVersion = 3,
+        DisplayName = 4,
+        PersonalMessage = 5,
+        StatusMessage = 6,
+        ZelsdkVersion = 7,
+        ShowBusy = 8,
+        AvatarId = 9,
+        AvatarMimeType = 10,
+        TimeZone = 11,
+        CountryCode = 12,
+        ZelVersion = 13,
+    };
+
+    PlatformContact();
+
+    /// A record with every field but the picture set, and so marked.
+    static PlatformContact create(const QString& uri, const QString& handle, const QString& ppid,
+                                  const QString& appVersion, const QString& displayName, const QString& personalMessage,
+                                  const QString& statusMessage, const QString& avatarId, const QString& avatarMimeType,
+                                  const QString& timeZone, const QString& countryCode, int zelsdkVersion, bool showBusy,
+                                  int zelVersion);
+
+    QString getUri() const { return d->uri; }
+    QString getHandle() const { return d->handle; }
+    QString getPpid() const { return d->ppid; }
+    QString getAppVersion() const { return d->appVersion; }
+    QString getDisplayName() const { return d->displayName; }
+    QString getPersonalMessage() const { return d->personalMessage; }
+    QString getStatusMessage() const { return d->statusMessage; }
+    QString getAvatarId() const { return d->avatarId; }
+    QString getAvatarMimeType() const { return d->avatarMimeType; }
+    QString getTimeZone() const { return d->timeZone; }
+    QString getCountryCode() const { return d->countryCode; }
+    QByteArray getAvatarData() const { return d->avatarData; }
+    int getZelsdkVersion() const { return d->zelsdkVersion; }
+    int getZelVersion() const { return d->zelVersion; }
+    bool getShowBusy() const { return d->showBusy; }
+
+    void setUri(const QString& uri);
+    void setHandle(const QString& handle);
+    void setPpid(const QString& ppid);
+    void setAppVersion(const QString& appVersion);
+    void setDisplayName(const QString& displayName);
+    void setPersonalMessage(const QString& personalMessage);
+    void setStatusMessage(const QString& statusMessage);
+    void setAvatarId(const QString& avatarId);
+    void setAvatarMimeType(const QString& avatarMimeType);
+    void setTimeZone(const QString& timeZone);
+    void setCountryCode(const QString& countryCode);
+    void setZelsdkVersion(int version);
+    void setZelVersion(int version);
+    void setShowBusy(bool showBusy);
+    /// Pictures never travel with the record, so this marks nothing.
+    void setAvatarData(const QByteArray& data);
+
+    bool isFieldModified(PlatformContactField field) const;
+    /// Whether any field is marked.
+    bool isModified() const { return modified != 0; }
+    /// All fields at once, for those who go through them by table.
+    const PlatformContactData& data() const { return *d; }
+    /// The core service may name a user before it knows them; such a record has no handle yet.
+    bool isInitialized() const { return !d->handle.isEmpty(); }
+
+    /// Reads what the object has over what the record holds; what the object lacks stays. Marks nothing.
+    void load(const iface::JsonObjectReader& json);
+
+    /// Same data, pictures included; the marks do not count.
+    friend bool operator==(const PlatformContact& a, const PlatformContact& b) { return a.equals(b); }
+    friend bool operator!=(const PlatformContact& a, const PlatformContact& b) { return !a.equals(b); }
+
+private:
+    bool equals(const PlatformContact& other) const;
+    void mark(PlatformContactField field) { modified = static_cast<std::uint16_t>(modified | (1U << field)); }
+
+    QSharedDataPointer<PlatformContactData> d;
+    std::uint16_t modified = 0; ///< one bit a field, by the field's number
+};
+
+/// Loads the object that the attribute names.
+void operator>>(const iface::JsonReaderAttribute& json, PlatformContact& contact);
+
+} // namespace zelsplib
+
+Q_DECLARE_METATYPE(zelsplib::PlatformContact)

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <splib/globals/Avatar.h>
+
+#include <QCryptographicHash>
+
+namespace zelsplib {
+
+Avatar::Avatar(ImageType type, const QByteArray& data)
+    : Avatar(type, data, QString::fromLatin1(QCryptographicHash::hash(data, QCryptographicHash::Sha1).toHex()))
+{
+}
+
+Avatar::Avatar(ImageType type, const QByteArray& data, const QString& hash)
+    : m_type(type)
+    , m_data(data)
+    , m_hash(hash)
+{
+}
+
+Avatar::ImageType Avatar::imageTypeOf(const QByteArray& data)
+{
+    if (data.startsWith("\x89PNG\r\n\x1a\n"))
+        return Png;
+    if (data.startsWith("GIF87a") || data.startsWith("GIF89a"))
+        return Gif;
+    if (data.startsWith("BM"))
+        return Bmp;
+    return Jpeg;
+}
+
+QString Avatar::getMimeType() const
+{
+    switch (m_type) {
+    case Jpeg:
+        return QStringLiteral("image/jpeg");
+    case Png:
+        return QStringLiteral("image/png");
+    case Gif:
+        return QStringLiteral("image/gif");
+    case Bmp:
+        return QStringLiteral("image/bmp");
+    }
+    return {};
+}
+
+} // namespace zelsplib

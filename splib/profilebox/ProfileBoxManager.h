@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <splib/profilebox/ProfileBoxManagerBase.h>
+
+#include <concepts>
+#include <utility>
+
+namespace zelsplib {
+
+/// Hears what comes into the profile box and what goes, and of icons that were asked for.
+template <typename T>
+concept ProfileBoxEvents = std::default_initializable<T> &&
+    requires(T handler, const ProfileBoxItem& item, const ProfileBoxImage& image)
+{
+    handler.pushAddProfileBoxItemEvent(item);
+    handler.pushRemoveProfileBoxItemEvent(item);
+    handler.pushAddProfileBoxImageEvent(image);
+    handler.pushRemoveProfileBoxImageEvent(image);
+    handler.pushRetrievedProfileBoxImageEvent(image);
+};
+
+/// Keeps the user's profile box as far as it is the application's. Owned by the facade; holds its event handler by
+/// value.
+template <ProfileBoxEvents Handler>
+class ProfileBoxManager final : public ProfileBoxManagerBase
+{
+public:
+    ProfileBoxManager(QSharedPointer<zel::ListApiMultiplexer> listApi, QSharedPointer<zel::JsonStream> jsonStream,
+                      RegistrationHandler* registrationHandler)
+        : ProfileBoxManagerBase(std::move(listApi), std::move(jsonStream), registrationHandler)
+    {
+    }
+
+    Handler& eventHandler() { return m_handler; }
+
+private:
+    void pushItemAdded(const ProfileBoxItem& item) override { m_handler.pushAddProfileBoxItemEvent(item); }
+    void pushItemRemoved(const ProfileBoxItem& item) override { m_handler.pushRemoveProfileBoxItemEvent(item); }
+    void pushImageAdded(const ProfileBoxImage& image) override { m_handler.pushAddProfileBoxImageEvent(image); }
+    void pushImageRemoved(const ProfileBoxImage& image) override { m_handler.pushRemoveProfileBoxImageEvent(image); }
+    void pushImageRetrieved(const ProfileBoxImage& image) override
+    {
+        m_handler.pushRetrievedProfileBoxImageEvent(image);
+    }
+
+    Handler m_handler;
+};
+
+} // namespace zelsplib

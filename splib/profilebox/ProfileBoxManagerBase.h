@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <splib/globals/Avatar.h>
+#include <splib/profilebox/ProfileBoxImage.h>
+#include <splib/profilebox/ProfileBoxItem.h>
+
+#include <zel/JsonStream.h>
+#include <zel/ListApiMultiplexer.h>
+
+#include <iface/JsonReaderAttribute.h>
+
+#include <QList>
+#include <QObject>
+#include <QSharedPointer>
+#include <QString>
+#include <QVariant>
+#include <QVariantList>
+
+#include <boost/optional.hpp>
+
+#include <memory>
+
+namespace zelsplib {
+
+class RegistrationHandler;
+
+/// Whether the box's contents are known.
+enum class ProfileBoxState {
+    Loading, ///< at least one of the two lists has not been received whole yet
+    Ready,
+};
+
+/// What ProfileBoxManager does whatever its event handler is: mirrors the box's items and icons, checks and sends
+/// requests, and carries the icons' data.
+///
+/// Used on the thread of the event loop. What the box holds when it is first received raises no events. A handler
+/// may make requests and spin an event loop.
+class ProfileBoxManagerBase : public QObject
+{
+    Q_OBJECT
+
+public:
+    ~ProfileBoxManagerBase() override;
+
+    /// Starts to mirror the box. Called once, by the facade.
+    void init();
+    ProfileBoxState profileBoxState() const;
+
+    /// Each false, with a line in the log, when the request cannot be one. What is created shows in the lists later.
+    bool createProfileBoxItem(const QString& text, const boost::optional<int>& iconId, const QString& cookie);
+    bool createProfileBoxImage(int iconId, Avatar::ImageType type, const char* data, unsigned size);
+    /// Asks for an icon's data, which comes as an event. Requests are answered in their order.
+    void retrieveProfileBoxImage(int iconId);
+    /// Asks for an item's removal; nothing is sent before init().
+    void removeProfileBoxItem(const QString& itemId);
+
+    /// Replaces what `items` holds by the box's items, in list order.
+    void getProfileBoxItems(QList<ProfileBoxItem>& items) const;
+    /// False, and `item` as it was, when there is no such item.
+    bool getProfileBoxItemByItemId(const QString& itemId, ProfileBoxItem* item) const;
+    int profileBoxItemCount() const;
+    /// Replaces what `images` holds by the box's icons, in list order, each with its data when that is known.
+    void buildProfileBoxImageList(QList<ProfileBoxImage>& images) const;
+
+protected:
+    ProfileBoxManagerBase(QSharedPointer<zel::ListApiMultiplexer> listApi, QSharedPointer<zel::JsonStream> jsonStream,
+                          RegistrationHandler* registrationHandler);
+
+private:
+    virtual void pushItemAdded(const ProfileBoxItem& item) = 0;
+    virtual void pushItemRemoved(const ProfileBoxItem& item) = 0;
+    virtual void pushImageAdded(const ProfileBoxImage& image) = 0;
+    virtual void pushImageRemoved(const ProfileBoxImage& image) = 0;
+    virtual void pushImageRetrieved(const ProfileBoxImage& image) = 0;
+
+    void handleItemAdded(const QVariantList& indexPath);
+    void handleItemUpdated(const QVariantList& indexPath);
+    void handleItemRemoved(const QVariantList& indexPath);
+    void handleItemsChanged();
+    void handleImageAdded(const QVariantList& indexPath);
+    void handleImageUpdated(const QVariantList& indexPath);
+    void handleImageRemoved(const QVariantList& indexPath);
+    void handleImagesChanged();
+    void handleListLoaded();
+
+    void requestNewProfileBoxImageCallback(QObject* sender, iface::JsonReaderAttribute message);
+    void handleProfileBoxImageRequest(const QString& imageId, const QString& streamId);
+    void streamDataAvailable(const QString& streamId, const QVariant& data);
+
+    struct Private;
+    std::unique_ptr<Private> const d;
+};
+
+} // namespace zelsplib
