@@ -13,6 +13,8 @@
 
 namespace zelcore {
 
+class SimulatorPrivate;
+
 /// A core service of the messaging service, played on a desktop.
 ///
 /// It serves the publish/subscribe object that the client library opens, and the two targets of the invocation
@@ -113,7 +115,7 @@ public:
     /// The bytes of any picture or icon that the service knows, by its lower-case hexadecimal SHA-1.
     QByteArray picture(const QString& hash) const;
 
-    // --- Contacts -----------------------------------------------------------------------------------------------
+    // --- Contacts: known by their handle, or by their user id ---------------------------------------------------
 
     /// Adds a contact who runs the application (\a installed) or does not yet. Missing ids are made from the handle,
     /// a missing handle from the display name. The user id of the new contact; empty, with a line in the log, when
@@ -174,7 +176,8 @@ public:
     // --- Commands and scenarios ---------------------------------------------------------------------------------
 
     /// Runs one line of the command language that zelcore-sim takes on standard input ("help" describes it).
-    /// False, with a sentence in \a reply, for a line that is not a command. An empty line does nothing.
+    /// False, with a sentence in \a reply, for a line that is not a command or cannot be done. An empty line does
+    /// nothing.
     bool execute(const QString& commandLine, QString* reply = nullptr);
     /// The description of all commands.
     static QString commandHelp();
@@ -195,9 +198,9 @@ Q_SIGNALS:
     void invocationReceived(const QString& target, const QString& action, const QString& mimeType,
                             const QByteArray& data);
     /// A record of an application, before anything is done about it. \a json is empty when it is not in the form.
-    void messageReceived(quint64 client, const QString& type, const QByteArray& json);
+    void messageReceived(int client, const QString& type, const QByteArray& json);
     /// A message on its way to an application, before faults.
-    void messageSent(quint64 client, const QString& type, const QByteArray& json);
+    void messageSent(int client, const QString& type, const QByteArray& json);
     /// One clear line about something that was refused; it also goes to Qt's message handler as a warning.
     void refused(const QString& line);
     /// A command of the scenario's timeline has run.
@@ -206,8 +209,7 @@ Q_SIGNALS:
     void quitRequested();
 
 private:
-    class Private;
-    std::unique_ptr<Private> const d;
+    std::unique_ptr<SimulatorPrivate> const d;
 };
 
 } // namespace zelcore

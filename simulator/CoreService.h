@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <simulator/Desk.h>
+#include <simulator/ListService.h>
+#include <simulator/ProfileService.h>
+#include <simulator/Registrar.h>
+
+#include <QtCore/QHash>
+#include <QtCore/QList>
+#include <QtCore/QObject>
+
+namespace zelcore {
+
+/// The protocol: one session per connected application, and who answers which message.
+///
+/// An application that starts says so with its first message, "tpaApi". One that says nothing, or begins with
+/// something else, was connected before this service came back: it is told everything anew, but for the lists that it
+/// asks for by itself.
+class CoreService : public QObject
+{
+    Q_OBJECT
+public:
+    /// \a world and \a outbox must outlive it.
+    CoreService(World& world, Outbox& outbox, QObject* parent = nullptr);
+
+    void connected(int client);
+    void disconnected(int client);
+    void received(int client, const QByteArray& record);
+    /// All applications are gone at once because the service goes away; those that come back keep their registration.
+    void suspend();
+
+    /// Of everybody: who is connected, who is expected back, who comes later.
+    void setRegistrationState(const QString& state);
+    Registrar& registrar() { return m_registrar; }
+    Desk& desk() { return m_desk; }
+    /// The state of the application that connected last.
+    QString registrationState() const;
+
+Q_SIGNALS:
+    void messageReceived(int client, const QString& type, const QByteArray& json);
+    void refused(const QString& line);
+
+private:
+    void settle(Session& session);
+    void refuse(int client, const QString& type, const QString& why);
+    QString requestEcoId(Session& session, const QJsonObject& body);
+    QString requestEcoIdStatus(Session& session, const QJsonObject& body);
+
+    Desk m_desk;
+    ListService m_lists;
+    Registrar m_registrar;
+    ProfileService m_profiles;
+    QHash<QString, RequestHandler> m_handlers;
+    QList<Session> m_suspended; ///< In the order in which they had connected.
+};
+
+} // namespace zelcore

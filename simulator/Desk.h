@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <simulator/Lists.h>
+#include <simulator/Outbox.h>
+#include <simulator/Session.h>
+#include <simulator/Wire.h>
+#include <simulator/World.h>
+
+#include <QtCore/QJsonValue>
+
+#include <functional>
+#include <map>
+#include <memory>
+
+namespace zelcore {
+
+/// What everyone who answers requests shares: the world, the way out, and who is connected.
+struct Desk
+{
+    World& world;
+    Outbox& outbox;
+    Lists lists;
+    std::map<int, std::shared_ptr<Session>> sessions;
+
+    Desk(World& theWorld, Outbox& theOutbox)
+        : world(theWorld)
+        , outbox(theOutbox)
+        , lists(theWorld)
+    {
+    }
+
+    /// Sends a message to every application.
+    void broadcast(QLatin1String type, const QByteArray& body)
+    {
+        // A slot that watches the traffic may make applications come and go.
+        const auto everyone = sessions;
+        for (const auto& [client, session] : everyone)
+            outbox.send(client, type, body);
+    }
+
+    /// Sends elements of a list to one application, in as many messages as they need; none for no elements.
+    void sendElements(int client, QLatin1String type, const QString& list, const QList<QByteArray>& elements)
+    {
+        if (elements.isEmpty())
+            return;
+        for (const QByteArray& body : wire::packElements(elements, list, false))
+            outbox.send(client, type, body);
+    }
+};
+
+/// Answers one kind of request. Empty, or the sentence that says why the request is refused.
+using RequestHandler = std::function<QString(Session&, const QJsonObject&)>;
+
+/// The string under \a key. False, with a sentence in \a problem, when there is none; a problem that there is already
+/// stays and counts as failure, so that several reads can be checked at once.
+inline bool readString(const QJsonObject& body, QLatin1String key, QString* value, QString* problem)
+{
+    const QJsonValue member = body.value(key);
+    if (problem->isEmpty() && !member.isString())
+        *problem = QStringLiteral("\"%1\" is %2")
+                       .arg(key, member.isUndefined() ? QStringLiteral("missing") : QStringLiteral("no string"));
+    *value = member.toString();
+    return problem->isEmpty();
+}
+
+} // namespace zelcore

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <simulator/World.h>
+
+#include <QtCore/QByteArray>
+#include <QtCore/QList>
+#include <QtCore/QStringList>
+
+namespace zelcore {
+
+/// The world as the lists that applications mirror. An element is ready JSON text.
+class Lists
+{
+public:
+    static const QString global;          ///< "permission" and "platformProfile", by "name".
+    static const QString platformContact; ///< The ids of those who run the application, by "userId".
+    static const QString platformUser;    ///< Their records, by "userId".
+    static const QString profileBoxItem;  ///< By "itemId".
+    static const QString profileBoxImage; ///< By "imageId".
+
+    static const QString permission;
+    static const QString platformProfile;
+
+    /// \a world must outlive it.
+    explicit Lists(const World& world)
+        : m_world(world)
+    {
+    }
+
+    static const QStringList& all();
+    /// The member that tells one element of the list from another; empty for a list that there is not.
+    static QString keyMember(const QString& list);
+
+    /// Everything in the list, as an application in the registration state \a state sees it.
+    QList<QByteArray> elements(const QString& list, const QString& state) const;
+    /// One element; empty when the list has none of this key.
+    QByteArray element(const QString& list, const QString& key, const QString& state) const;
+
+    static QByteArray itemJson(const BoxItem& item);
+    static QByteArray iconJson(const BoxIcon& icon);
+    /// {"MEMBER":"KEY"}: how an element is named where it is not shown.
+    static QByteArray keyJson(const QString& list, const QString& key);
+
+private:
+    QByteArray permissionJson(const QString& state) const;
+    QByteArray profileJson() const;
+
+    const World& m_world;
+};
+
+} // namespace zelcore

@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <simulator/People.h>
+
+#include <simulator/World.h>
+
+#include <array>
+
+namespace zelcore {
+
+namespace {
+
+/// People who share a script. Words are separated by a bar.
+struct Culture
+{
+    const char16_t* given;
+    const char16_t* family;
+    const char16_t* messages;
+    const char16_t* timeZone;
+    const char16_t* country;
+};
+
+constexpr std::array<Culture, 10> cultures{{
+    {u"Anna|Ben|Chloë|Dario|Elif|Françoise|Jürgen|Zoë", u"Alder|Brandt|Castellón|Dvořák|Engström|O’Neill",
+     u"Out for a run|Back at five|Gone fishing 🎣|Café, s’il vous plaît|Grüße aus der Küche", u"Europe/Berlin", u"DE"},
+    {u"Анна|Борис|Вера|Дмитрий|Жанна|Олег", u"Белова|Ершов|Крылов|Соколова",
+     u"На даче|Скоро буду|Читаю «Войну и мир»|Не беспокоить", u"Europe/Sofia", u"BG"},
+    {u"Αλέξης|Ελένη|Γιώργος|Σοφία", u"Παππάς|Νικολάου|Δημητρίου",
+     u"Στη θάλασσα|Επιστρέφω αμέσως|Καλημέρα ☀️", u"Europe/Athens", u"GR"},
+    {u"أحمد|ليلى|سمير|نور", u"حداد|منصور|الزين", u"في الطريق|مشغول الآن|صباح الخير", u"Africa/Cairo", u"EG"},
+    {u"נועה|אורי|תמר|איתן", u"לוי|כהן|ברק", u"בדרך הביתה|שותה קפה|אחזור מאוחר", u"Asia/Jerusalem", u"IL"},
+    {u"美咲|健太|さくら|ハルト", u"佐藤|鈴木|高橋", u"会議中です|散歩に行ってきます|また明日 🌸", u"Asia/Tokyo", u"JP"},
+    {u"伟|芳|秀英|子轩", u"王|李|张|刘", u"在路上|晚点联系|喝茶中 🍵", u"Asia/Shanghai", u"CN"},
+    {u"지우|서연|민준", u"김|이|박", u"회의 중|잠시 자리 비움|좋은 하루", u"Asia/Seoul", u"KR"},
+    {u"आरव|दीपा|ईशान|मीरा", u"शर्मा|पटेल|राव", u"काम पर|जल्दी लौटूँगा|चाय का समय", u"Asia/Kolkata", u"IN"},
+    {u"🦊 Robin|Sam 🚀|Alex 👩‍👩‍👧|Kim 🇫🇮", u"Vale|Storm|Reed",
+     u"🎵🎵🎵|👍🏽|🏔️ → 🏖️|😀", u"Europe/Helsinki", u"FI"},
+}};
+
+constexpr const char16_t* statuses = u"Available|In a meeting|On the phone|At lunch|Away";
+
+constexpr std::array<int, 12> pictureSizes{300, 777, 1024, 2048, 3000, 4096, 6000, 9000, 12000, 15360, 15361, 20000};
+
+QString pick(const char16_t* words, PeopleMaker& maker)
+{
+    const QStringList list = QString::fromUtf16(words).split(QLatin1Char('|'));
+    return list.at(maker.below(int(list.size())));
+}
+
+} // namespace
+
+PeopleMaker::PeopleMaker(quint32 seed)
+    : m_random(seed)
+{
+}
+
+int PeopleMaker::below(int limit)
+{
+    return int(m_random() % quint32(limit));
+}
+
+Person PeopleMaker::next(int number)
+{
+    const Culture& culture = cultures[size_t(below(int(cultures.size())))];
+    Person person;
+    person.handle = QStringLiteral("friend%1").arg(number, 5, 10, QLatin1Char('0'));
+    person.userId = QStringLiteral("user-%1").arg(person.handle);
+    person.ppId = QStringLiteral("pp-%1").arg(person.handle);
+    person.appVersion = QStringLiteral("1.%1").arg(below(10));
+    const QString given = pick(culture.given, *this);
+    person.displayName = given + QLatin1Char(' ') + pick(culture.family, *this);
+    person.personalMessage = below(4) == 0 ? QString() : pick(culture.messages, *this);
+    person.statusMessage = status();
+    person.timeZone = QString::fromUtf16(culture.timeZone);
+    person.countryCode = QString::fromUtf16(culture.country);
+    person.showBusy = below(5) == 0;
+    person.clientVersion = 600 + below(200);
+    if (below(3) == 0) {
+        person.avatarId = World::hashOf(pictures().at(below(int(pictures().size()))));
+        person.avatarMimeType = QStringLiteral("image/png");
+    }
+    return person;
+}
+
+QString PeopleMaker::message()
+{
+    return pick(cultures[size_t(below(int(cultures.size())))].messages, *this);
+}
+
+QString PeopleMaker::status()
+{
+    return pick(statuses, *this);
+}
+
+const QList<QByteArray>& PeopleMaker::pictures()
+{
+    if (m_pictures.isEmpty()) {
+        for (const int size : pictureSizes)
+            m_pictures.append(picture(size, quint32(size)));
+    }
+    return m_pictures;
+}
+
+QByteArray PeopleMaker::picture(int size, quint32 seed)
+{
+    QByteArray data = QByteArrayLiteral("\x89PNG\r\n\x1a\n").left(size);
+    std::mt19937 noise(seed);
+    while (data.size() < size)
+        data.append(char(noise() & 0xff));
+    return data;
+}
+
+} // namespace zelcore

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <simulator/Desk.h>
+#include <simulator/ListService.h>
+
+#include <QtCore/QObject>
+
+namespace zelcore {
+
+/// Registers applications, as it was told to.
+class Registrar : public QObject
+{
+    Q_OBJECT
+public:
+    /// \a desk and \a lists must outlive it.
+    Registrar(Desk& desk, ListService& lists, QObject* parent = nullptr);
+
+    void setPolicy(Simulator::RegistrationPolicy policy, const QString& fixedState, int delay);
+    QString request(Session& session, const QJsonObject& body);
+
+    /// The state in which applications begin.
+    const QString& initialState() const { return m_initialState; }
+    void setState(const QString& state);
+    void setState(Session& session, const QString& state);
+
+Q_SIGNALS:
+    void requested(const QString& uuid, bool silent);
+    void stateChanged(const QString& state);
+
+private:
+    void conclude(int client);
+
+    Desk& m_desk;
+    ListService& m_lists;
+    QString m_initialState = QStringLiteral("Unregistered");
+    Simulator::RegistrationPolicy m_policy = Simulator::RegistrationPolicy::Automatic;
+    QString m_outcome = QStringLiteral("Success");
+    int m_delay = 0;
+};
+
+} // namespace zelcore
