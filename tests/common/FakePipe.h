@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <iface/WritableObservableValue.h>
+#include <zel/JsonPipe.h>
+#include <zel/MessageListenerMap.h>
+#include <zel/PpsJsonSource.h>
+
+#include <pps/decoder.h>
+
+#include <QByteArray>
+#include <QDebug>
+#include <QJsonDocument>
+#include <QList>
+
+/// A pipe whose other end is the test: keeps what is sent, and delivers what the test injects through the real decoder
+/// and reader, as the channel does.
+///
+///     pipe->inject(R"({"listAll":{"type":"global"}})");
+///     QVERIFY(pipe->expectSent(R"({"requestListAll":{"type":"global"}})"));
+///     QVERIFY(pipe->expectNothingSent());
+class FakePipe : public zel::JsonPipe
+{
+public:
+    void addListener(QObject* owner, const QString& type, const Listener& callback) override
+    {
+        m_listeners.addListener(owner, type, callback);
+    }
+    void removeListeners(QObject* owner) override { m_listeners.removeListeners(owner); }
+    void send(const QString& text) override { m_sent.append(text.toUtf8()); }
+    void send(const QSharedPointer<zel::JsonWriter>& message) override { send(message->toString()); }
+    iface::ObservableValue<bool> isConnected() const override
+    {
+        return iface::ObservableValue<bool>(m_connected.data());
+    }
+
+    void setConnected(bool connected) { m_connected->setValue(connected); }
+    int listenerCount(const QString& type) const { return m_listeners.listenerCount(type); }
+
+    /// Delivers one message; false when it was not fit to be delivered.
+    bool inject(const QByteArray& json) { return injectText("@platform\ndat:json:" + json + '\n'); }
+    /// The same with the whole text of the object.
+    bool injectText(const QByteArray& text)
+    {
+        struct Decoder : pps_decoder_t
+        {
+            Decoder()
+                : pps_decoder_t{}
+            {
+            }
+            ~Decoder() { pps_decoder_cleanup(this); }
+        } decoder;
+        if (pps_decoder_initialize_n(&decoder, text.constData(), size_t(text.size())) != PPS_DECODER_OK ||
+            pps_decoder_push(&decoder, "@platform") != PPS_DECODER_OK ||
+            pps_decoder_push(&decoder, "dat") != PPS_DECODER_OK || !pps_decoder_name(&decoder)) {
+            return false;
+        }
+        const QByteArray type = pps_decoder_name(&decoder);
+        zel::PpsJsonSource source(&decoder);
+        const iface::JsonNodeReader root = source.startParsing();
+        m_listeners.sendMessage(QString::fromUtf8(type), root[type.constData()]);
+        return true;
+    }
+
+    /// What was sent and not taken yet, exactly as written, first to last.
+    const QList<QByteArray>& sent() const { return m_sent; }
+    int sentCount() const { return int(m_sent.size()); }
+    void clearSent() { m_sent.clear(); }
+    /// Takes the first text; empty when there is none.
+    QByteArray takeSent() { return m_sent.isEmpty() ? QByteArray() : m_sent.takeFirst(); }
+
+    /// Takes the first text and compares it as JSON: white space and the order of members do not count.
+    bool expectSent(const QByteArray& json)
+    {
+        const QByteArray text = takeSent();
+        const auto document = QJsonDocument::fromJson(text);
+        return check(!document.isNull() && document == QJsonDocument::fromJson(json), text, json);
+    }
+    /// Takes the first text and compares it byte by byte, where the text is the contract.
+    bool expectSentText(const QByteArray& json)
+    {
+        const QByteArray text = takeSent();
+        return check(text == json, text, json);
+    }
+    bool expectNothingSent() const
+    {
+        if (!m_sent.isEmpty()) {
+            qWarning().noquote() << "sent, and not expected:" << m_sent;
+        }
+        return m_sent.isEmpty();
+    }
+
+private:
+    static bool check(bool equal, const QByteArray& sent, const QByteArray& expected)
+    {
+        if (!equal) {
+            qWarning().noquote() << "sent:    " << sent << "\nexpected:" << expected;
+        }
+        return equal;
+    }
+
+    zel::MessageListenerMap m_listeners;
+    QList<QByteArray> m_sent;
+    QExplicitlySharedDataPointer<iface::WritableObservableValue<bool>> m_connected{
+        new iface::WritableObservableValue<bool>(true)};
+};
