@@ -52,12 +52,11 @@ Context::Context(const QUuid& uuid, QObject* parent)
 Context::~Context() = default;
 
 /// Asks the service to register the application; it may ask the user. What comes of it shows in
-/// registrationStateUpdated(). If the application is registered already, that is announced at once and nothing is sent.
+/// registrationStateUpdated().
 ///
 /// False when the request was not made: the UUID is null, in which case every context of the process announces
-/// InvalidUuid before this returns, or the present state does not allow registration (only Unregistered,
-/// NoDataConnection, UnexpectedError, InvalidUuid, TemporaryError and CancelledByUser do), in which case no signal
-/// follows.
+/// InvalidUuid before this returns; or the present state does not allow it (only Unregistered, NoDataConnection,
+/// UnexpectedError, InvalidUuid, TemporaryError and CancelledByUser do), in which case no signal follows.
 bool Context::requestRegisterApplication()
 {
     return d->requestRegistration(false);

@@ -1,0 +1,288 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Desk.h"
+
+#include <platform/contacts/ContactServiceDelegate.h>
+#include <vx/platform/zel/ContactService.h>
+
+#include <QtCore/QPointer>
+
+using namespace vx::platform::zel;
+
+/// One process, one bridge: the cases build on each other.
+class TstContactService : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void answersDefaultsWithoutAContext();
+    void staysDeadWhenMadeBeforeRegistration();
+    void hearsOfTheWholeListOnce();
+    void showsARecordFieldByField();
+    void listsContactsByHandle();
+    void announcesAChange();
+    void announcesAContactWhoInstallsTheApplication();
+    void keepsAContactWhoRemovesTheApplication();
+    void takesTheLaterOfTwoRecordsWithOneHandle();
+    void answersADefaultForAnUnknownHandle();
+    void fetchesAPicture();
+    void announcesNoPictureAtOnce();
+    void fallsSilentWhileAccessIsLost();
+    void showsWhatIsThereToALaterService();
+    void mayBeDestroyedInItsOwnSlot();
+    void answersDefaultsAfterItsContextIsGone();
+
+private:
+    static void compareWithDefaults(ContactService& service);
+    static QStringList handlesOf(const QSignalSpy& spy)
+    {
+        QStringList handles;
+        for (const QList<QVariant>& arguments : spy)
+            handles.append(arguments.at(0).toString());
+        return handles;
+    }
+    void change(const QString& name, const QByteArray& members)
+    {
+        m_desk.sendElements(QStringLiteral("listChange"), QStringLiteral("platformUser"),
+                            {m_desk.contact(name, members)});
+    }
+    void add(const QString& name, const QByteArray& members = "{}")
+    {
+        m_desk.contact(name, members);
+        m_desk.sendElements(QStringLiteral("listAdd"), QStringLiteral("platformContact"), {Desk::contactId(name)});
+    }
+
+    Desk m_desk;
+    std::unique_ptr<Context> m_context;
+    std::unique_ptr<ContactService> m_service;
+};
+
+void TstContactService::compareWithDefaults(ContactService& service)
+{
+    QVERIFY(!service.isValid());
+    QCOMPARE(service.contactCount(), 0);
+    QCOMPARE(service.contacts().size(), 0);
+    QCOMPARE(service.contact(QStringLiteral("ada")), Contact());
+    QVERIFY(!service.containsContact(Contact()));
+    QVERIFY(!service.requestDisplayPicture(QStringLiteral("ada")));
+}
+
+void TstContactService::answersDefaultsWithoutAContext()
+{
+    const Contact contact;
+    QCOMPARE(contact.handle(), QString());
+    QCOMPARE(contact.status(), UserStatus::Available);
+    QCOMPARE(contact.platformVersion(), 0);
+    ContactService service(nullptr);
+    compareWithDefaults(service);
+}
+
+void TstContactService::staysDeadWhenMadeBeforeRegistration()
+{
+    m_desk.heldBack = QStringList{QStringLiteral("platformContact")};
+    m_context = std::make_unique<Context>(QUuid::createUuid());
+    ContactService early(m_context.get());
+    QVERIFY(m_desk.becomeAllowed());
+    compareWithDefaults(early);
+}
+
+void TstContactService::hearsOfTheWholeListOnce()
+{
+    m_service = std::make_unique<ContactService>(m_context.get());
+    QSignalSpy lists(m_service.get(), &ContactService::contactListUpdated);
+    QSignalSpy counts(m_service.get(), SIGNAL(contactCountChanged()));
+    QSignalSpy installs(m_service.get(), &ContactService::applicationEnabled);
+    QCOMPARE(m_service->contactCount(), 0);
+
+    QJsonArray ids;
+    for (const char* name : {"bea", "ada", "cem"}) {
+        m_desk.contact(QString::fromLatin1(name));
+        ids.append(Desk::contactId(QString::fromLatin1(name)));
+    }
+    m_desk.contact(QStringLiteral("ada"),
+                   R"({"ppid":"p","appVersion":"3","displayName":"Ada","personalMessage":"Hi","currentStatus":"out",
+                       "showBusy":true,"platformVersion":150,"clientVersion":9})");
+    m_desk.lists.insert(QStringLiteral("platformContact"), ids);
+    m_desk.heldBack.clear();
+    m_desk.sendList(QStringLiteral("platformContact"));
+
+    QTRY_COMPARE(lists.size(), 1);
+    QVERIFY(m_service->isValid());
+    QCOMPARE(m_service->contactCount(), 3);
+    QVERIFY(m_desk.settle());
+    QCOMPARE(lists.size(), 1);
+    QCOMPARE(counts.size(), 1);
+    QCOMPARE(installs.size(), 0);
+}
+
+void TstContactService::showsARecordFieldByField()
+{
+    const Contact ada = m_service->contact(QStringLiteral("ada"));
+    QCOMPARE(ada.handle(), QStringLiteral("ada"));
+    QCOMPARE(ada.ppId(), QStringLiteral("p"));
+    QCOMPARE(ada.applicationVersion(), QStringLiteral("3"));
+    QCOMPARE(ada.displayName(), QStringLiteral("Ada"));
+    QCOMPARE(ada.personalMessage(), QStringLiteral("Hi"));
+    QCOMPARE(ada.statusMessage(), QStringLiteral("out"));
+    QCOMPARE(ada.status(), UserStatus::Busy);
+    QCOMPARE(ada.platformVersion(), 150);
+    QCOMPARE(ada.sdkVersion(), 150);
+    QCOMPARE(ada.zelVersion(), 9);
+    QVERIFY(m_service->containsContact(ada));
+
+    const Contact copy = ada;
+    QCOMPARE(copy, ada);
+    QVERIFY(ada != m_service->contact(QStringLiteral("bea")));
+}
+
+void TstContactService::listsContactsByHandle()
+{
+    QStringList handles;
+    const QList<Contact> contacts = m_service->contacts();
+    for (const Contact& contact : contacts)
+        handles.append(contact.handle());
+    QCOMPARE(handles, QStringList({QStringLiteral("ada"), QStringLiteral("bea"), QStringLiteral("cem")}));
+}
+
+void TstContactService::announcesAChange()
+{
+    ContactService second(m_context.get());
+    QSignalSpy updates(m_service.get(), &ContactService::contactUpdated);
+    QSignalSpy others(&second, &ContactService::contactUpdated);
+    QSignalSpy counts(m_service.get(), SIGNAL(contactCountChanged()));
+    const Contact before = m_service->contact(QStringLiteral("bea"));
+    QObject owner;
+    connect(m_service.get(), &ContactService::contactUpdated, &owner,
+            [&](const QString& handle) { QCOMPARE(m_service->contact(handle).displayName(), QStringLiteral("Bea")); });
+    change(QStringLiteral("bea"), R"({"displayName":"Bea"})");
+    change(QStringLiteral("bea"), R"({"displayName":"Bea"})");
+    QVERIFY(m_desk.settle());
+    QCOMPARE(handlesOf(updates), QStringList(QStringLiteral("bea")));
+    QCOMPARE(handlesOf(others), QStringList(QStringLiteral("bea")));
+    QCOMPARE(counts.size(), 0);
+    QCOMPARE(before.displayName(), QString()); // a contact in hand stays as it was
+}
+
+void TstContactService::announcesAContactWhoInstallsTheApplication()
+{
+    QSignalSpy installs(m_service.get(), &ContactService::applicationEnabled);
+    QSignalSpy counts(m_service.get(), SIGNAL(contactCountChanged()));
+    QObject owner;
+    connect(m_service.get(), &ContactService::applicationEnabled, &owner,
+            [&](const QString& handle) { QCOMPARE(m_service->contact(handle).handle(), handle); });
+    add(QStringLiteral("dan"));
+    QTRY_COMPARE(handlesOf(installs), QStringList(QStringLiteral("dan")));
+    QCOMPARE(m_service->contactCount(), 4);
+    QCOMPARE(counts.size(), 1);
+}
+
+void TstContactService::keepsAContactWhoRemovesTheApplication()
+{
+    QSignalSpy removals(m_service.get(), &ContactService::applicationDisabled);
+    m_desk.sendElements(QStringLiteral("listRemove"), QStringLiteral("platformContact"),
+                        {Desk::contactId(QStringLiteral("dan"))});
+    QTRY_COMPARE(handlesOf(removals), QStringList(QStringLiteral("dan")));
+    QCOMPARE(m_service->contact(QStringLiteral("dan")).handle(), QStringLiteral("dan"));
+    QCOMPARE(m_service->contactCount(), 4);
+}
+
+void TstContactService::takesTheLaterOfTwoRecordsWithOneHandle()
+{
+    // Straight into the delegate: the service never sends such a list on purpose.
+    auto* delegate = ServiceBridge::instance()->contactService();
+    QSignalSpy lists(m_service.get(), &ContactService::contactListUpdated);
+    const auto record = [](const QString& name) {
+        zelsplib::PlatformContact contact;
+        contact.setHandle(QStringLiteral("twin"));
+        contact.setDisplayName(name);
+        return contact;
+    };
+    delegate->setContactList({record(QStringLiteral("earlier")), record(QStringLiteral("later"))});
+    QCOMPARE(lists.size(), 1);
+    QCOMPARE(m_service->contactCount(), 1);
+    QCOMPARE(m_service->contact(QStringLiteral("twin")).displayName(), QStringLiteral("later"));
+
+    delegate->updateContactList(); // back to what the service said
+    QCOMPARE(lists.size(), 2);
+    QCOMPARE(m_service->contactCount(), 3);
+}
+
+void TstContactService::answersADefaultForAnUnknownHandle()
+{
+    QCOMPARE(m_service->contact(QStringLiteral("nobody")), Contact());
+    QVERIFY(!m_service->containsContact(Contact()));
+    QVERIFY(!m_service->requestDisplayPicture(QStringLiteral("nobody")));
+    QVERIFY(m_desk.nothingWritten());
+}
+
+void TstContactService::fetchesAPicture()
+{
+    m_desk.core.leaveToTest(QStringLiteral("requestUserAvatar"));
+    change(QStringLiteral("cem"), R"({"avatarId":"pic","avatarMimeType":"image/gif"})");
+    // A new picture is fetched unasked; asking does it again.
+    const QByteArray request = R"({"requestUserAvatar":{"userId":"u-cem","streamId":"pic"}})";
+    QCOMPARE(m_desk.core.nextMessage(), request);
+    QSignalSpy pictures(m_service.get(), &ContactService::displayPictureUpdated);
+    m_desk.sendStream(QStringLiteral("pic"), "bytes");
+    QTRY_COMPARE(pictures.size(), 1);
+
+    QVERIFY(m_service->requestDisplayPicture(QStringLiteral("cem")));
+    QCOMPARE(m_desk.core.nextMessage(), request);
+    m_desk.sendStream(QStringLiteral("pic"), "bytes again");
+    QTRY_COMPARE(pictures.size(), 2);
+    QCOMPARE(pictures.at(1).at(0).toString(), QStringLiteral("cem"));
+    QCOMPARE(pictures.at(1).at(1).value<ImageType::Type>(), ImageType::Gif);
+    QCOMPARE(pictures.at(1).at(2).toByteArray(), QByteArray("bytes again"));
+}
+
+void TstContactService::announcesNoPictureAtOnce()
+{
+    QSignalSpy pictures(m_service.get(), &ContactService::displayPictureUpdated);
+    QVERIFY(m_service->requestDisplayPicture(QStringLiteral("ada")));
+    QCOMPARE(pictures.size(), 1);
+    QCOMPARE(pictures.at(0).at(0).toString(), QStringLiteral("ada"));
+    QCOMPARE(pictures.at(0).at(1).value<ImageType::Type>(), ImageType::Unsupported);
+    QCOMPARE(pictures.at(0).at(2).toByteArray(), QByteArray());
+    QVERIFY(m_desk.nothingWritten());
+}
+
+void TstContactService::fallsSilentWhileAccessIsLost()
+{
+    QSignalSpy counts(m_service.get(), SIGNAL(contactCountChanged()));
+    m_desk.changeState(QStringLiteral("TemporaryError"));
+    QTRY_COMPARE(counts.size(), 1);
+    compareWithDefaults(*m_service);
+    m_desk.changeState(QStringLiteral("Success"));
+    QTRY_COMPARE(counts.size(), 2);
+    QCOMPARE(m_service->contactCount(), 3);
+}
+
+void TstContactService::showsWhatIsThereToALaterService()
+{
+    QSignalSpy lists(m_service.get(), &ContactService::contactListUpdated);
+    ContactService later(m_context.get());
+    QVERIFY(later.isValid());
+    QCOMPARE(later.contacts(), m_service->contacts());
+    QCOMPARE(lists.size(), 1); // the others hear of the list that was read for it
+}
+
+void TstContactService::mayBeDestroyedInItsOwnSlot()
+{
+    QPointer<ContactService> doomed = new ContactService(m_context.get());
+    connect(doomed, &ContactService::contactUpdated, doomed, [&] { delete doomed; });
+    QSignalSpy updates(m_service.get(), &ContactService::contactUpdated);
+    change(QStringLiteral("bea"), R"({"displayName":"Beatrix"})");
+    QTRY_COMPARE(updates.size(), 1);
+    QVERIFY(!doomed);
+}
+
+void TstContactService::answersDefaultsAfterItsContextIsGone()
+{
+    auto context = std::make_unique<Context>(QUuid::createUuid());
+    ContactService service(context.get());
+    QCOMPARE(service.contactCount(), 3);
+    context.reset();
+    compareWithDefaults(service);
+}
+
+QTEST_GUILESS_MAIN(TstContactService)
+#include "tst_contactservice.moc"

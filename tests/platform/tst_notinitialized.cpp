@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <platform/channel/ServiceBridge.h>
+#include <vx/platform/zel/ApplicationPermissions.h>
+#include <vx/platform/zel/ContactService.h>
+#include <vx/platform/zel/Context.h>
+#include <vx/platform/zel/ProfileBox.h>
+#include <vx/platform/zel/UserProfile.h>
+#include <vx/platform/zel/Utils.h>
+
+#include <QtCore/QRegularExpression>
+#include <QtCore/QTemporaryDir>
+#include <QtTest/QSignalSpy>
+#include <QtTest/QTest>
+
+using namespace vx::platform::zel;
+
+/// A process without a platform object to open.
+class TstNotInitialized : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void hasABridgeWithARegistrarAndNothingElse();
+    void isBlockedByTheUser();
+    void registersNothing();
+    void answersDefaultsEverywhere();
+
+private:
+    QTemporaryDir m_root;
+    std::unique_ptr<Context> m_context;
+};
+
+void TstNotInitialized::initTestCase()
+{
+    qputenv("PPS_ROOT", m_root.path().toLocal8Bit());
+    QTest::ignoreMessage(QtWarningMsg,
+                         QRegularExpression(QStringLiteral("^ZELSP Services not initialized -- Abort .*PPS_ROOT")));
+    m_context = std::make_unique<Context>(QUuid::createUuid());
+}
+
+void TstNotInitialized::hasABridgeWithARegistrarAndNothingElse()
+{
+    auto* bridge = ServiceBridge::instance(); // a second line would show as a warning nobody expects
+    QCOMPARE(ServiceBridge::instance(), bridge);
+    QVERIFY(!bridge->isInitialized());
+    QVERIFY(bridge->registrar());
+    QVERIFY(!bridge->userProfile());
+    QVERIFY(!bridge->contactService());
+    QVERIFY(!bridge->messageService());
+    QVERIFY(!bridge->utils());
+    QVERIFY(!bridge->profileBox());
+}
+
+void TstNotInitialized::isBlockedByTheUser()
+{
+    QCOMPARE(m_context->registrationState(), RegistrationState::BlockedByUser);
+    QVERIFY(!m_context->isAccessAllowed());
+    QVERIFY(!m_context->isZelSetup());
+    QCOMPARE(m_context->platformVersion(), 200);
+}
+
+void TstNotInitialized::registersNothing()
+{
+    QSignalSpy states(m_context.get(), &Context::registrationStateUpdated);
+    QVERIFY(!m_context->requestRegisterApplication());
+    QVERIFY(!m_context->requestRegisterApplicationSilent());
+    QCOMPARE(states.size(), 0);
+
+    Context withoutUuid{QUuid()};
+    QVERIFY(!withoutUuid.requestRegisterApplication());
+    QCOMPARE(states.size(), 1); // an application's own mistake is told all the same
+    QCOMPARE(states.at(0).at(0).value<RegistrationState::Type>(), RegistrationState::InvalidUuid);
+}
+
+void TstNotInitialized::answersDefaultsEverywhere()
+{
+    ApplicationPermissions permissions(m_context.get());
+    QCOMPARE(permissions.permissionValue(Permission::ProfileUpdatesAllowed), PermissionValue::Denied);
+
+    UserProfile profile(m_context.get());
+    QCOMPARE(profile.displayName(), QString());
+    QVERIFY(!profile.requestUpdatePersonalMessage(QStringLiteral("x")));
+
+    ContactService contacts(m_context.get());
+    QVERIFY(!contacts.isValid());
+    QVERIFY(!contacts.requestDisplayPicture(QStringLiteral("x")));
+
+    ProfileBox box(m_context.get());
+    QCOMPARE(box.itemCount(), 0);
+    QVERIFY(!box.requestAddItem(QStringLiteral("text"), QString()));
+    QVERIFY(!box.requestAddItem(QStringLiteral("text"), 1, QString()));
+    QVERIFY(!box.requestRemoveItem(QStringLiteral("1")));
+    QVERIFY(!box.requestRemoveAllItems());
+    QVERIFY(!box.requestRegisterIcon(1, ImageType::Png, "data"));
+    QVERIFY(!box.requestRetrieveIcon(1));
+
+    Utils utils(m_context.get());
+    QVERIFY(!utils.requestEcoId(QStringLiteral("p")));
+    QVERIFY(!utils.requestEcoIdStatus(QStringLiteral("e")));
+    QVERIFY(!utils.invokeChat(QStringLiteral("e")));
+    QVERIFY(!utils.sendContactInvitation(QStringLiteral("e"), QStringLiteral("n"), QStringLiteral("m")));
+}
+
+QTEST_GUILESS_MAIN(TstNotInitialized)
+#include "tst_notinitialized.moc"

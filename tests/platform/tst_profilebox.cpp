@@ -1,0 +1,258 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Desk.h"
+
+#include <vx/platform/zel/ProfileBox.h>
+
+#include <QtCore/QCryptographicHash>
+#include <QtCore/QPointer>
+
+using namespace vx::platform::zel;
+
+/// One process, one bridge: the cases build on each other.
+class TstProfileBox : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void answersDefaultsWithoutAccess();
+    void holdsAllowedBackUntilTheBoxIsThere();
+    void showsWhatTheBoxHeldBefore();
+    void asksForNewItems();
+    void answersTrueForAnItemThatIsRefused();
+    void announcesItemsAsTheyComeAndGo();
+    void asksForTheRemovalOfItems();
+    void asksForTheRemovalOfAllItemsInTheirOrder();
+    void registersAnIcon();
+    void refusesIconsAgainstTheRules();
+    void retrievesAnIcon_data();
+    void retrievesAnIcon();
+    void mayBeDestroyedInItsOwnSlot();
+    void answersDefaultsAfterItsContextIsGone();
+
+private:
+    static void compareWithDefaults(ProfileBox& box);
+    static QJsonObject item(const QString& id, const QString& text, const QString& icon = {},
+                            const QString& cookie = {})
+    {
+        return {{QStringLiteral("itemId"), id},
+                {QStringLiteral("text"), text},
+                {QStringLiteral("imageId"), icon},
+                {QStringLiteral("cookie"), cookie}};
+    }
+    static QStringList idsOf(const QList<ProfileBoxItem>& items)
+    {
+        QStringList ids;
+        for (const ProfileBoxItem& one : items)
+            ids.append(one.id());
+        return ids;
+    }
+    void sendItems(const QString& message, const QJsonArray& elements)
+    {
+        m_desk.sendElements(message, QStringLiteral("profileBoxItem"), elements);
+    }
+
+    Desk m_desk;
+    std::unique_ptr<Context> m_context;
+    std::unique_ptr<ProfileBox> m_box;
+};
+
+void TstProfileBox::compareWithDefaults(ProfileBox& box)
+{
+    QVERIFY(!box.requestAddItem(QStringLiteral("text"), QString()));
+    QVERIFY(!box.requestAddItem(QStringLiteral("text"), 1, QString()));
+    QVERIFY(!box.requestRemoveItem(QStringLiteral("1")));
+    QVERIFY(!box.requestRemoveAllItems());
+    QCOMPARE(box.item(QStringLiteral("1")), ProfileBoxItem());
+    QCOMPARE(box.items().size(), 0);
+    QCOMPARE(box.itemCount(), 0);
+    QVERIFY(!box.requestRegisterIcon(1, ImageType::Png, "x"));
+    QVERIFY(!box.requestRetrieveIcon(1));
+}
+
+void TstProfileBox::answersDefaultsWithoutAccess()
+{
+    const ProfileBoxItem invalid;
+    QCOMPARE(invalid.id(), QString());
+    QCOMPARE(invalid.iconId(), -1);
+
+    ProfileBox withoutContext(nullptr);
+    compareWithDefaults(withoutContext);
+    m_context = std::make_unique<Context>(QUuid::createUuid());
+    m_box = std::make_unique<ProfileBox>(m_context.get());
+    compareWithDefaults(*m_box);
+    QVERIFY(m_desk.nothingWritten());
+}
+
+void TstProfileBox::holdsAllowedBackUntilTheBoxIsThere()
+{
+    QSignalSpy states(m_context.get(), &Context::registrationStateUpdated);
+    QSignalSpy added(m_box.get(), &ProfileBox::itemAdded);
+    QSignalSpy counts(m_box.get(), SIGNAL(itemCountChanged()));
+    const QStringList lists{QStringLiteral("profileBoxItem"), QStringLiteral("profileBoxImage")};
+    m_desk.lists.insert(lists.at(0),
+                        {item(QStringLiteral("1"), QStringLiteral("one"), QStringLiteral("7"), QStringLiteral("c1")),
+                         item(QStringLiteral("2"), QStringLiteral("two")),
+                         item(QStringLiteral("3"), QStringLiteral("three"), QStringLiteral("no number"))});
+    m_desk.heldBack = lists;
+    QVERIFY(m_desk.settle());
+    m_desk.changePermission(R"({"showAppBox":true,"registrationState":"Success"})");
+    QVERIFY(m_desk.settle());
+    m_desk.sendList(lists.at(0));
+    QVERIFY(m_desk.settle());
+    QCOMPARE(states.size(), 1); // Unregistered, at first
+    m_desk.sendList(lists.at(1));
+    QTRY_COMPARE(states.size(), 2);
+    QCOMPARE(states.at(1).at(0).value<RegistrationState::Type>(), RegistrationState::Allowed);
+    m_desk.heldBack.clear();
+    QCOMPARE(added.size(), 0);
+    QCOMPARE(counts.size(), 1); // what a binding has to know all the same
+}
+
+void TstProfileBox::showsWhatTheBoxHeldBefore()
+{
+    QCOMPARE(m_box->itemCount(), 3);
+    QCOMPARE(idsOf(m_box->items()), QStringList({QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("3")}));
+    const ProfileBoxItem first = m_box->item(QStringLiteral("1"));
+    QCOMPARE(first.id(), QStringLiteral("1"));
+    QCOMPARE(first.text(), QStringLiteral("one"));
+    QCOMPARE(first.cookie(), QStringLiteral("c1"));
+    QCOMPARE(first.iconId(), 7);
+    QCOMPARE(first, m_box->items().at(0));
+    QCOMPARE(m_box->item(QStringLiteral("2")).iconId(), -1);
+    QCOMPARE(m_box->item(QStringLiteral("3")).iconId(), 0);
+    QCOMPARE(m_box->item(QStringLiteral("none")), ProfileBoxItem());
+}
+
+void TstProfileBox::asksForNewItems()
+{
+    QVERIFY(m_box->requestAddItem(QStringLiteral("text"), 5, QStringLiteral("cookie")));
+    QCOMPARE(m_desk.core.nextMessage(),
+             QByteArray(R"({"createProfileBoxItem":{"text":"text","cookie":"cookie","imageId":"5"}})"));
+    QVERIFY(m_box->requestAddItem(QStringLiteral("text"), QString()));
+    QCOMPARE(m_desk.core.nextMessage(), QByteArray(R"({"createProfileBoxItem":{"text":"text","cookie":""}})"));
+}
+
+void TstProfileBox::answersTrueForAnItemThatIsRefused()
+{
+    QVERIFY(m_box->requestAddItem(QString(), QString()));
+    QVERIFY(m_box->requestAddItem(QString(101, QLatin1Char('x')), 1, QString()));
+    QVERIFY(m_desk.nothingWritten());
+}
+
+void TstProfileBox::announcesItemsAsTheyComeAndGo()
+{
+    ProfileBox second(m_context.get());
+    QStringList order;
+    QObject owner;
+    connect(m_box.get(), &ProfileBox::itemAdded, &owner, [&](const QString& id) {
+        order += QStringLiteral("+%1 of %2").arg(id).arg(m_box->itemCount());
+        QCOMPARE(m_box->item(id).id(), id);
+    });
+    connect(m_box.get(), &ProfileBox::itemRemoved, &owner, [&](const QString& id) {
+        order += QStringLiteral("-%1 of %2").arg(id).arg(m_box->itemCount());
+        QCOMPARE(m_box->item(id), ProfileBoxItem());
+    });
+    QSignalSpy others(&second, &ProfileBox::itemAdded);
+    QSignalSpy counts(m_box.get(), SIGNAL(itemCountChanged()));
+    sendItems(QStringLiteral("listAdd"), {item(QStringLiteral("4"), QStringLiteral("four"))});
+    sendItems(QStringLiteral("listRemove"),
+              {ScriptedCore::json(R"({"itemId":"2"})"), ScriptedCore::json(R"({"itemId":"9"})")});
+    QVERIFY(m_desk.settle());
+    QCOMPARE(order, QStringList({QStringLiteral("+4 of 4"), QStringLiteral("-2 of 3")}));
+    QCOMPARE(others.size(), 1);
+    QCOMPARE(counts.size(), 2);
+}
+
+void TstProfileBox::asksForTheRemovalOfItems()
+{
+    QVERIFY(m_box->requestRemoveItem(QStringLiteral("3")));
+    QCOMPARE(m_desk.core.nextMessage(),
+             QByteArray(R"({"requestListRemove":{"elements":[{"itemId":"3"}],"type":"profileBoxItem"}})"));
+    QCOMPARE(m_box->itemCount(), 3); // the service decides
+}
+
+void TstProfileBox::asksForTheRemovalOfAllItemsInTheirOrder()
+{
+    QVERIFY(m_box->requestRemoveAllItems());
+    for (const char* id : {"1", "3", "4"})
+        QCOMPARE(m_desk.core.nextMessage(), QByteArray("{\"requestListRemove\":{\"elements\":[{\"itemId\":\"") + id +
+                                                "\"}],\"type\":\"profileBoxItem\"}}");
+    sendItems(QStringLiteral("listRemove"),
+              {ScriptedCore::json(R"({"itemId":"1"})"), ScriptedCore::json(R"({"itemId":"3"})"),
+               ScriptedCore::json(R"({"itemId":"4"})")});
+    QTRY_COMPARE(m_box->itemCount(), 0);
+    QVERIFY(m_box->requestRemoveAllItems());
+    QVERIFY(m_desk.nothingWritten());
+}
+
+void TstProfileBox::registersAnIcon()
+{
+    QSignalSpy registered(m_box.get(), &ProfileBox::iconRegistered);
+    const QByteArray icon(32768, 'i');
+    const QByteArray hash = QCryptographicHash::hash(icon, QCryptographicHash::Sha1).toHex();
+    QVERIFY(m_box->requestRegisterIcon(7, ImageType::Png, icon));
+    QCOMPARE(m_desk.core.nextMessage(),
+             "{\"createProfileBoxImage\":{\"imageHash\":\"" + hash + "\",\"imageId\":\"7\"}}");
+    QVERIFY(!m_box->requestRegisterIcon(7, ImageType::Png, icon)); // under way
+
+    m_desk.sendElements(QStringLiteral("listAdd"), QStringLiteral("profileBoxImage"),
+                        {QJsonObject{{QStringLiteral("imageId"), QStringLiteral("7")},
+                                     {QStringLiteral("imageHash"), QString::fromLatin1(hash)}}});
+    QTRY_COMPARE(registered.size(), 1);
+    QCOMPARE(registered.at(0).at(0).toInt(), 7);
+    QVERIFY(!m_box->requestRegisterIcon(7, ImageType::Png, icon)); // taken
+}
+
+void TstProfileBox::refusesIconsAgainstTheRules()
+{
+    QVERIFY(!m_box->requestRegisterIcon(8, ImageType::Png, QByteArray()));
+    QVERIFY(!m_box->requestRegisterIcon(8, ImageType::Png, QByteArray(32769, 'i')));
+    QVERIFY(!m_box->requestRegisterIcon(-1, ImageType::Png, "i"));
+    QVERIFY(m_desk.nothingWritten());
+}
+
+void TstProfileBox::retrievesAnIcon_data()
+{
+    QTest::addColumn<QByteArray>("data");
+    QTest::addColumn<ImageType::Type>("type");
+    QTest::newRow("png") << QByteArray("\x89PNG\r\n\x1a\n and more") << ImageType::Png;
+    QTest::newRow("gif") << QByteArray("GIF89a and more") << ImageType::Gif;
+    QTest::newRow("bmp") << QByteArray("BM and more") << ImageType::Bmp;
+    QTest::newRow("jpeg") << QByteArray("\xff\xd8\xff and more") << ImageType::Jpg;
+    QTest::newRow("nothing that shows") << QByteArray("??") << ImageType::Jpg;
+}
+
+void TstProfileBox::retrievesAnIcon()
+{
+    QFETCH(QByteArray, data);
+    QSignalSpy retrieved(m_box.get(), &ProfileBox::iconRetrieved);
+    QVERIFY(m_box->requestRetrieveIcon(7));
+    const auto request = ScriptedCore::json(m_desk.core.nextMessage()).value(QLatin1String("requestProfileBoxImage"));
+    QCOMPARE(request[QLatin1String("imageId")].toString(), QStringLiteral("7"));
+    m_desk.sendStream(request[QLatin1String("streamId")].toString(), data);
+    QTRY_COMPARE(retrieved.size(), 1);
+    QCOMPARE(retrieved.at(0).at(0).toInt(), 7);
+    QTEST(retrieved.at(0).at(1).value<ImageType::Type>(), "type");
+    QCOMPARE(retrieved.at(0).at(2).toByteArray(), data);
+}
+
+void TstProfileBox::mayBeDestroyedInItsOwnSlot()
+{
+    QPointer<ProfileBox> doomed = new ProfileBox(m_context.get());
+    connect(doomed, &ProfileBox::itemAdded, doomed, [&] { delete doomed; });
+    sendItems(QStringLiteral("listAdd"), {item(QStringLiteral("5"), QStringLiteral("five"))});
+    QTRY_COMPARE(m_box->itemCount(), 1);
+    QVERIFY(!doomed);
+}
+
+void TstProfileBox::answersDefaultsAfterItsContextIsGone()
+{
+    auto context = std::make_unique<Context>(QUuid::createUuid());
+    ProfileBox box(context.get());
+    QCOMPARE(box.itemCount(), 1);
+    context.reset();
+    compareWithDefaults(box);
+}
+
+QTEST_GUILESS_MAIN(TstProfileBox)
+#include "tst_profilebox.moc"
