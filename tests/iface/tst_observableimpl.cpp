@@ -1,0 +1,409 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <iface/LightObserver.h>
+#include <iface/ObservableTracker.h>
+#include <iface/ObservableValue.h>
+#include <iface/ObserverFunctorAdapter.h>
+
+#include <QRandomGenerator>
+#include <QTest>
+#include <QThread>
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <vector>
+
+using iface::ObservableImpl;
+using iface::ObservablePointer;
+using iface::ObservableTracker;
+using iface::ObserverFunctorAdapter;
+using Observables = QExplicitlySharedDataPointer<ObservableImpl>;
+
+namespace {
+
+class FunctionLight : public iface::LightObserver
+{
+public:
+    explicit FunctionLight(std::function<void()> function)
+        : m_function(std::move(function))
+    {
+    }
+
+protected:
+    void observableChanged() override
+    {
+        const auto function = m_function;
+        function();
+    }
+
+private:
+    std::function<void()> m_function;
+};
+
+// Tells when it is destroyed.
+class Mortal : public ObservableImpl
+{
+public:
+    explicit Mortal(bool* alive)
+        : m_alive(alive)
+    {
+        *m_alive = true;
+    }
+    ~Mortal() override { *m_alive = false; }
+
+private:
+    bool* const m_alive;
+};
+
+} // namespace
+
+class TstObservableImpl : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void callsAnObserverOncePerRegistration();
+    void refusesNoObserver();
+    void callsAnEmptyFunctionWithAnException();
+    void announcesLightObserversFirstEachInOrder();
+    void forgetsObserversThatAreDestroyed();
+    void forgetsTheObservableThatIsDestroyed();
+    void observesOneThingAtATime();
+    void queuesForObserversOfAnotherThread();
+    void hasNoParent();
+    void keepsReactionsFromTheTrackedComputation();
+    void survivesTheLastHandleDroppedByAnObserver_data();
+    void survivesTheLastHandleDroppedByAnObserver();
+    void neverDeletesWhatNobodyCounts();
+    void mayBeDestroyedByAnObserverWhenNobodyCountsIt();
+    void announcesANestedChangeInFull();
+    void staysWholeWhenAnObserverThrows();
+    void agreesWithAModelWhenLightObserversComeAndGo();
+};
+
+void TstObservableImpl::callsAnObserverOncePerRegistration()
+{
+    const Observables observable(new ObservableImpl);
+    int calls = 0;
+    ObserverFunctorAdapter observer([&] { ++calls; });
+    QVERIFY(observable->addObserver(&observer));
+    QVERIFY(observable->addObserver(&observer));
+    observable->notifyObservers();
+    QCOMPARE(calls, 2);
+    QVERIFY(observable->removeObserver(&observer));
+    QVERIFY(!observable->removeObserver(&observer));
+    observable->notifyObservers();
+    QCOMPARE(calls, 2);
+}
+
+void TstObservableImpl::refusesNoObserver()
+{
+    const Observables observable(new ObservableImpl);
+    QVERIFY(!observable->addObserver(nullptr));
+    QVERIFY(!observable->removeObserver(nullptr));
+}
+
+void TstObservableImpl::callsAnEmptyFunctionWithAnException()
+{
+    const Observables observable(new ObservableImpl);
+    ObserverFunctorAdapter observer({});
+    QVERIFY(observable->addObserver(&observer));
+    QVERIFY_EXCEPTION_THROWN(observable->notifyObservers(), boost::bad_function_call);
+}
+
+void TstObservableImpl::announcesLightObserversFirstEachInOrder()
+{
+    const Observables observable(new ObservableImpl);
+    QStringList log;
+    ObserverFunctorAdapter signal1([&] { log << u"signal 1"_qs; });
+    ObserverFunctorAdapter signal2([&] { log << u"signal 2"_qs; });
+    FunctionLight light1([&] { log << u"light 1"_qs; });
+    FunctionLight light2([&] { log << u"light 2"_qs; });
+    observable->addObserver(&signal1);
+    light1.observe(*observable);
+    observable->addObserver(&signal2);
+    light2.observe(*observable);
+    observable->notifyObservers();
+    QCOMPARE(log, (QStringList{u"light 1"_qs, u"light 2"_qs, u"signal 1"_qs, u"signal 2"_qs}));
+}
+
+void TstObservableImpl::forgetsObserversThatAreDestroyed()
+{
+    const Observables observable(new ObservableImpl);
+    int calls = 0;
+    {
+        ObserverFunctorAdapter observer([&] { ++calls; });
+        FunctionLight light([&] { ++calls; });
+        observable->addObserver(&observer);
+        light.observe(*observable);
+    }
+    observable->notifyObservers();
+    QCOMPARE(calls, 0);
+}
+
+void TstObservableImpl::forgetsTheObservableThatIsDestroyed()
+{
+    FunctionLight first([] {});
+    FunctionLight second([] {});
+    {
+        const Observables observable(new ObservableImpl);
+        first.observe(*observable);
+        second.observe(*observable);
+        QCOMPARE(first.observable(), observable.data());
+    }
+    QVERIFY(!first.observable());
+    QVERIFY(!second.observable());
+}
+
+void TstObservableImpl::observesOneThingAtATime()
+{
+    const Observables one(new ObservableImpl);
+    const Observables other(new ObservableImpl);
+    int calls = 0;
+    FunctionLight light([&] { ++calls; });
+    light.observe(*one);
+    light.observe(*other);
+    one->notifyObservers();
+    QCOMPARE(calls, 0);
+    other->notifyObservers();
+    QCOMPARE(calls, 1);
+    light.detach();
+    light.detach();
+    other->notifyObservers();
+    QCOMPARE(calls, 1);
+}
+
+void TstObservableImpl::queuesForObserversOfAnotherThread()
+{
+    const Observables observable(new ObservableImpl);
+    QThread thread;
+    auto* observer = new ObserverFunctorAdapter([] { QThread::currentThread()->quit(); });
+    observer->moveToThread(&thread);
+    connect(&thread, &QThread::finished, observer, &QObject::deleteLater);
+    QVERIFY(observable->addObserver(observer));
+    observable->notifyObservers();
+    thread.start();
+    QVERIFY(thread.wait(10000));
+}
+
+void TstObservableImpl::hasNoParent()
+{
+    QObject parent;
+    const Observables observable(new ObservableImpl);
+    observable->setParent(&parent);
+    QVERIFY(!observable->parent());
+}
+
+void TstObservableImpl::keepsReactionsFromTheTrackedComputation()
+{
+    const Observables observable(new ObservableImpl);
+    const iface::ObservableValue<int> before(new iface::ObservableValueImpl<int>);
+    const iface::ObservableValue<int> during(new iface::ObservableValueImpl<int>);
+    const iface::ObservableValue<int> after(new iface::ObservableValueImpl<int>);
+    ObserverFunctorAdapter observer([&] { during.getValue(); });
+    FunctionLight light([&] { during.getValue(); });
+    observable->addObserver(&observer);
+    light.observe(*observable);
+    const auto read = ObservableTracker::runAndMonitor([&] {
+        before.getValue();
+        observable->notifyObservers();
+        after.getValue();
+    });
+    QCOMPARE(read->size(), 2);
+    QVERIFY(read->contains(before.impl()));
+    QVERIFY(read->contains(after.impl()));
+}
+
+void TstObservableImpl::survivesTheLastHandleDroppedByAnObserver_data()
+{
+    QTest::addColumn<bool>("light");
+    QTest::newRow("by a light observer") << true;
+    QTest::newRow("by a receiver of the signal") << false;
+}
+
+void TstObservableImpl::survivesTheLastHandleDroppedByAnObserver()
+{
+    QFETCH(bool, light);
+    bool alive = false;
+    bool aliveAtTheLast = false;
+    QExplicitlySharedDataPointer<Mortal> observable(new Mortal(&alive));
+    FunctionLight dropsLight([&] { observable.reset(); });
+    ObserverFunctorAdapter drops([&] { observable.reset(); });
+    ObserverFunctorAdapter last([&] { aliveAtTheLast = alive; });
+    if (light)
+        dropsLight.observe(*observable);
+    else
+        observable->addObserver(&drops);
+    observable->addObserver(&last);
+    observable->notifyObservers();
+    QVERIFY(aliveAtTheLast);
+    QVERIFY(!alive);
+}
+
+void TstObservableImpl::neverDeletesWhatNobodyCounts()
+{
+    bool alive = false;
+    Mortal owned(&alive);
+    owned.notifyObservers();
+    const auto read = ObservableTracker::runAndMonitor([&] { ObservableTracker::getterCalled(&owned); });
+    QVERIFY(read->isEmpty());
+    QVERIFY(alive);
+    QCOMPARE(owned.ref.loadRelaxed(), 0);
+}
+
+void TstObservableImpl::mayBeDestroyedByAnObserverWhenNobodyCountsIt()
+{
+    bool alive = false;
+    auto owned = std::make_unique<Mortal>(&alive);
+    int calls = 0;
+    FunctionLight destroys([&] { owned.reset(); });
+    FunctionLight later([&] { ++calls; });
+    destroys.observe(*owned);
+    later.observe(*owned);
+    owned->notifyObservers();
+    QVERIFY(!alive);
+    QCOMPARE(calls, 0);
+}
+
+void TstObservableImpl::announcesANestedChangeInFull()
+{
+    const Observables observable(new ObservableImpl);
+    QStringList log;
+    int depth = 0;
+    FunctionLight first([&] {
+        log << u"first %1"_qs.arg(++depth);
+        if (depth == 1)
+            observable->notifyObservers();
+        --depth;
+    });
+    FunctionLight second([&] { log << u"second %1"_qs.arg(depth); });
+    first.observe(*observable);
+    second.observe(*observable);
+    observable->notifyObservers();
+    QCOMPARE(log, (QStringList{u"first 1"_qs, u"first 2"_qs, u"second 1"_qs, u"second 0"_qs}));
+}
+
+void TstObservableImpl::staysWholeWhenAnObserverThrows()
+{
+    const Observables observable(new ObservableImpl);
+    const iface::ObservableValue<int> value(new iface::ObservableValueImpl<int>);
+    bool throws = true;
+    int calls = 0;
+    const auto react = [&] {
+        if (throws)
+            throw std::runtime_error("no");
+        ++calls;
+    };
+    FunctionLight light(react);
+    ObserverFunctorAdapter observer(react);
+    for (const bool useLight : {true, false}) {
+        throws = true;
+        calls = 0;
+        if (useLight)
+            light.observe(*observable);
+        else
+            observable->addObserver(&observer);
+        const auto read = ObservableTracker::runAndMonitor([&] {
+            QVERIFY_EXCEPTION_THROWN(observable->notifyObservers(), std::runtime_error);
+            value.getValue();
+        });
+        QVERIFY2(read->contains(value.impl()), "tracking goes on where it was");
+        QCOMPARE(observable->ref.loadRelaxed(), 1);
+        throws = false;
+        observable->notifyObservers();
+        QCOMPARE(calls, 1);
+        light.detach();
+    }
+}
+
+// Every observer, when called, attaches, detaches, destroys and creates others at random. The model is a plain list of
+// who is attached: a round calls those who were attached when it began and have stayed attached, in order.
+void TstObservableImpl::agreesWithAModelWhenLightObserversComeAndGo()
+{
+    const quint32 seed = QRandomGenerator::global()->generate();
+    qInfo() << "seed" << seed;
+    QRandomGenerator random(seed);
+    const Observables observable(new ObservableImpl);
+
+    constexpr int Count = 12;
+    std::vector<std::unique_ptr<FunctionLight>> lights(Count);
+    // Attachments, each with a serial number: who attaches again is another attachment.
+    struct Attachment
+    {
+        int light;
+        int serial;
+    };
+    std::vector<Attachment> attached;
+    int serials = 0;
+    std::vector<int> called;
+    int depth = 0;
+
+    const auto forget = [&](int light) {
+        std::erase_if(attached, [light](const Attachment& a) { return a.light == light; });
+    };
+    std::function<void(int)> act = [&](int light) {
+        switch (random.bounded(4)) {
+        case 0:
+            lights[light].reset();
+            forget(light);
+            break;
+        case 1:
+            if (lights[light])
+                lights[light]->detach();
+            forget(light);
+            break;
+        default:
+            if (!lights[light]) {
+                lights[light] = std::make_unique<FunctionLight>([&, light] {
+                    called.push_back(light);
+                    if (depth == 0)
+                        return;
+                    for (int i = random.bounded(4); i > 0; --i)
+                        act(random.bounded(Count));
+                });
+            }
+            lights[light]->observe(*observable);
+            forget(light);
+            attached.push_back({light, ++serials});
+        }
+    };
+
+    for (int round = 0; round < 3000; ++round) {
+        for (int i = random.bounded(5); i > 0; --i)
+            act(random.bounded(Count));
+        // Without actions, the order is exactly that of attaching.
+        called.clear();
+        depth = 0;
+        observable->notifyObservers();
+        std::vector<int> expected;
+        for (const Attachment& a : attached)
+            expected.push_back(a.light);
+        QCOMPARE(called, expected);
+        // With actions: nobody new, nobody twice, everybody who stayed.
+        const std::vector<Attachment> before = attached;
+        const int lastSerial = serials;
+        called.clear();
+        depth = 1;
+        observable->notifyObservers();
+        std::vector<int> stayed;
+        for (const Attachment& a : attached) {
+            if (a.serial <= lastSerial)
+                stayed.push_back(a.light);
+        }
+        std::vector<int> order;
+        for (const Attachment& a : before)
+            order.push_back(a.light);
+        auto at = order.cbegin();
+        for (const int light : called) {
+            at = std::find(at, order.cend(), light);
+            QVERIFY(at != order.cend());
+            ++at;
+        }
+        for (const int light : stayed)
+            QVERIFY(std::find(called.cbegin(), called.cend(), light) != called.cend());
+    }
+}
+
+QTEST_GUILESS_MAIN(TstObservableImpl)
+#include "tst_observableimpl.moc"

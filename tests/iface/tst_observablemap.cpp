@@ -1,0 +1,408 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <iface/BaseMap.h>
+#include <iface/CompositeMap.h>
+#include <iface/MapObservableToValue.h>
+#include <iface/ObservableMap.h>
+#include <iface/ObserverFunctorAdapter.h>
+#include <iface/WritableObservableValue.h>
+
+#include <QHash>
+#include <QPointer>
+#include <QRandomGenerator>
+#include <QSet>
+#include <QTest>
+#include <QThread>
+
+#include <stdexcept>
+#include <unordered_set>
+
+using namespace iface;
+
+namespace {
+
+template <class K, class V>
+class StoredMap : public BaseMap<K, V>
+{
+public:
+    void set(const K& key, const V& value)
+    {
+        entries[key] = value;
+        this->fireMapChanged(MapChange::createSingle(key));
+    }
+
+    QHash<K, V> entries;
+
+protected:
+    V doGet(const K& key) const override { return entries.value(key); }
+};
+
+using Writable = WritableObservableValue<int>;
+using Value = ObservableValue<int>;
+
+// What a map announces, as text: "a,b" for keys, "*" for the plain change.
+template <class K>
+struct Announcements
+{
+    explicit Announcements(const ObservableMapImplBase* map)
+        : keys([this](const MapChange& change) {
+            for (const K& key : change.keys<K>())
+                log << (QVariant::fromValue(key).toString());
+        })
+        , plain([this] { log << u"*"_qs; })
+    {
+        keys.startListening(map);
+        map->addObserver(&plain);
+    }
+
+    QStringList take() { return std::exchange(log, {}); }
+
+    QStringList log;
+    ObservableMapImplFunctorAdapter keys;
+    ObserverFunctorAdapter plain;
+};
+
+} // namespace
+
+class TstObservableMap : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void tellsOfAValueThatDiffers();
+    void showsTheNewValueToItsObservers();
+    void comparesValueHandlesByIdentity();
+    void convertsHandlesToTheBase();
+    void recordsReadsOfAValue();
+
+    void answersDefaultsForMissingKeys();
+    void recordsReadsOfAMap();
+    void knowsItsKeysByType();
+    void announcesKeysFirstThenThePlainChange();
+    void announcesAnEmptyChangeToPlainObserversAlone();
+    void stopsListening();
+    void sendsChangesToAnotherThread();
+    void survivesItsLastHandleWhileItAnnounces();
+
+    void composesTwoMaps();
+    void passesTheFirstMapsKeysOn();
+    void hidesTheSecondMapsKeys();
+    void dependsOnBothMaps();
+
+    void observesEachValueOnce();
+    void announcesAValueUnderItsHandle();
+    void endsWhileAValueAnnounces();
+    void agreesWithAModelThroughAChainOfMaps();
+};
+
+void TstObservableMap::tellsOfAValueThatDiffers()
+{
+    const QExplicitlySharedDataPointer<Writable> value(new Writable(3));
+    int calls = 0;
+    ObserverFunctorAdapter observer([&] { ++calls; });
+    value->addObserver(&observer);
+    QVERIFY(!value->setValue(3));
+    QCOMPARE(calls, 0);
+    QVERIFY(value->setValue(4));
+    QCOMPARE(calls, 1);
+    QCOMPARE(value->getValue(), 4);
+    QCOMPARE(Writable().getValue(), 0);
+}
+
+void TstObservableMap::showsTheNewValueToItsObservers()
+{
+    const QExplicitlySharedDataPointer<Writable> value(new Writable(0));
+    QList<int> seen;
+    ObserverFunctorAdapter first([&] {
+        if (value->getValue() < 3)
+            value->setValue(value->getValue() + 1);
+    });
+    ObserverFunctorAdapter second([&] { seen << value->getValue(); });
+    value->addObserver(&first);
+    value->addObserver(&second);
+    value->setValue(1);
+    QCOMPARE(seen, (QList<int>{3, 3, 3}));
+}
+
+void TstObservableMap::comparesValueHandlesByIdentity()
+{
+    const Value a(new Writable(1));
+    const Value alsoA = a;
+    const Value b(new Writable(1));
+    QVERIFY(iEqual<Value>()(a, alsoA));
+    QVERIFY(!iEqual<Value>()(a, b));
+    QVERIFY(iEqual<QString>()(u"x"_qs, u"x"_qs));
+    QCOMPARE(QSet<Value>({a, b, alsoA}).size(), 2);
+    const std::unordered_set<Value, boost::hash<Value>> set{a, b, alsoA};
+    QCOMPARE(set.size(), 2U);
+}
+
+void TstObservableMap::convertsHandlesToTheBase()
+{
+    const auto exact = ObservableValue<int, Writable>::create(QExplicitlySharedDataPointer<Writable>(new Writable(5)));
+    const Value base = exact;
+    exact.impl()->setValue(6);
+    QCOMPARE(base.getValue(), 6);
+    QCOMPARE(Value().getValue(), 0);
+    const ObservableMap<int, int, StoredMap<int, int>> map(new StoredMap<int, int>);
+    const ObservableMap<int, int> baseMap = map;
+    map.impl()->set(1, 2);
+    QCOMPARE(baseMap.get(1), 2);
+    static_assert(!std::is_convertible_v<Value, ObservableValue<int, Writable>>);
+}
+
+void TstObservableMap::recordsReadsOfAValue()
+{
+    const Value value(new Writable);
+    const auto read = ObservableTracker::runAndMonitor([&] { value.getValue(); });
+    QCOMPARE(read->size(), 1);
+    QVERIFY(read->contains(value.impl()));
+}
+
+void TstObservableMap::answersDefaultsForMissingKeys()
+{
+    const ObservableMap<QString, int> plain(new ObservableMapImpl<QString, int>);
+    QCOMPARE(plain.get(u"x"_qs), 0);
+    QVERIFY(plain.impl()->equals(3, 3));
+    QVERIFY(!plain.impl()->equals(3, 4));
+    QCOMPARE((ObservableMap<QString, int>()).get(u"x"_qs), 0);
+    for (const auto& values :
+         {ObservableMap<QString, Value>(new ObservableMapImpl<QString, Value>), ObservableMap<QString, Value>()}) {
+        const Value missing = values.get(u"x"_qs);
+        QVERIFY(missing.impl());
+        QCOMPARE(missing.getValue(), 0);
+    }
+}
+
+void TstObservableMap::recordsReadsOfAMap()
+{
+    const ObservableMap<int, int> map(new StoredMap<int, int>);
+    const auto read = ObservableTracker::runAndMonitor([&] { map.get(1); });
+    QVERIFY(read->contains(map.impl()));
+}
+
+void TstObservableMap::knowsItsKeysByType()
+{
+    QCOMPARE(MapChange::createSingle(u"a"_qs).keys<QString>(), QStringList{u"a"_qs});
+    QCOMPARE(MapChange::create(QList<int>{1, 2}).keys<int>(), (QList<int>{1, 2}));
+    QVERIFY(MapChange::createSingle(1).keys<QString>().isEmpty());
+    QVERIFY(MapChange::createSingle(1).hasContent());
+    QVERIFY(!MapChange().hasContent());
+    QVERIFY(MapChange().keys<int>().isEmpty());
+}
+
+void TstObservableMap::announcesKeysFirstThenThePlainChange()
+{
+    const QExplicitlySharedDataPointer<StoredMap<QString, int>> map(new StoredMap<QString, int>);
+    QVERIFY(map->metaObject()->indexOfSignal("mapChanged(MapChange)") >= 0);
+    Announcements<QString> heard(map.data());
+    map->set(u"a"_qs, 1);
+    QCOMPARE(heard.take(), (QStringList{u"a"_qs, u"*"_qs}));
+    map->fireMapChanged(MapChange::create(QStringList{u"b"_qs, u"c"_qs}));
+    QCOMPARE(heard.take(), (QStringList{u"b"_qs, u"c"_qs, u"*"_qs}));
+}
+
+void TstObservableMap::announcesAnEmptyChangeToPlainObserversAlone()
+{
+    const QExplicitlySharedDataPointer<StoredMap<int, int>> map(new StoredMap<int, int>);
+    int changes = 0;
+    ObservableMapImplFunctorAdapter adapter([&](const MapChange&) { ++changes; });
+    adapter.startListening(map.data());
+    Announcements<int> heard(map.data());
+    map->fireMapChanged(MapChange());
+    QCOMPARE(changes, 0);
+    QCOMPARE(heard.take(), QStringList{u"*"_qs});
+}
+
+void TstObservableMap::stopsListening()
+{
+    const QExplicitlySharedDataPointer<StoredMap<int, int>> map(new StoredMap<int, int>);
+    int changes = 0;
+    ObservableMapImplFunctorAdapter adapter([&](const MapChange&) { ++changes; });
+    ObservableMapImplFunctorAdapter empty({});
+    adapter.startListening(nullptr);
+    adapter.startListening(map.data());
+    map->set(1, 1);
+    adapter.stopListening(map.data());
+    adapter.stopListening(nullptr);
+    map->set(1, 2);
+    QCOMPARE(changes, 1);
+    empty.startListening(map.data());
+    QVERIFY_EXCEPTION_THROWN(map->set(1, 3), boost::bad_function_call);
+}
+
+void TstObservableMap::sendsChangesToAnotherThread()
+{
+    const QExplicitlySharedDataPointer<StoredMap<int, int>> map(new StoredMap<int, int>);
+    QThread thread;
+    QList<int> keys;
+    auto* adapter = new ObservableMapImplFunctorAdapter([&](const MapChange& change) {
+        keys = change.keys<int>();
+        QThread::currentThread()->quit();
+    });
+    adapter->moveToThread(&thread);
+    connect(&thread, &QThread::finished, adapter, &QObject::deleteLater);
+    adapter->startListening(map.data());
+    map->set(7, 1);
+    thread.start();
+    QVERIFY(thread.wait(10000));
+    QCOMPARE(keys, QList<int>{7});
+}
+
+void TstObservableMap::survivesItsLastHandleWhileItAnnounces()
+{
+    QExplicitlySharedDataPointer<StoredMap<int, int>> map(new StoredMap<int, int>);
+    const QPointer<QObject> alive(map.data());
+    bool heard = false;
+    ObservableMapImplFunctorAdapter drops([&](const MapChange&) { map.reset(); });
+    ObserverFunctorAdapter plain([&] { heard = alive; });
+    drops.startListening(map.data());
+    map->addObserver(&plain);
+    map->set(1, 1);
+    QVERIFY(heard);
+    QVERIFY(!alive);
+}
+
+namespace {
+
+struct Composed
+{
+    using First = StoredMap<QString, int>;
+    using Second = StoredMap<int, QString>;
+
+    ObservableMap<QString, int, First> first{new First};
+    ObservableMap<int, QString, Second> second{new Second};
+    ObservableMap<QString, QString> map = CompositeMap<QString, int, QString>::create(first, second);
+};
+
+} // namespace
+
+void TstObservableMap::composesTwoMaps()
+{
+    Composed c;
+    c.first.impl()->set(u"a"_qs, 1);
+    c.second.impl()->set(1, u"one"_qs);
+    c.second.impl()->set(0, u"none"_qs);
+    QCOMPARE(c.map.get(u"a"_qs), u"one"_qs);
+    QCOMPARE(c.map.get(u"b"_qs), u"none"_qs);
+    QVERIFY(c.map.impl()->equals(u"x"_qs, u"x"_qs));
+    QVERIFY(!c.map.impl()->equals(u"x"_qs, u"y"_qs));
+}
+
+void TstObservableMap::passesTheFirstMapsKeysOn()
+{
+    Composed c;
+    Announcements<QString> heard(c.map.impl());
+    c.first.impl()->fireMapChanged(MapChange::create(QStringList{u"a"_qs, u"b"_qs}));
+    QCOMPARE(heard.take(), (QStringList{u"a"_qs, u"b"_qs, u"*"_qs}));
+}
+
+void TstObservableMap::hidesTheSecondMapsKeys()
+{
+    Composed c;
+    Announcements<int> heard(c.map.impl());
+    c.second.impl()->set(1, u"one"_qs);
+    QCOMPARE(heard.take(), QStringList{u"*"_qs});
+}
+
+void TstObservableMap::dependsOnBothMaps()
+{
+    Composed c;
+    const auto read = ObservableTracker::runAndMonitor([&] { c.map.get(u"a"_qs); });
+    QCOMPARE(read->size(), 3);
+    QVERIFY(read->contains(c.map.impl()));
+    QVERIFY(read->contains(c.first.impl()));
+    QVERIFY(read->contains(c.second.impl()));
+}
+
+void TstObservableMap::observesEachValueOnce()
+{
+    const auto map = MapObservableToValue<int>::create();
+    const auto& entries = static_cast<const MapObservableToValue<int>&>(*map.impl());
+    const QExplicitlySharedDataPointer<Writable> value(new Writable(1));
+    QCOMPARE(map.get(Value(value.data())), 1);
+    QCOMPARE(map.get(Value(value.data())), 1);
+    QCOMPARE(entries.observedCount(), 1);
+    QCOMPARE(map.get(Value()), 0);
+    QCOMPARE(entries.observedCount(), 1);
+    Announcements<QString> heard(map.impl());
+    value->setValue(2);
+    QCOMPARE(heard.take(), QStringList{u"*"_qs});
+}
+
+void TstObservableMap::announcesAValueUnderItsHandle()
+{
+    const auto map = MapObservableToValue<int>::create();
+    const QExplicitlySharedDataPointer<Writable> a(new Writable(1));
+    const QExplicitlySharedDataPointer<Writable> b(new Writable(1));
+    const QExplicitlySharedDataPointer<Writable> never(new Writable(1));
+    map.get(Value(a.data()));
+    map.get(Value(b.data()));
+    QList<Value> announced;
+    int current = 0;
+    ObservableMapImplFunctorAdapter adapter([&](const MapChange& change) {
+        announced += change.keys<Value>();
+        current = map.get(announced.last());
+    });
+    adapter.startListening(map.impl());
+    b->setValue(5);
+    never->setValue(5);
+    QCOMPARE(announced, QList<Value>{Value(b.data())});
+    QCOMPARE(current, 5);
+}
+
+void TstObservableMap::endsWhileAValueAnnounces()
+{
+    auto map = MapObservableToValue<int>::create();
+    const QPointer<QObject> alive(map.impl());
+    QExplicitlySharedDataPointer<Writable> value(new Writable(1));
+    map.get(Value(value.data()));
+    int changes = 0;
+    ObservableMapImplFunctorAdapter adapter([&](const MapChange&) {
+        ++changes;
+        map = {};
+    });
+    adapter.startListening(map.impl());
+    value->setValue(2);
+    QVERIFY(!alive);
+    value->setValue(3);
+    QCOMPARE(changes, 1);
+    QCOMPARE(value->ref.loadRelaxed(), 1);
+}
+
+// Keys to values to contents, as records are read: after any change, what the chain announced and what it answers
+// must be what two plain tables say.
+void TstObservableMap::agreesWithAModelThroughAChainOfMaps()
+{
+    const quint32 seed = QRandomGenerator::global()->generate();
+    qInfo() << "seed" << seed;
+    QRandomGenerator random(seed);
+    constexpr int Keys = 8;
+    const ObservableMap<int, Value, StoredMap<int, Value>> records(new StoredMap<int, Value>);
+    const auto contents = MapObservableToValue<int>::create();
+    const auto map = CompositeMap<int, Value, int>::create(records, contents);
+    QList<QExplicitlySharedDataPointer<Writable>> values;
+    for (int i = 0; i < 5; ++i)
+        values.append(QExplicitlySharedDataPointer<Writable>(new Writable(i)));
+    QList<int> model(Keys, -1);
+    QSet<int> asked;
+    Announcements<int> heard(map.impl());
+    for (int step = 0; step < 5000; ++step) {
+        const int key = random.bounded(Keys);
+        const int value = random.bounded(static_cast<int>(values.size()));
+        if (random.bounded(2)) {
+            model[key] = value;
+            records.impl()->set(key, Value(values[value].data()));
+            QCOMPARE(heard.take(), (QStringList{QString::number(key), u"*"_qs}));
+        } else {
+            const bool differs = values[value]->setValue(random.bounded(3));
+            QCOMPARE(heard.take(), differs && asked.contains(value) ? QStringList{u"*"_qs} : QStringList());
+        }
+        const int read = random.bounded(Keys);
+        if (model[read] >= 0)
+            asked.insert(model[read]);
+        QCOMPARE(map.get(read), model[read] >= 0 ? values[model[read]]->getValue() : 0);
+    }
+}
+
+QTEST_GUILESS_MAIN(TstObservableMap)
+#include "tst_observablemap.moc"

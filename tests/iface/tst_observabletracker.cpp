@@ -1,0 +1,591 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <iface/ObservableMonitor.h>
+#include <iface/ObservableTracker.h>
+#include <iface/ObservableValue.h>
+#include <iface/QApplicationRealm.h>
+#include <iface/RunUntilTrue.h>
+#include <iface/WritableObservableValue.h>
+
+#include <QEventLoop>
+#include <QPointer>
+#include <QRandomGenerator>
+#include <QSet>
+#include <QTest>
+#include <QThread>
+
+#include <memory>
+#include <stdexcept>
+#include <vector>
+
+using namespace iface;
+using Writable = WritableObservableValue<int>;
+using Value = QExplicitlySharedDataPointer<Writable>;
+
+namespace {
+
+Value makeValue(int initial = 0)
+{
+    return Value(new Writable(initial));
+}
+
+// Counts how often it is observed, in a way of its own.
+class ForeignObservable : public Observable
+{
+public:
+    bool addObserver(const ObserverImpl* observer) const override
+    {
+        observers.append(const_cast<ObserverImpl*>(observer));
+        return true;
+    }
+    bool removeObserver(const ObserverImpl* observer) const override
+    {
+        return observers.removeAll(const_cast<ObserverImpl*>(observer)) > 0;
+    }
+    void change() const
+    {
+        const auto copy = observers;
+        for (ObserverImpl* observer : copy)
+            observer->handleObservableChanged();
+    }
+
+    mutable QList<ObserverImpl*> observers;
+};
+
+} // namespace
+
+class TstObservableTracker : public QObject
+{
+    Q_OBJECT
+
+private:
+    static void turn() { QCoreApplication::sendPostedEvents(); }
+
+private Q_SLOTS:
+    void collectsWhatIsReadOnceInOrder();
+    void keepsNestedComputationsApart();
+    void restoresTheOuterSetWhateverIsThrown();
+    void leavesOutUntrackedReads();
+    void reportsASetThatWasTakenAway();
+    void throwsForAnEmptyFunction();
+    void findsManyReads();
+
+    void runsFirstInALaterTurnIfAsked();
+    void runsAgainOncePerChangeOfWhatItRead();
+    void followsWhatTheLatestRunRead();
+    void runsOnceMoreAfterAChangeWhileItRuns_data();
+    void runsOnceMoreAfterAChangeWhileItRuns();
+    void ignoresAChangeBeforeItsRead();
+    void settlesWhenItChangesWhatItReads();
+    void leavesTheEventLoopAliveWhenItNeverSettles();
+    void mayDestroyItselfInsideItsRun();
+    void watchesWhatItHadReadWhenItThrew();
+    void hooksOnlyWhatChangedBetweenTwoRuns();
+    void watchesObservablesOfAnotherThread();
+    void keepsWhatItReadAliveUntilTheNextRun();
+    void saysThatItsSetIsGone();
+    void agreesWithAModelOfRandomReads();
+
+    void waitsUntilTrueAndThenStaysIdle();
+    void mayDestroyTheWaiterWhenTheConditionHolds();
+    void goesOnWaitingAfterAnException();
+};
+
+void TstObservableTracker::collectsWhatIsReadOnceInOrder()
+{
+    const Value a = makeValue();
+    const Value b = makeValue();
+    const Value c = makeValue();
+    const auto read = ObservableTracker::runAndMonitor([&] {
+        b->getValue();
+        a->getValue();
+        b->getValue();
+    });
+    QCOMPARE(read->size(), 2);
+    QVERIFY(read->begin()->data() == b.data());
+    QVERIFY(read->contains(a.data()));
+    QVERIFY(!read->contains(c.data()));
+    c->getValue();
+    QCOMPARE(read->size(), 2);
+}
+
+void TstObservableTracker::keepsNestedComputationsApart()
+{
+    const Value a = makeValue();
+    const Value b = makeValue();
+    QSharedPointer<ObservableSet> inner;
+    const auto outer = ObservableTracker::runAndMonitor([&] {
+        inner = ObservableTracker::runAndMonitor([&] { b->getValue(); });
+        a->getValue();
+    });
+    QVERIFY(outer->contains(a.data()) && !outer->contains(b.data()));
+    QVERIFY(inner->contains(b.data()) && !inner->contains(a.data()));
+}
+
+void TstObservableTracker::restoresTheOuterSetWhateverIsThrown()
+{
+    const Value a = makeValue();
+    const auto outer = ObservableTracker::runAndMonitor([&] {
+        try {
+            ObservableTracker::runAndMonitor([] { throw 5; });
+        } catch (int) {
+        }
+        a->getValue();
+    });
+    QVERIFY(outer->contains(a.data()));
+    QVERIFY_EXCEPTION_THROWN(ObservableTracker::runAndMonitor([] { throw std::runtime_error("no"); }),
+                             std::runtime_error);
+    QVERIFY(!ObservableTracker::currentGetterCalledSet());
+}
+
+void TstObservableTracker::leavesOutUntrackedReads()
+{
+    const Value a = makeValue(7);
+    const Value b = makeValue();
+    const auto read = ObservableTracker::runAndMonitor([&] {
+        QCOMPARE(ObservableTracker::runUntracked([&] { return a->getValue(); }), 7);
+        b->getValue();
+    });
+    QVERIFY(!read->contains(a.data()));
+    QVERIFY(read->contains(b.data()));
+}
+
+void TstObservableTracker::reportsASetThatWasTakenAway()
+{
+    QTest::ignoreMessage(QtDebugMsg, "ObservableTracker.h [ 88 ]:  ObservableSet is null!");
+    QTest::ignoreMessage(QtDebugMsg, "ObservableTracker.h [ 94 ]:  ObservableSet is null!");
+    const auto outer = ObservableTracker::runAndMonitor([] {
+        const auto inner =
+            ObservableTracker::runAndMonitor([] { ObservableTracker::setCurrentGetterCalledSet(nullptr); });
+        QVERIFY(inner.isNull());
+        QVERIFY(ObservableTracker::currentGetterCalledSet());
+    });
+    QVERIFY(outer);
+    for (const char* line : {"82", "88", "94"})
+        QTest::ignoreMessage(QtDebugMsg,
+                             QByteArray("ObservableTracker.h [ ").append(line).append(" ]:  ObservableSet is null!"));
+    QVERIFY(!ObservableTracker::runInto(nullptr, [] {}));
+}
+
+void TstObservableTracker::throwsForAnEmptyFunction()
+{
+    QVERIFY_EXCEPTION_THROWN(ObservableTracker::runAndMonitor(boost::function<void()>()), boost::bad_function_call);
+}
+
+void TstObservableTracker::findsManyReads()
+{
+    std::vector<Value> values(200);
+    for (Value& value : values)
+        value = makeValue();
+    ObservableSet set;
+    for (int times = 0; times < 2; ++times) {
+        set.clear();
+        QVERIFY(ObservableTracker::runInto(&set, [&] {
+            for (int i = 0; i < 3; ++i) {
+                for (const Value& value : values)
+                    value->getValue();
+            }
+        }));
+        QCOMPARE(set.size(), 200);
+        for (const Value& value : values)
+            QVERIFY(set.contains(value.data()));
+    }
+}
+
+void TstObservableTracker::runsFirstInALaterTurnIfAsked()
+{
+    int runs = 0;
+    const ObservableMonitor asked([&] { ++runs; }, nullptr, u"asked"_qs, true);
+    ObservableMonitor waits([&] { runs += 100; }, nullptr, u"waits"_qs, false);
+    QCOMPARE(runs, 0);
+    QCOMPARE(asked.name(), u"asked"_qs);
+    turn();
+    QCOMPARE(runs, 1);
+    waits.handleObservableChanged();
+    QCOMPARE(runs, 101);
+    {
+        const ObservableMonitor destroyed([&] { runs += 1000; }, nullptr, QString(), true);
+    }
+    turn();
+    QCOMPARE(runs, 101);
+}
+
+void TstObservableTracker::runsAgainOncePerChangeOfWhatItRead()
+{
+    const Value a = makeValue(1);
+    const Value b = makeValue(2);
+    QList<int> sums;
+    ObservableMonitor monitor([&] { sums << a->getValue() + b->getValue() + a->getValue(); }, nullptr, QString(), true);
+    turn();
+    a->setValue(10);
+    b->setValue(20);
+    b->setValue(20);
+    QCOMPARE(sums, (QList<int>{4, 22, 40}));
+}
+
+void TstObservableTracker::followsWhatTheLatestRunRead()
+{
+    const Value which = makeValue(0);
+    const Value a = makeValue();
+    const Value b = makeValue();
+    int runs = 0;
+    ObservableMonitor monitor(
+        [&] {
+            ++runs;
+            which->getValue() == 0 ? a->getValue() : b->getValue();
+        },
+        nullptr, QString(), true);
+    turn();
+    b->setValue(1);
+    QCOMPARE(runs, 1);
+    which->setValue(1);
+    QCOMPARE(runs, 2);
+    a->setValue(1);
+    QCOMPARE(runs, 2);
+    b->setValue(2);
+    QCOMPARE(runs, 3);
+}
+
+void TstObservableTracker::runsOnceMoreAfterAChangeWhileItRuns_data()
+{
+    QTest::addColumn<bool>("readBefore");
+    QTest::addColumn<bool>("nestedLoop");
+    QTest::newRow("first read in this run, at once") << false << false;
+    QTest::newRow("first read in this run, in a nested loop") << false << true;
+    QTest::newRow("read by the run before, at once") << true << false;
+    QTest::newRow("read by the run before, in a nested loop") << true << true;
+}
+
+void TstObservableTracker::runsOnceMoreAfterAChangeWhileItRuns()
+{
+    QFETCH(bool, readBefore);
+    QFETCH(bool, nestedLoop);
+    const Value trigger = makeValue();
+    const Value value = makeValue();
+    QList<int> seen;
+    int depth = 0;
+    int changes = 0;
+    ObservableMonitor monitor(
+        [&] {
+            QCOMPARE(++depth, 1);
+            const bool second = trigger->getValue() == 1;
+            if (second || readBefore)
+                seen << value->getValue();
+            if (second && changes == 0) {
+                const auto change = [&] {
+                    value->setValue(++changes);
+                    value->setValue(++changes);
+                };
+                if (nestedLoop) {
+                    QEventLoop loop;
+                    Realm::threadDefault()->asyncExec([&] {
+                        change();
+                        loop.quit();
+                    });
+                    loop.exec();
+                } else {
+                    change();
+                }
+            }
+            --depth;
+        },
+        nullptr, QString(), true);
+    turn();
+    seen.clear();
+    trigger->setValue(1);
+    QCOMPARE(seen, (QList<int>{0, 2}));
+    value->setValue(3);
+    QCOMPARE(seen, (QList<int>{0, 2, 3}));
+}
+
+void TstObservableTracker::ignoresAChangeBeforeItsRead()
+{
+    const Value trigger = makeValue();
+    const Value value = makeValue();
+    int runs = 0;
+    ObservableMonitor monitor(
+        [&] {
+            ++runs;
+            value->setValue(trigger->getValue());
+            value->getValue();
+        },
+        nullptr, QString(), true);
+    turn();
+    trigger->setValue(5);
+    QCOMPARE(runs, 2);
+}
+
+void TstObservableTracker::settlesWhenItChangesWhatItReads()
+{
+    const Value value = makeValue(0);
+    int runs = 0;
+    ObservableMonitor monitor(
+        [&] {
+            ++runs;
+            if (value->getValue() % 5 != 0)
+                value->setValue(value->getValue() + 1);
+        },
+        nullptr, QString(), true);
+    turn();
+    value->setValue(2);
+    QCOMPARE(value->getValue(), 5);
+    QCOMPARE(runs, 5);
+}
+
+void TstObservableTracker::leavesTheEventLoopAliveWhenItNeverSettles()
+{
+    const Value value = makeValue(0);
+    auto monitor =
+        std::make_unique<ObservableMonitor>([&] { value->setValue(value->getValue() + 1); }, nullptr, QString(), true);
+    QTRY_VERIFY(value->getValue() > 100);
+    monitor.reset();
+    const int last = value->getValue();
+    turn();
+    QCOMPARE(value->getValue(), last);
+}
+
+void TstObservableTracker::mayDestroyItselfInsideItsRun()
+{
+    const Value value = makeValue();
+    std::unique_ptr<ObservableMonitor> monitor;
+    int runs = 0;
+    monitor = std::make_unique<ObservableMonitor>(
+        [&] {
+            ++runs;
+            if (value->getValue() == 1) {
+                monitor.reset();
+                value->setValue(2);
+            }
+        },
+        nullptr, QString(), true);
+    turn();
+    value->setValue(1);
+    value->setValue(3);
+    QCOMPARE(runs, 2);
+}
+
+void TstObservableTracker::watchesWhatItHadReadWhenItThrew()
+{
+    const Value a = makeValue();
+    const Value b = makeValue();
+    int runs = 0;
+    ObservableMonitor monitor(
+        [&] {
+            ++runs;
+            if (a->getValue() < 0)
+                throw std::runtime_error("no");
+            b->getValue();
+        },
+        nullptr, QString(), true);
+    turn();
+    QVERIFY_EXCEPTION_THROWN(a->setValue(-1), std::runtime_error);
+    QCOMPARE(runs, 2);
+    b->setValue(1);
+    QCOMPARE(runs, 2);
+    a->setValue(1);
+    QCOMPARE(runs, 3);
+    b->setValue(2);
+    QCOMPARE(runs, 4);
+}
+
+void TstObservableTracker::hooksOnlyWhatChangedBetweenTwoRuns()
+{
+    // What the monitor has of its own for an observable of another kind shows what it does for all.
+    const QExplicitlySharedDataPointer<ForeignObservable> stays(new ForeignObservable);
+    const QExplicitlySharedDataPointer<ForeignObservable> goes(new ForeignObservable);
+    const Value which = makeValue();
+    int runs = 0;
+    ObservableMonitor monitor(
+        [&] {
+            ++runs;
+            ObservableTracker::getterCalled(stays.data());
+            if (which->getValue() == 0)
+                ObservableTracker::getterCalled(goes.data());
+            ObservableTracker::getterCalled(stays.data());
+        },
+        nullptr, QString(), true);
+    turn();
+    stays->change();
+    QCOMPARE(runs, 2);
+    QCOMPARE(stays->observers.size(), 1);
+    QCOMPARE(goes->observers.size(), 1);
+    which->setValue(1);
+    QCOMPARE(stays->observers.size(), 1);
+    QCOMPARE(goes->observers.size(), 0);
+    QCOMPARE(runs, 3);
+}
+
+void TstObservableTracker::watchesObservablesOfAnotherThread()
+{
+    QExplicitlySharedDataPointer<ObservableImpl> elsewhere(new ObservableImpl);
+    QThread thread;
+    elsewhere->moveToThread(&thread);
+    thread.start();
+    int runs = 0;
+    {
+        ObservableMonitor monitor(
+            [&] {
+                QCOMPARE(QThread::currentThread(), qApp->thread());
+                ++runs;
+                ObservableTracker::getterCalled(elsewhere.data());
+            },
+            nullptr, QString(), true);
+        turn();
+        QMetaObject::invokeMethod(
+            elsewhere.data(), [&] { elsewhere->notifyObservers(); }, Qt::BlockingQueuedConnection);
+        QTRY_COMPARE(runs, 2);
+    }
+    thread.quit();
+    QVERIFY(thread.wait());
+}
+
+void TstObservableTracker::keepsWhatItReadAliveUntilTheNextRun()
+{
+    const Value trigger = makeValue();
+    Value value = makeValue();
+    QPointer<QObject> alive(value.data());
+    ObservableMonitor monitor(
+        [&] {
+            trigger->getValue();
+            if (value)
+                value->getValue();
+        },
+        nullptr, QString(), true);
+    turn();
+    value.reset();
+    QVERIFY(alive);
+    trigger->setValue(1);
+    QVERIFY(!alive);
+}
+
+void TstObservableTracker::saysThatItsSetIsGone()
+{
+    const Value value = makeValue();
+    int runs = 0;
+    ObservableMonitor monitor(
+        [&] {
+            ++runs;
+            value->getValue();
+            ObservableTracker::setCurrentGetterCalledSet(nullptr);
+        },
+        nullptr, QString(), false);
+    for (const char* line :
+         {"ObservableTracker.h [ 88 ]:  ObservableSet is null!", "ObservableTracker.h [ 94 ]:  ObservableSet is null!",
+          "ObservableMonitor.h [ 116 ]:  m_observedList is null! This shouldn't happen."})
+        QTest::ignoreMessage(QtDebugMsg, line);
+    monitor.handleObservableChanged();
+    value->setValue(1);
+    QCOMPARE(runs, 1);
+}
+
+// Each run reads another random selection of many values; the monitor must run exactly when one of those changes.
+void TstObservableTracker::agreesWithAModelOfRandomReads()
+{
+    const quint32 seed = QRandomGenerator::global()->generate();
+    qInfo() << "seed" << seed;
+    QRandomGenerator random(seed);
+    std::vector<Value> values(60);
+    for (Value& value : values)
+        value = makeValue();
+    QList<int> toRead;
+    QList<int> read;
+    int runs = 0;
+    ObservableMonitor monitor(
+        [&] {
+            ++runs;
+            read = toRead;
+            for (const int i : std::as_const(toRead))
+                values[i]->getValue();
+        },
+        nullptr, QString(), true);
+    turn();
+    monitor.handleObservableChanged();
+    int expected = 2;
+    for (int round = 0; round < 5000; ++round) {
+        if (random.bounded(3) > 0) {
+            if (random.bounded(8) == 0)
+                toRead.clear();
+            for (int i = random.bounded(12); i > 0; --i) {
+                if (!toRead.isEmpty() && random.bounded(2) == 0)
+                    toRead.removeAt(random.bounded(static_cast<int>(toRead.size())));
+                toRead.insert(random.bounded(static_cast<int>(toRead.size()) + 1),
+                              random.bounded(static_cast<int>(values.size())));
+            }
+        }
+        const int changed = random.bounded(static_cast<int>(values.size()));
+        if (read.contains(changed))
+            ++expected;
+        values[changed]->setValue(values[changed]->getValue() + 1);
+        QCOMPARE(runs, expected);
+        if (read.isEmpty()) {
+            monitor.handleObservableChanged();
+            ++expected;
+        }
+    }
+}
+
+void TstObservableTracker::waitsUntilTrueAndThenStaysIdle()
+{
+    const Value value = makeValue();
+    int runs = 0;
+    RunUntilTrue waiter(
+        [&] {
+            ++runs;
+            return value->getValue() >= 2;
+        },
+        nullptr, u"two"_qs);
+    QCOMPARE(runs, 0);
+    QCOMPARE(waiter.name(), u"two"_qs);
+    turn();
+    QCOMPARE(runs, 1);
+    value->setValue(1);
+    QCOMPARE(runs, 2);
+    value->setValue(2);
+    QCOMPARE(runs, 3);
+    value->setValue(0);
+    waiter.handleObservableChanged();
+    turn();
+    QCOMPARE(runs, 3);
+    QCOMPARE(value->ref.loadRelaxed(), 1);
+}
+
+void TstObservableTracker::mayDestroyTheWaiterWhenTheConditionHolds()
+{
+    const Value value = makeValue();
+    std::unique_ptr<RunUntilTrue> waiter;
+    int runs = 0;
+    waiter = std::make_unique<RunUntilTrue>(
+        [&] {
+            ++runs;
+            if (value->getValue() == 0)
+                return false;
+            waiter.reset();
+            return true;
+        },
+        nullptr, QString());
+    turn();
+    value->setValue(1);
+    value->setValue(2);
+    QCOMPARE(runs, 2);
+}
+
+void TstObservableTracker::goesOnWaitingAfterAnException()
+{
+    const Value value = makeValue();
+    int runs = 0;
+    RunUntilTrue waiter(
+        [&] {
+            ++runs;
+            if (value->getValue() == 1)
+                throw 1;
+            return value->getValue() == 2;
+        },
+        nullptr, QString());
+    turn();
+    QVERIFY_EXCEPTION_THROWN(value->setValue(1), int);
+    value->setValue(2);
+    value->setValue(3);
+    QCOMPARE(runs, 3);
+}
+
+QTEST_GUILESS_MAIN(TstObservableTracker)
+#include "tst_observabletracker.moc"

@@ -1,0 +1,245 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <common/FakeClock.h>
+
+#include <iface/ObservableTracker.h>
+#include <iface/ObservableValue.h>
+#include <iface/QApplicationRealm.h>
+#include <iface/RetryTimer.h>
+
+#include <QEventLoop>
+#include <QSignalSpy>
+#include <QTest>
+#include <QThread>
+
+#include <memory>
+
+using iface::QApplicationRealm;
+using iface::Realm;
+using iface::RetryTimer;
+
+class TstRealm : public QObject
+{
+    Q_OBJECT
+
+private:
+    // Runs posted calls up to and including those that are posted already, one turn.
+    static void turn() { QCoreApplication::sendPostedEvents(); }
+
+private Q_SLOTS:
+    void cleanup() { FakeClock::uninstall(); }
+    void runsOneFunctionPerTurnInOrder();
+    void queuesWhatAFunctionQueuesBehindTheRest();
+    void numbersEntriesAcrossRealms();
+    void leavesOutWhatWasRemoved();
+    void doesNothingOnAnEmptyQueue();
+    void throwsForAnEmptyFunctionAndGoesOn();
+    void survivesItsOwnDestructionInAFunction();
+    void keepsReadsOfAFunctionFromATrackedComputation();
+    void makesOneDefaultRealmPerThread();
+    void postsOnlyToThoseWhoAreStillThere();
+    void remindsWithDoublingDelays();
+    void startsAgainWithTheFirstDelay();
+    void mayBeStoppedOrDestroyedByItsReminder();
+    void callsAfterATimeOnTheEventLoop();
+};
+
+void TstRealm::runsOneFunctionPerTurnInOrder()
+{
+    QApplicationRealm realm;
+    QStringList log;
+    QSignalSpy queued(&realm, &QApplicationRealm::itemQueued);
+    for (const QString& name : {u"a"_qs, u"b"_qs, u"c"_qs})
+        realm.asyncExec([&log, name] { log << name; });
+    QCOMPARE(log, QStringList());
+    QCOMPARE(queued.count(), 3);
+    realm.execute();
+    QCOMPARE(log, QStringList{u"a"_qs});
+    turn();
+    QCOMPARE(log, (QStringList{u"a"_qs, u"b"_qs, u"c"_qs}));
+}
+
+void TstRealm::queuesWhatAFunctionQueuesBehindTheRest()
+{
+    QApplicationRealm realm;
+    QStringList log;
+    realm.asyncExec([&] {
+        log << u"first"_qs;
+        realm.asyncExec([&] { log << u"later"_qs; });
+        log << u"end of first"_qs;
+    });
+    realm.asyncExec([&] { log << u"second"_qs; });
+    QTRY_COMPARE(log.size(), 4);
+    QCOMPARE(log, (QStringList{u"first"_qs, u"end of first"_qs, u"second"_qs, u"later"_qs}));
+}
+
+void TstRealm::numbersEntriesAcrossRealms()
+{
+    QApplicationRealm one;
+    QApplicationRealm other;
+    const int first = one.asyncExec([] {});
+    QVERIFY(first > 0);
+    QCOMPARE(other.asyncExec([] {}), first + 1);
+    QCOMPARE(one.asyncExec([] {}), first + 2);
+    turn();
+}
+
+void TstRealm::leavesOutWhatWasRemoved()
+{
+    QApplicationRealm realm;
+    QStringList log;
+    const int removed = realm.asyncExec([&] { log << u"removed"_qs; });
+    realm.asyncExec([&] { log << u"kept"_qs; });
+    realm.remove(removed);
+    realm.remove(removed);
+    realm.remove(-1);
+    turn();
+    QCOMPARE(log, QStringList{u"kept"_qs});
+}
+
+void TstRealm::doesNothingOnAnEmptyQueue()
+{
+    QApplicationRealm realm;
+    bool ran = false;
+    realm.remove(realm.asyncExec([&] { ran = true; }));
+    turn();
+    realm.execute();
+    QVERIFY(!ran);
+}
+
+void TstRealm::throwsForAnEmptyFunctionAndGoesOn()
+{
+    QApplicationRealm realm;
+    bool ran = false;
+    realm.asyncExec({});
+    realm.asyncExec([&] { ran = true; });
+    QVERIFY_EXCEPTION_THROWN(realm.execute(), boost::bad_function_call);
+    realm.execute();
+    QVERIFY(ran);
+}
+
+void TstRealm::survivesItsOwnDestructionInAFunction()
+{
+    auto realm = std::make_unique<QApplicationRealm>();
+    int calls = 0;
+    realm->asyncExec([&] {
+        realm.reset();
+        ++calls;
+    });
+    realm->asyncExec([&] { calls += 100; });
+    turn();
+    QCOMPARE(calls, 1);
+}
+
+void TstRealm::keepsReadsOfAFunctionFromATrackedComputation()
+{
+    const iface::ObservableValue<int> value(new iface::ObservableValueImpl<int>(1));
+    bool ran = false;
+    const auto read = iface::ObservableTracker::runAndMonitor([&] {
+        Realm::threadDefault()->asyncExec([&] {
+            ran = true;
+            value.getValue();
+        });
+        turn();
+    });
+    QVERIFY(ran);
+    QVERIFY(read->isEmpty());
+}
+
+void TstRealm::makesOneDefaultRealmPerThread()
+{
+    const auto mine = Realm::threadDefault();
+    QVERIFY(qSharedPointerDynamicCast<QApplicationRealm>(mine));
+    QCOMPARE(Realm::threadDefault(), mine);
+    QWeakPointer<Realm> theirs;
+    const std::unique_ptr<QThread> thread(QThread::create([&] { theirs = Realm::threadDefault(); }));
+    thread->start();
+    QVERIFY(thread->wait());
+    QVERIFY2(theirs.isNull(), "the realm goes with its thread");
+    QCOMPARE(Realm::threadDefault(), mine);
+}
+
+void TstRealm::postsOnlyToThoseWhoAreStillThere()
+{
+    QObject stays;
+    auto goes = std::make_unique<QObject>();
+    QStringList log;
+    Realm::postGuarded(goes.get(), [&] { log << u"gone"_qs; });
+    Realm::postGuarded(&stays, [&] { log << u"there"_qs; });
+    goes.reset();
+    turn();
+    QCOMPARE(log, QStringList{u"there"_qs});
+}
+
+void TstRealm::remindsWithDoublingDelays()
+{
+    const auto clock = FakeClock::install();
+    int reminders = 0;
+    RetryTimer timer([&] { ++reminders; });
+    QVERIFY(!timer.isActive());
+    timer.start();
+    int expected = 0;
+    for (const int seconds : {30, 60, 120, 240, 300, 300}) {
+        clock->advance(seconds * 1000 - 1);
+        QCOMPARE(reminders, expected);
+        clock->advance(1);
+        QCOMPARE(reminders, ++expected);
+    }
+    timer.stop();
+    QCOMPARE(clock->waiting(), 0);
+}
+
+void TstRealm::startsAgainWithTheFirstDelay()
+{
+    const auto clock = FakeClock::install();
+    int reminders = 0;
+    RetryTimer timer([&] { ++reminders; });
+    timer.start();
+    clock->advance(100 * 1000);
+    QCOMPARE(reminders, 2);
+    timer.start();
+    QCOMPARE(clock->waiting(), 1);
+    clock->advance(RetryTimer::FirstDelay);
+    QCOMPARE(reminders, 3);
+}
+
+void TstRealm::mayBeStoppedOrDestroyedByItsReminder()
+{
+    const auto clock = FakeClock::install();
+    std::unique_ptr<RetryTimer> timer;
+    int reminders = 0;
+    timer = std::make_unique<RetryTimer>([&] {
+        ++reminders;
+        timer->stop();
+    });
+    timer->start();
+    clock->advance(RetryTimer::FirstDelay);
+    QVERIFY(!timer->isActive());
+    timer = std::make_unique<RetryTimer>([&] {
+        ++reminders;
+        timer.reset();
+    });
+    timer->start();
+    clock->advance(1000 * 1000);
+    QCOMPARE(reminders, 2);
+    QCOMPARE(clock->waiting(), 0);
+}
+
+void TstRealm::callsAfterATimeOnTheEventLoop()
+{
+    const auto clock = iface::Clock::threadDefault();
+    QEventLoop loop;
+    bool cancelled = true;
+    const int id = clock->callLater(1, [&] { cancelled = false; });
+    QVERIFY(id > 0);
+    clock->cancel(id);
+    clock->cancel(id);
+    int calls = 0;
+    clock->callLater(1, [&] { ++calls; });
+    clock->callLater(20, [&] { loop.quit(); });
+    loop.exec();
+    QCOMPARE(calls, 1);
+    QVERIFY(cancelled);
+}
+
+QTEST_GUILESS_MAIN(TstRealm)
+#include "tst_realm.moc"
