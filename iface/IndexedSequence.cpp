@@ -1,0 +1,377 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <iface/detail/IndexedSequence.h>
+
+#include <QtGlobal>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <utility>
+
+namespace iface::detail {
+
+namespace {
+constexpr int WordBits = 64;
+constexpr int Words = 8;
+constexpr int Capacity = Words * WordBits;
+/// Below this a block looks for a neighbour to join, so that removals cannot leave a trail of tiny blocks.
+constexpr int Sparse = Capacity / 8;
+
+constexpr std::uint64_t bit(int offset)
+{
+    return std::uint64_t(1) << (offset % WordBits);
+}
+constexpr std::uint64_t bitsBelow(int offset)
+{
+    return bit(offset) - 1;
+}
+} // namespace
+
+struct IndexedSequence::Block
+{
+    explicit Block(int number)
+        : ordinal(number)
+    {
+    }
+
+    bool isMarked(int offset) const { return marks[offset / WordBits] & bit(offset); }
+    void setMarked(int offset, bool marked)
+    {
+        auto& word = marks[offset / WordBits];
+        word = marked ? word | bit(offset) : word & ~bit(offset);
+    }
+
+    int markedBefore(int offset) const
+    {
+        int count = 0;
+        for (int word = 0; word < offset / WordBits; ++word)
+            count += std::popcount(marks[word]);
+        return offset % WordBits ? count + std::popcount(marks[offset / WordBits] & bitsBelow(offset)) : count;
+    }
+
+    int selectMarked(int rank) const
+    {
+        int word = 0;
+        for (int count = std::popcount(marks[0]); count <= rank; count = std::popcount(marks[word])) {
+            rank -= count;
+            ++word;
+        }
+        auto bits = marks[word];
+        for (; rank > 0; --rank)
+            bits &= bits - 1;
+        return word * WordBits + std::countr_zero(bits);
+    }
+
+    void insert(int offset, int size, Item* item)
+    {
+        const int first = offset / WordBits;
+        for (int word = size / WordBits; word > first; --word)
+            marks[word] = marks[word] << 1 | marks[word - 1] >> (WordBits - 1);
+        const auto low = marks[first] & bitsBelow(offset);
+        marks[first] = (marks[first] & ~bitsBelow(offset)) << 1 | low;
+        if (items) {
+            std::move_backward(items.get() + offset, items.get() + size, items.get() + size + 1);
+            items[offset] = nullptr;
+        }
+        if (item)
+            place(offset, item);
+    }
+
+    Item* remove(int offset, int size)
+    {
+        const int first = offset / WordBits;
+        const auto low = marks[first] & bitsBelow(offset);
+        marks[first] = (marks[first] >> 1 & ~bitsBelow(offset)) | low;
+        for (int word = first + 1; word <= (size - 1) / WordBits; ++word) {
+            marks[word - 1] |= marks[word] << (WordBits - 1);
+            marks[word] >>= 1;
+        }
+        Item* const item = take(offset);
+        if (items) {
+            std::move(items.get() + offset + 1, items.get() + size, items.get() + offset);
+            items[size - 1] = nullptr;
+        }
+        return item;
+    }
+
+    Item* take(int offset)
+    {
+        Item* const item = items ? std::exchange(items[offset], nullptr) : nullptr;
+        if (item)
+            item->m_block = nullptr;
+        return item;
+    }
+
+    void place(int offset, Item* item)
+    {
+        if (!items)
+            items = std::make_unique<Item*[]>(Capacity);
+        items[offset] = item;
+        item->m_block = this;
+        item->m_offset = offset;
+    }
+
+    /// Takes over `count` places of another block, to stand from `offset` on.
+    void takeOver(Block& other, int from, int count, int offset)
+    {
+        for (int i = 0; i < count; ++i) {
+            setMarked(offset + i, other.isMarked(from + i));
+            other.setMarked(from + i, false);
+            if (Item* const item = other.take(from + i))
+                place(offset + i, item);
+        }
+    }
+
+    std::array<std::uint64_t, Words> marks{}; ///< bits past the last place are clear
+    std::unique_ptr<Item*[]> items;           ///< made when the first item comes
+    int ordinal;
+};
+
+IndexedSequence::IndexedSequence()
+{
+    reset(0);
+}
+
+IndexedSequence::~IndexedSequence()
+{
+    reset(0);
+}
+
+void IndexedSequence::swap(IndexedSequence& other) noexcept
+{
+    std::swap(m_blocks, other.m_blocks);
+    std::swap(m_sizes, other.m_sizes);
+    std::swap(m_marks, other.m_marks);
+    std::swap(m_cursor, other.m_cursor);
+    std::swap(m_size, other.m_size);
+    std::swap(m_marked, other.m_marked);
+}
+
+void IndexedSequence::reset(int count)
+{
+    for (std::size_t block = 0; block < m_blocks.size(); ++block) {
+        for (int offset = 0; m_blocks[block]->items && offset < m_sizes[block]; ++offset)
+            m_blocks[block]->take(offset);
+    }
+    m_blocks.clear();
+    m_sizes.clear();
+    m_marks.clear();
+    m_cursor = Cursor();
+    m_size = count;
+    m_marked = 0;
+    do {
+        m_blocks.push_back(std::make_unique<Block>(int(m_blocks.size())));
+        m_sizes.push_back(std::min(count, Capacity));
+        m_marks.push_back(0);
+        count -= m_sizes.back();
+    } while (count > 0);
+}
+
+void IndexedSequence::insert(int index, Item* item)
+{
+    Q_ASSERT(index >= 0 && index <= m_size);
+    seek(index);
+    int offset = index - m_cursor.start;
+    Block& block = makeRoom(offset);
+    block.insert(offset, m_sizes[block.ordinal], item);
+    addSize(block.ordinal, 1);
+}
+
+IndexedSequence::Item* IndexedSequence::remove(int index)
+{
+    Q_ASSERT(index >= 0 && index < m_size);
+    Block& block = seek(index);
+    const int ordinal = block.ordinal;
+    const int offset = index - m_cursor.start;
+    const bool marked = block.isMarked(offset);
+    Item* const item = block.remove(offset, m_sizes[ordinal]);
+    addSize(ordinal, -1);
+    if (marked)
+        addMarked(ordinal, -1);
+    if (m_sizes[ordinal] == 0)
+        removeBlock(ordinal);
+    else if (m_sizes[ordinal] < Sparse && ordinal + 1 < int(m_blocks.size()) &&
+             m_sizes[ordinal] + m_sizes[ordinal + 1] <= Capacity / 2)
+        mergeWithNext(ordinal);
+    return item;
+}
+
+bool IndexedSequence::isMarked(int index) const
+{
+    const Block& block = seek(index);
+    return block.isMarked(index - m_cursor.start);
+}
+
+void IndexedSequence::setMarked(int index, bool marked)
+{
+    Block& block = seek(index);
+    const int offset = index - m_cursor.start;
+    if (block.isMarked(offset) == marked)
+        return;
+    block.setMarked(offset, marked);
+    addMarked(block.ordinal, marked ? 1 : -1);
+}
+
+int IndexedSequence::rank(int index) const
+{
+    if (index == m_size)
+        return m_marked;
+    const Block& block = seek(index);
+    return m_cursor.startRank + block.markedBefore(index - m_cursor.start);
+}
+
+int IndexedSequence::select(int rank) const
+{
+    Q_ASSERT(rank >= 0 && rank < m_marked);
+    while (rank < m_cursor.startRank)
+        stepBackward();
+    while (rank >= m_cursor.startRank + m_marks[m_cursor.block])
+        stepForward();
+    return m_cursor.start + m_blocks[m_cursor.block]->selectMarked(rank - m_cursor.startRank);
+}
+
+IndexedSequence::Item* IndexedSequence::item(int index) const
+{
+    const Block& block = seek(index);
+    return block.items ? block.items[index - m_cursor.start] : nullptr;
+}
+
+IndexedSequence::Item* IndexedSequence::setItem(int index, Item* item)
+{
+    Block& block = seek(index);
+    Item* const before = block.take(index - m_cursor.start);
+    if (item)
+        block.place(index - m_cursor.start, item);
+    return before;
+}
+
+int IndexedSequence::indexOf(const Item& item) const
+{
+    Q_ASSERT(item.m_block);
+    const Block& block = *item.m_block;
+    seekBlock(block.ordinal);
+    int offset = item.m_offset;
+    if (block.items[offset] != &item) {
+        Item* const* const items = block.items.get();
+        offset = int(std::find(items, items + Capacity, &item) - items);
+        item.m_offset = offset;
+    }
+    return m_cursor.start + offset;
+}
+
+/// Moves the cursor to the block with the place, the last block for the place past the end.
+IndexedSequence::Block& IndexedSequence::seek(int index) const
+{
+    Q_ASSERT(index >= 0 && index <= m_size);
+    if (index == m_size)
+        seekBlock(int(m_blocks.size()) - 1);
+    while (index < m_cursor.start)
+        stepBackward();
+    while (index >= m_cursor.start + m_sizes[m_cursor.block] && m_cursor.block + 1 < int(m_blocks.size()))
+        stepForward();
+    return *m_blocks[m_cursor.block];
+}
+
+void IndexedSequence::seekBlock(int block) const
+{
+    const int last = int(m_blocks.size()) - 1;
+    if (block == last) {
+        m_cursor = {last, m_size - m_sizes[last], m_marked - m_marks[last]};
+    } else if (block < m_cursor.block / 2) {
+        m_cursor = Cursor();
+    }
+    while (m_cursor.block > block)
+        stepBackward();
+    while (m_cursor.block < block)
+        stepForward();
+}
+
+void IndexedSequence::stepForward() const
+{
+    m_cursor.start += m_sizes[m_cursor.block];
+    m_cursor.startRank += m_marks[m_cursor.block];
+    ++m_cursor.block;
+}
+
+void IndexedSequence::stepBackward() const
+{
+    --m_cursor.block;
+    m_cursor.start -= m_sizes[m_cursor.block];
+    m_cursor.startRank -= m_marks[m_cursor.block];
+}
+
+/// The block under the cursor, or the one beside it that takes the place at `offset` when it is full.
+IndexedSequence::Block& IndexedSequence::makeRoom(int& offset)
+{
+    const int block = m_cursor.block;
+    if (m_sizes[block] < Capacity)
+        return *m_blocks[block];
+    split(block, offset);
+    if (offset <= m_sizes[block] && m_sizes[block] < Capacity)
+        return *m_blocks[block];
+    offset -= m_sizes[block];
+    stepForward();
+    return *m_blocks[block + 1];
+}
+
+/// Halves a full block to make room at `offset`; past the end of the last one a new block is begun instead, so that a
+/// list that is only appended to fills its blocks.
+void IndexedSequence::split(int block, int offset)
+{
+    const bool isAppended = offset == Capacity && block + 1 == int(m_blocks.size());
+    const int moved = isAppended ? 0 : Capacity / 2;
+    auto added = std::make_unique<Block>(block + 1);
+    m_blocks.insert(m_blocks.begin() + block + 1, std::move(added));
+    m_sizes.insert(m_sizes.begin() + block + 1, 0);
+    m_marks.insert(m_marks.begin() + block + 1, 0);
+    renumber(block + 1);
+    m_blocks[block + 1]->takeOver(*m_blocks[block], Capacity - moved, moved, 0);
+    const int marked = m_blocks[block + 1]->markedBefore(moved);
+    m_sizes[block] -= moved;
+    m_sizes[block + 1] = moved;
+    m_marks[block] -= marked;
+    m_marks[block + 1] = marked;
+}
+
+void IndexedSequence::mergeWithNext(int block)
+{
+    m_blocks[block]->takeOver(*m_blocks[block + 1], 0, m_sizes[block + 1], m_sizes[block]);
+    m_sizes[block] += std::exchange(m_sizes[block + 1], 0);
+    m_marks[block] += std::exchange(m_marks[block + 1], 0);
+    removeBlock(block + 1);
+}
+
+void IndexedSequence::removeBlock(int block)
+{
+    if (m_blocks.size() == 1)
+        return;
+    m_blocks.erase(m_blocks.begin() + block);
+    m_sizes.erase(m_sizes.begin() + block);
+    m_marks.erase(m_marks.begin() + block);
+    renumber(block);
+    m_cursor = Cursor();
+}
+
+void IndexedSequence::renumber(int from)
+{
+    for (int block = from; block < int(m_blocks.size()); ++block)
+        m_blocks[block]->ordinal = block;
+}
+
+void IndexedSequence::addSize(int block, int difference)
+{
+    m_sizes[block] += difference;
+    m_size += difference;
+    if (m_cursor.block > block)
+        m_cursor.start += difference;
+}
+
+void IndexedSequence::addMarked(int block, int difference)
+{
+    m_marks[block] += difference;
+    m_marked += difference;
+    if (m_cursor.block > block)
+        m_cursor.startRank += difference;
+}
+
+} // namespace iface::detail

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <iface/detail/FilterFlips.h>
+#include <iface/ObservableListImpl.h>
+
+#include <utility>
+
+namespace iface {
+
+/// The mapper that a filtered list of `T` announces when its filter judges items of an unchanged input anew: items
+/// dropped out and came in, and those that stayed kept their order.
+///
+/// It holds only what was dropped and what came in, so a single item that turns costs the same in a list of any
+/// length. A value that outlives its list.
+template <class T>
+class FilterFunctionIndexMapper : public ObservableListImpl::IndexMapper
+{
+public:
+    explicit FilterFunctionIndexMapper(detail::FilterFlips flips)
+        : m_flips(std::move(flips))
+    {
+    }
+
+    bool newIndexPath(QVariantList* newPath, int* removed, const QVariantList& oldPath) const override;
+
+private:
+    const detail::FilterFlips m_flips;
+};
+
+template <class T>
+bool FilterFunctionIndexMapper<T>::newIndexPath(QVariantList* newPath, int* removed, const QVariantList& oldPath) const
+{
+    const int index = m_flips.newPosition(ObservableListImpl::indexOfPath(oldPath));
+    if (index >= 0 && newPath)
+        *newPath = ObservableListImpl::pathOf(index);
+    if (index < 0 && removed)
+        *removed = -1;
+    return index >= 0;
+}
+
+} // namespace iface

@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <algorithm>
+
+namespace iface {
+
+template <class T>
+CachedObservableList<T>::CachedObservableList()
+    : m_adapter(
+          nullptr, [this](const QVariantList& path) { handleRowItemAdded(path); },
+          [this](const QVariantList& path) { handleRowItemUpdated(path); },
+          [this](const QVariantList& path) { handleRowItemRemoved(path); },
+          [this](ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper) {
+              handleRowItemsChanged(type, mapper);
+          })
+    , m_addFunction([](int, const T&) {})
+    , m_removeFunction([](int, const T&) {})
+    , m_updateFunction([](int, const T&, const T&) {})
+    , m_changeFunction([](ChangeType::Type, const QSharedPointer<IndexMapper>&, const QList<T>&, const QList<T>&) {})
+{
+}
+
+template <class T>
+void CachedObservableList<T>::setInput(const ObservableList<T>& input)
+{
+    // The old input goes at the end: nobody is called while this is half done.
+    const ObservableList<T> before = std::exchange(m_input, input);
+    m_adapter.setDataModel(m_input.impl());
+    resynchronise();
+}
+
+template <class T>
+int CachedObservableList<T>::childCount(const QVariantList& indexPath) const
+{
+    return indexPath.isEmpty() ? int(m_cache.size()) : 0;
+}
+
+template <class T>
+bool CachedObservableList<T>::hasChildren(const QVariantList& indexPath) const
+{
+    return indexPath.isEmpty() && !m_cache.isEmpty();
+}
+
+template <class T>
+QVariant CachedObservableList<T>::data(const QVariantList& indexPath) const
+{
+    const int index = indexOfPath(indexPath);
+    return index >= 0 && index < m_cache.size() ? QVariant::fromValue(m_cache.at(index)) : QVariant();
+}
+
+template <class T>
+void CachedObservableList<T>::handleRowItemAdded(const QVariantList& indexPath)
+{
+    const int index = indexOfPath(indexPath);
+    if (!begin(indexPath, 1))
+        return resynchronise();
+    const std::optional<T> item = read(index);
+    if (!item)
+        return resynchronise();
+    m_cache.insert(index, *item);
+    tellAndAnnounce({&CachedObservableList::fireItemAdded, index, {}, {}}, [&] { m_addFunction(index, *item); });
+}
+
+template <class T>
+void CachedObservableList<T>::handleRowItemUpdated(const QVariantList& indexPath)
+{
+    const int index = indexOfPath(indexPath);
+    if (!begin(indexPath, 0))
+        return resynchronise();
+    const std::optional<T> item = read(index);
+    if (!item)
+        return resynchronise();
+    const T before = std::exchange(m_cache[index], *item);
+    tellAndAnnounce({&CachedObservableList::fireItemUpdated, index, {}, {}},
+                    [&] { m_updateFunction(index, before, *item); });
+}
+
+template <class T>
+void CachedObservableList<T>::handleRowItemRemoved(const QVariantList& indexPath)
+{
+    const int index = indexOfPath(indexPath);
+    if (!begin(indexPath, -1))
+        return resynchronise();
+    const T item = m_cache.takeAt(index);
+    tellAndAnnounce({&CachedObservableList::fireItemRemoved, index, {}, {}}, [&] { m_removeFunction(index, item); });
+}
+
+template <class T>
+void CachedObservableList<T>::handleRowItemsChanged(ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper)
+{
+    announceOutstanding();
+    // Reading the input may change it, and so lead here again; what counts is what was read last.
+    constexpr int MaximumRounds = 16;
+    const ObservableList<T> input = m_input;
+    QList<T> now;
+    int changesBegun = -1;
+    for (int round = 0; round < MaximumRounds && changesBegun != m_changesBegun; ++round) {
+        changesBegun = ++m_changesBegun;
+        now = ObservableTracker::runUntracked([&input] { return input.toList(); });
+    }
+    const QList<T> before = std::exchange(m_cache, now);
+    tellAndAnnounce({nullptr, -1, type, mapper}, [&] { m_changeFunction(type, mapper, before, now); });
+}
+
+/// Whether the change of one item fits what the copy knows: not so when another change was heard of before it.
+template <class T>
+bool CachedObservableList<T>::begin(const QVariantList& indexPath, int growth)
+{
+    announceOutstanding();
+    ++m_changesBegun;
+    const int index = indexOfPath(indexPath);
+    const int length = m_input.impl() ? m_input.impl()->childCount(QVariantList()) : 0;
+    return index >= 0 && index < std::max(length, int(m_cache.size())) && length == m_cache.size() + growth;
+}
+
+/// The input's item, or nothing when reading it changed the list.
+template <class T>
+std::optional<T> CachedObservableList<T>::read(int index)
+{
+    const int changesBegun = m_changesBegun;
+    const ObservableList<T> input = m_input;
+    T item = ObservableTracker::runUntracked([&] { return input[index]; });
+    return changesBegun == m_changesBegun ? std::optional<T>(std::move(item)) : std::nullopt;
+}
+
+template <class T>
+template <class Call>
+void CachedObservableList<T>::tellAndAnnounce(Change change, Call call)
+{
+    const Announcement announcement(*this);
+    m_outstanding = std::move(change);
+    try {
+        call();
+    } catch (...) {
+        if (announcement.isAlive())
+            announceOutstanding();
+        throw;
+    }
+    if (announcement.isAlive())
+        announceOutstanding();
+}
+
+template <class T>
+void CachedObservableList<T>::announceOutstanding()
+{
+    if (!m_outstanding)
+        return;
+    const Change change = *std::exchange(m_outstanding, std::nullopt);
+    if (change.fire)
+        (this->*change.fire)(change.index);
+    else
+        fireItemsChanged(change.type, change.mapper);
+}
+
+} // namespace iface

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <iface/detail/IndexedSequence.h>
+#include <iface/MapChange.h>
+#include <iface/ObservableListImpl.h>
+#include <iface/ObservableMapImplBase.h>
+
+#include <memory>
+#include <vector>
+
+namespace iface::detail {
+
+/// Everything of a transformed list that does not depend on its types; see LazyTransformedObservableListImpl.
+class ZEL_EXPORT LazyTransformedListBase : public ObservableListImpl
+{
+public:
+    ~LazyTransformedListBase() override;
+
+    int childCount(const QVariantList& indexPath) const override;
+    bool hasChildren(const QVariantList& indexPath) const override;
+    QVariant data(const QVariantList& indexPath) const override;
+    bool announcesEveryReadItem() const override;
+
+protected:
+    /// An item that is kept. The subclass adds key and value.
+    class Entry : public IndexedSequence::Item
+    {
+    protected:
+        bool isIndexed = false; ///< for the subclass's index of keys
+
+    private:
+        friend class LazyTransformedListBase;
+        bool m_isDerived = false;
+        bool m_isBeingDerived = false;
+        bool m_hasChangedMeanwhile = false;
+    };
+
+    /// Tells, while an item is derived, whether its entry is still there: deriving reads, and what is read may do
+    /// anything.
+    class Watch
+    {
+    public:
+        Watch(const LazyTransformedListBase& list, Entry& entry);
+        ~Watch();
+        bool isThere() const { return m_entry != nullptr; }
+
+    private:
+        Q_DISABLE_COPY_MOVE(Watch)
+        friend class LazyTransformedListBase;
+        const LazyTransformedListBase& m_list;
+        Entry* m_entry;
+        Watch* const m_outer;
+    };
+
+    /// The subclass keeps both alive; either may be null.
+    LazyTransformedListBase(ObservableListImpl* input, ObservableMapImplBase* mapping, int cacheLimit);
+    /// To be called in the subclass's destructor, while it can still destroy entries.
+    void dropEntries();
+
+private:
+    virtual Entry* createEntry() const = 0;
+    /// Also takes it out of the keys.
+    virtual void destroyEntry(Entry* entry) const = 0;
+    /// Derives key and value from the input's item and keeps them; tells whether they differ from what was kept.
+    virtual bool derive(Entry& entry, const Watch& watch, const QVariant& inputItem) const = 0;
+    virtual QVariant valueOf(const Entry& entry) const = 0;
+    /// Appends the entries under the keys that changed.
+    virtual void findEntries(const MapChange& change, std::vector<Entry*>& found) const = 0;
+
+    struct Private;
+    friend struct Private;
+    std::unique_ptr<Private> const d;
+};
+
+} // namespace iface::detail
