@@ -29,7 +29,10 @@ class RegistrationHandler;
 ///
 /// Owned by the facade, which is also the readiness callback and outlives it. Lives on the thread of the event
 /// loop. Every report may end in a slot of the application, so it may spin an event loop in which more messages
-/// arrive and more reports are made; what the manager answers then is already the new state.
+/// arrive; reports then still come once each and in order, and what the manager answers is already the new state.
+///
+/// A list that the core service sends anew as a whole is no news of single contacts: nothing is reported while the
+/// view follows it. Contacts whose records arrive after that are reported as installs.
 class PlatformContactManagerBase : public QObject
 {
     Q_OBJECT
@@ -50,7 +53,7 @@ public:
     PlatformContact getContact(const QString& userId) const;
     /// Reports the records of the view in list order, whether or not events are enabled.
     void getContactList();
-    /// The view; empty before init(). The handle may outlive the manager and then no longer changes.
+    /// The view; empty before init(). The handle may outlive the manager, and goes on following the lists.
     iface::ObservableList<PlatformContact> contactList() const;
 
     /// Has the contact's picture reported: at once when the contact has none, else when it has arrived. False when
@@ -80,6 +83,7 @@ private:
     void aboutToUpdate(int index, const PlatformContact& before, const PlatformContact& after);
     void aboutToChange(ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper,
                        const QList<PlatformContact>& before, const QList<PlatformContact>& after);
+    void followAvatar(const PlatformContact& before, const PlatformContact& after);
     void streamDataAvailable(const QString& streamId, const QVariant& data);
     void connInvitationReceivedCallback(QObject* sender, const iface::JsonReaderAttribute& message);
     void invitationReceived(const QString& userId);

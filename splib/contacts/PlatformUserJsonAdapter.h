@@ -13,10 +13,10 @@ class PlatformUserJsonAdapter : public zel::JsonAdapter<QString, QString>
 {
 public:
     QString jsonToElement(iface::JsonObjectReader json, const QString& base) override;
-    void elementToJson(const QString& userId, QSharedPointer<zel::JsonWriter> writer) override;
-    QString elementToId(QString userId) override;
+    void elementToJson(const QString& userId, const QSharedPointer<zel::JsonWriter>& writer) override;
+    QString elementToId(const QString& userId) override;
     QString idJsonToId(iface::JsonObjectReader json) override;
-    void idToIdJson(const QString& userId, QSharedPointer<zel::JsonWriter> writer) override;
+    void idToIdJson(const QString& userId, const QSharedPointer<zel::JsonWriter>& writer) override;
 };
 
 } // namespace zelsplib

@@ -1,0 +1,308 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <splib/contacts/PlatformContactManagerBase.h>
+
+#include <splib/EventQueue.h>
+#include <splib/RegistrationHandler.h>
+#include <splib/contacts/AvatarRequests.h>
+#include <splib/contacts/PlatformContactJsonAdapter.h>
+#include <splib/contacts/PlatformUserJsonAdapter.h>
+#include <splib/log/Logging.h>
+
+#include <zel/JsonStreamFunctorAdapter.h>
+#include <zel/JsonWriter.h>
+#include <zel/LiveList.h>
+#include <zel/LiveMap.h>
+
+#include <iface/CachedObservableList.h>
+#include <iface/CompositeMap.h>
+#include <iface/FilteredObservableList.h>
+#include <iface/MapObservableToValue.h>
+#include <iface/ObservableTracker.h>
+#include <iface/RunUntilTrue.h>
+#include <iface/TransformedObservableList.h>
+
+#include <algorithm>
+#include <functional>
+#include <utility>
+
+namespace zelsplib {
+
+using namespace logging;
+
+namespace {
+
+using IdList = zel::LiveList<QString, QString>;
+using RecordMap = zel::LiveMap<QString, PlatformContact>;
+using RecordValue = iface::ObservableValue<PlatformContact>;
+using ContactView = iface::CachedObservableList<PlatformContact>;
+
+constexpr int debugSeverity = 7;
+
+/// Records as the ids have them, those without a handle left out. Every record is held: one that was forgotten could
+/// change without anybody being told.
+iface::ObservableList<PlatformContact> initializedContacts(const IdList::Pointer& ids,
+                                                           const RecordMap::Pointer& records)
+{
+    using Transformed = iface::LazyTransformedObservableListImpl<QString, PlatformContact>;
+    const auto contents = iface::CompositeMap<QString, RecordValue, PlatformContact>::create(
+        iface::ObservableMap<QString, RecordValue>(records.data()),
+        iface::MapObservableToValue<PlatformContact>::create());
+    const auto contacts = iface::TransformedObservableList::create<QString, PlatformContact>(
+        iface::ObservableList<QString>(ids.data()), contents, Transformed::KeepsEverything);
+    return iface::FilteredObservableList<PlatformContact>::create(
+        contacts, [](const PlatformContact& contact) { return contact.isInitialized(); });
+}
+
+} // namespace
+
+struct PlatformContactManagerBase::Private
+{
+    QSharedPointer<zel::ListApiMultiplexer> multiplexer;
+    QSharedPointer<zel::JsonStream> stream;
+    RegistrationHandler* readiness = nullptr;
+
+    IdList::Pointer ids; ///< this and the records are null until init()
+    RecordMap::Pointer records;
+    QExplicitlySharedDataPointer<ContactView> view{new ContactView};
+    AvatarRequests requests;
+    EventQueue events;
+    bool eventsEnabled = false;
+    bool listReady = false;
+    bool isListBeingReplaced = false;
+
+    std::unique_ptr<zel::JsonStreamFunctorAdapter> streamAdapter;
+    std::unique_ptr<iface::RunUntilTrue> readinessCheck;
+
+    bool isReporting() const { return eventsEnabled && !isListBeingReplaced; }
+    void report(std::function<void()> event)
+    {
+        events.post(std::move(event));
+        events.deliver();
+    }
+};
+
+PlatformContactManagerBase::PlatformContactManagerBase(const QSharedPointer<zel::ListApiMultiplexer>& multiplexer,
+                                                       const QSharedPointer<zel::JsonStream>& stream,
+                                                       RegistrationHandler* readiness, QObject* parent)
+    : QObject(parent)
+    , d(new Private)
+{
+    d->multiplexer = multiplexer;
+    d->stream = stream;
+    d->readiness = readiness;
+}
+
+PlatformContactManagerBase::~PlatformContactManagerBase()
+{
+    // Others may hold the view.
+    d->view->setAddFunction([](int, const PlatformContact&) {});
+    d->view->setRemoveFunction([](int, const PlatformContact&) {});
+    d->view->setUpdateFunction([](int, const PlatformContact&, const PlatformContact&) {});
+    d->view->setChangeFunction([](ChangeType::Type, const QSharedPointer<IndexMapper>&, const QList<PlatformContact>&,
+                                  const QList<PlatformContact>&) {});
+    if (d->ids)
+        d->stream->pipe()->removeListeners(this);
+}
+
+void PlatformContactManagerBase::init()
+{
+    if (d->ids)
+        return;
+    d->ids = IdList::create(d->multiplexer, QSharedPointer<PlatformUserJsonAdapter>::create(),
+                            QStringLiteral("platformContact"), {});
+    d->records = RecordMap::create(d->multiplexer, QSharedPointer<PlatformContactJsonAdapter>::create(),
+                                   QStringLiteral("platformUser"), {});
+
+    // One hears of a whole new list before the view does, the other after it.
+    connect(d->ids.data(), &IdList::itemsChanged, this, [this] { d->isListBeingReplaced = true; });
+    d->view->setInput(initializedContacts(d->ids, d->records));
+    connect(d->ids.data(), &IdList::itemsChanged, this, [this] { d->isListBeingReplaced = false; });
+
+    d->view->setRemoveFunction([this](int index, const PlatformContact& contact) { aboutToRemove(index, contact); });
+    d->view->setAddFunction([this](int index, const PlatformContact& contact) { aboutToAdd(index, contact); });
+    d->view->setUpdateFunction([this](int index, const PlatformContact& before, const PlatformContact& after) {
+        aboutToUpdate(index, before, after);
+    });
+    d->view->setChangeFunction(
+        [this](ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper, const QList<PlatformContact>& before,
+               const QList<PlatformContact>& after) { aboutToChange(type, mapper, before, after); });
+
+    d->streamAdapter = std::make_unique<zel::JsonStreamFunctorAdapter>(
+        d->stream, [this](const QString& streamId, const QVariant& data) { streamDataAvailable(streamId, data); });
+    d->stream->pipe()->addListener(this, QStringLiteral("connectionInvitationReceived"),
+                                   [this](QObject* sender, const iface::JsonReaderAttribute& message) {
+                                       connInvitationReceivedCallback(sender, message);
+                                   });
+    d->readinessCheck = std::make_unique<iface::RunUntilTrue>([this] { return checkUserListState(); }, nullptr,
+                                                              QStringLiteral("PlatformContactManager"));
+}
+
+void PlatformContactManagerBase::setEventsEnabled(bool enabled)
+{
+    d->eventsEnabled = enabled;
+}
+
+bool PlatformContactManagerBase::eventsEnabled() const
+{
+    return d->eventsEnabled;
+}
+
+bool PlatformContactManagerBase::isListReady() const
+{
+    return d->listReady;
+}
+
+PlatformContact PlatformContactManagerBase::getContact(const QString& userId) const
+{
+    return iface::ObservableMap<QString, RecordValue>(d->records.data()).get(userId).getValue();
+}
+
+void PlatformContactManagerBase::getContactList()
+{
+    if (!d->listReady)
+        Log<ZELSP_CONTACTS_NOT_READY>({}, "getContactList");
+    const QList<PlatformContact> contacts = contactList().toList();
+    d->report([this, contacts] { reportList(contacts); });
+}
+
+iface::ObservableList<PlatformContact> PlatformContactManagerBase::contactList() const
+{
+    return iface::ObservableList<PlatformContact>(d->view.data());
+}
+
+/// Every change of a record reaches the view before this runs, so comparing lengths tells as much as looking at every
+/// record: the view is as long as the list when all have a handle.
+bool PlatformContactManagerBase::checkUserListState()
+{
+    const int listed = iface::ObservableList<QString>(d->ids.data()).size();
+    const int initialized = contactList().size();
+    if (d->ids->isIncomplete() || initialized < listed || d->isListBeingReplaced)
+        return false;
+    Log<GENERAL_INFO>({}, "PlatformContactManager::checkUserListState(): All contacts are initialized. "
+                          "PlatformContact list is ready.");
+    d->listReady = true;
+    // Reading is what the check depends on; what the application then does is not.
+    iface::ObservableTracker::runUntracked([this] { d->readiness->contactsIsReady(); });
+    return true;
+}
+
+void PlatformContactManagerBase::aboutToAdd(int, const PlatformContact& contact)
+{
+    if (d->isReporting() && d->listReady)
+        d->report([this, contact] { reportInstalled(contact); });
+}
+
+/// Not held back until the list is ready, as adding is: on purpose.
+void PlatformContactManagerBase::aboutToRemove(int, const PlatformContact& contact)
+{
+    if (d->isReporting())
+        d->report([this, contact] { reportUninstalled(contact); });
+}
+
+void PlatformContactManagerBase::aboutToUpdate(int, const PlatformContact& before, const PlatformContact& after)
+{
+    if (!d->isReporting())
+        return;
+    d->events.post([this, before, after] { reportUpdated(before, after); });
+    d->events.post([this, before, after] { followAvatar(before, after); });
+    d->events.deliver();
+}
+
+void PlatformContactManagerBase::followAvatar(const PlatformContact& before, const PlatformContact& after)
+{
+    const bool isTraced = slog_enabled(debugSeverity);
+    if (before.getAvatarId() == after.getAvatarId()) {
+        if (isTraced)
+            Log<GENERAL_DEBUG_INFO>({}, QStringLiteral("PlatformContactManager::aboutToUpdate(): "
+                                                       "oldState.getAvatarId()==newState.getAvatarId()==") +
+                                            after.getAvatarId() + QStringLiteral("; ignoring"));
+        return;
+    }
+    if (isTraced)
+        Log<GENERAL_DEBUG_INFO>({}, QStringLiteral("PlatformContactManager::aboutToUpdate(): "
+                                                   "oldState.getAvatarId()=") +
+                                        before.getAvatarId() + QStringLiteral(", newState.getAvatarId()=") +
+                                        after.getAvatarId());
+    retrieveAvatar(after.getUri());
+}
+
+void PlatformContactManagerBase::aboutToChange(ChangeType::Type type, const QSharedPointer<IndexMapper>&,
+                                               const QList<PlatformContact>& before,
+                                               const QList<PlatformContact>& after)
+{
+    if (!d->isReporting())
+        return;
+    if (type == ChangeType::IndexesChanged) {
+        // What the longer list has beyond the shorter is reported as gone, also when the new list is the longer one:
+        // on purpose.
+        const QList<PlatformContact>& longer = before.size() > after.size() ? before : after;
+        for (qsizetype i = std::min(before.size(), after.size()); i < longer.size(); ++i)
+            d->events.post([this, contact = longer.at(i)] { reportUninstalled(contact); });
+    } else if (type == ChangeType::DataChanged && before.size() == after.size()) {
+        for (qsizetype i = 0; i < before.size(); ++i)
+            d->events.post([this, old = before.at(i), now = after.at(i)] { reportUpdated(old, now); });
+    }
+    d->events.deliver();
+}
+
+bool PlatformContactManagerBase::retrieveAvatar(const QString& userId)
+{
+    if (userId.isEmpty()) {
+        Log<GENERAL_ERROR>({}, "PlatformContactManager::retrieveAvatar(): Unable to process empty userId; ignoring");
+        return false;
+    }
+    PlatformContact contact = getContact(userId);
+    if (!contact.isInitialized()) {
+        Log<GENERAL_ERROR>({}, "PlatformContactManager::retrieveAvatar(): Platform contact is not initialized");
+        return false;
+    }
+    if (!contact.getAvatarId().isEmpty() && contact.getAvatarData().isEmpty()) {
+        requestAvatar(contact.getAvatarId(), userId);
+        return true;
+    }
+    d->requests.cancel(userId);
+    if (contact.getAvatarId().isEmpty())
+        contact.setAvatarData({});
+    d->report([this, contact] { reportAvatar(contact); });
+    return true;
+}
+
+void PlatformContactManagerBase::requestAvatar(const QString& streamId, const QString& userId)
+{
+    Log<ZELSP_AVATAR_REQUEST_SEND>({}, userId, streamId);
+    d->requests.add(streamId, userId);
+    const auto request =
+        QSharedPointer<zel::JsonWriter>::create(QStringLiteral("requestUserAvatar"), QStringLiteral("zel"));
+    request->addAttribute(QStringLiteral("userId"), userId);
+    request->addAttribute(QStringLiteral("streamId"), streamId);
+    d->stream->pipe()->send(request);
+}
+
+void PlatformContactManagerBase::streamDataAvailable(const QString& streamId, const QVariant& data)
+{
+    const QStringList users = d->requests.take(streamId);
+    for (const QString& userId : users) {
+        PlatformContact contact = getContact(userId);
+        contact.setAvatarData(data.toByteArray());
+        Log<ZELSP_AVATAR_RECEIVED>({}, userId, streamId, contact.getAvatarData().size());
+        if (d->eventsEnabled)
+            d->events.post([this, contact] { reportAvatar(contact); });
+    }
+    d->events.deliver();
+}
+
+void PlatformContactManagerBase::connInvitationReceivedCallback(QObject*, const iface::JsonReaderAttribute& message)
+{
+    QString userId;
+    message.object().readString("userId", userId);
+    invitationReceived(userId);
+}
+
+void PlatformContactManagerBase::invitationReceived(const QString& userId)
+{
+    const PlatformContact contact = getContact(userId);
+    if (d->eventsEnabled)
+        d->report([this, contact] { reportInvitation(contact); });
+}
+
+} // namespace zelsplib
