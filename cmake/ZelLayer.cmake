@@ -10,7 +10,7 @@ target_compile_options(zel_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wcast-align -Wunused $<$<BOOL:${ZEL_WERROR}>:-Werror>)
 if(ZEL_SANITIZE)
     target_compile_options(zel_options INTERFACE -fsanitize=${ZEL_SANITIZE} -fno-omit-frame-pointer
-                           $<$<NOT:$<STREQUAL:${ZEL_SANITIZE},fuzzer>>:-fno-sanitize-recover=all>)
+                           -fno-sanitize-recover=all)
     target_link_options(zel_options INTERFACE -fsanitize=${ZEL_SANITIZE})
 endif()
 
