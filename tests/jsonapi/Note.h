@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <zel/JsonAdapter.h>
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QMetaType>
+#include <QString>
+
+/// A record for the tests of live containers.
+struct Note
+{
+    QString id;
+    QString text;
+    int stars = 0;
+
+    bool operator==(const Note& other) const { return id == other.id && text == other.text && stars == other.stars; }
+};
+Q_DECLARE_METATYPE(Note)
+
+class NoteAdapter : public zel::JsonAdapter<Note>
+{
+public:
+    Note jsonToElement(iface::JsonObjectReader json, const Note& base) override
+    {
+        Note note = base;
+        json.readFields("id", note.id, "text", note.text, "stars", note.stars);
+        return note;
+    }
+    void elementToJson(const Note& note, const QSharedPointer<zel::JsonWriter>& writer) override
+    {
+        const auto object = writer->addChild(QString(), zel::JsonWriter::Object);
+        object->addAttribute(QStringLiteral("id"), note.id);
+        object->addAttribute(QStringLiteral("text"), note.text);
+        object->addAttribute(QStringLiteral("stars"), note.stars);
+    }
+    QString elementToId(const Note& note) override { return note.id; }
+    QString idJsonToId(iface::JsonObjectReader json) override
+    {
+        QString id;
+        json.readString("id", id);
+        return id;
+    }
+    void idToIdJson(const QString& id, const QSharedPointer<zel::JsonWriter>& writer) override
+    {
+        writer->addAttribute(QStringLiteral("id"), id);
+    }
+};
+
+inline QJsonObject noteJson(const QString& id, const QString& text)
+{
+    return {{QStringLiteral("id"), id}, {QStringLiteral("text"), text}};
+}
+
+/// A list message of the type "notes" with an empty id; further members of the body go into @p more.
+inline QByteArray listMessage(const char* name, const QJsonArray& elements, QJsonObject more = {})
+{
+    more.insert(QStringLiteral("type"), QStringLiteral("notes"));
+    more.insert(QStringLiteral("id"), QString());
+    more.insert(QStringLiteral("elements"), elements);
+    return QJsonDocument(QJsonObject{{QString::fromLatin1(name), more}}).toJson(QJsonDocument::Compact);
+}

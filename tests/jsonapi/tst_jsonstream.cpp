@@ -1,0 +1,199 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <common/FakePipe.h>
+#include <zel/JsonStreamFunctorAdapter.h>
+
+#include <QJsonObject>
+#include <QRandomGenerator>
+#include <QTest>
+
+#include <memory>
+
+namespace {
+
+QByteArray chunk(const QString& id, const QByteArray& bytes, bool last)
+{
+    QJsonObject body{{u"id"_qs, id}, {u"value"_qs, QString::fromLatin1(bytes.toBase64())}};
+    if (last) {
+        body.insert(u"last"_qs, true);
+    }
+    return QJsonDocument(QJsonObject{{u"stream"_qs, body}}).toJson(QJsonDocument::Compact);
+}
+
+QByteArray randomBytes(int size)
+{
+    QByteArray bytes(size, Qt::Uninitialized);
+    QRandomGenerator random(quint32(size) + 1);
+    for (char& byte : bytes) {
+        byte = char(random.generate());
+    }
+    return bytes;
+}
+
+} // namespace
+
+class TstJsonStream : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        pipe = QSharedPointer<FakePipe>::create();
+        received.clear();
+        stream = QSharedPointer<zel::JsonStream>::create(pipe, [this](const QString& id, const QVariant& data) {
+            received.append({id, data.toByteArray()});
+        });
+    }
+
+    void sendsInChunksThatFit_data();
+    void sendsInChunksThatFit();
+    void writesMembersInOrder();
+    void reassemblesWhatItSends_data();
+    void reassemblesWhatItSends();
+    void keepsInterleavedStreamsApart();
+    void takesMissingMembersAsEmpty();
+    void announcesTheSignalBeforeTheCallback();
+    void aNestedTransferOfTheSameIdStartsAfresh();
+    void aReceiverMayDestroyTheStream();
+    void adaptersHearUntilTheyGo();
+    void anEmptyAdapterThrows();
+
+private:
+    QSharedPointer<FakePipe> pipe;
+    QSharedPointer<zel::JsonStream> stream;
+    QList<QPair<QString, QByteArray>> received;
+};
+
+void TstJsonStream::sendsInChunksThatFit_data()
+{
+    QTest::addColumn<int>("bytes");
+    QTest::addColumn<QList<int>>("characters");
+    QTest::newRow("nothing") << 0 << QList<int>();
+    QTest::newRow("one byte") << 1 << QList<int>{4};
+    QTest::newRow("20480 characters") << 15360 << QList<int>{20480};
+    QTest::newRow("20484 characters") << 15361 << QList<int>{20480, 4};
+    QTest::newRow("32768 bytes") << 32768 << QList<int>{20480, 20480, 2732};
+}
+
+void TstJsonStream::sendsInChunksThatFit()
+{
+    QFETCH(int, bytes);
+    QFETCH(QList<int>, characters);
+    stream->send(u"id"_qs, randomBytes(bytes));
+    QCOMPARE(pipe->sentCount(), characters.size());
+    for (int i = 0; i < characters.size(); ++i) {
+        const QJsonObject body = QJsonDocument::fromJson(pipe->sent().at(i)).object().value(u"stream"_qs).toObject();
+        QCOMPARE(body.value(u"value"_qs).toString().size(), characters.at(i));
+        QCOMPARE(body.contains(u"last"_qs), i + 1 == characters.size());
+    }
+}
+
+void TstJsonStream::writesMembersInOrder()
+{
+    stream->send(u"s1"_qs, "abc");
+    QVERIFY(pipe->expectSentText(R"({"stream":{"id":"s1","value":"YWJj","last":true}})"));
+}
+
+void TstJsonStream::reassemblesWhatItSends_data()
+{
+    sendsInChunksThatFit_data();
+}
+
+void TstJsonStream::reassemblesWhatItSends()
+{
+    QFETCH(int, bytes);
+    const QByteArray data = randomBytes(bytes);
+    stream->send(u"id"_qs, data);
+    while (pipe->sentCount() > 0) {
+        QVERIFY(received.isEmpty());
+        pipe->inject(pipe->takeSent());
+    }
+    QCOMPARE(received.size(), bytes > 0 ? 1 : 0);
+    if (bytes > 0) {
+        QCOMPARE(received.first().first, u"id"_qs);
+        QCOMPARE(received.first().second, data);
+    }
+}
+
+void TstJsonStream::keepsInterleavedStreamsApart()
+{
+    pipe->inject(chunk(u"a"_qs, "a1", false));
+    pipe->inject(chunk(u"b"_qs, "b1", false));
+    pipe->inject(chunk(u"a"_qs, "a2", false));
+    pipe->inject(chunk(u"c"_qs, "c1", true));
+    pipe->inject(chunk(u"b"_qs, "b2", true));
+    pipe->inject(chunk(u"a"_qs, "a3", true));
+    pipe->inject(chunk(u"a"_qs, "again", true));
+    const QList<QPair<QString, QByteArray>> expected{
+        {u"c"_qs, "c1"}, {u"b"_qs, "b1b2"}, {u"a"_qs, "a1a2a3"}, {u"a"_qs, "again"}};
+    QCOMPARE(received, expected);
+}
+
+void TstJsonStream::takesMissingMembersAsEmpty()
+{
+    pipe->inject(R"({"stream":{"last":true}})");
+    pipe->inject(R"({"stream":{"id":5,"value":[],"last":"true"}})");
+    pipe->inject(R"({"stream":{"id":"x","value":"!not base64!","last":true}})");
+    QCOMPARE(received.size(), 2);
+    QCOMPARE(received.at(0), qMakePair(QString(), QByteArray()));
+    QCOMPARE(received.at(1).first, u"x"_qs);
+}
+
+void TstJsonStream::announcesTheSignalBeforeTheCallback()
+{
+    int callbacksSeen = -1;
+    connect(stream.data(), &zel::JsonStream::dataReceived, this,
+            [&](const QString&, const QVariant&) { callbacksSeen = int(received.size()); });
+    pipe->inject(chunk(u"a"_qs, "x", true));
+    QCOMPARE(callbacksSeen, 0);
+    QCOMPARE(received.size(), 1);
+}
+
+void TstJsonStream::aNestedTransferOfTheSameIdStartsAfresh()
+{
+    bool nested = false;
+    connect(stream.data(), &zel::JsonStream::dataReceived, this, [&](const QString&, const QVariant&) {
+        if (!std::exchange(nested, true)) {
+            pipe->inject(chunk(u"a"_qs, "new ", false));
+        }
+    });
+    pipe->inject(chunk(u"a"_qs, "old", true));
+    pipe->inject(chunk(u"a"_qs, "data", true));
+    const QList<QPair<QString, QByteArray>> expected{{u"a"_qs, "old"}, {u"a"_qs, "new data"}};
+    QCOMPARE(received, expected);
+}
+
+void TstJsonStream::aReceiverMayDestroyTheStream()
+{
+    connect(stream.data(), &zel::JsonStream::dataReceived, this,
+            [this](const QString&, const QVariant&) { stream.reset(); });
+    pipe->inject(chunk(u"a"_qs, "x", true));
+    QVERIFY(received.isEmpty());
+    pipe->inject(chunk(u"a"_qs, "x", true));
+    QCOMPARE(pipe->listenerCount(u"stream"_qs), 0);
+}
+
+void TstJsonStream::adaptersHearUntilTheyGo()
+{
+    QStringList heard;
+    std::unique_ptr<zel::JsonStreamFunctorAdapter> second;
+    zel::JsonStreamFunctorAdapter first(stream, [&](const QString& id, const QVariant& data) {
+        heard.append(u"1:"_qs + id + QString::fromUtf8(data.toByteArray()));
+    });
+    second = std::make_unique<zel::JsonStreamFunctorAdapter>(stream, [&](const QString& id, const QVariant&) {
+        second.reset(); // in the middle of its own call
+        heard.append(u"2:"_qs + id);
+    });
+    pipe->inject(chunk(u"a"_qs, "x", true));
+    pipe->inject(chunk(u"b"_qs, "y", true));
+    QCOMPARE(heard, QStringList({u"1:ax"_qs, u"2:a"_qs, u"1:by"_qs}));
+}
+
+void TstJsonStream::anEmptyAdapterThrows()
+{
+    zel::JsonStreamFunctorAdapter adapter(stream, {});
+    QVERIFY_EXCEPTION_THROWN(adapter.dataReceived(u"a"_qs, QVariant()), boost::bad_function_call);
+}
+
+QTEST_GUILESS_MAIN(TstJsonStream)
+#include "tst_jsonstream.moc"

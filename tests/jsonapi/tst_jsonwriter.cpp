@@ -1,0 +1,256 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <zel/JsonWriter.h>
+#include <zel/JsonWriterAttribute.h>
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRandomGenerator>
+#include <QTest>
+
+using zel::JsonWriter;
+
+namespace {
+
+QSharedPointer<JsonWriter> makeRoot(const QString& name, JsonWriter::AttributeType type = JsonWriter::Object)
+{
+    return QSharedPointer<JsonWriter>::create(name, type, u"zel"_qs);
+}
+
+QJsonObject parsed(const QString& text)
+{
+    return QJsonDocument::fromJson(text.toUtf8()).object();
+}
+
+} // namespace
+
+class TstJsonWriter : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void keysTheMessageByTheRootsName_data();
+    void keysTheMessageByTheRootsName();
+    void writesMembersInCallOrderWithDuplicates();
+    void dropsNamesInArrays();
+    void namesAnArrayWithoutANameButNoObject();
+    void closesAChildWhenItsLastPointerGoes();
+    void closesAChildOnceWhenItIsAskedForItsText();
+    void cutsExactlyTheValueWhateverTheMessageIsNamed();
+    void answersTheSameTextAgain();
+    void refusesMembersAfterTheText();
+    void carriesAnyCharacter_data();
+    void carriesAnyCharacter();
+    void childrenOutliveTheirRoot();
+    void acceptsUnknownTypesAndWritesNothingForThem();
+    void buildsRandomTreesAsQtReadsThem();
+};
+
+void TstJsonWriter::keysTheMessageByTheRootsName_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("object") << int(JsonWriter::Object) << u"{\"N\":{}}"_qs;
+    QTest::newRow("array") << int(JsonWriter::Array) << u"{\"N\":[]}"_qs;
+    QTest::newRow("null") << int(JsonWriter::Null) << u"{\"N\":null}"_qs;
+}
+
+void TstJsonWriter::keysTheMessageByTheRootsName()
+{
+    QFETCH(int, type);
+    QFETCH(QString, text);
+    QCOMPARE(makeRoot(u"N"_qs, JsonWriter::AttributeType(type))->toString(), text);
+}
+
+void TstJsonWriter::writesMembersInCallOrderWithDuplicates()
+{
+    JsonWriter root(u"m"_qs, u"zel"_qs);
+    root.addAttribute(u"z"_qs, true);
+    root.addAttribute(u"a"_qs, QStringLiteral("text"));
+    root.addAttribute(u"z"_qs, -2147483647 - 1);
+    root.addAttribute(u"n"_qs);
+    root.addAttribute(u"c"_qs, "chars");
+    root.addAttribute(u"c"_qs, static_cast<const char*>(nullptr));
+    QCOMPARE(root.toString(),
+             u"{\"m\":{\"z\":true,\"a\":\"text\",\"z\":-2147483648,\"n\":null,\"c\":\"chars\",\"c\":\"\"}}"_qs);
+}
+
+void TstJsonWriter::dropsNamesInArrays()
+{
+    const auto root = makeRoot(u"m"_qs, JsonWriter::Array);
+    root->addAttribute(u"ignored"_qs, 5);
+    root->addAttribute(u"ignored"_qs);
+    root->addAttribute(u"ignored"_qs, false);
+    root->addAttribute(u"ignored"_qs, u"s"_qs);
+    root->addChild(u"ignored"_qs, JsonWriter::Object)->addAttribute(u"kept"_qs, 1);
+    root->addChild(u"ignored"_qs, JsonWriter::Array)->addAttribute(u"ignored"_qs, 2);
+    root->addChild(u"ignored"_qs, JsonWriter::Null);
+    QCOMPARE(root->toString(), u"{\"m\":[5,null,false,\"s\",{\"kept\":1},[2],null]}"_qs);
+}
+
+void TstJsonWriter::namesAnArrayWithoutANameButNoObject()
+{
+    const auto root = makeRoot(u"m"_qs);
+    root->addChild(QString(), JsonWriter::Array)->addChild(QString(), JsonWriter::Object);
+    QCOMPARE(root->toString(), u"{\"m\":{\"\":[{}]}}"_qs);
+}
+
+void TstJsonWriter::closesAChildWhenItsLastPointerGoes()
+{
+    const auto root = makeRoot(u"m"_qs);
+    {
+        const auto list = zel::JsonWriterAttribute(root, "list").array();
+        for (int i = 0; i < 3; ++i) {
+            list->addChild(QString(), JsonWriter::Object)->addAttribute(u"id"_qs, i);
+        }
+    }
+    zel::JsonWriterAttribute(root, "gr\xc3\xbc\xc3\x9f").object()->addAttribute(u"x"_qs);
+    root->addAttribute(u"after"_qs, true);
+    QCOMPARE(
+        root->toString(),
+        u"{\"m\":{\"list\":[{\"id\":0},{\"id\":1},{\"id\":2}],\"gr\u00fc\u00df\":{\"x\":null},\"after\":true}}"_qs);
+}
+
+void TstJsonWriter::closesAChildOnceWhenItIsAskedForItsText()
+{
+    const auto root = makeRoot(u"m"_qs);
+    auto child = root->addChild(u"c"_qs, JsonWriter::Object);
+    const QString soFar = child->toString();
+    QVERIFY(soFar.endsWith(u"{\"m\":{\"c\":{}"_qs));
+    QCOMPARE(child->length(), soFar.toUtf8().size());
+    QCOMPARE(child->toString(), soFar);
+    child.reset();
+    root->addAttribute(u"d"_qs, 1);
+    QCOMPARE(root->toString(), u"{\"m\":{\"c\":{},\"d\":1}}"_qs);
+}
+
+void TstJsonWriter::cutsExactlyTheValueWhateverTheMessageIsNamed()
+{
+    for (const QString& name : {u"json"_qs, u"dat:json:"_qs, u"json:{"_qs, u"a\nb"_qs, QString()}) {
+        JsonWriter root(name, u"json:"_qs);
+        root.addAttribute(u"json:"_qs, u"json:"_qs);
+        const QJsonObject message = parsed(root.toString());
+        QCOMPARE(message.keys(), QStringList(name));
+        QCOMPARE(message.value(name).toObject().value(u"json:"_qs).toString(), u"json:"_qs);
+    }
+}
+
+void TstJsonWriter::answersTheSameTextAgain()
+{
+    JsonWriter root(u"m"_qs, QString());
+    root.addAttribute(u"a"_qs, 1);
+    const QString text = root.toString();
+    const int length = root.length();
+    QCOMPARE(root.toString(), text);
+    QCOMPARE(root.length(), length);
+}
+
+void TstJsonWriter::refusesMembersAfterTheText()
+{
+    JsonWriter root(u"the name"_qs, QString());
+    QVERIFY(!root.isReadOnly());
+    const QString text = root.toString();
+    const char error[] = "JsonWriter::isReadOnly error: cannot addAttribute or addChild on a JsonWriterobject after "
+                         "toString() has been called\n Name:  \"the name\" \nType:  4";
+    for (int i = 0; i < 3; ++i) {
+        QTest::ignoreMessage(QtCriticalMsg, error);
+    }
+    QVERIFY(root.isReadOnly());
+    root.addAttribute(u"a"_qs, 1);
+    QVERIFY(root.addChild(u"c"_qs, JsonWriter::Object).isNull());
+    QCOMPARE(root.toString(), text);
+}
+
+void TstJsonWriter::carriesAnyCharacter_data()
+{
+    QTest::addColumn<QString>("value");
+    QTest::newRow("quotes") << u"\"quoted\" \\ /"_qs;
+    QTest::newRow("controls") << u"\b\f\n\r\t\u0001\u001f\u007f"_qs;
+    QTest::newRow("nul") << QString::fromUtf16(u"a\0b", 3);
+    QTest::newRow("emoji") << u"\U0001f600 \u05e9\u05dc\u05d5\u05dd \u4f60\u597d"_qs;
+    QTest::newRow("long ascii") << QString(100000, u'x');
+    for (int size = 254; size <= 258; ++size) {
+        QTest::addRow("ascii %d", size) << QString(size, u'y');
+        QTest::addRow("latin %d", size) << QString(size, u'\u00e4');
+    }
+}
+
+void TstJsonWriter::carriesAnyCharacter()
+{
+    QFETCH(QString, value);
+    JsonWriter root(value, QString());
+    root.addAttribute(value, value);
+    const QJsonObject message = parsed(root.toString());
+    QCOMPARE(message.keys(), QStringList(value));
+    QCOMPARE(message.value(value).toObject().value(value).toString(), value);
+}
+
+void TstJsonWriter::childrenOutliveTheirRoot()
+{
+    auto root = makeRoot(u"m"_qs);
+    auto child = root->addChild(u"c"_qs, JsonWriter::Array);
+    const auto grandChild = child->addChild(QString(), JsonWriter::Object);
+    root.reset();
+    child.reset();
+    grandChild->addAttribute(u"a"_qs, 1);
+    QVERIFY(grandChild->length() > 0);
+}
+
+void TstJsonWriter::acceptsUnknownTypesAndWritesNothingForThem()
+{
+    const auto root = makeRoot(u"m"_qs);
+    QVERIFY(root->addChild(u"c"_qs, JsonWriter::AttributeType(99)));
+    QCOMPARE(root->toString(), u"{\"m\":{}}"_qs);
+}
+
+namespace {
+
+/// Builds the same random tree with the writer and with Qt's own values.
+QJsonValue fill(const QSharedPointer<JsonWriter>& writer, QRandomGenerator& random, int depth)
+{
+    QJsonObject object;
+    QJsonArray array;
+    const bool isArray = writer->type() == JsonWriter::Array;
+    for (int i = 0, n = random.bounded(6); i < n; ++i) {
+        const QString name = QString::number(i) + QChar(random.bounded(0x20, 0x3000));
+        QJsonValue value;
+        switch (random.bounded(depth > 4 ? 3 : 5)) {
+        case 0:
+            value = int(random.generate());
+            writer->addAttribute(name, value.toInt());
+            break;
+        case 1:
+            value = QString(random.bounded(300), QChar(random.bounded(0x3000)));
+            writer->addAttribute(name, value.toString());
+            break;
+        case 2:
+            value = random.bounded(2) == 0;
+            writer->addAttribute(name, value.toBool());
+            break;
+        case 3:
+            value = fill(writer->addChild(name, JsonWriter::Object), random, depth + 1);
+            break;
+        default:
+            value = fill(writer->addChild(name, JsonWriter::Array), random, depth + 1);
+        }
+        isArray ? array.append(value) : void(object.insert(name, value));
+    }
+    return isArray ? QJsonValue(array) : QJsonValue(object);
+}
+
+} // namespace
+
+void TstJsonWriter::buildsRandomTreesAsQtReadsThem()
+{
+    const quint32 seed = QRandomGenerator::global()->generate();
+    QRandomGenerator random(seed);
+    for (int round = 0; round < 200; ++round) {
+        const auto root = makeRoot(u"m"_qs, round % 2 ? JsonWriter::Array : JsonWriter::Object);
+        const QJsonValue expected = fill(root, random, 0);
+        const QJsonValue actual = parsed(root->toString()).value(u"m"_qs);
+        QVERIFY2(actual == expected, qPrintable(u"seed %1, round %2"_qs.arg(seed).arg(round)));
+    }
+}
+
+QTEST_GUILESS_MAIN(TstJsonWriter)
+#include "tst_jsonwriter.moc"

@@ -1,0 +1,200 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <common/FakePipe.h>
+#include <zel/ListApiMultiplexer.h>
+
+#include <QTest>
+
+#include <functional>
+#include <memory>
+
+namespace {
+
+/// Writes down what it is called for.
+class Handler : public zel::ListApiHandler
+{
+public:
+    Handler(const QString& handlerName, QStringList* log)
+        : m_name(handlerName)
+        , m_log(log)
+    {
+    }
+
+    void listAdd(iface::JsonObjectReader body) override { write("Add", body); }
+    void listAll(iface::JsonObjectReader body) override { write("All", body); }
+    void listChange(iface::JsonObjectReader body) override { write("Change", body); }
+    void listChunk(iface::JsonObjectReader body) override { write("Chunk", body); }
+    void listElements(iface::JsonObjectReader body) override { write("Elements", body); }
+    void listRemove(iface::JsonObjectReader body) override { write("Remove", body); }
+    void listWindow(iface::JsonObjectReader body) override { write("Window", body); }
+
+    std::function<void()> then;
+
+private:
+    void write(const char* operation, const iface::JsonObjectReader& body)
+    {
+        QString cookie;
+        body.readString("cookie", cookie);
+        m_log->append(m_name + u':' + QLatin1String(operation) + cookie);
+        if (const auto next = then) { // a copy: it may put another in its place
+            next();
+        }
+    }
+
+    QString m_name;
+    QStringList* m_log;
+};
+
+} // namespace
+
+class TstListApiMultiplexer : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        pipe = QSharedPointer<FakePipe>::create();
+        multiplexer = QSharedPointer<zel::ListApiMultiplexer>::create(pipe);
+        log.clear();
+    }
+
+    void handsEachMessageToItsOperation();
+    void goesByTypeAndId();
+    void callsHandlersOfOneListInOrder();
+    void removesHandlers();
+    void movesAHandlerToAnotherList();
+    void asksBeforeEachCallWhetherAHandlerIsStillThere();
+    void nestedMessagesKeepTheirOrder();
+    void leavesThePipeWhenItGoes();
+
+private:
+    void say(const char* type, const char* id = "", const char* cookie = "")
+    {
+        pipe->inject(QByteArray("{\"listAdd\":{\"type\":\"") + type + "\",\"id\":\"" + id + "\",\"cookie\":\"" +
+                     cookie + "\"}}");
+    }
+
+    QSharedPointer<FakePipe> pipe;
+    QSharedPointer<zel::ListApiMultiplexer> multiplexer;
+    QStringList log;
+};
+
+void TstListApiMultiplexer::handsEachMessageToItsOperation()
+{
+    Handler handler(u"h"_qs, &log);
+    multiplexer->addHandler(u"T"_qs, QString(), &handler);
+    for (const char* operation : {"Add", "All", "Change", "Chunk", "Elements", "Remove", "Window"}) {
+        pipe->inject(QByteArray("{\"list") + operation + "\":{\"type\":\"T\"}}");
+        QCOMPARE(log.takeFirst(), u"h:"_qs + QLatin1String(operation));
+    }
+    QVERIFY(log.isEmpty());
+}
+
+void TstListApiMultiplexer::goesByTypeAndId()
+{
+    Handler plain(u"plain"_qs, &log);
+    Handler withId(u"withId"_qs, &log);
+    Handler nameless(u"nameless"_qs, &log);
+    multiplexer->addHandler(u"T"_qs, QString(), &plain);
+    multiplexer->addHandler(u"T"_qs, u"x"_qs, &withId);
+    multiplexer->addHandler(QString(), QString(), &nameless);
+    say("T");
+    say("T", "x");
+    say("T", "y");
+    say("U");
+    pipe->inject(R"({"listAdd":{}})");
+    pipe->inject(R"({"listAdd":5})");
+    pipe->inject(R"({"listAdd":{"type":7,"id":null}})");
+    QCOMPARE(log.join(u' '), u"plain:Add withId:Add nameless:Add nameless:Add nameless:Add"_qs);
+}
+
+void TstListApiMultiplexer::callsHandlersOfOneListInOrder()
+{
+    Handler first(u"1"_qs, &log);
+    Handler second(u"2"_qs, &log);
+    multiplexer->addHandler(u"T"_qs, QString(), &second);
+    multiplexer->addHandler(u"T"_qs, QString(), &first);
+    say("T");
+    QCOMPARE(log.join(u' '), u"2:Add 1:Add"_qs);
+}
+
+void TstListApiMultiplexer::removesHandlers()
+{
+    Handler first(u"1"_qs, &log);
+    Handler second(u"2"_qs, &log);
+    Handler never(u"3"_qs, &log);
+    multiplexer->addHandler(u"T"_qs, QString(), &first);
+    multiplexer->addHandler(u"T"_qs, QString(), &second);
+    multiplexer->removeHandler(&never);
+    multiplexer->removeHandler(&first);
+    say("T");
+    QCOMPARE(log.join(u' '), u"2:Add"_qs);
+    multiplexer->removeHandler(&second);
+    multiplexer->removeHandler(&second);
+    say("T");
+    QCOMPARE(log.size(), 1);
+}
+
+void TstListApiMultiplexer::movesAHandlerToAnotherList()
+{
+    Handler handler(u"h"_qs, &log);
+    multiplexer->addHandler(u"T"_qs, QString(), &handler);
+    multiplexer->addHandler(u"U"_qs, QString(), &handler);
+    say("T");
+    QVERIFY(log.isEmpty());
+    say("U");
+    QCOMPARE(log.size(), 1);
+    multiplexer->removeHandler(&handler);
+    say("T");
+    say("U");
+    QCOMPARE(log.size(), 1);
+}
+
+void TstListApiMultiplexer::asksBeforeEachCallWhetherAHandlerIsStillThere()
+{
+    Handler first(u"1"_qs, &log);
+    auto second = std::make_unique<Handler>(u"2"_qs, &log);
+    Handler third(u"3"_qs, &log);
+    Handler added(u"added"_qs, &log);
+    first.then = [&] {
+        multiplexer->removeHandler(second.get());
+        second.reset();
+        multiplexer->addHandler(u"U"_qs, QString(), &third);
+        multiplexer->addHandler(u"T"_qs, QString(), &added);
+        first.then = {};
+    };
+    multiplexer->addHandler(u"T"_qs, QString(), &first);
+    multiplexer->addHandler(u"T"_qs, QString(), second.get());
+    multiplexer->addHandler(u"T"_qs, QString(), &third);
+    say("T");
+    QCOMPARE(log.join(u' '), u"1:Add"_qs);
+    say("T");
+    QCOMPARE(log.join(u' '), u"1:Add 1:Add added:Add"_qs);
+}
+
+void TstListApiMultiplexer::nestedMessagesKeepTheirOrder()
+{
+    Handler first(u"1"_qs, &log);
+    Handler second(u"2"_qs, &log);
+    first.then = [&] {
+        first.then = {};
+        say("T", "", "-nested");
+    };
+    multiplexer->addHandler(u"T"_qs, QString(), &first);
+    multiplexer->addHandler(u"T"_qs, QString(), &second);
+    say("T");
+    QCOMPARE(log.join(u' '), u"1:Add 2:Add 1:Add-nested 2:Add-nested"_qs);
+}
+
+void TstListApiMultiplexer::leavesThePipeWhenItGoes()
+{
+    Handler handler(u"h"_qs, &log);
+    multiplexer->addHandler(u"T"_qs, QString(), &handler);
+    multiplexer.reset();
+    say("T");
+    QVERIFY(log.isEmpty());
+    QCOMPARE(pipe->listenerCount(u"listAdd"_qs), 0);
+}
+
+QTEST_GUILESS_MAIN(TstListApiMultiplexer)
+#include "tst_listapimultiplexer.moc"

@@ -1,0 +1,590 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Note.h"
+
+#include <common/FakeClock.h>
+#include <common/FakePipe.h>
+#include <iface/Logging.h>
+#include <iface/ObservableList.h>
+#include <iface/ObservableMonitor.h>
+#include <iface/ObserverFunctorAdapter.h>
+#include <zel/LiveList.h>
+
+#include <QRandomGenerator>
+#include <QRegularExpression>
+#include <QTest>
+
+#include <memory>
+#include <stdexcept>
+
+namespace {
+
+using List = zel::LiveList<Note>;
+using Handle = iface::ObservableList<Note, List>;
+
+/// Counts the keys that are taken from elements: what rebuilding an index would be seen by.
+class CountingAdapter : public NoteAdapter
+{
+public:
+    QString elementToId(const Note& note) override
+    {
+        ++keysTaken;
+        return note.id;
+    }
+    int keysTaken = 0;
+};
+
+} // namespace
+
+class TstLiveList : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void asksForTheListInALaterTurn();
+    void goesBeforeItsRequestDoes();
+    void asksAgainAfterAReconnectionAndKeepsItsItems();
+    void repeatsARequestWithoutAnAnswer();
+    void waitsForATransferThatIsUnderWay();
+    void replacesTheListWithOneChange();
+    void announcesAnEqualListOnlyTheFirstTime();
+    void isIncompleteUntilItsFirstWholeList();
+    void ignoresChunksOutsideATransfer();
+    void aNewTransferAbandonsTheOneBefore();
+    void updatesSingleElements();
+    void addsAndUpdates();
+    void changesInPlace();
+    void removesWithTheListWholeEachTime();
+    void theLastTwinAnswersForItsKey();
+    void callsBackOnceForACookie();
+    void requestsARemovalAndWaits();
+    void rebuildsNoIndexForWhatDidNotShift();
+    void keepsTheOrderOfNestedMessages();
+    void mayBeDroppedWhileItAnnounces();
+    void isWholeAfterAHandlerThrows();
+    void equalsAModelUnderRandomMessages();
+
+private:
+    void load(const QStringList& ids);
+    void watch();
+    QStringList ids() const;
+    void turn() { QCoreApplication::processEvents(); }
+
+    QSharedPointer<FakeClock> clock;
+    QSharedPointer<FakePipe> pipe;
+    QSharedPointer<zel::ListApiMultiplexer> multiplexer;
+    QSharedPointer<CountingAdapter> adapter;
+    List::Pointer list;
+    QStringList log; // what was announced, as "added 3"
+};
+
+void TstLiveList::init()
+{
+    clock = FakeClock::install();
+    pipe = QSharedPointer<FakePipe>::create();
+    multiplexer = QSharedPointer<zel::ListApiMultiplexer>::create(pipe);
+    adapter = QSharedPointer<CountingAdapter>::create();
+    list = List::create(multiplexer, adapter, u"notes"_qs, QString());
+    watch();
+}
+
+void TstLiveList::cleanup()
+{
+    list.reset();
+    FakeClock::uninstall();
+}
+
+void TstLiveList::watch()
+{
+    using Impl = iface::ObservableListImpl;
+    log.clear();
+    const auto write = [this](const QString& what) {
+        return [this, what](const QVariantList& path) { log.append(what + QString::number(path.value(0).toInt())); };
+    };
+    connect(list.data(), &Impl::itemAdded, this, write(u"added "_qs));
+    connect(list.data(), &Impl::itemUpdated, this, write(u"updated "_qs));
+    connect(list.data(), &Impl::itemRemoved, this, write(u"removed "_qs));
+    connect(list.data(), &Impl::itemsChanged, this, [this](Impl::ChangeType::Type type, const auto& mapper) {
+        QCOMPARE(type, Impl::ChangeType::Reset);
+        QVERIFY(!mapper);
+        log.append(u"reset"_qs);
+    });
+}
+
+QStringList TstLiveList::ids() const
+{
+    QStringList result;
+    for (const Note& note : Handle(list).toList()) {
+        result.append(note.id);
+    }
+    return result;
+}
+
+/// Loads a whole list of notes, with their ids for texts, in one chunk.
+void TstLiveList::load(const QStringList& wanted)
+{
+    QJsonArray elements;
+    for (const QString& id : wanted) {
+        elements.append(noteJson(id, id));
+    }
+    pipe->inject(listMessage("listAll", {}));
+    pipe->inject(listMessage("listChunk", elements, {{u"last"_qs, true}}));
+    log.clear();
+}
+
+void TstLiveList::asksForTheListInALaterTurn()
+{
+    QVERIFY(pipe->expectNothingSent());
+    QTRY_COMPARE(pipe->sentCount(), 1);
+    QVERIFY(pipe->expectSentText(R"({"requestListAll":{"type":"notes"}})"));
+    const auto named = List::create(multiplexer, adapter, u"notes"_qs, u"x"_qs);
+    QTRY_COMPARE(pipe->sentCount(), 1);
+    QVERIFY(pipe->expectSentText(R"({"requestListAll":{"type":"notes","id":"x"}})"));
+}
+
+void TstLiveList::goesBeforeItsRequestDoes()
+{
+    list.reset();
+    turn();
+    QVERIFY(pipe->expectNothingSent());
+    pipe->setConnected(false);
+    pipe->setConnected(true);
+    turn();
+    QVERIFY(pipe->expectNothingSent());
+}
+
+void TstLiveList::asksAgainAfterAReconnectionAndKeepsItsItems()
+{
+    load({u"a"_qs});
+    turn();
+    pipe->clearSent();
+    pipe->setConnected(false);
+    turn();
+    QVERIFY(pipe->expectNothingSent());
+    pipe->setConnected(true);
+    QVERIFY(pipe->expectNothingSent());
+    QTRY_COMPARE(pipe->sentCount(), 1);
+    QVERIFY(pipe->expectSentText(R"({"requestListAll":{"type":"notes"}})"));
+    QCOMPARE(ids(), QStringList(u"a"_qs));
+    QVERIFY(log.isEmpty());
+}
+
+void TstLiveList::repeatsARequestWithoutAnAnswer()
+{
+    QTRY_COMPARE(pipe->sentCount(), 1);
+    clock->advance(30 * 1000);
+    QCOMPARE(pipe->sentCount(), 2);
+    clock->advance(59 * 1000);
+    QCOMPARE(pipe->sentCount(), 2);
+    clock->advance(1000);
+    QCOMPARE(pipe->sentCount(), 3);
+    load({});
+    clock->advance(3600 * 1000);
+    QCOMPARE(pipe->sentCount(), 3);
+}
+
+void TstLiveList::waitsForATransferThatIsUnderWay()
+{
+    QTRY_COMPARE(pipe->sentCount(), 1);
+    pipe->inject(listMessage("listAll", {}));
+    for (int i = 0; i < 10; ++i) {
+        clock->advance(29 * 1000);
+        pipe->inject(listMessage("listChunk", {noteJson(QString::number(i), QString())}));
+    }
+    QCOMPARE(pipe->sentCount(), 1);
+    clock->advance(30 * 1000); // the last chunk was lost
+    QCOMPARE(pipe->sentCount(), 2);
+}
+
+void TstLiveList::replacesTheListWithOneChange()
+{
+    pipe->inject(listMessage("listAll", {noteJson(u"not from here"_qs, QString())}));
+    pipe->inject(listMessage("listChunk", {noteJson(u"a"_qs, u"1"_qs), noteJson(u"b"_qs, u"1"_qs)}));
+    QVERIFY(ids().isEmpty());
+    QVERIFY(log.isEmpty());
+    pipe->inject(listMessage("listChunk", {noteJson(u"c"_qs, u"1"_qs)}, {{u"last"_qs, true}}));
+    QCOMPARE(ids(), QStringList({u"a"_qs, u"b"_qs, u"c"_qs}));
+    QCOMPARE(log, QStringList(u"reset"_qs));
+    QCOMPARE(list->locateItem(u"c"_qs), 2);
+
+    load({u"c"_qs, u"a"_qs});
+    QCOMPARE(list->locateItem(u"c"_qs), 0);
+    QCOMPARE(list->locateItem(u"b"_qs), -1);
+}
+
+void TstLiveList::announcesAnEqualListOnlyTheFirstTime()
+{
+    int told = 0;
+    iface::ObserverFunctorAdapter observer([&] { ++told; });
+    list->addObserver(&observer);
+    load({});
+    QCOMPARE(told, 1);
+    load({});
+    QCOMPARE(told, 1);
+    load({u"a"_qs});
+    QCOMPARE(told, 2);
+    pipe->inject(listMessage("listAll", {}));
+    pipe->inject(listMessage("listChunk", {noteJson(u"a"_qs, u"a"_qs)}, {{u"last"_qs, true}}));
+    QCOMPARE(told, 2);
+    QVERIFY(log.isEmpty());
+}
+
+void TstLiveList::isIncompleteUntilItsFirstWholeList()
+{
+    QList<bool> seen;
+    iface::ObservableMonitor monitor([&] { seen.append(list->isIncomplete()); }, nullptr, u"complete"_qs, true);
+    QTRY_COMPARE(seen, QList<bool>{true});
+    pipe->inject(listMessage("listAdd", {noteJson(u"a"_qs, QString())}));
+    QVERIFY(list->isIncomplete());
+    load({u"a"_qs});
+    QCOMPARE(seen.last(), false);
+}
+
+void TstLiveList::ignoresChunksOutsideATransfer()
+{
+    pipe->inject(listMessage("listChunk", {noteJson(u"a"_qs, QString())}, {{u"last"_qs, true}}));
+    QVERIFY(list->isIncomplete());
+    load({u"a"_qs});
+    pipe->inject(listMessage("listChunk", {noteJson(u"b"_qs, QString())}, {{u"last"_qs, true}}));
+    QCOMPARE(ids(), QStringList(u"a"_qs));
+    QVERIFY(log.isEmpty());
+}
+
+void TstLiveList::aNewTransferAbandonsTheOneBefore()
+{
+    pipe->inject(listMessage("listAll", {}));
+    pipe->inject(listMessage("listChunk", {noteJson(u"abandoned"_qs, QString())}));
+    load({u"a"_qs});
+    QCOMPARE(ids(), QStringList(u"a"_qs));
+    pipe->inject(listMessage("listAll", {}));
+    pipe->inject(listMessage("listChunk", {noteJson(u"abandoned"_qs, QString())}));
+    pipe->inject(listMessage("listElements", {}));
+    pipe->inject(listMessage("listChunk", {noteJson(u"a"_qs, u"new"_qs)}, {{u"last"_qs, true}}));
+    QCOMPARE(ids(), QStringList(u"a"_qs));
+    QCOMPARE(log, QStringList(u"updated 0"_qs));
+}
+
+void TstLiveList::updatesSingleElements()
+{
+    load({u"a"_qs, u"b"_qs, u"c"_qs});
+    pipe->inject(listMessage("listElements", {}));
+    pipe->inject(listMessage("listChunk", {noteJson(u"c"_qs, u"3"_qs), noteJson(u"x"_qs, u"?"_qs)}));
+    QVERIFY(log.isEmpty());
+    QTest::ignoreMessage(
+        QtDebugMsg, QRegularExpression(u"LiveList.*List notes/Ignored attempt to update nonexistent element: x"_qs));
+    pipe->inject(listMessage("listChunk", {noteJson(u"a"_qs, u"1"_qs)}, {{u"last"_qs, true}}));
+    QCOMPARE(log, QStringList({u"updated 2"_qs, u"updated 0"_qs}));
+    QCOMPARE(Handle(list)[2].text, u"3"_qs);
+}
+
+void TstLiveList::addsAndUpdates()
+{
+    load({u"a"_qs});
+    pipe->inject(
+        listMessage("listAdd", {noteJson(u"b"_qs, u"1"_qs), noteJson(u"a"_qs, u"2"_qs), noteJson(u"b"_qs, u"1"_qs),
+                                noteJson(u"c"_qs, u"1"_qs), noteJson(u"b"_qs, u"2"_qs), QJsonObject()}));
+    QCOMPARE(log, QStringList({u"added 1"_qs, u"updated 0"_qs, u"added 2"_qs, u"updated 1"_qs, u"added 3"_qs}));
+    QCOMPARE(ids(), QStringList({u"a"_qs, u"b"_qs, u"c"_qs, QString()}));
+}
+
+void TstLiveList::changesInPlace()
+{
+    load({u"a"_qs, u"b"_qs});
+    QTest::ignoreMessage(
+        QtDebugMsg, QRegularExpression(u"LiveList.*List notes/Ignored attempt to update nonexistent element:  x"_qs));
+    pipe->inject(listMessage("listChange", {QJsonObject{{u"id"_qs, u"b"_qs}, {u"stars"_qs, 5}},
+                                            noteJson(u"x"_qs, QString()), noteJson(u"a"_qs, u"a"_qs)}));
+    QCOMPARE(log, QStringList(u"updated 1"_qs));
+    QVERIFY(Handle(list)[1] == (Note{u"b"_qs, u"b"_qs, 5}));
+}
+
+void TstLiveList::removesWithTheListWholeEachTime()
+{
+    load({u"a"_qs, u"b"_qs, u"c"_qs, u"d"_qs});
+    QList<QStringList> seen;
+    connect(list.data(), &iface::ObservableListImpl::itemRemoved, this, [&] {
+        seen.append(ids());
+        for (int i = 0; i < seen.last().size(); ++i) {
+            QCOMPARE(list->locateItem(seen.last().at(i)), i);
+        }
+    });
+    pipe->inject(listMessage("listRemove",
+                             {noteJson(u"b"_qs, QString()), noteJson(u"x"_qs, QString()), noteJson(u"d"_qs, QString()),
+                              noteJson(u"b"_qs, QString()), noteJson(u"a"_qs, QString())}));
+    QCOMPARE(log, QStringList({u"removed 1"_qs, u"removed 2"_qs, u"removed 0"_qs}));
+    QCOMPARE(seen, QList<QStringList>({{u"a"_qs, u"c"_qs, u"d"_qs}, {u"a"_qs, u"c"_qs}, {u"c"_qs}}));
+}
+
+void TstLiveList::theLastTwinAnswersForItsKey()
+{
+    load({u"a"_qs, u"t"_qs, u"b"_qs, u"t"_qs, u"t"_qs});
+    for (int expected : {4, 3, 1}) {
+        QCOMPARE(list->locateItem(u"t"_qs), expected);
+        pipe->inject(listMessage("listRemove", {noteJson(u"t"_qs, QString())}));
+        QCOMPARE(log.takeLast(), u"removed "_qs + QString::number(expected));
+    }
+    QCOMPARE(list->locateItem(u"t"_qs), -1);
+    QCOMPARE(list->locateItem(u"b"_qs), 1);
+}
+
+void TstLiveList::callsBackOnceForACookie()
+{
+    QList<QStringList> calls;
+    const auto call = [&](const QList<QString>& keys) { calls.append(QStringList(keys)); };
+    list->addCookieCallback(u"c"_qs, call);
+    list->addCookieCallback(u"c"_qs, call);
+    list->addCookieCallback(u"other"_qs, call);
+    pipe->inject(listMessage("listAdd", {noteJson(u"x"_qs, QString())}));
+    QVERIFY(calls.isEmpty());
+    const QByteArray message =
+        listMessage("listAdd", {noteJson(u"a"_qs, QString()), noteJson(u"b"_qs, QString())}, {{u"cookie"_qs, u"c"_qs}});
+    pipe->inject(message);
+    pipe->inject(message);
+    QCOMPARE(calls, QList<QStringList>({{u"a"_qs, u"b"_qs}, {u"a"_qs, u"b"_qs}}));
+
+    list->addCookieCallback(u"d"_qs, [&](const auto&) { list->addCookieCallback(u"d"_qs, call); });
+    list->notifyAndClearCookie(u"d"_qs, {});
+    QCOMPARE(calls.size(), 2);
+    list->notifyAndClearCookie(u"d"_qs, {});
+    QCOMPARE(calls.size(), 3);
+}
+
+void TstLiveList::requestsARemovalAndWaits()
+{
+    load({u"a"_qs});
+    turn();
+    pipe->clearSent();
+    list->requestRemoveId(u"a"_qs);
+    QVERIFY(pipe->expectSentText(R"({"requestListRemove":{"elements":[{"id":"a"}],"type":"notes"}})"));
+    QCOMPARE(ids(), QStringList(u"a"_qs));
+}
+
+void TstLiveList::rebuildsNoIndexForWhatDidNotShift()
+{
+    QStringList many;
+    for (int i = 0; i < 1000; ++i) {
+        many.append(QString::number(i));
+    }
+    load(many);
+    QCOMPARE(list->locateItem(u"500"_qs), 500);
+    adapter->keysTaken = 0;
+    QJsonArray gone;
+    for (int i = 0; i < 1000; i += 4) {
+        gone.append(noteJson(QString::number(i), QString()));
+    }
+    pipe->inject(listMessage("listRemove", gone));
+    QCOMPARE(list->locateItem(u"999"_qs), 749);
+    QCOMPARE(list->locateItem(u"501"_qs), 375);
+    QCOMPARE(adapter->keysTaken, 0);
+}
+
+void TstLiveList::keepsTheOrderOfNestedMessages()
+{
+    load({u"a"_qs});
+    bool nested = false;
+    connect(list.data(), &iface::ObservableListImpl::itemAdded, this, [&] {
+        if (!std::exchange(nested, true)) {
+            pipe->inject(listMessage("listRemove", {noteJson(u"c"_qs, QString()), noteJson(u"a"_qs, QString())}));
+            QCOMPARE(ids(), QStringList(u"b"_qs));
+        }
+    });
+    pipe->inject(listMessage("listAdd", {noteJson(u"b"_qs, QString()), noteJson(u"c"_qs, QString())}));
+    QCOMPARE(ids(), QStringList(u"b"_qs));
+    QCOMPARE(log, QStringList({u"added 1"_qs, u"added 2"_qs, u"removed 2"_qs, u"removed 0"_qs}));
+}
+
+void TstLiveList::mayBeDroppedWhileItAnnounces()
+{
+    connect(list.data(), &iface::ObservableListImpl::itemAdded, this, [&] { list.reset(); });
+    pipe->inject(listMessage("listAdd", {noteJson(u"a"_qs, QString()), noteJson(u"b"_qs, QString())}));
+    QVERIFY(!list);
+    pipe->inject(listMessage("listAdd", {noteJson(u"c"_qs, QString())}));
+    QCOMPARE(log, QStringList({u"added 0"_qs, u"added 1"_qs}));
+}
+
+void TstLiveList::isWholeAfterAHandlerThrows()
+{
+    load({u"a"_qs, u"b"_qs, u"c"_qs});
+    const auto connection = connect(list.data(), &iface::ObservableListImpl::itemRemoved, this,
+                                    [] { throw std::runtime_error("handler"); });
+    QVERIFY_EXCEPTION_THROWN(
+        pipe->inject(listMessage("listRemove", {noteJson(u"a"_qs, QString()), noteJson(u"b"_qs, QString())})),
+        std::runtime_error);
+    disconnect(connection);
+    QCOMPARE(ids(), QStringList({u"b"_qs, u"c"_qs}));
+    pipe->inject(listMessage("listRemove", {noteJson(u"b"_qs, QString())}));
+    QCOMPARE(ids(), QStringList(u"c"_qs));
+    QCOMPARE(list->locateItem(u"c"_qs), 0);
+}
+
+namespace {
+
+/// What a list should hold after each message, worked out the slow way.
+struct Model
+{
+    QList<Note> items;
+    QList<Note> received;
+    int transfer = 0; // 0 none, 1 a whole list, 2 elements
+
+    int find(const QString& id) const
+    {
+        for (int i = int(items.size()) - 1; i >= 0; --i) {
+            if (items.at(i).id == id) {
+                return i;
+            }
+        }
+        return -1;
+    }
+
+    static Note read(const QJsonValue& json, Note note)
+    {
+        const QJsonObject object = json.toObject();
+        note.id = object.value(u"id"_qs).toString(note.id);
+        note.text = object.value(u"text"_qs).toString(note.text);
+        note.stars = object.value(u"stars"_qs).toInt(note.stars);
+        return note;
+    }
+
+    void apply(const QByteArray& name, const QJsonArray& elements, bool last)
+    {
+        if (name == "listAll" || name == "listElements") {
+            transfer = name == "listAll" ? 1 : 2;
+            received.clear();
+        } else if (name == "listChunk") {
+            takeChunk(elements, last);
+        } else {
+            for (const QJsonValue& element : elements) {
+                applyElement(name, element);
+            }
+        }
+    }
+
+    void takeChunk(const QJsonArray& elements, bool last)
+    {
+        if (transfer == 0) {
+            return;
+        }
+        for (const QJsonValue& element : elements) {
+            received.append(read(element, {}));
+        }
+        if (!last) {
+            return;
+        }
+        if (transfer == 1) {
+            items = received;
+        } else {
+            for (const Note& note : received) {
+                if (find(note.id) >= 0) {
+                    items[find(note.id)] = note;
+                }
+            }
+        }
+        transfer = 0;
+        received.clear();
+    }
+
+    void applyElement(const QByteArray& name, const QJsonValue& element)
+    {
+        const int at = find(read(element, {}).id);
+        if (name == "listAdd") {
+            at < 0 ? items.append(read(element, {})) : void(items[at] = read(element, {}));
+        } else if (name == "listChange" && at >= 0) {
+            items[at] = read(element, items.at(at));
+        } else if (name == "listRemove" && at >= 0) {
+            items.removeAt(at);
+        }
+    }
+};
+
+QJsonValue randomElement(QRandomGenerator& random)
+{
+    if (random.bounded(40) == 0) {
+        return 5; // no object at all
+    }
+    QJsonObject element;
+    if (random.bounded(20) > 0) {
+        element.insert(u"id"_qs, QString::number(random.bounded(40)));
+    }
+    if (random.bounded(2)) {
+        element.insert(u"text"_qs, QString::number(random.bounded(3)));
+    }
+    if (random.bounded(3)) {
+        element.insert(u"stars"_qs, random.bounded(3));
+    }
+    return element;
+}
+
+/// Replays every announcement, and checks after each that it has led to what the list shows at that moment.
+class Mirror
+{
+public:
+    explicit Mirror(const List::Pointer& mirrored)
+        : m_handle(mirrored)
+    {
+        using Impl = iface::ObservableListImpl;
+        const auto index = [](const QVariantList& path) { return path.value(0).toInt(); };
+        QObject::connect(mirrored.data(), &Impl::itemAdded, &m_context, [this, index](const QVariantList& path) {
+            m_items.insert(index(path), m_handle[index(path)]);
+            check();
+        });
+        QObject::connect(mirrored.data(), &Impl::itemUpdated, &m_context, [this, index](const QVariantList& path) {
+            m_items[index(path)] = m_handle[index(path)];
+            check();
+        });
+        QObject::connect(mirrored.data(), &Impl::itemRemoved, &m_context, [this, index](const QVariantList& path) {
+            m_items.removeAt(index(path));
+            check();
+        });
+        QObject::connect(mirrored.data(), &Impl::itemsChanged, &m_context, [this] {
+            whole = whole && m_items != m_handle.toList(); // never announced for nothing
+            m_items = m_handle.toList();
+        });
+    }
+
+    const QList<Note>& items() const { return m_items; }
+    bool whole = true;
+
+private:
+    void check() { whole = whole && m_items == m_handle.toList(); }
+
+    QObject m_context;
+    Handle m_handle;
+    QList<Note> m_items;
+};
+
+} // namespace
+
+void TstLiveList::equalsAModelUnderRandomMessages()
+{
+    iface::setLogLevel(iface::LogLevel::Type(3)); // unknown keys are ordinary here
+    const quint32 seed = QRandomGenerator::global()->generate();
+    QRandomGenerator random(seed);
+    Model model;
+    Mirror mirror(list);
+    const char* const names[] = {"listAll", "listElements", "listChunk",  "listChunk",  "listChunk", "listAdd",
+                                 "listAdd", "listChange",   "listChange", "listRemove", "listWindow"};
+    for (int round = 0; round < 5000; ++round) {
+        const char* const name = names[random.bounded(int(std::size(names)))];
+        QJsonArray elements;
+        for (int i = 0, n = random.bounded(8); i < n; ++i) {
+            elements.append(randomElement(random));
+        }
+        const bool last = random.bounded(3) == 0;
+        const QByteArray message = listMessage(name, elements, last ? QJsonObject{{u"last"_qs, true}} : QJsonObject());
+        for (int i = random.bounded(10) == 0 ? 2 : 1; i > 0; --i) { // some come twice
+            pipe->inject(message);
+            model.apply(name, elements, last);
+        }
+        const auto where = qPrintable(u"seed %1, round %2, %3"_qs.arg(seed).arg(round).arg(QLatin1String(message)));
+        QVERIFY2(Handle(list).toList() == model.items, where);
+        QVERIFY2(mirror.whole && mirror.items() == model.items, where);
+        const QString key = QString::number(random.bounded(40));
+        QVERIFY2(list->locateItem(key) == model.find(key), where);
+    }
+    iface::setLogLevel(iface::LogLevel::Info);
+}
+
+QTEST_GUILESS_MAIN(TstLiveList)
+#include "tst_livelist.moc"

@@ -1,0 +1,369 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Note.h"
+
+#include <common/FakeClock.h>
+#include <common/FakePipe.h>
+#include <iface/ObservableMap.h>
+#include <iface/ObservableMapImplFunctorAdapter.h>
+#include <iface/ObserverFunctorAdapter.h>
+#include <zel/LiveMap.h>
+
+#include <QRandomGenerator>
+#include <QTest>
+
+#include <memory>
+#include <vector>
+
+namespace {
+
+using Map = zel::LiveMap<QString, Note>;
+using Value = iface::ObservableValue<Note>;
+
+} // namespace
+
+class TstLiveMap : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void asksOnceForAllKeysOfATurn();
+    void namesItsListByTypeAndId();
+    void sendsARequestForNoKeysToo();
+    void asksForTwentyKeysAtATime();
+    void sendsChangesAndWaitsForTheService();
+    void announcesTheValueAndThenItsKey();
+    void announcesNothingWhenNothingChanged();
+    void settlesAnAnsweredRequestOnce();
+    void leavesAnswersToOthersAlone();
+    void storesWhatComesUnaskedWithoutAsking();
+    void changesOnlyWhatIsLoaded();
+    void neverRemoves();
+    void asksAgainForEverythingAfterAReconnection();
+    void aReconnectionDoesNotDisturbTheRequestUnderWay();
+    void repeatsARequestWithoutAnAnswer();
+    void keepsTheOrderOfNestedMessages();
+    void mayBeDroppedWhileItAnnounces();
+    void equalsAModelUnderRandomMessages();
+
+private:
+    Value get(const QString& key) const { return iface::ObservableMap<QString, Value, Map>(map).get(key); }
+    QString text(const QString& key) const { return get(key).getValue().text; }
+    QByteArray request(const QStringList& keys) const;
+    void answer(const QStringList& keys, bool last = true);
+    void turn() { QCoreApplication::processEvents(); }
+
+    QSharedPointer<FakeClock> clock;
+    QSharedPointer<FakePipe> pipe;
+    Map::Pointer map;
+    std::unique_ptr<iface::ObservableMapImplFunctorAdapter> listener;
+    QStringList changed;
+};
+
+void TstLiveMap::init()
+{
+    clock = FakeClock::install();
+    pipe = QSharedPointer<FakePipe>::create();
+    map = Map::create(QSharedPointer<zel::ListApiMultiplexer>::create(pipe), QSharedPointer<NoteAdapter>::create(),
+                      u"notes"_qs, QString());
+    changed.clear();
+    listener = std::make_unique<iface::ObservableMapImplFunctorAdapter>([this](const iface::MapChange& change) {
+        const QList<QString> keys = change.keys<QString>();
+        QCOMPARE(keys.size(), 1);
+        changed += keys;
+    });
+    listener->startListening(map.data());
+}
+
+void TstLiveMap::cleanup()
+{
+    listener.reset();
+    map.reset();
+    FakeClock::uninstall();
+}
+
+QByteArray TstLiveMap::request(const QStringList& keys) const
+{
+    QStringList elements;
+    for (const QString& key : keys) {
+        elements.append(u"{\"id\":\"%1\"}"_qs.arg(key));
+    }
+    return u"{\"requestListElements\":{\"cookie\":\"%1\",\"elements\":[%2],\"type\":\"notes\"}}"_qs
+        .arg(map->cookie(), elements.join(u','))
+        .toUtf8();
+}
+
+void TstLiveMap::answer(const QStringList& keys, bool last)
+{
+    QJsonArray elements;
+    for (const QString& key : keys) {
+        elements.append(noteJson(key, u"text of "_qs + key));
+    }
+    pipe->inject(listMessage("listElements", {}, {{u"cookie"_qs, map->cookie()}}));
+    pipe->inject(listMessage("listChunk", elements, {{u"last"_qs, last}}));
+}
+
+void TstLiveMap::asksOnceForAllKeysOfATurn()
+{
+    turn();
+    QVERIFY(pipe->expectNothingSent());
+    const Value a = get(u"a"_qs);
+    get(u"b"_qs);
+    QVERIFY(get(u"a"_qs) == a);
+    QVERIFY(pipe->expectNothingSent());
+    QTRY_COMPARE(pipe->sentCount(), 1);
+    QVERIFY(pipe->expectSentText(request({u"a"_qs, u"b"_qs})));
+    QCOMPARE(map->cookie(), QString::number(qint32(quintptr(map.data()))));
+}
+
+void TstLiveMap::namesItsListByTypeAndId()
+{
+    const auto named = Map::create(QSharedPointer<zel::ListApiMultiplexer>::create(pipe),
+                                   QSharedPointer<NoteAdapter>::create(), u"notes"_qs, u"box"_qs);
+    named->requestListElements({u"k"_qs}, QString());
+    QVERIFY(pipe->expectSentText(R"({"requestListElements":{"elements":[{"id":"k"}],"type":"notes","id":"box"}})"));
+}
+
+void TstLiveMap::sendsARequestForNoKeysToo()
+{
+    map->requestListElements({}, u"c"_qs);
+    QVERIFY(pipe->expectSentText(R"({"requestListElements":{"cookie":"c","elements":[],"type":"notes"}})"));
+}
+
+void TstLiveMap::asksForTwentyKeysAtATime()
+{
+    QStringList keys;
+    for (int i = 0; i < 25; ++i) {
+        keys.append(QString::number(i));
+        get(keys.last());
+    }
+    QTRY_COMPARE(pipe->sentCount(), 1);
+    QVERIFY(pipe->expectSentText(request(keys.mid(0, 20))));
+    turn();
+    QVERIFY(pipe->expectNothingSent());
+    answer(keys.mid(0, 20));
+    QTRY_COMPARE(pipe->sentCount(), 1);
+    QVERIFY(pipe->expectSentText(request(keys.mid(20))));
+}
+
+void TstLiveMap::sendsChangesAndWaitsForTheService()
+{
+    QList<Note> notes{{u"a"_qs, u"new"_qs, 3}};
+    map->requestListChange(notes);
+    QVERIFY(pipe->expectSentText(
+        R"({"requestListChange":{"elements":[{"id":"a","text":"new","stars":3}],"type":"notes"}})"));
+    QVERIFY(!map->isLoaded(u"a"_qs));
+    QVERIFY(changed.isEmpty());
+}
+
+void TstLiveMap::announcesTheValueAndThenItsKey()
+{
+    const Value a = get(u"a"_qs);
+    iface::ObserverFunctorAdapter observer([&] {
+        QVERIFY(changed.isEmpty());
+        changed.append(u"value "_qs + a.getValue().text);
+    });
+    a.impl()->addObserver(&observer);
+    connect(map.data(), &iface::ObservableMapImplBase::mapChanged, this, [&] { changed.append(text(u"b"_qs)); });
+    pipe->inject(listMessage("listChunk", {noteJson(u"a"_qs, u"1"_qs), noteJson(u"b"_qs, u"2"_qs)}));
+    // One key at a time: "b" is still as it was when "a" is announced.
+    QCOMPARE(changed, QStringList({u"value 1"_qs, u"a"_qs, QString(), u"b"_qs, u"2"_qs}));
+}
+
+void TstLiveMap::announcesNothingWhenNothingChanged()
+{
+    const QByteArray message = listMessage("listAdd", {noteJson(u"a"_qs, u"1"_qs)});
+    pipe->inject(message);
+    pipe->inject(message);
+    pipe->inject(listMessage("listChange", {noteJson(u"a"_qs, u"1"_qs)}));
+    QCOMPARE(changed, QStringList(u"a"_qs));
+}
+
+void TstLiveMap::settlesAnAnsweredRequestOnce()
+{
+    const Value a = get(u"a"_qs);
+    const Value unknown = get(u"unknown"_qs);
+    QTRY_COMPARE(pipe->sentCount(), 1);
+    int told = 0;
+    iface::ObserverFunctorAdapter observer([&] { ++told; });
+    unknown.impl()->addObserver(&observer);
+
+    answer({u"a"_qs}, false);
+    QVERIFY(map->isLoaded(u"a"_qs));
+    QVERIFY(!map->isLoaded(u"unknown"_qs));
+    QCOMPARE(told, 0);
+    pipe->inject(listMessage("listChunk", {}, {{u"last"_qs, true}}));
+    QVERIFY(map->isLoaded(u"unknown"_qs));
+    QCOMPARE(told, 1);
+    QVERIFY(unknown.getValue() == Note());
+    pipe->inject(listMessage("listChunk", {}, {{u"last"_qs, true}}));
+    answer({});
+    QCOMPARE(told, 1);
+    QCOMPARE(changed, QStringList(u"a"_qs));
+}
+
+void TstLiveMap::leavesAnswersToOthersAlone()
+{
+    get(u"a"_qs);
+    get(u"b"_qs);
+    pipe->inject(listMessage("listElements", {}, {{u"cookie"_qs, u"another"_qs}}));
+    pipe->inject(listMessage("listChunk", {noteJson(u"a"_qs, u"1"_qs)}, {{u"last"_qs, true}}));
+    QCOMPARE(text(u"a"_qs), u"1"_qs);
+    QVERIFY(!map->isLoaded(u"b"_qs));
+}
+
+void TstLiveMap::storesWhatComesUnaskedWithoutAsking()
+{
+    pipe->inject(listMessage("listAdd", {noteJson(u"a"_qs, u"1"_qs)}));
+    turn();
+    QVERIFY(pipe->expectNothingSent());
+    QVERIFY(map->isLoaded(u"a"_qs));
+    QCOMPARE(text(u"a"_qs), u"1"_qs);
+    turn();
+    QVERIFY(pipe->expectNothingSent());
+}
+
+void TstLiveMap::changesOnlyWhatIsLoaded()
+{
+    const Value asked = get(u"asked"_qs);
+    pipe->inject(listMessage("listChange", {noteJson(u"asked"_qs, u"1"_qs), noteJson(u"never"_qs, u"1"_qs)}));
+    QVERIFY(asked.getValue() == Note());
+    QVERIFY(changed.isEmpty());
+
+    pipe->inject(listMessage("listAdd", {QJsonObject{{u"id"_qs, u"asked"_qs}, {u"stars"_qs, 4}}}));
+    pipe->inject(listMessage("listChange", {noteJson(u"asked"_qs, u"2"_qs), noteJson(u"never"_qs, u"1"_qs)}));
+    QVERIFY(asked.getValue() == (Note{u"asked"_qs, u"2"_qs, 4})); // what the change does not name stays
+    QCOMPARE(changed, QStringList({u"asked"_qs, u"asked"_qs}));
+}
+
+void TstLiveMap::neverRemoves()
+{
+    pipe->inject(listMessage("listAdd", {noteJson(u"a"_qs, u"1"_qs)}));
+    pipe->inject(listMessage("listRemove", {noteJson(u"a"_qs, QString())}));
+    pipe->inject(listMessage("listAll", {}));
+    QVERIFY(map->isLoaded(u"a"_qs));
+    QCOMPARE(text(u"a"_qs), u"1"_qs);
+    QCOMPARE(changed.size(), 1);
+}
+
+void TstLiveMap::asksAgainForEverythingAfterAReconnection()
+{
+    get(u"a"_qs);
+    QTRY_COMPARE(pipe->sentCount(), 1);
+    answer({u"a"_qs});
+    pipe->inject(listMessage("listAdd", {noteJson(u"b"_qs, u"1"_qs)}));
+    pipe->clearSent();
+    pipe->setConnected(false);
+    QVERIFY(pipe->expectNothingSent());
+    pipe->setConnected(true);
+    QCOMPARE(pipe->sentCount(), 1);
+    const auto body = QJsonDocument::fromJson(pipe->takeSent()).object().value(u"requestListElements"_qs).toObject();
+    QCOMPARE(body.value(u"elements"_qs).toArray().size(), 2);
+    QCOMPARE(body.value(u"cookie"_qs).toString(), map->cookie());
+}
+
+void TstLiveMap::aReconnectionDoesNotDisturbTheRequestUnderWay()
+{
+    pipe->inject(listMessage("listAdd", {noteJson(u"old"_qs, u"1"_qs)}));
+    pipe->setConnected(false);
+    pipe->setConnected(true);
+    get(u"new"_qs);
+    QTRY_COMPARE(pipe->sentCount(), 2);
+
+    answer({u"old"_qs}); // to the question of the reconnection
+    QVERIFY(!map->isLoaded(u"new"_qs));
+    answer({u"new"_qs});
+    QVERIFY(map->isLoaded(u"new"_qs));
+    get(u"next"_qs);
+    QTRY_COMPARE(pipe->sentCount(), 3);
+}
+
+void TstLiveMap::repeatsARequestWithoutAnAnswer()
+{
+    get(u"a"_qs);
+    QTRY_COMPARE(pipe->sentCount(), 1);
+    pipe->clearSent();
+    clock->advance(29 * 1000);
+    QVERIFY(pipe->expectNothingSent());
+    clock->advance(1000);
+    QVERIFY(pipe->expectSentText(request({u"a"_qs})));
+    answer({u"a"_qs});
+    clock->advance(3600 * 1000);
+    QVERIFY(pipe->expectNothingSent());
+}
+
+void TstLiveMap::keepsTheOrderOfNestedMessages()
+{
+    pipe->inject(listMessage("listAdd", {noteJson(u"b"_qs, u"0"_qs)}));
+    bool nested = false;
+    connect(map.data(), &iface::ObservableMapImplBase::mapChanged, this, [&] {
+        if (!std::exchange(nested, true)) {
+            pipe->inject(listMessage("listChange", {noteJson(u"b"_qs, u"2"_qs)}));
+        }
+    });
+    pipe->inject(listMessage("listChunk", {noteJson(u"a"_qs, u"1"_qs), noteJson(u"b"_qs, u"1"_qs)}));
+    QCOMPARE(text(u"b"_qs), u"2"_qs);
+    QCOMPARE(changed, QStringList({u"b"_qs, u"a"_qs, u"b"_qs, u"b"_qs}));
+}
+
+void TstLiveMap::mayBeDroppedWhileItAnnounces()
+{
+    connect(map.data(), &iface::ObservableMapImplBase::mapChanged, this, [&] { map.reset(); });
+    pipe->inject(
+        listMessage("listChunk", {noteJson(u"a"_qs, u"1"_qs), noteJson(u"b"_qs, u"1"_qs)}, {{u"last"_qs, true}}));
+    QVERIFY(!map);
+}
+
+void TstLiveMap::equalsAModelUnderRandomMessages()
+{
+    const quint32 seed = QRandomGenerator::global()->generate();
+    QRandomGenerator random(seed);
+    const auto where = [&](int round) { return qPrintable(u"seed %1, round %2"_qs.arg(seed).arg(round)); };
+    QHash<QString, Note> model;
+    QHash<QString, Note> mirror;
+    connect(map.data(), &iface::ObservableMapImplBase::mapChanged, this, [&](const iface::MapChange& change) {
+        const QString key = change.keys<QString>().value(0);
+        const Note now = get(key).getValue();
+        QVERIFY(!(mirror.value(key) == now)); // nothing is announced that did not change
+        mirror.insert(key, now);
+    });
+    for (int round = 0; round < 2000; ++round) {
+        const bool isChange = random.bounded(2) == 0;
+        QJsonArray elements;
+        for (int i = 0, n = random.bounded(5); i < n; ++i) {
+            const QString key = random.bounded(12) == 0 ? QString() : QString::number(random.bounded(30));
+            QJsonObject element;
+            if (!key.isEmpty()) {
+                element.insert(u"id"_qs, key);
+            }
+            Note note = isChange ? model.value(key) : Note();
+            note.id = key;
+            if (random.bounded(2)) {
+                note.text = QString::number(random.bounded(3));
+                element.insert(u"text"_qs, note.text);
+            }
+            if (random.bounded(2)) {
+                note.stars = random.bounded(3);
+                element.insert(u"stars"_qs, note.stars);
+            }
+            elements.append(element);
+            if (!isChange || model.contains(key)) {
+                model.insert(key, note);
+            }
+        }
+        const char* const names[] = {"listAdd", "listChunk", "listChange"};
+        pipe->inject(listMessage(names[isChange ? 2 : random.bounded(2)], elements,
+                                 random.bounded(3) ? QJsonObject() : QJsonObject{{u"last"_qs, true}}));
+        for (auto note = model.cbegin(); note != model.cend(); ++note) {
+            QVERIFY2(get(note.key()).getValue() == note.value(), where(round));
+            QVERIFY2(mirror.value(note.key()) == note.value(), where(round));
+        }
+    }
+    turn();
+    QVERIFY(pipe->expectNothingSent());
+}
+
+QTEST_GUILESS_MAIN(TstLiveMap)
+#include "tst_livemap.moc"
