@@ -273,8 +273,10 @@ pps_encoder_error_t pps_encoder_add_double_n(pps_encoder_t* encoder, const char*
 {
     if (!std::isfinite(value))
         return addToken(encoder, {name, nameLength}, "json", "null", PPS_ENCODER_BAD_VALUE);
+    // Written out, a large number would look whole, and readers take whole numbers only as far as 64 bits go.
+    const auto format = std::abs(value) < 1e15 ? std::chars_format::general : std::chars_format::scientific;
     char digits[64];
-    return addNumber(encoder, {name, nameLength}, digits, std::to_chars(digits, digits + sizeof digits, value));
+    return addNumber(encoder, {name, nameLength}, digits, std::to_chars(digits, digits + sizeof digits, value, format));
 }
 
 pps_encoder_error_t pps_encoder_add_string(pps_encoder_t* encoder, const char* name, const char* value)

@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QByteArray>
+#include <QFile>
+#include <QString>
+
+#include <cerrno>
+#include <cstring>
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+// A sequenced-packet server that does nothing by itself: for the ways in which a service can misbehave. The path must
+// be short enough for a socket address.
+class RawServer
+{
+public:
+    explicit RawServer(const QString& path, int backlog = 8)
+        : m_path(QFile::encodeName(path))
+        , m_listening(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0))
+    {
+        const sockaddr_un address = addressOf(path);
+        ::unlink(m_path.constData());
+        isListening = ::bind(m_listening, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
+                      ::listen(m_listening, backlog) == 0;
+    }
+    ~RawServer()
+    {
+        stop();
+        ::unlink(m_path.constData());
+    }
+    RawServer(const RawServer&) = delete;
+    RawServer& operator=(const RawServer&) = delete;
+
+    // Stops to listen and leaves the socket's file behind.
+    void stop()
+    {
+        hangUp();
+        if (m_listening != -1)
+            ::close(std::exchange(m_listening, -1));
+    }
+    // Waits for the next client.
+    bool accept(int milliseconds = 5000)
+    {
+        hangUp();
+        if (isReadable(m_listening, milliseconds))
+            m_client = ::accept4(m_listening, nullptr, nullptr, SOCK_CLOEXEC);
+        return m_client != -1;
+    }
+    void hangUp()
+    {
+        if (m_client != -1)
+            ::close(std::exchange(m_client, -1));
+    }
+    // The next record, or an empty one when none comes.
+    QByteArray receive(int milliseconds = 5000) const
+    {
+        QByteArray record(1024 * 1024, Qt::Uninitialized);
+        const ssize_t size =
+            isReadable(m_client, milliseconds) ? ::read(m_client, record.data(), size_t(record.size())) : 0;
+        record.truncate(qMax<ssize_t>(size, 0));
+        return record;
+    }
+    bool send(const QByteArray& record) const
+    {
+        return ::send(m_client, record.constData(), size_t(record.size()), MSG_NOSIGNAL) == record.size();
+    }
+    int client() const { return m_client; }
+
+    static bool isReadable(int descriptor, int milliseconds)
+    {
+        pollfd state = {descriptor, POLLIN, 0};
+        return ::poll(&state, 1, milliseconds) > 0;
+    }
+    static sockaddr_un addressOf(const QString& path)
+    {
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        qstrncpy(address.sun_path, QFile::encodeName(path).constData(), sizeof address.sun_path);
+        return address;
+    }
+
+    bool isListening = false;
+
+private:
+    const QByteArray m_path;
+    int m_listening;
+    int m_client = -1;
+};

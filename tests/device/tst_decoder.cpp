@@ -1,0 +1,522 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <pps/decoder.h>
+
+#include <QRandomGenerator>
+#include <QTest>
+
+#include <functional>
+#include <limits>
+#include <optional>
+#include <vector>
+
+namespace {
+
+class Decoder
+{
+public:
+    explicit Decoder(const QByteArray& text)
+        : result(pps_decoder_initialize_n(&decoder, text.constData(), static_cast<size_t>(text.size())))
+    {
+    }
+    ~Decoder() { pps_decoder_cleanup(&decoder); }
+    Decoder(const Decoder&) = delete;
+    Decoder& operator=(const Decoder&) = delete;
+    operator pps_decoder_t*() { return &decoder; }
+
+    std::optional<int> integer(const char* name)
+    {
+        int value = 0;
+        return pps_decoder_get_int(&decoder, name, &value) == PPS_DECODER_OK ? std::optional(value) : std::nullopt;
+    }
+    // Null when there is no such string.
+    QByteArray string(const char* name)
+    {
+        const char* text = nullptr;
+        size_t length = 0;
+        if (pps_decoder_get_string_n(&decoder, name, &text, &length) != PPS_DECODER_OK)
+            return {};
+        return text[length] == '\0' ? QByteArray(text, qsizetype(length)) : QByteArray("not ended");
+    }
+    uintptr_t position() const
+    {
+        pps_decoder_state_t state = {0};
+        pps_decoder_get_state(&decoder, &state);
+        return state.position;
+    }
+    bool restore(uintptr_t position)
+    {
+        const pps_decoder_state_t state = {position};
+        return pps_decoder_set_state(&decoder, &state) == PPS_DECODER_OK;
+    }
+
+    pps_decoder_t decoder;
+    const pps_decoder_error_t result;
+};
+
+QByteArray inDat(const QByteArray& json)
+{
+    return "@platform\ndat:json:" + json + '\n';
+}
+
+// Visits everything below where the decoder stands by every way that leads to it; answers how many nodes there are, or
+// -1 when two ways disagree.
+int visit(Decoder& d)
+{
+    const uintptr_t here = d.position();
+    const int length = pps_decoder_length(d);
+    if (here == 0 || length < 0 || pps_decoder_goto_index(d, length) == PPS_DECODER_OK)
+        return -1;
+    int nodes = 1;
+    for (int i = 0; i < length; ++i) {
+        if (!d.restore(here) || pps_decoder_goto_index(d, i) != PPS_DECODER_OK)
+            return -1;
+        const char* const name = pps_decoder_name(d);
+        const pps_node_type_t type = pps_decoder_type(d, nullptr);
+        if (type == PPS_TYPE_NONE || (name && pps_decoder_type(d, name) == PPS_TYPE_NONE && qstrlen(name) > 0))
+            return -1;
+        if (type == PPS_TYPE_STRING && d.string(nullptr).isNull())
+            return -1;
+        double number = 0;
+        if (type == PPS_TYPE_NUMBER && pps_decoder_get_double(d, nullptr, &number) != PPS_DECODER_OK)
+            return -1;
+        if (type != PPS_TYPE_ARRAY && type != PPS_TYPE_OBJECT) {
+            ++nodes;
+            continue;
+        }
+        const int below = pps_decoder_push(d, nullptr) == PPS_DECODER_OK ? visit(d) : -1;
+        if (below < 0 || pps_decoder_pop(d) != PPS_DECODER_OK || d.position() != here)
+            return -1;
+        nodes += below;
+    }
+    d.restore(here);
+    return nodes;
+}
+
+const char* const sample = "before::the first object\n"
+                           "@first\n"
+                           "s::a\\\\b\\nc\\0d\\x\n"
+                           "\n"
+                           "n:n:-12\r\n"
+                           "yes:b:true\r\n"
+                           "raw:b64:AP8KDQ==\n"
+                           "odd:xyz:?\n"
+                           "with:colon::in the value\n"
+                           "@platform\n"
+                           "msg::zel\n"
+                           "dat:json:{\"m\":{\"list\":[1,{\"k\":\"v\"},[true,null]],\"last\":2.5},\"more\":{}}";
+
+} // namespace
+
+class TstDecoder : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void readsObjectsAndEveryEncoding();
+    void readsValuesByTypeAndRange_data();
+    void readsValuesByTypeAndRange();
+    void readsUnpairedSurrogatesAsReplacement_data();
+    void readsUnpairedSurrogatesAsReplacement();
+    void carriesNulCharacters();
+    void entersAndLeavesContainers();
+    void restoresPositionsInAnyOrder();
+    void findsMembersInAnyOrderLikeANaiveSearch();
+    void goesToElementsInAnyOrder();
+    void severalMayBeInUseAtOnce();
+    void failsHarmlesslyWhenNotInitialized();
+    void refusesWhatIsNoText_data();
+    void refusesWhatIsNoText();
+    void refusesATextCutAnywhereInItsJson();
+    void survivesRandomChanges();
+};
+
+void TstDecoder::readsObjectsAndEveryEncoding()
+{
+    Decoder d(sample);
+    QCOMPARE(d.result, PPS_DECODER_OK);
+    QCOMPARE(pps_decoder_length(d), 3);
+    QCOMPARE(pps_decoder_name(d), "before");
+    QCOMPARE(d.string("before"), QByteArray("the first object"));
+    QCOMPARE(pps_decoder_goto_index(d, 2), PPS_DECODER_OK);
+    QCOMPARE(pps_decoder_name(d), "@platform");
+    QCOMPARE(pps_decoder_type(d, nullptr), PPS_TYPE_OBJECT);
+
+    QCOMPARE(pps_decoder_push(d, "@first"), PPS_DECODER_OK);
+    QCOMPARE(pps_decoder_length(d), 6);
+    QCOMPARE(d.string("s"), QByteArray("a\\b\nc\0d\\x", 9));
+    QCOMPARE(d.integer("n"), -12);
+    bool yes = false;
+    QCOMPARE(pps_decoder_get_bool(d, "yes", &yes), PPS_DECODER_OK);
+    QVERIFY(yes);
+    QCOMPARE(d.string("raw"), QByteArray("\x00\xFF\n\r", 4));
+    QCOMPARE(pps_decoder_type(d, "odd"), PPS_TYPE_UNKNOWN);
+    const char* text = nullptr;
+    QCOMPARE(pps_decoder_get_string(d, "odd", &text), PPS_DECODER_BAD_TYPE);
+    // "colon" is the encoding here, and it is not known.
+    QCOMPARE(pps_decoder_type(d, "with"), PPS_TYPE_UNKNOWN);
+
+    QCOMPARE(pps_decoder_pop(d), PPS_DECODER_OK);
+    QCOMPARE(pps_decoder_name(d), "@first");
+    QCOMPARE(pps_decoder_push(d, "@platform"), PPS_DECODER_OK);
+    QCOMPARE(d.string("msg"), QByteArray("zel"));
+    QCOMPARE(pps_decoder_push(d, "dat"), PPS_DECODER_OK);
+    QCOMPARE(pps_decoder_name(d), "m");
+
+    Decoder empty("");
+    QCOMPARE(empty.result, PPS_DECODER_OK);
+    QCOMPARE(pps_decoder_length(empty), 0);
+    QCOMPARE(pps_decoder_name(empty), nullptr);
+
+    Decoder twice("@a\nn:n:1\nn:n:2\n@a\nn:n:3\n");
+    QCOMPARE(pps_decoder_push(twice, "@a"), PPS_DECODER_OK);
+    QCOMPARE(twice.integer("n"), 1);
+}
+
+void TstDecoder::readsValuesByTypeAndRange_data()
+{
+    QTest::addColumn<QByteArray>("json");
+    QTest::addColumn<int>("type");
+    QTest::addColumn<int>("asInt");
+    QTest::addColumn<int>("asInt64");
+    QTest::addColumn<int>("asDouble");
+    constexpr int ok = PPS_DECODER_OK;
+    constexpr int bad = PPS_DECODER_BAD_TYPE;
+    constexpr int range = PPS_DECODER_OUT_OF_RANGE;
+    const auto row = [](const char* json, int type, int asInt, int asInt64, int asDouble) {
+        QTest::newRow(json) << QByteArray(json) << type << asInt << asInt64 << asDouble;
+    };
+    row("2147483647", PPS_TYPE_NUMBER, ok, ok, ok);
+    row("2147483648", PPS_TYPE_NUMBER, range, ok, ok);
+    row("-2147483648", PPS_TYPE_NUMBER, ok, ok, ok);
+    row("-2147483649", PPS_TYPE_NUMBER, range, ok, ok);
+    row("9223372036854775807", PPS_TYPE_NUMBER, range, ok, ok);
+    row("9223372036854775808", PPS_TYPE_NUMBER, range, range, ok);
+    row("1.0", PPS_TYPE_NUMBER, bad, bad, ok);
+    row("1e3", PPS_TYPE_NUMBER, bad, bad, ok);
+    row("\"1\"", PPS_TYPE_STRING, bad, bad, bad);
+    row("true", PPS_TYPE_BOOL, bad, bad, bad);
+    row("null", PPS_TYPE_NULL, bad, bad, bad);
+    row("[1]", PPS_TYPE_ARRAY, bad, bad, bad);
+    row("{}", PPS_TYPE_OBJECT, bad, bad, bad);
+}
+
+void TstDecoder::readsValuesByTypeAndRange()
+{
+    QFETCH(QByteArray, json);
+    QFETCH(int, type);
+    QFETCH(int, asInt);
+    QFETCH(int, asInt64);
+    QFETCH(int, asDouble);
+    Decoder d(inDat("{\"v\":" + json + '}'));
+    QCOMPARE(pps_decoder_push(d, "@platform"), PPS_DECODER_OK);
+    QCOMPARE(pps_decoder_push(d, "dat"), PPS_DECODER_OK);
+    QCOMPARE(int(pps_decoder_type(d, "v")), type);
+
+    constexpr int preset = 77;
+    int small = preset;
+    int64_t large = preset;
+    double real = preset;
+    bool truth = true;
+    const char* text = nullptr;
+    QCOMPARE(int(pps_decoder_get_int(d, "v", &small)), asInt);
+    QCOMPARE(small, asInt == PPS_DECODER_OK ? json.toInt() : preset);
+    QCOMPARE(int(pps_decoder_get_int64(d, "v", &large)), asInt64);
+    QCOMPARE(qint64(large), asInt64 == PPS_DECODER_OK ? json.toLongLong() : preset);
+    QCOMPARE(int(pps_decoder_get_double(d, nullptr, &real)), asDouble);
+    QCOMPARE(real, asDouble == PPS_DECODER_OK ? json.toDouble() : preset);
+    QCOMPARE(pps_decoder_get_bool(d, "v", &truth) == PPS_DECODER_OK, type == PPS_TYPE_BOOL);
+    QCOMPARE(pps_decoder_get_string(d, "v", &text) == PPS_DECODER_OK, type == PPS_TYPE_STRING);
+    QCOMPARE(pps_decoder_push(d, "v") == PPS_DECODER_OK, type == PPS_TYPE_ARRAY || type == PPS_TYPE_OBJECT);
+
+    QCOMPARE(pps_decoder_get_int(d, "missing", &small), PPS_DECODER_NOT_FOUND);
+    QCOMPARE(pps_decoder_push(d, "missing"), PPS_DECODER_NOT_FOUND);
+}
+
+void TstDecoder::readsUnpairedSurrogatesAsReplacement_data()
+{
+    QTest::addColumn<QByteArray>("escaped");
+    QTest::addColumn<QString>("text");
+    const QChar replacement(QChar::ReplacementCharacter);
+    QTest::newRow("pair") << QByteArray("\\ud83d\\ude00") << QString::fromUtf8("\xF0\x9F\x98\x80");
+    QTest::newRow("high alone") << QByteArray("a\\uD83Db") << (u'a' + QString(replacement) + u'b');
+    QTest::newRow("high at the end") << QByteArray("\\ud83d") << QString(replacement);
+    QTest::newRow("low alone") << QByteArray("\\uDE00") << QString(replacement);
+    QTest::newRow("wrong order") << QByteArray("\\ude00\\ud83d") << QString(2, replacement);
+    QTest::newRow("high before a pair") << QByteArray("\\ud83d\\ud83d\\ude00")
+                                        << QString(replacement) + QString::fromUtf8("\xF0\x9F\x98\x80");
+    QTest::newRow("high before another escape") << QByteArray("\\ud83d\\n") << QString(replacement) + u'\n';
+    QTest::newRow("escaped backslash before it") << QByteArray("\\\\ud83d") << QStringLiteral("\\ud83d");
+    QTest::newRow("escaped backslash, then a half") << QByteArray("\\\\\\ud83d") << u'\\' + QString(replacement);
+}
+
+void TstDecoder::readsUnpairedSurrogatesAsReplacement()
+{
+    QFETCH(QByteArray, escaped);
+    QFETCH(QString, text);
+    Decoder d("dat:json:[\"" + escaped + "\"]");
+    QCOMPARE(d.result, PPS_DECODER_OK);
+    QCOMPARE(pps_decoder_push(d, "dat"), PPS_DECODER_OK);
+    QCOMPARE(QString::fromUtf8(d.string(nullptr)), text);
+}
+
+void TstDecoder::carriesNulCharacters()
+{
+    Decoder d(inDat("{\"a\":1,\"a\\u0000b\":\"c\\u0000d\"}") + QByteArray(3, '\0'));
+    QCOMPARE(d.result, PPS_DECODER_OK);
+    QCOMPARE(pps_decoder_push(d, "@platform"), PPS_DECODER_OK);
+    QCOMPARE(pps_decoder_push(d, "dat"), PPS_DECODER_OK);
+    QCOMPARE(d.integer("a"), 1);
+    QCOMPARE(pps_decoder_goto_index(d, 1), PPS_DECODER_OK);
+    size_t length = 0;
+    const char* const name = pps_decoder_name_n(d, &length);
+    QCOMPARE(QByteArray(name, qsizetype(length)), QByteArray("a\0b", 3));
+    QCOMPARE(d.string(nullptr), QByteArray("c\0d", 3));
+
+    // A raw one is no JSON, and does not end the text either.
+    QCOMPARE(Decoder(inDat(QByteArray("{\"a\0\":1}", 8))).result, PPS_DECODER_PARSE_ERROR);
+}
+
+void TstDecoder::entersAndLeavesContainers()
+{
+    Decoder d(sample);
+    pps_decoder_push(d, "@platform");
+    pps_decoder_push(d, "dat");
+    pps_decoder_push(d, "m");
+    QCOMPARE(pps_decoder_push(d, "list"), PPS_DECODER_OK);
+    QCOMPARE(pps_decoder_length(d), 3);
+    QCOMPARE(pps_decoder_name(d), nullptr);
+    QCOMPARE(d.integer(nullptr), 1);
+    QCOMPARE(d.integer("k"), std::nullopt);
+    QCOMPARE(pps_decoder_goto_index(d, 3), PPS_DECODER_NOT_FOUND);
+    QCOMPARE(pps_decoder_goto_index(d, -1), PPS_DECODER_NOT_FOUND);
+    QCOMPARE(d.integer(nullptr), 1);
+    QCOMPARE(pps_decoder_push(d, nullptr), PPS_DECODER_BAD_TYPE);
+    QCOMPARE(pps_decoder_goto_index(d, 1), PPS_DECODER_OK);
+    QCOMPARE(pps_decoder_push(d, nullptr), PPS_DECODER_OK);
+    QCOMPARE(d.string("k"), QByteArray("v"));
+
+    QCOMPARE(pps_decoder_pop(d), PPS_DECODER_OK);
+    QCOMPARE(pps_decoder_type(d, nullptr), PPS_TYPE_OBJECT);
+    for (const char* const name : {"list", "m", "dat", "@platform"}) {
+        QCOMPARE(pps_decoder_pop(d), PPS_DECODER_OK);
+        QCOMPARE(pps_decoder_name(d), name);
+    }
+    QCOMPARE(pps_decoder_pop(d), PPS_DECODER_NOT_FOUND);
+    QCOMPARE(visit(d), 22);
+}
+
+void TstDecoder::restoresPositionsInAnyOrder()
+{
+    Decoder d(inDat("{\"a\":{\"x\":1,\"deep\":{\"x\":2}},\"b\":[{\"x\":3},{\"x\":4}],\"x\":5}"));
+    const uintptr_t root = d.position();
+    pps_decoder_push(d, "@platform");
+    const uintptr_t object = d.position();
+    pps_decoder_push(d, "dat");
+    const uintptr_t dat = d.position();
+    pps_decoder_push(d, "a");
+    const uintptr_t a = d.position();
+    pps_decoder_push(d, "deep");
+    const uintptr_t deep = d.position();
+    QVERIFY(d.restore(dat));
+    pps_decoder_push(d, "b");
+    const uintptr_t b = d.position();
+    pps_decoder_goto_index(d, 1);
+    pps_decoder_push(d, nullptr);
+    const uintptr_t second = d.position();
+
+    const std::vector<std::pair<uintptr_t, std::optional<int>>> expected = {
+        {root, std::nullopt}, {object, std::nullopt}, {dat, 5}, {a, 1}, {deep, 2}, {b, std::nullopt}, {second, 4}};
+    for (const auto& one : expected) {
+        QVERIFY(one.first != 0);
+        for (const auto& other : expected) {
+            QVERIFY(d.restore(one.first));
+            QCOMPARE(d.integer("x"), one.second);
+            QVERIFY(d.restore(other.first));
+            QCOMPARE(d.integer("x"), other.second);
+            QCOMPARE(one.first == other.first, &one == &other);
+        }
+    }
+    QVERIFY(!d.restore(0));
+    QVERIFY(!d.restore(~uintptr_t(0)));
+    QVERIFY(!d.restore(second + 1));
+    QCOMPARE(d.position(), expected.back().first);
+}
+
+void TstDecoder::findsMembersInAnyOrderLikeANaiveSearch()
+{
+    const quint32 seed = QRandomGenerator::global()->generate();
+    qInfo("seed %u", seed);
+    QRandomGenerator random(seed);
+    for (int round = 0; round < 200; ++round) {
+        // Few names, so that many are doubled and some are missing; lengths and ends alike, so that they are mistaken
+        // for each other by anything less than a comparison.
+        QList<QByteArray> names;
+        QByteArray json;
+        const int members = random.bounded(30);
+        for (int i = 0; i < members; ++i) {
+            names.append('n' + QByteArray::number(random.bounded(100, 120)) + 'n');
+            json += (i ? ",\"" : "\"") + names.last() + "\":" + (i % 3 == 0 ? "[" : "") + QByteArray::number(i) +
+                    (i % 3 == 0 ? "]" : "");
+        }
+        Decoder d("dat:json:{" + json + "}");
+        QCOMPARE(pps_decoder_push(d, "dat"), PPS_DECODER_OK);
+        const uintptr_t dat = d.position();
+        for (int i = 0; i < 60; ++i) {
+            const QByteArray name = 'n' + QByteArray::number(random.bounded(100, 120)) + 'n';
+            const int expected = int(names.indexOf(name));
+            if (expected >= 0 && expected % 3 == 0) {
+                QCOMPARE(pps_decoder_push(d, name.constData()), PPS_DECODER_OK);
+                QCOMPARE(d.integer(nullptr), expected);
+                QVERIFY(d.restore(dat));
+            } else {
+                QCOMPARE(d.integer(name.constData()), expected < 0 ? std::nullopt : std::optional(expected));
+            }
+        }
+    }
+}
+
+void TstDecoder::goesToElementsInAnyOrder()
+{
+    constexpr int count = 300;
+    QByteArray json;
+    for (int i = 0; i < count; ++i)
+        json += (i ? ",[[]," : "[[],") + QByteArray::number(i) + ",\"]\"]";
+    Decoder d("dat:json:[" + json + "]");
+    pps_decoder_push(d, "dat");
+    const uintptr_t dat = d.position();
+    QCOMPARE(pps_decoder_length(d), count);
+    QRandomGenerator random(1);
+    for (int i = 0; i < 2 * count; ++i) {
+        const int index = i < count ? i : random.bounded(count);
+        QVERIFY(d.restore(dat));
+        QCOMPARE(pps_decoder_goto_index(d, index), PPS_DECODER_OK);
+        QCOMPARE(pps_decoder_push(d, nullptr), PPS_DECODER_OK);
+        QCOMPARE(pps_decoder_goto_index(d, 1), PPS_DECODER_OK);
+        QCOMPARE(d.integer(nullptr), index);
+    }
+}
+
+void TstDecoder::severalMayBeInUseAtOnce()
+{
+    std::vector<std::unique_ptr<Decoder>> decoders;
+    for (int i = 0; i < 10; ++i) {
+        decoders.push_back(std::make_unique<Decoder>(inDat("{\"n\":" + QByteArray::number(i) + "}")));
+        pps_decoder_push(*decoders.back(), "@platform");
+        pps_decoder_push(*decoders.back(), "dat");
+    }
+    decoders.erase(decoders.begin() + 3);
+    decoders.push_back(std::make_unique<Decoder>("dat:json:{\"n\":3}"));
+    pps_decoder_push(*decoders.back(), "dat");
+    int sum = 0;
+    for (const auto& decoder : decoders)
+        sum += decoder->integer("n").value_or(1000);
+    QCOMPARE(sum, 45);
+}
+
+void TstDecoder::failsHarmlesslyWhenNotInitialized()
+{
+    pps_decoder_t zero = {};
+    int value = 7;
+    QCOMPARE(pps_decoder_get_int(&zero, "n", &value), PPS_DECODER_NOT_INITIALIZED);
+    QCOMPARE(pps_decoder_push(&zero, nullptr), PPS_DECODER_NOT_INITIALIZED);
+    QCOMPARE(pps_decoder_length(&zero), 0);
+    QCOMPARE(pps_decoder_name(&zero), nullptr);
+    QCOMPARE(pps_decoder_type(&zero, nullptr), PPS_TYPE_NONE);
+    pps_decoder_cleanup(&zero);
+
+    Decoder refused("no text");
+    QCOMPARE(refused.result, PPS_DECODER_PARSE_ERROR);
+    QCOMPARE(pps_decoder_push(refused, "no text"), PPS_DECODER_NOT_INITIALIZED);
+    QCOMPARE(value, 7);
+}
+
+void TstDecoder::refusesWhatIsNoText_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    const auto json = [](const char* name, const QByteArray& value) { QTest::newRow(name) << inDat(value); };
+    json("no JSON", "");
+    json("unbalanced", "{\"a\":[1}");
+    json("two values", "{} {}");
+    json("trailing comma", "[1,]");
+    json("name without value", "{\"a\"}");
+    json("number beyond a double", "[1e999]");
+    json("whole number beyond 64 bits", "[99999999999999999999999]");
+    json("leading zero", "[01]");
+    json("invalid escape", "[\"\\x\"]");
+    json("cut escape", "[\"\\u12\"]");
+    json("raw control character", "[\"a\tb\"]");
+    json("invalid UTF-8", "[\"\xC0\xAF\"]");
+    json("surrogate in UTF-8", "[\"\xED\xA0\x80\"]");
+    json("nested too deep", QByteArray(60000, '['));
+    json("nested too deep, closed", QByteArray(20000, '[') + QByteArray(20000, ']'));
+    json("objects nested too deep", QByteArray("{\"a\":").repeated(10000));
+    QTest::newRow("line without encoding") << QByteArray("@platform\nnonsense\n");
+    QTest::newRow("line without value") << QByteArray("a:b\n");
+    QTest::newRow("attribute of invalid UTF-8") << QByteArray("a::\xFF\n");
+    QTest::newRow("name of invalid UTF-8") << QByteArray("\xFF::a\n");
+    QTest::newRow("object of invalid UTF-8") << QByteArray("@\xFF\n");
+    QTest::newRow("no number") << QByteArray("a:n:\"1\"\n");
+    QTest::newRow("no boolean") << QByteArray("a:b:1\n");
+    QTest::newRow("no base64") << QByteArray("a:b64:A*==\n");
+}
+
+void TstDecoder::refusesWhatIsNoText()
+{
+    QFETCH(QByteArray, text);
+    QCOMPARE(Decoder(text).result, PPS_DECODER_PARSE_ERROR);
+    // What was refused leaves nothing behind for the next one.
+    Decoder next("dat:json:{\"n\":1}");
+    QCOMPARE(next.result, PPS_DECODER_OK);
+    QCOMPARE(visit(next), 3);
+}
+
+void TstDecoder::refusesATextCutAnywhereInItsJson()
+{
+    const QByteArray text(sample);
+    const qsizetype json = text.indexOf("{\"m\"");
+    for (qsizetype length = 0; length < text.size(); ++length) {
+        Decoder d(text.left(length));
+        if (length >= json)
+            QCOMPARE(d.result, PPS_DECODER_PARSE_ERROR);
+        if (d.result == PPS_DECODER_OK)
+            QVERIFY(visit(d) > 0);
+    }
+    QCOMPARE(Decoder(text).result, PPS_DECODER_OK);
+}
+
+void TstDecoder::survivesRandomChanges()
+{
+    const quint32 seed = QRandomGenerator::global()->generate();
+    qInfo("seed %u", seed);
+    QRandomGenerator random(seed);
+    const QByteArray pieces("{}[]\":,\\\n\r@0123456789truefalsn.-e\xC3\x80");
+    int taken = 0;
+    for (int i = 0; i < 20000; ++i) {
+        QByteArray text(sample);
+        for (int change = random.bounded(1, 4); change > 0; --change) {
+            const int place = random.bounded(int(text.size()));
+            const char piece = pieces[random.bounded(int(pieces.size()))];
+            switch (random.bounded(3)) {
+            case 0:
+                text[place] = piece;
+                break;
+            case 1:
+                text.insert(place, piece);
+                break;
+            default:
+                text.remove(place, random.bounded(1, 8));
+                break;
+            }
+        }
+        Decoder d(text);
+        if (d.result != PPS_DECODER_OK)
+            continue;
+        ++taken;
+        if (visit(d) < 0)
+            QFAIL(qPrintable(QString::fromLatin1(text.toPercentEncoding())));
+    }
+    QVERIFY(taken > 1000);
+}
+
+QTEST_APPLESS_MAIN(TstDecoder)
+#include "tst_decoder.moc"

@@ -1,0 +1,460 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <pps/decoder.h>
+#include <pps/encoder.h>
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRandomGenerator>
+#include <QTest>
+
+#include <functional>
+#include <limits>
+
+#include <simdjson.h>
+
+namespace {
+
+class Encoder
+{
+public:
+    explicit Encoder(bool encodeJson) { pps_encoder_initialize(&encoder, encodeJson); }
+    ~Encoder() { pps_encoder_cleanup(&encoder); }
+    Encoder(const Encoder&) = delete;
+    Encoder& operator=(const Encoder&) = delete;
+
+    operator pps_encoder_t*() { return &encoder; }
+    QByteArray text() const { return QByteArray(pps_encoder_buffer(&encoder), pps_encoder_length(&encoder)); }
+
+    pps_encoder_t encoder;
+};
+
+// A random value of every kind, as QJsonValue. Names within an object differ, so that no parser has to choose.
+class RandomValues
+{
+public:
+    explicit RandomValues(quint32 seed)
+        : m_random(seed)
+    {
+    }
+
+    QJsonValue value(int depth)
+    {
+        switch (m_random.bounded(depth > 0 ? 7 : 5)) {
+        case 0:
+            return QJsonValue::Null;
+        case 1:
+            return m_random.bounded(2) == 1;
+        case 2:
+            return static_cast<int>(m_random.generate());
+        case 3:
+            return (m_random.generateDouble() - 0.5) * std::pow(10, m_random.bounded(-300, 300));
+        case 4:
+            return string();
+        case 5:
+            return array(depth);
+        default:
+            return object(depth);
+        }
+    }
+    QString string()
+    {
+        static const char32_t edges[] = {0,     1,     0x1F,   '"',    '\\',   '/',    0x7F,    0x80,
+                                         0x7FF, 0x800, 0xD7FF, 0xE000, 0xFFFD, 0xFFFF, 0x10000, 0x10FFFF};
+        QString text;
+        for (int i = m_random.bounded(24); i > 0; --i) {
+            const bool plain = m_random.bounded(3) > 0;
+            text += QString::fromUcs4(
+                plain ? &plainCharacters[m_random.bounded(95)] : &edges[m_random.bounded(int(std::size(edges)))], 1);
+        }
+        return text;
+    }
+    QJsonArray array(int depth)
+    {
+        QJsonArray result;
+        for (int i = m_random.bounded(6); i > 0; --i)
+            result.append(value(depth - 1));
+        return result;
+    }
+    QJsonObject object(int depth)
+    {
+        QJsonObject result;
+        for (int i = m_random.bounded(6); i > 0; --i)
+            result.insert(string(), value(depth - 1));
+        return result;
+    }
+
+private:
+    QRandomGenerator m_random;
+    const std::vector<char32_t> plainCharacters = [] {
+        std::vector<char32_t> characters(95);
+        std::iota(characters.begin(), characters.end(), U' ');
+        return characters;
+    }();
+};
+
+// Writes a value with the encoder's calls; a null name is no name.
+void write(pps_encoder_t* encoder, const QByteArray& name, const QJsonValue& value)
+{
+    const char* const text = name.isNull() ? nullptr : name.constData();
+    const auto length = static_cast<size_t>(name.size());
+    switch (value.type()) {
+    case QJsonValue::Bool:
+        pps_encoder_add_bool_n(encoder, text, length, value.toBool());
+        break;
+    case QJsonValue::Double:
+        if (value.toDouble() == value.toInt())
+            pps_encoder_add_int_n(encoder, text, length, value.toInt());
+        else
+            pps_encoder_add_double_n(encoder, text, length, value.toDouble());
+        break;
+    case QJsonValue::String: {
+        const QByteArray string = value.toString().toUtf8();
+        pps_encoder_add_string_n(encoder, text, length, string.constData(), static_cast<size_t>(string.size()));
+        break;
+    }
+    case QJsonValue::Array: {
+        pps_encoder_start_array_n(encoder, text, length);
+        const QJsonArray array = value.toArray();
+        for (const QJsonValue element : array)
+            write(encoder, QByteArray(), element);
+        pps_encoder_end_array(encoder);
+        break;
+    }
+    case QJsonValue::Object: {
+        pps_encoder_start_object_n(encoder, text, length);
+        const QJsonObject object = value.toObject();
+        for (auto member = object.begin(); member != object.end(); ++member)
+            write(encoder, member.key().toUtf8() + "", member.value());
+        pps_encoder_end_object(encoder);
+        break;
+    }
+    default:
+        pps_encoder_add_null_n(encoder, text, length);
+        break;
+    }
+}
+
+// The same value with its members inserted one by one. A parsed object keeps its members in the order of their bytes,
+// an object made by hand in the order of their 16-bit units, and comparing relies on the order. It also tells a whole
+// number from the same number with an exponent.
+QJsonValue normalized(const QJsonValue& value)
+{
+    if (value.isDouble())
+        return value.toDouble();
+    if (value.isArray()) {
+        QJsonArray array;
+        for (const QJsonValue element : value.toArray())
+            array.append(normalized(element));
+        return array;
+    }
+    if (!value.isObject())
+        return value;
+    QJsonObject object;
+    const QJsonObject from = value.toObject();
+    for (auto member = from.begin(); member != from.end(); ++member)
+        object.insert(member.key(), normalized(member.value()));
+    return object;
+}
+
+// What the second parser makes of a text, in the first one's terms.
+QJsonValue fromSimdjson(simdjson::dom::element element)
+{
+    const auto text = [](std::string_view view) { return QString::fromUtf8(view.data(), qsizetype(view.size())); };
+    switch (element.type()) {
+    case simdjson::dom::element_type::BOOL:
+        return bool(element);
+    case simdjson::dom::element_type::INT64:
+        return static_cast<qint64>(int64_t(element));
+    case simdjson::dom::element_type::UINT64:
+    case simdjson::dom::element_type::DOUBLE:
+        return double(element);
+    case simdjson::dom::element_type::STRING:
+        return text(element);
+    case simdjson::dom::element_type::ARRAY: {
+        QJsonArray array;
+        for (const simdjson::dom::element child : simdjson::dom::array(element))
+            array.append(fromSimdjson(child));
+        return array;
+    }
+    case simdjson::dom::element_type::OBJECT: {
+        QJsonObject object;
+        for (const simdjson::dom::key_value_pair member : simdjson::dom::object(element))
+            object.insert(text(member.key), fromSimdjson(member.value));
+        return object;
+    }
+    default:
+        return QJsonValue::Null;
+    }
+}
+
+using Calls = std::function<pps_encoder_error_t(pps_encoder_t*)>;
+
+} // namespace
+
+Q_DECLARE_METATYPE(Calls)
+
+class TstEncoder : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void writesAttributesAsLinesAndWhatIsBelowAsJson();
+    void writesStringsWithTheEscapesOfTheirForm_data();
+    void writesStringsWithTheEscapesOfTheirForm();
+    void replacesBytesThatAreNotUtf8_data();
+    void replacesBytesThatAreNotUtf8();
+    void twoParsersReadWhatWasWritten();
+    void theDecoderReadsWhatWasWrittenAsAttributes();
+    void keepsReadyMadeJsonOnOneLine();
+    void answersMisuseAndKeepsTheForm_data();
+    void answersMisuseAndKeepsTheForm();
+    void failsHarmlesslyWhenNotInitialized();
+    void showsTheTextWhileItGrows();
+};
+
+void TstEncoder::writesAttributesAsLinesAndWhatIsBelowAsJson()
+{
+    Encoder e(false);
+    pps_encoder_add_string(e, "msg", "zel");
+    pps_encoder_add_bool(e, "on", true);
+    pps_encoder_add_int(e, "low", std::numeric_limits<int>::min());
+    pps_encoder_add_double(e, "half", 0.5);
+    pps_encoder_add_null(e, "none");
+    pps_encoder_start_object(e, "dat");
+    pps_encoder_start_object(e, "");
+    pps_encoder_start_array(e, "list");
+    pps_encoder_add_int(e, nullptr, -1);
+    pps_encoder_start_object(e, nullptr);
+    pps_encoder_end_object(e);
+    pps_encoder_start_array(e, nullptr);
+    pps_encoder_end_array(e);
+    pps_encoder_add_json(e, nullptr, "{\"ready\":1}");
+    pps_encoder_end_array(e);
+    pps_encoder_add_string(e, "twice", "a");
+    pps_encoder_add_string(e, "twice", "b");
+    pps_encoder_end_object(e);
+    pps_encoder_end_object(e);
+    pps_encoder_start_array(e, "last");
+    pps_encoder_end_array(e);
+    QCOMPARE(e.text(),
+             QByteArray("msg::zel\non:b:true\nlow:n:-2147483648\nhalf:n:0.5\nnone:json:null\n"
+                        "dat:json:{\"\":{\"list\":[-1,{},[],{\"ready\":1}],\"twice\":\"a\",\"twice\":\"b\"}}\n"
+                        "last:json:[]\n"));
+}
+
+void TstEncoder::writesStringsWithTheEscapesOfTheirForm_data()
+{
+    QTest::addColumn<QByteArray>("string");
+    QTest::addColumn<QByteArray>("json");
+    QTest::addColumn<QByteArray>("attribute");
+    QTest::newRow("plain") << QByteArray("plain / text") << QByteArray("plain / text") << QByteArray("plain / text");
+    QTest::newRow("quoted") << QByteArray("a\"b\\c") << QByteArray("a\\\"b\\\\c") << QByteArray("a\"b\\\\c");
+    QTest::newRow("lines") << QByteArray("a\nb\r\tc") << QByteArray("a\\nb\\r\\tc") << QByteArray("a\\nb\\r\tc");
+    QTest::newRow("nul") << QByteArray("a\0b", 3) << QByteArray("a\\u0000b") << QByteArray("a\\0b");
+    QTest::newRow("control") << QByteArray("\b\f\x1f\x7f") << QByteArray("\\b\\f\\u001f\x7f")
+                             << QByteArray("\b\f\x1f\x7f");
+    QTest::newRow("emoji") << QByteArray("\xF0\x9F\x98\x80") << QByteArray("\xF0\x9F\x98\x80")
+                           << QByteArray("\xF0\x9F\x98\x80");
+    // At every place of an eight-byte step.
+    for (int i = 0; i < 9; ++i) {
+        const QByteArray before(i, 'x');
+        QTest::addRow("quote at %d", i) << before + "\"" + "tail-tail" << before + "\\\"tail-tail"
+                                        << before + "\"tail-tail";
+    }
+}
+
+void TstEncoder::writesStringsWithTheEscapesOfTheirForm()
+{
+    QFETCH(QByteArray, string);
+    QFETCH(QByteArray, json);
+    QFETCH(QByteArray, attribute);
+    const auto length = static_cast<size_t>(string.size());
+
+    Encoder asJson(true);
+    QCOMPARE(pps_encoder_add_string_n(asJson, nullptr, 0, string.constData(), length), PPS_ENCODER_OK);
+    QCOMPARE(asJson.text(), '"' + json + '"');
+
+    Encoder asAttribute(false);
+    QCOMPARE(pps_encoder_add_string_n(asAttribute, "s", 1, string.constData(), length), PPS_ENCODER_OK);
+    QCOMPARE(asAttribute.text(), "s::" + attribute + '\n');
+}
+
+void TstEncoder::replacesBytesThatAreNotUtf8_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<int>("replaced");
+    QTest::newRow("lone continuation") << QByteArray("\x80") << 1;
+    QTest::newRow("overlong slash") << QByteArray("\xC0\xAF") << 2;
+    QTest::newRow("overlong of three") << QByteArray("\xE0\x9F\xBF") << 3;
+    QTest::newRow("surrogate") << QByteArray("\xED\xA0\x80") << 3;
+    QTest::newRow("overlong of four") << QByteArray("\xF0\x8F\xBF\xBF") << 4;
+    QTest::newRow("past the last") << QByteArray("\xF4\x90\x80\x80") << 4;
+    QTest::newRow("cut short") << QByteArray("\xF0\x9F\x98") << 3;
+    QTest::newRow("never used") << QByteArray("\xFE\xFF") << 2;
+}
+
+void TstEncoder::replacesBytesThatAreNotUtf8()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(int, replaced);
+    Encoder e(true);
+    const QByteArray string = "a" + bytes + "z";
+    pps_encoder_add_string_n(e, nullptr, 0, string.constData(), static_cast<size_t>(string.size()));
+    QCOMPARE(e.text(), "\"a" + QByteArray("\xEF\xBF\xBD").repeated(replaced) + "z\"");
+}
+
+void TstEncoder::twoParsersReadWhatWasWritten()
+{
+    const quint32 seed = QRandomGenerator::global()->generate();
+    qInfo("seed %u", seed);
+    RandomValues random(seed);
+    simdjson::dom::parser second;
+    for (int i = 0; i < 400; ++i) {
+        const QJsonArray value = normalized(QJsonArray{random.value(4)}).toArray();
+        Encoder e(true);
+        write(e, QByteArray(), value);
+        const QByteArray text = e.text();
+
+        QJsonParseError error;
+        QCOMPARE(normalized(QJsonDocument::fromJson(text, &error).array()).toArray(), value);
+        QCOMPARE(error.error, QJsonParseError::NoError);
+        simdjson::dom::element element;
+        QCOMPARE(second.parse(text.constData(), size_t(text.size())).get(element), simdjson::SUCCESS);
+        QCOMPARE(normalized(fromSimdjson(element)).toArray(), value);
+    }
+}
+
+void TstEncoder::theDecoderReadsWhatWasWrittenAsAttributes()
+{
+    const quint32 seed = QRandomGenerator::global()->generate();
+    qInfo("seed %u", seed);
+    RandomValues random(seed);
+    for (int i = 0; i < 200; ++i) {
+        const QByteArray string = random.string().toUtf8();
+        const QJsonObject object{{random.string(), random.value(3)}};
+        Encoder e(false);
+        pps_encoder_add_string_n(e, "text", 4, string.constData(), size_t(string.size()));
+        write(e, "object", object);
+
+        const QByteArray text = e.text();
+        pps_decoder_t decoder;
+        QCOMPARE(pps_decoder_initialize_n(&decoder, text.constData(), size_t(text.size())), PPS_DECODER_OK);
+        QCOMPARE(pps_decoder_length(&decoder), 2);
+        const char* read = nullptr;
+        size_t length = 0;
+        QCOMPARE(pps_decoder_get_string_n(&decoder, "text", &read, &length), PPS_DECODER_OK);
+        QCOMPARE(QByteArray(read, qsizetype(length)), string);
+        QCOMPARE(pps_decoder_push(&decoder, "object"), PPS_DECODER_OK);
+        const char* const name = pps_decoder_name_n(&decoder, &length);
+        QCOMPARE(QString::fromUtf8(name, qsizetype(length)), object.begin().key());
+        pps_decoder_cleanup(&decoder);
+    }
+}
+
+void TstEncoder::keepsReadyMadeJsonOnOneLine()
+{
+    Encoder e(false);
+    QCOMPARE(pps_encoder_add_json(e, "dat", "{\n\"a\" :\r\n1}"), PPS_ENCODER_OK);
+    QCOMPARE(pps_encoder_add_json(e, "empty", ""), PPS_ENCODER_OK);
+    QCOMPARE(e.text(), QByteArray("dat:json:{ \"a\" :  1}\nempty:json:\n"));
+}
+
+void TstEncoder::answersMisuseAndKeepsTheForm_data()
+{
+    QTest::addColumn<bool>("encodeJson");
+    QTest::addColumn<Calls>("calls");
+    QTest::addColumn<int>("error");
+    QTest::addColumn<QByteArray>("text");
+
+    QTest::newRow("end without start") << false << Calls(pps_encoder_end_object) << int(PPS_ENCODER_UNBALANCED)
+                                       << QByteArray();
+    QTest::newRow("end of the other kind") << true << Calls([](pps_encoder_t* e) {
+        pps_encoder_start_array(e, nullptr);
+        const auto error = pps_encoder_end_object(e);
+        pps_encoder_end_array(e);
+        return error;
+    }) << int(PPS_ENCODER_UNBALANCED) << QByteArray("[]");
+    QTest::newRow("name in an array") << true << Calls([](pps_encoder_t* e) {
+        pps_encoder_start_array(e, nullptr);
+        const auto error = pps_encoder_start_object(e, "name");
+        pps_encoder_end_object(e);
+        pps_encoder_add_int(e, "name", 1);
+        pps_encoder_end_array(e);
+        return error;
+    }) << int(PPS_ENCODER_NAME_NOT_ALLOWED)
+                                      << QByteArray("[{},1]");
+    QTest::newRow("member without a name") << true << Calls([](pps_encoder_t* e) {
+        pps_encoder_start_object(e, nullptr);
+        const auto error = pps_encoder_start_array(e, nullptr);
+        pps_encoder_end_array(e);
+        pps_encoder_end_object(e);
+        return error;
+    }) << int(PPS_ENCODER_NAME_MISSING) << QByteArray("{\"\":[]}");
+    QTest::newRow("attribute without a name")
+        << false << Calls([](pps_encoder_t* e) { return pps_encoder_add_int(e, nullptr, 1); })
+        << int(PPS_ENCODER_NAME_MISSING) << QByteArray(":n:1\n");
+    QTest::newRow("attribute's name breaks the line")
+        << false << Calls([](pps_encoder_t* e) { return pps_encoder_add_int(e, "@a:b\nc@", 1); })
+        << int(PPS_ENCODER_BAD_NAME) << QByteArray("_a_b_c@:n:1\n");
+    QTest::newRow("not a number") << true << Calls([](pps_encoder_t* e) {
+        return pps_encoder_add_double(e, nullptr, std::numeric_limits<double>::quiet_NaN());
+    }) << int(PPS_ENCODER_BAD_VALUE)
+                                  << QByteArray("null");
+    QTest::newRow("no string") << false
+                               << Calls([](pps_encoder_t* e) { return pps_encoder_add_string(e, "s", nullptr); })
+                               << int(PPS_ENCODER_BAD_VALUE) << QByteArray("s:json:null\n");
+    QTest::newRow("second value, with all that is in it") << true << Calls([](pps_encoder_t* e) {
+        pps_encoder_start_array(e, nullptr);
+        pps_encoder_end_array(e);
+        pps_encoder_start_object(e, nullptr);
+        pps_encoder_start_array(e, "inner");
+        const auto error = pps_encoder_add_int(e, nullptr, 1);
+        pps_encoder_end_array(e);
+        pps_encoder_end_object(e);
+        return error;
+    }) << int(PPS_ENCODER_COMPLETE) << QByteArray("[]");
+}
+
+void TstEncoder::answersMisuseAndKeepsTheForm()
+{
+    QFETCH(bool, encodeJson);
+    QFETCH(Calls, calls);
+    QFETCH(int, error);
+    QFETCH(QByteArray, text);
+    Encoder e(encodeJson);
+    QCOMPARE(int(calls(e)), error);
+    QCOMPARE(e.text(), text);
+}
+
+void TstEncoder::failsHarmlesslyWhenNotInitialized()
+{
+    pps_encoder_t e = {};
+    QCOMPARE(pps_encoder_start_object(&e, "a"), PPS_ENCODER_NOT_INITIALIZED);
+    QCOMPARE(pps_encoder_add_string(&e, "a", "b"), PPS_ENCODER_NOT_INITIALIZED);
+    QCOMPARE(pps_encoder_end_object(&e), PPS_ENCODER_NOT_INITIALIZED);
+    QCOMPARE(pps_encoder_buffer(&e), "");
+    QCOMPARE(pps_encoder_length(&e), 0);
+    pps_encoder_cleanup(&e);
+    pps_encoder_initialize(&e, true);
+    pps_encoder_cleanup(&e);
+    pps_encoder_cleanup(&e);
+    QCOMPARE(pps_encoder_add_int(&e, nullptr, 1), PPS_ENCODER_NOT_INITIALIZED);
+}
+
+void TstEncoder::showsTheTextWhileItGrows()
+{
+    Encoder e(true);
+    QCOMPARE(pps_encoder_buffer(e), "");
+    pps_encoder_start_array(e, nullptr);
+    const QByteArray large(100000, 'x');
+    for (int i = 0; i < 10; ++i) {
+        QCOMPARE(pps_encoder_add_string(e, nullptr, large.constData()), PPS_ENCODER_OK);
+        QCOMPARE(qstrlen(pps_encoder_buffer(e)), size_t(pps_encoder_length(e)));
+    }
+    QVERIFY(e.text().startsWith("[\"xxx"));
+    QCOMPARE(pps_encoder_length(e), 1 + 10 * 100003 - 1);
+}
+
+QTEST_APPLESS_MAIN(TstEncoder)
+#include "tst_encoder.moc"

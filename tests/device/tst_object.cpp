@@ -1,0 +1,463 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "RawServer.h"
+
+#include <pps/object.h>
+#include <vx/system/ObjectServer.h>
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+using vx::system::ObjectServer;
+
+namespace {
+
+constexpr auto objectPath = "/pps/services/test/object";
+
+// A descriptor as an application holds it: plain read, write, close.
+class Object
+{
+public:
+    explicit Object(const char* name = objectPath, int flags = O_RDWR)
+        : descriptor(pps_object_open(name, flags))
+        , error(descriptor == -1 ? errno : 0)
+    {
+    }
+    ~Object() { close(); }
+    Object(const Object&) = delete;
+    Object& operator=(const Object&) = delete;
+
+    void close()
+    {
+        if (descriptor != -1)
+            ::close(std::exchange(descriptor, -1));
+    }
+    bool write(const QByteArray& record) const
+    {
+        return ::write(descriptor, record.constData(), size_t(record.size())) == record.size();
+    }
+    bool isWritable() const
+    {
+        pollfd state = {descriptor, POLLOUT, 0};
+        return ::poll(&state, 1, 0) == 1;
+    }
+    bool isReadable() const { return RawServer::isReadable(descriptor, 0); }
+    // One read of 64 KiB, as the library does it. Runs the event loop until there is something, for the server's sake.
+    QByteArray read() const
+    {
+        if (!QTest::qWaitFor([this] { return isReadable(); }))
+            return "nothing came";
+        QByteArray record(65536, Qt::Uninitialized);
+        record.truncate(::read(descriptor, record.data(), size_t(record.size())));
+        return record;
+    }
+
+    int descriptor;
+    const int error;
+};
+
+// A server that sends each record back and keeps it.
+class EchoServer : public ObjectServer
+{
+public:
+    EchoServer()
+    {
+        connect(this, &ObjectServer::recordReceived, this, [this](int client, const QByteArray& record) {
+            received.append(record);
+            send(client, record);
+        });
+    }
+    bool start() { return listen(QString::fromLatin1(objectPath), nullptr); }
+
+    QList<QByteArray> received;
+};
+
+int threadCount()
+{
+    return int(QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size());
+}
+
+QByteArray numbered(int number, int size)
+{
+    return (QByteArray::number(number) + ':').leftJustified(size, 'x');
+}
+
+} // namespace
+
+class TstObject : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void carriesRecordsBothWays_data();
+    void carriesRecordsBothWays();
+    void takesLongRecordsToTheServerWhole();
+    void carriesEmptyRecordsNowhere();
+    void keepsTheOrderOfManyRecords();
+    void givesEachOpenerItsOwnStream();
+
+    void failsToOpenWhatIsNotServed();
+    void opensOtherFilesPlainly();
+    void leavesOtherPathsAlone();
+    void opensAtPathsOfAnyLength();
+    void isClosedOnExec();
+    void gluesNoRootOntoSimilarNames();
+
+    void isQuietWhileTheServerIsAway();
+    void deliversWhatTheServerSaidBeforeItWent();
+    void callsAServerThatHangsUpOnlyNowAndThen();
+    void neverRaisesPipeSignals();
+    void losesOnlyWhatIsPastTheLimitOfAServerThatDoesNotRead();
+    void holdsTheServerBackWhileTheCallerDoesNotRead();
+    void closingEndsTheThreadAndTheConnection();
+    void deliversWhatWasWrittenBeforeClosing();
+
+private:
+    QString file() const { return QString::fromLatin1(qgetenv("PPS_ROOT")) + QStringLiteral("/services/test/object"); }
+    void makeFolder() const { QVERIFY(QDir().mkpath(QFileInfo(file()).path())); }
+
+    std::unique_ptr<QTemporaryDir> m_root;
+    int m_threads = 0;
+};
+
+void TstObject::initTestCase()
+{
+    // The default: a write that raises SIGPIPE ends this program.
+    ::signal(SIGPIPE, SIG_DFL);
+}
+
+void TstObject::init()
+{
+    m_root = std::make_unique<QTemporaryDir>();
+    qputenv("PPS_ROOT", m_root->path().toLocal8Bit());
+    m_threads = threadCount();
+}
+
+void TstObject::cleanup()
+{
+    QTRY_COMPARE(threadCount(), m_threads);
+}
+
+void TstObject::carriesRecordsBothWays_data()
+{
+    QTest::addColumn<int>("size");
+    for (const int size : {1, 4096, 65535, 65536, 65537, 200000})
+        QTest::addRow("%d", size) << size;
+}
+
+void TstObject::carriesRecordsBothWays()
+{
+    QFETCH(int, size);
+    EchoServer server;
+    QVERIFY(server.start());
+    const Object object;
+    QVERIFY(object.descriptor >= 0);
+    const QByteArray record = numbered(size, size);
+    QVERIFY(object.write(record));
+    // What the read has no room for is gone: the next record is the next one.
+    QCOMPARE(object.read(), record.left(65536));
+    QCOMPARE(server.received, QList<QByteArray>{record});
+    QVERIFY(object.write("next"));
+    QCOMPARE(object.read(), QByteArray("next"));
+}
+
+void TstObject::takesLongRecordsToTheServerWhole()
+{
+    EchoServer server;
+    QVERIFY(server.start());
+    const Object object;
+    const QByteArray record = numbered(0, 400000);
+    QVERIFY(object.write(record));
+    QTRY_COMPARE(server.received, QList<QByteArray>{record});
+}
+
+void TstObject::carriesEmptyRecordsNowhere()
+{
+    makeFolder();
+    RawServer server(file());
+    const Object object;
+    QVERIFY(server.accept());
+    QVERIFY(::send(object.descriptor, "", 0, 0) == 0);
+    QVERIFY(server.send(QByteArray()));
+    QVERIFY(object.write("a"));
+    QVERIFY(server.send("b"));
+    QCOMPARE(server.receive(), QByteArray("a"));
+    QCOMPARE(object.read(), QByteArray("b"));
+}
+
+void TstObject::keepsTheOrderOfManyRecords()
+{
+    EchoServer server;
+    QVERIFY(server.start());
+    const Object object;
+    QByteArray expected;
+    QByteArray got;
+    for (int i = 0; i < 500; ++i) {
+        QVERIFY(object.write(numbered(i, 500 + i)));
+        expected += numbered(i, 500 + i);
+    }
+    while (got.size() < expected.size()) {
+        const qsizetype before = got.size();
+        got += object.read();
+        QVERIFY(got.size() > before);
+        QVERIFY(expected.startsWith(got));
+    }
+}
+
+void TstObject::givesEachOpenerItsOwnStream()
+{
+    EchoServer server;
+    QVERIFY(server.start());
+    const Object first;
+    const Object second;
+    QTRY_COMPARE(server.clients().size(), 2);
+    QVERIFY(second.write("second"));
+    QVERIFY(first.write("first"));
+    QCOMPARE(first.read(), QByteArray("first"));
+    QCOMPARE(second.read(), QByteArray("second"));
+    QVERIFY(!first.isReadable() && !second.isReadable());
+}
+
+void TstObject::failsToOpenWhatIsNotServed()
+{
+    QCOMPARE(Object().error, ENOENT);
+    makeFolder();
+    {
+        RawServer server(file());
+        QVERIFY(server.isListening);
+        server.stop();
+        QVERIFY(QFile::exists(file()));
+        QCOMPARE(Object().error, ECONNREFUSED);
+    }
+    {
+        // Nobody accepts, and there is no more room to wait in: a moment's patience, no more.
+        const RawServer server(file(), 0);
+        const Object waiting;
+        QCOMPARE(waiting.error, 0);
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(Object().error, ETIMEDOUT);
+        QVERIFY(timer.elapsed() < 4000);
+    }
+    QCOMPARE(Object(nullptr).error, EINVAL);
+    QCOMPARE(threadCount(), m_threads);
+}
+
+void TstObject::opensOtherFilesPlainly()
+{
+    makeFolder();
+    QVERIFY(::mkfifo(QFile::encodeName(file()).constData(), 0600) == 0);
+    const Object object(objectPath, O_RDWR);
+    QVERIFY(object.write("pipe"));
+    QCOMPARE(object.read(), QByteArray("pipe"));
+    QCOMPARE(threadCount(), m_threads);
+}
+
+void TstObject::leavesOtherPathsAlone()
+{
+    QFile plain(m_root->filePath(QStringLiteral("plain")));
+    QVERIFY(plain.open(QIODevice::WriteOnly));
+    plain.write("text");
+    plain.close();
+    QCOMPARE(Object(plain.fileName().toLocal8Bit().constData(), O_RDONLY).read(), QByteArray("text"));
+    // Unset, the path is taken as it stands.
+    qunsetenv("PPS_ROOT");
+    QCOMPARE(Object("/pps/services/test/no-such-object").error, ENOENT);
+}
+
+void TstObject::gluesNoRootOntoSimilarNames()
+{
+    QVERIFY(QDir().mkpath(m_root->filePath(QStringLiteral("x"))));
+    QCOMPARE(Object("/ppsx", O_RDONLY).error, ENOENT);
+    QCOMPARE(Object("/pps/x", O_RDONLY | O_DIRECTORY).error, 0);
+}
+
+void TstObject::opensAtPathsOfAnyLength()
+{
+    qputenv("PPS_ROOT", m_root->filePath(QString(100, u'r')).toLocal8Bit());
+    const QByteArray name = "/pps/" + QByteArray(120, 'd') + '/' + QByteArray(200, 'o');
+    EchoServer server;
+    QString error;
+    QVERIFY2(server.listen(QString::fromLatin1(name), &error), qPrintable(error));
+    QVERIFY(server.path().endsWith(QString(200, u'o')));
+    const Object object(name.constData());
+    QCOMPARE(object.error, 0);
+    QVERIFY(object.write("far"));
+    QCOMPARE(object.read(), QByteArray("far"));
+    server.close();
+    QVERIFY(!QFile::exists(server.path()));
+    QVERIFY(server.listen(QString::fromLatin1(name), &error));
+    QSignalSpy connected(&server, &ObjectServer::clientConnected);
+    QVERIFY(connected.wait());
+}
+
+void TstObject::isClosedOnExec()
+{
+    EchoServer server;
+    QVERIFY(server.start());
+    const auto sockets = [] {
+        QProcess list;
+        list.start(QStringLiteral("ls"), {QStringLiteral("-l"), QStringLiteral("/proc/self/fd")});
+        list.waitForFinished();
+        return list.readAllStandardOutput().count("socket:");
+    };
+    const auto before = sockets();
+    const Object object;
+    QTRY_COMPARE(server.clients().size(), 1);
+    QCOMPARE(sockets(), before);
+}
+
+void TstObject::isQuietWhileTheServerIsAway()
+{
+    EchoServer server;
+    QVERIFY(server.start());
+    const Object object;
+    for (int round = 0; round < 3; ++round) {
+        QVERIFY(object.write("before"));
+        QCOMPARE(object.read(), QByteArray("before"));
+        server.close();
+        QVERIFY(object.write("lost"));
+        QVERIFY(!QTest::qWaitFor([&] { return object.isReadable(); }, 50));
+        server.received.clear();
+
+        QSignalSpy connected(&server, &ObjectServer::clientConnected);
+        QVERIFY(server.start());
+        QVERIFY(connected.wait(1500));
+        QVERIFY(object.write("after"));
+        QCOMPARE(object.read(), QByteArray("after"));
+        QCOMPARE(server.received, QList<QByteArray>{"after"});
+    }
+}
+
+void TstObject::deliversWhatTheServerSaidBeforeItWent()
+{
+    makeFolder();
+    RawServer server(file());
+    const Object object;
+    QVERIFY(server.accept());
+    for (int i = 0; i < 20; ++i)
+        QVERIFY(server.send(numbered(i, 10000)));
+    server.stop();
+    for (int i = 0; i < 20; ++i)
+        QCOMPARE(object.read(), numbered(i, 10000));
+}
+
+void TstObject::callsAServerThatHangsUpOnlyNowAndThen()
+{
+    makeFolder();
+    RawServer server(file());
+    const Object object;
+    QElapsedTimer timer;
+    timer.start();
+    int calls = 0;
+    for (; calls < 4; ++calls)
+        QVERIFY(server.accept());
+    // The first call is the opening; the others come one by one.
+    QVERIFY2(timer.elapsed() >= 500, qPrintable(QString::number(timer.elapsed())));
+}
+
+void TstObject::neverRaisesPipeSignals()
+{
+    makeFolder();
+    RawServer server(file());
+    const Object object;
+    QVERIFY(server.accept());
+    ::shutdown(server.client(), SHUT_RDWR);
+    for (int i = 0; i < 50; ++i)
+        QVERIFY(object.write("into the dark"));
+    server.stop();
+    for (int i = 0; i < 50; ++i)
+        QVERIFY(object.write("into the dark"));
+    QVERIFY(!object.isReadable());
+}
+
+void TstObject::losesOnlyWhatIsPastTheLimitOfAServerThatDoesNotRead()
+{
+    constexpr int size = 50000;
+    constexpr int count = 200;
+    makeFolder();
+    RawServer server(file());
+    const Object object;
+    QVERIFY(server.accept());
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < count; ++i)
+        QVERIFY(object.write(numbered(i, size)));
+    QVERIFY(timer.elapsed() < 5000);
+
+    // The last ones must have come to the relay before room is made, or they would find it.
+    QVERIFY(QTest::qWaitFor([&] { return RawServer::isReadable(server.client(), 0); }));
+    QTRY_VERIFY(object.isWritable());
+    int received = 0;
+    for (QByteArray record = server.receive(); !record.isEmpty(); record = server.receive(500))
+        QCOMPARE(record, numbered(received++, size));
+    // The queue's 1 MiB and what the kernel holds, in order and without a gap.
+    QVERIFY2(received >= 1024 * 1024 / (size + 64) && received < 60, qPrintable(QString::number(received)));
+    QVERIFY(object.write("still there"));
+    QCOMPARE(server.receive(), QByteArray("still there"));
+}
+
+void TstObject::holdsTheServerBackWhileTheCallerDoesNotRead()
+{
+    constexpr int size = 50000;
+    constexpr int count = 400;
+    ObjectServer server;
+    QVERIFY(server.listen(QString::fromLatin1(objectPath), nullptr));
+    server.setQueueLimit(qint64(size) * count);
+    const Object object;
+    QTRY_COMPARE(server.clients().size(), 1);
+    for (int i = 0; i < count; ++i)
+        QVERIFY(server.send(server.clients().first(), numbered(i, size)));
+    // Meanwhile the other direction is free.
+    QSignalSpy received(&server, &ObjectServer::recordReceived);
+    QVERIFY(object.write("ask"));
+    QTRY_COMPARE(received.size(), 1);
+    for (int i = 0; i < count; ++i)
+        QCOMPARE(object.read(), numbered(i, size));
+}
+
+void TstObject::closingEndsTheThreadAndTheConnection()
+{
+    ObjectServer server;
+    QVERIFY(server.listen(QString::fromLatin1(objectPath), nullptr));
+    QSignalSpy disconnected(&server, &ObjectServer::clientDisconnected);
+    Object object;
+    QTRY_COMPARE(server.clients().size(), 1);
+    QCOMPARE(threadCount(), m_threads + 1);
+    object.close();
+    QTRY_COMPARE(disconnected.size(), 1);
+    QTRY_COMPARE(threadCount(), m_threads);
+
+    // Also while the server is away.
+    Object again;
+    server.close();
+    again.close();
+    QTRY_COMPARE(threadCount(), m_threads);
+}
+
+void TstObject::deliversWhatWasWrittenBeforeClosing()
+{
+    EchoServer server;
+    QVERIFY(server.start());
+    Object object;
+    for (int i = 0; i < 30; ++i)
+        QVERIFY(object.write(numbered(i, 1000)));
+    object.close();
+    QTRY_COMPARE(server.received.size(), 30);
+    QCOMPARE(server.received.last(), numbered(29, 1000));
+    QTRY_COMPARE(server.clients().size(), 0);
+}
+
+QTEST_GUILESS_MAIN(TstObject)
+#include "tst_object.moc"

@@ -1,0 +1,325 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "RawServer.h"
+
+#include <vx/system/ObjectServer.h>
+
+#include <QDir>
+#include <QFileInfo>
+#include <QPointer>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <sys/stat.h>
+
+using vx::system::ObjectServer;
+
+namespace {
+
+// A client on a bare socket.
+class Client
+{
+public:
+    explicit Client(const QString& path)
+        : descriptor(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0))
+    {
+        const sockaddr_un address = RawServer::addressOf(path);
+        isConnected = ::connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    }
+    ~Client() { ::close(descriptor); }
+    Client(const Client&) = delete;
+    Client& operator=(const Client&) = delete;
+
+    bool send(const QByteArray& record) const
+    {
+        return ::send(descriptor, record.constData(), size_t(record.size()), MSG_NOSIGNAL) == record.size();
+    }
+    // Empty at the end of the connection.
+    QByteArray receive() const
+    {
+        if (!QTest::qWaitFor([this] { return RawServer::isReadable(descriptor, 0); }))
+            return "nothing came";
+        QByteArray record(1024 * 1024, Qt::Uninitialized);
+        record.truncate(qMax<ssize_t>(::read(descriptor, record.data(), size_t(record.size())), 0));
+        return record;
+    }
+
+    const int descriptor;
+    bool isConnected = false;
+};
+
+int mode(const QString& path)
+{
+    struct stat status;
+    return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? int(status.st_mode & 07777) : -1;
+}
+
+} // namespace
+
+class TstObjectServer : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+
+    void isForTheUserAlone();
+    void replacesAStaleSocketOnly();
+    void removesItsOwnSocketOnly();
+    void leavesNothingBehindWhenItCannotListen();
+    void listensAgainAfterClosing();
+
+    void tellsOfClientsOnce();
+    void queuesWhatAClientDoesNotTake();
+    void refusesToSendWhatCannotArrive();
+    void servesOthersBesideAClientThatDoesNotRead();
+
+    void handlersMayDisconnectAnybody();
+    void handlersMayDeleteTheServer_data();
+    void handlersMayDeleteTheServer();
+    void handlersMaySpinAnEventLoop();
+
+private:
+    QString m_path;
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+void TstObjectServer::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    m_path = m_folder->filePath(QStringLiteral("a/b/object"));
+}
+
+void TstObjectServer::isForTheUserAlone()
+{
+    const mode_t before = ::umask(0);
+    ObjectServer server;
+    const bool listens = server.listen(m_path, nullptr);
+    ::umask(before);
+    QVERIFY(listens);
+    QCOMPARE(mode(m_path), 0600);
+    QCOMPARE(mode(m_folder->filePath(QStringLiteral("a"))), 0700);
+    QCOMPARE(mode(m_folder->filePath(QStringLiteral("a/b"))), 0700);
+    QCOMPARE(server.path(), m_path);
+}
+
+void TstObjectServer::replacesAStaleSocketOnly()
+{
+    QString error;
+    QVERIFY(QDir().mkpath(QFileInfo(m_path).path()));
+    {
+        RawServer stale(m_path);
+        QVERIFY(stale.isListening);
+        ObjectServer early;
+        QVERIFY(!early.listen(m_path, &error));
+        QVERIFY2(error.contains(QStringLiteral("served already")), qPrintable(error));
+        stale.stop();
+        ObjectServer server;
+        QVERIFY2(server.listen(m_path, &error), qPrintable(error));
+        QVERIFY(Client(m_path).isConnected);
+
+        ObjectServer second;
+        QVERIFY(!second.listen(m_path, &error));
+        QVERIFY(!second.isListening());
+        QVERIFY(second.path().isEmpty());
+        QVERIFY(Client(m_path).isConnected);
+    }
+    QFile file(m_path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    ObjectServer server;
+    QVERIFY(!server.listen(m_path, &error));
+    QVERIFY2(error.contains(QStringLiteral("no socket")), qPrintable(error));
+    QVERIFY(QFileInfo(m_path).isFile());
+}
+
+void TstObjectServer::removesItsOwnSocketOnly()
+{
+    ObjectServer server;
+    QVERIFY(server.listen(m_path, nullptr));
+    QVERIFY(QFile::rename(m_path, m_path + QStringLiteral("-moved")));
+    ObjectServer successor;
+    QVERIFY(successor.listen(m_path, nullptr));
+    server.close();
+    QVERIFY(Client(m_path).isConnected);
+    successor.close();
+    QVERIFY(!QFileInfo::exists(m_path));
+}
+
+void TstObjectServer::leavesNothingBehindWhenItCannotListen()
+{
+    QVERIFY(QDir().mkpath(m_path));
+    ObjectServer server;
+    QString error;
+    QVERIFY(!server.listen(m_path, &error));
+    QVERIFY(!server.listen(m_path + QStringLiteral("/"), &error));
+    QVERIFY(!server.listen(QStringLiteral("/proc/no/such/place"), &error));
+    QVERIFY(!error.isEmpty());
+    QCOMPARE(
+        QDir(QFileInfo(m_path).path()).entryList(QDir::AllEntries | QDir::System | QDir::Hidden | QDir::NoDotAndDotDot),
+        QStringList{QStringLiteral("object")});
+}
+
+void TstObjectServer::listensAgainAfterClosing()
+{
+    ObjectServer server;
+    QVERIFY(server.listen(m_path, nullptr));
+    QVERIFY(!server.listen(m_path, nullptr));
+    const Client first(m_path);
+    QTRY_COMPARE(server.clients(), QList<int>{1});
+    server.close();
+    QVERIFY(!server.isListening());
+    QVERIFY(server.clients().isEmpty());
+    QCOMPARE(first.receive(), QByteArray());
+
+    QVERIFY(server.listen(m_path, nullptr));
+    const Client second(m_path);
+    QTRY_COMPARE(server.clients(), QList<int>{2});
+}
+
+void TstObjectServer::tellsOfClientsOnce()
+{
+    ObjectServer server;
+    QVERIFY(server.listen(m_path, nullptr));
+    QSignalSpy connected(&server, &ObjectServer::clientConnected);
+    QSignalSpy disconnected(&server, &ObjectServer::clientDisconnected);
+    auto first = std::make_unique<Client>(m_path);
+    const Client second(m_path);
+    QTRY_COMPARE(connected.size(), 2);
+    first.reset();
+    QVERIFY(disconnected.wait());
+    QCOMPARE(disconnected.first().first().toInt(), 1);
+    QCOMPARE(server.clients(), QList<int>{2});
+
+    server.disconnectClient(2);
+    server.disconnectClient(2);
+    QCOMPARE(disconnected.size(), 2);
+    QCOMPARE(second.receive(), QByteArray());
+}
+
+void TstObjectServer::queuesWhatAClientDoesNotTake()
+{
+    constexpr int size = 60000;
+    ObjectServer server;
+    QVERIFY(server.listen(m_path, nullptr));
+    server.setQueueLimit(20 * size);
+    const Client client(m_path);
+    QTRY_COMPARE(server.clients().size(), 1);
+    int sent = 0;
+    while (server.send(1, QByteArray::number(sent).leftJustified(size)))
+        ++sent;
+    QVERIFY2(sent >= 20 && sent < 40, qPrintable(QString::number(sent)));
+    for (int i = 0; i < sent; ++i)
+        QCOMPARE(client.receive().trimmed(), QByteArray::number(i));
+    QVERIFY(server.send(1, "room again"));
+    QCOMPARE(client.receive(), QByteArray("room again"));
+}
+
+void TstObjectServer::refusesToSendWhatCannotArrive()
+{
+    ObjectServer server;
+    QVERIFY(server.listen(m_path, nullptr));
+    auto client = std::make_unique<Client>(m_path);
+    QTRY_COMPARE(server.clients().size(), 1);
+    QVERIFY(!server.send(1, QByteArray()));
+    QVERIFY(!server.send(1, QByteArray(4 * 1024 * 1024, 'x')));
+    QVERIFY(!server.send(2, "nobody"));
+    client.reset();
+    QVERIFY(!server.send(1, "gone, and not noticed yet"));
+    QTRY_VERIFY(server.clients().isEmpty());
+}
+
+void TstObjectServer::servesOthersBesideAClientThatDoesNotRead()
+{
+    ObjectServer server;
+    QVERIFY(server.listen(m_path, nullptr));
+    connect(&server, &ObjectServer::recordReceived, &server,
+            [&](int client, const QByteArray& record) { server.send(client, record); });
+    const Client deaf(m_path);
+    const Client other(m_path);
+    QTRY_COMPARE(server.clients().size(), 2);
+    while (server.send(1, QByteArray(100000, 'x'))) {
+    }
+    QVERIFY(other.send("question"));
+    QCOMPARE(other.receive(), QByteArray("question"));
+}
+
+void TstObjectServer::handlersMayDisconnectAnybody()
+{
+    ObjectServer server;
+    QVERIFY(server.listen(m_path, nullptr));
+    QList<QByteArray> received;
+    connect(&server, &ObjectServer::recordReceived, &server, [&](int client, const QByteArray& record) {
+        received.append(record);
+        server.disconnectClient(3 - client);
+        server.disconnectClient(client);
+    });
+    const Client first(m_path);
+    const Client second(m_path);
+    QTRY_COMPARE(server.clients().size(), 2);
+    QVERIFY(first.send("a"));
+    QVERIFY(first.send("never read"));
+    QCOMPARE(first.receive(), QByteArray());
+    QCOMPARE(second.receive(), QByteArray());
+    QCOMPARE(received, QList<QByteArray>{"a"});
+}
+
+void TstObjectServer::handlersMayDeleteTheServer_data()
+{
+    QTest::addColumn<int>("when");
+    QTest::newRow("when a client connects") << 0;
+    QTest::newRow("when a record comes") << 1;
+    QTest::newRow("when a client goes") << 2;
+    QTest::newRow("while closing") << 3;
+}
+
+void TstObjectServer::handlersMayDeleteTheServer()
+{
+    QFETCH(int, when);
+    QPointer<ObjectServer> server(new ObjectServer);
+    QVERIFY(server->listen(m_path, nullptr));
+    const auto end = [&] { delete server.data(); };
+    if (when == 0)
+        connect(server.data(), &ObjectServer::clientConnected, this, end);
+    else if (when == 1)
+        connect(server.data(), &ObjectServer::recordReceived, this, end);
+    else
+        connect(server.data(), &ObjectServer::clientDisconnected, this, end);
+
+    auto client = std::make_unique<Client>(m_path);
+    const Client other(m_path);
+    client->send("one");
+    client->send("two");
+    if (when == 2)
+        client.reset();
+    if (when == 3) {
+        QTRY_COMPARE(server->clients().size(), 2);
+        server->close();
+    }
+    QTRY_VERIFY(!server);
+    QVERIFY(!QFileInfo::exists(m_path));
+    QCOMPARE(other.receive(), QByteArray());
+}
+
+void TstObjectServer::handlersMaySpinAnEventLoop()
+{
+    ObjectServer server;
+    QVERIFY(server.listen(m_path, nullptr));
+    QList<QByteArray> received;
+    connect(&server, &ObjectServer::recordReceived, &server, [&](int, const QByteArray& record) {
+        received.append(record);
+        // The others arrive inside the handler of the first.
+        if (received.size() == 1)
+            QTRY_COMPARE(received.size(), 3);
+    });
+    const Client first(m_path);
+    const Client second(m_path);
+    QVERIFY(first.send("first"));
+    QVERIFY(first.send("second"));
+    QVERIFY(second.send("other"));
+    QTRY_COMPARE(received.size(), 3);
+    QVERIFY(received.indexOf("first") < received.indexOf("second"));
+    QVERIFY(received.contains("other"));
+}
+
+QTEST_GUILESS_MAIN(TstObjectServer)
+#include "tst_objectserver.moc"

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <common/SlogCapture.h>
+
+#include <slog/slog.h>
+
+#include <QTest>
+
+#include <cerrno>
+#include <thread>
+#include <vector>
+
+class TstSlog : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void takesLinesUpToTheLevel_data();
+    void takesLinesUpToTheLevel();
+    void writesEachTextOnOneLine();
+    void leavesTheErrorNumberAlone();
+    void keepsLinesOfSeveralThreadsApart();
+};
+
+void TstSlog::takesLinesUpToTheLevel_data()
+{
+    QTest::addColumn<QByteArray>("level");
+    QTest::addColumn<int>("highest");
+    QTest::newRow("unset") << QByteArray() << 5;
+    QTest::newRow("all") << QByteArray("7") << 7;
+    QTest::newRow("errors") << QByteArray("2") << 2;
+    QTest::newRow("none") << QByteArray("-1") << -1;
+    QTest::newRow("no number") << QByteArray("debug") << 5;
+    QTest::newRow("number and more") << QByteArray("7x") << 5;
+}
+
+void TstSlog::takesLinesUpToTheLevel()
+{
+    QFETCH(QByteArray, level);
+    QFETCH(int, highest);
+    const SlogCapture log;
+    level.isNull() ? qunsetenv("ZEL_SLOG_LEVEL") : qputenv("ZEL_SLOG_LEVEL", level);
+    slog_reload();
+    QStringList expected;
+    for (int severity = 0; severity <= 7; ++severity) {
+        QCOMPARE(slog_enabled(severity), severity <= highest);
+        QCOMPARE(slogf(1, severity, "%s %d", "line", severity), 0);
+        if (severity <= highest)
+            expected.append(QStringLiteral("%1: line %1").arg(severity));
+    }
+    QCOMPARE(log.lines(), expected);
+}
+
+void TstSlog::writesEachTextOnOneLine()
+{
+    const SlogCapture log;
+    slogf(1, 3, "a\nb\r\nc");
+    slogf(1, 3, "%s", "100 % %s");
+    QStringList expected{QStringLiteral("3: a b  c"), QStringLiteral("3: 100 % %s")};
+    for (const int length : {980, 995, 996, 997, 998, 999, 1000, 1001, 1024, 70000}) {
+        const QByteArray text(length, 'x');
+        slogf(1, 2, "%s", text.constData());
+        expected.append(QStringLiteral("2: ") + QString::fromLatin1(text));
+    }
+    QCOMPARE(log.lines(), expected);
+}
+
+void TstSlog::leavesTheErrorNumberAlone()
+{
+    const SlogCapture log;
+    errno = ECONNREFUSED;
+    slogf(1, 3, "%d", 1);
+    QCOMPARE(errno, ECONNREFUSED);
+}
+
+void TstSlog::keepsLinesOfSeveralThreadsApart()
+{
+    const SlogCapture log;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([t] {
+            for (int i = 0; i < 200; ++i)
+                slogf(1, 5, "%d.%d.%s", t, i, "end");
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    const QStringList lines = log.lines();
+    QCOMPARE(lines.size(), 800);
+    for (const QString& line : lines)
+        QVERIFY2(line.startsWith(QStringLiteral("5: ")) && line.endsWith(QStringLiteral(".end")) &&
+                     line.count(u'.') == 2,
+                 qPrintable(line));
+}
+
+QTEST_APPLESS_MAIN(TstSlog)
+#include "tst_slog.moc"
