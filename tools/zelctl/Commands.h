@@ -61,7 +61,4 @@ const std::vector<Command>& commands();
 
 const Command* findCommand(const QString& name);
 
-/// The state of the library as `state` answers it, and as the shell begins.
-Record stateRecord(Session& session);
-
 } // namespace zelctl

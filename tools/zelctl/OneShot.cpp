@@ -4,6 +4,7 @@
 #include "Commands.h"
 #include "Objections.h"
 #include "Output.h"
+#include "Requests.h"
 #include "Session.h"
 
 #include <vx/platform/zel/Context.h>

@@ -3,6 +3,7 @@
 
 #include "Commands.h"
 #include "Output.h"
+#include "Requests.h"
 #include "Session.h"
 #include "Words.h"
 

@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <Output.h>
+#include <PictureFile.h>
+#include <Record.h>
+
+#include <QtCore/QFile>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtCore/QRandomGenerator>
+#include <QtCore/QTemporaryDir>
+#include <QtTest/QTest>
+
+using namespace zelctl;
+using namespace Qt::StringLiterals;
+using vx::platform::zel::ImageType;
+
+namespace {
+
+QByteArray printed(Output::Format format, const std::function<void(Output&)>& print)
+{
+    char* text = nullptr;
+    std::size_t size = 0;
+    std::FILE* stream = open_memstream(&text, &size);
+    Output output(format, stream);
+    print(output);
+    std::fclose(stream);
+    const QByteArray result(text, static_cast<qsizetype>(size));
+    std::free(text);
+    return result;
+}
+
+} // namespace
+
+class TstOutput : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void keepsTheOrderOfMembers();
+    void bringsAnyTextBackThroughJson();
+    void replacesLoneSurrogates();
+    void alignsTablesOfAnyScript();
+    void takesTheTeethOutOfForeignTexts();
+    void knowsPicturesByTheirFirstBytes_data();
+    void knowsPicturesByTheirFirstBytes();
+    void readsAndWritesPictures();
+};
+
+void TstOutput::keepsTheOrderOfMembers()
+{
+    const Record record = Record()
+                              .text("source"_L1, u"X"_s)
+                              .flag("b"_L1, true)
+                              .number("a"_L1, -3)
+                              .bytes("dataSize"_L1, "dataSha1"_L1, "abc")
+                              .list("rows"_L1, {Record().text("z"_L1, {}), Record()})
+                              .record("one"_L1, Record().flag("y"_L1, false));
+    QCOMPARE(toJson(record),
+             R"({"source":"X","b":true,"a":-3,"dataSize":3,"dataSha1":"a9993e364706816aba3e25717850c26c9cd0d89d",)"
+             R"("rows":[{"z":""},{}],"one":{"y":false}})");
+}
+
+void TstOutput::bringsAnyTextBackThroughJson()
+{
+    const auto seed = QRandomGenerator::global()->generate();
+    qInfo("seed %u", seed);
+    QRandomGenerator random(seed);
+    for (int round = 0; round < 500; ++round) {
+        QList<char32_t> codes;
+        for (int i = 0; i < 20; ++i) {
+            const char32_t c = random.bounded(2) ? random.bounded(0x90) : random.bounded(0x110000);
+            if (c < 0xd800 || c > 0xdfff)
+                codes += c;
+        }
+        const QString text = QString::fromUcs4(codes.constData(), codes.size());
+        const QByteArray json = toJson(Record().text("t"_L1, text));
+        QVERIFY(!json.contains('\n'));
+        QCOMPARE(QJsonDocument::fromJson(json).object().value("t"_L1).toString(), text);
+    }
+}
+
+void TstOutput::replacesLoneSurrogates()
+{
+    const QString text = u"a"_s + QChar(0xd83d) + u"b"_s + QChar(0xdc31) + u"🐱"_s + QChar(0xd83d);
+    QCOMPARE(toJson(Record().text("t"_L1, text)), "{\"t\":\"a\xef\xbf\xbd"
+                                                  "b\xef\xbf\xbd\xf0\x9f\x90\xb1\xef\xbf\xbd\"}");
+}
+
+void TstOutput::alignsTablesOfAnyScript()
+{
+    const auto row = [](const QString& name, int number) {
+        return Record().text("displayName"_L1, name).number("n"_L1, number);
+    };
+    const QByteArray table = printed(Output::Format::People, [&](Output& output) {
+        output.answer("contacts"_L1, Record().list("contacts"_L1, {row(u"王小明"_s, 1), row(u"José"_s, 2)}));
+    });
+    QCOMPARE(QString::fromUtf8(table), u"display name  n\n王小明        1\nJosé          2\n"_s);
+    QCOMPARE(columnsOf(u"e\u0301🐱"_s), 3);
+}
+
+void TstOutput::takesTheTeethOutOfForeignTexts()
+{
+    QCOMPARE(printable(u"a\nb\x1b[31mc\u009b\u202e"_s), u"a\\nb\\u001b[31mc\\u009b\\u202e"_s);
+    const QByteArray line = printed(Output::Format::People, [](Output& output) {
+        output.signal(
+            Record().text("source"_L1, u"UserProfile"_s).text("signal"_L1, u"x"_s).text("value"_L1, u"1\n2"_s));
+    });
+    QCOMPARE(line.count('\n'), 1);
+    QVERIFY(line.contains("value=\"1\\n2\""));
+}
+
+void TstOutput::knowsPicturesByTheirFirstBytes_data()
+{
+    QTest::addColumn<QByteArray>("data");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<int>("type");
+    QTest::newRow("jpeg") << QByteArray("\xff\xd8\xff\xe0") << u"x"_s << int(ImageType::Jpg);
+    QTest::newRow("png, whatever it is called")
+        << QByteArray("\x89PNG\r\n\x1a\n...") << u"x.gif"_s << int(ImageType::Png);
+    QTest::newRow("gif") << QByteArray("GIF89a") << u"x"_s << int(ImageType::Gif);
+    QTest::newRow("bmp") << QByteArray("BM1234") << u"x"_s << int(ImageType::Bmp);
+    QTest::newRow("by suffix") << QByteArray("?") << u"a.b/x.JPEG"_s << int(ImageType::Jpg);
+    QTest::newRow("part of a suffix") << QByteArray("?") << u"x.jp"_s << int(ImageType::Unsupported);
+    QTest::newRow("neither") << QByteArray("\x89PNG") << u"x"_s << int(ImageType::Unsupported);
+}
+
+void TstOutput::knowsPicturesByTheirFirstBytes()
+{
+    QFETCH(QByteArray, data);
+    QFETCH(QString, name);
+    QFETCH(int, type);
+    QCOMPARE(int(imageTypeOf(data, name)), type);
+}
+
+void TstOutput::readsAndWritesPictures()
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(u"x.bin"_s);
+    const QByteArray data("BM\0\n\xff", 5);
+    QString error;
+    QVERIFY2(writePicture(file, data, &error), qPrintable(error));
+    QCOMPARE(readPicture(file, &error)->data, data);
+    QVERIFY(!readPicture(folder.path(), &error));
+    QVERIFY(!readPicture(folder.filePath(u"none"_s), &error));
+    QVERIFY(!writePicture(folder.filePath(u"no/such/folder"_s), data, &error));
+    QVERIFY(error.contains(u"no/such/folder"_s));
+}
+
+QTEST_APPLESS_MAIN(TstOutput)
+#include "tst_output.moc"
