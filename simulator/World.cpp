@@ -59,8 +59,8 @@ Person defaultProfile(World& world)
 
 World::World(QObject* parent)
     : QObject(parent)
-    , m_profile(defaultProfile(*this))
 {
+    m_profile = defaultProfile(*this);
 }
 
 void World::setPermissions(const Permissions& permissions)

@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QFile>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtCore/QList>
+#include <QtCore/QSocketNotifier>
+#include <QtCore/QTimer>
+
+#include <cstring>
+#include <memory>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+/// An application that knows nothing but the socket and the texts.
+class RawApplication
+{
+public:
+    explicit RawApplication(const QString& root) { reconnect(root); }
+    ~RawApplication() { disconnect(); }
+    Q_DISABLE_COPY_MOVE(RawApplication)
+
+    bool reconnect(const QString& root, const char* object = "/services/zelcore/platform")
+    {
+        disconnect();
+        m_descriptor = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        const QByteArray path = QFile::encodeName(root) + object;
+        std::strncpy(address.sun_path, path.constData(), sizeof address.sun_path - 1);
+        if (::connect(m_descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+            return false;
+        m_notifier = std::make_unique<QSocketNotifier>(m_descriptor, QSocketNotifier::Read);
+        QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(), [this] { read(); });
+        return true;
+    }
+
+    void disconnect()
+    {
+        m_notifier.reset();
+        if (m_descriptor >= 0)
+            ::close(std::exchange(m_descriptor, -1));
+    }
+
+    bool sendRecord(const QByteArray& record)
+    {
+        return ::send(m_descriptor, record.constData(), size_t(record.size()), MSG_NOSIGNAL) == record.size();
+    }
+
+    bool send(const QString& type, const QJsonObject& body)
+    {
+        const QByteArray json = QJsonDocument(QJsonObject{{type, body}}).toJson(QJsonDocument::Compact);
+        return sendRecord("msg::zel\ndat:json:" + json + '\n');
+    }
+
+    bool send(const char* type, const char* body)
+    {
+        return send(QString::fromLatin1(type), QJsonDocument::fromJson(body).object());
+    }
+
+    /// Says that it starts, as the library does; it is told nothing unasked then.
+    bool begin() { return send("tpaApi", "{\"apiType\":\"Qt\"}"); }
+
+    /// The body of the first message of this type that has not been taken yet, waited for; what came before it stays.
+    QJsonObject take(const char* type)
+    {
+        const QString wanted = QString::fromLatin1(type);
+        QJsonObject body;
+        const bool came = waitFor([&] {
+            for (qsizetype i = 0; i < messages.size(); ++i) {
+                if (messages.at(i).contains(wanted)) {
+                    body = messages.takeAt(i).value(wanted).toObject();
+                    return true;
+                }
+            }
+            return false;
+        });
+        return came ? body : QJsonObject{{QStringLiteral("never came"), wanted}};
+    }
+
+    /// The types of everything that has come and was not taken, once something that is asked for now has come too.
+    QStringList drain()
+    {
+        send("requestEcoId", "{\"ppid\":\"drained\"}");
+        take("requestEcoIdResponse");
+        QStringList types;
+        for (const QJsonObject& message : std::exchange(messages, {}))
+            types.append(message.keys().value(0));
+        return types;
+    }
+
+    /// The elements of a list in the order of its transfer; checks the transfer's form on the way.
+    QJsonArray transfer(const char* start, int* chunks = nullptr)
+    {
+        take(start);
+        QJsonArray elements;
+        for (int count = 1;; ++count) {
+            const QJsonObject chunk = take("listChunk");
+            for (const QJsonValue element : chunk.value(QLatin1String("elements")).toArray())
+                elements.append(element);
+            if (chunk.value(QLatin1String("last")).toBool() || chunk.contains(QLatin1String("never came"))) {
+                if (chunks)
+                    *chunks = count;
+                return elements;
+            }
+        }
+    }
+
+    /// The registration state of the next message about permissions.
+    QString nextState()
+    {
+        const QJsonObject element = take("listChange").value(QLatin1String("elements")).toArray().at(0).toObject();
+        return element.value(QLatin1String("value")).toObject().value(QLatin1String("registrationState")).toString();
+    }
+
+    QList<QByteArray> records;   ///< Everything that came.
+    QList<QJsonObject> messages; ///< What was readable of it.
+    qsizetype unreadable = 0;
+    bool closed = false;
+
+private:
+    void read()
+    {
+        QByteArray record(65536, Qt::Uninitialized);
+        const ssize_t count = ::recv(m_descriptor, record.data(), size_t(record.size()), MSG_DONTWAIT);
+        if (count <= 0) {
+            m_notifier->setEnabled(false);
+            closed = true;
+            return;
+        }
+        record.truncate(count);
+        records.append(record);
+        const QByteArray head = "@platform\ndat:json:";
+        const QJsonDocument document = QJsonDocument::fromJson(record.mid(head.size()));
+        if (record.startsWith(head) && record.endsWith('\n') && document.object().size() == 1)
+            messages.append(document.object());
+        else
+            ++unreadable;
+    }
+
+    /// Looks again after every event; looking every few milliseconds would make thousands of messages slow.
+    template <typename Condition>
+    static bool waitFor(Condition condition)
+    {
+        QTimer late;
+        late.setSingleShot(true);
+        late.start(5000);
+        while (!condition()) {
+            if (!late.isActive())
+                return false;
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        }
+        return true;
+    }
+
+    int m_descriptor = -1;
+    std::unique_ptr<QSocketNotifier> m_notifier;
+};

@@ -1,0 +1,337 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "RawApplication.h"
+
+#include <zelcore/Simulator.h>
+
+#include <QtCore/QMap>
+#include <QtCore/QRandomGenerator>
+#include <QtTest/QSignalSpy>
+#include <QtTest/QTest>
+
+using zelcore::Person;
+using zelcore::Simulator;
+
+namespace {
+
+/// What an application makes of list messages, in the plainest way.
+struct Mirror
+{
+    QStringList ids;
+    QMap<QString, QJsonObject> records;
+
+    void apply(const QJsonObject& message)
+    {
+        const QString what = message.keys().value(0);
+        const QJsonObject body = message.value(what).toObject();
+        const QString list = body.value(QLatin1String("type")).toString();
+        for (const QJsonValue value : body.value(QLatin1String("elements")).toArray()) {
+            const QJsonObject element = value.toObject();
+            const QString id = element.value(QLatin1String("userId")).toString();
+            if (list == QLatin1String("platformContact") && what == QLatin1String("listAdd"))
+                ids.append(id);
+            else if (list == QLatin1String("platformContact") && what == QLatin1String("listRemove"))
+                ids.removeOne(id);
+            else if (list == QLatin1String("platformUser"))
+                merge(id, element);
+        }
+    }
+
+    void merge(const QString& id, const QJsonObject& element)
+    {
+        QJsonObject& record = records[id];
+        for (auto member = element.begin(); member != element.end(); ++member)
+            record.insert(member.key(), member.value());
+    }
+};
+
+QJsonObject keysRequest(const QStringList& userIds)
+{
+    QJsonArray elements;
+    for (const QString& id : userIds)
+        elements.append(QJsonObject{{QStringLiteral("userId"), id}});
+    return {{QStringLiteral("cookie"), QStringLiteral("12345")},
+            {QStringLiteral("elements"), elements},
+            {QStringLiteral("type"), QStringLiteral("platformUser")}};
+}
+
+} // namespace
+
+/// Contacts and eco identifiers, as applications see them.
+class TstLists : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_simulator = std::make_unique<Simulator>();
+        QVERIFY(m_simulator->start());
+        m_application = std::make_unique<RawApplication>(m_simulator->root());
+        m_application->begin();
+        QTRY_COMPARE(m_simulator->clientCount(), 1);
+    }
+
+    void cleanup()
+    {
+        m_application.reset();
+        m_simulator.reset();
+    }
+
+    void servesManyContactsInChunksThatFitOneRead()
+    {
+        m_simulator->generateContacts(3000, 7);
+        m_application->drain();
+        const QList<Person> people = m_simulator->contacts();
+        m_application->send("requestListAll", "{\"type\":\"platformContact\"}");
+        int chunks = 0;
+        const QJsonArray ids = m_application->transfer("listAll", &chunks);
+        QCOMPARE(ids.size(), people.size());
+        QVERIFY(chunks > 1);
+        QStringList wanted;
+        for (int i = 0; i < people.size(); ++i) {
+            const QString id = ids.at(i).toObject().value(QLatin1String("userId")).toString();
+            QCOMPARE(id, people.at(i).userId);
+            if (i < 2000) // a request must fit one record, too
+                wanted.prepend(id);
+        }
+
+        // Many records at once, in the order asked for.
+        QVERIFY(m_application->send(QStringLiteral("requestListElements"), keysRequest(wanted)));
+        const QJsonArray records = m_application->transfer("listElements", &chunks);
+        QCOMPARE(records.size(), wanted.size());
+        QVERIFY(chunks > 10);
+        for (int i = 0; i < records.size(); ++i) {
+            const QJsonObject record = records.at(i).toObject();
+            const Person& person = people.at(wanted.size() - 1 - i);
+            QCOMPARE(record.value(QLatin1String("userId")).toString(), person.userId);
+            QCOMPARE(record.value(QLatin1String("displayName")).toString(), person.displayName);
+            QCOMPARE(record.value(QLatin1String("clientVersion")).toInt(), person.clientVersion);
+        }
+        for (const QByteArray& record : std::as_const(m_application->records))
+            QVERIFY(record.size() <= 65536);
+        QCOMPARE(m_application->unreadable, 0);
+    }
+
+    void answersEmptyListsAndUnknownKeysWithOneLastChunk()
+    {
+        int chunks = 0;
+        m_application->send("requestListAll", "{\"type\":\"platformContact\"}");
+        QVERIFY(m_application->transfer("listAll", &chunks).isEmpty());
+        QCOMPARE(chunks, 1);
+        m_application->send(QStringLiteral("requestListElements"), keysRequest({QStringLiteral("nobody")}));
+        QVERIFY(m_application->transfer("listElements", &chunks).isEmpty());
+        QCOMPARE(chunks, 1);
+        m_application->send(QStringLiteral("requestListElements"), keysRequest({}));
+        QVERIFY(m_application->transfer("listElements", &chunks).isEmpty());
+        QCOMPARE(chunks, 1);
+    }
+
+    void makesUpTheSamePeopleForTheSameSeed()
+    {
+        Simulator first;
+        Simulator second;
+        Simulator third;
+        first.generateContacts(200, 3);
+        second.generateContacts(200, 3);
+        third.generateContacts(200, 4);
+        QCOMPARE(first.contacts(), second.contacts());
+        QVERIFY(first.contacts() != third.contacts());
+        // Many scripts, not one.
+        QSet<QChar::Script> scripts;
+        for (const Person& person : first.contacts()) {
+            for (const QChar c : person.displayName)
+                scripts.insert(c.script());
+        }
+        for (const QChar::Script script :
+             {QChar::Script_Latin, QChar::Script_Cyrillic, QChar::Script_Greek, QChar::Script_Arabic,
+              QChar::Script_Hebrew, QChar::Script_Han, QChar::Script_Hangul, QChar::Script_Devanagari})
+            QVERIFY2(scripts.contains(script), qPrintable(QString::number(script)));
+    }
+
+    void announcesEveryChangeSoThatAMirrorStaysEqual()
+    {
+        const quint32 seed = QRandomGenerator::global()->generate();
+        qInfo("seed %u", seed);
+        QRandomGenerator random(seed);
+        Mirror mirror;
+        QStringList handles;
+        for (int step = 0; step < 400; ++step) {
+            const int what = random.bounded(10);
+            const QString handle = handles.isEmpty() ? QString() : handles.at(random.bounded(int(handles.size())));
+            if (what < 4 || handles.isEmpty()) {
+                Person person;
+                person.handle = QStringLiteral("h%1").arg(step);
+                const bool installed = random.bounded(3) != 0;
+                const QString id = m_simulator->addContact(person, installed);
+                QVERIFY(!id.isEmpty());
+                // The records are not announced; an application asks for them.
+                m_application->send(QStringLiteral("requestListElements"), keysRequest({id}));
+                handles.append(person.handle);
+            } else if (what < 7) {
+                Person person = m_simulator->contact(handle);
+                person.displayName = QString::number(random.generate());
+                person.showBusy = random.bounded(2) == 0;
+                QVERIFY(m_simulator->changeContact(person));
+            } else if (what == 7) {
+                m_simulator->removeContact(handle);
+                handles.removeOne(handle);
+            } else if (what == 8) {
+                m_simulator->installApplication(handle);
+            } else {
+                m_simulator->uninstallApplication(handle);
+            }
+            // Records that are asked for later than they change must be the newest, whatever overtakes them.
+            if (random.bounded(4) == 0)
+                replay(mirror);
+        }
+        replay(mirror);
+        QStringList ids;
+        for (const Person& person : m_simulator->contacts()) {
+            ids.append(person.userId);
+            const QJsonObject record = mirror.records.value(person.userId);
+            QCOMPARE(record.value(QLatin1String("displayName")).toString(), person.displayName);
+            QCOMPARE(record.value(QLatin1String("showBusy")).toBool(), person.showBusy);
+        }
+        QCOMPARE(mirror.ids, ids);
+    }
+
+    void announcesOnlyTheMembersThatDiffer()
+    {
+        m_simulator->addContact(QStringLiteral("Anna"));
+        m_application->drain();
+        Person anna = m_simulator->contact(QStringLiteral("anna"));
+        anna.personalMessage = QStringLiteral("„Grüße“ \"zitiert\"\n🙂");
+        m_simulator->changeContact(anna);
+        m_simulator->changeContact(anna);
+        QCOMPARE(m_application->take("listChange").value(QLatin1String("elements")).toArray().at(0).toObject(),
+                 (QJsonObject{{QStringLiteral("userId"), QStringLiteral("user-anna")},
+                              {QStringLiteral("personalMessage"), anna.personalMessage}}));
+        QCOMPARE(m_application->drain(), QStringList());
+    }
+
+    void refusesContactsThatCannotBe()
+    {
+        QSignalSpy refused(m_simulator.get(), &Simulator::refused);
+        QVERIFY(!m_simulator->addContact(QStringLiteral("Anna")).isEmpty());
+        Person twin = m_simulator->contact(QStringLiteral("anna"));
+        QVERIFY(m_simulator->addContact(twin).isEmpty());
+        twin.userId = QStringLiteral("another");
+        QVERIFY(m_simulator->addContact(twin).isEmpty());
+        QVERIFY(m_simulator->addContact(Person()).isEmpty());
+        Person giant;
+        giant.handle = QStringLiteral("giant");
+        giant.personalMessage = QString(70000, QLatin1Char('x'));
+        QVERIFY(m_simulator->addContact(giant).isEmpty());
+        QVERIFY(!m_simulator->removeContact(QStringLiteral("nobody")));
+        QCOMPARE(refused.size(), 5);
+        QCOMPARE(m_simulator->contactCount(), 1);
+    }
+
+    void reachesAContactWithoutAHandleByItsUserId()
+    {
+        m_simulator->addContact(QStringLiteral("Anna"));
+        Person anna = m_simulator->contact(QStringLiteral("anna"));
+        anna.handle.clear();
+        QVERIFY(m_simulator->changeContact(anna));
+        QVERIFY(m_simulator->contact(QStringLiteral("anna")).userId.isEmpty());
+        QCOMPARE(m_simulator->contact(QStringLiteral("user-anna")), anna);
+        QVERIFY(m_simulator->sendInvitation(QStringLiteral("user-anna")));
+        QCOMPARE(m_application->take("connectionInvitationReceived"),
+                 (QJsonObject{{QStringLiteral("userId"), QStringLiteral("user-anna")}}));
+    }
+
+    void livesAtTheRateAskedFor()
+    {
+        m_simulator->generateContacts(50, 1);
+        m_application->drain();
+        m_simulator->setActivity(Simulator::Activity::Changes, 1000, 9);
+        for (int i = 0; i < 200; ++i)
+            QCOMPARE(m_application->take("listChange").value(QLatin1String("type")).toString(),
+                     QStringLiteral("platformUser"));
+        m_simulator->setActivity(Simulator::Activity::Uninstalls, 1000, 9);
+        QTRY_VERIFY(m_simulator->contacts().isEmpty());
+        m_simulator->setActivity(Simulator::Activity::Installs, 1000, 9);
+        QTRY_VERIFY(m_simulator->contacts().size() > 40);
+        m_simulator->setActivity(Simulator::Activity::Mixed, 0);
+        m_application->drain();
+        QCOMPARE(m_application->drain(), QStringList());
+    }
+
+    void knowsEcoIdentifiers_data()
+    {
+        QTest::addColumn<QString>("ppId");
+        QTest::addColumn<QString>("ecoId");
+        QTest::addColumn<QString>("status");
+        QTest::newRow("contact") << "pp-anna"
+                                 << "eco-pp-anna"
+                                 << "ContactExists";
+        QTest::newRow("given") << "pp-other"
+                               << "1234"
+                               << "PendingContactExists";
+        QTest::newRow("contact, given") << "pp-boris"
+                                        << "5678"
+                                        << "ContactExists";
+        QTest::newRow("own") << "pp-robin"
+                             << "eco-pp-robin"
+                             << "Unknown";
+        QTest::newRow("nobody") << "pp-nobody"
+                                << ""
+                                << "Unknown";
+    }
+
+    void knowsEcoIdentifiers()
+    {
+        QFETCH(QString, ppId);
+        QFETCH(QString, ecoId);
+        QFETCH(QString, status);
+        m_simulator->addContact(QStringLiteral("Anna"));
+        m_simulator->addContact(QStringLiteral("Boris"));
+        m_simulator->setEcoId(QStringLiteral("pp-other"), QStringLiteral("1234"));
+        m_simulator->setEcoId(QStringLiteral("pp-boris"), QStringLiteral("5678"));
+        m_simulator->setEcoIdStatus(QStringLiteral("1234"), QStringLiteral("PendingContactExists"));
+        m_application->send(QStringLiteral("requestEcoId"), {{QStringLiteral("ppid"), ppId}});
+        QCOMPARE(m_application->take("requestEcoIdResponse"),
+                 (QJsonObject{{QStringLiteral("ppid"), ppId}, {QStringLiteral("ecoId"), ecoId}}));
+        m_application->send(QStringLiteral("requestEcoIdStatus"), {{QStringLiteral("ecoId"), ecoId}});
+        QCOMPARE(m_application->take("requestEcoIdStatusResponse"),
+                 (QJsonObject{{QStringLiteral("ecoId"), ecoId}, {QStringLiteral("status"), status}}));
+    }
+
+    void showsInvocationsAndRemembersWhoWasInvited()
+    {
+        QSignalSpy invocations(m_simulator.get(), &Simulator::invocationReceived);
+        QSignalSpy refused(m_simulator.get(), &Simulator::refused);
+        RawApplication caller(m_simulator->root());
+        QVERIFY(caller.reconnect(m_simulator->root(), "/services/invocation/sys.socialplatform"));
+        const QByteArray data = R"({"contactInvitation":{"ecoid":"e1","display_name":"Ä","invite_msg":"hi"}})";
+        const QJsonObject request{{QStringLiteral("target"), QStringLiteral("sys.socialplatform")},
+                                  {QStringLiteral("action"), QStringLiteral("vx.action.INVITEZEL")},
+                                  {QStringLiteral("mimeType"), QStringLiteral("application/vnd.socialplatform.data")},
+                                  {QStringLiteral("data"), QString::fromUtf8(data)}};
+        caller.sendRecord(QJsonDocument(request).toJson());
+        QTRY_COMPARE(invocations.size(), 1);
+        QCOMPARE(invocations.first().at(1).toString(), QStringLiteral("vx.action.INVITEZEL"));
+        QCOMPARE(invocations.first().at(3).toByteArray(), data);
+        m_application->send("requestEcoIdStatus", "{\"ecoId\":\"e1\"}");
+        QCOMPARE(m_application->take("requestEcoIdStatusResponse").value(QLatin1String("status")).toString(),
+                 QStringLiteral("PendingContactExists"));
+        caller.sendRecord("nonsense");
+        QTRY_COMPARE(refused.size(), 1);
+        QCOMPARE(invocations.size(), 1);
+    }
+
+private:
+    void replay(Mirror& mirror)
+    {
+        m_application->send("requestEcoId", "{\"ppid\":\"replay\"}");
+        m_application->take("requestEcoIdResponse");
+        for (const QJsonObject& message : std::exchange(m_application->messages, {}))
+            mirror.apply(message);
+    }
+
+    std::unique_ptr<Simulator> m_simulator;
+    std::unique_ptr<RawApplication> m_application;
+};
+
+QTEST_GUILESS_MAIN(TstLists)
+#include "tst_lists.moc"

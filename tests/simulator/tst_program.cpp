@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "RawApplication.h"
+
+#include <QtCore/QFileInfo>
+#include <QtCore/QProcess>
+#include <QtCore/QTemporaryDir>
+#include <QtTest/QTest>
+
+#include <csignal>
+
+/// zelcore-sim, as it is run from a shell.
+class TstProgram : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_program = std::make_unique<QProcess>();
+        m_output.clear();
+        m_errors.clear();
+    }
+
+    void cleanup()
+    {
+        m_program.reset();
+        m_folder.reset();
+    }
+
+    void saysWhereItServesAndTakesCommands()
+    {
+        run({QStringLiteral("--contacts"), QStringLiteral("20"), QStringLiteral("--seed"), QStringLiteral("4")});
+        m_program->write("contacts\nnonsense\ncontact add anna\n");
+        QVERIFY(waitForOutput("20 contacts, 20 of them run the application\n"));
+        QVERIFY(waitForErrors("\"nonsense\" is not a command"));
+        // The end of the input ends nothing.
+        m_program->closeWriteChannel();
+        RawApplication application(m_folder->path());
+        application.begin();
+        application.send("requestListAll", "{\"type\":\"platformContact\"}");
+        QCOMPARE(application.transfer("listAll").size(), 21);
+        QCOMPARE(m_program->state(), QProcess::Running);
+    }
+
+    void endsInOrder_data()
+    {
+        QTest::addColumn<int>("signal");
+        QTest::newRow("quit") << 0;
+        QTest::newRow("SIGTERM") << SIGTERM;
+        QTest::newRow("SIGINT") << SIGINT;
+    }
+
+    void endsInOrder()
+    {
+        QFETCH(int, signal);
+        run({});
+        QVERIFY(QFileInfo::exists(socket()));
+        if (signal == 0)
+            m_program->write("quit\n");
+        else
+            ::kill(pid_t(m_program->processId()), signal);
+        QVERIFY(m_program->waitForFinished());
+        QCOMPARE(m_program->exitStatus(), QProcess::NormalExit);
+        QCOMPARE(m_program->exitCode(), 0);
+        QVERIFY(!QFileInfo::exists(socket()));
+    }
+
+    void showsBothDirectionsAndInvocations()
+    {
+        run({QStringLiteral("--trace"), QStringLiteral("--scenario"), QStringLiteral("first-steps")});
+        RawApplication application(m_folder->path());
+        application.begin();
+        application.send("requestUserAvatar", "{\"userId\":\"user-anna\",\"streamId\":\"s\"}");
+        application.take("stream");
+        QVERIFY(waitForOutput("app 1 --> tpaApi {\"apiType\":\"Qt\"}\n"));
+        QVERIFY(waitForOutput("app 1 <-- stream {\"id\":\"s\",\"value\":\"iVBORw0KGg"));
+        QVERIFY(waitForOutput("(1600 characters),\"last\":true}\n"));
+        QVERIFY(application.reconnect(m_folder->path(), "/services/invocation/sys.zel.chathandler"));
+        application.sendRecord(R"({"target":"sys.zel.chathandler","action":"a","mimeType":"m","data":"d"})");
+        QVERIFY(waitForOutput("invocation sys.zel.chathandler a m d\n"));
+    }
+
+    void refusesWrongUse_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<int>("status");
+        QTest::newRow("no number") << QStringList{QStringLiteral("--contacts"), QStringLiteral("many")} << 2;
+        QTest::newRow("no option") << QStringList{QStringLiteral("word")} << 2;
+        QTest::newRow("no scenario") << QStringList{QStringLiteral("--scenario"), QStringLiteral("nowhere")} << 1;
+        QTest::newRow("no folder") << QStringList{QStringLiteral("--root"), QStringLiteral("/proc/none")} << 1;
+    }
+
+    void refusesWrongUse()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(int, status);
+        m_program->start(QStringLiteral(ZELCORE_SIM), arguments);
+        QVERIFY(m_program->waitForFinished());
+        QCOMPARE(m_program->exitCode(), status);
+        QVERIFY(m_program->readAllStandardError().startsWith("zelcore-sim: "));
+        QVERIFY(m_program->readAllStandardOutput().isEmpty());
+    }
+
+private:
+    QString socket() const { return m_folder->path() + QStringLiteral("/services/zelcore/platform"); }
+
+    void run(const QStringList& arguments)
+    {
+        m_program->start(QStringLiteral(ZELCORE_SIM),
+                         QStringList{QStringLiteral("--root"), m_folder->path()} + arguments);
+        QVERIFY(waitForOutput("export PPS_ROOT=" + m_folder->path().toUtf8() + '\n'));
+    }
+
+    bool waitForOutput(const QByteArray& text)
+    {
+        const bool came = QTest::qWaitFor([&] {
+            m_output += m_program->readAllStandardOutput();
+            return m_output.contains(text);
+        });
+        if (!came)
+            qWarning("no \"%s\" in:\n%s", text.constData(), m_output.constData());
+        return came;
+    }
+
+    bool waitForErrors(const QByteArray& text)
+    {
+        return QTest::qWaitFor([&] {
+            m_errors += m_program->readAllStandardError();
+            return m_errors.contains(text);
+        });
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<QProcess> m_program;
+    QByteArray m_output;
+    QByteArray m_errors;
+};
+
+QTEST_GUILESS_MAIN(TstProgram)
+#include "tst_program.moc"

@@ -1,0 +1,275 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "RawApplication.h"
+
+#include <zelcore/Simulator.h>
+
+#include <QtCore/QFileInfo>
+#include <QtCore/QRandomGenerator>
+#include <QtTest/QSignalSpy>
+#include <QtTest/QTest>
+
+using zelcore::Simulator;
+
+namespace {
+
+const char* const silentRequest = R"({"uuid":"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b","silent":true})";
+
+/// Something between a good request and nothing at all.
+QByteArray nonsense(QRandomGenerator& random)
+{
+    static const QByteArrayList types{"registrationRequest",
+                                      "requestListAll",
+                                      "requestListElements",
+                                      "requestListRemove",
+                                      "requestListChange",
+                                      "requestUserAvatar",
+                                      "createProfileBoxItem",
+                                      "createProfileBoxImage",
+                                      "requestProfileBoxImage",
+                                      "stream",
+                                      "requestEcoId",
+                                      "requestEcoIdStatus",
+                                      "tpaApi",
+                                      "unheard of"};
+    static const QByteArrayList keys{"uuid", "silent",  "type",      "id",   "cookie", "elements", "userId", "streamId",
+                                     "text", "imageId", "imageHash", "name", "value",  "last",     "ppid",   "ecoId"};
+    static const QByteArrayList values{"\"\"",
+                                       "\"global\"",
+                                       "\"platformUser\"",
+                                       "\"profileBoxItem\"",
+                                       "true",
+                                       "-1",
+                                       "1e400",
+                                       "null",
+                                       "[]",
+                                       "[{}]",
+                                       "[1,[],\"x\"]",
+                                       "{}",
+                                       "[{\"name\":\"platformProfile\",\"value\":{\"displayName\":3}}]",
+                                       "[{\"name\":\"permission\",\"value\":{}}]",
+                                       "\"\\ud800\"",
+                                       "[{\"userId\":7}]"};
+    QByteArray json = "{\"" + types.at(random.bounded(int(types.size()))) + "\":{";
+    const int members = random.bounded(5);
+    for (int i = 0; i < members; ++i) {
+        json += i > 0 ? ",\"" : "\"";
+        json += keys.at(random.bounded(int(keys.size()))) + "\":" + values.at(random.bounded(int(values.size())));
+    }
+    json += "}}";
+    QByteArray record = "msg::zel\ndat:json:" + json + '\n';
+    const int spoil = random.bounded(8);
+    if (spoil == 0)
+        record.truncate(1 + random.bounded(int(record.size())));
+    else if (spoil == 1)
+        record[random.bounded(int(record.size()))] = char(random.bounded(256));
+    return record;
+}
+
+} // namespace
+
+/// Messages that go wrong, a service that goes and comes, applications that talk nonsense.
+class TstWeather : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_simulator = std::make_unique<Simulator>();
+        QVERIFY(m_simulator->start());
+        m_application = std::make_unique<RawApplication>(m_simulator->root());
+        m_application->begin();
+        QTRY_COMPARE(m_simulator->clientCount(), 1);
+    }
+
+    void cleanup()
+    {
+        m_application.reset();
+        m_simulator.reset();
+    }
+
+    void dropsAndDuplicatesOneMessageEach()
+    {
+        m_simulator->injectFault(Simulator::Fault::Drop);
+        m_simulator->injectFault(Simulator::Fault::Duplicate);
+        for (const char* ppId : {"{\"ppid\":\"1\"}", "{\"ppid\":\"2\"}", "{\"ppid\":\"3\"}"})
+            m_application->send("requestEcoId", ppId);
+        QCOMPARE(answeredPpIds(3), (QStringList{QStringLiteral("2"), QStringLiteral("2"), QStringLiteral("3")}));
+    }
+
+    void letsOthersOvertakeADelayedMessage()
+    {
+        m_simulator->injectFault(Simulator::Fault::Delay, 20);
+        for (const char* ppId : {"{\"ppid\":\"1\"}", "{\"ppid\":\"2\"}"})
+            m_application->send("requestEcoId", ppId);
+        QCOMPARE(answeredPpIds(2), (QStringList{QStringLiteral("2"), QStringLiteral("1")}));
+    }
+
+    void cutsAndGarblesRecords()
+    {
+        m_simulator->injectFault(Simulator::Fault::Truncate, 30);
+        m_simulator->injectFault(Simulator::Fault::Garble);
+        m_simulator->injectFault(Simulator::Fault::Truncate, 0);
+        m_simulator->sendMessage(QStringLiteral("first"), {});
+        m_simulator->sendMessage(QStringLiteral("second"), {{QStringLiteral("key"), QStringLiteral("value")}});
+        m_simulator->sendMessage(QStringLiteral("third"), {});
+        m_simulator->sendRecord("@platform\n");
+        QTRY_COMPARE(m_application->unreadable, 4);
+        QCOMPARE(m_application->records.at(0).size(), 30);
+        QCOMPARE(m_application->records.at(1).size(),
+                 qsizetype(strlen("@platform\ndat:json:{\"second\":{\"key\":\"value\"}}\n")));
+        QCOMPARE(m_application->records.at(3), QByteArray("@platform\n"));
+        QVERIFY(m_application->messages.isEmpty());
+    }
+
+    void keepsAFaultForTheTypeItWasOrderedFor()
+    {
+        m_simulator->injectFault(Simulator::Fault::Drop, 0, QStringLiteral("requestEcoIdStatusResponse"));
+        m_application->send("requestEcoIdStatus", "{\"ecoId\":\"1\"}");
+        m_application->send("requestEcoIdStatus", "{\"ecoId\":\"2\"}");
+        m_application->send("requestEcoId", "{\"ppid\":\"1\"}");
+        m_application->take("requestEcoIdResponse");
+        QCOMPARE(m_application->take("requestEcoIdStatusResponse").value(QLatin1String("ecoId")).toString(),
+                 QStringLiteral("2"));
+    }
+
+    void tellsAnApplicationThatComesBackEverythingAnew()
+    {
+        m_simulator->generateContacts(3, 1);
+        m_application->send("registrationRequest", silentRequest);
+        QCOMPARE(m_application->nextState(), QStringLiteral("Success"));
+        const QString path = m_simulator->root() + QStringLiteral("/services/zelcore/platform");
+        m_simulator->goAway();
+        QTRY_VERIFY(m_application->closed);
+        QVERIFY(!QFileInfo::exists(path));
+        QVERIFY(m_simulator->isRunning());
+        QVERIFY(!m_application->reconnect(m_simulator->root()));
+
+        // What happens meanwhile is part of what is told.
+        m_simulator->uninstallApplication(m_simulator->contacts().first().handle);
+        zelcore::Person changed = m_simulator->contacts().first();
+        changed.displayName = QStringLiteral("Changed meanwhile");
+        m_simulator->changeContact(changed);
+
+        QVERIFY(m_simulator->comeBack());
+        m_application->messages.clear();
+        QVERIFY(m_application->reconnect(m_simulator->root()));
+        const QJsonArray globals = m_application->take("listAdd").value(QLatin1String("elements")).toArray();
+        QCOMPARE(globals.size(), 2);
+        QCOMPARE(
+            globals.at(0).toObject().value(QLatin1String("value")).toObject().value(QLatin1String("registrationState")),
+            QStringLiteral("Success"));
+        const QJsonArray records = m_application->take("listAdd").value(QLatin1String("elements")).toArray();
+        QCOMPARE(records.size(), 2);
+        QCOMPARE(records.at(0).toObject().value(QLatin1String("displayName")).toString(), changed.displayName);
+        QCOMPARE(m_application->transfer("listAll").size(), 2); // contacts
+        QCOMPARE(m_application->transfer("listAll").size(), 0); // items
+        QCOMPARE(m_application->transfer("listAll").size(), 0); // icons
+        QCOMPARE(m_simulator->registrationState(), QStringLiteral("Success"));
+    }
+
+    void tellsNothingUnaskedToAnApplicationThatStarts()
+    {
+        m_simulator->goAway();
+        QVERIFY(m_simulator->comeBack());
+        RawApplication starting(m_simulator->root());
+        starting.begin();
+        // This one keeps silent, so once it has been told, the other would have been, too.
+        RawApplication returning(m_simulator->root());
+        returning.take("listAdd");
+        QCOMPARE(starting.drain(), QStringList());
+    }
+
+    void leavesOutTheListsThatAReturningApplicationAsksFor()
+    {
+        RawApplication returning(m_simulator->root());
+        returning.send("requestListAll", "{\"type\":\"platformContact\"}");
+        QStringList lists;
+        while (lists.size() < 3)
+            lists.append(returning.take("listAll").value(QLatin1String("type")).toString());
+        QCOMPARE(lists, (QStringList{QStringLiteral("platformContact"), QStringLiteral("profileBoxItem"),
+                                     QStringLiteral("profileBoxImage")}));
+    }
+
+    void endsAndStartsAgainWithTheSameWorld()
+    {
+        m_simulator->addContact(QStringLiteral("Anna"));
+        m_simulator->stop();
+        QVERIFY(!m_simulator->isRunning());
+        QVERIFY(!m_simulator->comeBack());
+        QVERIFY(m_simulator->start());
+        QCOMPARE(m_simulator->contacts().size(), 1);
+        QVERIFY(m_application->reconnect(m_simulator->root()));
+        QTRY_COMPARE(m_simulator->clientCount(), 1);
+        // Another one cannot take its place.
+        Simulator second;
+        second.setRoot(m_simulator->root());
+        QString error;
+        QVERIFY(!second.start(&error));
+        QVERIFY(!error.isEmpty());
+        QVERIFY(m_application->begin());
+        QCOMPARE(m_application->drain(), QStringList());
+    }
+
+    void takesItsOwnFolderWithIt()
+    {
+        const QString root = m_simulator->root();
+        QVERIFY(QFileInfo::exists(root));
+        m_simulator.reset();
+        QVERIFY(!QFileInfo::exists(root));
+    }
+
+    void standsApplicationsThatComeAndGoWhileASlotSpinsTheLoop()
+    {
+        QObject::connect(m_simulator.get(), &Simulator::messageReceived, this,
+                         [this](int, const QString& type, const QByteArray&) {
+                             if (type != QLatin1String("registrationRequest"))
+                                 return;
+                             m_application->disconnect();
+                             QVERIFY(QTest::qWaitFor([this] { return m_simulator->clientCount() == 0; }));
+                         });
+        m_application->send("registrationRequest", silentRequest);
+        QTRY_COMPARE(m_simulator->clientCount(), 0);
+        QVERIFY(m_application->reconnect(m_simulator->root()));
+        m_application->begin();
+        QCOMPARE(m_application->drain(), QStringList());
+    }
+
+    void refusesNonsenseWithOneLineAndGoesOn()
+    {
+        const quint32 seed = QRandomGenerator::global()->generate();
+        qInfo("seed %u", seed);
+        QRandomGenerator random(seed);
+        QSignalSpy refused(m_simulator.get(), &Simulator::refused);
+        for (int i = 0; i < 3000; ++i) {
+            QVERIFY(m_application->sendRecord(nonsense(random)));
+            if (i % 50 == 0)
+                m_application->drain();
+        }
+        m_application->drain();
+        QVERIFY(refused.size() > 1000);
+        QVERIFY(refused.size() <= 3000);
+        for (const auto& line : refused) {
+            QVERIFY(!line.first().toString().contains(QLatin1Char('\n')));
+            QVERIFY(line.first().toString().size() < 400);
+        }
+        QCOMPARE(m_application->unreadable, 0);
+        m_application->send("requestListElements", R"({"elements":[{"name":"permission"}],"type":"global"})");
+        QCOMPARE(m_application->transfer("listElements").size(), 1);
+    }
+
+private:
+    QStringList answeredPpIds(int count)
+    {
+        QStringList ppIds;
+        while (ppIds.size() < count)
+            ppIds.append(m_application->take("requestEcoIdResponse").value(QLatin1String("ppid")).toString());
+        return ppIds;
+    }
+
+    std::unique_ptr<Simulator> m_simulator;
+    std::unique_ptr<RawApplication> m_application;
+};
+
+QTEST_GUILESS_MAIN(TstWeather)
+#include "tst_weather.moc"

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Trace.h"
+
+#include <QtCore/QRegularExpression>
+#include <QtCore/QTime>
+
+namespace {
+
+constexpr int longestBody = 400;
+
+/// What stands between {"TYPE": and the last brace.
+QString bodyOf(const QString& type, const QByteArray& json)
+{
+    const QString text = QString::fromUtf8(json);
+    const QString head = QStringLiteral("{\"%1\":").arg(type);
+    return text.startsWith(head) ? text.mid(head.size(), text.size() - head.size() - 1) : text;
+}
+
+QString shortened(QString body)
+{
+    static const QRegularExpression base64(QStringLiteral("\"([A-Za-z0-9+/]{12})[A-Za-z0-9+/]{60,}={0,2}\""));
+    QRegularExpressionMatch match = base64.match(body);
+    while (match.hasMatch()) {
+        const QString instead =
+            QStringLiteral("\"%1…\" (%2 characters)").arg(match.captured(1)).arg(match.capturedLength() - 2);
+        body.replace(match.capturedStart(), match.capturedLength(), instead);
+        match = base64.match(body, match.capturedStart() + instead.size());
+    }
+    if (body.size() > longestBody)
+        body = QStringLiteral("%1… (%2 characters)").arg(body.left(longestBody)).arg(body.size());
+    return body;
+}
+
+} // namespace
+
+QString traceLine(bool fromApplication, int client, const QString& type, const QByteArray& json)
+{
+    const QString time = QTime::currentTime().toString(QStringLiteral("HH:mm:ss.zzz"));
+    const QString arrow = fromApplication ? QStringLiteral("-->") : QStringLiteral("<--");
+    const QString what = type.isEmpty() ? QStringLiteral("(not a message)") : type;
+    return QStringLiteral("%1 app %2 %3 %4 %5")
+        .arg(time, QString::number(client), arrow, what, shortened(bodyOf(type, json)));
+}
