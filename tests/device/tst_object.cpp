@@ -13,6 +13,7 @@
 
 #include <csignal>
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 
 using vx::system::ObjectServer;
@@ -43,10 +44,11 @@ public:
     {
         return ::write(descriptor, record.constData(), size_t(record.size())) == record.size();
     }
-    bool isWritable() const
+    // What was written and has not been taken off the descriptor.
+    int waiting() const
     {
-        pollfd state = {descriptor, POLLOUT, 0};
-        return ::poll(&state, 1, 0) == 1;
+        int bytes = -1;
+        return ::ioctl(descriptor, TIOCOUTQ, &bytes) == 0 ? bytes : -1;
     }
     bool isReadable() const { return RawServer::isReadable(descriptor, 0); }
     // One read of 64 KiB, as the library does it. Runs the event loop until there is something, for the server's sake.
@@ -251,7 +253,6 @@ void TstObject::failsToOpenWhatIsNotServed()
         QVERIFY(timer.elapsed() < 4000);
     }
     QCOMPARE(Object(nullptr).error, EINVAL);
-    QCOMPARE(threadCount(), m_threads);
 }
 
 void TstObject::opensOtherFilesPlainly()
@@ -396,9 +397,8 @@ void TstObject::losesOnlyWhatIsPastTheLimitOfAServerThatDoesNotRead()
         QVERIFY(object.write(numbered(i, size)));
     QVERIFY(timer.elapsed() < 5000);
 
-    // The last ones must have come to the relay before room is made, or they would find it.
-    QVERIFY(QTest::qWaitFor([&] { return RawServer::isReadable(server.client(), 0); }));
-    QTRY_VERIFY(object.isWritable());
+    // Before any room is made, or the last ones would find it.
+    QTRY_COMPARE(object.waiting(), 0);
     int received = 0;
     for (QByteArray record = server.receive(); !record.isEmpty(); record = server.receive(500))
         QCOMPARE(record, numbered(received++, size));
