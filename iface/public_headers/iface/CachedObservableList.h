@@ -68,6 +68,7 @@ private:
     void handleRowItemRemoved(const QVariantList& indexPath);
     void handleRowItemsChanged(ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper);
 
+    bool settle();
     bool begin(const QVariantList& indexPath, int growth);
     std::optional<T> read(int index);
     void resynchronise() { handleRowItemsChanged(ChangeType::Reset, nullptr); }
@@ -85,6 +86,7 @@ private:
     /// What the copy shows already and nobody has been told: set while one of the functions runs.
     std::optional<Change> m_outstanding;
     int m_changesBegun = 0;
+    bool m_isTakingIn = false; ///< a change has been heard of and the copy does not show it yet
 };
 
 } // namespace iface

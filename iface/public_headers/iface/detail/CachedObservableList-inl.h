@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <QScopedValueRollback>
+
 #include <algorithm>
 
 namespace iface {
@@ -89,26 +91,43 @@ void CachedObservableList<T>::handleRowItemRemoved(const QVariantList& indexPath
 template <class T>
 void CachedObservableList<T>::handleRowItemsChanged(ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper)
 {
-    announceOutstanding();
+    const bool isNext = settle();
     // Reading the input may change it, and so lead here again; what counts is what was read last.
     constexpr int MaximumRounds = 16;
     const ObservableList<T> input = m_input;
     QList<T> now;
     int changesBegun = -1;
-    for (int round = 0; round < MaximumRounds && changesBegun != m_changesBegun; ++round) {
+    int rounds = 0;
+    for (; rounds < MaximumRounds && changesBegun != m_changesBegun; ++rounds) {
+        const QScopedValueRollback<bool> takingIn(m_isTakingIn, true);
         changesBegun = ++m_changesBegun;
         now = ObservableTracker::runUntracked([&input] { return input.toList(); });
     }
+    Change change{nullptr, -1, type, mapper};
+    if (!isNext || rounds > 1)
+        change = Change{};
     const QList<T> before = std::exchange(m_cache, now);
-    tellAndAnnounce({nullptr, -1, type, mapper}, [&] { m_changeFunction(type, mapper, before, now); });
+    tellAndAnnounce(change, [&] { m_changeFunction(change.type, change.mapper, before, now); });
+}
+
+/// Announces what is outstanding. Tells whether the change at hand follows what the copy shows: not so if another one
+/// was made in answer to that, or is itself waiting to be taken in.
+template <class T>
+bool CachedObservableList<T>::settle()
+{
+    const int changesBegun = m_changesBegun;
+    const QScopedValueRollback<bool> takingIn(m_isTakingIn);
+    const bool isFirst = !std::exchange(m_isTakingIn, true);
+    announceOutstanding();
+    return changesBegun == m_changesBegun++ && isFirst;
 }
 
 /// Whether the change of one item fits what the copy knows: not so when another change was heard of before it.
 template <class T>
 bool CachedObservableList<T>::begin(const QVariantList& indexPath, int growth)
 {
-    announceOutstanding();
-    ++m_changesBegun;
+    if (!settle())
+        return false;
     const int index = indexOfPath(indexPath);
     const int length = m_input.impl() ? m_input.impl()->childCount(QVariantList()) : 0;
     return index >= 0 && index < std::max(length, int(m_cache.size())) && length == m_cache.size() + growth;
@@ -118,6 +137,7 @@ bool CachedObservableList<T>::begin(const QVariantList& indexPath, int growth)
 template <class T>
 std::optional<T> CachedObservableList<T>::read(int index)
 {
+    const QScopedValueRollback<bool> takingIn(m_isTakingIn, true);
     const int changesBegun = m_changesBegun;
     const ObservableList<T> input = m_input;
     T item = ObservableTracker::runUntracked([&] { return input[index]; });

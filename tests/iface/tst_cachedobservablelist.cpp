@@ -1,0 +1,261 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "DerivedListFixtures.h"
+
+#include <common/ListMirror.h>
+
+#include <iface/CachedObservableList.h>
+
+#include <QtTest>
+
+#include <stdexcept>
+
+using iface::CachedObservableList;
+using iface::ObservableList;
+using Cached = CachedObservableList<int>;
+using ChangeType = iface::ObservableListImpl::ChangeType;
+using IndexMapper = iface::ObservableListImpl::IndexMapper;
+
+namespace {
+
+QString inWords(const QList<int>& items)
+{
+    QStringList numbers;
+    for (const int item : items)
+        numbers.append(QString::number(item));
+    return numbers.join(QLatin1Char(' '));
+}
+
+} // namespace
+
+class TstCachedObservableList : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void isEmptyWithoutAnInput();
+    void followsItsInputAndTellsOldAndNew();
+    void replacesItsInputAsAReset();
+    void answersFromItsCopy();
+    void tellsItsFunctionsBeforeItAnnounces();
+    void announcesInOrderWhenAFunctionEditsTheInput();
+    void survivesHandlersThatEdit();
+    void announcesWhatAFunctionThrewAt();
+    void keepsUpAfterAnotherListenerEditedFirst();
+    void livesThroughAHandlerThatDropsIt();
+
+private:
+    EditableListPointer<int> m_input;
+    QExplicitlySharedDataPointer<Cached> m_cached;
+    ObservableList<int> m_list;
+};
+
+void TstCachedObservableList::init()
+{
+    m_input = EditableListPointer<int>(new EditableList<int>({1, 2, 3}));
+    m_cached = QExplicitlySharedDataPointer<Cached>(new Cached(ObservableList<int>(m_input.data())));
+    m_list = ObservableList<int>(m_cached.data());
+}
+
+void TstCachedObservableList::isEmptyWithoutAnInput()
+{
+    const ObservableList<int> list(new Cached);
+    QCOMPARE(list.size(), 0);
+    QCOMPARE(list[0], 0);
+    m_cached->setInput(ObservableList<int>());
+    QCOMPARE(m_list.size(), 0);
+    m_input->append(4);
+    QCOMPARE(m_list.size(), 0);
+}
+
+void TstCachedObservableList::followsItsInputAndTellsOldAndNew()
+{
+    const auto seed = QRandomGenerator::global()->generate();
+    qInfo("seed %u", seed);
+    QRandomGenerator random(seed);
+    QStringList told;
+    m_cached->setAddFunction([&](int index, int item) { told.append(QStringLiteral("+%1:%2").arg(index).arg(item)); });
+    m_cached->setRemoveFunction(
+        [&](int index, int item) { told.append(QStringLiteral("-%1:%2").arg(index).arg(item)); });
+    m_cached->setUpdateFunction([&](int index, int before, int after) {
+        told.append(QStringLiteral("%1:%2>%3").arg(index).arg(before).arg(after));
+    });
+    m_cached->setChangeFunction([&](ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper,
+                                    const QList<int>& before, const QList<int>& after) {
+        told.append(QStringLiteral("%1%2:%3>%4")
+                        .arg(int(type))
+                        .arg(mapper ? QStringLiteral("m") : QString(), inWords(before), inWords(after)));
+    });
+
+    // What the input announces, told with the contents before and after.
+    QList<int> before = m_input->items();
+    QStringList expected;
+    using List = iface::ObservableListImpl;
+    QObject context;
+    connect(m_input.data(), &List::itemAdded, &context, [&](const QVariantList& path) {
+        const int index = List::indexOfPath(path);
+        expected.append(QStringLiteral("+%1:%2").arg(index).arg(m_input->items().at(index)));
+    });
+    connect(m_input.data(), &List::itemRemoved, &context, [&](const QVariantList& path) {
+        const int index = List::indexOfPath(path);
+        expected.append(QStringLiteral("-%1:%2").arg(index).arg(before.at(index)));
+    });
+    connect(m_input.data(), &List::itemUpdated, &context, [&](const QVariantList& path) {
+        const int index = List::indexOfPath(path);
+        expected.append(QStringLiteral("%1:%2>%3").arg(index).arg(before.at(index)).arg(m_input->items().at(index)));
+    });
+    connect(m_input.data(), &List::itemsChanged, &context,
+            [&](ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper) {
+                expected.append(
+                    QStringLiteral("%1%2:%3>%4")
+                        .arg(int(type))
+                        .arg(mapper ? QStringLiteral("m") : QString(), inWords(before), inWords(m_input->items())));
+            });
+
+    ListMirror<int> inputMirror(ObservableList<int>(m_input.data()));
+    ListMirror<int> mirror(m_list);
+    for (int step = 0; step < 1500; ++step) {
+        before = m_input->items();
+        editAtRandom<int>(*m_input, random, [&] { return int(random.bounded(100)); });
+        QCOMPARE(std::exchange(told, {}), std::exchange(expected, {}));
+        QCOMPARE(mirror.take(), inputMirror.take());
+        QCOMPARE(mirror.items, m_input->items());
+        QCOMPARE(mirror.complaint, QString());
+    }
+}
+
+void TstCachedObservableList::replacesItsInputAsAReset()
+{
+    ListMirror<int> mirror(m_list);
+    QList<int> old;
+    m_cached->setChangeFunction([&](ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper,
+                                    const QList<int>& before, const QList<int>& after) {
+        QCOMPARE(type, ChangeType::Reset);
+        QVERIFY(!mapper);
+        QCOMPARE(after, QList<int>{9});
+        old = before;
+    });
+    m_cached->setInput(ObservableList<int>(new EditableList<int>({9})));
+    QCOMPARE(old, (QList<int>{1, 2, 3}));
+    m_input->append(4);
+    QCOMPARE(mirror.take(), QStringList{QStringLiteral("reset")});
+    QCOMPARE(m_list.toList(), QList<int>{9});
+}
+
+void TstCachedObservableList::answersFromItsCopy()
+{
+    // The input's own observers hear before the copy is made: they see the old item here.
+    QObject context;
+    const QExplicitlySharedDataPointer<EditableList<int>> input(new EditableList<int>({1}));
+    int seen = -1;
+    ObservableList<int> list;
+    connect(input.data(), &iface::ObservableListImpl::itemUpdated, &context,
+            [&](const QVariantList&) { seen = list[0]; });
+    list = ObservableList<int>(new Cached(ObservableList<int>(input.data())));
+    input->update(0, 2);
+    QCOMPARE(seen, 1);
+    QCOMPARE(list[0], 2);
+    for (const QVariantList& path : {QVariantList(), QVariantList{1}, QVariantList{-1}, QVariantList{0, 0}})
+        QVERIFY(!list.impl()->data(path).isValid());
+}
+
+void TstCachedObservableList::tellsItsFunctionsBeforeItAnnounces()
+{
+    ListMirror<int> mirror(m_list);
+    m_cached->setAddFunction([&](int index, int item) {
+        QCOMPARE(mirror.announced, QStringList());
+        QCOMPARE(m_list[index], item);
+    });
+    m_input->append(4);
+    QCOMPARE(mirror.take(), QStringList{QStringLiteral("added 3")});
+}
+
+void TstCachedObservableList::announcesInOrderWhenAFunctionEditsTheInput()
+{
+    ListMirror<int> mirror(m_list);
+    m_cached->setAddFunction([&](int, int) { m_input->remove(0); });
+    m_cached->setRemoveFunction([&](int, int item) {
+        if (item == 1)
+            m_input->update(0, 7);
+    });
+    m_input->append(4);
+    QCOMPARE(mirror.take(),
+             (QStringList{QStringLiteral("added 3"), QStringLiteral("removed 0"), QStringLiteral("updated 0")}));
+    QCOMPARE(mirror.items, (QList<int>{7, 3, 4}));
+    QCOMPARE(mirror.complaint, QString());
+}
+
+void TstCachedObservableList::survivesHandlersThatEdit()
+{
+    const auto seed = QRandomGenerator::global()->generate();
+    qInfo("seed %u", seed);
+    QRandomGenerator random(seed);
+    int depth = 0;
+    const auto edit = [&] { editAtRandom<int>(*m_input, random, [&] { return int(random.bounded(100)); }); };
+    const auto perhapsEdit = [&] {
+        if (depth >= 3 || random.bounded(3) == 0)
+            return;
+        ++depth;
+        edit();
+        --depth;
+    };
+    m_cached->setAddFunction([&](int, int) { perhapsEdit(); });
+    m_cached->setRemoveFunction([&](int, int) { perhapsEdit(); });
+    m_cached->setUpdateFunction([&](int, int, int) { perhapsEdit(); });
+    m_cached->setChangeFunction([&](ChangeType::Type, const QSharedPointer<IndexMapper>&, const QList<int>&,
+                                    const QList<int>&) { perhapsEdit(); });
+    ListMirror<int> mirror(m_list);
+    connect(m_list.impl(), &iface::ObservableImpl::observableChanged, this, perhapsEdit);
+    for (int step = 0; step < 1000; ++step) {
+        edit();
+        QCOMPARE(m_list.toList(), m_input->items());
+        QCOMPARE(mirror.items, m_input->items());
+        QCOMPARE(mirror.complaint, QString());
+    }
+}
+
+void TstCachedObservableList::announcesWhatAFunctionThrewAt()
+{
+    ListMirror<int> mirror(m_list);
+    m_cached->setAddFunction({});
+    QVERIFY_EXCEPTION_THROWN(m_input->append(4), boost::bad_function_call);
+    m_cached->setRemoveFunction([](int, int) { throw std::runtime_error("no"); });
+    QVERIFY_EXCEPTION_THROWN(m_input->remove(0), std::runtime_error);
+    QCOMPARE(mirror.take(), (QStringList{QStringLiteral("added 3"), QStringLiteral("removed 0")}));
+    m_input->update(0, 8);
+    QCOMPARE(mirror.items, (QList<int>{8, 3, 4}));
+    QCOMPARE(mirror.complaint, QString());
+}
+
+void TstCachedObservableList::keepsUpAfterAnotherListenerEditedFirst()
+{
+    const EditableListPointer<int> input(new EditableList<int>({1, 2}));
+    QObject context;
+    bool isEdited = false;
+    connect(input.data(), &iface::ObservableListImpl::itemAdded, &context, [&](const QVariantList&) {
+        if (!std::exchange(isEdited, true))
+            input->remove(0);
+    });
+    const ObservableList<int> list(new Cached(ObservableList<int>(input.data())));
+    ListMirror<int> mirror(list);
+    input->append(3);
+    QCOMPARE(list.toList(), (QList<int>{2, 3}));
+    QCOMPARE(mirror.items, list.toList());
+    QCOMPARE(mirror.complaint, QString());
+}
+
+void TstCachedObservableList::livesThroughAHandlerThatDropsIt()
+{
+    int calls = 0;
+    m_cached->setAddFunction([&](int, int) {
+        ++calls;
+        m_cached.reset();
+        m_list = ObservableList<int>();
+    });
+    m_input->append(4);
+    m_input->append(5);
+    QCOMPARE(calls, 1);
+}
+
+QTEST_GUILESS_MAIN(TstCachedObservableList)
+#include "tst_cachedobservablelist.moc"

@@ -1,0 +1,215 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "DerivedListFixtures.h"
+
+#include <common/ListMirror.h>
+
+#include <iface/CachedObservableList.h>
+#include <iface/CompositeMap.h>
+#include <iface/FilteredObservableList.h>
+#include <iface/MapObservableToValue.h>
+#include <iface/TransformedObservableList.h>
+
+#include <QtTest>
+
+#include <stdexcept>
+
+using iface::ObservableList;
+using iface::ObservableMap;
+using Value = iface::ObservableValue<QString>;
+using Cached = iface::CachedObservableList<QString>;
+using ChangeType = iface::ObservableListImpl::ChangeType;
+
+namespace {
+
+/// Ids, the records behind them, those that are not empty, and a copy of that.
+struct Chain
+{
+    explicit Chain(int count)
+    {
+        for (int i = 0; i < count; ++i)
+            ids->append(i);
+        const auto contents = iface::CompositeMap<int, Value, QString>::create(
+            ObservableMap<int, Value>(records.data()), iface::MapObservableToValue<QString>::create());
+        transformed = iface::TransformedObservableList::create<int, QString>(
+            ObservableList<int>(ids.data()), contents,
+            iface::LazyTransformedObservableListImpl<int, QString>::KeepsEverything);
+        const auto filtered =
+            iface::FilteredObservableList<QString>::create(transformed, [this](const QString& record) {
+                ++judgements;
+                return !record.isEmpty();
+            });
+        cached = QExplicitlySharedDataPointer<Cached>(new Cached(filtered));
+        view = ObservableList<QString>(cached.data());
+    }
+
+    QList<QString> expected() const
+    {
+        QList<QString> filled;
+        for (const int id : ids->items()) {
+            if (!records->peek(id).isEmpty())
+                filled.append(records->peek(id));
+        }
+        return filled;
+    }
+
+    EditableListPointer<int> ids{new EditableList<int>};
+    QExplicitlySharedDataPointer<RecordMap<int, QString>> records{new RecordMap<int, QString>};
+    ObservableList<QString> transformed;
+    QExplicitlySharedDataPointer<Cached> cached;
+    ObservableList<QString> view;
+    int judgements = 0;
+};
+
+} // namespace
+
+class TstDerivedListChain : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void announcesEachChangeOfARecordOnce_data();
+    void announcesEachChangeOfARecordOnce();
+    void tellsOldAndNewOfEveryItemHoweverLongAgoItWasRead();
+    void agreesWithANaiveRecomputation();
+    void survivesHandlersThatEditAndThrow();
+    void costsTheSameForAChangeAtAnyLength();
+};
+
+void TstDerivedListChain::announcesEachChangeOfARecordOnce_data()
+{
+    QTest::addColumn<int>("count");
+    for (const int count : {0, 1, 149, 150, 151, 1000})
+        QTest::addRow("%d items", count) << count;
+}
+
+// The value's own observers hear first, and while they do every derived list still holds the old item; nothing may be
+// announced from that.
+void TstDerivedListChain::announcesEachChangeOfARecordOnce()
+{
+    QFETCH(int, count);
+    Chain chain(count);
+    ListMirror<QString> mirror(chain.view);
+    for (int id = 0; id < count; ++id) {
+        chain.records->set(id, QStringLiteral("first %1").arg(id));
+        QCOMPARE(mirror.take(), QStringList{QStringLiteral("added %1").arg(id)});
+    }
+    for (int id = 0; id < count; ++id) {
+        chain.records->set(id, QStringLiteral("second %1").arg(id));
+        QCOMPARE(mirror.take(), QStringList{QStringLiteral("updated %1").arg(id)});
+    }
+    for (int id = count - 1; id >= 0; --id) {
+        chain.records->set(id, id % 2 ? QString() : QStringLiteral("second %1").arg(id));
+        QCOMPARE(mirror.take(), id % 2 ? QStringList{QStringLiteral("removed %1").arg(id)} : QStringList());
+    }
+    chain.ids->append(count);
+    QCOMPARE(mirror.take(), QStringList());
+    chain.records->set(count, QStringLiteral("late"));
+    QCOMPARE(mirror.take(), QStringList{QStringLiteral("added %1").arg((count + 1) / 2)});
+    chain.ids->remove(count);
+    QCOMPARE(mirror.take(), QStringList{QStringLiteral("removed %1").arg((count + 1) / 2)});
+    QCOMPARE(mirror.items, chain.expected());
+    QCOMPARE(mirror.complaint, QString());
+}
+
+void TstDerivedListChain::tellsOldAndNewOfEveryItemHoweverLongAgoItWasRead()
+{
+    Chain chain(400);
+    for (int id = 0; id < 400; ++id)
+        chain.records->set(id, QString::number(id));
+    int updates = 0;
+    chain.cached->setUpdateFunction([&](int index, const QString& before, const QString& after) {
+        ++updates;
+        QCOMPARE(before, QString::number(index));
+        QCOMPARE(after, QStringLiteral("new %1").arg(index));
+    });
+    for (int id = 0; id < 400; ++id)
+        chain.records->set(id, QStringLiteral("new %1").arg(id));
+    QCOMPARE(updates, 400);
+}
+
+void TstDerivedListChain::agreesWithANaiveRecomputation()
+{
+    const auto seed = QRandomGenerator::global()->generate();
+    qInfo("seed %u", seed);
+    QRandomGenerator random(seed);
+    const std::function<int()> makeId = [&] { return random.bounded(60); };
+    Chain chain(20);
+    ListMirror<QString> mirror(chain.view);
+    for (int step = 0; step < 3000; ++step) {
+        if (random.bounded(3))
+            chain.records->set(makeId(), random.bounded(3) ? QString::number(random.bounded(50)) : QString());
+        else
+            editAtRandom(*chain.ids, random, makeId);
+        QCOMPARE(chain.view.toList(), chain.expected());
+        QCOMPARE(mirror.items, chain.expected());
+        QCOMPARE(mirror.complaint, QString());
+    }
+}
+
+void TstDerivedListChain::survivesHandlersThatEditAndThrow()
+{
+    const auto seed = QRandomGenerator::global()->generate();
+    qInfo("seed %u", seed);
+    QRandomGenerator random(seed);
+    const std::function<int()> makeId = [&] { return random.bounded(40); };
+    Chain chain(10);
+    ListMirror<QString> mirror(chain.view);
+    const auto change = [&] {
+        if (random.bounded(3))
+            chain.records->set(makeId(), random.bounded(3) ? QString::number(random.bounded(50)) : QString());
+        else
+            editAtRandom(*chain.ids, random, makeId);
+    };
+    int depth = 0;
+    bool mayThrow = false;
+    const auto react = [&] {
+        if (depth >= 2)
+            return;
+        ++depth;
+        if (random.bounded(2))
+            change();
+        --depth;
+        if (mayThrow && random.bounded(10) == 0)
+            throw std::runtime_error("handler");
+    };
+    chain.cached->setAddFunction([&](int, const QString&) { react(); });
+    chain.cached->setRemoveFunction([&](int, const QString&) { react(); });
+    chain.cached->setUpdateFunction([&](int, const QString&, const QString&) { react(); });
+    for (int step = 0; step < 2000; ++step) {
+        change();
+        QCOMPARE(mirror.items, chain.expected());
+        QCOMPARE(mirror.complaint, QString());
+    }
+    // An exception ends the announcements of the change that it met, on whatever floor. What was cut off is healed by
+    // the next wholesale change.
+    mayThrow = true;
+    for (int step = 0; step < 300; ++step) {
+        depth = 0;
+        try {
+            change();
+        } catch (const std::runtime_error&) {
+        }
+    }
+    mayThrow = false;
+    chain.ids->reset({1, 2, 3, 4, 5});
+    for (int id = 1; id <= 5; ++id)
+        chain.records->set(id, QStringLiteral("after %1").arg(id));
+    QCOMPARE(chain.view.toList(), chain.expected());
+    QCOMPARE(mirror.items, chain.expected());
+}
+
+void TstDerivedListChain::costsTheSameForAChangeAtAnyLength()
+{
+    for (const int count : {10, 5000}) {
+        Chain chain(count);
+        for (int id = 0; id < count; ++id)
+            chain.records->set(id, QString::number(id));
+        QCOMPARE(chain.judgements, 2 * count); // each once empty, once filled
+        chain.records->set(count / 2, QStringLiteral("other"));
+        chain.ids->remove(0);
+        QCOMPARE(chain.judgements, 2 * count + 1);
+    }
+}
+
+QTEST_GUILESS_MAIN(TstDerivedListChain)
+#include "tst_derivedlistchain.moc"
