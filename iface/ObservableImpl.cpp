@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <iface/ObservableImpl.h>
 
+#include "CurrentRecorder.h"
+
 #include <iface/ObserverImpl.h>
+
+#include <utility>
 
 namespace iface {
 
@@ -55,7 +59,8 @@ void LightObserver::detach()
 }
 
 ObservableImpl::Announcement::Announcement(const ObservableImpl& observable)
-    : m_hold(observable.ref.loadRelaxed() > 0 ? &observable : nullptr)
+    : m_suspended(std::exchange(t_currentRecorder, nullptr))
+    , m_hold(observable.ref.loadRelaxed() > 0 ? &observable : nullptr)
     , m_observable(&observable)
     , m_outer(std::exchange(innermost<Announcement>(), this))
 {
@@ -64,6 +69,9 @@ ObservableImpl::Announcement::Announcement(const ObservableImpl& observable)
 ObservableImpl::Announcement::~Announcement()
 {
     innermost<Announcement>() = m_outer;
+    // May destroy the observable, which is nobody's dependency either.
+    m_hold.reset();
+    t_currentRecorder = m_suspended;
 }
 
 ObservableImpl::ObservableImpl() = default;

@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <iface/ObservableTracker.h>
 
+#include "CurrentRecorder.h"
+
 #include <iface/Logging.h>
 
 namespace iface {
 
-namespace {
+constinit thread_local ReadRecorder* t_currentRecorder = nullptr;
 
-thread_local constinit ReadRecorder* t_current = nullptr;
+namespace {
 
 // The lines are known under this name and these numbers to whoever reads logs; they do not follow the source.
 void reportNullSet(int line)
@@ -20,40 +22,40 @@ void reportNullSet(int line)
 
 void ObservableTracker::getterCalled(const Observable* observable)
 {
-    if (t_current && observable->ref.loadRelaxed() > 0)
-        t_current->recordRead(observable);
+    if (t_currentRecorder && observable->ref.loadRelaxed() > 0)
+        t_currentRecorder->recordRead(observable);
 }
 
 ReadRecorder* ObservableTracker::currentGetterCalledSet()
 {
-    return t_current;
+    return t_currentRecorder;
 }
 
 ReadRecorder* ObservableTracker::setCurrentGetterCalledSet(ReadRecorder* recorder)
 {
-    return std::exchange(t_current, recorder);
+    return std::exchange(t_currentRecorder, recorder);
 }
 
 ObservableTracker::Suspension::Suspension()
-    : m_suspended(std::exchange(t_current, nullptr))
+    : m_suspended(std::exchange(t_currentRecorder, nullptr))
 {
 }
 
 ObservableTracker::Suspension::~Suspension()
 {
-    t_current = m_suspended;
+    t_currentRecorder = m_suspended;
 }
 
 ObservableTracker::Scope::Scope(ReadRecorder* recorder)
-    : m_outer(std::exchange(t_current, recorder))
+    : m_outer(std::exchange(t_currentRecorder, recorder))
 {
-    if (!t_current)
+    if (!t_currentRecorder)
         reportNullSet(82);
 }
 
 bool ObservableTracker::Scope::finish() const
 {
-    if (t_current)
+    if (t_currentRecorder)
         return true;
     // Somebody has taken the recorder away and not put it back. Once for the result that is missing, once for the
     // set that is to be given back; that nothing was tracked around an outermost run is no fault and no line.
@@ -64,7 +66,7 @@ bool ObservableTracker::Scope::finish() const
 
 ObservableTracker::Scope::~Scope()
 {
-    t_current = m_outer;
+    t_currentRecorder = m_outer;
 }
 
 } // namespace iface

@@ -3,6 +3,7 @@
 #include <iface/ItemMovedMapper.h>
 #include <iface/ObservableList.h>
 #include <iface/ObservableListImplFunctorAdapter.h>
+#include <iface/ObservableTracker.h>
 #include <iface/ObserverFunctorAdapter.h>
 #include <iface/PrecomputedMapper.h>
 

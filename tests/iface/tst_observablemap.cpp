@@ -3,6 +3,7 @@
 #include <iface/CompositeMap.h>
 #include <iface/MapObservableToValue.h>
 #include <iface/ObservableMap.h>
+#include <iface/ObservableTracker.h>
 #include <iface/ObserverFunctorAdapter.h>
 #include <iface/WritableObservableValue.h>
 

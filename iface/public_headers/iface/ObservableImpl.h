@@ -3,7 +3,7 @@
 
 #include <iface/LightObserver.h>
 #include <iface/Observable.h>
-#include <iface/ObservableTracker.h>
+#include <iface/ReadRecorder.h>
 
 #include <QObject>
 
@@ -58,7 +58,7 @@ protected:
         friend class ObservableImpl;
         friend class LightObserver;
 
-        ObservableTracker::Suspension m_untracked;
+        ReadRecorder* const m_suspended;
         ObservablePointer m_hold;
         const ObservableImpl* m_observable;
         // The round of light observers under way: the next one to call, and the last one of this round.

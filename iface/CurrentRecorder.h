@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+namespace iface {
+
+class ReadRecorder;
+
+/// What takes note of this thread's reads (see ObservableTracker), within reach of announcements, which suspend it for
+/// every single change.
+extern constinit thread_local ReadRecorder* t_currentRecorder;
+
+} // namespace iface
