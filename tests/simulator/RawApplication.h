@@ -12,6 +12,7 @@
 
 #include <cstring>
 #include <memory>
+#include <utility>
 
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -83,11 +84,19 @@ public:
         return came ? body : QJsonObject{{QStringLiteral("never came"), wanted}};
     }
 
-    /// The types of everything that has come and was not taken, once something that is asked for now has come too.
+    /// Waits for the answer to something that is asked for now: everything sent before is done by then.
+    void synchronize()
+    {
+        const QString mark = QStringLiteral("mark %1").arg(++m_marks);
+        send(QStringLiteral("requestEcoId"), {{QStringLiteral("ppid"), mark}});
+        while (take("requestEcoIdResponse").value(QLatin1String("ppid")).toString(mark) != mark) {
+        }
+    }
+
+    /// The types of everything that has come and was not taken.
     QStringList drain()
     {
-        send("requestEcoId", "{\"ppid\":\"drained\"}");
-        take("requestEcoIdResponse");
+        synchronize();
         QStringList types;
         for (const QJsonObject& message : std::exchange(messages, {}))
             types.append(message.keys().value(0));
@@ -159,5 +168,6 @@ private:
     }
 
     int m_descriptor = -1;
+    int m_marks = 0;
     std::unique_ptr<QSocketNotifier> m_notifier;
 };

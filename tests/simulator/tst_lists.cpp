@@ -323,8 +323,7 @@ private Q_SLOTS:
 private:
     void replay(Mirror& mirror)
     {
-        m_application->send("requestEcoId", "{\"ppid\":\"replay\"}");
-        m_application->take("requestEcoIdResponse");
+        m_application->synchronize();
         for (const QJsonObject& message : std::exchange(m_application->messages, {}))
             mirror.apply(message);
     }
