@@ -86,9 +86,9 @@ private:
 template <class T>
 using EditableListPointer = QExplicitlySharedDataPointer<EditableList<T>>;
 
-/// Makes one random edit of any kind with items that `makeItem` gives.
+/// Makes one random edit of any kind with items that `makeItem` gives. The list stays below about `limit` items.
 template <class T>
-void editAtRandom(EditableList<T>& list, QRandomGenerator& random, const std::function<T()>& makeItem)
+void editAtRandom(EditableList<T>& list, QRandomGenerator& random, const std::function<T()>& makeItem, int limit = 100)
 {
     const auto makeItems = [&](int count) {
         QList<T> items;
@@ -97,7 +97,9 @@ void editAtRandom(EditableList<T>& list, QRandomGenerator& random, const std::fu
         return items;
     };
     const int size = list.size();
-    const int kind = random.bounded(12);
+    int kind = random.bounded(12);
+    if (kind < 4 && size >= limit)
+        kind = 6;
     if (kind < 3 || size == 0)
         return list.insert(random.bounded(size + 1), makeItem());
     if (kind == 3)
@@ -123,7 +125,7 @@ void editAtRandom(EditableList<T>& list, QRandomGenerator& random, const std::fu
     }
     if (kind == 10)
         return list.replaceData(makeItems(size));
-    const QList<T> other = makeItems(random.bounded(2 * size));
+    const QList<T> other = makeItems(random.bounded(std::min(2 * size, limit)));
     return random.bounded(2) ? list.reset(other) : list.changeWithoutMapper(other);
 }
 

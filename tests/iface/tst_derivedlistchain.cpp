@@ -180,22 +180,19 @@ void TstDerivedListChain::survivesHandlersThatEditAndThrow()
         QCOMPARE(mirror.items, chain.expected());
         QCOMPARE(mirror.complaint, QString());
     }
-    // An exception ends the announcements of the change that it met, on whatever floor. What was cut off is healed by
-    // the next wholesale change.
+    // Whoever threw, every list is whole.
     mayThrow = true;
-    for (int step = 0; step < 300; ++step) {
+    int thrown = 0;
+    for (int step = 0; step < 500; ++step) {
         depth = 0;
         try {
             change();
         } catch (const std::runtime_error&) {
+            ++thrown;
         }
+        QCOMPARE(chain.view.toList(), chain.expected());
     }
-    mayThrow = false;
-    chain.ids->reset({1, 2, 3, 4, 5});
-    for (int id = 1; id <= 5; ++id)
-        chain.records->set(id, QStringLiteral("after %1").arg(id));
-    QCOMPARE(chain.view.toList(), chain.expected());
-    QCOMPARE(mirror.items, chain.expected());
+    QVERIFY(thrown > 0);
 }
 
 void TstDerivedListChain::costsTheSameForAChangeAtAnyLength()

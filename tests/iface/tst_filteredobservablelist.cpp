@@ -184,7 +184,7 @@ void TstFilteredObservableList::announcesWhatANaiveFilterWould()
         const int plainBefore = mirror.plainChanges;
         const int kind = random.bounded(10);
         if (kind < 5) {
-            editAtRandom(*input, random, makeItem);
+            editAtRandom(*input, random, makeItem, 100 + 2 * count);
         } else {
             if (kind == 5)
                 flags.limit->setValue(random.bounded(3) ? 0 : random.bounded(flagCount));

@@ -267,7 +267,7 @@ void TstLazyTransformedObservableList::isFollowedByAMirrorWhenItKeepsEverything(
     Mirror mirror(desk.list);
     for (int step = 0; step < 500; ++step) {
         if (random.bounded(2))
-            editAtRandom(*desk.keys, random, makeKey);
+            editAtRandom(*desk.keys, random, makeKey, 1500);
         else
             desk.map->set({{makeKey(), QString::number(random.bounded(1000))}});
         QCOMPARE(mirror.items, desk.expected());
