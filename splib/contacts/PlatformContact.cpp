@@ -22,6 +22,8 @@ class RepeatedTexts
 public:
     void share(QString& text, QString& last)
     {
+        if (text.isEmpty())
+            return; // nothing to share, and a missing text is to stay null
         if (text == last)
             text = last;
         else

@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <splib/RegistrationHandler.h>
+#include <splib/contacts/PlatformContact.h>
+#include <splib/profilebox/ProfileBoxImage.h>
+#include <splib/profilebox/ProfileBoxItem.h>
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+#include <utility>
+
+/// What the handlers below have heard, one line an event, in order. Shared by all handlers of one test.
+///
+/// The manager's own handlers are made by the manager, so a test gives them this afterwards. An expected line may be
+/// met with an action (`on`), which runs inside the event, once.
+class EventLog
+{
+public:
+    void add(const QString& line)
+    {
+        m_lines.append(line);
+        if (m_trigger == line) {
+            m_trigger.clear();
+            std::exchange(m_action, nullptr)();
+        }
+    }
+
+    void on(const QString& line, std::function<void()> action)
+    {
+        m_trigger = line;
+        m_action = std::move(action);
+    }
+
+    /// What has been heard since the last time.
+    QStringList take() { return std::exchange(m_lines, {}); }
+    const QStringList& lines() const { return m_lines; }
+
+private:
+    QStringList m_lines;
+    QString m_trigger;
+    std::function<void()> m_action;
+};
+
+struct RecordingHandler
+{
+    EventLog* log = nullptr;
+
+    void note(const char* event, const QStringList& values) const
+    {
+        if (log)
+            log->add(QLatin1String(event) + u' ' + values.join(u' '));
+    }
+};
+
+struct RecordingRegistration : RecordingHandler
+{
+    void pushPermissionEvent(const QString& code) const { note("state", {code}); }
+};
+
+struct RecordingUserProfile : RecordingHandler
+{
+    using Contact = zelsplib::PlatformContact;
+    void pushPlatformUserProfileDisplayNameChangedEvent(const Contact& c) const { note("name", {c.getDisplayName()}); }
+    void pushPlatformUserProfilePersonalMessageChangedEvent(const Contact& c) const
+    {
+        note("message", {c.getPersonalMessage()});
+    }
+    void pushPlatformUserProfileStatusChangedEvent(const Contact& c) const
+    {
+        note("status", {c.getShowBusy() ? QStringLiteral("busy") : QStringLiteral("available"), c.getStatusMessage()});
+    }
+    void pushPlatformUserProfileAvatarChangedEvent(const Contact& c) const
+    {
+        note("picture", {c.getAvatarId(), c.getAvatarMimeType(), QString::fromLatin1(c.getAvatarData())});
+    }
+};
+
+struct RecordingContactList : RecordingHandler
+{
+    using Contact = zelsplib::PlatformContact;
+    void pushGetPlatformContactListEvent(const QList<Contact>& list) const
+    {
+        note("contacts", {QString::number(list.size())});
+    }
+    void pushPlatformContactInstallAppEvent(const Contact& c) const { note("install", {c.getHandle()}); }
+    void pushPlatformContactUninstallAppEvent(const Contact& c) const { note("uninstall", {c.getHandle()}); }
+    void pushPlatformContactUpdateEvent(const Contact&, const Contact& c) const { note("update", {c.getHandle()}); }
+    void pushPlatformContactInvitationReceivedEvent(const Contact& c) const { note("invitation", {c.getHandle()}); }
+    void pushPlatformContactAvatarChangedEvent(const Contact& c) const { note("avatar", {c.getHandle()}); }
+};
+
+struct RecordingProfileBox : RecordingHandler
+{
+    using Item = zelsplib::ProfileBoxItem;
+    using Image = zelsplib::ProfileBoxImage;
+    void pushAddProfileBoxItemEvent(const Item& i) const { note("item added", {i.getItemId(), i.getText()}); }
+    void pushRemoveProfileBoxItemEvent(const Item& i) const { note("item removed", {i.getItemId(), i.getText()}); }
+    void pushAddProfileBoxImageEvent(const Image& i) const { note("icon added", {i.getImageId(), data(i)}); }
+    void pushRemoveProfileBoxImageEvent(const Image& i) const { note("icon removed", {i.getImageId(), data(i)}); }
+    void pushRetrievedProfileBoxImageEvent(const Image& i) const
+    {
+        note("icon retrieved", {i.getImageId(), i.getImage()->getMimeType(), data(i)});
+    }
+
+private:
+    static QString data(const Image& image) { return QString::fromLatin1(image.getImage()->getData()); }
+};
+
+struct RecordingEcoId : RecordingHandler
+{
+    void pushEcoIdResponse(const QString& ppid, const QString& ecoId) const { note("ecoId", {ppid, ecoId}); }
+};
+
+struct RecordingEcoIdStatus : RecordingHandler
+{
+    void pushEcoIdStatusResponse(const QString& ecoId, const QString& status) const
+    {
+        note("ecoIdStatus", {ecoId, status});
+    }
+};
+
+struct RecordingConnections
+{
+};
+
+struct RecordingInvocations : RecordingHandler
+{
+    bool answer = true;
+    bool sendContactInvitation(const QString& ecoId, const QString& name, const QString& message) const
+    {
+        note("invite", {ecoId, name, message});
+        return answer;
+    }
+    bool invokeChat(const QString& ecoId) const
+    {
+        note("chat", {ecoId});
+        return answer;
+    }
+};
+
+/// The facade's side of the managers.
+struct RecordingGates final : RecordingHandler, zelsplib::RegistrationHandler
+{
+    void registered() override { note("gate", {QStringLiteral("registered")}); }
+    void userProfileIsReady() override { note("gate", {QStringLiteral("profile")}); }
+    void userProfileAvatarIsReady() override { note("gate", {QStringLiteral("picture")}); }
+    void profileBoxIsReady() override { note("gate", {QStringLiteral("box")}); }
+    void contactsIsReady() override { note("gate", {QStringLiteral("contacts")}); }
+};

@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <slog/slog.h>
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+#include <cstdio>
+#include <sys/mman.h>
+#include <unistd.h>
+
+/// Catches what the system log takes while it lives, of every severity unless told otherwise.
+///
+///     SlogCapture log;
+///     ...
+///     QCOMPARE(log.lines(), QStringList{QStringLiteral("2: Error:x")});
+class SlogCapture
+{
+public:
+    explicit SlogCapture(int highestSeverity = 7)
+        : m_file(::memfd_create("slog", MFD_CLOEXEC))
+        , m_standardError(::dup(STDERR_FILENO))
+    {
+        std::fflush(stderr);
+        ::dup2(m_file, STDERR_FILENO);
+        configure(QByteArray::number(highestSeverity));
+    }
+
+    ~SlogCapture()
+    {
+        configure(m_levelBefore);
+        std::fflush(stderr);
+        ::dup2(m_standardError, STDERR_FILENO);
+        ::close(m_standardError);
+        ::close(m_file);
+    }
+
+    SlogCapture(const SlogCapture&) = delete;
+    SlogCapture& operator=(const SlogCapture&) = delete;
+
+    /// Each line so far as "severity: text".
+    QStringList lines() const
+    {
+        const QByteArray mark("zelplatform[severity ");
+        QStringList lines;
+        for (const QByteArray& line : written().split('\n')) {
+            if (line.startsWith(mark))
+                lines.append(
+                    QString::fromUtf8(line.mid(mark.size())).replace(QStringLiteral("]: "), QStringLiteral(": ")));
+        }
+        return lines;
+    }
+
+    /// The lines so far of one severity, without it.
+    QStringList lines(int severity) const
+    {
+        const QString mark = QString::number(severity) + QStringLiteral(": ");
+        QStringList found;
+        for (const QString& line : lines()) {
+            if (line.startsWith(mark))
+                found.append(line.mid(mark.size()));
+        }
+        return found;
+    }
+
+private:
+    static void configure(const QByteArray& level)
+    {
+        qputenv("ZEL_SLOG", "stderr");
+        if (level.isNull())
+            qunsetenv("ZEL_SLOG_LEVEL");
+        else
+            qputenv("ZEL_SLOG_LEVEL", level);
+        slog_reload();
+    }
+
+    QByteArray written() const
+    {
+        QByteArray text(static_cast<qsizetype>(::lseek(m_file, 0, SEEK_END)), '\0');
+        const auto count = ::pread(m_file, text.data(), static_cast<size_t>(text.size()), 0);
+        text.truncate(count < 0 ? 0 : static_cast<qsizetype>(count));
+        return text;
+    }
+
+    const QByteArray m_levelBefore = qgetenv("ZEL_SLOG_LEVEL");
+    const int m_file;
+    const int m_standardError;
+};

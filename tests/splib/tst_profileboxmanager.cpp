@@ -1,0 +1,373 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <splib/profilebox/ProfileBoxManager.h>
+
+#include <common/FakePipe.h>
+#include <common/RecordingHandlers.h>
+#include <common/SlogCapture.h>
+
+#include <QCryptographicHash>
+#include <QTest>
+
+using zelsplib::Avatar;
+using zelsplib::ProfileBoxImage;
+using zelsplib::ProfileBoxItem;
+using zelsplib::ProfileBoxState;
+using Manager = zelsplib::ProfileBoxManager<RecordingProfileBox>;
+
+struct HearsOfItemsOnly
+{
+    void pushAddProfileBoxItemEvent(const ProfileBoxItem&) {}
+    void pushRemoveProfileBoxItemEvent(const ProfileBoxItem&) {}
+};
+static_assert(zelsplib::ProfileBoxEvents<RecordingProfileBox> && !zelsplib::ProfileBoxEvents<HearsOfItemsOnly>);
+
+class TstProfileBoxManager : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void isReadyWhenBothListsHaveCome();
+    void tellsNothingOfWhatTheBoxHeldAtFirst();
+    void checksItems_data();
+    void checksItems();
+    void writesItems();
+    void checksIcons();
+    void sendsAPendingIconsData();
+    void joinsAListedIconWithItsData();
+    void followsTheItems();
+    void answersItemsById();
+    void tellsWhatAWholeListChanges();
+    void keepsOrderWhileASlotSpins();
+    void ignoresAnIconThatItHas();
+    void retrievesIconsInRequestOrder();
+    void reportsTheTypeThatTheBytesShow();
+    void doesNothingBeforeItIsStarted();
+};
+
+namespace {
+
+QStringList lines(std::initializer_list<const char*> texts)
+{
+    QStringList all;
+    for (const char* text : texts)
+        all.append(QString::fromUtf8(text));
+    return all;
+}
+
+QByteArray streamIdOf(int lowByte)
+{
+    return QCryptographicHash::hash(QByteArray("requestProfileBoxImage-") + static_cast<char>(lowByte),
+                                    QCryptographicHash::Sha1)
+        .toHex();
+}
+
+const QString letters(int count)
+{
+    return QString(count, u'x');
+}
+
+struct Fixture
+{
+    QSharedPointer<FakePipe> pipe = QSharedPointer<FakePipe>::create();
+    EventLog log;
+    RecordingGates gates;
+    Manager manager{QSharedPointer<zel::ListApiMultiplexer>::create(pipe),
+                    QSharedPointer<zel::JsonStream>::create(pipe), &gates};
+
+    Fixture()
+    {
+        gates.log = &log;
+        manager.eventHandler().log = &log;
+    }
+
+    void init()
+    {
+        manager.init();
+        QTRY_COMPARE(pipe->sentCount(), 2);
+        pipe->clearSent();
+    }
+
+    /// A box whose lists have come: item i1 and icon 7.
+    void initWithBox()
+    {
+        init();
+        whole("profileBoxItem", R"({"itemId":"i1","text":"a"})");
+        whole("profileBoxImage", R"({"imageId":"7","imageHash":"h7"})");
+        QCOMPARE(log.take(), lines({"gate box"}));
+    }
+
+    void whole(const QByteArray& list, const QByteArray& elements)
+    {
+        pipe->inject(R"({"listAll":{"type":")" + list + R"("}})");
+        pipe->inject(R"({"listChunk":{"type":")" + list + R"(","elements":[)" + elements + R"(],"last":true}})");
+    }
+    void message(const char* type, const QByteArray& list, const QByteArray& elements)
+    {
+        pipe->inject(QByteArray("{\"") + type + R"(":{"type":")" + list + R"(","elements":[)" + elements + "]}}");
+    }
+    void stream(const QByteArray& id, const QByteArray& data)
+    {
+        pipe->inject(R"({"stream":{"id":")" + id + R"(","value":")" + data.toBase64() + R"(","last":true}})");
+    }
+
+    bool createIcon(int id, const QByteArray& data)
+    {
+        return manager.createProfileBoxImage(id, Avatar::Png, data.constData(), static_cast<unsigned>(data.size()));
+    }
+    QString items() const
+    {
+        QList<ProfileBoxItem> items;
+        manager.getProfileBoxItems(items);
+        QStringList texts;
+        for (const ProfileBoxItem& item : items)
+            texts.append(item.getItemId() + u'=' + item.getText());
+        return texts.join(u' ');
+    }
+};
+
+} // namespace
+
+void TstProfileBoxManager::isReadyWhenBothListsHaveCome()
+{
+    Fixture f;
+    QCOMPARE(f.manager.profileBoxState(), ProfileBoxState::Loading);
+    f.manager.init();
+    QTRY_COMPARE(f.pipe->sentCount(), 2);
+    QVERIFY(f.pipe->expectSentText(R"({"requestListAll":{"type":"profileBoxImage"}})"));
+    QVERIFY(f.pipe->expectSentText(R"({"requestListAll":{"type":"profileBoxItem"}})"));
+    f.whole("profileBoxItem", "");
+    QCOMPARE(f.log.take(), QStringList());
+    f.whole("profileBoxImage", "");
+    QCOMPARE(f.log.take(), lines({"gate box"}));
+    QCOMPARE(f.manager.profileBoxState(), ProfileBoxState::Ready);
+    f.whole("profileBoxImage", R"({"imageId":"1"})");
+    f.whole("profileBoxItem", "");
+    QCOMPARE(f.log.take(), lines({"icon added 1 "}));
+}
+
+void TstProfileBoxManager::tellsNothingOfWhatTheBoxHeldAtFirst()
+{
+    Fixture f;
+    f.initWithBox();
+    QCOMPARE(f.items(), QStringLiteral("i1=a"));
+    QList<ProfileBoxImage> images;
+    f.manager.buildProfileBoxImageList(images);
+    QCOMPARE(images, QList<ProfileBoxImage>{ProfileBoxImage::create(QStringLiteral("7"), QStringLiteral("h7"))});
+}
+
+void TstProfileBoxManager::checksItems_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("cookie");
+    QTest::addColumn<QString>("refusal");
+    const auto row = [](const char* name, const QString& text, const QString& cookie, const char* refusal) {
+        QTest::newRow(name) << text << cookie << QString::fromUtf8(refusal);
+    };
+    row("longest", letters(98) + QStringLiteral("\n\r"), letters(128), "");
+    row("shortest", letters(1), {}, "");
+    row("null", {}, {}, "text is null or empty");
+    row("empty", QStringLiteral(""), letters(129), "text is null or empty");
+    row("long", letters(98) + QStringLiteral("\n\n\n"), {}, "text > 100 chars");
+    row("three breaks", QStringLiteral("a\n\n\n"), letters(129), "text contains more than 2 new line chars");
+    row("two pairs", QStringLiteral("a\r\nb\r\nc"), {}, "text contains more than 2 new line chars");
+    row("long cookie", letters(100), letters(129), "cookie > 128 chars");
+}
+
+void TstProfileBoxManager::checksItems()
+{
+    QFETCH(QString, text);
+    QFETCH(QString, cookie);
+    QFETCH(QString, refusal);
+    Fixture f;
+    const SlogCapture log(5);
+    QCOMPARE(f.manager.createProfileBoxItem(text, {}, cookie), refusal.isEmpty());
+    QCOMPARE(f.pipe->sentCount(), refusal.isEmpty() ? 1 : 0);
+    QCOMPARE(log.lines(2), refusal.isEmpty()
+                               ? QStringList()
+                               : QStringList{QStringLiteral("Error:Failed to create profile box item: ") + refusal});
+}
+
+void TstProfileBoxManager::writesItems()
+{
+    Fixture f;
+    QVERIFY(f.manager.createProfileBoxItem(QStringLiteral("t"), {}, QString()));
+    QVERIFY(f.pipe->expectSentText(R"({"createProfileBoxItem":{"text":"t","cookie":""}})"));
+    QVERIFY(f.manager.createProfileBoxItem(QStringLiteral("t"), 0, QStringLiteral("c")));
+    QVERIFY(f.pipe->expectSentText(R"({"createProfileBoxItem":{"text":"t","cookie":"c","imageId":"0"}})"));
+}
+
+void TstProfileBoxManager::checksIcons()
+{
+    Fixture f;
+    f.initWithBox();
+    const SlogCapture log(5);
+    const QByteArray huge(32769, 'x');
+    QVERIFY(!f.manager.createProfileBoxImage(-1, Avatar::Png, nullptr, 0));
+    QVERIFY(!f.manager.createProfileBoxImage(0, Avatar::Png, nullptr, 0));
+    QVERIFY(!f.createIcon(0, ""));
+    QVERIFY(!f.createIcon(0, huge));
+    QVERIFY(!f.createIcon(7, "x"));
+    QVERIFY(f.pipe->expectNothingSent());
+    QVERIFY(f.createIcon(0, "x"));
+    QVERIFY(f.createIcon(2147483647, huge.left(32768)));
+    QVERIFY(f.pipe->expectSentText(
+        R"({"createProfileBoxImage":{"imageHash":"11f6ad8ec52a2984abaafd7c3b516503785c2072","imageId":"0"}})"));
+    f.pipe->clearSent();
+    QVERIFY(!f.createIcon(0, "y"));
+    f.message("listAdd", "profileBoxImage", R"({"imageId":"0"})");
+    QVERIFY(!f.createIcon(0, "y"));
+    QVERIFY(f.pipe->expectNothingSent());
+    QCOMPARE(log.lines(2),
+             lines({"Error:Failed to register profile box icon: icon ID is invalid",
+                    "Error:Failed to register profile box icon: null pointer found",
+                    "Error:Failed to register profile box icon: icon size=0 is invalid",
+                    "Error:Failed to register profile box icon: icon size=32769 is invalid",
+                    "Error:Failed to register a profile box icon with id=7; already registered",
+                    "Error:Failed to register profile box icon ID=0: registration of icon with same ID already in "
+                    "progress",
+                    "Error:Failed to register a profile box icon with id=0; already registered"}));
+}
+
+void TstProfileBoxManager::sendsAPendingIconsData()
+{
+    Fixture f;
+    f.initWithBox();
+    f.createIcon(3, "icon");
+    f.pipe->clearSent();
+    const SlogCapture log;
+    f.pipe->inject(R"({"requestNewProfileBoxImage":{"imageId":"4","streamId":"s"}})");
+    QVERIFY(f.pipe->expectNothingSent());
+    f.pipe->inject(R"({"requestNewProfileBoxImage":{"imageId":"3","streamId":"s"}})");
+    QVERIFY(f.pipe->expectSentText(R"({"stream":{"id":"s","value":"aWNvbg==","last":true}})"));
+    QCOMPARE(log.lines(), lines({"6: zelcore request user profile box image, imageId:4, streamId:s",
+                                 "3: Failed to find pending user profile box image, imageId:4, streamId:s",
+                                 "6: zelcore request user profile box image, imageId:3, streamId:s"}));
+}
+
+void TstProfileBoxManager::joinsAListedIconWithItsData()
+{
+    Fixture f;
+    f.initWithBox();
+    f.createIcon(3, "icon");
+    f.createIcon(4, "four");
+    f.pipe->clearSent();
+    f.message("listAdd", "profileBoxImage", R"({"imageId":"3","imageHash":"h"},{"imageId":"5"})");
+    QCOMPARE(f.log.take(), lines({"icon added 3 icon", "icon added 5 "}));
+    f.pipe->inject(R"({"requestNewProfileBoxImage":{"imageId":"3","streamId":"s"}})");
+    QVERIFY(f.pipe->expectNothingSent());
+    f.whole("profileBoxImage", R"({"imageId":"4"},{"imageId":"3","imageHash":"h"})");
+    QCOMPARE(f.log.take(), lines({"icon removed 7 ", "icon removed 5 ", "icon added 4 four"}));
+    f.message("listRemove", "profileBoxImage", R"({"imageId":"3"})");
+    QCOMPARE(f.log.take(), lines({"icon removed 3 icon"}));
+}
+
+void TstProfileBoxManager::followsTheItems()
+{
+    Fixture f;
+    f.initWithBox();
+    f.message("listAdd", "profileBoxItem", R"({"itemId":"i2","text":"b"},{"itemId":"i1","text":"a2"})");
+    f.message("listChange", "profileBoxItem", R"({"itemId":"i2","cookie":"c"})");
+    QCOMPARE(f.log.take(), lines({"item added i2 b"}));
+    QCOMPARE(f.items(), QStringLiteral("i1=a2 i2=b"));
+    f.message("listRemove", "profileBoxItem", R"({"itemId":"i1"},{"itemId":"i9"},{"itemId":"i2"})");
+    QCOMPARE(f.log.take(), lines({"item removed i1 a2", "item removed i2 b"}));
+    QCOMPARE(f.manager.profileBoxItemCount(), 0);
+}
+
+void TstProfileBoxManager::answersItemsById()
+{
+    Fixture f;
+    f.initWithBox();
+    f.message("listAdd", "profileBoxItem", R"({"itemId":"i2","imageId":"7","text":"b","cookie":"c"})");
+    ProfileBoxItem item;
+    QVERIFY(!f.manager.getProfileBoxItemByItemId(QStringLiteral("i3"), &item));
+    QCOMPARE(item, ProfileBoxItem());
+    QVERIFY(f.manager.getProfileBoxItemByItemId(QStringLiteral("i2"), &item));
+    QCOMPARE(item, ProfileBoxItem::create(QStringLiteral("i2"), QStringLiteral("7"), QStringLiteral("b"),
+                                          QStringLiteral("c")));
+    f.manager.removeProfileBoxItem(QStringLiteral("i2"));
+    QVERIFY(f.pipe->expectSentText(R"({"requestListRemove":{"elements":[{"itemId":"i2"}],"type":"profileBoxItem"}})"));
+    QCOMPARE(f.manager.profileBoxItemCount(), 2);
+}
+
+void TstProfileBoxManager::tellsWhatAWholeListChanges()
+{
+    Fixture f;
+    f.initWithBox();
+    f.whole("profileBoxItem", R"({"itemId":"i3","text":"c"},{"itemId":"i1","text":"changed"},{"itemId":"i2"})");
+    QCOMPARE(f.log.take(), lines({"item added i3 c", "item added i2 "}));
+    f.whole("profileBoxItem", R"({"itemId":"i4","text":"d"},{"itemId":"i2"})");
+    QCOMPARE(f.log.take(), lines({"item removed i3 c", "item removed i1 changed", "item added i4 d"}));
+    QCOMPARE(f.items(), QStringLiteral("i4=d i2="));
+}
+
+void TstProfileBoxManager::keepsOrderWhileASlotSpins()
+{
+    Fixture f;
+    f.initWithBox();
+    f.log.on(QStringLiteral("item removed i1 a"), [&f] {
+        QCOMPARE(f.items(), QStringLiteral("i2=b i3=c"));
+        f.message("listRemove", "profileBoxItem", R"({"itemId":"i2"})");
+    });
+    f.whole("profileBoxItem", R"({"itemId":"i2","text":"b"},{"itemId":"i3","text":"c"})");
+    QCOMPARE(f.log.take(), lines({"item removed i1 a", "item added i2 b", "item added i3 c", "item removed i2 b"}));
+}
+
+void TstProfileBoxManager::ignoresAnIconThatItHas()
+{
+    Fixture f;
+    f.initWithBox();
+    f.message("listAdd", "profileBoxImage", R"({"imageId":"7","imageHash":"new"})");
+    QCOMPARE(f.log.take(), QStringList());
+    QList<ProfileBoxImage> images;
+    f.manager.buildProfileBoxImageList(images);
+    QCOMPARE(images.size(), 1);
+    QCOMPARE(images[0].getImageHash(), QStringLiteral("new"));
+}
+
+void TstProfileBoxManager::retrievesIconsInRequestOrder()
+{
+    Fixture f;
+    f.initWithBox();
+    QCOMPARE(streamIdOf(1), QByteArray("71df9e51ef778ae76cb68ca4583a773d3ff62ec1"));
+    for (const int id : {1, 257, 200}) {
+        f.manager.retrieveProfileBoxImage(id);
+        QVERIFY(f.pipe->expectSentText(R"({"requestProfileBoxImage":{"streamId":")" + streamIdOf(id & 0xff) +
+                                       R"(","imageId":")" + QByteArray::number(id) + R"("}})"));
+    }
+    f.stream("other", "x");
+    f.stream(streamIdOf(200), "c");
+    f.stream(streamIdOf(1), "a");
+    f.stream(streamIdOf(1), "b");
+    f.stream(streamIdOf(1), "d");
+    QCOMPARE(f.log.take(), lines({"icon retrieved 200 image/jpeg c", "icon retrieved 1 image/jpeg a",
+                                  "icon retrieved 257 image/jpeg b"}));
+}
+
+void TstProfileBoxManager::reportsTheTypeThatTheBytesShow()
+{
+    QCOMPARE(Avatar::imageTypeOf(QByteArray::fromHex("89504e470d0a1a0a00")), Avatar::Png);
+    QCOMPARE(Avatar::imageTypeOf("GIF89a..."), Avatar::Gif);
+    QCOMPARE(Avatar::imageTypeOf("GIF87a"), Avatar::Gif);
+    QCOMPARE(Avatar::imageTypeOf("BM...."), Avatar::Bmp);
+    for (const char* other : {"\xff\xd8\xff\xe0", "", "GIF88a", "B", "\x89PN"})
+        QCOMPARE(Avatar::imageTypeOf(other), Avatar::Jpeg);
+    Fixture f;
+    f.initWithBox();
+    f.manager.retrieveProfileBoxImage(1);
+    f.stream(streamIdOf(1), "BM1");
+    QCOMPARE(f.log.take(), lines({"icon retrieved 1 image/bmp BM1"}));
+}
+
+void TstProfileBoxManager::doesNothingBeforeItIsStarted()
+{
+    Fixture f;
+    QVERIFY(f.createIcon(1, "x"));
+    f.pipe->clearSent();
+    f.manager.removeProfileBoxItem(QStringLiteral("i1"));
+    QVERIFY(f.pipe->expectNothingSent());
+    QCOMPARE(f.manager.profileBoxItemCount(), 0);
+}
+
+QTEST_GUILESS_MAIN(TstProfileBoxManager)
+#include "tst_profileboxmanager.moc"
