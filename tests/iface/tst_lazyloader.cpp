@@ -303,9 +303,9 @@ void TstLazyLoader::survivesAThrowingObserver()
     turn();
     ObserverFunctorAdapter observer([] { throw std::runtime_error("no"); });
     f.loader->value(key(0))->addObserver(&observer);
-    QVERIFY_EXCEPTION_THROWN(f.loader->store(key(0), 1), std::runtime_error);
+    QVERIFY_THROWS_EXCEPTION(std::runtime_error, f.loader->store(key(0), 1));
     QVERIFY(f.loader->isLoaded(key(0)));
-    QVERIFY_EXCEPTION_THROWN(f.loader->updateDone(), std::runtime_error);
+    QVERIFY_THROWS_EXCEPTION(std::runtime_error, f.loader->updateDone());
     for (int i = 0; i < 20; ++i)
         QVERIFY(f.loader->isLoaded(key(i)));
     turn();

@@ -109,7 +109,7 @@ void TstObservableImpl::callsAnEmptyFunctionWithAnException()
     const Observables observable(new ObservableImpl);
     ObserverFunctorAdapter observer({});
     QVERIFY(observable->addObserver(&observer));
-    QVERIFY_EXCEPTION_THROWN(observable->notifyObservers(), boost::bad_function_call);
+    QVERIFY_THROWS_EXCEPTION(boost::bad_function_call, observable->notifyObservers());
 }
 
 void TstObservableImpl::announcesLightObserversFirstEachInOrder()
@@ -305,7 +305,7 @@ void TstObservableImpl::staysWholeWhenAnObserverThrows()
         else
             observable->addObserver(&observer);
         const auto read = ObservableTracker::runAndMonitor([&] {
-            QVERIFY_EXCEPTION_THROWN(observable->notifyObservers(), std::runtime_error);
+            QVERIFY_THROWS_EXCEPTION(std::runtime_error, observable->notifyObservers());
             value.getValue();
         });
         QVERIFY2(read->contains(value.impl()), "tracking goes on where it was");

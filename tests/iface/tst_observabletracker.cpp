@@ -132,8 +132,8 @@ void TstObservableTracker::restoresTheOuterSetWhateverIsThrown()
         a->getValue();
     });
     QVERIFY(outer->contains(a.data()));
-    QVERIFY_EXCEPTION_THROWN(ObservableTracker::runAndMonitor([] { throw std::runtime_error("no"); }),
-                             std::runtime_error);
+    QVERIFY_THROWS_EXCEPTION(std::runtime_error,
+                             ObservableTracker::runAndMonitor([] { throw std::runtime_error("no"); }));
     QVERIFY(!ObservableTracker::currentGetterCalledSet());
 }
 
@@ -168,7 +168,7 @@ void TstObservableTracker::reportsASetThatWasTakenAway()
 
 void TstObservableTracker::throwsForAnEmptyFunction()
 {
-    QVERIFY_EXCEPTION_THROWN(ObservableTracker::runAndMonitor(boost::function<void()>()), boost::bad_function_call);
+    QVERIFY_THROWS_EXCEPTION(boost::bad_function_call, ObservableTracker::runAndMonitor(boost::function<void()>()));
 }
 
 void TstObservableTracker::findsManyReads()
@@ -377,7 +377,7 @@ void TstObservableTracker::watchesWhatItHadReadWhenItThrew()
         },
         nullptr, QString(), true);
     turn();
-    QVERIFY_EXCEPTION_THROWN(a->setValue(-1), std::runtime_error);
+    QVERIFY_THROWS_EXCEPTION(std::runtime_error, a->setValue(-1));
     QCOMPARE(runs, 2);
     b->setValue(1);
     QCOMPARE(runs, 2);
@@ -581,7 +581,7 @@ void TstObservableTracker::goesOnWaitingAfterAnException()
         },
         nullptr, QString());
     turn();
-    QVERIFY_EXCEPTION_THROWN(value->setValue(1), int);
+    QVERIFY_THROWS_EXCEPTION(int, value->setValue(1));
     value->setValue(2);
     value->setValue(3);
     QCOMPARE(runs, 3);

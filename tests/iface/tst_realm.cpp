@@ -112,7 +112,7 @@ void TstRealm::throwsForAnEmptyFunctionAndGoesOn()
     bool ran = false;
     realm.asyncExec({});
     realm.asyncExec([&] { ran = true; });
-    QVERIFY_EXCEPTION_THROWN(realm.execute(), boost::bad_function_call);
+    QVERIFY_THROWS_EXCEPTION(boost::bad_function_call, realm.execute());
     realm.execute();
     QVERIFY(ran);
 }
