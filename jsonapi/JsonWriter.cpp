@@ -20,10 +20,11 @@ public:
         m_size = size_t(text.size());
         char16_t seen = 0;
         if (m_size <= sizeof(m_small)) {
-            const auto* units = reinterpret_cast<const char16_t*>(text.utf16());
+            // Not utf16(), which copies a string that is no allocation of its own, such as a literal.
+            const QChar* const units = text.constData();
             for (size_t i = 0; i < m_size; ++i) {
-                seen |= units[i];
-                m_small[i] = char(units[i]);
+                seen |= units[i].unicode();
+                m_small[i] = char(units[i].unicode());
             }
         }
         if (m_size > sizeof(m_small) || seen > 0x7f) {

@@ -19,6 +19,7 @@ struct Note
     bool operator==(const Note& other) const { return id == other.id && text == other.text && stars == other.stars; }
 };
 Q_DECLARE_METATYPE(Note)
+Q_DECLARE_TYPEINFO(Note, Q_RELOCATABLE_TYPE);
 
 class NoteAdapter : public zel::JsonAdapter<Note>
 {

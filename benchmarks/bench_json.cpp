@@ -1,0 +1,297 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the messages cost: reading records out of one, building one, and keeping a live list, each beside the least that
+// the same work could cost.
+#include <common/FakePipe.h>
+#include <jsonapi/Note.h>
+
+#include <iface/ObservableList.h>
+#include <zel/LiveList.h>
+#include <zel/LiveMap.h>
+#include <zel/PpsJsonSource.h>
+
+#include <QCoreApplication>
+#include <QRandomGenerator>
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+// ---- Reading: one list message of 64 KiB, 171 records of 14 members
+
+constexpr int Records = 171;
+
+struct ContactRecord
+{
+    std::array<QString, 12> texts;
+    bool available = false;
+    int version = 0;
+};
+
+constexpr std::array<const char*, 12> textNames = {"userId",     "handle",        "displayName",    "personalMessage",
+                                                   "status",     "statusMessage", "country",        "timeZone",
+                                                   "appVersion", "avatarId",      "avatarMimeType", "ppId"};
+
+QByteArray textOf(int record, int field)
+{
+    static const std::array<const char*, 12> samples = {"user-00",
+                                                        "handle.of.",
+                                                        "Zo\xc3\xab \xe4\xbd\xa0\xe5\xa5\xbd ",
+                                                        "on my way home, back at ",
+                                                        "show-available",
+                                                        "in a meeting until ",
+                                                        "NL",
+                                                        "Europe/Paris",
+                                                        "2.1.0",
+                                                        "0123456789abcdef0123456789",
+                                                        "image/png",
+                                                        "PP"};
+    const bool shared = field == 4 || field == 6 || field == 7 || field == 8 || field == 10;
+    return QByteArray(samples[size_t(field)]) + (shared ? QByteArray() : QByteArray::number(record));
+}
+
+const QByteArray& contactsText()
+{
+    static const QByteArray text = [] {
+        QByteArray json = "@platform\ndat:json:{\"listChunk\":{\"type\":\"contacts\",\"id\":\"\",\"elements\":[";
+        for (int i = 0; i < Records; ++i) {
+            json += i ? ",{" : "{";
+            for (int f = 0; f < 12; ++f) {
+                json += '"' + QByteArray(textNames[size_t(f)]) + "\":\"" + textOf(i, f) + "\",";
+            }
+            json += "\"available\":true,\"version\":" + QByteArray::number(i) + '}';
+        }
+        return json + "],\"last\":true}}\n";
+    }();
+    return text;
+}
+
+void makeTheStringsAlone(benchmark::State& state)
+{
+    std::vector<QByteArray> texts;
+    for (int i = 0; i < Records * 12; ++i) {
+        texts.push_back(textOf(i / 12, i % 12));
+    }
+    for (auto _ : state) {
+        std::vector<ContactRecord> records;
+        records.reserve(Records);
+        auto text = texts.cbegin();
+        for (int i = 0; i < Records; ++i) {
+            ContactRecord record;
+            for (QString& field : record.texts) {
+                field = QString::fromUtf8(text->constData(), text->size());
+                ++text;
+            }
+            records.push_back(std::move(record));
+        }
+        benchmark::DoNotOptimize(records.data());
+    }
+}
+BENCHMARK(makeTheStringsAlone);
+
+void decodeThroughTheReader(benchmark::State& state)
+{
+    const QByteArray& text = contactsText();
+    for (auto _ : state) {
+        pps_decoder_t decoder = {};
+        if (pps_decoder_initialize_n(&decoder, text.constData(), size_t(text.size())) != PPS_DECODER_OK) {
+            state.SkipWithError("the text was refused");
+            break;
+        }
+        pps_decoder_push(&decoder, "@platform");
+        pps_decoder_push(&decoder, "dat");
+        zel::PpsJsonSource source(&decoder);
+        const iface::JsonNodeReader root = source.startParsing();
+        const iface::JsonArrayReader elements = root["listChunk"].object()["elements"].array();
+        std::vector<ContactRecord> records;
+        records.reserve(Records);
+        for (int i = 0, n = elements.numChildren(); i < n; ++i) {
+            const iface::JsonObjectReader json = elements[i].object();
+            ContactRecord record;
+            for (size_t f = 0; f < textNames.size(); ++f) {
+                json.readString(textNames[f], record.texts[f]);
+            }
+            json.readFields("available", record.available, "version", record.version);
+            records.push_back(std::move(record));
+        }
+        if (records.size() != Records || records.back().version != Records - 1) {
+            state.SkipWithError("records are missing");
+        }
+        benchmark::DoNotOptimize(records.data());
+        pps_decoder_cleanup(&decoder);
+    }
+    state.counters["bytes"] = double(text.size());
+}
+BENCHMARK(decodeThroughTheReader);
+
+// ---- Writing: an element request of 20 keys
+
+QStringList twentyKeys()
+{
+    QStringList keys;
+    for (int i = 0; i < 20; ++i) {
+        keys.append(QStringLiteral("contact-key-%1").arg(i, 8, 10, QLatin1Char('0')));
+    }
+    return keys;
+}
+
+void appendTheRequestByHand(benchmark::State& state)
+{
+    const QStringList keys = twentyKeys();
+    for (auto _ : state) {
+        std::string text = "dat:json:{\"requestListElements\":{\"cookie\":\"-12345678\",\"elements\":[";
+        for (const QString& key : keys) {
+            text += "{\"id\":\"";
+            const QByteArray utf8 = key.toUtf8();
+            for (const char c : utf8) {
+                if (c == '"' || c == '\\' || static_cast<unsigned char>(c) < 0x20) {
+                    text += '\\';
+                }
+                text += c;
+            }
+            text += "\"},";
+        }
+        text.back() = ']';
+        text += ",\"type\":\"contacts\"}}\n";
+        benchmark::DoNotOptimize(text.data());
+    }
+}
+BENCHMARK(appendTheRequestByHand);
+
+/// @param withText whether the text is taken out as a QString too, as sending does
+void buildTheRequest(benchmark::State& state, bool withText)
+{
+    const QStringList keys = twentyKeys();
+    NoteAdapter adapter;
+    for (auto _ : state) {
+        const auto request =
+            QSharedPointer<zel::JsonWriter>::create(QStringLiteral("requestListElements"), QStringLiteral("zel"));
+        request->addAttribute(QStringLiteral("cookie"), QStringLiteral("-12345678"));
+        {
+            const auto elements = request->addChild(QStringLiteral("elements"), zel::JsonWriter::Array);
+            for (const QString& key : keys) {
+                adapter.idToIdJson(key, elements->addChild(QString(), zel::JsonWriter::Object));
+            }
+        }
+        request->addAttribute(QStringLiteral("type"), QStringLiteral("contacts"));
+        if (withText) {
+            const QString text = request->toString();
+            benchmark::DoNotOptimize(text.size());
+        } else {
+            benchmark::DoNotOptimize(request->length());
+        }
+    }
+}
+BENCHMARK_CAPTURE(buildTheRequest, encoded, false);
+BENCHMARK_CAPTURE(buildTheRequest, sent, true);
+
+// ---- A live list of n items: the cost of a message
+
+struct LoadedList
+{
+    using List = zel::LiveList<Note>;
+
+    explicit LoadedList(int count)
+        : pipe(QSharedPointer<FakePipe>::create())
+        , list(List::create(QSharedPointer<zel::ListApiMultiplexer>::create(pipe),
+                            QSharedPointer<NoteAdapter>::create(), QStringLiteral("notes"), QString()))
+        , random(1)
+        , items(count)
+    {
+        say("listAll", {});
+        for (int i = 0; i < items; i += 200) {
+            QByteArray elements;
+            for (int j = i; j < qMin(i + 200, items); ++j) {
+                elements += (j > i ? "," : "") + element(j, 0);
+            }
+            say("listChunk", elements, i + 200 >= items);
+        }
+        list->locateItem(QString());
+    }
+
+    static QByteArray element(int id, int text)
+    {
+        return "{\"id\":\"" + QByteArray::number(id) + "\",\"text\":\"" + QByteArray::number(text) + "\"}";
+    }
+    void say(const char* name, const QByteArray& elements, bool last = false)
+    {
+        pipe->inject(QByteArray("{\"") + name + "\":{\"type\":\"notes\",\"id\":\"\",\"elements\":[" + elements +
+                     (last ? "],\"last\":true}}" : "]}}"));
+    }
+
+    QSharedPointer<FakePipe> pipe;
+    List::Pointer list;
+    QRandomGenerator random;
+    const int items;
+};
+
+void changeAtRandomPlaces(benchmark::State& state)
+{
+    LoadedList loaded(int(state.range(0)));
+    int text = 0;
+    for (auto _ : state) {
+        loaded.say("listChange", LoadedList::element(loaded.random.bounded(loaded.items), ++text));
+    }
+}
+BENCHMARK(changeAtRandomPlaces)->Arg(1000)->Arg(10000)->Arg(50000);
+
+void removeAtRandomPlacesAndAdd(benchmark::State& state)
+{
+    LoadedList loaded(int(state.range(0)));
+    for (auto _ : state) {
+        const QByteArray element = LoadedList::element(loaded.random.bounded(loaded.items), 0);
+        loaded.say("listRemove", element);
+        loaded.say("listAdd", element);
+    }
+}
+BENCHMARK(removeAtRandomPlacesAndAdd)->Arg(1000)->Arg(10000)->Arg(50000);
+
+/// The move of memory alone that taking an item out of the middle of a list is.
+void moveTheItemsAlone(benchmark::State& state)
+{
+    const int items = int(state.range(0));
+    QList<Note> list(items);
+    QRandomGenerator random(1);
+    for (auto _ : state) {
+        list.removeAt(random.bounded(items - 1));
+        list.append(Note());
+    }
+}
+BENCHMARK(moveTheItemsAlone)->Arg(1000)->Arg(10000)->Arg(50000);
+
+void loadAndEmpty(benchmark::State& state)
+{
+    const int items = int(state.range(0));
+    for (auto _ : state) {
+        LoadedList loaded(items);
+        std::vector<int> ids(static_cast<size_t>(items));
+        for (int i = 0; i < items; ++i) {
+            ids[size_t(i)] = i;
+        }
+        std::shuffle(ids.begin(), ids.end(), loaded.random);
+        for (size_t i = 0; i < ids.size(); i += 200) {
+            QByteArray elements;
+            for (size_t j = i; j < qMin(i + 200, ids.size()); ++j) {
+                elements += (j > i ? "," : "") + LoadedList::element(ids[j], 0);
+            }
+            loaded.say("listRemove", elements);
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * items);
+}
+BENCHMARK(loadAndEmpty)->Arg(1000)->Arg(10000)->Arg(50000)->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const QCoreApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
