@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Desk.h"
 
+#include <platform/channel/ServiceBridge.h>
 #include <platform/contacts/ContactServiceDelegate.h>
 #include <vx/platform/zel/ContactService.h>
 

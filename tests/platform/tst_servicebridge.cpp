@@ -2,7 +2,8 @@
 #include "Desk.h"
 
 #include <platform/channel/PPSMonitor.h>
-#include <platform/context/ApplicationDelegate.h>
+#include <platform/channel/ServiceBridge.h>
+#include <platform/ecoid/UtilsDelegate.h>
 
 using namespace vx::platform::zel;
 
