@@ -20,6 +20,7 @@ public:
     // The place of a document's top value.
     static constexpr size_t top = 1;
 
+    JsonTape() = default;
     explicit JsonTape(const simdjson::dom::document& document)
         : m_words(document.tape.get())
         , m_strings(document.string_buf.get())
@@ -80,8 +81,8 @@ private:
 
     uint64_t payload(size_t place) const { return m_words[place] & 0x00FFFFFFFFFFFFFFULL; }
 
-    const uint64_t* m_words;
-    const uint8_t* m_strings;
+    const uint64_t* m_words = nullptr;
+    const uint8_t* m_strings = nullptr;
 };
 
 } // namespace device

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
 
 namespace device {
 
-// A text that grows at its end and always ends in a NUL. Memory that cannot be had makes it fail for good and never
+// A text that grows at its end. Memory that cannot be had makes it fail for good and never
 // throws: it serves a C interface.
 class TextBuffer
 {
@@ -17,7 +18,14 @@ public:
     TextBuffer(const TextBuffer&) = delete;
     TextBuffer& operator=(const TextBuffer&) = delete;
 
-    const char* data() const { return m_data ? m_data : ""; }
+    // Ended by a NUL.
+    const char* data() const
+    {
+        if (!m_data)
+            return "";
+        m_data[m_size] = '\0';
+        return m_data;
+    }
     size_t size() const { return m_size; }
     bool hasFailed() const { return m_failed; }
 
@@ -37,27 +45,23 @@ public:
 private:
     char* grow(size_t length)
     {
-        // One byte more for the NUL; a size that wraps around is as unobtainable as one that malloc refuses.
-        const size_t needed = m_size + length + 1;
-        if (needed > m_capacity || needed <= m_size) {
-            if (!reserve(needed))
-                return nullptr;
-        }
+        // There is always one byte more, for the NUL.
+        if (length >= m_capacity - m_size && !reserve(length))
+            return nullptr;
         char* const place = m_data + m_size;
         m_size += length;
-        m_data[m_size] = '\0';
         return place;
     }
 
-    bool reserve(size_t needed)
+    bool reserve(size_t length)
     {
+        const size_t needed = m_size + length + 1;
+        // A size that wraps around is as unobtainable as one that malloc refuses.
         if (m_failed || needed <= m_size) {
             m_failed = true;
             return false;
         }
-        size_t capacity = m_capacity ? m_capacity * 2 : 1024;
-        if (capacity < needed)
-            capacity = needed;
+        const size_t capacity = std::max(needed, m_capacity ? m_capacity * 2 : 1024);
         char* const data = static_cast<char*>(std::realloc(m_data, capacity));
         if (!data) {
             m_failed = true;

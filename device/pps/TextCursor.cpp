@@ -1,17 +1,41 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "TextCursor.h"
 
+#include <cstring>
+
 namespace device {
 
 namespace {
 
-uint64_t bitOf(std::string_view name)
+template <typename Word>
+bool startsAlike(const char* a, const char* b)
 {
-    if (name.empty())
-        return 1;
-    const auto front = static_cast<uint8_t>(name.front());
-    const auto back = static_cast<uint8_t>(name.back());
-    return uint64_t(1) << ((name.size() * 5 + front + back * 3u) & 63);
+    Word left;
+    Word right;
+    std::memcpy(&left, a, sizeof left);
+    std::memcpy(&right, b, sizeof right);
+    return left == right;
+}
+
+// Names are short, and the call of a function costs more than comparing one.
+bool isSame(std::string_view a, std::string_view b)
+{
+    const size_t size = a.size();
+    if (size != b.size())
+        return false;
+    if (size > 16)
+        return std::memcmp(a.data(), b.data(), size) == 0;
+    // The two halves, which may overlap.
+    const auto halves = [&](auto word) {
+        using Word = decltype(word);
+        const size_t second = size - sizeof word;
+        return startsAlike<Word>(a.data(), b.data()) && startsAlike<Word>(a.data() + second, b.data() + second);
+    };
+    if (size >= 8)
+        return halves(uint64_t());
+    if (size >= 4)
+        return halves(uint32_t());
+    return size < 2 ? size == 0 || a[0] == b[0] : halves(uint16_t());
 }
 
 } // namespace
@@ -19,6 +43,7 @@ uint64_t bitOf(std::string_view name)
 bool TextCursor::begin()
 {
     m_trails.clear();
+    m_trail = nullptr;
     m_container = Node();
     m_element = first(m_container);
     if (!Node{0, text.objects().size()}.canBePacked())
@@ -32,10 +57,17 @@ bool TextCursor::begin()
 
 bool TextCursor::enter(Node node)
 {
+    if (node == m_container) {
+        m_element = first(node);
+        return true;
+    }
     if (!isContainer(node))
         return false;
     m_container = node;
     m_element = first(node);
+    m_trail = nullptr;
+    if (node.document != 0)
+        m_words = tape(node.document);
     return true;
 }
 
@@ -118,15 +150,16 @@ bool TextCursor::contains(Node outer, Node inner) const
            inner.place < tape(outer.document).after(outer.place);
 }
 
-TextCursor::Trail& TextCursor::trail()
+TextCursor::Trail& TextCursor::findTrail()
 {
     while (!m_trails.empty() && !contains(m_trails.back().container, m_container))
         m_trails.pop_back();
     if (m_trails.empty() || !(m_trails.back().container == m_container)) {
         const size_t start = first(m_container);
-        m_trails.push_back({m_container, start, 0, start, 0});
+        m_trails.push_back({m_container, end(m_container), start, NameFilter(), start, 0});
     }
-    return m_trails.back();
+    m_trail = &m_trails.back();
+    return *m_trail;
 }
 
 bool TextCursor::moveToIndex(size_t index)
@@ -150,28 +183,62 @@ bool TextCursor::moveToIndex(size_t index)
 
 Value TextCursor::find(std::string_view name)
 {
-    if (!isObject(m_container))
-        return {};
-    Trail& way = trail();
-    const uint64_t bit = bitOf(name);
-    if (way.passed & bit) {
-        for (size_t element = first(m_container); element != way.found; element = next(m_container, element)) {
-            if (nameAt(m_container, element) == name)
-                return valueAt(m_container, element);
-        }
-    }
-    uint64_t passed = way.passed;
+    if (!isOnTape())
+        return findInText(name);
+    const size_t place = findOnTape(name);
+    return place ? Value{Value::OnTape, {m_container.document, place}, nullptr} : Value();
+}
+
+Value TextCursor::findInText(std::string_view name) const
+{
     const size_t last = end(m_container);
-    for (size_t element = way.found; element != last; element = next(m_container, element)) {
-        const std::string_view here = nameAt(m_container, element);
-        passed |= bitOf(here);
-        if (here == name) {
-            way.found = next(m_container, element);
-            way.passed = passed;
+    for (size_t element = 0; element != last; ++element) {
+        if (nameAt(m_container, element) == name)
             return valueAt(m_container, element);
-        }
     }
     return {};
+}
+
+size_t TextCursor::currentOnTape() const
+{
+    if (m_element == m_words.lastOf(m_container.place))
+        return 0;
+    return m_words.type(m_container.place) == '{' ? m_element + 1 : m_element;
+}
+
+size_t TextCursor::findOnTape(std::string_view name)
+{
+    if (m_words.type(m_container.place) != '{')
+        return 0;
+    Trail& way = trail();
+    // Members are mostly asked for in the order in which they stand.
+    const size_t element = way.found;
+    if (element == way.end || !isSame(m_words.string(element), name) || way.passed.mayHold(name))
+        return searchOnTape(name, way);
+    way.passed.add(name);
+    way.found = m_words.after(element + 1);
+    return element + 1;
+}
+
+size_t TextCursor::searchOnTape(std::string_view name, Trail& way) const
+{
+    if (way.passed.mayHold(name)) {
+        for (size_t element = m_container.place + 1; element != way.found; element = m_words.after(element + 1)) {
+            if (isSame(m_words.string(element), name))
+                return element + 1;
+        }
+    }
+    NameFilter passed = way.passed;
+    for (size_t element = way.found; element != way.end; element = m_words.after(element + 1)) {
+        const std::string_view here = m_words.string(element);
+        passed.add(here);
+        if (isSame(here, name)) {
+            way.found = m_words.after(element + 1);
+            way.passed = passed;
+            return element + 1;
+        }
+    }
+    return 0;
 }
 
 bool TextCursor::parent(Node* parent, size_t* element) const

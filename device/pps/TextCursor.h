@@ -42,6 +42,27 @@ struct Value
     const AttributeText::Attribute* attribute = nullptr; // InText only
 };
 
+// A set of names that may take a name for one of its own, but never the other way round.
+class NameFilter
+{
+public:
+    void add(std::string_view name) { m_bits[hash(name) >> 6] |= bit(name); }
+    bool mayHold(std::string_view name) const { return m_bits[hash(name) >> 6] & bit(name); }
+
+private:
+    static unsigned hash(std::string_view name)
+    {
+        if (name.empty())
+            return 0;
+        const auto front = static_cast<uint8_t>(name.front());
+        const auto back = static_cast<uint8_t>(name.back());
+        return static_cast<uint8_t>(name.size() * 5 + front * 7u + back * 3u);
+    }
+    static uint64_t bit(std::string_view name) { return uint64_t(1) << (hash(name) & 63); }
+
+    uint64_t m_bits[4] = {};
+};
+
 // The reading side of a decoder: walks the containers of one text and remembers where it last was in each of them.
 class TextCursor
 {
@@ -67,18 +88,26 @@ public:
     std::string_view currentName() const;
     Value find(std::string_view name);
 
+    // The same on a tape, where nearly all reading is done, without the detour through a value: the place of the value,
+    // or 0 when there is none.
+    bool isOnTape() const { return m_container.document != 0; }
+    const JsonTape& words() const { return m_words; }
+    size_t currentOnTape() const;
+    size_t findOnTape(std::string_view name);
+
     JsonTape tape(uint32_t document) const { return JsonTape(text.document(document)); }
 
 private:
-    // Where the last look-up and the last move by index ended in one container, so that the next one can go on from
-    // there. `passed` has a bit for each name before `found`: a name whose bit is not set cannot be among them, and
-    // need not be looked for there.
+    // Where the last look-up and the last move by index ended in one container on a tape, so that the next one can go
+    // on from there. `passed` has a bit for each name before `found`: a name whose bit is not set cannot be among them,
+    // and need not be looked for there.
     struct Trail
     {
         Node container;
-        size_t found = 0;
-        uint64_t passed = 0;
-        size_t indexed = 0;
+        size_t end;
+        size_t found;
+        NameFilter passed;
+        size_t indexed;
         size_t index = 0;
     };
 
@@ -89,15 +118,20 @@ private:
     size_t end(Node container) const;
     size_t next(Node container, size_t element) const;
     Value valueAt(Node container, size_t element) const;
+    Value findInText(std::string_view name) const;
+    size_t searchOnTape(std::string_view name, Trail& way) const;
     std::string_view nameAt(Node container, size_t element) const;
     bool contains(Node outer, Node inner) const;
-    Trail& trail();
+    Trail& trail() { return m_trail ? *m_trail : findTrail(); }
+    Trail& findTrail();
 
     Node m_container;
     size_t m_element = 0;
-    // One trail for each container on the way to the one last read, the root's first: reading an array's elements in
+    JsonTape m_words; // the container's, unless it is in the text
+    // One trail for each container on the way to the one last read, the outermost first: reading an array's elements in
     // turn keeps the array's trail.
     std::vector<Trail> m_trails;
+    Trail* m_trail = nullptr; // the container's, once it was needed
 };
 
 } // namespace device

@@ -95,17 +95,34 @@ Value valueOf(TextCursor& d, std::string_view name)
     return name.data() ? d.find(name) : d.current();
 }
 
-// Reads a value: `onTape` gets the tape and the place and answers; anything else is of another type.
-template <typename Read>
-pps_decoder_error_t readTape(pps_decoder_t* decoder, const char* name, const Read& onTape)
+// Reads a value: `onTape` gets the tape and the place, `inText` an attribute that is none, and answers.
+template <typename OnTape, typename InText>
+pps_decoder_error_t read(pps_decoder_t* decoder, const char* name, const OnTape& onTape, const InText& inText)
 {
     return guarded(decoder, [&](TextCursor& d) {
+        if (d.isOnTape()) {
+            const size_t place = name ? d.findOnTape(name) : d.currentOnTape();
+            return place ? onTape(d.words(), place) : PPS_DECODER_NOT_FOUND;
+        }
         const Value value = valueOf(d, viewOf(name));
-        if (value.kind == Value::Missing)
+        switch (value.kind) {
+        case Value::Missing:
             return PPS_DECODER_NOT_FOUND;
-        return value.kind == Value::OnTape ? onTape(d.tape(value.node.document), value.node.place)
-                                           : PPS_DECODER_BAD_TYPE;
+        case Value::OnTape:
+            return onTape(d.tape(value.node.document), value.node.place);
+        case Value::InText:
+            return inText(*value.attribute);
+        case Value::Object:
+            break;
+        }
+        return PPS_DECODER_BAD_TYPE;
     });
+}
+
+template <typename OnTape>
+pps_decoder_error_t readTape(pps_decoder_t* decoder, const char* name, const OnTape& onTape)
+{
+    return read(decoder, name, onTape, [](const device::AttributeText::Attribute&) { return PPS_DECODER_BAD_TYPE; });
 }
 
 template <typename Integer>
@@ -304,19 +321,17 @@ pps_decoder_error_t pps_decoder_get_string(pps_decoder_t* decoder, const char* n
 pps_decoder_error_t pps_decoder_get_string_n(pps_decoder_t* decoder, const char* name, const char** value,
                                              size_t* length)
 {
-    return guarded(decoder, [&](TextCursor& d) {
-        const Value found = valueOf(d, viewOf(name));
-        std::string_view text;
-        if (found.kind == Value::Missing)
-            return PPS_DECODER_NOT_FOUND;
-        if (found.kind == Value::InText && found.attribute->isKnown)
-            text = found.attribute->text;
-        else if (found.kind == Value::OnTape && d.tape(found.node.document).type(found.node.place) == '"')
-            text = d.tape(found.node.document).string(found.node.place);
-        else
-            return PPS_DECODER_BAD_TYPE;
+    const auto give = [&](std::string_view text) {
         *value = text.data();
         *length = text.size();
         return PPS_DECODER_OK;
-    });
+    };
+    return read(
+        decoder, name,
+        [&](const JsonTape& tape, size_t place) {
+            return tape.type(place) == '"' ? give(tape.string(place)) : PPS_DECODER_BAD_TYPE;
+        },
+        [&](const device::AttributeText::Attribute& attribute) {
+            return attribute.isKnown ? give(attribute.text) : PPS_DECODER_BAD_TYPE;
+        });
 }

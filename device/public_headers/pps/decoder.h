@@ -30,7 +30,8 @@ extern "C" {
  * Reading. At any time the decoder stands in one container, first in the root, and has one current element in it,
  * first its first. What is asked for by name is looked up among the container's members and leaves the current element
  * as it is; with a name of NULL the current element is meant. Of members with the same name the first one counts.
- * Asking for members, or going to elements, in the text's order costs no more than walking through them.
+ * Asking for the members of a JSON object, or going to the elements of an array, in the text's order costs no more than
+ * walking through them.
  */
 typedef struct pps_decoder
 {
