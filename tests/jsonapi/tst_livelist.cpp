@@ -409,9 +409,9 @@ void TstLiveList::isWholeAfterAHandlerThrows()
     load({u"a"_qs, u"b"_qs, u"c"_qs});
     const auto connection = connect(list.data(), &iface::ObservableListImpl::itemRemoved, this,
                                     [] { throw std::runtime_error("handler"); });
-    QVERIFY_EXCEPTION_THROWN(
-        pipe->inject(listMessage("listRemove", {noteJson(u"a"_qs, QString()), noteJson(u"b"_qs, QString())})),
-        std::runtime_error);
+    QVERIFY_THROWS_EXCEPTION(
+        std::runtime_error,
+        pipe->inject(listMessage("listRemove", {noteJson(u"a"_qs, QString()), noteJson(u"b"_qs, QString())})));
     disconnect(connection);
     QCOMPARE(ids(), QStringList({u"b"_qs, u"c"_qs}));
     pipe->inject(listMessage("listRemove", {noteJson(u"b"_qs, QString())}));
