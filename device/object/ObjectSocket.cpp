@@ -97,7 +97,7 @@ void allowLongRecords(int socket)
 
 size_t longestRecord()
 {
-    return 2 * askedBuffer;
+    return static_cast<size_t>(askedBuffer) * 2;
 }
 
 bool isHungUp(int socket)

@@ -12,7 +12,7 @@ namespace device {
 
 namespace {
 
-constexpr size_t queueLimit = 1024 * 1024;
+constexpr size_t queueLimit = size_t(1024) * 1024;
 // What an entry of the queue costs beyond its bytes, so that the limit holds for tiny records, too.
 constexpr size_t recordCost = 64;
 // A server that comes back is to be found within a second, and one that hangs up on everybody must not be called on

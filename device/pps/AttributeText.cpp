@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -55,7 +56,7 @@ void repairSurrogates(char* text, char* end)
         if (isHighSurrogate(code) && isLowSurrogate(escapedCode(text + 6, end))) {
             text += 12;
         } else if (isHighSurrogate(code) || isLowSurrogate(code)) {
-            std::memcpy(text, "\\uFFFD", 6);
+            std::copy_n("\\uFFFD", 6, text);
             text += 6;
         } else {
             text += end - text >= 2 ? 2 : 1;

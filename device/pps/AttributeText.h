@@ -45,7 +45,7 @@ public:
     uint32_t documentCount() const { return m_documentCount; }
 
     // Whether it is worth keeping for the next text.
-    bool isSmall() const { return m_capacity <= 256 * 1024 && m_documents.size() <= 16; }
+    bool isSmall() const { return m_capacity <= size_t(256) * 1024 && m_documents.size() <= 16; }
 
 private:
     TextError copy(const char* text, size_t length);

@@ -56,7 +56,7 @@ private:
             return 0;
         const auto front = static_cast<uint8_t>(name.front());
         const auto back = static_cast<uint8_t>(name.back());
-        return static_cast<uint8_t>(name.size() * 5 + front * 7u + back * 3u);
+        return static_cast<uint8_t>(name.size() * 5 + size_t(front) * 7 + size_t(back) * 3);
     }
     static uint64_t bit(std::string_view name) { return uint64_t(1) << (hash(name) & 63); }
 

@@ -18,7 +18,7 @@ namespace system {
 
 namespace {
 
-constexpr qint64 defaultQueueLimit = 16 * 1024 * 1024;
+constexpr qint64 defaultQueueLimit = qint64(16) * 1024 * 1024;
 // Records taken in one go, before other clients and the rest of the program have their turn.
 constexpr int recordsPerTurn = 16;
 constexpr int acceptPause = 100;
