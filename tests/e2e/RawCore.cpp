@@ -149,6 +149,11 @@ QJsonObject RawCore::take(const QString& type)
     return bodies(type).at(at);
 }
 
+bool RawCore::waitForClient()
+{
+    return QTest::qWaitFor([this] { return !m_clients.empty(); }, 10'000);
+}
+
 void RawCore::accept()
 {
     const int socket = ::accept4(m_listener, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);

@@ -46,6 +46,7 @@ public:
     void send(const QByteArray& record);
     void sendMessage(const QString& type, const QJsonObject& body);
 
+    bool waitForClient();
     /// Everything that arrived so far, as it arrived.
     const QList<QByteArray>& records() const { return m_records; }
     /// The bodies of those of this type, in order of arrival.

@@ -58,15 +58,7 @@ QByteArray ZelctlProcess::takeLine()
         qWarning("zelctl said no more; so far: %s\n%s", m_output.constData(), diagnostics().constData());
         return {};
     }
-    return takeLineIfAny();
-}
-
-QByteArray ZelctlProcess::takeLineIfAny()
-{
-    collect();
     const qsizetype end = m_output.indexOf('\n', m_taken);
-    if (end < 0)
-        return {};
     const QByteArray line = m_output.mid(m_taken, end - m_taken);
     m_taken = end + 1;
     return line;

@@ -24,8 +24,6 @@ public:
     void write(const QByteArray& line);
     /// The next line that was not taken yet, whatever it is; empty when none comes.
     QByteArray takeLine();
-    /// The same without waiting.
-    QByteArray takeLineIfAny();
     QJsonObject take() { return parsed(takeLine()); }
     /// Sends a command and takes the next line.
     QJsonObject ask(const QByteArray& command);

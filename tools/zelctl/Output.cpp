@@ -107,7 +107,9 @@ void Output::signal(const Record& record)
         line(toJson(record));
         return;
     }
-    QString text = bold(padded(record.textOf("source"_L1), 14)) + u"  "_s + padded(record.textOf("signal"_L1), 24);
+    QString text = bold(padded(record.textOf("source"_L1), 14)) + u"  "_s;
+    const QString name = record.textOf("signal"_L1);
+    text += record.members().size() > 2 ? padded(name, 24) : name;
     for (std::size_t i = 2; i < record.members().size(); ++i) {
         const Member& member = record.members().at(i);
         const bool quoted = std::holds_alternative<QString>(member.value);
@@ -138,8 +140,10 @@ void Output::line(const QByteArray& bytes)
 void Output::values(const Record& record)
 {
     qsizetype width = 0;
-    for (const Member& member : record.members())
-        width = std::max(width, spelled(member.name).size());
+    for (const Member& member : record.members()) {
+        if (!std::holds_alternative<QList<Record>>(member.value))
+            width = std::max(width, spelled(member.name).size());
+    }
     for (const Member& member : record.members()) {
         if (const auto* rows = std::get_if<QList<Record>>(&member.value))
             table(*rows);

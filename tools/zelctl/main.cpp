@@ -12,6 +12,7 @@
 #include <zelcore/Simulator.h>
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QLoggingCategory>
 
 #include <cstdio>
 #include <memory>
@@ -68,7 +69,10 @@ public:
     {
         if (m_line.simulate && !startSimulator())
             return 1;
+        // That there is no service is said once, by us; the library's own line is for applications that say nothing.
+        QLoggingCategory::setFilterRules(u"zel.platform.warning=false"_s);
         m_session = std::make_unique<Session>(m_line.uuid);
+        QLoggingCategory::setFilterRules({});
         if (m_command)
             return executeOneShot();
         return m_line.words.first() == "watch"_L1 ? executeWatch() : executeShell();
