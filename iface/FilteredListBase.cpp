@@ -73,7 +73,7 @@ struct FilteredListBase::Private
     bool judge(int index);
     void setNode(int index, Node* node);
     void releaseNodes(IndexedSequence& sequence);
-    FilterFlips turn(std::vector<int>& turned);
+    FilterFlips flips();
 
     template <class Step>
     void perform(Step step);
@@ -88,6 +88,8 @@ struct FilteredListBase::Private
     IndexedSequence places;
     ItemDependencies dependencies;
     ObservableListImplFunctorAdapter adapter;
+    QVariantList question = pathOf(0); ///< the path in every question to the input
+    std::vector<int> turned;
     bool isStepping = false;
     bool isOutOfStep = false;
     std::exception_ptr thrown; ///< by the filter in the step under way
@@ -285,7 +287,7 @@ Change FilteredListBase::Private::remapped(const IndexMapper& mapper)
 /// Judges the dirty items, with all verdicts taken before any is acted upon.
 Change FilteredListBase::Private::judgedAnew()
 {
-    std::vector<int> turned;
+    turned.clear();
     for (const Node* const node : dependencies.takeDirty()) {
         const int index = places.indexOf(*node);
         if (judge(index) != places.isMarked(index))
@@ -293,26 +295,27 @@ Change FilteredListBase::Private::judgedAnew()
     }
     if (turned.empty() || isOutOfStep)
         return {};
-    return Change::wholesale(ChangeType::IndexesChanged, q->makeMapper(turn(turned)));
+    return Change::wholesale(ChangeType::IndexesChanged, q->makeMapper(flips()));
 }
 
-FilterFlips FilteredListBase::Private::turn(std::vector<int>& turned)
+/// Turns the verdicts of the items in `turned`.
+FilterFlips FilteredListBase::Private::flips()
 {
     std::sort(turned.begin(), turned.end());
-    FilterFlips flips;
-    flips.oldCount = places.markedCount();
+    FilterFlips result;
+    result.oldCount = places.markedCount();
     int grownBy = 0; // by the turns before the one at hand, which are in its rank
     for (const int index : turned) {
         const bool passes = !places.isMarked(index);
         const int position = places.rank(index);
         if (passes)
-            flips.taken.push_back(position);
+            result.taken.push_back(position);
         else
-            flips.dropped.push_back(position - grownBy);
+            result.dropped.push_back(position - grownBy);
         grownBy += passes ? 1 : -1;
         places.setMarked(index, passes);
     }
-    return flips;
+    return result;
 }
 
 /// A change that does not fit what is known: another one, which an observer made in answer to it, was heard of first.
@@ -333,7 +336,8 @@ bool FilteredListBase::Private::judge(int index)
     ItemDependencies::Run run(dependencies, node);
     bool passes = false;
     try {
-        ObservableTracker::runInto(&run, [&] { passes = q->passes(input->data(pathOf(index))); });
+        question[0] = index;
+        ObservableTracker::runInto(&run, [&] { passes = q->passes(input->data(question)); });
     } catch (...) {
         if (!thrown)
             thrown = std::current_exception();

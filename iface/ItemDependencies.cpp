@@ -11,16 +11,6 @@
 
 namespace iface {
 
-struct ItemDependencies::Link
-{
-    Source* source;
-    Node* node;
-    Link* previousOfSource;
-    Link* nextOfSource;
-    Link* nextOfNode;
-    unsigned lastRun;
-};
-
 /// An observable and the items that depend on it; goes with the last of them.
 class ItemDependencies::Source : public LightObserver
 {
@@ -111,9 +101,13 @@ ItemDependencies::Node* ItemDependencies::Run::finish()
             dropped = link;
         }
     }
-    // Letting go may destroy observables, and so run anything: first everything is in order.
-    while (dropped)
-        m_dependencies.remove(std::exchange(dropped, dropped->nextOfNode));
+    // Letting go may destroy observables, and so run anything: everything is in order by then.
+    while (dropped) {
+        Link* const link = std::exchange(dropped, dropped->nextOfNode);
+        Source* const source = link->source;
+        m_dependencies.unlink(link);
+        m_dependencies.dropUnused(source);
+    }
     return m_node->m_first ? m_node : nullptr;
 }
 
@@ -132,23 +126,30 @@ void ItemDependencies::release(Node* node)
     Q_ASSERT(!node->isPlaced());
     if (node->m_isDirty)
         m_dirty.erase(std::find(m_dirty.begin(), m_dirty.end(), node));
-    Link* link = node->m_first;
+    std::vector<Source*> sources;
+    for (Link* link = node->m_first; link;) {
+        sources.push_back(link->source);
+        unlink(std::exchange(link, link->nextOfNode));
+    }
     delete node;
-    while (link)
-        remove(std::exchange(link, link->nextOfNode));
+    // Letting go may destroy observables, and so run anything.
+    for (Source* const source : sources)
+        dropUnused(source);
 }
 
-std::vector<ItemDependencies::Node*> ItemDependencies::takeDirty()
+const std::vector<ItemDependencies::Node*>& ItemDependencies::takeDirty()
 {
-    auto dirty = std::exchange(m_dirty, {});
-    for (Node* const node : dirty)
+    m_taken.clear();
+    m_taken.swap(m_dirty);
+    for (Node* const node : m_taken)
         node->m_isDirty = false;
-    return dirty;
+    return m_taken;
 }
 
 ItemDependencies::Link* ItemDependencies::add(Node* node, Source* source)
 {
-    auto* const link = new Link{source, node, source->last, nullptr, nullptr, 0};
+    Link* const link = node->m_ownLink.source ? new Link : &node->m_ownLink;
+    *link = Link{source, node, source->last, nullptr, nullptr, 0};
     (source->last ? source->last->nextOfSource : source->first) = link;
     source->last = link;
     (node->m_last ? node->m_last->nextOfNode : node->m_first) = link;
@@ -156,12 +157,20 @@ ItemDependencies::Link* ItemDependencies::add(Node* node, Source* source)
     return link;
 }
 
-void ItemDependencies::remove(Link* link)
+/// Takes a link, which has left its node's list, from its source and frees it.
+void ItemDependencies::unlink(Link* link)
 {
     Source* const source = link->source;
     (link->previousOfSource ? link->previousOfSource->nextOfSource : source->first) = link->nextOfSource;
     (link->nextOfSource ? link->nextOfSource->previousOfSource : source->last) = link->previousOfSource;
-    delete link;
+    if (link == &link->node->m_ownLink)
+        link->source = nullptr;
+    else
+        delete link;
+}
+
+void ItemDependencies::dropUnused(Source* source)
+{
     if (source->first)
         return;
     m_sources.remove(source->target.data());

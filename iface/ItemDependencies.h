@@ -17,20 +17,34 @@ namespace iface {
 /// the observables.
 ///
 /// One light observer per observable serves all items, and one link of six words stands for one item's dependence on
-/// one observable. An item without dependencies has no node. A change makes the items affected dirty, and says so
-/// once however many they are.
+/// one observable. An item without dependencies has no node, and the link of one that has a single dependency is in
+/// its node. A change makes the items affected dirty, and says so once however many they are.
 class ItemDependencies
 {
-    struct Link;
     class Source;
+
+public:
+    class Node;
+
+private:
+    struct Link
+    {
+        Source* source = nullptr;
+        Node* node = nullptr;
+        Link* previousOfSource = nullptr;
+        Link* nextOfSource = nullptr;
+        Link* nextOfNode = nullptr;
+        unsigned lastRun = 0;
+    };
 
 public:
     class Node : public detail::IndexedSequence::Item
     {
         friend class ItemDependencies;
+        bool m_isDirty = false;
         Link* m_first = nullptr;
         Link* m_last = nullptr;
-        bool m_isDirty = false;
+        Link m_ownLink; ///< in use while it has a source
     };
 
     /// One judgement of one item: takes its reads from the moment they are made, so that no change gets lost between
@@ -63,18 +77,21 @@ public:
     void release(Node* node);
 
     bool hasDirty() const { return !m_dirty.empty(); }
-    std::vector<Node*> takeDirty();
+    /// The dirty items, which are so no more. Good until the next call.
+    const std::vector<Node*>& takeDirty();
 
 private:
     Q_DISABLE_COPY_MOVE(ItemDependencies)
     Link* add(Node* node, Source* source);
-    void remove(Link* link);
+    void unlink(Link* link);
+    void dropUnused(Source* source);
     Source* source(const Observable* observable);
     void changed(const Source& source);
 
     const boost::function<void()> m_madeDirty;
     QHash<const Observable*, Source*> m_sources;
     std::vector<Node*> m_dirty;
+    std::vector<Node*> m_taken;
     unsigned m_run = 0;
 };
 

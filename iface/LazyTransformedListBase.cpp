@@ -14,12 +14,18 @@
 #include <exception>
 #include <limits>
 #include <utility>
+#include <vector>
 
 namespace iface::detail {
 
 namespace {
+
 /// A map that changes what it is being asked for is asked again this often.
 constexpr int MaximumRounds = 16;
+
+/// Mostly one.
+using Indexes = QVarLengthArray<int, 8>;
+
 } // namespace
 
 /// One place per key, marked and with an entry if the item is kept.
@@ -39,7 +45,7 @@ struct LazyTransformedListBase::Private
     QVariant read(int index);
     void registerRead(const QVariantList& path) const;
     bool deriveNew(Entry& entry);
-    bool deriveAgain(int index);
+    bool deriveAgain(int index, bool isKeyKept);
     void makeRoom();
     void forget(int index);
     void forgetAll();
@@ -55,12 +61,11 @@ struct LazyTransformedListBase::Private
     void resynchronise();
 
     bool isInStep(int index, int growth);
-    std::vector<int> affectedBy(const MapChange& change) const;
-    template <class Indexes>
-    void perform(Indexes indexes);
-    template <class Indexes>
-    void finishStep(Indexes indexes, std::exception_ptr& exception);
-    void announceChanged(const std::vector<int>& indexes);
+    Indexes affectedBy(const MapChange& change) const;
+    bool areKeysSure() const;
+    void perform(const Indexes& indexes, bool isKeyKept);
+    void finishStep(const Indexes& indexes, bool isKeyKept, std::exception_ptr& exception);
+    void announceChanged(const Indexes& indexes);
 
     LazyTransformedListBase* const q;
     ObservableListImpl* const input;
@@ -135,7 +140,7 @@ bool LazyTransformedListBase::Private::deriveNew(Entry& entry)
             const QVariant key = inputItem(places.indexOf(entry));
             if (!watch.isThere())
                 return false;
-            q->derive(entry, watch, key);
+            q->derive(entry, watch, &key);
             if (!watch.isThere())
                 return false;
             if (!entry.m_hasChangedMeanwhile)
@@ -152,7 +157,7 @@ bool LazyTransformedListBase::Private::deriveNew(Entry& entry)
 }
 
 /// Whether the kept item at the index is another now. Only within a step, so nothing moves meanwhile.
-bool LazyTransformedListBase::Private::deriveAgain(int index)
+bool LazyTransformedListBase::Private::deriveAgain(int index, bool isKeyKept)
 {
     Entry* const kept = entry(index);
     if (!kept)
@@ -165,7 +170,12 @@ bool LazyTransformedListBase::Private::deriveAgain(int index)
     const bool wasBeingDerived = std::exchange(kept->m_isBeingDerived, true);
     bool isOther = false;
     try {
-        isOther = q->derive(*kept, watch, inputItem(index));
+        if (isKeyKept) {
+            isOther = q->derive(*kept, watch, nullptr);
+        } else {
+            const QVariant key = inputItem(index);
+            isOther = q->derive(*kept, watch, &key);
+        }
     } catch (...) {
         kept->m_isBeingDerived = wasBeingDerived;
         throw;
@@ -229,7 +239,7 @@ void LazyTransformedListBase::Private::updated(int index)
 {
     if (index >= places.size() || !isInStep(index, 0))
         return resynchronise();
-    perform([index] { return std::vector<int>(1, index); });
+    perform(Indexes{index}, false);
 }
 
 void LazyTransformedListBase::Private::changed(ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper)
@@ -254,21 +264,26 @@ void LazyTransformedListBase::Private::mappingChanged(const MapChange& change)
     if (isStepping)
         deferred.push_back(change);
     else
-        perform([&] { return affectedBy(change); });
+        perform(affectedBy(change), areKeysSure());
 }
 
 /// The places of what is kept under the keys that changed.
-std::vector<int> LazyTransformedListBase::Private::affectedBy(const MapChange& change) const
+Indexes LazyTransformedListBase::Private::affectedBy(const MapChange& change) const
 {
-    std::vector<Entry*> found;
+    QVarLengthArray<Entry*, 8> found;
     q->findEntries(change, found);
-    std::vector<int> indexes;
-    indexes.reserve(found.size());
+    Indexes indexes;
     for (const Entry* const entry : found)
-        indexes.push_back(places.indexOf(*entry));
+        indexes.append(places.indexOf(*entry));
     std::sort(indexes.begin(), indexes.end());
     indexes.erase(std::unique(indexes.begin(), indexes.end()), indexes.end());
     return indexes;
+}
+
+/// Whether a kept key is the key list's as long as that has not said otherwise.
+bool LazyTransformedListBase::Private::areKeysSure() const
+{
+    return !input || input->announcesEveryReadItem();
 }
 
 void LazyTransformedListBase::Private::move(const IndexMapper& mapper)
@@ -296,13 +311,10 @@ void LazyTransformedListBase::Private::move(const IndexMapper& mapper)
 
 void LazyTransformedListBase::Private::recompute()
 {
-    perform([this] {
-        std::vector<int> indexes;
-        indexes.reserve(places.markedCount());
-        for (int rank = 0; rank < places.markedCount(); ++rank)
-            indexes.push_back(places.select(rank));
-        return indexes;
-    });
+    Indexes indexes;
+    for (int rank = 0; rank < places.markedCount(); ++rank)
+        indexes.append(places.select(rank));
+    perform(indexes, false);
 }
 
 /// Forgets everything: changes came in another order than they were made, or while items were computed again.
@@ -325,12 +337,11 @@ bool LazyTransformedListBase::Private::isInStep(int index, int growth)
 
 /// Computes again what is kept at the indexes, announces what is another now, and does the same for what the map
 /// announced meanwhile. The first exception, of the map or of an observer, waits until all is done.
-template <class Indexes>
-void LazyTransformedListBase::Private::perform(Indexes indexes)
+void LazyTransformedListBase::Private::perform(const Indexes& indexes, bool isKeyKept)
 {
     const Announcement announcement(*q);
     std::exception_ptr exception;
-    finishStep(indexes, exception);
+    finishStep(indexes, isKeyKept, exception);
     for (int round = 0; announcement.isAlive() && !deferred.empty(); ++round) {
         if (round == MaximumRounds) {
             qWarning("iface: a map keeps changing what it is asked for; its items stay as they were read last");
@@ -339,22 +350,21 @@ void LazyTransformedListBase::Private::perform(Indexes indexes)
         }
         const MapChange change = deferred.front();
         deferred.erase(deferred.begin());
-        finishStep([&] { return affectedBy(change); }, exception);
+        finishStep(affectedBy(change), areKeysSure(), exception);
     }
     if (exception)
         std::rethrow_exception(exception);
 }
 
-template <class Indexes>
-void LazyTransformedListBase::Private::finishStep(Indexes indexes, std::exception_ptr& exception)
+void LazyTransformedListBase::Private::finishStep(const Indexes& indexes, bool isKeyKept, std::exception_ptr& exception)
 {
     const auto keepFirst = [&exception] { exception = exception ? exception : std::current_exception(); };
-    std::vector<int> others;
+    Indexes others;
     isStepping = true;
-    for (const int index : indexes()) {
+    for (const int index : indexes) {
         try {
-            if (!isOutOfStep && deriveAgain(index))
-                others.push_back(index);
+            if (!isOutOfStep && deriveAgain(index, isKeyKept))
+                others.append(index);
         } catch (...) {
             keepFirst();
         }
@@ -370,10 +380,10 @@ void LazyTransformedListBase::Private::finishStep(Indexes indexes, std::exceptio
     }
 }
 
-void LazyTransformedListBase::Private::announceChanged(const std::vector<int>& indexes)
+void LazyTransformedListBase::Private::announceChanged(const Indexes& indexes)
 {
     if (indexes.size() == 1)
-        q->fireItemUpdated(indexes.front());
+        q->fireItemUpdated(indexes.first());
     else if (indexes.size() > 1)
         q->fireItemsChanged(ChangeType::DataChanged, nullptr);
 }

@@ -218,9 +218,9 @@ void TstCachedObservableList::announcesWhatAFunctionThrewAt()
 {
     ListMirror<int> mirror(m_list);
     m_cached->setAddFunction({});
-    QVERIFY_EXCEPTION_THROWN(m_input->append(4), boost::bad_function_call);
+    QVERIFY_THROWS_EXCEPTION(boost::bad_function_call, m_input->append(4));
     m_cached->setRemoveFunction([](int, int) { throw std::runtime_error("no"); });
-    QVERIFY_EXCEPTION_THROWN(m_input->remove(0), std::runtime_error);
+    QVERIFY_THROWS_EXCEPTION(std::runtime_error, m_input->remove(0));
     QCOMPARE(mirror.take(), (QStringList{QStringLiteral("added 3"), QStringLiteral("removed 0")}));
     m_input->update(0, 8);
     QCOMPARE(mirror.items, (QList<int>{8, 3, 4}));

@@ -424,12 +424,12 @@ void TstLazyTransformedObservableList::staysAsItWasWhenTheMapThrows()
         if (key == 2)
             throw std::runtime_error("no");
     };
-    QVERIFY_EXCEPTION_THROWN(desk.list.toList(), std::runtime_error);
+    QVERIFY_THROWS_EXCEPTION(std::runtime_error, desk.list.toList());
     QCOMPARE(desk.list[0], QStringLiteral("1"));
     desk.map->whenAsked = nullptr;
     QCOMPARE(desk.list[1], QStringLiteral("2"));
     desk.map->whenAsked = [](int) { throw std::runtime_error("no"); };
-    QVERIFY_EXCEPTION_THROWN(desk.map->set({{1, QStringLiteral("one")}}), std::runtime_error);
+    QVERIFY_THROWS_EXCEPTION(std::runtime_error, desk.map->set({{1, QStringLiteral("one")}}));
     desk.map->whenAsked = nullptr;
     desk.keys->remove(1);
     desk.map->set({{1, QStringLiteral("uno")}});

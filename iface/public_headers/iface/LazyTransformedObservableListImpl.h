@@ -81,12 +81,12 @@ private:
 
     Entry* createEntry() const override { return new ItemInfo; }
     void destroyEntry(Entry* entry) const override;
-    bool derive(Entry& entry, const Watch& watch, const QVariant& inputItem) const override;
+    bool derive(Entry& entry, const Watch& watch, const QVariant* inputItem) const override;
     QVariant valueOf(const Entry& entry) const override
     {
         return QVariant::fromValue(static_cast<const ItemInfo&>(entry).value);
     }
-    void findEntries(const MapChange& change, std::vector<Entry*>& found) const override;
+    void findEntries(const MapChange& change, QVarLengthArray<Entry*, 8>& found) const override;
     void setKey(ItemInfo& item, const K& key) const;
     void removeFromIndex(ItemInfo* item) const;
 

@@ -6,8 +6,9 @@
 #include <iface/ObservableListImpl.h>
 #include <iface/ObservableMapImplBase.h>
 
+#include <QVarLengthArray>
+
 #include <memory>
-#include <vector>
 
 namespace iface::detail {
 
@@ -62,11 +63,12 @@ private:
     virtual Entry* createEntry() const = 0;
     /// Also takes it out of the keys.
     virtual void destroyEntry(Entry* entry) const = 0;
-    /// Derives key and value from the input's item and keeps them; tells whether they differ from what was kept.
-    virtual bool derive(Entry& entry, const Watch& watch, const QVariant& inputItem) const = 0;
+    /// Derives the value from the input's item, or from the key that is kept if there is none, and keeps it; tells
+    /// whether key or value differ from what was kept.
+    virtual bool derive(Entry& entry, const Watch& watch, const QVariant* inputItem) const = 0;
     virtual QVariant valueOf(const Entry& entry) const = 0;
     /// Appends the entries under the keys that changed.
-    virtual void findEntries(const MapChange& change, std::vector<Entry*>& found) const = 0;
+    virtual void findEntries(const MapChange& change, QVarLengthArray<Entry*, 8>& found) const = 0;
 
     struct Private;
     friend struct Private;

@@ -13,10 +13,11 @@ void LazyTransformedObservableListImpl<K, V, Eq, Hash>::destroyEntry(Entry* entr
 
 template <class K, class V, class Eq, class Hash>
 bool LazyTransformedObservableListImpl<K, V, Eq, Hash>::derive(Entry& entry, const Watch& watch,
-                                                               const QVariant& inputItem) const
+                                                               const QVariant* inputItem) const
 {
     auto& item = static_cast<ItemInfo&>(entry);
-    const K key = inputItem.value<K>();
+    // A copy: the entry may go while the map is asked.
+    const K key = inputItem ? inputItem->value<K>() : item.key;
     const bool isOtherKey = !item.isIndexed || !(item.key == key);
     // Before the map is asked: what it announces meanwhile under this key has to find the item.
     if (isOtherKey)
@@ -31,12 +32,12 @@ bool LazyTransformedObservableListImpl<K, V, Eq, Hash>::derive(Entry& entry, con
 
 template <class K, class V, class Eq, class Hash>
 void LazyTransformedObservableListImpl<K, V, Eq, Hash>::findEntries(const MapChange& change,
-                                                                    std::vector<Entry*>& found) const
+                                                                    QVarLengthArray<Entry*, 8>& found) const
 {
     const QList<K> keys = change.keys<K>();
     for (const K& key : keys) {
-        const auto range = m_keyIndex.equal_range(key);
-        found.insert(found.end(), range.first, range.second);
+        for (auto [it, end] = m_keyIndex.equal_range(key); it != end; ++it)
+            found.append(*it);
     }
 }
 
