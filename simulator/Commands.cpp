@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// The whole command language in one place, long as it is: a short function for each command, then the table that gives
+// each its name, its action and its help, then the way a line is cut into words.
 #include <simulator/Commands.h>
 
 #include <simulator/People.h>

@@ -23,7 +23,7 @@ CoreService::CoreService(World& world, Outbox& outbox, QObject* parent)
     , m_registrar(m_desk, m_lists)
     , m_profiles(m_desk)
 {
-    const auto bind = [this](auto& service, auto operation) -> RequestHandler {
+    const auto bind = [](auto& service, auto operation) -> RequestHandler {
         return [&service, operation](Session& session, const QJsonObject& body) {
             return (service.*operation)(session, body);
         };

@@ -50,10 +50,9 @@ QStringList readKeys(const QJsonObject& body, const QString& list, QString* prob
 /// The start of a transfer: what kind it is, and whose request it answers.
 QByteArray transferBody(const QString& list, const QString& cookie)
 {
-    QJsonObject body{{QStringLiteral("type"), list}, {QStringLiteral("id"), QString()}};
-    if (!cookie.isEmpty())
-        body.insert(QStringLiteral("cookie"), cookie);
-    return wire::text(body);
+    // Put together by hand: a generic writer would take a fifth of the time that a request for records takes in all.
+    const QByteArray named = cookie.isEmpty() ? QByteArray("{") : "{\"cookie\":" + wire::text(cookie) + ',';
+    return named + "\"id\":\"\",\"type\":" + wire::text(list) + '}';
 }
 
 } // namespace
@@ -179,7 +178,8 @@ void ListService::sendPermission(const Session& session)
 
 void ListService::broadcastElement(QLatin1String type, const QString& list, const QByteArray& element)
 {
-    m_desk.broadcast(type, wire::packElements({element}, list, false).first());
+    if (!m_desk.sessions.empty())
+        m_desk.broadcast(type, wire::packElements({element}, list, false).first());
 }
 
 void ListService::broadcastContact(const QString& userId, const QJsonObject& difference)
