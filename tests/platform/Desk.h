@@ -36,7 +36,7 @@ public:
     bool settle();
     /// Whether nothing that the library wrote so far waits to be read: a mark follows, and is the only one there.
     bool nothingWritten();
-    /// Registers: the very first permission record says so, and all that it takes is answered.
+    /// Registers; the very first permission record says so if the library has had none. All that it takes is answered.
     bool becomeAllowed();
 
     QJsonObject& permission() { return globals[QStringLiteral("permission")]; }
@@ -60,4 +60,5 @@ private:
     void answerElements(const QJsonObject& body);
 
     int m_marks = 0;
+    bool m_permissionAnswered = false;
 };

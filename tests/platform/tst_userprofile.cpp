@@ -23,6 +23,7 @@ private Q_SLOTS:
     void showsAChangeBeforeItAnnouncesIt();
     void carriesTextOfEveryKind_data();
     void carriesTextOfEveryKind();
+    void readsALoneSurrogateAsAReplacement();
     void keepsWhatNeverChanges();
     void writesOnlyTheFieldsThatChange();
     void writesAnyStatusButBusyAsAvailable();
@@ -195,6 +196,16 @@ void TstUserProfile::carriesTextOfEveryKind()
     m_desk.changeProfile(QJsonDocument(value).toJson());
     QTRY_COMPARE(messages.size(), 1);
     QCOMPARE(messages.at(0).at(0).toString(), text);
+}
+
+void TstUserProfile::readsALoneSurrogateAsAReplacement()
+{
+    QSignalSpy messages(&profile(), &UserProfile::personalMessageUpdated);
+    m_desk.core.sendRecord(R"(@platform
+dat:json:{"listChange":{"type":"global","elements":[{"name":"platformProfile","value":{"personalMessage":"a\ud83db"}}]}}
+)");
+    QTRY_COMPARE(messages.size(), 1);
+    QCOMPARE(messages.at(0).at(0).toString(), QString::fromUtf8("a\xef\xbf\xbd") + QLatin1Char('b'));
 }
 
 void TstUserProfile::keepsWhatNeverChanges()
