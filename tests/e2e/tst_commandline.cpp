@@ -86,6 +86,7 @@ void TstCommandLine::fitsArguments_data()
     };
     row("none", u"state"_s, {}, {});
     row("negative number", u"icon-get"_s, {u"-1"_s}, {u"-1"_s});
+    row("number in another spelling", u"icon-get"_s, {u"+07"_s}, {u"7"_s});
     row("negative value", u"box-add"_s, {u"hi"_s, u"--icon"_s, u"-7"_s}, {u"hi"_s}, u"--icon"_s, u"-7"_s);
     row("text like a negative number", u"box-add"_s, {u"-5 degrees"_s}, {u"-5 degrees"_s});
     row("option in front", u"picture"_s, {u"-o"_s, u"f.png"_s, u"bob"_s}, {u"bob"_s}, u"-o"_s, u"f.png"_s);

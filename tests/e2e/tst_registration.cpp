@@ -54,6 +54,7 @@ private Q_SLOTS:
     void takesTheStateBlockedWithoutAnObject();
     void isAllowedAtOnceWhenTheFirstRecordSaysSo();
     void isAllowedAgainAfterAnotherState();
+    void sendsWhatWasAskedForBeforeTheEnd();
     void survivesAServiceThatGoesAwayAndReturns();
     void takesMessagesUpToOneRead_data();
     void takesMessagesUpToOneRead();
@@ -263,6 +264,14 @@ void TstRegistration::isAllowedAgainAfterAnotherState()
     QCOMPARE(m_zelctl->ask("set-message x"), answer(u"set-message"_s, true));
     m_core->changeState(u"Expired"_s);
     QVERIFY(m_zelctl->takeUntil(u"Expired"_s).isEmpty()); // one more Allowed, not two
+}
+
+void TstRegistration::sendsWhatWasAskedForBeforeTheEnd()
+{
+    beUnregistered();
+    m_zelctl->write("register\nquit");
+    QCOMPARE(m_zelctl->finish(), 0);
+    QVERIFY(!m_core->take(u"registrationRequest"_s).isEmpty());
 }
 
 void TstRegistration::survivesAServiceThatGoesAwayAndReturns()

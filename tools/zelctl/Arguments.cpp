@@ -88,8 +88,13 @@ std::optional<Arguments> Arguments::parse(const Signature& signature, const QStr
         return std::nullopt;
     }
     for (qsizetype i = 0; i < wanted; ++i) {
-        if (!fits(signature.parameters.at(i), arguments.m_words.at(i), error))
+        const Parameter& parameter = signature.parameters.at(i);
+        QString& word = arguments.m_words[i];
+        if (!fits(parameter, word, error))
             return std::nullopt;
+        // "+07" is 7: the signal that tells the outcome is known by the number as the library spells it.
+        if (parameter.kind == Parameter::Number)
+            word = QString::number(word.toInt());
     }
     return arguments;
 }

@@ -165,9 +165,11 @@ bool pictureIsSet(Session& session, const Arguments& arguments)
 
 Answer contactPicture(Session& session, const Arguments& arguments)
 {
+    // Before the request: for a contact without a picture the answer comes at once.
+    session.savePictureOf(arguments.text(0), arguments.text("-o"_L1));
     const bool ok = session.contacts().requestDisplayPicture(arguments.text(0));
-    if (ok && arguments.has("-o"_L1))
-        session.savePictureOf(arguments.text(0), arguments.text("-o"_L1));
+    if (!ok)
+        session.savePictureOf(arguments.text(0), {});
     return request(ok);
 }
 
@@ -205,9 +207,10 @@ Answer iconRegister(Session& session, const Arguments& arguments)
 
 Answer iconGet(Session& session, const Arguments& arguments)
 {
+    session.saveIcon(arguments.number(0), arguments.text("-o"_L1));
     const bool ok = session.box().requestRetrieveIcon(arguments.number(0));
-    if (ok && arguments.has("-o"_L1))
-        session.saveIcon(arguments.number(0), arguments.text("-o"_L1));
+    if (!ok)
+        session.saveIcon(arguments.number(0), {});
     return request(ok);
 }
 

@@ -45,7 +45,7 @@ public:
     vx::platform::zel::ProfileBox& box();
     vx::platform::zel::Utils& utils();
 
-    /// The next picture that arrives for this contact goes to \a fileName too.
+    /// The next picture that arrives for this contact goes to \a fileName too; to no file when that is empty.
     void savePictureOf(const QString& handle, const QString& fileName);
     void saveIcon(int iconId, const QString& fileName);
 

@@ -9,7 +9,7 @@ class Output;
 class Record;
 class Session;
 
-/// Prints every signal until it is told to quit; registers once the service allows it. What does not go as hoped is
+/// Prints every signal until it is told to quit; registers if the first state allows it. What does not go as hoped is
 /// said on standard error and watched further.
 class Watch : public QObject
 {
