@@ -140,12 +140,13 @@ void PPSManager::dispatchMessageReceived(const QString& ppsText)
     Decoder decoder(ppsText.toUtf8());
     if (!decoder.hasElements() || !decoder.enter('@' + m_objectName.toUtf8()) || !decoder.enter("dat"))
         return;
-    const char* messageType = pps_decoder_name(decoder.get());
+    std::size_t typeLength = 0;
+    const char* messageType = pps_decoder_name_n(decoder.get(), &typeLength);
     if (!messageType)
         return;
     zel::PpsJsonSource source(decoder.get());
     const iface::JsonNodeReader envelope = source.startParsing();
-    m_listeners.sendMessage(QString::fromUtf8(messageType), envelope[messageType]);
+    m_listeners.sendMessage(QString::fromUtf8(messageType, static_cast<qsizetype>(typeLength)), envelope[messageType]);
 }
 
 QString PPSManager::getJsonFromPps(const QString& ppsText) const

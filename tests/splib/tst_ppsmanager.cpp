@@ -117,9 +117,10 @@ void TstPPSManager::dispatchesTheFirstMember()
 void TstPPSManager::dropsWhatItCannotDecode_data()
 {
     QTest::addColumn<QString>("text");
-    for (const char* text : {"", "\n", "nonsense", "@other\ndat:json:{\"m\":{}}\n", "@platform\ndata:json:{\"m\":{}}\n",
-                             "@platform\ndat::{\"m\":{}}\n", "@platform\ndat:json:{\"m\":{}\n",
-                             "@platform\ndat:json:{}\n", "@platform\ndat:json:[{\"m\":1}]\n"})
+    for (const char* text :
+         {"", "\n", "nonsense", "@other\ndat:json:{\"m\":{}}\n", "@platform\ndata:json:{\"m\":{}}\n",
+          "@platform\ndat::{\"m\":{}}\n", "@platform\ndat:json:{\"m\":{}\n", "@platform\ndat:json:{}\n",
+          "@platform\ndat:json:[{\"m\":1}]\n", "@platform\ndat:json:{\"m\\u0000\":{}}\n"})
         QTest::newRow(text) << QString::fromUtf8(text);
 }
 
