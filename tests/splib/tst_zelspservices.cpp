@@ -56,7 +56,6 @@ class TstZELSPServices : public QObject
 
 private Q_SLOTS:
     void isUninitializedWithoutAnObject();
-    void buildsEveryManager();
     void decidesWhoMayRegister_data();
     void decidesWhoMayRegister();
     void tellsSuccessOnceInWhateverOrder();
@@ -86,16 +85,6 @@ void TstZELSPServices::isUninitializedWithoutAnObject()
                           QStringLiteral("3: Failed to initialize ZELSPServices, errno:2"),
                           QStringLiteral("2: Error:ZELSPServices::canRegister(), Cannot register since GlobalsManager "
                                          "is null")}));
-}
-
-void TstZELSPServices::buildsEveryManager()
-{
-    Fixture f;
-    QVERIFY(f.services.isInitialized());
-    QVERIFY(!f.services.ppsManager());
-    QVERIFY(f.services.listApi() && f.services.jsonStream() && f.services.globals() && f.services.contacts());
-    QVERIFY(f.services.messaging() && f.services.ecoId() && f.services.ecoIdStatus() && f.services.profileBox());
-    QVERIFY(f.pipe->expectNothingSent());
 }
 
 void TstZELSPServices::decidesWhoMayRegister_data()
