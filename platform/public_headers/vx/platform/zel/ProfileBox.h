@@ -20,8 +20,9 @@ class ProfileBoxPrivate;
 /// The application's box in the user's profile: a few lines of text, each with an icon and a cookie if wanted.
 ///
 /// Works while the context gives access, whenever it was made; without access it answers false, an empty list, an
-/// invalid item or 0. What the box holds when registration completes is there at once and is not announced. All boxes
-/// of a process show the same items. The context is held guarded and may go first.
+/// invalid item or 0. What the box holds when it is first received is not announced; it is there when registration
+/// completes, except for an application that may not show a box: registration does not wait for it then. All boxes of
+/// a process show the same items. The context is held guarded and may go first.
 ///
 /// Requests are answered by the service through the signals. Its rules: a text of 1 to 100 characters with at most two
 /// line breaks ("\r\n" counts as two), a cookie of at most 128 characters, an icon of 1 to 32768 bytes under an id of
@@ -57,7 +58,8 @@ Q_SIGNALS:
     /// The answer to requestRetrieveIcon(), with the type that the first bytes of the data show.
     void iconRetrieved(int iconId, vx::platform::zel::ImageType::Type iconType, QByteArray iconData);
 
-    /// For bindings: itemCount() is another number than before. After the signal that brought it about.
+    /// For bindings: itemCount() is another number than before. After the signal that brought it about; a box that is
+    /// first received after registration brings none.
     void itemCountChanged(QPrivateSignal);
 
 private:
