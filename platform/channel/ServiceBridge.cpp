@@ -53,11 +53,10 @@ ServiceBridge::ServiceBridge(QObject* parent)
             &ServiceBridge::registrationAccessStatusUpdated);
 
     if (!m_services->isInitialized()) {
+        qCDebug(lcPlatform) << "ZELSP Services not initialized -- Abort ";
         // The reason is in the system log, which few look into first; a developer has to learn it here.
-        qCWarning(lcPlatform)
-            << "ZELSP Services not initialized -- Abort "
-            << "(cannot open /pps/services/zelcore/platform: start the core service, or a simulated one "
-               "and set PPS_ROOT to its folder, before the application)";
+        qCWarning(lcPlatform) << "cannot open /pps/services/zelcore/platform: start the core service, or a simulated "
+                                 "one and set PPS_ROOT to its folder, before the application";
         return;
     }
 

@@ -7,6 +7,7 @@
 #include <vx/platform/zel/UserProfile.h>
 #include <vx/platform/zel/Utils.h>
 
+#include <QtCore/QLoggingCategory>
 #include <QtCore/QRegularExpression>
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QSignalSpy>
@@ -34,9 +35,12 @@ private:
 void TstNotInitialized::initTestCase()
 {
     qputenv("PPS_ROOT", m_root.path().toLocal8Bit());
+    QLoggingCategory::setFilterRules(QStringLiteral("zel.platform.debug=true"));
+    QTest::ignoreMessage(QtDebugMsg, "ZELSP Services not initialized -- Abort ");
     QTest::ignoreMessage(QtWarningMsg,
-                         QRegularExpression(QStringLiteral("^ZELSP Services not initialized -- Abort .*PPS_ROOT")));
+                         QRegularExpression(QStringLiteral("^cannot open /pps/services/zelcore/platform: .*PPS_ROOT")));
     m_context = std::make_unique<Context>(QUuid::createUuid());
+    QLoggingCategory::setFilterRules({});
 }
 
 void TstNotInitialized::hasABridgeWithARegistrarAndNothingElse()
