@@ -12,7 +12,7 @@ class Avatar : public QSharedData
 {
 public:
     /// The numbers are those of the services core; the public enumeration begins with one for none of these.
-    enum ImageType {
+    enum ImageType : int {
         Jpeg = 0,
         Png = 1,
         Gif = 2,

@@ -102,7 +102,7 @@ void TstHelperUtils::writesTypesOutsideTheTable()
 
 void TstHelperUtils::convertsImageTypesByNumber()
 {
-    for (int number = 0; number <= 3; ++number) {
+    for (int number = 0; number <= ImageType::Bmp; ++number) {
         QCOMPARE(static_cast<int>(HelperUtils::convertImageType(static_cast<ImageType::Type>(number))), number);
         QCOMPARE(static_cast<int>(HelperUtils::convertImageType(static_cast<Avatar::ImageType>(number))), number);
     }
