@@ -84,7 +84,8 @@ int Context::platformVersion() const
     return 200;
 }
 
-/// Whether the messaging service is set up on the device. False before the service said so.
+/// Whether the messaging service is set up on the device. False before the service said so. No signal tells when only
+/// this changes.
 bool Context::isZelSetup() const
 {
     return d->delegate->isZelSetup();
