@@ -119,22 +119,11 @@ void TstContext::registersOnlyInStatesThatAllowIt_data()
         const char* word;
         State state;
         bool allowed;
-    } rows[] = {{"Unknown", RegistrationState::Unknown, false},
-                {"NoSuchWord", RegistrationState::Unknown, false},
-                {"Unregistered", RegistrationState::Unregistered, true},
+    } rows[] = {{"NoSuchWord", RegistrationState::Unknown, false},
                 {"Pending", RegistrationState::Pending, false},
-                {"BlockedByUser", RegistrationState::BlockedByUser, false},
-                {"BlockedByTov", RegistrationState::BlockedByTOV, false},
                 {"NoDataConnection", RegistrationState::NoDataConnection, true},
-                {"UnexpectedError", RegistrationState::UnexpectedError, true},
-                {"InvalidUuid", RegistrationState::InvalidUuid, true},
-                {"TemporaryError", RegistrationState::TemporaryError, true},
                 {"MaximumUsersReached", RegistrationState::MaxDownloadsReached, false},
-                {"Expired", RegistrationState::Expired, false},
-                {"CancelledByUser", RegistrationState::CancelledByUser, true},
-                {"MaximumAppsReached", RegistrationState::MaxAppsReached, false},
-                {"ZelDisabled", RegistrationState::ZelDisabled, false},
-                {"BlockedEnterprisePerimeter", RegistrationState::BlockedEnterprisePerimeter, false}};
+                {"CancelledByUser", RegistrationState::CancelledByUser, true}};
     for (const auto& row : rows)
         QTest::newRow(row.word) << QString::fromLatin1(row.word) << row.state << row.allowed;
 }
