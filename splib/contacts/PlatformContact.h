@@ -132,4 +132,6 @@ void operator>>(const iface::JsonReaderAttribute& json, PlatformContact& contact
 
 } // namespace zelsplib
 
+// A pointer and bits: a QVariant then holds it without an allocation, and lists move it as plain memory.
+Q_DECLARE_TYPEINFO(zelsplib::PlatformContact, Q_RELOCATABLE_TYPE);
 Q_DECLARE_METATYPE(zelsplib::PlatformContact)
