@@ -175,6 +175,8 @@ void TstDerivedListChain::survivesHandlersThatEditAndThrow()
     chain.cached->setAddFunction([&](int, const QString&) { react(); });
     chain.cached->setRemoveFunction([&](int, const QString&) { react(); });
     chain.cached->setUpdateFunction([&](int, const QString&, const QString&) { react(); });
+    chain.cached->setChangeFunction([&](auto&&...) { react(); });
+    connect(chain.view.impl(), &iface::ObservableImpl::observableChanged, this, react);
     for (int step = 0; step < 2000; ++step) {
         change();
         QCOMPARE(mirror.items, chain.expected());

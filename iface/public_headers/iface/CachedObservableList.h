@@ -10,6 +10,7 @@
 
 #include <boost/function.hpp>
 
+#include <exception>
 #include <optional>
 #include <utility>
 
@@ -85,6 +86,7 @@ private:
     ChangeFunction m_changeFunction;
     /// What the copy shows already and nobody has been told: set while one of the functions runs.
     std::optional<Change> m_outstanding;
+    std::exception_ptr m_thrown; ///< while that was announced
     int m_changesBegun = 0;
     bool m_isTakingIn = false; ///< a change has been heard of and the copy does not show it yet
 };

@@ -111,14 +111,19 @@ void CachedObservableList<T>::handleRowItemsChanged(ChangeType::Type type, const
 }
 
 /// Announces what is outstanding. Tells whether the change at hand follows what the copy shows: not so if another one
-/// was made in answer to that, or is itself waiting to be taken in.
+/// was made in answer to that, or is itself waiting to be taken in. What an observer throws meanwhile goes on only when
+/// the change at hand has been taken in.
 template <class T>
 bool CachedObservableList<T>::settle()
 {
     const int changesBegun = m_changesBegun;
     const QScopedValueRollback<bool> takingIn(m_isTakingIn);
     const bool isFirst = !std::exchange(m_isTakingIn, true);
-    announceOutstanding();
+    try {
+        announceOutstanding();
+    } catch (...) {
+        m_thrown = std::current_exception();
+    }
     return changesBegun == m_changesBegun++ && isFirst;
 }
 
@@ -149,6 +154,7 @@ template <class Call>
 void CachedObservableList<T>::tellAndAnnounce(Change change, Call call)
 {
     const Announcement announcement(*this);
+    const std::exception_ptr thrown = std::exchange(m_thrown, nullptr);
     m_outstanding = std::move(change);
     try {
         call();
@@ -159,6 +165,8 @@ void CachedObservableList<T>::tellAndAnnounce(Change change, Call call)
     }
     if (announcement.isAlive())
         announceOutstanding();
+    if (thrown)
+        std::rethrow_exception(thrown);
 }
 
 template <class T>
