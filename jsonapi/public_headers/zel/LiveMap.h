@@ -78,7 +78,6 @@ private:
     int m_refreshes = 0;
     QSet<Key> m_requested; // by the loader's request under way
     bool m_broughtRequested = false;
-    bool m_broughtOthers = false;
 };
 
 } // namespace zel

@@ -97,7 +97,6 @@ void LiveMap<Key, T>::listElements(iface::JsonObjectReader body)
     if (cookieOf(body) == cookie()) {
         m_awaitingElements = true;
         m_broughtRequested = false;
-        m_broughtOthers = false;
     }
 }
 
@@ -128,8 +127,8 @@ void LiveMap<Key, T>::parseElement(const iface::JsonObjectReader& json)
 {
     const T record = m_adapter->jsonToElement(json, T());
     const Key key = m_adapter->elementToId(record);
-    if (m_awaitingElements && m_refreshes > 0) {
-        (m_requested.contains(key) ? m_broughtRequested : m_broughtOthers) = true;
+    if (m_refreshes > 0 && m_requested.contains(key)) {
+        m_broughtRequested = true;
     }
     store(key, record);
 }
@@ -145,8 +144,8 @@ void LiveMap<Key, T>::store(const Key& key, const T& record)
 template <class Key, class T>
 void LiveMap<Key, T>::answerCompleted()
 {
-    if (m_refreshes > 0 && m_broughtOthers && !m_broughtRequested) {
-        --m_refreshes; // it says nothing about the loader's request, which goes on
+    if (m_refreshes > 0 && !m_broughtRequested) {
+        --m_refreshes; // it says nothing about the loader's request, which goes on; two empty answers may be swapped
         return;
     }
     m_requested.clear();
