@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <zel/MessageListenerMap.h>
 
+#include <iface/ObservableTracker.h>
 #include <zel/detail/MessageOrder.h>
 
 #include <QDebug>
@@ -133,6 +134,8 @@ void MessageListenerMap::sendMessage(const QString& type, iface::JsonReaderAttri
         return;
     }
     const Dispatch dispatch(d);
+    // What listeners read is no dependency of a computation in whose event loop the message arrives.
+    const iface::ObservableTracker::Suspension untracked;
     const auto& state = dispatch.state;
     auto next = listeners->begin();
     // As many as there are now: who registers from here on hears from the next message on.

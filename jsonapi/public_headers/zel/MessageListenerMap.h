@@ -17,7 +17,7 @@ namespace zel {
 /// that is removed is not called any more, even by the dispatch under way; one that is added hears from the next
 /// message on. Messages stay in order all the same: one that arrives in a listener's nested event loop is handed out
 /// after whatever is left of the messages before it, and before the event loop goes on. What a listener throws ends the
-/// dispatch and passes on to the sender.
+/// dispatch and passes on to the sender. What a listener reads is no dependency of a computation that waits below.
 class ZEL_EXPORT MessageListenerMap
 {
 public:
