@@ -10,7 +10,7 @@ namespace iface {
 
 struct LogLevel
 {
-    enum Type { Debug = 0, Info = 1, Error = 2 };
+    enum Type : int { Debug = 0, Info = 1, Error = 2 };
 };
 
 struct LogCategory

@@ -9,8 +9,8 @@ namespace iface {
 
 /// A value that its owner sets.
 ///
-///     QExplicitlySharedDataPointer<iface::WritableObservableValue<bool>> ready(new
-///     iface::WritableObservableValue<bool>); ready->setValue(true);
+///     using Ready = iface::WritableObservableValue<bool>;
+///     QExplicitlySharedDataPointer<Ready> ready(new Ready); ready->setValue(true);
 template <class T>
 class WritableObservableValue : public ObservableValueImpl<T>
 {
