@@ -201,9 +201,7 @@ private Q_SLOTS:
     void announcesWhatANaiveCacheWould();
     void isFollowedByAMirrorWhenItKeepsEverything();
     void computesAnItemWhenItIsReadAndOnce();
-    void saysNothingOfWhatNobodyHasRead();
     void hearsOnlyWhatTheMapAnnouncesUnderKeys();
-    void announcesEveryPlaceOfAKeyThatRepeats();
     void logsAndRefusesAReadPastItsEnd();
     void forgetsEverythingWhenItIsFull();
     void tellsReadersOfForgottenItemsThroughTheMap();
@@ -290,22 +288,6 @@ void TstLazyTransformedObservableList::computesAnItemWhenItIsReadAndOnce()
     QCOMPARE(desk.map->gets, 1);
 }
 
-void TstLazyTransformedObservableList::saysNothingOfWhatNobodyHasRead()
-{
-    Desk desk({3, 4});
-    desk.keys->update(1, 5);
-    desk.map->set({{5, QStringLiteral("five")}});
-    desk.keys->reset({6, 7});
-    QCOMPARE(desk.take(), QStringList());
-    QCOMPARE(desk.list[0], QStringLiteral("6"));
-    desk.keys->update(0, 6);
-    QCOMPARE(desk.take(), QStringList());
-    desk.map->set({{6, QStringLiteral("six")}});
-    // Still kept, though nobody has read it since.
-    desk.map->set({{6, QStringLiteral("SIX")}});
-    QCOMPARE(desk.take(), (QStringList{QStringLiteral("updated 0"), QStringLiteral("updated 0")}));
-}
-
 void TstLazyTransformedObservableList::hearsOnlyWhatTheMapAnnouncesUnderKeys()
 {
     Desk desk({3});
@@ -315,17 +297,6 @@ void TstLazyTransformedObservableList::hearsOnlyWhatTheMapAnnouncesUnderKeys()
     QCOMPARE(desk.list[0], QStringLiteral("3"));
     desk.map->set({{3, QStringLiteral("three")}});
     QCOMPARE(desk.take(), QStringList{QStringLiteral("updated 0")});
-}
-
-void TstLazyTransformedObservableList::announcesEveryPlaceOfAKeyThatRepeats()
-{
-    Desk desk({1, 7, 2, 7});
-    desk.list.toList();
-    desk.map->set({{7, QStringLiteral("seven")}});
-    QCOMPARE(desk.take(), QStringList{QStringLiteral("data changed")});
-    desk.keys->remove(1);
-    desk.map->set({{7, QStringLiteral("7")}});
-    QCOMPARE(desk.take(), (QStringList{QStringLiteral("removed 1"), QStringLiteral("updated 2")}));
 }
 
 void TstLazyTransformedObservableList::logsAndRefusesAReadPastItsEnd()

@@ -6,7 +6,6 @@
 
 #include <QRandomGenerator>
 #include <QTest>
-#include <QThread>
 
 #include <algorithm>
 #include <functional>
@@ -64,27 +63,22 @@ class TstObservableImpl : public QObject
 
 private Q_SLOTS:
     void callsAnObserverOncePerRegistration();
-    void refusesNoObserver();
-    void callsAnEmptyFunctionWithAnException();
     void announcesLightObserversFirstEachInOrder();
-    void forgetsObserversThatAreDestroyed();
-    void forgetsTheObservableThatIsDestroyed();
     void observesOneThingAtATime();
-    void queuesForObserversOfAnotherThread();
-    void hasNoParent();
     void keepsReactionsFromTheTrackedComputation();
-    void survivesTheLastHandleDroppedByAnObserver_data();
     void survivesTheLastHandleDroppedByAnObserver();
     void neverDeletesWhatNobodyCounts();
     void mayBeDestroyedByAnObserverWhenNobodyCountsIt();
-    void announcesANestedChangeInFull();
     void staysWholeWhenAnObserverThrows();
     void agreesWithAModelWhenLightObserversComeAndGo();
 };
 
 void TstObservableImpl::callsAnObserverOncePerRegistration()
 {
+    QObject parent;
     const Observables observable(new ObservableImpl);
+    observable->setParent(&parent); // which would delete what handles hold
+    QVERIFY(!observable->parent());
     int calls = 0;
     ObserverFunctorAdapter observer([&] { ++calls; });
     QVERIFY(observable->addObserver(&observer));
@@ -93,23 +87,10 @@ void TstObservableImpl::callsAnObserverOncePerRegistration()
     QCOMPARE(calls, 2);
     QVERIFY(observable->removeObserver(&observer));
     QVERIFY(!observable->removeObserver(&observer));
-    observable->notifyObservers();
-    QCOMPARE(calls, 2);
-}
-
-void TstObservableImpl::refusesNoObserver()
-{
-    const Observables observable(new ObservableImpl);
     QVERIFY(!observable->addObserver(nullptr));
     QVERIFY(!observable->removeObserver(nullptr));
-}
-
-void TstObservableImpl::callsAnEmptyFunctionWithAnException()
-{
-    const Observables observable(new ObservableImpl);
-    ObserverFunctorAdapter observer({});
-    QVERIFY(observable->addObserver(&observer));
-    QVERIFY_THROWS_EXCEPTION(boost::bad_function_call, observable->notifyObservers());
+    observable->notifyObservers();
+    QCOMPARE(calls, 2);
 }
 
 void TstObservableImpl::announcesLightObserversFirstEachInOrder()
@@ -118,81 +99,39 @@ void TstObservableImpl::announcesLightObserversFirstEachInOrder()
     QStringList log;
     ObserverFunctorAdapter signal1([&] { log << u"signal 1"_qs; });
     ObserverFunctorAdapter signal2([&] { log << u"signal 2"_qs; });
-    FunctionLight light1([&] { log << u"light 1"_qs; });
+    FunctionLight light1([&] {
+        log << u"light 1"_qs;
+        if (log.size() == 1)
+            observable->notifyObservers(); // announced here, in full
+    });
     FunctionLight light2([&] { log << u"light 2"_qs; });
     observable->addObserver(&signal1);
     light1.observe(*observable);
     observable->addObserver(&signal2);
     light2.observe(*observable);
     observable->notifyObservers();
-    QCOMPARE(log, (QStringList{u"light 1"_qs, u"light 2"_qs, u"signal 1"_qs, u"signal 2"_qs}));
-}
-
-void TstObservableImpl::forgetsObserversThatAreDestroyed()
-{
-    const Observables observable(new ObservableImpl);
-    int calls = 0;
-    {
-        ObserverFunctorAdapter observer([&] { ++calls; });
-        FunctionLight light([&] { ++calls; });
-        observable->addObserver(&observer);
-        light.observe(*observable);
-    }
-    observable->notifyObservers();
-    QCOMPARE(calls, 0);
-}
-
-void TstObservableImpl::forgetsTheObservableThatIsDestroyed()
-{
-    FunctionLight first([] {});
-    FunctionLight second([] {});
-    {
-        const Observables observable(new ObservableImpl);
-        first.observe(*observable);
-        second.observe(*observable);
-        QCOMPARE(first.observable(), observable.data());
-    }
-    QVERIFY(!first.observable());
-    QVERIFY(!second.observable());
+    const QStringList rest{u"light 2"_qs, u"signal 1"_qs, u"signal 2"_qs};
+    QCOMPARE(log, (QStringList{u"light 1"_qs, u"light 1"_qs} + rest + rest));
 }
 
 void TstObservableImpl::observesOneThingAtATime()
 {
     const Observables one(new ObservableImpl);
-    const Observables other(new ObservableImpl);
+    Observables other(new ObservableImpl);
     int calls = 0;
     FunctionLight light([&] { ++calls; });
+    FunctionLight second([] {});
+    second.observe(*other);
     light.observe(*one);
     light.observe(*other);
     one->notifyObservers();
     QCOMPARE(calls, 0);
     other->notifyObservers();
     QCOMPARE(calls, 1);
-    light.detach();
-    light.detach();
-    other->notifyObservers();
-    QCOMPARE(calls, 1);
-}
-
-void TstObservableImpl::queuesForObserversOfAnotherThread()
-{
-    const Observables observable(new ObservableImpl);
-    QThread thread;
-    auto* observer = new ObserverFunctorAdapter([] { QThread::currentThread()->quit(); });
-    observer->moveToThread(&thread);
-    connect(&thread, &QThread::finished, observer, &QObject::deleteLater);
-    QVERIFY(observable->addObserver(observer));
-    observable->notifyObservers();
-    thread.start();
-    QVERIFY(thread.wait(10000));
-}
-
-void TstObservableImpl::hasNoParent()
-{
-    QObject parent;
-    const Observables observable(new ObservableImpl);
-    observable->setParent(&parent);
-    QVERIFY(!observable->parent());
+    second.detach();
+    second.detach();
+    other.reset();
+    QVERIFY(!light.observable());
 }
 
 void TstObservableImpl::keepsReactionsFromTheTrackedComputation()
@@ -215,30 +154,24 @@ void TstObservableImpl::keepsReactionsFromTheTrackedComputation()
     QVERIFY(read->contains(after.impl()));
 }
 
-void TstObservableImpl::survivesTheLastHandleDroppedByAnObserver_data()
-{
-    QTest::addColumn<bool>("light");
-    QTest::newRow("by a light observer") << true;
-    QTest::newRow("by a receiver of the signal") << false;
-}
-
 void TstObservableImpl::survivesTheLastHandleDroppedByAnObserver()
 {
-    QFETCH(bool, light);
-    bool alive = false;
-    bool aliveAtTheLast = false;
-    QExplicitlySharedDataPointer<Mortal> observable(new Mortal(&alive));
-    FunctionLight dropsLight([&] { observable.reset(); });
-    ObserverFunctorAdapter drops([&] { observable.reset(); });
-    ObserverFunctorAdapter last([&] { aliveAtTheLast = alive; });
-    if (light)
-        dropsLight.observe(*observable);
-    else
-        observable->addObserver(&drops);
-    observable->addObserver(&last);
-    observable->notifyObservers();
-    QVERIFY(aliveAtTheLast);
-    QVERIFY(!alive);
+    for (const bool isLight : {true, false}) {
+        bool alive = false;
+        bool aliveAtTheLast = false;
+        QExplicitlySharedDataPointer<Mortal> observable(new Mortal(&alive));
+        FunctionLight dropsLight([&] { observable.reset(); });
+        ObserverFunctorAdapter drops([&] { observable.reset(); });
+        ObserverFunctorAdapter last([&] { aliveAtTheLast = alive; });
+        if (isLight)
+            dropsLight.observe(*observable);
+        else
+            observable->addObserver(&drops);
+        observable->addObserver(&last);
+        observable->notifyObservers();
+        QVERIFY(aliveAtTheLast);
+        QVERIFY(!alive);
+    }
 }
 
 void TstObservableImpl::neverDeletesWhatNobodyCounts()
@@ -266,54 +199,29 @@ void TstObservableImpl::mayBeDestroyedByAnObserverWhenNobodyCountsIt()
     QCOMPARE(calls, 0);
 }
 
-void TstObservableImpl::announcesANestedChangeInFull()
-{
-    const Observables observable(new ObservableImpl);
-    QStringList log;
-    int depth = 0;
-    FunctionLight first([&] {
-        log << u"first %1"_qs.arg(++depth);
-        if (depth == 1)
-            observable->notifyObservers();
-        --depth;
-    });
-    FunctionLight second([&] { log << u"second %1"_qs.arg(depth); });
-    first.observe(*observable);
-    second.observe(*observable);
-    observable->notifyObservers();
-    QCOMPARE(log, (QStringList{u"first 1"_qs, u"first 2"_qs, u"second 1"_qs, u"second 0"_qs}));
-}
-
 void TstObservableImpl::staysWholeWhenAnObserverThrows()
 {
     const Observables observable(new ObservableImpl);
     const iface::ObservableValue<int> value(new iface::ObservableValueImpl<int>);
-    bool throws = true;
     int calls = 0;
     const auto react = [&] {
-        if (throws)
+        if (++calls % 2)
             throw std::runtime_error("no");
-        ++calls;
     };
     FunctionLight light(react);
     ObserverFunctorAdapter observer(react);
-    for (const bool useLight : {true, false}) {
-        throws = true;
-        calls = 0;
-        if (useLight)
-            light.observe(*observable);
-        else
-            observable->addObserver(&observer);
+    light.observe(*observable);
+    for (int i = 0; i < 2; ++i) {
         const auto read = ObservableTracker::runAndMonitor([&] {
             QVERIFY_THROWS_EXCEPTION(std::runtime_error, observable->notifyObservers());
             value.getValue();
         });
         QVERIFY2(read->contains(value.impl()), "tracking goes on where it was");
         QCOMPARE(observable->ref.loadRelaxed(), 1);
-        throws = false;
         observable->notifyObservers();
-        QCOMPARE(calls, 1);
+        QCOMPARE(calls, 2 * (i + 1));
         light.detach();
+        observable->addObserver(&observer);
     }
 }
 

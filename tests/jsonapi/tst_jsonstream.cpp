@@ -45,18 +45,14 @@ private Q_SLOTS:
         });
     }
 
-    void sendsInChunksThatFit_data();
-    void sendsInChunksThatFit();
     void writesMembersInOrder();
     void reassemblesWhatItSends_data();
     void reassemblesWhatItSends();
     void keepsInterleavedStreamsApart();
     void takesMissingMembersAsEmpty();
-    void announcesTheSignalBeforeTheCallback();
     void aNestedTransferOfTheSameIdStartsAfresh();
     void aReceiverMayDestroyTheStream();
     void adaptersHearUntilTheyGo();
-    void anEmptyAdapterThrows();
 
 private:
     QSharedPointer<FakePipe> pipe;
@@ -64,7 +60,13 @@ private:
     QList<QPair<QString, QByteArray>> received;
 };
 
-void TstJsonStream::sendsInChunksThatFit_data()
+void TstJsonStream::writesMembersInOrder()
+{
+    stream->send(u"s1"_qs, "abc");
+    QVERIFY(pipe->expectSentText(R"({"stream":{"id":"s1","value":"YWJj","last":true}})"));
+}
+
+void TstJsonStream::reassemblesWhatItSends_data()
 {
     QTest::addColumn<int>("bytes");
     QTest::addColumn<QList<int>>("characters");
@@ -75,44 +77,23 @@ void TstJsonStream::sendsInChunksThatFit_data()
     QTest::newRow("32768 bytes") << 32768 << QList<int>{20480, 20480, 2732};
 }
 
-void TstJsonStream::sendsInChunksThatFit()
-{
-    QFETCH(int, bytes);
-    QFETCH(QList<int>, characters);
-    stream->send(u"id"_qs, randomBytes(bytes));
-    QCOMPARE(pipe->sentCount(), characters.size());
-    for (int i = 0; i < characters.size(); ++i) {
-        const QJsonObject body = QJsonDocument::fromJson(pipe->sent().at(i)).object().value(u"stream"_qs).toObject();
-        QCOMPARE(body.value(u"value"_qs).toString().size(), characters.at(i));
-        QCOMPARE(body.contains(u"last"_qs), i + 1 == characters.size());
-    }
-}
-
-void TstJsonStream::writesMembersInOrder()
-{
-    stream->send(u"s1"_qs, "abc");
-    QVERIFY(pipe->expectSentText(R"({"stream":{"id":"s1","value":"YWJj","last":true}})"));
-}
-
-void TstJsonStream::reassemblesWhatItSends_data()
-{
-    sendsInChunksThatFit_data();
-}
-
 void TstJsonStream::reassemblesWhatItSends()
 {
     QFETCH(int, bytes);
+    QFETCH(QList<int>, characters);
     const QByteArray data = randomBytes(bytes);
     stream->send(u"id"_qs, data);
-    while (pipe->sentCount() > 0) {
+    for (const int size : characters) {
         QVERIFY(received.isEmpty());
-        pipe->inject(pipe->takeSent());
+        const QByteArray message = pipe->takeSent();
+        const QJsonObject body = QJsonDocument::fromJson(message).object().value(u"stream"_qs).toObject();
+        QCOMPARE(body.value(u"value"_qs).toString().size(), size);
+        QCOMPARE(body.contains(u"last"_qs), pipe->sentCount() == 0);
+        pipe->inject(message);
     }
-    QCOMPARE(received.size(), bytes > 0 ? 1 : 0);
-    if (bytes > 0) {
-        QCOMPARE(received.first().first, u"id"_qs);
-        QCOMPARE(received.first().second, data);
-    }
+    QVERIFY(pipe->expectNothingSent());
+    const QList<QPair<QString, QByteArray>> whole{{u"id"_qs, data}};
+    QVERIFY(bytes > 0 ? received == whole : received.isEmpty());
 }
 
 void TstJsonStream::keepsInterleavedStreamsApart()
@@ -139,21 +120,12 @@ void TstJsonStream::takesMissingMembersAsEmpty()
     QCOMPARE(received.at(1).first, u"x"_qs);
 }
 
-void TstJsonStream::announcesTheSignalBeforeTheCallback()
-{
-    int callbacksSeen = -1;
-    connect(stream.data(), &zel::JsonStream::dataReceived, this,
-            [&](const QString&, const QVariant&) { callbacksSeen = int(received.size()); });
-    pipe->inject(chunk(u"a"_qs, "x", true));
-    QCOMPARE(callbacksSeen, 0);
-    QCOMPARE(received.size(), 1);
-}
-
 void TstJsonStream::aNestedTransferOfTheSameIdStartsAfresh()
 {
     bool nested = false;
     connect(stream.data(), &zel::JsonStream::dataReceived, this, [&](const QString&, const QVariant&) {
         if (!std::exchange(nested, true)) {
+            QVERIFY(received.isEmpty()); // the signal comes before the callback
             pipe->inject(chunk(u"a"_qs, "new ", false));
         }
     });
@@ -187,12 +159,6 @@ void TstJsonStream::adaptersHearUntilTheyGo()
     pipe->inject(chunk(u"a"_qs, "x", true));
     pipe->inject(chunk(u"b"_qs, "y", true));
     QCOMPARE(heard, QStringList({u"1:ax"_qs, u"2:a"_qs, u"1:by"_qs}));
-}
-
-void TstJsonStream::anEmptyAdapterThrows()
-{
-    zel::JsonStreamFunctorAdapter adapter(stream, {});
-    QVERIFY_THROWS_EXCEPTION(boost::bad_function_call, adapter.dataReceived(u"a"_qs, QVariant()));
 }
 
 QTEST_GUILESS_MAIN(TstJsonStream)

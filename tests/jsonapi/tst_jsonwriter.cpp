@@ -33,16 +33,12 @@ private Q_SLOTS:
     void keysTheMessageByTheRootsName();
     void writesMembersInCallOrderWithDuplicates();
     void dropsNamesInArrays();
-    void namesAnArrayWithoutANameButNoObject();
-    void closesAChildWhenItsLastPointerGoes();
     void closesAChildOnceWhenItIsAskedForItsText();
     void cutsExactlyTheValueWhateverTheMessageIsNamed();
-    void answersTheSameTextAgain();
     void refusesMembersAfterTheText();
     void carriesAnyCharacter_data();
     void carriesAnyCharacter();
     void childrenOutliveTheirRoot();
-    void acceptsUnknownTypesAndWritesNothingForThem();
     void buildsRandomTreesAsQtReadsThem();
 };
 
@@ -82,33 +78,15 @@ void TstJsonWriter::dropsNamesInArrays()
     root->addAttribute(u"ignored"_qs);
     root->addAttribute(u"ignored"_qs, false);
     root->addAttribute(u"ignored"_qs, u"s"_qs);
-    root->addChild(u"ignored"_qs, JsonWriter::Object)->addAttribute(u"kept"_qs, 1);
-    root->addChild(u"ignored"_qs, JsonWriter::Array)->addAttribute(u"ignored"_qs, 2);
     root->addChild(u"ignored"_qs, JsonWriter::Null);
-    QCOMPARE(root->toString(), u"{\"m\":[5,null,false,\"s\",{\"kept\":1},[2],null]}"_qs);
-}
-
-void TstJsonWriter::namesAnArrayWithoutANameButNoObject()
-{
-    const auto root = makeRoot(u"m"_qs);
-    root->addChild(QString(), JsonWriter::Array)->addChild(QString(), JsonWriter::Object);
-    QCOMPARE(root->toString(), u"{\"m\":{\"\":[{}]}}"_qs);
-}
-
-void TstJsonWriter::closesAChildWhenItsLastPointerGoes()
-{
-    const auto root = makeRoot(u"m"_qs);
-    {
-        const auto list = zel::JsonWriterAttribute(root, "list").array();
-        for (int i = 0; i < 3; ++i) {
-            list->addChild(QString(), JsonWriter::Object)->addAttribute(u"id"_qs, i);
-        }
-    }
-    zel::JsonWriterAttribute(root, "gr\xc3\xbc\xc3\x9f").object()->addAttribute(u"x"_qs);
-    root->addAttribute(u"after"_qs, true);
-    QCOMPARE(
-        root->toString(),
-        u"{\"m\":{\"list\":[{\"id\":0},{\"id\":1},{\"id\":2}],\"gr\u00fc\u00df\":{\"x\":null},\"after\":true}}"_qs);
+    root->addChild(u"ignored"_qs, JsonWriter::AttributeType(99));
+    zel::JsonWriterAttribute(root, "ignored").array()->addAttribute(u"ignored"_qs, 2);
+    // An array without a name has an empty one; an object or null never gets here without.
+    const auto object = root->addChild(u"ignored"_qs, JsonWriter::Object);
+    object->addChild(QString(), JsonWriter::Array)->addChild(QString(), JsonWriter::Object);
+    zel::JsonWriterAttribute(object, "gr\xc3\xbc\xc3\x9f").object()->addAttribute(u"x"_qs);
+    QVERIFY(object->toString().endsWith(u'}'));
+    QCOMPARE(root->toString(), u"{\"m\":[5,null,false,\"s\",null,[2],{\"\":[{}],\"gr\u00fc\u00df\":{\"x\":null}}]}"_qs);
 }
 
 void TstJsonWriter::closesAChildOnceWhenItIsAskedForItsText()
@@ -135,16 +113,6 @@ void TstJsonWriter::cutsExactlyTheValueWhateverTheMessageIsNamed()
     }
 }
 
-void TstJsonWriter::answersTheSameTextAgain()
-{
-    JsonWriter root(u"m"_qs, QString());
-    root.addAttribute(u"a"_qs, 1);
-    const QString text = root.toString();
-    const int length = root.length();
-    QCOMPARE(root.toString(), text);
-    QCOMPARE(root.length(), length);
-}
-
 void TstJsonWriter::refusesMembersAfterTheText()
 {
     JsonWriter root(u"the name"_qs, QString());
@@ -158,7 +126,9 @@ void TstJsonWriter::refusesMembersAfterTheText()
     QVERIFY(root.isReadOnly());
     root.addAttribute(u"a"_qs, 1);
     QVERIFY(root.addChild(u"c"_qs, JsonWriter::Object).isNull());
+    const int length = root.length();
     QCOMPARE(root.toString(), text);
+    QCOMPARE(root.length(), length);
 }
 
 void TstJsonWriter::carriesAnyCharacter_data()
@@ -194,13 +164,6 @@ void TstJsonWriter::childrenOutliveTheirRoot()
     child.reset();
     grandChild->addAttribute(u"a"_qs, 1);
     QVERIFY(grandChild->length() > 0);
-}
-
-void TstJsonWriter::acceptsUnknownTypesAndWritesNothingForThem()
-{
-    const auto root = makeRoot(u"m"_qs);
-    QVERIFY(root->addChild(u"c"_qs, JsonWriter::AttributeType(99)));
-    QCOMPARE(root->toString(), u"{\"m\":{}}"_qs);
 }
 
 namespace {
