@@ -1,0 +1,260 @@
+// SPDX-License-Identifier: Apache-2.0
+// Contacts as an application gets them: from the service, through the object, to the public classes; and the object by
+// itself. Each run is one measurement in a process of its own, one line of JSON on standard output:
+//
+//   bench_contacts load library|qjson|simdjson N    N contacts, from the request to the last of them
+//   bench_contacts change N                         one contact's change, with N contacts there
+//   bench_contacts object                           one record out and the answer in
+#include "contacts/ByHand.h"
+#include "contacts/CoreProcess.h"
+#include "contacts/Memory.h"
+#include "contacts/Packets.h"
+#include "contacts/RoundTrip.h"
+
+#include <vx/platform/zel/ContactService.h>
+#include <vx/platform/zel/Context.h>
+
+#include <pps/object.h>
+
+#include <QtCore/QAbstractEventDispatcher>
+#include <QtCore/QCoreApplication>
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QEventLoop>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtCore/QRandomGenerator>
+#include <QtCore/QTemporaryDir>
+
+#include <algorithm>
+#include <cstdio>
+#include <ctime>
+#include <functional>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include <fcntl.h>
+
+using namespace vx::platform::zel;
+
+namespace {
+
+const QUuid application("6f8d2c4e-5b0a-4a37-9d0e-0c8f3f1f2a10");
+
+void print(const QJsonObject& result)
+{
+    std::printf("%s\n", QJsonDocument(result).toJson(QJsonDocument::Compact).constData());
+}
+
+[[noreturn]] void fail(const char* why)
+{
+    std::fprintf(stderr, "bench_contacts: %s\n", why);
+    std::exit(1);
+}
+
+double processorSeconds()
+{
+    timespec time{};
+    ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return double(time.tv_sec) + double(time.tv_nsec) / 1e9;
+}
+
+double medianOf(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    return values.at(values.size() / 2);
+}
+
+/// What loading n contacts costs, from start() to finish().
+class LoadMeter
+{
+public:
+    void start()
+    {
+        m_before = Memory::now();
+        m_processor = processorSeconds();
+        m_clock.start();
+    }
+    bool isStarted() const { return m_clock.isValid(); }
+
+    QJsonObject finish(const QString& client, int contacts)
+    {
+        const double milliseconds = double(m_clock.nsecsElapsed()) / 1e6;
+        const double processor = processorSeconds() - m_processor;
+        const Memory after = Memory::now();
+        return {{QStringLiteral("measurement"), QStringLiteral("load")},
+                {QStringLiteral("client"), client},
+                {QStringLiteral("contacts"), contacts},
+                {QStringLiteral("milliseconds"), milliseconds},
+                {QStringLiteral("microsecondsPerContact"), milliseconds * 1000 / contacts},
+                {QStringLiteral("processorMicrosecondsPerContact"), processor * 1e6 / contacts},
+                {QStringLiteral("residentBytesPerContact"), (after.resident - m_before.resident) / contacts},
+                {QStringLiteral("bytesInUsePerContact"), (after.inUse - m_before.inUse) / contacts}};
+    }
+
+private:
+    QElapsedTimer m_clock;
+    double m_processor = 0;
+    Memory m_before;
+};
+
+/// An application that registers and follows its contacts.
+class Application
+{
+public:
+    /// Runs `ready` once all contacts are there, in the slot that tells.
+    void run(int contacts, const std::function<void()>& ready)
+    {
+        m_contacts = contacts;
+        m_ready = ready;
+        QObject::connect(&m_context, &Context::registrationStateUpdated, &m_loop,
+                         [this](RegistrationState::Type state) { registrationChanged(state); });
+        m_loop.exec();
+    }
+
+    LoadMeter meter;
+    /// There from Allowed on.
+    std::unique_ptr<ContactService> service;
+
+    void quit() { m_loop.quit(); }
+
+private:
+    void registrationChanged(RegistrationState::Type state)
+    {
+        if (state == RegistrationState::Unregistered) {
+            // The library asks for contacts as soon as the service has given access, a few messages before it says
+            // Allowed. So the clock starts with the request to register: a little more than loading, never less.
+            meter.start();
+            if (!m_context.requestRegisterApplicationSilent())
+                fail("the registration was refused");
+        } else if (state == RegistrationState::Allowed && !service) {
+            service = std::make_unique<ContactService>(&m_context);
+            QObject::connect(service.get(), &ContactService::contactListUpdated, &m_loop, [this] { listUpdated(); });
+            listUpdated();
+        }
+    }
+    void listUpdated()
+    {
+        if (service->isValid() && service->contactCount() == m_contacts && m_ready)
+            std::exchange(m_ready, nullptr)();
+    }
+
+    Context m_context{application};
+    QEventLoop m_loop;
+    std::function<void()> m_ready;
+    int m_contacts = 0;
+};
+
+void loadWithLibrary(int contacts)
+{
+    Application user;
+    user.run(contacts, [&] {
+        print(user.meter.finish(QStringLiteral("library"), contacts));
+        user.quit();
+    });
+}
+
+void loadByHand(const QString& client, const QString& root, const HandDecoder& decoder, int contacts)
+{
+    QEventLoop loop;
+    HandClient user(root, decoder);
+    LoadMeter meter;
+    meter.start();
+    user.load([&] {
+        if (user.size() != contacts)
+            fail("contacts are missing");
+        print(meter.finish(client, contacts));
+        loop.quit();
+    });
+    loop.exec();
+}
+
+/// One change after the other, each from the command until the application's slot.
+void change(CoreProcess& service, int contacts)
+{
+    constexpr int changes = 1000;
+    constexpr int warmUp = 50;
+    Application user;
+    QStringList handles;
+    QRandomGenerator random(1);
+    std::vector<double> waits;
+    QElapsedTimer clock;
+    double processor = 0;
+    int number = 0;
+    const auto next = [&] {
+        const QString& handle = handles.at(random.bounded(int(handles.size())));
+        clock.start();
+        service.tell("contact change " + handle.toUtf8() + " personalMessage=" + QByteArray::number(++number));
+    };
+    user.run(contacts, [&] {
+        for (const Contact& contact : user.service->contacts())
+            handles.append(contact.handle());
+        QObject::connect(user.service.get(), &ContactService::contactUpdated, user.service.get(), [&] {
+            waits.push_back(double(clock.nsecsElapsed()) / 1000);
+            if (number == warmUp) {
+                waits.clear();
+                processor = processorSeconds();
+            }
+            number < changes + warmUp ? next() : user.quit();
+        });
+        next();
+    });
+    print({{QStringLiteral("measurement"), QStringLiteral("change")},
+           {QStringLiteral("contacts"), contacts},
+           {QStringLiteral("microseconds"), medianOf(waits)},
+           {QStringLiteral("processorMicroseconds"), (processorSeconds() - processor) * 1e6 / changes}});
+}
+
+/// Both ways in turns, so that they meet the same weather.
+void object(const QString& root)
+{
+    constexpr int size = 4096;
+    constexpr int rounds = 4000;
+    const QByteArray path = root.toUtf8() + "/echo";
+    std::vector<double> direct;
+    std::vector<double> opened;
+    for (int turn = 0; turn < 7; ++turn) {
+        direct.push_back(roundTrip(connectDirectly(path), size, rounds));
+        opened.push_back(roundTrip(::pps_object_open("/pps/echo", O_RDWR), size, rounds));
+    }
+    print({{QStringLiteral("measurement"), QStringLiteral("object")},
+           {QStringLiteral("bytes"), size},
+           {QStringLiteral("directMicroseconds"), medianOf(direct)},
+           {QStringLiteral("objectMicroseconds"), medianOf(opened)}});
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QStringList words;
+    for (int i = 1; i < argc; ++i)
+        words.append(QString::fromLocal8Bit(argv[i]));
+    const QString what = words.value(0);
+    if (what == QLatin1String("object")) {
+        const QTemporaryDir folder;
+        qputenv("PPS_ROOT", folder.path().toUtf8());
+        const EchoProcess echo(folder.path().toUtf8() + "/echo");
+        const QCoreApplication app(argc, argv);
+        object(folder.path());
+        return 0;
+    }
+
+    const QCoreApplication app(argc, argv);
+    const int contacts = words.isEmpty() ? 0 : words.last().toInt();
+    if (contacts < 1) {
+        std::fprintf(stderr, "usage: bench_contacts load library|qjson|simdjson N | change N | object\n");
+        return 2;
+    }
+    CoreProcess service(QString::fromUtf8(ZELCORE_SIM), contacts);
+    const QString client = words.value(1);
+    if (what == QLatin1String("change"))
+        change(service, contacts);
+    else if (client == QLatin1String("qjson"))
+        loadByHand(client, service.root(), decodeWithQt(), contacts);
+    else if (client == QLatin1String("simdjson"))
+        loadByHand(client, service.root(), decodeWithSimdjson(), contacts);
+    else
+        loadWithLibrary(contacts);
+    return 0;
+}

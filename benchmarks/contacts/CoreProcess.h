@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QtCore/QByteArray>
+#include <QtCore/QProcess>
+#include <QtCore/QString>
+#include <QtCore/QTemporaryDir>
+
+/// zelcore-sim as a process of its own, so that what the service costs is on another's account, the same for every
+/// client. Everybody it makes up comes from one seed.
+class CoreProcess
+{
+public:
+    /// Serves when this returns, or says why not and ends the program.
+    CoreProcess(const QString& program, int contacts);
+    ~CoreProcess();
+    Q_DISABLE_COPY_MOVE(CoreProcess)
+
+    QString root() const { return m_folder.path(); }
+    /// Executes a command of the simulator.
+    void tell(const QByteArray& command);
+
+private:
+    QTemporaryDir m_folder;
+    QProcess m_process;
+};
