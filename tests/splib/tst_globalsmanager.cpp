@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <splib/globals/GlobalVarsJsonAdapter.h>
 #include <splib/globals/GlobalsManager.h>
 
 #include <common/FakePipe.h>
@@ -17,37 +16,15 @@ using zelsplib::PlatformContact;
 using zelsplib::PlatformPermissions;
 using Manager = zelsplib::GlobalsManager<RecordingRegistration, RecordingUserProfile>;
 
-struct HearsNothing
-{
-};
-struct HearsOfNamesOnly
-{
-    void pushPlatformUserProfileDisplayNameChangedEvent(const PlatformContact&) {}
-};
-struct NeedsAnArgument : RecordingRegistration
-{
-    explicit NeedsAnArgument(int) {}
-};
-static_assert(zelsplib::RegistrationEvents<RecordingRegistration>);
-static_assert(!zelsplib::RegistrationEvents<HearsNothing> && !zelsplib::RegistrationEvents<NeedsAnArgument>);
-static_assert(zelsplib::UserProfileEvents<RecordingUserProfile>);
-static_assert(!zelsplib::UserProfileEvents<HearsNothing> && !zelsplib::UserProfileEvents<HearsOfNamesOnly>);
-
 class TstGlobalsManager : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void asksForThePermissionFromTheEventLoop();
     void readsThePermissionAndKeepsDefaults();
-    void announcesEachStateOnce();
     void tellsTheFacadeOfSuccess();
     void losesAndDoublesNothingWhileASlotSpins();
-    void sendsTheRegistration();
-    void answersARegisteredApplicationAtOnce();
     void writesOnlyWhatAProfileChangeSets();
-    void writesAPermissionRecord();
-    void reportsTheFirstProfile();
     void reportsAProfileWithoutPicture();
     void waitsForAUserId();
     void takesAProfileThatCameUnasked();
@@ -114,6 +91,7 @@ struct Fixture
         QVERIFY(pipe->expectSentText(R"({"requestUserAvatar":{"userId":"me","streamId":"p0"}})"));
         stream("p0", "old");
         QCOMPARE(log.take(), lines({"gate profile", "picture p0 image/png old", "gate picture"}));
+        QCOMPARE(manager->getMyAvatar(), QByteArray("old"));
     }
 
     /// Waits until the elements that were asked for name this one among them, and takes the request.
@@ -156,21 +134,6 @@ struct Fixture
 
 } // namespace
 
-void TstGlobalsManager::asksForThePermissionFromTheEventLoop()
-{
-    Fixture f;
-    QVERIFY(f.pipe->expectNothingSent());
-    f.manager->sendTpaApi(QStringLiteral("Qt"));
-    QTRY_COMPARE(f.pipe->sentCount(), 2);
-    QVERIFY(f.pipe->expectSentText(R"({"tpaApi":{"apiType":"Qt"}})"));
-    const QByteArray request = f.pipe->takeSent();
-    const auto body = QJsonDocument::fromJson(request)[u"requestListElements"];
-    QCOMPARE(body[u"elements"].toArray(),
-             QJsonArray({QJsonObject{{QStringLiteral("name"), QStringLiteral("permission")}}}));
-    QCOMPARE(body[u"type"].toString(), QStringLiteral("global"));
-    QVERIFY(f.log.lines().isEmpty());
-}
-
 void TstGlobalsManager::readsThePermissionAndKeepsDefaults()
 {
     Fixture f;
@@ -184,18 +147,6 @@ void TstGlobalsManager::readsThePermissionAndKeepsDefaults()
     QCOMPARE(f.manager->getAccessCode(), QStringLiteral("Expired"));
     f.change(R"({"name":"somethingElse","value":{"registrationState":"Success"}},{"name":"permission","value":[]})");
     QCOMPARE(f.log.take(), lines({"state Expired"}));
-}
-
-void TstGlobalsManager::announcesEachStateOnce()
-{
-    Fixture f;
-    QVERIFY(f.asked("permission"));
-    f.answer(R"({"name":"permission","value":{"registrationState":"Unregistered"}})");
-    f.state("Unregistered");
-    f.permission(R"("zelInvites":true)");
-    f.state("Pending");
-    f.state("Unregistered");
-    QCOMPARE(f.log.take(), lines({"state Unregistered", "state Pending", "state Unregistered"}));
 }
 
 void TstGlobalsManager::tellsTheFacadeOfSuccess()
@@ -221,29 +172,10 @@ void TstGlobalsManager::losesAndDoublesNothingWhileASlotSpins()
         f.state("Success");
         f.state("Expired");
     });
+    f.state("Unregistered");
     f.state("Pending");
     f.permission(R"("zelSetup":true)");
     QCOMPARE(f.log.take(), lines({"state Unregistered", "state Pending", "gate registered", "state Expired"}));
-}
-
-void TstGlobalsManager::sendsTheRegistration()
-{
-    Fixture f;
-    QVERIFY(f.asked("permission"));
-    f.manager->sendRegistration(QStringLiteral("u-1"), true);
-    QVERIFY(f.pipe->expectSentText(R"({"registrationRequest":{"uuid":"u-1","silent":true}})"));
-    QCOMPARE(f.log.take(), QStringList());
-}
-
-void TstGlobalsManager::answersARegisteredApplicationAtOnce()
-{
-    Fixture f;
-    QVERIFY(f.asked("permission"));
-    f.answer(R"({"name":"permission","value":{"registrationState":"Success"}})");
-    f.log.take();
-    f.manager->sendRegistration(QStringLiteral("u-1"), false);
-    QVERIFY(f.pipe->expectNothingSent());
-    QCOMPARE(f.log.take(), lines({"state Success"}));
 }
 
 void TstGlobalsManager::writesOnlyWhatAProfileChangeSets()
@@ -259,27 +191,6 @@ void TstGlobalsManager::writesOnlyWhatAProfileChangeSets()
     const QByteArray whole = f.pipe->takeSent();
     QVERIFY2(whole.contains(R"("value":{"userId":"","handle":"")"), whole);
     QVERIFY2(whole.contains(R"("platformVersion":0,"showBusy":false}}])"), whole);
-}
-
-void TstGlobalsManager::writesAPermissionRecord()
-{
-    const auto root = QSharedPointer<zel::JsonWriter>::create(QStringLiteral("m"), zel::JsonWriter::Array, QString());
-    const PlatformPermissions permissions{true, false, QStringLiteral("Pending"), true};
-    zelsplib::GlobalVarsJsonAdapter adapter;
-    adapter.elementToJson({QStringLiteral("permission"), QVariant::fromValue(permissions)}, root);
-    adapter.idToIdJson(QStringLiteral("n"), root->addChild({}, zel::JsonWriter::Object));
-    QCOMPARE(root->toString().toUtf8(),
-             QByteArray(R"({"m":[{"name":"permission","value":{"showAppBox":true,"zelInvites":false,)"
-                        R"("registrationState":"Pending","zelSetup":true}},{"name":"n"}]})"));
-}
-
-void TstGlobalsManager::reportsTheFirstProfile()
-{
-    Fixture f;
-    f.initWithProfile();
-    QCOMPARE(f.manager->getMyProfile().getDisplayName(), QStringLiteral("A"));
-    QCOMPARE(f.manager->getMyAvatar(), QByteArray("old"));
-    QVERIFY(f.manager->getMyProfile().getAvatarData().isEmpty());
 }
 
 void TstGlobalsManager::reportsAProfileWithoutPicture()

@@ -9,47 +9,7 @@
 
 using zelsplib::PlatformContact;
 using zelsplib::PlatformContactJsonAdapter;
-using Field = PlatformContact::PlatformContactField;
-
 namespace {
-
-using Set = void (*)(PlatformContact&);
-
-constexpr int fieldCount = 14;
-
-QList<int> markedFields(const PlatformContact& contact)
-{
-    QList<int> marked;
-    for (int field = 0; field < fieldCount; ++field) {
-        if (contact.isFieldModified(static_cast<Field>(field)))
-            marked.append(field);
-    }
-    return marked;
-}
-
-/// Everything that travels, one value after the other.
-QStringList contents(const PlatformContact& c)
-{
-    return {c.getUri(),
-            c.getHandle(),
-            c.getPpid(),
-            c.getAppVersion(),
-            c.getDisplayName(),
-            c.getPersonalMessage(),
-            c.getStatusMessage(),
-            c.getAvatarId(),
-            c.getAvatarMimeType(),
-            c.getTimeZone(),
-            c.getCountryCode(),
-            QString::number(c.getZelsdkVersion()),
-            QString::number(c.getShowBusy()),
-            QString::number(c.getZelVersion())};
-}
-
-QStringList words(const char* text)
-{
-    return QString::fromUtf8(text).split(u' ');
-}
 
 PlatformContact numbered()
 {
@@ -81,10 +41,6 @@ class TstPlatformContact : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void isEmptyAtFirst();
-    void marksExactlyTheFieldThatIsSet_data();
-    void marksExactlyTheFieldThatIsSet();
-    void marksEverythingThatIsCreated();
     void keepsCopiesApart();
     void comparesByDataAndNotByMarks();
     void loadsEveryField();
@@ -96,67 +52,6 @@ private Q_SLOTS:
     void readsAndWritesTheKey();
 };
 
-void TstPlatformContact::isEmptyAtFirst()
-{
-    const PlatformContact contact;
-    QCOMPARE(contents(contact), words("           0 0 0"));
-    QVERIFY(contact.getUri().isNull());
-    QVERIFY(contact.getAvatarData().isEmpty());
-    QVERIFY(!contact.isInitialized());
-    QVERIFY(!contact.isModified());
-    QCOMPARE(markedFields(contact), QList<int>());
-}
-
-void TstPlatformContact::marksExactlyTheFieldThatIsSet_data()
-{
-    QTest::addColumn<Set>("set");
-    QTest::addColumn<int>("field");
-    QTest::addColumn<int>("position");
-    const auto row = [](const char* name, int field, int position, Set set) {
-        QTest::newRow(name) << set << field << position;
-    };
-    row("uri", 0, 0, [](PlatformContact& c) { c.setUri(QStringLiteral("7")); });
-    row("handle", 1, 1, [](PlatformContact& c) { c.setHandle(QStringLiteral("7")); });
-    row("ppid", 2, 2, [](PlatformContact& c) { c.setPpid(QStringLiteral("7")); });
-    row("appVersion", 3, 3, [](PlatformContact& c) { c.setAppVersion(QStringLiteral("7")); });
-    row("displayName", 4, 4, [](PlatformContact& c) { c.setDisplayName(QStringLiteral("7")); });
-    row("personalMessage", 5, 5, [](PlatformContact& c) { c.setPersonalMessage(QStringLiteral("7")); });
-    row("statusMessage", 6, 6, [](PlatformContact& c) { c.setStatusMessage(QStringLiteral("7")); });
-    row("zelsdkVersion", 7, 11, [](PlatformContact& c) { c.setZelsdkVersion(7); });
-    row("avatarId", 9, 7, [](PlatformContact& c) { c.setAvatarId(QStringLiteral("7")); });
-    row("avatarMimeType", 10, 8, [](PlatformContact& c) { c.setAvatarMimeType(QStringLiteral("7")); });
-    row("timeZone", 11, 9, [](PlatformContact& c) { c.setTimeZone(QStringLiteral("7")); });
-    row("countryCode", 12, 10, [](PlatformContact& c) { c.setCountryCode(QStringLiteral("7")); });
-    row("zelVersion", 13, 13, [](PlatformContact& c) { c.setZelVersion(7); });
-}
-
-void TstPlatformContact::marksExactlyTheFieldThatIsSet()
-{
-    QFETCH(Set, set);
-    QFETCH(int, field);
-    QFETCH(int, position);
-    PlatformContact contact;
-    set(contact);
-    QCOMPARE(markedFields(contact), QList<int>{field});
-    QStringList expected = contents({});
-    expected[position] = QStringLiteral("7");
-    QCOMPARE(contents(contact), expected);
-}
-
-void TstPlatformContact::marksEverythingThatIsCreated()
-{
-    const PlatformContact contact = numbered();
-    QCOMPARE(contents(contact), words("1 2 3 4 5 6 7 8 9 10 11 12 1 14"));
-    QCOMPARE(markedFields(contact).size(), fieldCount);
-    PlatformContact picture;
-    picture.setAvatarData("bytes");
-    QCOMPARE(picture.getAvatarData(), QByteArray("bytes"));
-    QVERIFY(!picture.isModified());
-    PlatformContact busy;
-    busy.setShowBusy(false);
-    QCOMPARE(markedFields(busy), QList<int>{Field::ShowBusy});
-}
-
 void TstPlatformContact::keepsCopiesApart()
 {
     PlatformContact first;
@@ -167,7 +62,6 @@ void TstPlatformContact::keepsCopiesApart()
     second.setShowBusy(true);
     QCOMPARE(first.getHandle(), QStringLiteral("h"));
     QVERIFY(first.getAvatarData().isEmpty());
-    QCOMPARE(markedFields(first), QList<int>{Field::Handle});
     QVERIFY(PlatformContact().getHandle().isEmpty());
 }
 

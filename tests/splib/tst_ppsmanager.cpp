@@ -10,7 +10,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <cerrno>
 #include <memory>
 #include <unistd.h>
 
@@ -37,32 +36,13 @@ private:
 private Q_SLOTS:
     void initTestCase() { qputenv("PPS_ROOT", m_root.path().toUtf8()); }
 
-    void throwsTheErrorOfAnObjectThatIsNotThere();
     void writesOneRecordAMessage();
-    void dispatchesTheFirstMember_data();
     void dispatchesTheFirstMember();
-    void dropsWhatItCannotDecode_data();
     void dropsWhatItCannotDecode();
     void dispatchesMessagesWithinMessages();
-    void cutsTheJsonOutForTheLog_data();
-    void cutsTheJsonOutForTheLog();
     void logsBothDirections();
     void closesTheObject();
 };
-
-void TstPPSManager::throwsTheErrorOfAnObjectThatIsNotThere()
-{
-    const SlogCapture log;
-    int error = 0;
-    try {
-        open();
-    } catch (int thrown) {
-        error = thrown;
-    }
-    QCOMPARE(error, ENOENT);
-    QCOMPARE(log.lines(), QStringList{QStringLiteral("3: can't open pps file at: /pps/services/zelcore/platform, "
-                                                     "shutting down library")});
-}
 
 void TstPPSManager::writesOneRecordAMessage()
 {
@@ -81,20 +61,8 @@ void TstPPSManager::writesOneRecordAMessage()
     QCOMPARE(records[1][1].toByteArray(), QByteArray("msg::zel\ndat:json:\n"));
 }
 
-void TstPPSManager::dispatchesTheFirstMember_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::newRow("plain") << QStringLiteral("@platform\ndat:json:{\"m\":{\"a\":\"v\"}}\n");
-    QTest::newRow("other attributes") << QStringLiteral("@platform\nmsg::zel\ndat:json:{\"m\":{\"a\":\"v\"}}\nx:n:1\n");
-    QTest::newRow("other members") << QStringLiteral("@platform\ndat:json:{\"m\":{\"a\":\"v\"},\"other\":{}}\n");
-    QTest::newRow("other objects") << QStringLiteral("@x\ndat:json:{\"other\":{}}\n@platform\n"
-                                                     "dat:json:{\"m\":{\"a\":\"v\"}}\n");
-    QTest::newRow("no last line break") << QStringLiteral("@platform\ndat:json:{\"m\":{\"a\":\"v\"}}");
-}
-
 void TstPPSManager::dispatchesTheFirstMember()
 {
-    QFETCH(QString, text);
     vx::system::ObjectServer server;
     QVERIFY(server.listen(path, nullptr));
     const auto manager = open();
@@ -107,26 +75,19 @@ void TstPPSManager::dispatchesTheFirstMember()
     };
     manager->addListener(&owner, QStringLiteral("m"), hear);
     manager->addListener(&owner, QStringLiteral("other"), hear);
-    manager->dispatchMessageReceived(text);
-    QCOMPARE(heard, QStringList{QStringLiteral("v")});
+    const QStringList texts{QStringLiteral("@platform\nmsg::zel\ndat:json:{\"m\":{\"a\":\"1\"}}\nx:n:1\n"),
+                            QStringLiteral("@platform\ndat:json:{\"m\":{\"a\":\"2\"},\"other\":{}}\n"),
+                            QStringLiteral("@x\ndat:json:{\"other\":{}}\n@platform\ndat:json:{\"m\":{\"a\":\"3\"}}")};
+    for (const QString& text : texts)
+        manager->dispatchMessageReceived(text);
+    QCOMPARE(heard.join(u' '), QStringLiteral("1 2 3"));
     manager->removeListeners(&owner);
-    manager->dispatchMessageReceived(text);
-    QCOMPARE(heard.size(), 1);
-}
-
-void TstPPSManager::dropsWhatItCannotDecode_data()
-{
-    QTest::addColumn<QString>("text");
-    for (const char* text :
-         {"", "\n", "nonsense", "@other\ndat:json:{\"m\":{}}\n", "@platform\ndata:json:{\"m\":{}}\n",
-          "@platform\ndat::{\"m\":{}}\n", "@platform\ndat:json:{\"m\":{}\n", "@platform\ndat:json:{}\n",
-          "@platform\ndat:json:[{\"m\":1}]\n", "@platform\ndat:json:{\"m\\u0000\":{}}\n"})
-        QTest::newRow(text) << QString::fromUtf8(text);
+    manager->dispatchMessageReceived(texts.first());
+    QCOMPARE(heard.size(), 3);
 }
 
 void TstPPSManager::dropsWhatItCannotDecode()
 {
-    QFETCH(QString, text);
     vx::system::ObjectServer server;
     QVERIFY(server.listen(path, nullptr));
     const auto manager = open();
@@ -134,8 +95,13 @@ void TstPPSManager::dropsWhatItCannotDecode()
     int heard = 0;
     for (const char* type : {"m", "", "dat"})
         manager->addListener(&owner, QLatin1String(type), [&heard](QObject*, iface::JsonReaderAttribute) { ++heard; });
-    manager->dispatchMessageReceived(text);
-    QCOMPARE(heard, 0);
+    for (const char* text :
+         {"", "\n", "nonsense", "@other\ndat:json:{\"m\":{}}\n", "@platform\ndata:json:{\"m\":{}}\n",
+          "@platform\ndat::{\"m\":{}}\n", "@platform\ndat:json:{\"m\":{}\n", "@platform\ndat:json:{}\n",
+          "@platform\ndat:json:[{\"m\":1}]\n", "@platform\ndat:json:{\"m\\u0000\":{}}\n"}) {
+        manager->dispatchMessageReceived(QString::fromUtf8(text));
+        QVERIFY2(heard == 0, text);
+    }
     manager->dispatchMessageReceived(QStringLiteral("@platform\ndat:json:{\"m\":{}}\n"));
     QCOMPARE(heard, 1);
 }
@@ -158,36 +124,6 @@ void TstPPSManager::dispatchesMessagesWithinMessages()
     });
     manager->dispatchMessageReceived(QStringLiteral("@platform\ndat:json:{\"m\":{\"a\":\"outer\",\"nest\":true}}\n"));
     QCOMPARE(heard, (QStringList{QStringLiteral("inner"), QStringLiteral("outer")}));
-}
-
-void TstPPSManager::cutsTheJsonOutForTheLog_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("json");
-    const auto row = [](const char* text, const char* json) {
-        QTest::newRow(text) << QString::fromUtf8(text) << QString::fromUtf8(json);
-    };
-    row("@platform\ndat:json:{}\n", "{}");
-    row("@platform\nmsg:json:1\ndat:json:{}\n", "1\ndat:json:{}");
-    row("json:\n", "");
-    row("json:x\nmore", "x");
-    row("@platform\ndat:json:{}", nullptr);
-    row("@platform\ndat:JSON:{}\n", nullptr);
-    row("", nullptr);
-}
-
-void TstPPSManager::cutsTheJsonOutForTheLog()
-{
-    QFETCH(QString, text);
-    QFETCH(QString, json);
-    vx::system::ObjectServer server;
-    QVERIFY(server.listen(path, nullptr));
-    const auto manager = open();
-    const SlogCapture log;
-    QCOMPARE(manager->getJsonFromPps(text), json);
-    QCOMPARE(log.lines(), json.isNull() ? QStringList{QStringLiteral("2: Error:PPSManager::getJsonFromPps(): invalid "
-                                                                     "input: 1%")}
-                                        : QStringList());
 }
 
 void TstPPSManager::logsBothDirections()

@@ -14,34 +14,22 @@ using zelsplib::ProfileBoxItem;
 using zelsplib::ProfileBoxState;
 using Manager = zelsplib::ProfileBoxManager<RecordingProfileBox>;
 
-struct HearsOfItemsOnly
-{
-    void pushAddProfileBoxItemEvent(const ProfileBoxItem&) {}
-    void pushRemoveProfileBoxItemEvent(const ProfileBoxItem&) {}
-};
-static_assert(zelsplib::ProfileBoxEvents<RecordingProfileBox> && !zelsplib::ProfileBoxEvents<HearsOfItemsOnly>);
-
 class TstProfileBoxManager : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void isReadyWhenBothListsHaveCome();
-    void tellsNothingOfWhatTheBoxHeldAtFirst();
-    void checksItems_data();
     void checksItems();
-    void writesItems();
     void checksIcons();
     void sendsAPendingIconsData();
     void joinsAListedIconWithItsData();
     void followsTheItems();
-    void answersItemsById();
     void tellsWhatAWholeListChanges();
     void keepsOrderWhileASlotSpins();
     void ignoresAnIconThatItHas();
     void retrievesIconsInRequestOrder();
     void reportsTheTypeThatTheBytesShow();
-    void doesNothingBeforeItIsStarted();
 };
 
 namespace {
@@ -145,51 +133,26 @@ void TstProfileBoxManager::isReadyWhenBothListsHaveCome()
     QCOMPARE(f.log.take(), lines({"icon added 1 "}));
 }
 
-void TstProfileBoxManager::tellsNothingOfWhatTheBoxHeldAtFirst()
-{
-    Fixture f;
-    f.initWithBox();
-    QCOMPARE(f.items(), QStringLiteral("i1=a"));
-    QList<ProfileBoxImage> images;
-    f.manager.buildProfileBoxImageList(images);
-    QCOMPARE(images, QList<ProfileBoxImage>{ProfileBoxImage::create(QStringLiteral("7"), QStringLiteral("h7"))});
-}
-
-void TstProfileBoxManager::checksItems_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("cookie");
-    QTest::addColumn<QString>("refusal");
-    const auto row = [](const char* name, const QString& text, const QString& cookie, const char* refusal) {
-        QTest::newRow(name) << text << cookie << QString::fromUtf8(refusal);
-    };
-    row("longest", letters(98) + QStringLiteral("\n\r"), letters(128), "");
-    row("shortest", letters(1), {}, "");
-    row("null", {}, {}, "text is null or empty");
-    row("empty", QStringLiteral(""), letters(129), "text is null or empty");
-    row("long", letters(98) + QStringLiteral("\n\n\n"), {}, "text > 100 chars");
-    row("three breaks", QStringLiteral("a\n\n\n"), letters(129), "text contains more than 2 new line chars");
-    row("two pairs", QStringLiteral("a\r\nb\r\nc"), {}, "text contains more than 2 new line chars");
-    row("long cookie", letters(100), letters(129), "cookie > 128 chars");
-}
-
 void TstProfileBoxManager::checksItems()
 {
-    QFETCH(QString, text);
-    QFETCH(QString, cookie);
-    QFETCH(QString, refusal);
     Fixture f;
-    const SlogCapture log(5);
-    QCOMPARE(f.manager.createProfileBoxItem(text, {}, cookie), refusal.isEmpty());
-    QCOMPARE(f.pipe->sentCount(), refusal.isEmpty() ? 1 : 0);
-    QCOMPARE(log.lines(2), refusal.isEmpty()
-                               ? QStringList()
-                               : QStringList{QStringLiteral("Error:Failed to create profile box item: ") + refusal});
-}
+    const auto create = [&f](const QString& text, const QString& cookie) {
+        const SlogCapture log(5);
+        const bool isTaken = f.manager.createProfileBoxItem(text, {}, cookie);
+        return isTaken ? QStringLiteral("taken") : log.lines(2).join(u' ');
+    };
+    const QString failure = QStringLiteral("Error:Failed to create profile box item: ");
+    QCOMPARE(create(letters(98) + QStringLiteral("\n\r"), letters(128)), QStringLiteral("taken"));
+    f.pipe->clearSent();
+    // The text is looked at before the cookie, its length before its lines.
+    QCOMPARE(create({}, letters(129)), failure + QStringLiteral("text is null or empty"));
+    QCOMPARE(create(letters(98) + QStringLiteral("\n\n\n"), {}), failure + QStringLiteral("text > 100 chars"));
+    for (const char* text : {"a\n\n\n", "a\r\nb\r\nc"})
+        QCOMPARE(create(QString::fromLatin1(text), letters(129)),
+                 failure + QStringLiteral("text contains more than 2 new line chars"));
+    QCOMPARE(create(letters(100), letters(129)), failure + QStringLiteral("cookie > 128 chars"));
+    QVERIFY(f.pipe->expectNothingSent());
 
-void TstProfileBoxManager::writesItems()
-{
-    Fixture f;
     QVERIFY(f.manager.createProfileBoxItem(QStringLiteral("t"), {}, QString()));
     QVERIFY(f.pipe->expectSentText(R"({"createProfileBoxItem":{"text":"t","cookie":""}})"));
     QVERIFY(f.manager.createProfileBoxItem(QStringLiteral("t"), 0, QStringLiteral("c")));
@@ -274,22 +237,6 @@ void TstProfileBoxManager::followsTheItems()
     QCOMPARE(f.manager.profileBoxItemCount(), 0);
 }
 
-void TstProfileBoxManager::answersItemsById()
-{
-    Fixture f;
-    f.initWithBox();
-    f.message("listAdd", "profileBoxItem", R"({"itemId":"i2","imageId":"7","text":"b","cookie":"c"})");
-    ProfileBoxItem item;
-    QVERIFY(!f.manager.getProfileBoxItemByItemId(QStringLiteral("i3"), &item));
-    QCOMPARE(item, ProfileBoxItem());
-    QVERIFY(f.manager.getProfileBoxItemByItemId(QStringLiteral("i2"), &item));
-    QCOMPARE(item, ProfileBoxItem::create(QStringLiteral("i2"), QStringLiteral("7"), QStringLiteral("b"),
-                                          QStringLiteral("c")));
-    f.manager.removeProfileBoxItem(QStringLiteral("i2"));
-    QVERIFY(f.pipe->expectSentText(R"({"requestListRemove":{"elements":[{"itemId":"i2"}],"type":"profileBoxItem"}})"));
-    QCOMPARE(f.manager.profileBoxItemCount(), 2);
-}
-
 void TstProfileBoxManager::tellsWhatAWholeListChanges()
 {
     Fixture f;
@@ -357,16 +304,6 @@ void TstProfileBoxManager::reportsTheTypeThatTheBytesShow()
     f.manager.retrieveProfileBoxImage(1);
     f.stream(streamIdOf(1), "BM1");
     QCOMPARE(f.log.take(), lines({"icon retrieved 1 image/bmp BM1"}));
-}
-
-void TstProfileBoxManager::doesNothingBeforeItIsStarted()
-{
-    Fixture f;
-    QVERIFY(f.createIcon(1, "x"));
-    f.pipe->clearSent();
-    f.manager.removeProfileBoxItem(QStringLiteral("i1"));
-    QVERIFY(f.pipe->expectNothingSent());
-    QCOMPARE(f.manager.profileBoxItemCount(), 0);
 }
 
 QTEST_GUILESS_MAIN(TstProfileBoxManager)
