@@ -131,11 +131,9 @@ void OneShot::act()
     if (!*answer.ok)
         fail(u"The request was refused: %1."_s.arg(outcome.refused.isEmpty() ? "access is not allowed"_L1
                                                                              : outcome.refused));
-    else if (settled)
-        succeed({});
     else if (outcome.signal.isEmpty() && m_waitsForDelivery)
         m_phase = Phase::Delivery;
-    else if (outcome.signal.isEmpty())
+    else if (outcome.signal.isEmpty() || settled)
         succeed({});
 }
 
