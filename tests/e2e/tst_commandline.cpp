@@ -15,11 +15,9 @@ class TstCommandLine : public QObject
 private Q_SLOTS:
     void takesItsOptionsFromBeforeTheCommand();
     void leavesTheCommandsOwnWordsAlone();
-    void refusesWrongUse_data();
     void refusesWrongUse();
     void fitsArguments_data();
     void fitsArguments();
-    void refusesArguments_data();
     void refusesArguments();
 };
 
@@ -52,25 +50,21 @@ void TstCommandLine::leavesTheCommandsOwnWordsAlone()
     QCOMPARE(CommandLine::parse({u"--"_s, u"--json"_s}, &error)->words, QStringList{u"--json"_s});
 }
 
-void TstCommandLine::refusesWrongUse_data()
-{
-    QTest::addColumn<QStringList>("words");
-    QTest::newRow("unknown option") << QStringList{u"--jsom"_s, u"state"_s};
-    QTest::newRow("value for a switch") << QStringList{u"--json=yes"_s, u"state"_s};
-    QTest::newRow("value missing") << QStringList{u"--uuid"_s};
-    QTest::newRow("no UUID") << QStringList{u"--uuid"_s, u"4d3c2b1a"_s, u"state"_s};
-    QTest::newRow("no time") << QStringList{u"--timeout"_s, u"soon"_s, u"state"_s};
-    QTest::newRow("no time at all") << QStringList{u"--timeout=0"_s, u"state"_s};
-    QTest::newRow("not a number") << QStringList{u"--timeout=nan"_s, u"state"_s};
-    QTest::newRow("a negative number is no option") << QStringList{u"-5"_s, u"state"_s};
-}
-
 void TstCommandLine::refusesWrongUse()
 {
-    QFETCH(QStringList, words);
-    QString error;
-    QVERIFY(!CommandLine::parse(words, &error));
-    QVERIFY(!error.isEmpty());
+    const QList<QStringList> uses{{u"--jsom"_s, u"state"_s},
+                                  {u"--json=yes"_s, u"state"_s},
+                                  {u"--uuid"_s},
+                                  {u"--uuid"_s, u"4d3c2b1a"_s, u"state"_s},
+                                  {u"--timeout=soon"_s, u"state"_s},
+                                  {u"--timeout=0"_s, u"state"_s},
+                                  {u"--timeout=nan"_s, u"state"_s},
+                                  {u"-5"_s, u"state"_s}};
+    for (const QStringList& words : uses) {
+        QString error;
+        QVERIFY2(!CommandLine::parse(words, &error), qPrintable(words.join(u' ')));
+        QVERIFY(!error.isEmpty());
+    }
 }
 
 void TstCommandLine::fitsArguments_data()
@@ -118,29 +112,20 @@ void TstCommandLine::fitsArguments()
     QCOMPARE(arguments->number(QLatin1String(name)), value.toInt());
 }
 
-void TstCommandLine::refusesArguments_data()
-{
-    QTest::addColumn<QString>("command");
-    QTest::addColumn<QStringList>("typed");
-    QTest::newRow("too few") << u"invite"_s << QStringList{u"e1"_s, u"Ada"_s};
-    QTest::newRow("too many") << u"set-message"_s << QStringList{u"two"_s, u"words"_s};
-    QTest::newRow("too many for none") << u"state"_s << QStringList{u"--json"_s};
-    QTest::newRow("no number") << u"icon-get"_s << QStringList{u"one"_s};
-    QTest::newRow("number too large") << u"icon-get"_s << QStringList{u"2147483648"_s};
-    QTest::newRow("option's value is no number") << u"box-add"_s << QStringList{u"x"_s, u"--icon"_s, u"1.5"_s};
-    QTest::newRow("option's value is missing") << u"box-add"_s << QStringList{u"x"_s, u"--icon"_s};
-    QTest::newRow("unknown option") << u"register"_s << QStringList{u"--loud"_s};
-    QTest::newRow("value for a switch") << u"register"_s << QStringList{u"--silent=no"_s};
-    QTest::newRow("no status") << u"set-status"_s << QStringList{u"Busy"_s, u"x"_s};
-}
-
 void TstCommandLine::refusesArguments()
 {
-    QFETCH(QString, command);
-    QFETCH(QStringList, typed);
-    QString error;
-    QVERIFY(!Arguments::parse(findCommand(command)->signature, typed, &error));
-    QVERIFY(!error.isEmpty());
+    const QList<QStringList> commands{
+        {u"invite"_s, u"e1"_s, u"Ada"_s},    {u"set-message"_s, u"two"_s, u"words"_s},
+        {u"state"_s, u"--json"_s},           {u"icon-get"_s, u"one"_s},
+        {u"icon-get"_s, u"2147483648"_s},    {u"box-add"_s, u"x"_s, u"--icon"_s, u"1.5"_s},
+        {u"box-add"_s, u"x"_s, u"--icon"_s}, {u"register"_s, u"--loud"_s},
+        {u"register"_s, u"--silent=no"_s},   {u"set-status"_s, u"Busy"_s, u"x"_s}};
+    for (const QStringList& words : commands) {
+        QString error;
+        QVERIFY2(!Arguments::parse(findCommand(words.first())->signature, words.mid(1), &error),
+                 qPrintable(words.join(u' ')));
+        QVERIFY(!error.isEmpty());
+    }
 }
 
 QTEST_APPLESS_MAIN(TstCommandLine)

@@ -46,23 +46,14 @@ private Q_SLOTS:
 
     void beginsWithItsNameAndAsksForThePermission();
     void followsTheWholeWayToAllowed();
-    void reportsEveryState_data();
-    void reportsEveryState();
-    void registersSilently();
     void refusesANullUuidWithoutAWord();
     void takesTheStateBlockedWithoutAnObject_data();
     void takesTheStateBlockedWithoutAnObject();
-    void isAllowedAtOnceWhenTheFirstRecordSaysSo();
-    void isAllowedAgainAfterAnotherState();
+    void isAllowedAtOnceAndAgainAfterAnotherState();
     void sendsWhatWasAskedForBeforeTheEnd();
     void survivesAServiceThatGoesAwayAndReturns();
-    void takesMessagesUpToOneRead_data();
     void takesMessagesUpToOneRead();
-    void readsUpToANulByte();
-    void dropsNonsenseBetweenGoodMessages_data();
     void dropsNonsenseBetweenGoodMessages();
-    void readsWhatItCanOfAPermissionRecord_data();
-    void readsWhatItCanOfAPermissionRecord();
 
 private:
     QJsonObject startShell(const QByteArray& uuid = uuidText);
@@ -102,16 +93,10 @@ void TstRegistration::beUnregistered()
 
 void TstRegistration::beginsWithItsNameAndAsksForThePermission()
 {
-    const QJsonObject ready{{u"ready"_s, true},
-                            {u"registrationState"_s, u"Unknown"_s},
-                            {u"accessAllowed"_s, false},
-                            {u"zelSetup"_s, false},
-                            {u"platformVersion"_s, 200}};
-    QCOMPARE(startShell(), ready);
+    startShell();
     QCOMPARE(m_zelctl->lines().first(),
              "{\"ready\":true,\"registrationState\":\"Unknown\",\"accessAllowed\":false,\"zelSetup\":false,"
              "\"platformVersion\":200}");
-
     const QJsonObject request = m_core->take(u"requestListElements"_s);
     QCOMPARE(m_core->records().first(), "msg::zel\ndat:json:{\"tpaApi\":{\"apiType\":\"Qt\"}}\n");
     const QByteArray cookie = request.value("cookie"_L1).toString().toUtf8();
@@ -138,71 +123,16 @@ void TstRegistration::followsTheWholeWayToAllowed()
     QCOMPARE(m_zelctl->take(), stateSignal(u"Allowed"_s));
 
     // What was made in the slot of that signal is alive.
-    m_zelctl->write("profile");
-    QJsonObject line = m_zelctl->take();
-    while (line.value("source"_L1).toString() == "ContactService"_L1)
-        line = m_zelctl->take();
-    QCOMPARE(line.value("displayName"_L1).toString(), u"Ada"_s);
-    m_zelctl->write("permissions");
-    line = m_zelctl->take();
-    while (line.value("source"_L1).toString() == "ContactService"_L1)
-        line = m_zelctl->take();
-    QCOMPARE(line.value("profileUpdates"_L1).toString(), u"Denied"_s);
-    QCOMPARE(line.value("contactInvitations"_L1).toString(), u"Allowed"_s);
-}
-
-void TstRegistration::reportsEveryState_data()
-{
-    QTest::addColumn<QString>("wire");
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<bool>("mayRegister");
-    const auto row = [](const char* wire, const char* name, bool mayRegister) {
-        QTest::newRow(wire) << QString::fromLatin1(wire) << QString::fromLatin1(name) << mayRegister;
+    const auto answerTo = [this](const QByteArray& command) {
+        QJsonObject line = m_zelctl->ask(command);
+        while (line.value("source"_L1).toString() == "ContactService"_L1)
+            line = m_zelctl->take();
+        return line;
     };
-    row("Unknown", "Unknown", false);
-    row("Unregistered", "Unregistered", true);
-    row("Pending", "Pending", false);
-    row("BlockedByUser", "BlockedByUser", false);
-    row("BlockedByTov", "BlockedByTOV", false);
-    row("NoDataConnection", "NoDataConnection", true);
-    row("UnexpectedError", "UnexpectedError", true);
-    row("InvalidUuid", "InvalidUuid", true);
-    row("TemporaryError", "TemporaryError", true);
-    row("MaximumUsersReached", "MaxDownloadsReached", false);
-    row("Expired", "Expired", false);
-    row("CancelledByUser", "CancelledByUser", true);
-    row("MaximumAppsReached", "MaxAppsReached", false);
-    row("ZelDisabled", "ZelDisabled", false);
-    row("BlockedEnterprisePerimeter", "BlockedEnterprisePerimeter", false);
-    // Near misses: the comparison is exact.
-    row("BlockedByTOV", "Unknown", false);
-    row("unregistered", "Unknown", false);
-    row("Allowed", "Unknown", false);
-}
-
-void TstRegistration::reportsEveryState()
-{
-    QFETCH(QString, wire);
-    QFETCH(QString, name);
-    QFETCH(bool, mayRegister);
-
-    m_core->setPermission(wire);
-    startShell();
-    QCOMPARE(m_zelctl->take(), stateSignal(name));
-    const QJsonObject state = m_zelctl->ask("state");
-    QCOMPARE(state.value("registrationState"_L1).toString(), name);
-    QCOMPARE(state.value("accessAllowed"_L1), QJsonValue(false));
-    QCOMPARE(state.value("zelSetup"_L1), QJsonValue(true));
-    QCOMPARE(m_zelctl->ask("register"), answer(u"register"_s, mayRegister));
-    if (mayRegister)
-        QCOMPARE(m_core->take(u"registrationRequest"_s).value("uuid"_L1).toString().toLatin1(), uuidText);
-}
-
-void TstRegistration::registersSilently()
-{
-    beUnregistered();
-    QCOMPARE(m_zelctl->ask("register --silent"), answer(u"register"_s, true));
-    QCOMPARE(m_core->take(u"registrationRequest"_s).value("silent"_L1), QJsonValue(true));
+    QCOMPARE(answerTo("profile").value("displayName"_L1).toString(), u"Ada"_s);
+    const QJsonObject permissions = answerTo("permissions");
+    QCOMPARE(permissions.value("profileUpdates"_L1).toString(), u"Denied"_s);
+    QCOMPARE(permissions.value("contactInvitations"_L1).toString(), u"Allowed"_s);
 }
 
 void TstRegistration::refusesANullUuidWithoutAWord()
@@ -242,7 +172,7 @@ void TstRegistration::takesTheStateBlockedWithoutAnObject()
              m_zelctl->diagnostics().constData());
 }
 
-void TstRegistration::isAllowedAtOnceWhenTheFirstRecordSaysSo()
+void TstRegistration::isAllowedAtOnceAndAgainAfterAnotherState()
 {
     m_core->setPermission(u"Success"_s);
     m_core->setGlobal(u"platformProfile"_s, {{u"userId"_s, u"own"_s}});
@@ -250,14 +180,9 @@ void TstRegistration::isAllowedAtOnceWhenTheFirstRecordSaysSo()
     QCOMPARE(m_zelctl->take(), stateSignal(u"Allowed"_s)); // and nothing before it
     QCOMPARE(m_zelctl->ask("register"), answer(u"register"_s, false));
     QVERIFY(m_core->bodies(u"registrationRequest"_s).isEmpty());
-}
 
-void TstRegistration::isAllowedAgainAfterAnotherState()
-{
-    isAllowedAtOnceWhenTheFirstRecordSaysSo();
     m_core->changeState(u"NoDataConnection"_s);
     QCOMPARE(m_zelctl->take(), stateSignal(u"NoDataConnection"_s));
-    QCOMPARE(m_zelctl->ask("state").value("accessAllowed"_L1), QJsonValue(false));
     QCOMPARE(m_zelctl->ask("set-message x"), answer(u"set-message"_s, false));
     m_core->changeState(u"Success"_s);
     QCOMPARE(m_zelctl->take(), stateSignal(u"Allowed"_s));
@@ -291,105 +216,48 @@ void TstRegistration::survivesAServiceThatGoesAwayAndReturns()
     QCOMPARE(m_zelctl->take(), stateSignal(u"Pending"_s));
 }
 
-void TstRegistration::takesMessagesUpToOneRead_data()
-{
-    QTest::addColumn<QByteArray>("record");
-    QTest::addColumn<bool>("arrives");
-    const QString state = u"Expired"_s;
-    QTest::newRow("one byte less than a read") << stateRecordOfSize(state, 65535) << true;
-    QTest::newRow("exactly a read") << stateRecordOfSize(state, 65536) << true;
-    QTest::newRow("only the line break is cut off") << stateRecordOfSize(state, 65537) << true;
-    QByteArray open = stateRecordOfSize(state, 65538);
-    open.chop(1);
-    QTest::newRow("the last brace is cut off") << open << false;
-}
-
 void TstRegistration::takesMessagesUpToOneRead()
 {
-    QFETCH(QByteArray, record);
-    QFETCH(bool, arrives);
     beUnregistered();
-    m_core->send(record);
+    m_core->send(stateRecordOfSize(u"Expired"_s, 65536));
+    QCOMPARE(m_zelctl->take(), stateSignal(u"Expired"_s));
+    m_core->send(stateRecordOfSize(u"TemporaryError"_s, 65537)); // only the line break is cut off
+    QCOMPARE(m_zelctl->take(), stateSignal(u"TemporaryError"_s));
+    QByteArray open = stateRecordOfSize(u"Expired"_s, 65538); // the last brace is
+    open.chop(1);
+    m_core->send(open);
     m_core->changeState(u"ZelDisabled"_s);
-    QList<QJsonObject> expected;
-    if (arrives)
-        expected += stateSignal(u"Expired"_s);
-    QCOMPARE(m_zelctl->takeUntil(u"ZelDisabled"_s), expected);
-}
-
-void TstRegistration::readsUpToANulByte()
-{
-    beUnregistered();
+    QCOMPARE(m_zelctl->take(), stateSignal(u"ZelDisabled"_s));
     m_core->send(stateRecordOfSize(u"Expired"_s, 400) + QByteArray("\0{[", 3));
     QCOMPARE(m_zelctl->take(), stateSignal(u"Expired"_s));
 }
 
-void TstRegistration::dropsNonsenseBetweenGoodMessages_data()
-{
-    QTest::addColumn<QByteArray>("record");
-    const QByteArray good = stateRecordOfSize(u"Expired"_s, 400);
-    QTest::newRow("no form at all") << QByteArray("nonsense");
-    QTest::newRow("not UTF-8") << QByteArray("\xff\xfe\xfd\n");
-    QTest::newRow("another object") << QByteArray(good).replace("@platform", "@other");
-    QTest::newRow("another attribute") << QByteArray(good).replace("dat:json:", "tad:json:");
-    QTest::newRow("not marked as JSON") << QByteArray(good).replace("dat:json:", "dat::");
-    QTest::newRow("cut within") << good.left(200) + '\n';
-    QTest::newRow("a NUL byte within") << QByteArray(good).replace("Expired", QByteArray("Ex\0ired", 7));
-    QTest::newRow("JSON, but no object") << QByteArray("@platform\ndat:json:[1,2,3]\n");
-    QTest::newRow("an empty object") << QByteArray("@platform\ndat:json:{}\n");
-    QTest::newRow("a body of another kind") << QByteArray("@platform\ndat:json:{\"listChange\":17}\n");
-    QTest::newRow("elements of another kind")
-        << QByteArray("@platform\ndat:json:{\"listChange\":{\"type\":\"global\",\"elements\":[1,null,\"x\",[]]}}\n");
-    QTest::newRow("a type that nobody knows") << QByteArray("@platform\ndat:json:{\"listChanged\":{}}\n");
-    QTest::newRow("a thousand brackets") << "@platform\ndat:json:" + QByteArray(1000, '[') + '\n';
-}
-
 void TstRegistration::dropsNonsenseBetweenGoodMessages()
 {
-    QFETCH(QByteArray, record);
-    beUnregistered();
-    m_core->changeState(u"TemporaryError"_s);
-    m_core->send(record);
-    m_core->changeState(u"ZelDisabled"_s);
-    QCOMPARE(m_zelctl->takeUntil(u"ZelDisabled"_s), QList<QJsonObject>{stateSignal(u"TemporaryError"_s)});
-}
-
-void TstRegistration::readsWhatItCanOfAPermissionRecord_data()
-{
-    QTest::addColumn<QJsonObject>("record");
-    QTest::addColumn<QString>("state");
-    QTest::addColumn<bool>("zelSetup");
-    const auto row = [](const char* name, const QByteArray& json, const char* state, bool zelSetup) {
-        QTest::newRow(name) << ZelctlProcess::parsed(json) << QString::fromLatin1(state) << zelSetup;
+    const QByteArray good = stateRecordOfSize(u"Expired"_s, 400);
+    const QByteArray nonsense[] = {
+        "nonsense",
+        "\xff\xfe\xfd\n",
+        QByteArray(good).replace("@platform", "@other"),
+        QByteArray(good).replace("dat:json:", "tad:json:"),
+        QByteArray(good).replace("dat:json:", "dat::"),
+        good.left(200) + '\n',
+        QByteArray(good).replace("Expired", QByteArray("Ex\0ired", 7)),
+        "@platform\ndat:json:[1,2,3]\n",
+        "@platform\ndat:json:{}\n",
+        "@platform\ndat:json:{\"listChange\":17}\n",
+        "@platform\ndat:json:{\"listChange\":{\"type\":\"global\",\"elements\":[1,null,\"x\",[]]}}\n",
+        "@platform\ndat:json:{\"listChanged\":{}}\n",
+        "@platform\ndat:json:" + QByteArray(1000, '[') + '\n',
     };
-    row("only the state", R"({"registrationState":"Unregistered"})", "Unregistered", false);
-    row("flags that are texts and numbers",
-        R"({"showAppBox":"true","zelInvites":1,"registrationState":"Unregistered","zelSetup":"yes"})", "Unregistered",
-        false);
-    row("unknown members", R"({"colour":{"deep":[1]},"registrationState":"Unregistered","zelSetup":true})",
-        "Unregistered", true);
-    row("a state that is empty", R"({"registrationState":"","zelSetup":true})", "", true);
-    row("a state that is missing", R"({"zelSetup":true})", "", true);
-    row("a state that is a number", R"({"registrationState":7,"zelSetup":true})", "", true);
-    row("nothing", "{}", "", false);
-}
-
-void TstRegistration::readsWhatItCanOfAPermissionRecord()
-{
-    QFETCH(QJsonObject, record);
-    QFETCH(QString, state);
-    QFETCH(bool, zelSetup);
-    m_core->setGlobal(u"permission"_s, record);
-    startShell();
-    if (state.isEmpty()) {
-        // No signal; the record itself has arrived once the next one has.
-        m_core->take(u"requestListElements"_s);
-        m_core->changeState(u"Expired"_s);
-        QVERIFY(m_zelctl->takeUntil(u"Expired"_s).isEmpty());
-    } else {
-        QCOMPARE(m_zelctl->take(), stateSignal(state));
+    beUnregistered();
+    for (const QByteArray& record : nonsense) {
+        m_core->send(record);
+        m_core->changeState(u"TemporaryError"_s);
+        QCOMPARE(m_zelctl->take(), stateSignal(u"TemporaryError"_s));
+        m_core->changeState(u"ZelDisabled"_s);
+        QCOMPARE(m_zelctl->take(), stateSignal(u"ZelDisabled"_s));
     }
-    QCOMPARE(m_zelctl->ask("state").value("zelSetup"_L1), QJsonValue(zelSetup));
 }
 
 QTEST_GUILESS_MAIN(TstRegistration)

@@ -13,7 +13,6 @@ class TstWords : public QObject
 private Q_SLOTS:
     void splitsAsAShellDoes_data();
     void splitsAsAShellDoes();
-    void refusesWhatIsNotClosed_data();
     void refusesWhatIsNotClosed();
     void bringsBackWhatWasQuoted();
 };
@@ -44,22 +43,14 @@ void TstWords::splitsAsAShellDoes()
     QCOMPARE(*result, words);
 }
 
-void TstWords::refusesWhatIsNotClosed_data()
-{
-    QTest::addColumn<QString>("line");
-    QTest::newRow("single") << u"a 'b"_s;
-    QTest::newRow("double") << u"a \"b"_s;
-    QTest::newRow("double behind an escaped quote") << u"a \"b\\\""_s;
-    QTest::newRow("backslash") << u"a \\"_s;
-}
-
 void TstWords::refusesWhatIsNotClosed()
 {
-    QFETCH(QString, line);
-    QString error;
-    QVERIFY(!splitWords(line, &error));
-    QVERIFY(!error.isEmpty());
-    QVERIFY(!splitWords(line, nullptr));
+    for (const QString& line : {u"a 'b"_s, u"a \"b"_s, u"a \"b\\\""_s, u"a \\"_s}) {
+        QString error;
+        QVERIFY2(!splitWords(line, &error), qPrintable(line));
+        QVERIFY(!error.isEmpty());
+        QVERIFY(!splitWords(line, nullptr));
+    }
 }
 
 /// Whatever a word holds, there is a way to write it.
