@@ -18,13 +18,9 @@ private Q_SLOTS:
     void holdsAllowedBackUntilTheBoxIsThere();
     void showsWhatTheBoxHeldBefore();
     void asksForNewItems();
-    void answersTrueForAnItemThatIsRefused();
     void announcesItemsAsTheyComeAndGo();
     void asksForTheRemovalOfItems();
-    void asksForTheRemovalOfAllItemsInTheirOrder();
     void registersAnIcon();
-    void refusesIconsAgainstTheRules();
-    void retrievesAnIcon_data();
     void retrievesAnIcon();
     void mayBeDestroyedInItsOwnSlot();
     void answersDefaultsAfterItsContextIsGone();
@@ -71,10 +67,6 @@ void TstProfileBox::compareWithDefaults(ProfileBox& box)
 
 void TstProfileBox::answersDefaultsWithoutAccess()
 {
-    const ProfileBoxItem invalid;
-    QCOMPARE(invalid.id(), QString());
-    QCOMPARE(invalid.iconId(), -1);
-
     ProfileBox withoutContext(nullptr);
     compareWithDefaults(withoutContext);
     m_context = std::make_unique<Context>(QUuid::createUuid());
@@ -130,10 +122,7 @@ void TstProfileBox::asksForNewItems()
              QByteArray(R"({"createProfileBoxItem":{"text":"text","cookie":"cookie","imageId":"5"}})"));
     QVERIFY(m_box->requestAddItem(QStringLiteral("text"), QString()));
     QCOMPARE(m_desk.core.nextMessage(), QByteArray(R"({"createProfileBoxItem":{"text":"text","cookie":""}})"));
-}
-
-void TstProfileBox::answersTrueForAnItemThatIsRefused()
-{
+    // True as well for what is refused on the way.
     QVERIFY(m_box->requestAddItem(QString(), QString()));
     QVERIFY(m_box->requestAddItem(QString(101, QLatin1Char('x')), 1, QString()));
     QVERIFY(m_desk.nothingWritten());
@@ -165,21 +154,19 @@ void TstProfileBox::announcesItemsAsTheyComeAndGo()
 
 void TstProfileBox::asksForTheRemovalOfItems()
 {
+    const auto removal = [](const char* id) {
+        return QByteArray("{\"requestListRemove\":{\"elements\":[{\"itemId\":\"") + id +
+               "\"}],\"type\":\"profileBoxItem\"}}";
+    };
     QVERIFY(m_box->requestRemoveItem(QStringLiteral("3")));
-    QCOMPARE(m_desk.core.nextMessage(),
-             QByteArray(R"({"requestListRemove":{"elements":[{"itemId":"3"}],"type":"profileBoxItem"}})"));
+    QCOMPARE(m_desk.core.nextMessage(), removal("3"));
     QCOMPARE(m_box->itemCount(), 3); // the service decides
-}
 
-void TstProfileBox::asksForTheRemovalOfAllItemsInTheirOrder()
-{
     QVERIFY(m_box->requestRemoveAllItems());
+    for (const char* id : {"1", "3", "4"}) // one by one, in their order
+        QCOMPARE(m_desk.core.nextMessage(), removal(id));
     for (const char* id : {"1", "3", "4"})
-        QCOMPARE(m_desk.core.nextMessage(), QByteArray("{\"requestListRemove\":{\"elements\":[{\"itemId\":\"") + id +
-                                                "\"}],\"type\":\"profileBoxItem\"}}");
-    sendItems(QStringLiteral("listRemove"),
-              {ScriptedCore::json(R"({"itemId":"1"})"), ScriptedCore::json(R"({"itemId":"3"})"),
-               ScriptedCore::json(R"({"itemId":"4"})")});
+        sendItems(QStringLiteral("listRemove"), {item(QString::fromLatin1(id), QString())});
     QTRY_COMPARE(m_box->itemCount(), 0);
     QVERIFY(m_box->requestRemoveAllItems());
     QVERIFY(m_desk.nothingWritten());
@@ -201,39 +188,32 @@ void TstProfileBox::registersAnIcon()
     QTRY_COMPARE(registered.size(), 1);
     QCOMPARE(registered.at(0).at(0).toInt(), 7);
     QVERIFY(!m_box->requestRegisterIcon(7, ImageType::Png, icon)); // taken
-}
-
-void TstProfileBox::refusesIconsAgainstTheRules()
-{
     QVERIFY(!m_box->requestRegisterIcon(8, ImageType::Png, QByteArray()));
-    QVERIFY(!m_box->requestRegisterIcon(8, ImageType::Png, QByteArray(32769, 'i')));
+    QVERIFY(!m_box->requestRegisterIcon(8, ImageType::Png, icon + 'i'));
     QVERIFY(!m_box->requestRegisterIcon(-1, ImageType::Png, "i"));
     QVERIFY(m_desk.nothingWritten());
 }
 
-void TstProfileBox::retrievesAnIcon_data()
-{
-    QTest::addColumn<QByteArray>("data");
-    QTest::addColumn<ImageType::Type>("type");
-    QTest::newRow("png") << QByteArray("\x89PNG\r\n\x1a\n and more") << ImageType::Png;
-    QTest::newRow("gif") << QByteArray("GIF89a and more") << ImageType::Gif;
-    QTest::newRow("bmp") << QByteArray("BM and more") << ImageType::Bmp;
-    QTest::newRow("jpeg") << QByteArray("\xff\xd8\xff and more") << ImageType::Jpg;
-    QTest::newRow("nothing that shows") << QByteArray("??") << ImageType::Jpg;
-}
-
 void TstProfileBox::retrievesAnIcon()
 {
-    QFETCH(QByteArray, data);
     QSignalSpy retrieved(m_box.get(), &ProfileBox::iconRetrieved);
-    QVERIFY(m_box->requestRetrieveIcon(7));
-    const auto request = ScriptedCore::json(m_desk.core.nextMessage()).value(QLatin1String("requestProfileBoxImage"));
-    QCOMPARE(request[QLatin1String("imageId")].toString(), QStringLiteral("7"));
-    m_desk.sendStream(request[QLatin1String("streamId")].toString(), data);
-    QTRY_COMPARE(retrieved.size(), 1);
-    QCOMPARE(retrieved.at(0).at(0).toInt(), 7);
-    QTEST(retrieved.at(0).at(1).value<ImageType::Type>(), "type");
-    QCOMPARE(retrieved.at(0).at(2).toByteArray(), data);
+    const std::pair<QByteArray, ImageType::Type> icons[] = {{"\x89PNG\r\n\x1a\n and more", ImageType::Png},
+                                                            {"GIF89a and more", ImageType::Gif},
+                                                            {"BM and more", ImageType::Bmp},
+                                                            {"\xff\xd8\xff and more", ImageType::Jpg},
+                                                            {"nothing that shows", ImageType::Jpg}};
+    for (const auto& [data, type] : icons) {
+        retrieved.clear();
+        QVERIFY(m_box->requestRetrieveIcon(7));
+        const auto request =
+            ScriptedCore::json(m_desk.core.nextMessage()).value(QLatin1String("requestProfileBoxImage"));
+        QCOMPARE(request[QLatin1String("imageId")].toString(), QStringLiteral("7"));
+        m_desk.sendStream(request[QLatin1String("streamId")].toString(), data);
+        QTRY_COMPARE(retrieved.size(), 1);
+        QCOMPARE(retrieved.at(0).at(0).toInt(), 7);
+        QCOMPARE(retrieved.at(0).at(1).value<ImageType::Type>(), type);
+        QCOMPARE(retrieved.at(0).at(2).toByteArray(), data);
+    }
 }
 
 void TstProfileBox::mayBeDestroyedInItsOwnSlot()

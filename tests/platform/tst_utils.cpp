@@ -4,7 +4,6 @@
 #include <vx/platform/zel/Utils.h>
 
 #include <QtCore/QPointer>
-#include <QtCore/QRegularExpression>
 
 using namespace vx::platform::zel;
 
@@ -14,20 +13,15 @@ class TstUtils : public QObject
 
 private Q_SLOTS:
     void refusesEverythingWithoutAccess();
-    void asksForAnEcoId();
-    void asksForTheStatusOfAnEcoId();
+    void asksForEcoIdsAndTheirStatus();
     void passesOnAnswersAsTheyCome();
-    void readsEveryStatus_data();
     void readsEveryStatus();
-    void handsAnInvitationOver();
-    void handsAChatOver();
-    void answersFalseWhenNobodyTakesIt();
+    void handsInvitationsAndChatsOver();
     void mayBeDestroyedInItsOwnSlot();
     void refusesEverythingAfterItsContextIsGone();
 
 private:
     static void verifyRefusesEverything(Utils& utils);
-    static QJsonObject invocationAt(vx::system::ObjectServer& target, const std::function<bool()>& invoke);
 
     Desk m_desk;
     std::unique_ptr<Context> m_context;
@@ -54,14 +48,10 @@ void TstUtils::refusesEverythingWithoutAccess()
     QVERIFY(m_desk.becomeAllowed()); // and from here on the same object works
 }
 
-void TstUtils::asksForAnEcoId()
+void TstUtils::asksForEcoIdsAndTheirStatus()
 {
     QVERIFY(m_utils->requestEcoId(QStringLiteral("p \"1\"")));
     QCOMPARE(m_desk.core.nextMessage(), QByteArray(R"({"requestEcoId":{"ppid":"p \"1\""}})"));
-}
-
-void TstUtils::asksForTheStatusOfAnEcoId()
-{
     QVERIFY(m_utils->requestEcoIdStatus(QStringLiteral("e")));
     QCOMPARE(m_desk.core.nextMessage(), QByteArray(R"({"requestEcoIdStatus":{"ecoId":"e"}})"));
     QVERIFY(!m_utils->requestEcoIdStatus(QString()));
@@ -85,67 +75,57 @@ void TstUtils::passesOnAnswersAsTheyCome()
     QCOMPARE(static_cast<const QList<QVariantList>&>(same), expected);
 }
 
-void TstUtils::readsEveryStatus_data()
-{
-    QTest::addColumn<QString>("word");
-    QTest::addColumn<EcoIdStatus::Type>("status");
-    QTest::newRow("Unknown") << QStringLiteral("Unknown") << EcoIdStatus::Unknown;
-    QTest::newRow("ContactExists") << QStringLiteral("ContactExists") << EcoIdStatus::ContactExists;
-    QTest::newRow("Pending") << QStringLiteral("PendingContactExists") << EcoIdStatus::PendingContactInviteExists;
-    QTest::newRow("another") << QStringLiteral("Another") << EcoIdStatus::Unknown;
-}
-
 void TstUtils::readsEveryStatus()
 {
-    QFETCH(QString, word);
-    QSignalSpy answers(m_utils.get(), &Utils::ecoIdStatusUpdated);
-    m_desk.core.send(QStringLiteral("requestEcoIdStatusResponse"),
-                     {{QStringLiteral("ecoId"), QStringLiteral("e")}, {QStringLiteral("status"), word}});
-    QTRY_COMPARE(answers.size(), 1);
-    QCOMPARE(answers.at(0).at(0).toString(), QStringLiteral("e"));
-    QTEST(answers.at(0).at(1).value<EcoIdStatus::Type>(), "status");
+    const std::pair<const char*, EcoIdStatus::Type> words[] = {
+        {"Unknown", EcoIdStatus::Unknown},
+        {"ContactExists", EcoIdStatus::ContactExists},
+        {"PendingContactExists", EcoIdStatus::PendingContactInviteExists},
+        {"PendingContactInviteExists", EcoIdStatus::Unknown}}; // the enumerator is no word
+    for (const auto& [word, status] : words) {
+        QSignalSpy answers(m_utils.get(), &Utils::ecoIdStatusUpdated);
+        m_desk.core.send(
+            QStringLiteral("requestEcoIdStatusResponse"),
+            {{QStringLiteral("ecoId"), QStringLiteral("e")}, {QStringLiteral("status"), QString::fromLatin1(word)}});
+        QTRY_COMPARE(answers.size(), 1);
+        QCOMPARE(answers.at(0).at(0).toString(), QStringLiteral("e"));
+        QCOMPARE(answers.at(0).at(1).value<EcoIdStatus::Type>(), status);
+    }
 }
 
-QJsonObject TstUtils::invocationAt(vx::system::ObjectServer& target, const std::function<bool()>& invoke)
+void TstUtils::handsInvitationsAndChatsOver()
 {
-    QSignalSpy records(&target, &vx::system::ObjectServer::recordReceived);
-    if (!invoke() || !QTest::qWaitFor([&] { return !records.isEmpty(); }))
-        return {};
-    return ScriptedCore::json(records.at(0).at(1).toByteArray());
-}
-
-void TstUtils::handsAnInvitationOver()
-{
-    vx::system::ObjectServer target;
-    QVERIFY(target.listen(QStringLiteral("/pps/services/invocation/sys.socialplatform"), nullptr));
-    const QJsonObject request = invocationAt(target, [this] {
+    const auto invite = [this] {
         return m_utils->sendContactInvitation(QStringLiteral("e"), QStringLiteral("Ada"), QStringLiteral("\"Hi\"\n"));
-    });
-    QCOMPARE(request.value(QLatin1String("target")).toString(), QStringLiteral("sys.socialplatform"));
-    QCOMPARE(request.value(QLatin1String("action")).toString(), QStringLiteral("vx.action.INVITEZEL"));
-    QCOMPARE(request.value(QLatin1String("mimeType")).toString(),
-             QStringLiteral("application/vnd.socialplatform.data"));
-    QCOMPARE(request.value(QLatin1String("data")).toString(),
-             QStringLiteral("{\"contactInvitation\":{\"ecoid\":\"e\",\"display_name\":\"Ada\","
-                            "\"invite_msg\":\"\\\"Hi\\\"\\n\"}}"));
-}
+    };
+    const auto chat = [this] { return m_utils->invokeChat(QStringLiteral("e")); };
+    QVERIFY(!invite()); // nobody takes it
+    QVERIFY(!chat());
 
-void TstUtils::handsAChatOver()
-{
-    vx::system::ObjectServer target;
-    QVERIFY(target.listen(QStringLiteral("/pps/services/invocation/sys.zel.chathandler"), nullptr));
-    const QJsonObject request = invocationAt(target, [this] { return m_utils->invokeChat(QStringLiteral("e")); });
-    QCOMPARE(request.value(QLatin1String("target")).toString(), QStringLiteral("sys.zel.chathandler"));
-    QCOMPARE(request.value(QLatin1String("action")).toString(), QStringLiteral("vx.action.ZELCHAT"));
-    QCOMPARE(request.value(QLatin1String("mimeType")).toString(),
-             QStringLiteral("application/vnd.socialplatform.data"));
-    QCOMPARE(request.value(QLatin1String("data")).toString(), QStringLiteral("{\"contactChat\":{\"ecoid\":\"e\"}}"));
-}
-
-void TstUtils::answersFalseWhenNobodyTakesIt()
-{
-    QVERIFY(!m_utils->sendContactInvitation(QStringLiteral("e"), QStringLiteral("n"), QStringLiteral("m")));
-    QVERIFY(!m_utils->invokeChat(QStringLiteral("e")));
+    const struct
+    {
+        std::function<bool()> invoke;
+        QString target;
+        QString action;
+        QString data;
+    } rows[] = {{invite, QStringLiteral("sys.socialplatform"), QStringLiteral("vx.action.INVITEZEL"),
+                 QStringLiteral("{\"contactInvitation\":{\"ecoid\":\"e\",\"display_name\":\"Ada\","
+                                "\"invite_msg\":\"\\\"Hi\\\"\\n\"}}")},
+                {chat, QStringLiteral("sys.zel.chathandler"), QStringLiteral("vx.action.ZELCHAT"),
+                 QStringLiteral("{\"contactChat\":{\"ecoid\":\"e\"}}")}};
+    for (const auto& row : rows) {
+        vx::system::ObjectServer target;
+        QVERIFY(target.listen(QStringLiteral("/pps/services/invocation/") + row.target, nullptr));
+        QSignalSpy records(&target, &vx::system::ObjectServer::recordReceived);
+        QVERIFY(row.invoke());
+        QTRY_COMPARE(records.size(), 1);
+        const QJsonObject request = ScriptedCore::json(records.at(0).at(1).toByteArray());
+        QCOMPARE(request.value(QLatin1String("target")).toString(), row.target);
+        QCOMPARE(request.value(QLatin1String("action")).toString(), row.action);
+        QCOMPARE(request.value(QLatin1String("mimeType")).toString(),
+                 QStringLiteral("application/vnd.socialplatform.data"));
+        QCOMPARE(request.value(QLatin1String("data")).toString(), row.data);
+    }
 }
 
 void TstUtils::mayBeDestroyedInItsOwnSlot()
