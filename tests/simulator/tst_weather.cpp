@@ -88,21 +88,23 @@ private Q_SLOTS:
         m_simulator.reset();
     }
 
-    void dropsAndDuplicatesOneMessageEach()
+    void dropsDuplicatesAndDelaysOneMessageEach()
     {
         m_simulator->injectFault(Simulator::Fault::Drop);
         m_simulator->injectFault(Simulator::Fault::Duplicate);
-        for (const char* ppId : {"{\"ppid\":\"1\"}", "{\"ppid\":\"2\"}", "{\"ppid\":\"3\"}"})
-            m_application->send("requestEcoId", ppId);
-        QCOMPARE(answeredPpIds(3), (QStringList{QStringLiteral("2"), QStringLiteral("2"), QStringLiteral("3")}));
-    }
-
-    void letsOthersOvertakeADelayedMessage()
-    {
         m_simulator->injectFault(Simulator::Fault::Delay, 20);
-        for (const char* ppId : {"{\"ppid\":\"1\"}", "{\"ppid\":\"2\"}"})
-            m_application->send("requestEcoId", ppId);
-        QCOMPARE(answeredPpIds(2), (QStringList{QStringLiteral("2"), QStringLiteral("1")}));
+        // Ordered for another type, it waits for that.
+        m_simulator->injectFault(Simulator::Fault::Drop, 0, QStringLiteral("requestEcoIdStatusResponse"));
+        for (const char* number : {"1", "2", "3", "4"})
+            m_application->send(QStringLiteral("requestEcoId"), {{QStringLiteral("ppid"), QLatin1String(number)}});
+        QStringList answered;
+        while (answered.size() < 4)
+            answered.append(m_application->take("requestEcoIdResponse").value(QLatin1String("ppid")).toString());
+        QCOMPARE(answered.join(QLatin1Char(' ')), QStringLiteral("2 2 4 3"));
+        m_application->send("requestEcoIdStatus", "{\"ecoId\":\"1\"}");
+        m_application->send("requestEcoIdStatus", "{\"ecoId\":\"2\"}");
+        QCOMPARE(m_application->take("requestEcoIdStatusResponse").value(QLatin1String("ecoId")).toString(),
+                 QStringLiteral("2"));
     }
 
     void cutsAndGarblesRecords()
@@ -120,17 +122,6 @@ private Q_SLOTS:
                  qsizetype(strlen("@platform\ndat:json:{\"second\":{\"key\":\"value\"}}\n")));
         QCOMPARE(m_application->records.at(3), QByteArray("@platform\n"));
         QVERIFY(m_application->messages.isEmpty());
-    }
-
-    void keepsAFaultForTheTypeItWasOrderedFor()
-    {
-        m_simulator->injectFault(Simulator::Fault::Drop, 0, QStringLiteral("requestEcoIdStatusResponse"));
-        m_application->send("requestEcoIdStatus", "{\"ecoId\":\"1\"}");
-        m_application->send("requestEcoIdStatus", "{\"ecoId\":\"2\"}");
-        m_application->send("requestEcoId", "{\"ppid\":\"1\"}");
-        m_application->take("requestEcoIdResponse");
-        QCOMPARE(m_application->take("requestEcoIdStatusResponse").value(QLatin1String("ecoId")).toString(),
-                 QStringLiteral("2"));
     }
 
     void tellsAnApplicationThatComesBackEverythingAnew()
@@ -209,10 +200,7 @@ private Q_SLOTS:
         QVERIFY(!error.isEmpty());
         QVERIFY(m_application->begin());
         QCOMPARE(m_application->drain(), QStringList());
-    }
-
-    void takesItsOwnFolderWithIt()
-    {
+        // Its own folder goes with it.
         const QString root = m_simulator->root();
         QVERIFY(QFileInfo::exists(root));
         m_simulator.reset();
@@ -259,14 +247,6 @@ private Q_SLOTS:
     }
 
 private:
-    QStringList answeredPpIds(int count)
-    {
-        QStringList ppIds;
-        while (ppIds.size() < count)
-            ppIds.append(m_application->take("requestEcoIdResponse").value(QLatin1String("ppid")).toString());
-        return ppIds;
-    }
-
     std::unique_ptr<Simulator> m_simulator;
     std::unique_ptr<RawApplication> m_application;
 };
