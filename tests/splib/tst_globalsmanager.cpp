@@ -24,6 +24,7 @@ private Q_SLOTS:
     void readsThePermissionAndKeepsDefaults();
     void tellsTheFacadeOfSuccess();
     void losesAndDoublesNothingWhileASlotSpins();
+    void answersARegisteredApplicationAtOnce();
     void writesOnlyWhatAProfileChangeSets();
     void reportsAProfileWithoutPicture();
     void waitsForAUserId();
@@ -176,6 +177,17 @@ void TstGlobalsManager::losesAndDoublesNothingWhileASlotSpins()
     f.state("Pending");
     f.permission(R"("zelSetup":true)");
     QCOMPARE(f.log.take(), lines({"state Unregistered", "state Pending", "gate registered", "state Expired"}));
+}
+
+void TstGlobalsManager::answersARegisteredApplicationAtOnce()
+{
+    Fixture f;
+    QVERIFY(f.asked("permission"));
+    f.answer(R"({"name":"permission","value":{"registrationState":"Success"}})");
+    f.log.take();
+    f.manager->sendRegistration(QStringLiteral("u-1"), false);
+    QVERIFY(f.pipe->expectNothingSent());
+    QCOMPARE(f.log.take(), lines({"state Success"}));
 }
 
 void TstGlobalsManager::writesOnlyWhatAProfileChangeSets()
