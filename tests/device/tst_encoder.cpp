@@ -11,8 +11,6 @@
 #include <functional>
 #include <limits>
 
-#include <simdjson.h>
-
 namespace {
 
 class Encoder
@@ -63,9 +61,9 @@ public:
                                          0x7FF, 0x800, 0xD7FF, 0xE000, 0xFFFD, 0xFFFF, 0x10000, 0x10FFFF};
         QString text;
         for (int i = m_random.bounded(24); i > 0; --i) {
-            const bool plain = m_random.bounded(3) > 0;
-            text += QString::fromUcs4(
-                plain ? &plainCharacters[m_random.bounded(95)] : &edges[m_random.bounded(int(std::size(edges)))], 1);
+            const char32_t plain = U' ' + char32_t(m_random.bounded(95));
+            const char32_t edge = edges[m_random.bounded(int(std::size(edges)))];
+            text += QString::fromUcs4(m_random.bounded(3) > 0 ? &plain : &edge, 1);
         }
         return text;
     }
@@ -86,11 +84,6 @@ public:
 
 private:
     QRandomGenerator m_random;
-    const std::vector<char32_t> plainCharacters = [] {
-        std::vector<char32_t> characters(95);
-        std::iota(characters.begin(), characters.end(), U' ');
-        return characters;
-    }();
 };
 
 // Writes a value with the encoder's calls; a null name is no name.
@@ -157,37 +150,6 @@ QJsonValue normalized(const QJsonValue& value)
     return object;
 }
 
-// What the second parser makes of a text, in the first one's terms.
-QJsonValue fromSimdjson(simdjson::dom::element element)
-{
-    const auto text = [](std::string_view view) { return QString::fromUtf8(view.data(), qsizetype(view.size())); };
-    switch (element.type()) {
-    case simdjson::dom::element_type::BOOL:
-        return bool(element);
-    case simdjson::dom::element_type::INT64:
-        return static_cast<qint64>(int64_t(element));
-    case simdjson::dom::element_type::UINT64:
-    case simdjson::dom::element_type::DOUBLE:
-        return double(element);
-    case simdjson::dom::element_type::STRING:
-        return text(element);
-    case simdjson::dom::element_type::ARRAY: {
-        QJsonArray array;
-        for (const simdjson::dom::element child : simdjson::dom::array(element))
-            array.append(fromSimdjson(child));
-        return array;
-    }
-    case simdjson::dom::element_type::OBJECT: {
-        QJsonObject object;
-        for (const simdjson::dom::key_value_pair member : simdjson::dom::object(element))
-            object.insert(text(member.key), fromSimdjson(member.value));
-        return object;
-    }
-    default:
-        return QJsonValue::Null;
-    }
-}
-
 using Calls = std::function<pps_encoder_error_t(pps_encoder_t*)>;
 
 } // namespace
@@ -202,15 +164,13 @@ private Q_SLOTS:
     void writesAttributesAsLinesAndWhatIsBelowAsJson();
     void writesStringsWithTheEscapesOfTheirForm_data();
     void writesStringsWithTheEscapesOfTheirForm();
-    void replacesBytesThatAreNotUtf8_data();
     void replacesBytesThatAreNotUtf8();
-    void twoParsersReadWhatWasWritten();
+    void anotherParserReadsWhatWasWritten();
     void theDecoderReadsWhatWasWrittenAsAttributes();
     void keepsReadyMadeJsonOnOneLine();
     void answersMisuseAndKeepsTheForm_data();
     void answersMisuseAndKeepsTheForm();
     void failsHarmlesslyWhenNotInitialized();
-    void showsTheTextWhileItGrows();
 };
 
 void TstEncoder::writesAttributesAsLinesAndWhatIsBelowAsJson()
@@ -280,36 +240,22 @@ void TstEncoder::writesStringsWithTheEscapesOfTheirForm()
     QCOMPARE(asAttribute.text(), "s::" + attribute + '\n');
 }
 
-void TstEncoder::replacesBytesThatAreNotUtf8_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<int>("replaced");
-    QTest::newRow("lone continuation") << QByteArray("\x80") << 1;
-    QTest::newRow("overlong slash") << QByteArray("\xC0\xAF") << 2;
-    QTest::newRow("overlong of three") << QByteArray("\xE0\x9F\xBF") << 3;
-    QTest::newRow("surrogate") << QByteArray("\xED\xA0\x80") << 3;
-    QTest::newRow("overlong of four") << QByteArray("\xF0\x8F\xBF\xBF") << 4;
-    QTest::newRow("past the last") << QByteArray("\xF4\x90\x80\x80") << 4;
-    QTest::newRow("cut short") << QByteArray("\xF0\x9F\x98") << 3;
-    QTest::newRow("never used") << QByteArray("\xFE\xFF") << 2;
-}
-
 void TstEncoder::replacesBytesThatAreNotUtf8()
 {
-    QFETCH(QByteArray, bytes);
-    QFETCH(int, replaced);
-    Encoder e(true);
-    const QByteArray string = "a" + bytes + "z";
-    pps_encoder_add_string_n(e, nullptr, 0, string.constData(), static_cast<size_t>(string.size()));
-    QCOMPARE(e.text(), "\"a" + QByteArray("\xEF\xBF\xBD").repeated(replaced) + "z\"");
+    // A continuation alone, overlong forms, a surrogate, past the last, cut short, never used: byte for byte.
+    for (const char* const bytes : {"\x80", "\xC0\xAF", "\xE0\x9F\xBF", "\xED\xA0\x80", "\xF0\x8F\xBF\xBF",
+                                    "\xF4\x90\x80\x80", "\xF0\x9F\x98", "\xFE\xFF"}) {
+        Encoder e(true);
+        pps_encoder_add_string(e, nullptr, ("a" + QByteArray(bytes) + "z").constData());
+        QCOMPARE(e.text(), "\"a" + QByteArray("\xEF\xBF\xBD").repeated(qstrlen(bytes)) + "z\"");
+    }
 }
 
-void TstEncoder::twoParsersReadWhatWasWritten()
+void TstEncoder::anotherParserReadsWhatWasWritten()
 {
     const quint32 seed = QRandomGenerator::global()->generate();
     qInfo("seed %u", seed);
     RandomValues random(seed);
-    simdjson::dom::parser second;
     for (int i = 0; i < 400; ++i) {
         const QJsonArray value = normalized(QJsonArray{random.value(4)}).toArray();
         Encoder e(true);
@@ -319,9 +265,6 @@ void TstEncoder::twoParsersReadWhatWasWritten()
         QJsonParseError error;
         QCOMPARE(normalized(QJsonDocument::fromJson(text, &error).array()).toArray(), value);
         QCOMPARE(error.error, QJsonParseError::NoError);
-        simdjson::dom::element element;
-        QCOMPARE(second.parse(text.constData(), size_t(text.size())).get(element), simdjson::SUCCESS);
-        QCOMPARE(normalized(fromSimdjson(element)).toArray(), value);
     }
 }
 
@@ -340,7 +283,6 @@ void TstEncoder::theDecoderReadsWhatWasWrittenAsAttributes()
         const QByteArray text = e.text();
         pps_decoder_t decoder;
         QCOMPARE(pps_decoder_initialize_n(&decoder, text.constData(), size_t(text.size())), PPS_DECODER_OK);
-        QCOMPARE(pps_decoder_length(&decoder), 2);
         const char* read = nullptr;
         size_t length = 0;
         QCOMPARE(pps_decoder_get_string_n(&decoder, "text", &read, &length), PPS_DECODER_OK);
@@ -440,20 +382,6 @@ void TstEncoder::failsHarmlesslyWhenNotInitialized()
     pps_encoder_cleanup(&e);
     pps_encoder_cleanup(&e);
     QCOMPARE(pps_encoder_add_int(&e, nullptr, 1), PPS_ENCODER_NOT_INITIALIZED);
-}
-
-void TstEncoder::showsTheTextWhileItGrows()
-{
-    Encoder e(true);
-    QCOMPARE(pps_encoder_buffer(e), "");
-    pps_encoder_start_array(e, nullptr);
-    const QByteArray large(100000, 'x');
-    for (int i = 0; i < 10; ++i) {
-        QCOMPARE(pps_encoder_add_string(e, nullptr, large.constData()), PPS_ENCODER_OK);
-        QCOMPARE(qstrlen(pps_encoder_buffer(e)), size_t(pps_encoder_length(e)));
-    }
-    QVERIFY(e.text().startsWith("[\"xxx"));
-    QCOMPARE(pps_encoder_length(e), 1 + 10 * 100003 - 1);
 }
 
 QTEST_APPLESS_MAIN(TstEncoder)
