@@ -8,6 +8,7 @@
 #include <QRandomGenerator>
 #include <QTest>
 
+#include <cmath>
 #include <functional>
 #include <limits>
 
