@@ -29,33 +29,28 @@ class TstJsonWriter : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void keysTheMessageByTheRootsName_data();
     void keysTheMessageByTheRootsName();
     void writesMembersInCallOrderWithDuplicates();
     void dropsNamesInArrays();
     void closesAChildOnceWhenItIsAskedForItsText();
-    void cutsExactlyTheValueWhateverTheMessageIsNamed();
     void refusesMembersAfterTheText();
-    void carriesAnyCharacter_data();
     void carriesAnyCharacter();
     void childrenOutliveTheirRoot();
     void buildsRandomTreesAsQtReadsThem();
 };
 
-void TstJsonWriter::keysTheMessageByTheRootsName_data()
-{
-    QTest::addColumn<int>("type");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("object") << int(JsonWriter::Object) << u"{\"N\":{}}"_qs;
-    QTest::newRow("array") << int(JsonWriter::Array) << u"{\"N\":[]}"_qs;
-    QTest::newRow("null") << int(JsonWriter::Null) << u"{\"N\":null}"_qs;
-}
-
 void TstJsonWriter::keysTheMessageByTheRootsName()
 {
-    QFETCH(int, type);
-    QFETCH(QString, text);
-    QCOMPARE(makeRoot(u"N"_qs, JsonWriter::AttributeType(type))->toString(), text);
+    QCOMPARE(makeRoot(u"N"_qs, JsonWriter::Object)->toString(), u"{\"N\":{}}"_qs);
+    QCOMPARE(makeRoot(u"N"_qs, JsonWriter::Array)->toString(), u"{\"N\":[]}"_qs);
+    QCOMPARE(makeRoot(u"N"_qs, JsonWriter::Null)->toString(), u"{\"N\":null}"_qs);
+    for (const QString& name : {u"json"_qs, u"dat:json:"_qs, u"json:{"_qs, u"a\nb"_qs, QString()}) {
+        JsonWriter root(name, u"json:"_qs);
+        root.addAttribute(u"json:"_qs, u"json:"_qs);
+        const QJsonObject message = parsed(root.toString());
+        QCOMPARE(message.keys(), QStringList(name));
+        QCOMPARE(message.value(name).toObject().value(u"json:"_qs).toString(), u"json:"_qs);
+    }
 }
 
 void TstJsonWriter::writesMembersInCallOrderWithDuplicates()
@@ -102,17 +97,6 @@ void TstJsonWriter::closesAChildOnceWhenItIsAskedForItsText()
     QCOMPARE(root->toString(), u"{\"m\":{\"c\":{},\"d\":1}}"_qs);
 }
 
-void TstJsonWriter::cutsExactlyTheValueWhateverTheMessageIsNamed()
-{
-    for (const QString& name : {u"json"_qs, u"dat:json:"_qs, u"json:{"_qs, u"a\nb"_qs, QString()}) {
-        JsonWriter root(name, u"json:"_qs);
-        root.addAttribute(u"json:"_qs, u"json:"_qs);
-        const QJsonObject message = parsed(root.toString());
-        QCOMPARE(message.keys(), QStringList(name));
-        QCOMPARE(message.value(name).toObject().value(u"json:"_qs).toString(), u"json:"_qs);
-    }
-}
-
 void TstJsonWriter::refusesMembersAfterTheText()
 {
     JsonWriter root(u"the name"_qs, QString());
@@ -131,28 +115,19 @@ void TstJsonWriter::refusesMembersAfterTheText()
     QCOMPARE(root.length(), length);
 }
 
-void TstJsonWriter::carriesAnyCharacter_data()
-{
-    QTest::addColumn<QString>("value");
-    QTest::newRow("quotes") << u"\"quoted\" \\ /"_qs;
-    QTest::newRow("controls") << u"\b\f\n\r\t\u0001\u001f\u007f"_qs;
-    QTest::newRow("nul") << QString::fromUtf16(u"a\0b", 3);
-    QTest::newRow("emoji") << u"\U0001f600 \u05e9\u05dc\u05d5\u05dd \u4f60\u597d"_qs;
-    QTest::newRow("long ascii") << QString(100000, u'x');
-    for (int size = 254; size <= 258; ++size) {
-        QTest::addRow("ascii %d", size) << QString(size, u'y');
-        QTest::addRow("latin %d", size) << QString(size, u'\u00e4');
-    }
-}
-
 void TstJsonWriter::carriesAnyCharacter()
 {
-    QFETCH(QString, value);
-    JsonWriter root(value, QString());
-    root.addAttribute(value, value);
-    const QJsonObject message = parsed(root.toString());
-    QCOMPARE(message.keys(), QStringList(value));
-    QCOMPARE(message.value(value).toObject().value(value).toString(), value);
+    QStringList values{u"\"quoted\" \\ /"_qs, u"\b\f\n\r\t\u0001\u001f\u007f"_qs, QString::fromUtf16(u"a\0b", 3),
+                       u"\U0001f600 \u05e9\u05dc\u05d5\u05dd \u4f60\u597d"_qs, QString(100000, u'x')};
+    for (int size = 254; size <= 258; ++size)
+        values << QString(size, u'y') << QString(size, u'\u00e4');
+    for (const QString& value : std::as_const(values)) {
+        JsonWriter root(value, QString());
+        root.addAttribute(value, value);
+        const QJsonObject message = parsed(root.toString());
+        QCOMPARE(message.keys(), QStringList(value));
+        QCOMPARE(message.value(value).toObject().value(value).toString(), value);
+    }
 }
 
 void TstJsonWriter::childrenOutliveTheirRoot()
