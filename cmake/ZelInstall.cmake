@@ -30,5 +30,7 @@ write_basic_package_version_file("${PROJECT_BINARY_DIR}/ZelPlatformConfigVersion
 install(FILES "${PROJECT_BINARY_DIR}/ZelPlatformConfig.cmake" "${PROJECT_BINARY_DIR}/ZelPlatformConfigVersion.cmake"
         DESTINATION "${zel_package}")
 
+# The package file finds its prefix from where it stands, so that an installed tree may be moved.
+file(RELATIVE_PATH ZEL_PC_TO_PREFIX "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 configure_file("${PROJECT_SOURCE_DIR}/cmake/zelplatform.pc.in" "${PROJECT_BINARY_DIR}/zelplatform.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/zelplatform.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")

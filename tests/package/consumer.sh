@@ -31,6 +31,6 @@ core=$!
 for _ in $(seq 200); do [ -S "$work/root/services/zelcore/platform" ] && break; sleep 0.05; done
 export PPS_ROOT="$work/root"
 for app in "$work/app/first-steps" "$work/app-pkgconfig"; do
-    timeout 30 "$app" | tee "$work/out"
+    timeout 30 "$app" 2>&1 | tee "$work/out"
     grep -q Allowed "$work/out"
 done
