@@ -15,7 +15,7 @@ namespace {
 Q_LOGGING_CATEGORY(lcZelcore, "zelcore")
 
 /// Room for the records of tens of thousands of contacts, which an application that comes back is told at once.
-constexpr qint64 queueLimit = 128 * 1024 * 1024;
+constexpr qint64 queueLimit = qint64(128) * 1024 * 1024;
 
 } // namespace
 
