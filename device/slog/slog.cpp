@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <mutex>
 #include <new>
 
 #include <syslog.h>
@@ -48,8 +49,11 @@ int priorityOf(int severity)
     return priorities[severity < 0 ? 0 : severity > 7 ? 7 : severity];
 }
 
+// One line at a time: neither a write that takes two steps nor a file that was not opened for appending mixes lines.
 bool writeAll(const char* text, size_t length)
 {
+    static std::mutex oneAtATime;
+    const std::lock_guard<std::mutex> lock(oneAtATime);
     while (length > 0) {
         const ssize_t written = ::write(STDERR_FILENO, text, length);
         if (written < 0 && errno == EINTR)

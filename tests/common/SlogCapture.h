@@ -8,6 +8,7 @@
 #include <QStringList>
 
 #include <cstdio>
+#include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -23,6 +24,8 @@ public:
         : m_file(::memfd_create("slog", MFD_CLOEXEC))
         , m_standardError(::dup(STDERR_FILENO))
     {
+        // Appending is what keeps two threads' writes from landing at one place of a file.
+        ::fcntl(m_file, F_SETFL, O_APPEND);
         std::fflush(stderr);
         ::dup2(m_file, STDERR_FILENO);
         configure(QByteArray::number(highestSeverity));
