@@ -119,7 +119,6 @@ private Q_SLOTS:
     void restoresPositionsInAnyOrder();
     void findsMembersInAnyOrderLikeANaiveSearch();
     void failsHarmlesslyWhenNotInitialized();
-    void refusesWhatIsNoText_data();
     void refusesWhatIsNoText();
     void refusesATextCutAnywhereInItsJson();
     void survivesRandomChanges();
@@ -383,44 +382,23 @@ void TstDecoder::failsHarmlesslyWhenNotInitialized()
     QCOMPARE(value, 7);
 }
 
-void TstDecoder::refusesWhatIsNoText_data()
-{
-    QTest::addColumn<QByteArray>("text");
-    const auto json = [](const char* name, const QByteArray& value) { QTest::newRow(name) << inDat(value); };
-    json("no JSON", "");
-    json("unbalanced", "{\"a\":[1}");
-    json("two values", "{} {}");
-    json("trailing comma", "[1,]");
-    json("name without value", "{\"a\"}");
-    json("number beyond a double", "[1e999]");
-    json("whole number beyond 64 bits", "[99999999999999999999999]");
-    json("leading zero", "[01]");
-    json("invalid escape", "[\"\\x\"]");
-    json("cut escape", "[\"\\u12\"]");
-    json("raw control character", "[\"a\tb\"]");
-    json("invalid UTF-8", "[\"\xC0\xAF\"]");
-    json("surrogate in UTF-8", "[\"\xED\xA0\x80\"]");
-    json("nested too deep", QByteArray(60000, '['));
-    json("nested too deep, closed", QByteArray(20000, '[') + QByteArray(20000, ']'));
-    json("objects nested too deep", QByteArray("{\"a\":").repeated(10000));
-    QTest::newRow("line without encoding") << QByteArray("@platform\nnonsense\n");
-    QTest::newRow("line without value") << QByteArray("a:b\n");
-    QTest::newRow("attribute of invalid UTF-8") << QByteArray("a::\xFF\n");
-    QTest::newRow("name of invalid UTF-8") << QByteArray("\xFF::a\n");
-    QTest::newRow("object of invalid UTF-8") << QByteArray("@\xFF\n");
-    QTest::newRow("no number") << QByteArray("a:n:\"1\"\n");
-    QTest::newRow("no boolean") << QByteArray("a:b:1\n");
-    QTest::newRow("no base64") << QByteArray("a:b64:A*==\n");
-}
-
 void TstDecoder::refusesWhatIsNoText()
 {
-    QFETCH(QByteArray, text);
-    QCOMPARE(Decoder(text).result, PPS_DECODER_PARSE_ERROR);
-    // What was refused leaves nothing behind for the next one.
-    Decoder next("dat:json:{\"n\":1}");
-    QCOMPARE(next.result, PPS_DECODER_OK);
-    QCOMPARE(visit(next), 3);
+    QList<QByteArray> texts{"@platform\nnonsense\n", "a:b\n",   "a::\xFF\n",   "\xFF::a\n", "@\xFF\n",
+                            "a:n:\"1\"\n",           "a:b:1\n", "a:b64:A*==\n"};
+    for (const char* json : {"", "{\"a\":[1}", "{} {}", "[1,]", "{\"a\"}", "[1e999]", "[99999999999999999999999]",
+                             "[01]", "[\"\\x\"]", "[\"\\u12\"]", "[\"a\tb\"]", "[\"\xC0\xAF\"]", "[\"\xED\xA0\x80\"]"})
+        texts.append(inDat(json));
+    texts.append(inDat(QByteArray(60000, '[')));
+    texts.append(inDat(QByteArray(20000, '[') + QByteArray(20000, ']')));
+    texts.append(inDat(QByteArray("{\"a\":").repeated(10000)));
+    for (const QByteArray& text : std::as_const(texts)) {
+        QVERIFY2(Decoder(text).result == PPS_DECODER_PARSE_ERROR, text.left(60).constData());
+        // What was refused leaves nothing behind for the next one.
+        Decoder next("dat:json:{\"n\":1}");
+        QCOMPARE(next.result, PPS_DECODER_OK);
+        QCOMPARE(visit(next), 3);
+    }
 }
 
 void TstDecoder::refusesATextCutAnywhereInItsJson()

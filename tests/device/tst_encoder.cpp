@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <pps/decoder.h>
 #include <pps/encoder.h>
 
 #include <QJsonArray>
@@ -151,11 +150,7 @@ QJsonValue normalized(const QJsonValue& value)
     return object;
 }
 
-using Calls = std::function<pps_encoder_error_t(pps_encoder_t*)>;
-
 } // namespace
-
-Q_DECLARE_METATYPE(Calls)
 
 class TstEncoder : public QObject
 {
@@ -163,13 +158,10 @@ class TstEncoder : public QObject
 
 private Q_SLOTS:
     void writesAttributesAsLinesAndWhatIsBelowAsJson();
-    void writesStringsWithTheEscapesOfTheirForm_data();
     void writesStringsWithTheEscapesOfTheirForm();
     void replacesBytesThatAreNotUtf8();
     void anotherParserReadsWhatWasWritten();
-    void theDecoderReadsWhatWasWrittenAsAttributes();
     void keepsReadyMadeJsonOnOneLine();
-    void answersMisuseAndKeepsTheForm_data();
     void answersMisuseAndKeepsTheForm();
     void failsHarmlesslyWhenNotInitialized();
 };
@@ -204,41 +196,31 @@ void TstEncoder::writesAttributesAsLinesAndWhatIsBelowAsJson()
                         "last:json:[]\n"));
 }
 
-void TstEncoder::writesStringsWithTheEscapesOfTheirForm_data()
-{
-    QTest::addColumn<QByteArray>("string");
-    QTest::addColumn<QByteArray>("json");
-    QTest::addColumn<QByteArray>("attribute");
-    QTest::newRow("plain") << QByteArray("plain / text") << QByteArray("plain / text") << QByteArray("plain / text");
-    QTest::newRow("quoted") << QByteArray("a\"b\\c") << QByteArray("a\\\"b\\\\c") << QByteArray("a\"b\\\\c");
-    QTest::newRow("lines") << QByteArray("a\nb\r\tc") << QByteArray("a\\nb\\r\\tc") << QByteArray("a\\nb\\r\tc");
-    QTest::newRow("nul") << QByteArray("a\0b", 3) << QByteArray("a\\u0000b") << QByteArray("a\\0b");
-    QTest::newRow("control") << QByteArray("\b\f\x1f\x7f") << QByteArray("\\b\\f\\u001f\x7f")
-                             << QByteArray("\b\f\x1f\x7f");
-    QTest::newRow("emoji") << QByteArray("\xF0\x9F\x98\x80") << QByteArray("\xF0\x9F\x98\x80")
-                           << QByteArray("\xF0\x9F\x98\x80");
-    // At every place of an eight-byte step.
-    for (int i = 0; i < 9; ++i) {
-        const QByteArray before(i, 'x');
-        QTest::addRow("quote at %d", i) << before + "\"" + "tail-tail" << before + "\\\"tail-tail"
-                                        << before + "\"tail-tail";
-    }
-}
-
 void TstEncoder::writesStringsWithTheEscapesOfTheirForm()
 {
-    QFETCH(QByteArray, string);
-    QFETCH(QByteArray, json);
-    QFETCH(QByteArray, attribute);
-    const auto length = static_cast<size_t>(string.size());
-
-    Encoder asJson(true);
-    QCOMPARE(pps_encoder_add_string_n(asJson, nullptr, 0, string.constData(), length), PPS_ENCODER_OK);
-    QCOMPARE(asJson.text(), '"' + json + '"');
-
-    Encoder asAttribute(false);
-    QCOMPARE(pps_encoder_add_string_n(asAttribute, "s", 1, string.constData(), length), PPS_ENCODER_OK);
-    QCOMPARE(asAttribute.text(), "s::" + attribute + '\n');
+    struct Case
+    {
+        QByteArray string, json, attribute;
+    };
+    QList<Case> cases{{"plain / text", "plain / text", "plain / text"},
+                      {"a\"b\\c", "a\\\"b\\\\c", "a\"b\\\\c"},
+                      {"a\nb\r\tc", "a\\nb\\r\\tc", "a\\nb\\r\tc"},
+                      {QByteArray("a\0b", 3), "a\\u0000b", "a\\0b"},
+                      {"\b\f\x1f\x7f", "\\b\\f\\u001f\x7f", "\b\f\x1f\x7f"},
+                      {"\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80"}};
+    for (int i = 0; i < 9; ++i) { // at every place of an eight-byte step
+        const QByteArray before(i, 'x');
+        cases.append({before + "\"tail-tail", before + "\\\"tail-tail", before + "\"tail-tail"});
+    }
+    for (const auto& [string, json, attribute] : std::as_const(cases)) {
+        const auto length = static_cast<size_t>(string.size());
+        Encoder asJson(true);
+        QCOMPARE(pps_encoder_add_string_n(asJson, nullptr, 0, string.constData(), length), PPS_ENCODER_OK);
+        QCOMPARE(asJson.text(), '"' + json + '"');
+        Encoder asAttribute(false);
+        QCOMPARE(pps_encoder_add_string_n(asAttribute, "s", 1, string.constData(), length), PPS_ENCODER_OK);
+        QCOMPARE(asAttribute.text(), "s::" + attribute + '\n');
+    }
 }
 
 void TstEncoder::replacesBytesThatAreNotUtf8()
@@ -269,32 +251,6 @@ void TstEncoder::anotherParserReadsWhatWasWritten()
     }
 }
 
-void TstEncoder::theDecoderReadsWhatWasWrittenAsAttributes()
-{
-    const quint32 seed = QRandomGenerator::global()->generate();
-    qInfo("seed %u", seed);
-    RandomValues random(seed);
-    for (int i = 0; i < 200; ++i) {
-        const QByteArray string = random.string().toUtf8();
-        const QJsonObject object{{random.string(), random.value(3)}};
-        Encoder e(false);
-        pps_encoder_add_string_n(e, "text", 4, string.constData(), size_t(string.size()));
-        write(e, "object", object);
-
-        const QByteArray text = e.text();
-        pps_decoder_t decoder;
-        QCOMPARE(pps_decoder_initialize_n(&decoder, text.constData(), size_t(text.size())), PPS_DECODER_OK);
-        const char* read = nullptr;
-        size_t length = 0;
-        QCOMPARE(pps_decoder_get_string_n(&decoder, "text", &read, &length), PPS_DECODER_OK);
-        QCOMPARE(QByteArray(read, qsizetype(length)), string);
-        QCOMPARE(pps_decoder_push(&decoder, "object"), PPS_DECODER_OK);
-        const char* const name = pps_decoder_name_n(&decoder, &length);
-        QCOMPARE(QString::fromUtf8(name, qsizetype(length)), object.begin().key());
-        pps_decoder_cleanup(&decoder);
-    }
-}
-
 void TstEncoder::keepsReadyMadeJsonOnOneLine()
 {
     Encoder e(false);
@@ -303,71 +259,70 @@ void TstEncoder::keepsReadyMadeJsonOnOneLine()
     QCOMPARE(e.text(), QByteArray("dat:json:{ \"a\" :  1}\nempty:json:\n"));
 }
 
-void TstEncoder::answersMisuseAndKeepsTheForm_data()
-{
-    QTest::addColumn<bool>("encodeJson");
-    QTest::addColumn<Calls>("calls");
-    QTest::addColumn<int>("error");
-    QTest::addColumn<QByteArray>("text");
-
-    QTest::newRow("end without start") << false << Calls(pps_encoder_end_object) << int(PPS_ENCODER_UNBALANCED)
-                                       << QByteArray();
-    QTest::newRow("end of the other kind") << true << Calls([](pps_encoder_t* e) {
-        pps_encoder_start_array(e, nullptr);
-        const auto error = pps_encoder_end_object(e);
-        pps_encoder_end_array(e);
-        return error;
-    }) << int(PPS_ENCODER_UNBALANCED) << QByteArray("[]");
-    QTest::newRow("name in an array") << true << Calls([](pps_encoder_t* e) {
-        pps_encoder_start_array(e, nullptr);
-        const auto error = pps_encoder_start_object(e, "name");
-        pps_encoder_end_object(e);
-        pps_encoder_add_int(e, "name", 1);
-        pps_encoder_end_array(e);
-        return error;
-    }) << int(PPS_ENCODER_NAME_NOT_ALLOWED)
-                                      << QByteArray("[{},1]");
-    QTest::newRow("member without a name") << true << Calls([](pps_encoder_t* e) {
-        pps_encoder_start_object(e, nullptr);
-        const auto error = pps_encoder_start_array(e, nullptr);
-        pps_encoder_end_array(e);
-        pps_encoder_end_object(e);
-        return error;
-    }) << int(PPS_ENCODER_NAME_MISSING) << QByteArray("{\"\":[]}");
-    QTest::newRow("attribute without a name")
-        << false << Calls([](pps_encoder_t* e) { return pps_encoder_add_int(e, nullptr, 1); })
-        << int(PPS_ENCODER_NAME_MISSING) << QByteArray(":n:1\n");
-    QTest::newRow("attribute's name breaks the line")
-        << false << Calls([](pps_encoder_t* e) { return pps_encoder_add_int(e, "@a:b\nc@", 1); })
-        << int(PPS_ENCODER_BAD_NAME) << QByteArray("_a_b_c@:n:1\n");
-    QTest::newRow("not a number") << true << Calls([](pps_encoder_t* e) {
-        return pps_encoder_add_double(e, nullptr, std::numeric_limits<double>::quiet_NaN());
-    }) << int(PPS_ENCODER_BAD_VALUE)
-                                  << QByteArray("null");
-    QTest::newRow("no string") << false
-                               << Calls([](pps_encoder_t* e) { return pps_encoder_add_string(e, "s", nullptr); })
-                               << int(PPS_ENCODER_BAD_VALUE) << QByteArray("s:json:null\n");
-    QTest::newRow("second value, with all that is in it") << true << Calls([](pps_encoder_t* e) {
-        pps_encoder_start_array(e, nullptr);
-        pps_encoder_end_array(e);
-        pps_encoder_start_object(e, nullptr);
-        pps_encoder_start_array(e, "inner");
-        const auto error = pps_encoder_add_int(e, nullptr, 1);
-        pps_encoder_end_array(e);
-        pps_encoder_end_object(e);
-        return error;
-    }) << int(PPS_ENCODER_COMPLETE) << QByteArray("[]");
-}
-
 void TstEncoder::answersMisuseAndKeepsTheForm()
 {
-    QFETCH(bool, encodeJson);
-    QFETCH(Calls, calls);
-    QFETCH(int, error);
-    QFETCH(QByteArray, text);
-    Encoder e(encodeJson);
-    QCOMPARE(int(calls(e)), error);
-    QCOMPARE(e.text(), text);
+    const struct
+    {
+        const char* what;
+        bool encodeJson;
+        std::function<pps_encoder_error_t(pps_encoder_t*)> calls;
+        pps_encoder_error_t error;
+        QByteArray text;
+    } cases[] = {
+        {"end without start", false, pps_encoder_end_object, PPS_ENCODER_UNBALANCED, ""},
+        {"end of the other kind", true,
+         [](pps_encoder_t* e) {
+             pps_encoder_start_array(e, nullptr);
+             const auto error = pps_encoder_end_object(e);
+             pps_encoder_end_array(e);
+             return error;
+         },
+         PPS_ENCODER_UNBALANCED, "[]"},
+        {"name in an array", true,
+         [](pps_encoder_t* e) {
+             pps_encoder_start_array(e, nullptr);
+             const auto error = pps_encoder_start_object(e, "name");
+             pps_encoder_end_object(e);
+             pps_encoder_add_int(e, "name", 1);
+             pps_encoder_end_array(e);
+             return error;
+         },
+         PPS_ENCODER_NAME_NOT_ALLOWED, "[{},1]"},
+        {"member without a name", true,
+         [](pps_encoder_t* e) {
+             pps_encoder_start_object(e, nullptr);
+             const auto error = pps_encoder_start_array(e, nullptr);
+             pps_encoder_end_array(e);
+             pps_encoder_end_object(e);
+             return error;
+         },
+         PPS_ENCODER_NAME_MISSING, "{\"\":[]}"},
+        {"attribute without a name", false, [](pps_encoder_t* e) { return pps_encoder_add_int(e, nullptr, 1); },
+         PPS_ENCODER_NAME_MISSING, ":n:1\n"},
+        {"name that breaks the line", false, [](pps_encoder_t* e) { return pps_encoder_add_int(e, "@a:b\nc@", 1); },
+         PPS_ENCODER_BAD_NAME, "_a_b_c@:n:1\n"},
+        {"no number", true, [](pps_encoder_t* e) { return pps_encoder_add_double(e, nullptr, std::nan("")); },
+         PPS_ENCODER_BAD_VALUE, "null"},
+        {"no string", false, [](pps_encoder_t* e) { return pps_encoder_add_string(e, "s", nullptr); },
+         PPS_ENCODER_BAD_VALUE, "s:json:null\n"},
+        {"second value, with all that is in it", true,
+         [](pps_encoder_t* e) {
+             pps_encoder_start_array(e, nullptr);
+             pps_encoder_end_array(e);
+             pps_encoder_start_object(e, nullptr);
+             pps_encoder_start_array(e, "inner");
+             const auto error = pps_encoder_add_int(e, nullptr, 1);
+             pps_encoder_end_array(e);
+             pps_encoder_end_object(e);
+             return error;
+         },
+         PPS_ENCODER_COMPLETE, "[]"},
+    };
+    for (const auto& one : cases) {
+        Encoder e(one.encodeJson);
+        QVERIFY2(one.calls(e) == one.error, one.what);
+        QCOMPARE(e.text(), one.text);
+    }
 }
 
 void TstEncoder::failsHarmlesslyWhenNotInitialized()

@@ -74,7 +74,6 @@ private Q_SLOTS:
     void refusesToSendWhatCannotArrive();
 
     void handlersMayDisconnectAnybody();
-    void handlersMayDeleteTheServer_data();
     void handlersMayDeleteTheServer();
     void handlersMaySpinAnEventLoop();
 
@@ -255,41 +254,34 @@ void TstObjectServer::handlersMayDisconnectAnybody()
     QCOMPARE(received, QList<QByteArray>{"a"});
 }
 
-void TstObjectServer::handlersMayDeleteTheServer_data()
-{
-    QTest::addColumn<int>("when");
-    QTest::newRow("when a client connects") << 0;
-    QTest::newRow("when a record comes") << 1;
-    QTest::newRow("when a client goes") << 2;
-    QTest::newRow("while closing") << 3;
-}
-
 void TstObjectServer::handlersMayDeleteTheServer()
 {
-    QFETCH(int, when);
-    QPointer<ObjectServer> server(new ObjectServer);
-    QVERIFY(server->listen(m_path, nullptr));
-    const auto end = [&] { delete server.data(); };
-    if (when == 0)
-        connect(server.data(), &ObjectServer::clientConnected, this, end);
-    else if (when == 1)
-        connect(server.data(), &ObjectServer::recordReceived, this, end);
-    else
-        connect(server.data(), &ObjectServer::clientDisconnected, this, end);
+    enum When { Connecting, Receiving, Disconnecting, Closing };
+    for (const When when : {Connecting, Receiving, Disconnecting, Closing}) {
+        QPointer<ObjectServer> server(new ObjectServer);
+        QVERIFY(server->listen(m_path, nullptr));
+        const auto end = [&] { delete server.data(); };
+        if (when == Connecting)
+            connect(server.data(), &ObjectServer::clientConnected, this, end);
+        else if (when == Receiving)
+            connect(server.data(), &ObjectServer::recordReceived, this, end);
+        else
+            connect(server.data(), &ObjectServer::clientDisconnected, this, end);
 
-    auto client = std::make_unique<Client>(m_path);
-    const Client other(m_path);
-    client->send("one");
-    client->send("two");
-    if (when == 2)
-        client.reset();
-    if (when == 3) {
-        QTRY_COMPARE(server->clients().size(), 2);
-        server->close();
+        auto client = std::make_unique<Client>(m_path);
+        const Client other(m_path);
+        client->send("one");
+        client->send("two");
+        if (when == Disconnecting)
+            client.reset();
+        if (when == Closing) {
+            QTRY_COMPARE(server->clients().size(), 2);
+            server->close();
+        }
+        QTRY_VERIFY(!server);
+        QVERIFY(!QFileInfo::exists(m_path));
+        QCOMPARE(other.receive(), QByteArray());
     }
-    QTRY_VERIFY(!server);
-    QVERIFY(!QFileInfo::exists(m_path));
-    QCOMPARE(other.receive(), QByteArray());
 }
 
 void TstObjectServer::handlersMaySpinAnEventLoop()

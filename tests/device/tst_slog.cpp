@@ -14,39 +14,27 @@ class TstSlog : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void takesLinesUpToTheLevel_data();
     void takesLinesUpToTheLevel();
     void writesEachTextOnOneLine();
     void keepsLinesOfSeveralThreadsApart();
 };
 
-void TstSlog::takesLinesUpToTheLevel_data()
-{
-    QTest::addColumn<QByteArray>("level");
-    QTest::addColumn<int>("highest");
-    QTest::newRow("unset") << QByteArray() << 5;
-    QTest::newRow("all") << QByteArray("7") << 7;
-    QTest::newRow("errors") << QByteArray("2") << 2;
-    QTest::newRow("none") << QByteArray("-1") << -1;
-    QTest::newRow("no number") << QByteArray("debug") << 5;
-    QTest::newRow("number and more") << QByteArray("7x") << 5;
-}
-
 void TstSlog::takesLinesUpToTheLevel()
 {
-    QFETCH(QByteArray, level);
-    QFETCH(int, highest);
-    const SlogCapture log;
-    level.isNull() ? qunsetenv("ZEL_SLOG_LEVEL") : qputenv("ZEL_SLOG_LEVEL", level);
-    slog_reload();
-    QStringList expected;
-    for (int severity = 0; severity <= 7; ++severity) {
-        QCOMPARE(slog_enabled(severity), severity <= highest);
-        QCOMPARE(slogf(1, severity, "%s %d", "line", severity), 0);
-        if (severity <= highest)
-            expected.append(QStringLiteral("%1: line %1").arg(severity));
+    const std::pair<QByteArray, int> levels[] = {{{}, 5}, {"7", 7}, {"2", 2}, {"-1", -1}, {"debug", 5}, {"7x", 5}};
+    for (const auto& [level, highest] : levels) {
+        const SlogCapture log;
+        level.isNull() ? qunsetenv("ZEL_SLOG_LEVEL") : qputenv("ZEL_SLOG_LEVEL", level);
+        slog_reload();
+        QStringList expected;
+        for (int severity = 0; severity <= 7; ++severity) {
+            QCOMPARE(slog_enabled(severity), severity <= highest);
+            QCOMPARE(slogf(1, severity, "%s %d", "line", severity), 0);
+            if (severity <= highest)
+                expected.append(QStringLiteral("%1: line %1").arg(severity));
+        }
+        QCOMPARE(log.lines(), expected);
     }
-    QCOMPARE(log.lines(), expected);
 }
 
 void TstSlog::writesEachTextOnOneLine()

@@ -55,8 +55,6 @@ private Q_SLOTS:
     void cleanup() { FakeClock::uninstall(); }
 
     void gathersTheKeysOfOneTurnInOrder();
-    void asksInBatchesOneAfterTheOther();
-    void skipsWhatCameWhileItWaited();
     void settlesRequestedValuesWhenTheAnswerEnds();
     void repeatsARequestWithoutAnswer();
     void survivesAnythingAnObserverDoes();
@@ -80,41 +78,6 @@ void TstLazyLoader::gathersTheKeysOfOneTurnInOrder()
     QCOMPARE(Loader({}, 7).getObservableValue(key(1)).getValue(), 7);
 }
 
-void TstLazyLoader::asksInBatchesOneAfterTheOther()
-{
-    Fixture f;
-    f.ask(0, 25);
-    turn();
-    f.ask(25, 50);
-    turn();
-    QCOMPARE(f.sizes(), QList<int>{20});
-    f.loader->updateDone();
-    QCOMPARE(f.sizes(), QList<int>{20});
-    turn();
-    QCOMPARE(f.sizes(), (QList<int>{20, 20}));
-    f.loader->updateDone();
-    turn();
-    QCOMPARE(f.sizes(), (QList<int>{20, 20, 10}));
-    QCOMPARE(f.requests[2].last(), key(49));
-}
-
-void TstLazyLoader::skipsWhatCameWhileItWaited()
-{
-    Fixture f;
-    f.ask(0, 1);
-    int heard = 0;
-    ObserverFunctorAdapter observer([&] { ++heard; });
-    f.loader->value(key(0))->addObserver(&observer);
-    QVERIFY2(!f.loader->store(key(0), 0), "as the default contents are");
-    QCOMPARE(heard, 1);
-    QCOMPARE(f.loader->value(key(0))->state(), 1);
-    turn();
-    QVERIFY(f.requests.isEmpty());
-    f.ask(1, 2);
-    turn();
-    QVERIFY2(f.requests.size() == 1, "a request of nothing leaves the loader ready");
-}
-
 void TstLazyLoader::settlesRequestedValuesWhenTheAnswerEnds()
 {
     Fixture f;
@@ -134,7 +97,9 @@ void TstLazyLoader::settlesRequestedValuesWhenTheAnswerEnds()
     f.loader->updateDone();
     QCOMPARE(heard, (QStringList{u"answered 2"_qs, u"answered 1"_qs, u"missing 1"_qs}));
     QVERIFY2(f.loader->isLoaded(key(1)), "answered, though without contents");
-    QCOMPARE(f.loader->keys().size(), 2);
+    QVERIFY2(!f.loader->store(key(9), 0), "unasked, and as the default contents are");
+    QCOMPARE(f.loader->value(key(9))->state(), 1);
+    QCOMPARE(f.loader->keys().size(), 3);
 }
 
 void TstLazyLoader::repeatsARequestWithoutAnswer()

@@ -11,7 +11,6 @@ class TstLogging : public QObject
 
 private Q_SLOTS:
     void cleanup();
-    void takesTheFileNameBehindTheLastSeparator_data();
     void takesTheFileNameBehindTheLastSeparator();
     void writesFromLevelOneOnAtFirst();
     void matchesWholeFileNamesAsWildcardsOfAnyCase();
@@ -25,21 +24,11 @@ void TstLogging::cleanup()
     setFilenameFilter(QRegExp(u"*"_qs, Qt::CaseInsensitive, QRegExp::Wildcard));
 }
 
-void TstLogging::takesTheFileNameBehindTheLastSeparator_data()
-{
-    QTest::addColumn<QByteArray>("path");
-    QTest::addColumn<QString>("name");
-    QTest::newRow("slashes") << QByteArray("/a/b/Realm.cpp") << u"Realm.cpp"_qs;
-    QTest::newRow("backslash last") << QByteArray("a/b\\Realm.cpp") << u"Realm.cpp"_qs;
-    QTest::newRow("slash last") << QByteArray("a\\b/Realm.cpp") << u"Realm.cpp"_qs;
-    QTest::newRow("bare") << QByteArray("Realm.cpp") << u"Realm.cpp"_qs;
-    QTest::newRow("separator at the end") << QByteArray("a/") << QString();
-}
-
 void TstLogging::takesTheFileNameBehindTheLastSeparator()
 {
-    QFETCH(QByteArray, path);
-    QTEST(filterFilename(path.constData()), "name");
+    for (const char* path : {"/a/b/Realm.cpp", "a/b\\Realm.cpp", "a\\b/Realm.cpp", "Realm.cpp"})
+        QCOMPARE(filterFilename(path), u"Realm.cpp"_qs);
+    QCOMPARE(filterFilename("a/"), QString());
 }
 
 void TstLogging::writesFromLevelOneOnAtFirst()
