@@ -25,16 +25,12 @@ private Q_SLOTS:
     void tellsTheFacadeOfSuccess();
     void losesAndDoublesNothingWhileASlotSpins();
     void answersARegisteredApplicationAtOnce();
-    void writesOnlyWhatAProfileChangeSets();
     void reportsAProfileWithoutPicture();
     void waitsForAUserId();
     void takesAProfileThatCameUnasked();
-    void announcesChangedFieldsInOrder();
-    void keepsTheOrderOfChangesWhileASlotSpins();
     void followsThePicture();
     void refusesPictures();
     void confirmsAPictureByTheChangedProfile();
-    void sendsThePictureWhenAsked();
     void confirmsTheSamePictureByTheResponse();
     void dropsARefusedPicture();
     void takesAnAnnouncedStream();
@@ -42,14 +38,6 @@ private Q_SLOTS:
 };
 
 namespace {
-
-QStringList lines(std::initializer_list<const char*> texts)
-{
-    QStringList all;
-    for (const char* text : texts)
-        all.append(QString::fromUtf8(text));
-    return all;
-}
 
 QByteArray sha1(const QByteArray& data)
 {
@@ -190,21 +178,6 @@ void TstGlobalsManager::answersARegisteredApplicationAtOnce()
     QCOMPARE(f.log.take(), lines({"state Success"}));
 }
 
-void TstGlobalsManager::writesOnlyWhatAProfileChangeSets()
-{
-    Fixture f;
-    PlatformContact change;
-    change.setStatusMessage(QStringLiteral("x"));
-    change.setShowBusy(true);
-    f.manager->setMyProfile(change);
-    QVERIFY(f.pipe->expectSentText(R"({"requestListChange":{"elements":[{"name":"platformProfile",)"
-                                   R"("value":{"currentStatus":"x","showBusy":true}}],"type":"global"}})"));
-    f.manager->setMyProfile({});
-    const QByteArray whole = f.pipe->takeSent();
-    QVERIFY2(whole.contains(R"("value":{"userId":"","handle":"")"), whole);
-    QVERIFY2(whole.contains(R"("platformVersion":0,"showBusy":false}}])"), whole);
-}
-
 void TstGlobalsManager::reportsAProfileWithoutPicture()
 {
     Fixture f;
@@ -235,32 +208,6 @@ void TstGlobalsManager::takesAProfileThatCameUnasked()
     f.manager->init();
     QCOMPARE(f.log.take(), QStringList());
     QTRY_COMPARE(f.log.lines(), lines({"gate profile", "picture   ", "gate picture"}));
-}
-
-void TstGlobalsManager::announcesChangedFieldsInOrder()
-{
-    Fixture f;
-    f.initWithProfile();
-    f.profile(R"("showBusy":true,"personalMessage":"B2","displayName":"A2")");
-    QCOMPARE(f.log.take(), lines({"name A2", "message B2", "status busy C"}));
-    f.profile(R"("currentStatus":"C2","handle":"h")");
-    QCOMPARE(f.log.take(), lines({"status busy C2"}));
-    f.profile(R"("currentStatus":"C2","ppid":"p")");
-    QCOMPARE(f.log.take(), QStringList());
-}
-
-void TstGlobalsManager::keepsTheOrderOfChangesWhileASlotSpins()
-{
-    Fixture f;
-    f.initWithProfile();
-    f.log.on(QStringLiteral("name A2"), [&f] {
-        f.state("Expired");
-        f.profile(R"("personalMessage":"B3","showBusy":true)");
-    });
-    f.profile(R"("displayName":"A2","personalMessage":"B2")");
-    QCOMPARE(f.log.take(), lines({"name A2", "message B2", "state Expired", "message B3", "status busy C"}));
-    f.profile(R"("displayName":"A2")");
-    QCOMPARE(f.log.take(), QStringList());
 }
 
 void TstGlobalsManager::followsThePicture()
@@ -326,26 +273,6 @@ void TstGlobalsManager::confirmsAPictureByTheChangedProfile()
     f.profile(R"("avatarId":"theirs","avatarMimeType":"image/bmp")");
     QCOMPARE(f.log.take(), lines({"picture theirs image/bmp next", "gate picture"}));
     QVERIFY(f.pipe->expectNothingSent());
-}
-
-void TstGlobalsManager::sendsThePictureWhenAsked()
-{
-    Fixture f;
-    f.initWithProfile();
-    const QByteArray picture(15361, 'x');
-    QVERIFY(f.setPicture(picture));
-    f.pipe->clearSent();
-    f.pipe->inject(R"({"requestNewAvatarImage":{"streamId":"s1"}})");
-    QCOMPARE(f.pipe->sentCount(), 2);
-    QByteArray received;
-    for (const bool last : {false, true}) {
-        const auto chunk = QJsonDocument::fromJson(f.pipe->takeSent())[u"stream"];
-        QCOMPARE(chunk[u"id"].toString(), QStringLiteral("s1"));
-        QCOMPARE(chunk[u"last"].toBool(), last);
-        received += QByteArray::fromBase64(chunk[u"value"].toString().toLatin1());
-    }
-    QCOMPARE(received, picture);
-    QCOMPARE(f.log.take(), QStringList());
 }
 
 void TstGlobalsManager::confirmsTheSamePictureByTheResponse()

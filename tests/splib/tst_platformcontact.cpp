@@ -41,7 +41,6 @@ class TstPlatformContact : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void keepsCopiesApart();
     void comparesByDataAndNotByMarks();
     void loadsEveryField();
     void keepsWhatIsMissingOrOfAnotherType();
@@ -49,21 +48,7 @@ private Q_SLOTS:
     void sharesTextsThatRepeat();
     void writesEveryMemberInOrder();
     void writesOnlyMarkedMembersOfAChange();
-    void readsAndWritesTheKey();
 };
-
-void TstPlatformContact::keepsCopiesApart()
-{
-    PlatformContact first;
-    first.setHandle(QStringLiteral("h"));
-    PlatformContact second = first;
-    second.setHandle(QStringLiteral("other"));
-    second.setAvatarData("x");
-    second.setShowBusy(true);
-    QCOMPARE(first.getHandle(), QStringLiteral("h"));
-    QVERIFY(first.getAvatarData().isEmpty());
-    QVERIFY(PlatformContact().getHandle().isEmpty());
-}
 
 void TstPlatformContact::comparesByDataAndNotByMarks()
 {
@@ -157,22 +142,6 @@ void TstPlatformContact::writesOnlyMarkedMembersOfAChange()
     zelsplib::writeContactMembers(change, object, true);
     QCOMPARE(object.toString().toUtf8(),
              QByteArray("{\"m\":{\"currentStatus\":\"\\\"quoted\\\"\\n\xF0\x9F\x98\x80\",\"showBusy\":false}}"));
-}
-
-void TstPlatformContact::readsAndWritesTheKey()
-{
-    PlatformContactJsonAdapter adapter;
-    read(R"({"userId":"u","handle":"h"})", [&adapter](const iface::JsonReaderAttribute& message) {
-        const iface::JsonObjectReader json = message.object();
-        QCOMPARE(adapter.idJsonToId(json), QStringLiteral("u"));
-        const PlatformContact contact = adapter.jsonToElement(json, numbered());
-        QCOMPARE(adapter.elementToId(contact), QStringLiteral("u"));
-        QCOMPARE(contact.getHandle(), QStringLiteral("h"));
-        QCOMPARE(contact.getPpid(), QStringLiteral("3"));
-    });
-    const auto root = QSharedPointer<zel::JsonWriter>::create(QStringLiteral("m"), QString());
-    adapter.idToIdJson(QStringLiteral("k"), root);
-    QCOMPARE(root->toString(), QStringLiteral(R"({"m":{"userId":"k"}})"));
 }
 
 QTEST_GUILESS_MAIN(TstPlatformContact)

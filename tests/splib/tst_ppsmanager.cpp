@@ -15,26 +15,25 @@
 
 using zelsplib::PPSManager;
 
-namespace {
-
-const QString path = QStringLiteral("/pps/services/zelcore/platform");
-
-std::unique_ptr<PPSManager> open()
-{
-    return std::make_unique<PPSManager>(path, QStringLiteral("platform"), QStringLiteral("zel"));
-}
-
-} // namespace
-
 class TstPPSManager : public QObject
 {
     Q_OBJECT
 
 private:
     QTemporaryDir m_root;
+    vx::system::ObjectServer m_server;
+    std::unique_ptr<PPSManager> m_manager;
 
 private Q_SLOTS:
-    void initTestCase() { qputenv("PPS_ROOT", m_root.path().toUtf8()); }
+    void init()
+    {
+        const QString path = QStringLiteral("/pps/services/zelcore/platform");
+        qputenv("PPS_ROOT", m_root.path().toUtf8());
+        m_manager.reset();
+        m_server.close();
+        QVERIFY(m_server.listen(path, nullptr));
+        m_manager = std::make_unique<PPSManager>(path, QStringLiteral("platform"), QStringLiteral("zel"));
+    }
 
     void writesOneRecordAMessage();
     void dispatchesTheFirstMember();
@@ -46,15 +45,12 @@ private Q_SLOTS:
 
 void TstPPSManager::writesOneRecordAMessage()
 {
-    vx::system::ObjectServer server;
-    QVERIFY(server.listen(path, nullptr));
-    QSignalSpy records(&server, &vx::system::ObjectServer::recordReceived);
-    const auto manager = open();
-    QVERIFY(manager->isConnected().getValue());
+    QSignalSpy records(&m_server, &vx::system::ObjectServer::recordReceived);
+    QVERIFY(m_manager->isConnected().getValue());
     const auto writer = QSharedPointer<zel::JsonWriter>::create(QStringLiteral("tpaApi"), QStringLiteral("zel"));
     writer->addAttribute(QStringLiteral("apiType"), QStringLiteral("\u00e4\n"));
-    manager->send(writer);
-    manager->send(QString());
+    m_manager->send(writer);
+    m_manager->send(QString());
     QTRY_COMPARE(records.size(), 2);
     QCOMPARE(records[0][1].toByteArray(),
              QByteArray("msg::zel\ndat:json:{\"tpaApi\":{\"apiType\":\"\xc3\xa4\\n\"}}\n"));
@@ -63,9 +59,6 @@ void TstPPSManager::writesOneRecordAMessage()
 
 void TstPPSManager::dispatchesTheFirstMember()
 {
-    vx::system::ObjectServer server;
-    QVERIFY(server.listen(path, nullptr));
-    const auto manager = open();
     QObject owner;
     QStringList heard;
     const auto hear = [&heard](QObject*, iface::JsonReaderAttribute message) {
@@ -73,88 +66,77 @@ void TstPPSManager::dispatchesTheFirstMember()
         message.object().readString("a", value);
         heard.append(value);
     };
-    manager->addListener(&owner, QStringLiteral("m"), hear);
-    manager->addListener(&owner, QStringLiteral("other"), hear);
+    m_manager->addListener(&owner, QStringLiteral("m"), hear);
+    m_manager->addListener(&owner, QStringLiteral("other"), hear);
     const QStringList texts{QStringLiteral("@platform\nmsg::zel\ndat:json:{\"m\":{\"a\":\"1\"}}\nx:n:1\n"),
                             QStringLiteral("@platform\ndat:json:{\"m\":{\"a\":\"2\"},\"other\":{}}\n"),
                             QStringLiteral("@x\ndat:json:{\"other\":{}}\n@platform\ndat:json:{\"m\":{\"a\":\"3\"}}")};
     for (const QString& text : texts)
-        manager->dispatchMessageReceived(text);
+        m_manager->dispatchMessageReceived(text);
     QCOMPARE(heard.join(u' '), QStringLiteral("1 2 3"));
-    manager->removeListeners(&owner);
-    manager->dispatchMessageReceived(texts.first());
+    m_manager->removeListeners(&owner);
+    m_manager->dispatchMessageReceived(texts.first());
     QCOMPARE(heard.size(), 3);
 }
 
 void TstPPSManager::dropsWhatItCannotDecode()
 {
-    vx::system::ObjectServer server;
-    QVERIFY(server.listen(path, nullptr));
-    const auto manager = open();
     QObject owner;
     int heard = 0;
     for (const char* type : {"m", "", "dat"})
-        manager->addListener(&owner, QLatin1String(type), [&heard](QObject*, iface::JsonReaderAttribute) { ++heard; });
+        m_manager->addListener(&owner, QLatin1String(type),
+                               [&heard](QObject*, iface::JsonReaderAttribute) { ++heard; });
     for (const char* text :
          {"", "\n", "nonsense", "@other\ndat:json:{\"m\":{}}\n", "@platform\ndata:json:{\"m\":{}}\n",
           "@platform\ndat::{\"m\":{}}\n", "@platform\ndat:json:{\"m\":{}\n", "@platform\ndat:json:{}\n",
           "@platform\ndat:json:[{\"m\":1}]\n", "@platform\ndat:json:{\"m\\u0000\":{}}\n"}) {
-        manager->dispatchMessageReceived(QString::fromUtf8(text));
+        m_manager->dispatchMessageReceived(QString::fromUtf8(text));
         QVERIFY2(heard == 0, text);
     }
-    manager->dispatchMessageReceived(QStringLiteral("@platform\ndat:json:{\"m\":{}}\n"));
+    m_manager->dispatchMessageReceived(QStringLiteral("@platform\ndat:json:{\"m\":{}}\n"));
     QCOMPARE(heard, 1);
 }
 
 void TstPPSManager::dispatchesMessagesWithinMessages()
 {
-    vx::system::ObjectServer server;
-    QVERIFY(server.listen(path, nullptr));
-    const auto manager = open();
     QObject owner;
     QStringList heard;
-    manager->addListener(&owner, QStringLiteral("m"), [&](QObject*, iface::JsonReaderAttribute message) {
+    m_manager->addListener(&owner, QStringLiteral("m"), [&](QObject*, iface::JsonReaderAttribute message) {
         const iface::JsonObjectReader body = message.object();
         bool nest = false;
         if (body.readBool("nest", nest))
-            manager->dispatchMessageReceived(QStringLiteral("@platform\ndat:json:{\"m\":{\"a\":\"inner\"}}\n"));
+            m_manager->dispatchMessageReceived(QStringLiteral("@platform\ndat:json:{\"m\":{\"a\":\"inner\"}}\n"));
         QString value;
         body.readString("a", value);
         heard.append(value);
     });
-    manager->dispatchMessageReceived(QStringLiteral("@platform\ndat:json:{\"m\":{\"a\":\"outer\",\"nest\":true}}\n"));
+    m_manager->dispatchMessageReceived(QStringLiteral("@platform\ndat:json:{\"m\":{\"a\":\"outer\",\"nest\":true}}\n"));
     QCOMPARE(heard, (QStringList{QStringLiteral("inner"), QStringLiteral("outer")}));
 }
 
 void TstPPSManager::logsBothDirections()
 {
-    vx::system::ObjectServer server;
-    QVERIFY(server.listen(path, nullptr));
-    const auto manager = open();
     {
         const SlogCapture log;
-        manager->send(QStringLiteral("{\"%1\":1}"));
-        manager->dispatchMessageReceived(QStringLiteral("@platform\ndat:json:{\"%1\":1}\n"));
-        manager->dispatchMessageReceived(QStringLiteral("nonsense"));
+        m_manager->send(QStringLiteral("{\"%1\":1}"));
+        m_manager->dispatchMessageReceived(QStringLiteral("@platform\ndat:json:{\"%1\":1}\n"));
+        m_manager->dispatchMessageReceived(QStringLiteral("nonsense"));
         QCOMPARE(log.lines(), (QStringList{QStringLiteral("6: sending json string to zelcore ==>: {\"%1\":1}"),
                                            QStringLiteral("6: received json string from zelcore <==: {\"%1\":1}"),
                                            QStringLiteral("2: Error:PPSManager::getJsonFromPps(): invalid input: 1%"),
                                            QStringLiteral("6: received json string from zelcore <==: ")}));
     }
     const SlogCapture log(5);
-    manager->dispatchMessageReceived(QStringLiteral("nonsense"));
+    m_manager->dispatchMessageReceived(QStringLiteral("nonsense"));
     QCOMPARE(log.lines(), QStringList{QStringLiteral("2: Error:PPSManager::getJsonFromPps(): invalid input: 1%")});
 }
 
 void TstPPSManager::closesTheObject()
 {
-    vx::system::ObjectServer server;
-    QVERIFY(server.listen(path, nullptr));
-    QSignalSpy gone(&server, &vx::system::ObjectServer::clientDisconnected);
-    auto manager = open();
-    QVERIFY(manager->getPpsHandle() > 0);
-    QTRY_COMPARE(server.clients().size(), 1);
-    manager.reset();
+    QSignalSpy gone(&m_server, &vx::system::ObjectServer::clientDisconnected);
+    QVERIFY(m_manager->getPpsHandle() > 0);
+    QTRY_COMPARE(m_server.clients().size(), 1);
+    m_manager.reset();
     QTRY_COMPARE(gone.size(), 1);
 }
 

@@ -29,18 +29,9 @@ private Q_SLOTS:
     void keepsOrderWhileASlotSpins();
     void ignoresAnIconThatItHas();
     void retrievesIconsInRequestOrder();
-    void reportsTheTypeThatTheBytesShow();
 };
 
 namespace {
-
-QStringList lines(std::initializer_list<const char*> texts)
-{
-    QStringList all;
-    for (const char* text : texts)
-        all.append(QString::fromUtf8(text));
-    return all;
-}
 
 QByteArray streamIdOf(int lowByte)
 {
@@ -289,21 +280,6 @@ void TstProfileBoxManager::retrievesIconsInRequestOrder()
     f.stream(streamIdOf(1), "d");
     QCOMPARE(f.log.take(), lines({"icon retrieved 200 image/jpeg c", "icon retrieved 1 image/jpeg a",
                                   "icon retrieved 257 image/jpeg b"}));
-}
-
-void TstProfileBoxManager::reportsTheTypeThatTheBytesShow()
-{
-    QCOMPARE(Avatar::imageTypeOf(QByteArray::fromHex("89504e470d0a1a0a00")), Avatar::Png);
-    QCOMPARE(Avatar::imageTypeOf("GIF89a..."), Avatar::Gif);
-    QCOMPARE(Avatar::imageTypeOf("GIF87a"), Avatar::Gif);
-    QCOMPARE(Avatar::imageTypeOf("BM...."), Avatar::Bmp);
-    for (const char* other : {"\xff\xd8\xff\xe0", "", "GIF88a", "B", "\x89PN"})
-        QCOMPARE(Avatar::imageTypeOf(other), Avatar::Jpeg);
-    Fixture f;
-    f.initWithBox();
-    f.manager.retrieveProfileBoxImage(1);
-    f.stream(streamIdOf(1), "BM1");
-    QCOMPARE(f.log.take(), lines({"icon retrieved 1 image/bmp BM1"}));
 }
 
 QTEST_GUILESS_MAIN(TstProfileBoxManager)
