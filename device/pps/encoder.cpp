@@ -176,13 +176,14 @@ pps_encoder_error_t finish(pps_encoder_t* encoder, bool isArray)
 // Line breaks mean nothing between JSON's tokens, and cannot be anywhere else in it, but they end an attribute's line.
 void appendJsonOnOneLine(TextBuffer& text, std::string_view json)
 {
-    while (!json.empty()) {
-        const size_t length = std::min(json.find_first_of("\r\n"), json.size());
-        text.append(json.data(), length);
-        if (length == json.size())
+    const auto isBreak = [](char character) { return character == '\n' || character == '\r'; };
+    for (const char *start = json.data(), *const end = start + json.size();;) {
+        const char* const lineEnd = std::find_if(start, end, isBreak);
+        text.append(start, static_cast<size_t>(lineEnd - start));
+        if (lineEnd == end)
             return;
         text.append(' ');
-        json.remove_prefix(length + 1);
+        start = lineEnd + 1;
     }
 }
 

@@ -102,7 +102,8 @@ void ServiceBridge::dispatchPpsMessage(QByteArray ppsMessage)
 {
     const auto ppsManager = m_services->ppsManager();
     const auto length = qstrnlen(ppsMessage.constData(), static_cast<size_t>(ppsMessage.size()));
-    ppsManager->dispatchMessageReceived(QString::fromUtf8(ppsMessage.constData(), static_cast<qsizetype>(length)));
+    ppsMessage.truncate(static_cast<qsizetype>(length));
+    ppsManager->dispatchMessageReceived(ppsMessage);
 }
 
 /// Deliberately does nothing: the states reach the public classes from the registrar itself.

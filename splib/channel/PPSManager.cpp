@@ -11,7 +11,7 @@
 #include <pps/object.h>
 
 #include <QByteArray>
-#include <QStringView>
+#include <QByteArrayView>
 
 #include <cerrno>
 #include <cstddef>
@@ -38,27 +38,6 @@ private:
     pps_encoder_t m_encoder{};
 };
 
-class Decoder
-{
-public:
-    explicit Decoder(const QByteArray& text)
-        : m_accepted(pps_decoder_initialize_n(&m_decoder, text.constData(), static_cast<std::size_t>(text.size())) ==
-                     PPS_DECODER_OK)
-    {
-    }
-    ~Decoder() { pps_decoder_cleanup(&m_decoder); }
-    Decoder(const Decoder&) = delete;
-    Decoder& operator=(const Decoder&) = delete;
-
-    pps_decoder_t* get() { return &m_decoder; }
-    bool hasElements() { return m_accepted && pps_decoder_length(&m_decoder) > 0; }
-    bool enter(const QByteArray& name) { return pps_decoder_push(&m_decoder, name.constData()) == PPS_DECODER_OK; }
-
-private:
-    pps_decoder_t m_decoder{};
-    bool m_accepted;
-};
-
 int openObject(const QString& path)
 {
     const int descriptor = pps_object_open(path.toUtf8().constData(), O_RDWR);
@@ -71,11 +50,11 @@ int openObject(const QString& path)
 }
 
 /// The JSON in a received text, for the log: from the first marker to the last line break, whatever the attribute.
-QStringView jsonInPps(QStringView ppsText)
+QByteArrayView jsonInPps(QByteArrayView ppsText)
 {
-    constexpr QStringView marker(u"json:");
+    constexpr QByteArrayView marker("json:");
     const qsizetype start = ppsText.indexOf(marker);
-    const qsizetype end = ppsText.lastIndexOf(u'\n');
+    const qsizetype end = ppsText.lastIndexOf('\n');
     if (start != -1 && end >= start)
         return ppsText.sliced(start + marker.size(), end - start - marker.size());
     // The placeholder's characters are swapped on purpose: whatever came in stays out of the log.
@@ -84,6 +63,29 @@ QStringView jsonInPps(QStringView ppsText)
 }
 
 } // namespace
+
+/// One received text, taken apart.
+class PPSManager::Decoder
+{
+public:
+    explicit Decoder(const QByteArray& text)
+        : m_accepted(pps_decoder_initialize_n(&m_decoder, text.constData(), static_cast<std::size_t>(text.size())) ==
+                     PPS_DECODER_OK)
+    {
+    }
+    ~Decoder() { pps_decoder_cleanup(&m_decoder); }
+    Decoder(const Decoder&) = delete;
+    Decoder& operator=(const Decoder&) = delete;
+
+    pps_decoder_t* get() { return &m_decoder; }
+    bool hasAccepted() const { return m_accepted; }
+    bool hasElements() { return pps_decoder_length(&m_decoder) > 0; }
+    bool enter(const QByteArray& name) { return pps_decoder_push(&m_decoder, name.constData()) == PPS_DECODER_OK; }
+
+private:
+    pps_decoder_t m_decoder{};
+    bool m_accepted;
+};
 
 PPSManager::PPSManager(const QString& path, const QString& objectName, const QString& messageName)
     : m_ppsHandle(openObject(path))
@@ -136,8 +138,26 @@ iface::ObservableValue<bool> PPSManager::isConnected() const
 
 void PPSManager::dispatchMessageReceived(const QString& ppsText)
 {
+    dispatchMessageReceived(ppsText.toUtf8());
+}
+
+void PPSManager::dispatchMessageReceived(const QByteArray& ppsText)
+{
     Log<ZELSP_PPS_RECV_JSONDATA>({}, jsonInPps(ppsText));
-    Decoder decoder(ppsText.toUtf8());
+    Decoder decoder(ppsText);
+    if (decoder.hasAccepted())
+        return dispatch(decoder);
+    // Refused for want of UTF-8, perhaps. That is hardly ever so, and looking at every text first would cost too much.
+    const QByteArray cleaned = QString::fromUtf8(ppsText).toUtf8();
+    if (cleaned == ppsText)
+        return;
+    Decoder again(cleaned);
+    if (again.hasAccepted())
+        dispatch(again);
+}
+
+void PPSManager::dispatch(Decoder& decoder)
+{
     if (!decoder.hasElements() || !decoder.enter('@' + m_objectName.toUtf8()) || !decoder.enter("dat"))
         return;
     std::size_t typeLength = 0;
@@ -151,7 +171,7 @@ void PPSManager::dispatchMessageReceived(const QString& ppsText)
 
 QString PPSManager::getJsonFromPps(const QString& ppsText) const
 {
-    return jsonInPps(ppsText).toString();
+    return QString::fromUtf8(jsonInPps(ppsText.toUtf8()));
 }
 
 } // namespace zelsplib

@@ -7,6 +7,7 @@
 #include <iface/ObservableValue.h>
 #include <iface/WritableObservableValue.h>
 
+#include <QByteArray>
 #include <QObject>
 #include <QString>
 
@@ -42,11 +43,17 @@ public:
     /// Decodes what one read of the object gave and calls the listeners of its message. What cannot be decoded is
     /// dropped.
     void dispatchMessageReceived(const QString& ppsText);
+    /// The same with the bytes as they were read. What is not UTF-8 in them counts as U+FFFD.
+    void dispatchMessageReceived(const QByteArray& ppsText);
 
     /// The message's text, for the log only.
     QString getJsonFromPps(const QString& ppsText) const;
 
 private:
+    class Decoder;
+
+    void dispatch(Decoder& decoder);
+
     zel::MessageListenerMap m_listeners;
     const int m_ppsHandle;
     const QString m_objectName;

@@ -3,6 +3,8 @@
 
 #include <splib/contacts/PlatformContactFields.h>
 
+#include <type_traits>
+
 namespace zelsplib {
 
 namespace {
@@ -15,27 +17,26 @@ const QSharedDataPointer<PlatformContactData>& emptyData()
     return *empty;
 }
 
-/// The texts of which a list of contacts holds only few different ones. Each remembers the last one read, so that
-/// records read one after the other share it instead of holding a copy each.
+/// The texts of which a list of contacts holds only few different ones. The last one read of each is remembered, and a
+/// record that has it too shares it instead of holding a copy.
 class RepeatedTexts
 {
 public:
-    void share(QString& text, QString& last)
+    /// The text last read of a field; null when the field's texts do not repeat.
+    QString* last(PlatformContact::PlatformContactField field)
     {
-        if (text.isEmpty())
-            return; // nothing to share, and a missing text is to stay null
-        if (text == last)
-            text = last;
-        else
-            last = text;
-    }
-
-    void shareAll(PlatformContactData& data)
-    {
-        share(data.appVersion, m_appVersion);
-        share(data.avatarMimeType, m_avatarMimeType);
-        share(data.timeZone, m_timeZone);
-        share(data.countryCode, m_countryCode);
+        switch (field) {
+        case PlatformContact::AppVersion:
+            return &m_appVersion;
+        case PlatformContact::AvatarMimeType:
+            return &m_avatarMimeType;
+        case PlatformContact::TimeZone:
+            return &m_timeZone;
+        case PlatformContact::CountryCode:
+            return &m_countryCode;
+        default:
+            return nullptr;
+        }
     }
 
 private:
@@ -177,8 +178,23 @@ void PlatformContact::load(const iface::JsonObjectReader& json)
     if (!json.isValid())
         return;
     PlatformContactData& data = *d;
-    forEachContactField([&json, &data](const auto& field) { json.read(field.key, data.*field.member); });
-    repeatedTexts.shareAll(data);
+    RepeatedTexts& repeated = repeatedTexts;
+    forEachContactField([&](const auto& field) {
+        auto& value = data.*field.member;
+        if constexpr (std::is_same_v<std::decay_t<decltype(value)>, QString>) {
+            if (QString* const last = repeated.last(field.mark)) {
+                // Reading leaves a text alone that is the same already.
+                QString text = *last;
+                if (json.readString(field.key, text)) {
+                    value = text;
+                    if (!text.isEmpty())
+                        *last = text;
+                }
+                return;
+            }
+        }
+        json.read(field.key, value);
+    });
 }
 
 bool PlatformContact::equals(const PlatformContact& other) const

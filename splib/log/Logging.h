@@ -4,8 +4,8 @@
 #include <slog/slog.h>
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QString>
-#include <QStringView>
 
 #include <array>
 #include <concepts>
@@ -95,11 +95,11 @@ inline QString logText(const QString& text)
 {
     return text;
 }
-inline QString logText(QStringView text)
-{
-    return text.toString();
-}
 inline QString logText(const QByteArray& utf8)
+{
+    return QString::fromUtf8(utf8);
+}
+inline QString logText(QByteArrayView utf8)
 {
     return QString::fromUtf8(utf8);
 }

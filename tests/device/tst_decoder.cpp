@@ -111,7 +111,6 @@ class TstDecoder : public QObject
 
 private Q_SLOTS:
     void readsObjectsAndEveryEncoding();
-    void readsValuesByTypeAndRange_data();
     void readsValuesByTypeAndRange();
     void readsUnpairedSurrogatesAsReplacement();
     void carriesNulCharacters();
@@ -168,64 +167,56 @@ void TstDecoder::readsObjectsAndEveryEncoding()
     QCOMPARE(pps_decoder_name(d), "m");
 }
 
-void TstDecoder::readsValuesByTypeAndRange_data()
-{
-    QTest::addColumn<QByteArray>("json");
-    QTest::addColumn<int>("type");
-    QTest::addColumn<int>("asInt");
-    QTest::addColumn<int>("asInt64");
-    QTest::addColumn<int>("asDouble");
-    constexpr int ok = PPS_DECODER_OK;
-    constexpr int bad = PPS_DECODER_BAD_TYPE;
-    constexpr int range = PPS_DECODER_OUT_OF_RANGE;
-    const auto row = [](const char* json, int type, int asInt, int asInt64, int asDouble) {
-        QTest::newRow(json) << QByteArray(json) << type << asInt << asInt64 << asDouble;
-    };
-    row("2147483647", PPS_TYPE_NUMBER, ok, ok, ok);
-    row("2147483648", PPS_TYPE_NUMBER, range, ok, ok);
-    row("-2147483648", PPS_TYPE_NUMBER, ok, ok, ok);
-    row("-2147483649", PPS_TYPE_NUMBER, range, ok, ok);
-    row("9223372036854775807", PPS_TYPE_NUMBER, range, ok, ok);
-    row("9223372036854775808", PPS_TYPE_NUMBER, range, range, ok);
-    row("1.0", PPS_TYPE_NUMBER, bad, bad, ok);
-    row("1e3", PPS_TYPE_NUMBER, bad, bad, ok);
-    row("\"1\"", PPS_TYPE_STRING, bad, bad, bad);
-    row("true", PPS_TYPE_BOOL, bad, bad, bad);
-    row("null", PPS_TYPE_NULL, bad, bad, bad);
-    row("[1]", PPS_TYPE_ARRAY, bad, bad, bad);
-    row("{}", PPS_TYPE_OBJECT, bad, bad, bad);
-}
-
 void TstDecoder::readsValuesByTypeAndRange()
 {
-    QFETCH(QByteArray, json);
-    QFETCH(int, type);
-    QFETCH(int, asInt);
-    QFETCH(int, asInt64);
-    QFETCH(int, asDouble);
-    Decoder d(inDat("{\"v\":" + json + '}'));
-    QCOMPARE(pps_decoder_push(d, "@platform"), PPS_DECODER_OK);
-    QCOMPARE(pps_decoder_push(d, "dat"), PPS_DECODER_OK);
-    QCOMPARE(int(pps_decoder_type(d, "v")), type);
+    constexpr pps_decoder_error_t ok = PPS_DECODER_OK;
+    constexpr pps_decoder_error_t bad = PPS_DECODER_BAD_TYPE;
+    constexpr pps_decoder_error_t range = PPS_DECODER_OUT_OF_RANGE;
+    const struct
+    {
+        QByteArray json;
+        pps_node_type_t type;
+        pps_decoder_error_t asInt, asInt64, asDouble;
+    } values[] = {
+        {"2147483647", PPS_TYPE_NUMBER, ok, ok, ok},
+        {"2147483648", PPS_TYPE_NUMBER, range, ok, ok},
+        {"-2147483648", PPS_TYPE_NUMBER, ok, ok, ok},
+        {"-2147483649", PPS_TYPE_NUMBER, range, ok, ok},
+        {"9223372036854775807", PPS_TYPE_NUMBER, range, ok, ok},
+        {"9223372036854775808", PPS_TYPE_NUMBER, range, range, ok},
+        {"1.0", PPS_TYPE_NUMBER, bad, bad, ok},
+        {"1e3", PPS_TYPE_NUMBER, bad, bad, ok},
+        {"\"1\"", PPS_TYPE_STRING, bad, bad, bad},
+        {"true", PPS_TYPE_BOOL, bad, bad, bad},
+        {"null", PPS_TYPE_NULL, bad, bad, bad},
+        {"[1]", PPS_TYPE_ARRAY, bad, bad, bad},
+        {"{}", PPS_TYPE_OBJECT, bad, bad, bad},
+    };
+    for (const auto& [json, type, asInt, asInt64, asDouble] : values) {
+        Decoder d(inDat("{\"v\":" + json + '}'));
+        QCOMPARE(pps_decoder_push(d, "@platform"), PPS_DECODER_OK);
+        QCOMPARE(pps_decoder_push(d, "dat"), PPS_DECODER_OK);
+        QCOMPARE(pps_decoder_type(d, "v"), type);
 
-    constexpr int preset = 77;
-    int small = preset;
-    int64_t large = preset;
-    double real = preset;
-    bool truth = true;
-    const char* text = nullptr;
-    QCOMPARE(int(pps_decoder_get_int(d, "v", &small)), asInt);
-    QCOMPARE(small, asInt == PPS_DECODER_OK ? json.toInt() : preset);
-    QCOMPARE(int(pps_decoder_get_int64(d, "v", &large)), asInt64);
-    QCOMPARE(qint64(large), asInt64 == PPS_DECODER_OK ? json.toLongLong() : preset);
-    QCOMPARE(int(pps_decoder_get_double(d, nullptr, &real)), asDouble);
-    QCOMPARE(real, asDouble == PPS_DECODER_OK ? json.toDouble() : preset);
-    QCOMPARE(pps_decoder_get_bool(d, "v", &truth) == PPS_DECODER_OK, type == PPS_TYPE_BOOL);
-    QCOMPARE(pps_decoder_get_string(d, "v", &text) == PPS_DECODER_OK, type == PPS_TYPE_STRING);
-    QCOMPARE(pps_decoder_push(d, "v") == PPS_DECODER_OK, type == PPS_TYPE_ARRAY || type == PPS_TYPE_OBJECT);
+        constexpr int preset = 77;
+        int small = preset;
+        int64_t large = preset;
+        double real = preset;
+        bool truth = true;
+        const char* text = nullptr;
+        QCOMPARE(pps_decoder_get_int(d, "v", &small), asInt);
+        QCOMPARE(small, asInt == PPS_DECODER_OK ? json.toInt() : preset);
+        QCOMPARE(pps_decoder_get_int64(d, "v", &large), asInt64);
+        QCOMPARE(qint64(large), asInt64 == PPS_DECODER_OK ? json.toLongLong() : preset);
+        QCOMPARE(pps_decoder_get_double(d, nullptr, &real), asDouble);
+        QCOMPARE(real, asDouble == PPS_DECODER_OK ? json.toDouble() : preset);
+        QCOMPARE(pps_decoder_get_bool(d, "v", &truth) == PPS_DECODER_OK, type == PPS_TYPE_BOOL);
+        QCOMPARE(pps_decoder_get_string(d, "v", &text) == PPS_DECODER_OK, type == PPS_TYPE_STRING);
+        QCOMPARE(pps_decoder_push(d, "v") == PPS_DECODER_OK, type == PPS_TYPE_ARRAY || type == PPS_TYPE_OBJECT);
 
-    QCOMPARE(pps_decoder_get_int(d, "missing", &small), PPS_DECODER_NOT_FOUND);
-    QCOMPARE(pps_decoder_push(d, "missing"), PPS_DECODER_NOT_FOUND);
+        QCOMPARE(pps_decoder_get_int(d, "missing", &small), PPS_DECODER_NOT_FOUND);
+        QCOMPARE(pps_decoder_push(d, "missing"), PPS_DECODER_NOT_FOUND);
+    }
 }
 
 void TstDecoder::readsUnpairedSurrogatesAsReplacement()
@@ -291,25 +282,22 @@ void TstDecoder::entersAndLeavesContainers()
 
 void TstDecoder::restoresPositionsInAnyOrder()
 {
-    Decoder d(inDat("{\"a\":{\"x\":1,\"deep\":{\"x\":2}},\"b\":[{\"x\":3},{\"x\":4}],\"x\":5}"));
+    Decoder d(inDat("{\"a\":{\"x\":1,\"deep\":{\"x\":2}},\"b\":[{\"x\":4}],\"x\":5}"));
     const uintptr_t root = d.position();
-    pps_decoder_push(d, "@platform");
-    const uintptr_t object = d.position();
-    pps_decoder_push(d, "dat");
-    const uintptr_t dat = d.position();
-    pps_decoder_push(d, "a");
-    const uintptr_t a = d.position();
-    pps_decoder_push(d, "deep");
-    const uintptr_t deep = d.position();
-    QVERIFY(d.restore(dat));
-    pps_decoder_push(d, "b");
-    const uintptr_t b = d.position();
-    pps_decoder_goto_index(d, 1);
-    pps_decoder_push(d, nullptr);
-    const uintptr_t second = d.position();
-
-    const std::vector<std::pair<uintptr_t, std::optional<int>>> expected = {
-        {root, std::nullopt}, {object, std::nullopt}, {dat, 5}, {a, 1}, {deep, 2}, {b, std::nullopt}, {second, 4}};
+    const std::pair<QList<const char*>, std::optional<int>> paths[] = {{{}, {}},
+                                                                       {{"@platform"}, {}},
+                                                                       {{"@platform", "dat"}, 5},
+                                                                       {{"@platform", "dat", "a"}, 1},
+                                                                       {{"@platform", "dat", "a", "deep"}, 2},
+                                                                       {{"@platform", "dat", "b"}, {}},
+                                                                       {{"@platform", "dat", "b", nullptr}, 4}};
+    std::vector<std::pair<uintptr_t, std::optional<int>>> expected;
+    for (const auto& [names, value] : paths) {
+        QVERIFY(d.restore(root));
+        for (const char* const name : names)
+            QCOMPARE(pps_decoder_push(d, name), PPS_DECODER_OK);
+        expected.push_back({d.position(), value});
+    }
     for (const auto& one : expected) {
         QVERIFY(one.first != 0);
         for (const auto& other : expected) {
@@ -322,7 +310,7 @@ void TstDecoder::restoresPositionsInAnyOrder()
     }
     QVERIFY(!d.restore(0));
     QVERIFY(!d.restore(~uintptr_t(0)));
-    QVERIFY(!d.restore(second + 1));
+    QVERIFY(!d.restore(expected.back().first + 1));
     QCOMPARE(d.position(), expected.back().first);
 }
 
@@ -336,7 +324,8 @@ void TstDecoder::findsMembersInAnyOrderLikeANaiveSearch()
         // for each other by anything less than a comparison.
         QList<QByteArray> names;
         QByteArray json;
-        const int members = random.bounded(1, 300);
+        // Few members are looked up otherwise than many.
+        const int members = random.bounded(1, round % 2 == 0 ? 300 : 40);
         for (int i = 0; i < members; ++i) {
             names.append('n' + QByteArray::number(random.bounded(100, 120)) + 'n');
             json += (i ? ",\"" : "\"") + names.last() + "\":" + (i % 3 == 0 ? "[" : "") + QByteArray::number(i) +

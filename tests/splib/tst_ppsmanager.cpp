@@ -38,6 +38,7 @@ private Q_SLOTS:
     void writesOneRecordAMessage();
     void dispatchesTheFirstMember();
     void dropsWhatItCannotDecode();
+    void readsBytesThatAreNoUtf8AsReplacements();
     void dispatchesMessagesWithinMessages();
     void logsBothDirections();
     void closesTheObject();
@@ -95,6 +96,20 @@ void TstPPSManager::dropsWhatItCannotDecode()
     }
     m_manager->dispatchMessageReceived(QStringLiteral("@platform\ndat:json:{\"m\":{}}\n"));
     QCOMPARE(heard, 1);
+}
+
+void TstPPSManager::readsBytesThatAreNoUtf8AsReplacements()
+{
+    QObject owner;
+    QStringList heard;
+    m_manager->addListener(&owner, QStringLiteral("m"), [&heard](QObject*, iface::JsonReaderAttribute message) {
+        QString value;
+        message.object().readString("a", value);
+        heard.append(value);
+    });
+    m_manager->dispatchMessageReceived(QByteArray("@platform\ndat:json:{\"m\":{\"a\":\"\xFF<\xC3\xA9\"}}\n"));
+    m_manager->dispatchMessageReceived(QByteArray("\xEF\xBB\xBF@platform\ndat:json:{\"m\":{\"a\":\"b\"}}\n"));
+    QCOMPARE(heard, (QStringList{QStringLiteral(u"\uFFFD<\u00E9"), QStringLiteral("b")}));
 }
 
 void TstPPSManager::dispatchesMessagesWithinMessages()
