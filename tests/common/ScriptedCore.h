@@ -57,10 +57,11 @@ public:
     /// What has come and was not answered, without waiting.
     bool hasRecord() const { return !m_records.isEmpty(); }
 
-    void send(const QString& type, const QJsonObject& body)
+    void send(const QString& type, const QJsonObject& body) { sendRecord(recordOf(type, body)); }
+    static QByteArray recordOf(const QString& type, const QJsonObject& body)
     {
         const QJsonObject message{{type, body}};
-        sendRecord("@platform\ndat:json:" + QJsonDocument(message).toJson(QJsonDocument::Compact) + '\n');
+        return "@platform\ndat:json:" + QJsonDocument(message).toJson(QJsonDocument::Compact) + '\n';
     }
     void sendRecord(const QByteArray& record)
     {

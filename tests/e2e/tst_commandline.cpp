@@ -16,7 +16,6 @@ private Q_SLOTS:
     void takesItsOptionsFromBeforeTheCommand();
     void leavesTheCommandsOwnWordsAlone();
     void refusesWrongUse();
-    void fitsArguments_data();
     void fitsArguments();
     void refusesArguments();
 };
@@ -67,49 +66,42 @@ void TstCommandLine::refusesWrongUse()
     }
 }
 
-void TstCommandLine::fitsArguments_data()
-{
-    QTest::addColumn<QString>("command");
-    QTest::addColumn<QStringList>("typed");
-    QTest::addColumn<QStringList>("words");
-    QTest::addColumn<QString>("option");
-    QTest::addColumn<QString>("value");
-    const auto row = [](const char* name, const QString& command, const QStringList& typed, const QStringList& words,
-                        const QString& option = {}, const QString& value = {}) {
-        QTest::newRow(name) << command << typed << words << option << value;
-    };
-    row("none", u"state"_s, {}, {});
-    row("negative number", u"icon-get"_s, {u"-1"_s}, {u"-1"_s});
-    row("number in another spelling", u"icon-get"_s, {u"+07"_s}, {u"7"_s});
-    row("negative value", u"box-add"_s, {u"hi"_s, u"--icon"_s, u"-7"_s}, {u"hi"_s}, u"--icon"_s, u"-7"_s);
-    row("text like a negative number", u"box-add"_s, {u"-5 degrees"_s}, {u"-5 degrees"_s});
-    row("option in front", u"picture"_s, {u"-o"_s, u"f.png"_s, u"bob"_s}, {u"bob"_s}, u"-o"_s, u"f.png"_s);
-    row("value behind =", u"box-add"_s, {u"hi"_s, u"--cookie=a=b"_s}, {u"hi"_s}, u"--cookie"_s, u"a=b"_s);
-    row("empty value", u"box-add"_s, {u"hi"_s, u"--cookie"_s, QString()}, {u"hi"_s}, u"--cookie"_s, QString());
-    row("options ended", u"box-add"_s, {u"--"_s, u"--icon"_s}, {u"--icon"_s});
-    row("a dash alone", u"box-add"_s, {u"-"_s}, {u"-"_s});
-    row("no options, no option", u"set-message"_s, {u"--silent"_s}, {u"--silent"_s});
-    row("empty text", u"set-status"_s, {u"busy"_s, QString()}, {u"busy"_s, QString()});
-    row("switch", u"register"_s, {u"--silent"_s}, {}, u"--silent"_s, QString());
-}
-
 void TstCommandLine::fitsArguments()
 {
-    QFETCH(QString, command);
-    QFETCH(QStringList, typed);
-    QFETCH(QStringList, words);
-    QFETCH(QString, option);
-    QFETCH(QString, value);
-    QString error;
-    const auto arguments = Arguments::parse(findCommand(command)->signature, typed, &error);
-    QVERIFY2(arguments, qPrintable(error));
-    QCOMPARE(arguments->words(), words);
-    if (option.isEmpty())
-        return;
-    const QByteArray name = option.toLatin1();
-    QVERIFY(arguments->has(QLatin1String(name)));
-    QCOMPARE(arguments->text(QLatin1String(name)), value);
-    QCOMPARE(arguments->number(QLatin1String(name)), value.toInt());
+    const struct
+    {
+        QString command;
+        QStringList typed;
+        QStringList words;
+        QString option = {};
+        QString value = {};
+    } rows[] = {
+        {u"state"_s, {}, {}},
+        {u"icon-get"_s, {u"-1"_s}, {u"-1"_s}}, // a negative number is no option
+        {u"icon-get"_s, {u"+07"_s}, {u"7"_s}},
+        {u"box-add"_s, {u"hi"_s, u"--icon"_s, u"-7"_s}, {u"hi"_s}, u"--icon"_s, u"-7"_s},
+        {u"box-add"_s, {u"-5 degrees"_s}, {u"-5 degrees"_s}},
+        {u"picture"_s, {u"-o"_s, u"f.png"_s, u"bob"_s}, {u"bob"_s}, u"-o"_s, u"f.png"_s},
+        {u"box-add"_s, {u"hi"_s, u"--cookie=a=b"_s}, {u"hi"_s}, u"--cookie"_s, u"a=b"_s},
+        {u"box-add"_s, {u"hi"_s, u"--cookie"_s, QString()}, {u"hi"_s}, u"--cookie"_s},
+        {u"box-add"_s, {u"--"_s, u"--icon"_s}, {u"--icon"_s}}, // options ended
+        {u"box-add"_s, {u"-"_s}, {u"-"_s}},
+        {u"set-message"_s, {u"--silent"_s}, {u"--silent"_s}}, // a command without options has none
+        {u"set-status"_s, {u"busy"_s, QString()}, {u"busy"_s, QString()}},
+        {u"register"_s, {u"--silent"_s}, {}, u"--silent"_s},
+    };
+    for (const auto& row : rows) {
+        QString error;
+        const auto arguments = Arguments::parse(findCommand(row.command)->signature, row.typed, &error);
+        QVERIFY2(arguments, qPrintable(row.typed.join(u' ') + u": "_s + error));
+        QCOMPARE(arguments->words(), row.words);
+        if (row.option.isEmpty())
+            continue;
+        const QByteArray name = row.option.toLatin1();
+        QVERIFY(arguments->has(QLatin1String(name)));
+        QCOMPARE(arguments->text(QLatin1String(name)), row.value);
+        QCOMPARE(arguments->number(QLatin1String(name)), row.value.toInt());
+    }
 }
 
 void TstCommandLine::refusesArguments()

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "RawCore.h"
 #include "ZelctlProcess.h"
 
+#include <common/ScriptedCore.h>
+
+#include <QtCore/QFile>
 #include <QtCore/QJsonArray>
-#include <QtCore/QTemporaryDir>
 #include <QtTest/QTest>
 
 using namespace Qt::StringLiterals;
@@ -22,15 +23,88 @@ QJsonObject answer(const QString& command, bool ok)
     return {{u"answer"_s, command}, {u"ok"_s, ok}};
 }
 
+QJsonObject permission(const QString& state)
+{
+    return {{u"showAppBox"_s, false}, {u"zelInvites"_s, true}, {u"registrationState"_s, state}, {u"zelSetup"_s, true}};
+}
+
+QJsonObject elementsOfGlobals(const QJsonArray& elements)
+{
+    return {{u"type"_s, u"global"_s}, {u"elements"_s, elements}};
+}
+
+QJsonObject global(const QString& name, const QJsonValue& value)
+{
+    return {{u"name"_s, name}, {u"value"_s, value}};
+}
+
 /// A record that changes the registration state and is \a size bytes long, by blanks within its JSON.
 QByteArray stateRecordOfSize(const QString& state, qsizetype size)
 {
-    QByteArray record = RawCore::recordOf(
-        u"listChange"_s, {{u"type"_s, u"global"_s},
-                          {u"elements"_s, QJsonArray{QJsonObject{{u"name"_s, u"permission"_s},
-                                                                 {u"value"_s, RawCore::permission(state)}}}}});
+    QByteArray record =
+        ScriptedCore::recordOf(u"listChange"_s, elementsOfGlobals({global(u"permission"_s, permission(state))}));
     return record.insert(record.indexOf('{') + 1, QByteArray(size - record.size(), ' '));
 }
+
+/// Answers requests for the globals that it has and, when told so, requests for full lists with empty ones.
+class Core : public ScriptedCore
+{
+public:
+    Core()
+    {
+        answer(u"requestListElements"_s, [this](const QJsonObject& body) {
+            QJsonArray elements;
+            const QJsonArray wanted = body.value("elements"_L1).toArray();
+            for (const QJsonValue& key : wanted) {
+                const QString name = key["name"_L1].toString();
+                if (globals.contains(name))
+                    elements += global(name, globals.value(name));
+            }
+            if (elements.isEmpty()) // a service that does not know yet does not answer
+                return;
+            send(u"listElements"_s, {{u"type"_s, u"global"_s}, {u"cookie"_s, body.value("cookie"_L1)}});
+            QJsonObject chunk = elementsOfGlobals(elements);
+            chunk.insert(u"last"_s, true);
+            send(u"listChunk"_s, chunk);
+        });
+    }
+
+    void serveEmptyLists()
+    {
+        answer(u"requestListAll"_s, [this](const QJsonObject& body) {
+            const QJsonValue type = body.value("type"_L1);
+            send(u"listAll"_s, {{u"type"_s, type}});
+            send(u"listChunk"_s, {{u"type"_s, type}, {u"elements"_s, QJsonArray()}, {u"last"_s, true}});
+        });
+    }
+
+    void changeState(const QString& state)
+    {
+        send(u"listChange"_s,
+             elementsOfGlobals({global(u"permission"_s, QJsonObject{{u"registrationState"_s, state}})}));
+    }
+
+    /// The next message of this type; what comes before it is passed over.
+    QByteArray take(const QByteArray& type)
+    {
+        QByteArray message;
+        do {
+            message = nextMessage();
+        } while (!message.isEmpty() && !message.startsWith("{\"" + type + "\":"));
+        return message;
+    }
+
+    /// Ends as a service does that is killed: the socket's file stays, nobody listens on it.
+    void die()
+    {
+        const QString path = server().path();
+        QVERIFY(QFile::rename(path, path + u'~'));
+        server().close();
+        QVERIFY(QFile::rename(path + u'~', path));
+    }
+
+    QJsonObject globals;
+};
 
 } // namespace
 
@@ -46,8 +120,6 @@ private Q_SLOTS:
 
     void beginsWithItsNameAndAsksForThePermission();
     void followsTheWholeWayToAllowed();
-    void refusesANullUuidWithoutAWord();
-    void takesTheStateBlockedWithoutAnObject_data();
     void takesTheStateBlockedWithoutAnObject();
     void isAllowedAtOnceAndAgainAfterAnotherState();
     void sendsWhatWasAskedForBeforeTheEnd();
@@ -56,20 +128,17 @@ private Q_SLOTS:
     void dropsNonsenseBetweenGoodMessages();
 
 private:
-    QJsonObject startShell(const QByteArray& uuid = uuidText);
+    QJsonObject startShell();
     void beUnregistered();
 
-    std::unique_ptr<QTemporaryDir> m_root;
-    std::unique_ptr<RawCore> m_core;
+    std::unique_ptr<Core> m_core;
     std::unique_ptr<ZelctlProcess> m_zelctl;
 };
 
 void TstRegistration::init()
 {
-    m_root = std::make_unique<QTemporaryDir>();
-    m_core = std::make_unique<RawCore>(m_root->path());
-    QVERIFY(m_core->listen());
-    m_zelctl = std::make_unique<ZelctlProcess>(m_root->path());
+    m_core = std::make_unique<Core>();
+    m_zelctl = std::make_unique<ZelctlProcess>(m_core->root());
 }
 
 void TstRegistration::cleanup()
@@ -78,44 +147,43 @@ void TstRegistration::cleanup()
     m_core.reset();
 }
 
-QJsonObject TstRegistration::startShell(const QByteArray& uuid)
+QJsonObject TstRegistration::startShell()
 {
-    return m_zelctl->startShell({u"--uuid"_s, QString::fromLatin1(uuid)});
+    return m_zelctl->startShell({u"--uuid"_s, QString::fromLatin1(uuidText)});
 }
 
 /// A shell that waits for its user to register.
 void TstRegistration::beUnregistered()
 {
-    m_core->setPermission(u"Unregistered"_s);
+    m_core->globals.insert(u"permission"_s, permission(u"Unregistered"_s));
     QCOMPARE(startShell().value("ready"_L1), QJsonValue(true));
     QCOMPARE(m_zelctl->take(), stateSignal(u"Unregistered"_s));
 }
 
 void TstRegistration::beginsWithItsNameAndAsksForThePermission()
 {
+    m_core->leaveToTest(u"requestListElements"_s);
     startShell();
     QCOMPARE(m_zelctl->lines().first(),
              "{\"ready\":true,\"registrationState\":\"Unknown\",\"accessAllowed\":false,\"zelSetup\":false,"
              "\"platformVersion\":200}");
-    const QJsonObject request = m_core->take(u"requestListElements"_s);
-    QCOMPARE(m_core->records().first(), "msg::zel\ndat:json:{\"tpaApi\":{\"apiType\":\"Qt\"}}\n");
-    const QByteArray cookie = request.value("cookie"_L1).toString().toUtf8();
-    QCOMPARE(m_core->records().at(1), "msg::zel\ndat:json:{\"requestListElements\":{\"cookie\":\"" + cookie +
-                                          "\",\"elements\":[{\"name\":\"permission\"}],\"type\":\"global\"}}\n");
+    QCOMPARE(m_core->nextRecord(), "msg::zel\ndat:json:{\"tpaApi\":{\"apiType\":\"Qt\"}}\n");
+    const QByteArray request = m_core->nextMessage();
+    const QByteArray cookie = Core::json(request)["requestListElements"_L1].toObject()["cookie"_L1].toString().toUtf8();
+    QCOMPARE(request, "{\"requestListElements\":{\"cookie\":\"" + cookie +
+                          "\",\"elements\":[{\"name\":\"permission\"}],\"type\":\"global\"}}");
     QCOMPARE(m_zelctl->ask("register"), answer(u"register"_s, false)); // nothing is known yet
 }
 
 void TstRegistration::followsTheWholeWayToAllowed()
 {
     beUnregistered();
-    m_core->setGlobal(u"platformProfile"_s, {{u"userId"_s, u"own"_s}, {u"displayName"_s, u"Ada"_s}});
+    m_core->globals.insert(u"platformProfile"_s, QJsonObject{{u"userId"_s, u"own"_s}, {u"displayName"_s, u"Ada"_s}});
     m_core->serveEmptyLists();
 
     QCOMPARE(m_zelctl->ask("register"), answer(u"register"_s, true));
-    m_core->take(u"registrationRequest"_s);
-    QVERIFY(m_core->records().contains("msg::zel\ndat:json:{\"registrationRequest\":{\"uuid\":\"" + uuidText +
-                                       "\",\"silent\":false}}\n"));
-
+    QCOMPARE(m_core->take("registrationRequest"),
+             "{\"registrationRequest\":{\"uuid\":\"" + uuidText + "\",\"silent\":false}}");
     m_core->changeState(u"Pending"_s);
     QCOMPARE(m_zelctl->take(), stateSignal(u"Pending"_s));
     QCOMPARE(m_zelctl->ask("register"), answer(u"register"_s, false));
@@ -135,31 +203,10 @@ void TstRegistration::followsTheWholeWayToAllowed()
     QCOMPARE(permissions.value("contactInvitations"_L1).toString(), u"Allowed"_s);
 }
 
-void TstRegistration::refusesANullUuidWithoutAWord()
-{
-    m_core->setPermission(u"Unregistered"_s);
-    startShell("null-uuid");
-    QCOMPARE(m_zelctl->take(), stateSignal(u"Unregistered"_s));
-    m_zelctl->write("register");
-    QCOMPARE(m_zelctl->take(), stateSignal(u"InvalidUuid"_s)); // during the call
-    QCOMPARE(m_zelctl->take(), answer(u"register"_s, false));
-    QCOMPARE(m_zelctl->ask("state").value("registrationState"_L1).toString(), u"Unregistered"_s);
-    m_core->changeState(u"Expired"_s);
-    QCOMPARE(m_zelctl->take(), stateSignal(u"Expired"_s));
-    QVERIFY(m_core->bodies(u"registrationRequest"_s).isEmpty());
-}
-
-void TstRegistration::takesTheStateBlockedWithoutAnObject_data()
-{
-    QTest::addColumn<bool>("stale");
-    QTest::newRow("nothing there") << false;
-    QTest::newRow("a socket that nobody serves") << true;
-}
-
 void TstRegistration::takesTheStateBlockedWithoutAnObject()
 {
-    QFETCH(bool, stale);
-    stale ? m_core->die() : m_core->leave();
+    const QString path = m_core->server().path();
+    m_core->die(); // and leaves a socket behind that nobody serves
     const QJsonObject ready = startShell();
     QCOMPARE(ready.value("ready"_L1), QJsonValue(true));
     QCOMPARE(ready.value("registrationState"_L1).toString(), u"BlockedByUser"_s);
@@ -168,18 +215,19 @@ void TstRegistration::takesTheStateBlockedWithoutAnObject()
     QCOMPARE(m_zelctl->ask("contacts").value("valid"_L1), QJsonValue(false));
     QCOMPARE(m_zelctl->ask("box-add hello"), answer(u"box-add"_s, false));
     QCOMPARE(m_zelctl->finish(), 0);
-    QVERIFY2(m_zelctl->diagnostics().contains("There is no core service at " + m_core->path().toUtf8()),
+    QVERIFY2(m_zelctl->diagnostics().contains("There is no core service at " + path.toUtf8()),
              m_zelctl->diagnostics().constData());
 }
 
 void TstRegistration::isAllowedAtOnceAndAgainAfterAnotherState()
 {
-    m_core->setPermission(u"Success"_s);
-    m_core->setGlobal(u"platformProfile"_s, {{u"userId"_s, u"own"_s}});
+    m_core->globals.insert(u"permission"_s, permission(u"Success"_s));
+    m_core->globals.insert(u"platformProfile"_s, QJsonObject{{u"userId"_s, u"own"_s}});
     startShell();
     QCOMPARE(m_zelctl->take(), stateSignal(u"Allowed"_s)); // and nothing before it
     QCOMPARE(m_zelctl->ask("register"), answer(u"register"_s, false));
-    QVERIFY(m_core->bodies(u"registrationRequest"_s).isEmpty());
+    while (m_core->hasRecord())
+        QVERIFY(!m_core->nextMessage().startsWith("{\"registrationRequest\""));
 
     m_core->changeState(u"NoDataConnection"_s);
     QCOMPARE(m_zelctl->take(), stateSignal(u"NoDataConnection"_s));
@@ -196,22 +244,22 @@ void TstRegistration::sendsWhatWasAskedForBeforeTheEnd()
     beUnregistered();
     m_zelctl->write("register\nquit");
     QCOMPARE(m_zelctl->finish(), 0);
-    QVERIFY(!m_core->take(u"registrationRequest"_s).isEmpty());
+    QVERIFY(!m_core->take("registrationRequest").isEmpty());
 }
 
 void TstRegistration::survivesAServiceThatGoesAwayAndReturns()
 {
     beUnregistered();
-    m_core->leave();
+    m_core->server().close();
     QCOMPARE(m_zelctl->ask("register"), answer(u"register"_s, true)); // handed on, and lost without notice
     QCOMPARE(m_zelctl->ask("state").value("registrationState"_L1).toString(), u"Unregistered"_s);
 
-    QVERIFY(m_core->listen());
-    QVERIFY(m_core->waitForClient());
+    QVERIFY(m_core->server().listen(u"/pps/services/zelcore/platform"_s, nullptr));
+    QTRY_VERIFY(m_core->hasClient());
     m_core->changeState(u"TemporaryError"_s);
     QCOMPARE(m_zelctl->take(), stateSignal(u"TemporaryError"_s));
     QCOMPARE(m_zelctl->ask("register"), answer(u"register"_s, true));
-    QVERIFY(!m_core->take(u"registrationRequest"_s).isEmpty());
+    QVERIFY(!m_core->take("registrationRequest").isEmpty());
     m_core->changeState(u"Pending"_s);
     QCOMPARE(m_zelctl->take(), stateSignal(u"Pending"_s));
 }
@@ -219,16 +267,16 @@ void TstRegistration::survivesAServiceThatGoesAwayAndReturns()
 void TstRegistration::takesMessagesUpToOneRead()
 {
     beUnregistered();
-    m_core->send(stateRecordOfSize(u"Expired"_s, 65536));
+    m_core->sendRecord(stateRecordOfSize(u"Expired"_s, 65536));
     QCOMPARE(m_zelctl->take(), stateSignal(u"Expired"_s));
-    m_core->send(stateRecordOfSize(u"TemporaryError"_s, 65537)); // only the line break is cut off
+    m_core->sendRecord(stateRecordOfSize(u"TemporaryError"_s, 65537)); // only the line break is cut off
     QCOMPARE(m_zelctl->take(), stateSignal(u"TemporaryError"_s));
     QByteArray open = stateRecordOfSize(u"Expired"_s, 65538); // the last brace is
     open.chop(1);
-    m_core->send(open);
+    m_core->sendRecord(open);
     m_core->changeState(u"ZelDisabled"_s);
     QCOMPARE(m_zelctl->take(), stateSignal(u"ZelDisabled"_s));
-    m_core->send(stateRecordOfSize(u"Expired"_s, 400) + QByteArray("\0{[", 3));
+    m_core->sendRecord(stateRecordOfSize(u"Expired"_s, 400) + QByteArray("\0{[", 3));
     QCOMPARE(m_zelctl->take(), stateSignal(u"Expired"_s));
 }
 
@@ -252,7 +300,7 @@ void TstRegistration::dropsNonsenseBetweenGoodMessages()
     };
     beUnregistered();
     for (const QByteArray& record : nonsense) {
-        m_core->send(record);
+        m_core->sendRecord(record);
         m_core->changeState(u"TemporaryError"_s);
         QCOMPARE(m_zelctl->take(), stateSignal(u"TemporaryError"_s));
         m_core->changeState(u"ZelDisabled"_s);

@@ -129,18 +129,6 @@ private Q_SLOTS:
         QCOMPARE(m_simulator->clientCount(), 2);
     }
 
-    void beginsInTheStateThatWasSetBefore()
-    {
-        m_simulator->setRegistrationState(QStringLiteral("Success"));
-        QCOMPARE(m_application->nextState(), QStringLiteral("Success"));
-        RawApplication later(m_simulator->root());
-        later.begin();
-        later.send("requestListElements", R"({"elements":[{"name":"permission"}],"type":"global"})");
-        const QJsonObject element = later.transfer("listElements").at(0).toObject();
-        QCOMPARE(element.value(QLatin1String("value")).toObject().value(QLatin1String("registrationState")).toString(),
-                 QStringLiteral("Success"));
-    }
-
 private:
     std::unique_ptr<Simulator> m_simulator;
     std::unique_ptr<RawApplication> m_application;

@@ -17,38 +17,19 @@ const char* const silentRequest = R"({"uuid":"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a
 /// Something between a good request and nothing at all.
 QByteArray nonsense(QRandomGenerator& random)
 {
-    static const QByteArrayList types{"registrationRequest",
-                                      "requestListAll",
-                                      "requestListElements",
-                                      "requestListRemove",
-                                      "requestListChange",
-                                      "requestUserAvatar",
-                                      "createProfileBoxItem",
-                                      "createProfileBoxImage",
-                                      "requestProfileBoxImage",
-                                      "stream",
-                                      "requestEcoId",
-                                      "requestEcoIdStatus",
-                                      "tpaApi",
-                                      "unheard of"};
-    static const QByteArrayList keys{"uuid", "silent",  "type",      "id",   "cookie", "elements", "userId", "streamId",
-                                     "text", "imageId", "imageHash", "name", "value",  "last",     "ppid",   "ecoId"};
-    static const QByteArrayList values{"\"\"",
-                                       "\"global\"",
-                                       "\"platformUser\"",
-                                       "\"profileBoxItem\"",
-                                       "true",
-                                       "-1",
-                                       "1e400",
-                                       "null",
-                                       "[]",
-                                       "[{}]",
-                                       "[1,[],\"x\"]",
-                                       "{}",
-                                       "[{\"name\":\"platformProfile\",\"value\":{\"displayName\":3}}]",
-                                       "[{\"name\":\"permission\",\"value\":{}}]",
-                                       "\"\\ud800\"",
-                                       "[{\"userId\":7}]"};
+    static const auto types =
+        QByteArray("registrationRequest requestListAll requestListElements requestListRemove requestListChange stream "
+                   "requestUserAvatar createProfileBoxItem createProfileBoxImage requestProfileBoxImage requestEcoId "
+                   "requestEcoIdStatus tpaApi unheardOf")
+            .split(' ');
+    static const auto keys = QByteArray("uuid silent type id cookie elements userId streamId text imageId imageHash "
+                                        "name value last ppid ecoId")
+                                 .split(' ');
+    static const auto values =
+        QByteArray("\"\" \"global\" \"platformUser\" \"profileBoxItem\" true -1 1e400 null [] [{}] [1,[],\"x\"] {} "
+                   "[{\"name\":\"platformProfile\",\"value\":{\"displayName\":3}}] \"\\ud800\" [{\"userId\":7}] "
+                   "[{\"name\":\"permission\",\"value\":{}}]")
+            .split(' ');
     QByteArray json = "{\"" + types.at(random.bounded(int(types.size()))) + "\":{";
     const int members = random.bounded(5);
     for (int i = 0; i < members; ++i) {

@@ -55,36 +55,26 @@ private Q_SLOTS:
         }
     }
 
-    void packsListsInOrderIntoRecordsThatFitOneRead_data()
-    {
-        QTest::addColumn<int>("count");
-        QTest::addColumn<int>("size");
-        QTest::newRow("none") << 0 << 100;
-        QTest::newRow("one") << 1 << 100;
-        QTest::newRow("many") << 1000 << 400;
-        QTest::newRow("large") << 7 << 30000;
-        QTest::newRow("largest") << 3 << int(wire::largestElement);
-        QTest::newRow("small") << 20000 << 20;
-    }
-
     void packsListsInOrderIntoRecordsThatFitOneRead()
     {
-        QFETCH(int, count);
-        QFETCH(int, size);
-        const QList<QByteArray> elements = elementsOfSize(count, size);
-        const QList<QByteArray> bodies = wire::packElements(elements, QStringLiteral("platformUser"), true);
-        QByteArrayList found;
-        for (const QByteArray& body : bodies) {
-            QVERIFY2(recordSize(body) <= wire::largestRecord, qPrintable(QString::number(recordSize(body))));
-            const QJsonObject object = QJsonDocument::fromJson(body).object();
-            QCOMPARE(object.value(QLatin1String("type")).toString(), QStringLiteral("platformUser"));
-            QCOMPARE(object.value(QLatin1String("last")).toBool(), &body == &bodies.last());
-            for (const QJsonValue element : object.value(QLatin1String("elements")).toArray())
-                found.append('"' + element.toString().toLatin1() + '"');
+        const std::pair<int, int> countsAndSizes[] = {
+            {0, 100}, {1, 100}, {1000, 400}, {7, 30000}, {3, int(wire::largestElement)}, {20000, 20}};
+        for (const auto& [count, size] : countsAndSizes) {
+            const QList<QByteArray> elements = elementsOfSize(count, size);
+            const QList<QByteArray> bodies = wire::packElements(elements, QStringLiteral("platformUser"), true);
+            QByteArrayList found;
+            for (const QByteArray& body : bodies) {
+                QVERIFY2(recordSize(body) <= wire::largestRecord, qPrintable(QString::number(recordSize(body))));
+                const QJsonObject object = QJsonDocument::fromJson(body).object();
+                QCOMPARE(object.value(QLatin1String("type")).toString(), QStringLiteral("platformUser"));
+                QCOMPARE(object.value(QLatin1String("last")).toBool(), &body == &bodies.last());
+                for (const QJsonValue element : object.value(QLatin1String("elements")).toArray())
+                    found.append('"' + element.toString().toLatin1() + '"');
+            }
+            QCOMPARE(found, elements);
+            // Records that are mostly empty would cost an application a wake-up each.
+            QVERIFY(bodies.size() <= 1 + qsizetype(count) * (size + 1) / (wire::largestRecord / 2));
         }
-        QCOMPARE(found, elements);
-        // Records that are mostly empty would cost an application a wake-up each.
-        QVERIFY(bodies.size() <= 1 + qsizetype(count) * (size + 1) / (wire::largestRecord / 2));
     }
 };
 
