@@ -37,13 +37,11 @@ public:
         for (;;) {
             auto due = m_calls.end();
             for (auto call = m_calls.begin(); call != m_calls.end(); ++call) {
-                if (call->at <= end && (due == m_calls.end() || call->at < due->at)) {
+                if (call->at <= end && (due == m_calls.end() || call->at < due->at))
                     due = call;
-                }
             }
-            if (due == m_calls.end()) {
+            if (due == m_calls.end())
                 break;
-            }
             m_now = due->at;
             const auto function = due->function;
             m_calls.erase(due);

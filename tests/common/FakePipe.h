@@ -84,18 +84,16 @@ public:
     }
     bool expectNothingSent() const
     {
-        if (!m_sent.isEmpty()) {
+        if (!m_sent.isEmpty())
             qWarning().noquote() << "sent, and not expected:" << m_sent;
-        }
         return m_sent.isEmpty();
     }
 
 private:
     static bool check(bool equal, const QByteArray& sent, const QByteArray& expected)
     {
-        if (!equal) {
+        if (!equal)
             qWarning().noquote() << "sent:    " << sent << "\nexpected:" << expected;
-        }
         return equal;
     }
 

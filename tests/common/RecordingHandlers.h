@@ -93,13 +93,22 @@ struct RecordingContactList : RecordingHandler
     using Contact = zelsplib::PlatformContact;
     void pushGetPlatformContactListEvent(const QList<Contact>& list) const
     {
-        note("contacts", {QString::number(list.size())});
+        QStringList handles;
+        for (const Contact& contact : list)
+            handles.append(contact.getHandle());
+        note("contacts", handles);
     }
     void pushPlatformContactInstallAppEvent(const Contact& c) const { note("install", {c.getHandle()}); }
     void pushPlatformContactUninstallAppEvent(const Contact& c) const { note("uninstall", {c.getHandle()}); }
-    void pushPlatformContactUpdateEvent(const Contact&, const Contact& c) const { note("update", {c.getHandle()}); }
+    void pushPlatformContactUpdateEvent(const Contact& before, const Contact& after) const
+    {
+        note("update", {after.getHandle(), before.getDisplayName(), after.getDisplayName()});
+    }
     void pushPlatformContactInvitationReceivedEvent(const Contact& c) const { note("invitation", {c.getHandle()}); }
-    void pushPlatformContactAvatarChangedEvent(const Contact& c) const { note("avatar", {c.getHandle()}); }
+    void pushPlatformContactAvatarChangedEvent(const Contact& c) const
+    {
+        note("picture", {c.getHandle(), c.getAvatarId(), QString::fromLatin1(c.getAvatarData())});
+    }
 };
 
 struct RecordingProfileBox : RecordingHandler

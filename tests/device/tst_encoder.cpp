@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/SeededRandom.h>
+
 #include <pps/encoder.h>
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QRandomGenerator>
 #include <QTest>
 
 #include <cmath>
@@ -31,8 +32,8 @@ public:
 class RandomValues
 {
 public:
-    explicit RandomValues(quint32 seed)
-        : m_random(seed)
+    explicit RandomValues(const QRandomGenerator& random)
+        : m_random(random)
     {
     }
 
@@ -91,40 +92,28 @@ void write(pps_encoder_t* encoder, const QByteArray& name, const QJsonValue& val
 {
     const char* const text = name.isNull() ? nullptr : name.constData();
     const auto length = static_cast<size_t>(name.size());
-    switch (value.type()) {
-    case QJsonValue::Bool:
+    if (value.isBool()) {
         pps_encoder_add_bool_n(encoder, text, length, value.toBool());
-        break;
-    case QJsonValue::Double:
-        if (value.toDouble() == value.toInt())
-            pps_encoder_add_int_n(encoder, text, length, value.toInt());
-        else
-            pps_encoder_add_double_n(encoder, text, length, value.toDouble());
-        break;
-    case QJsonValue::String: {
+    } else if (value.isDouble() && value.toDouble() == value.toInt()) {
+        pps_encoder_add_int_n(encoder, text, length, value.toInt());
+    } else if (value.isDouble()) {
+        pps_encoder_add_double_n(encoder, text, length, value.toDouble());
+    } else if (value.isString()) {
         const QByteArray string = value.toString().toUtf8();
         pps_encoder_add_string_n(encoder, text, length, string.constData(), static_cast<size_t>(string.size()));
-        break;
-    }
-    case QJsonValue::Array: {
+    } else if (value.isArray()) {
         pps_encoder_start_array_n(encoder, text, length);
-        const QJsonArray array = value.toArray();
-        for (const QJsonValue element : array)
+        for (const QJsonValue element : value.toArray())
             write(encoder, QByteArray(), element);
         pps_encoder_end_array(encoder);
-        break;
-    }
-    case QJsonValue::Object: {
+    } else if (value.isObject()) {
         pps_encoder_start_object_n(encoder, text, length);
         const QJsonObject object = value.toObject();
         for (auto member = object.begin(); member != object.end(); ++member)
             write(encoder, member.key().toUtf8() + "", member.value());
         pps_encoder_end_object(encoder);
-        break;
-    }
-    default:
+    } else {
         pps_encoder_add_null_n(encoder, text, length);
-        break;
     }
 }
 
@@ -236,9 +225,7 @@ void TstEncoder::replacesBytesThatAreNotUtf8()
 
 void TstEncoder::anotherParserReadsWhatWasWritten()
 {
-    const quint32 seed = QRandomGenerator::global()->generate();
-    qInfo("seed %u", seed);
-    RandomValues random(seed);
+    RandomValues random(seededRandom());
     for (int i = 0; i < 400; ++i) {
         const QJsonArray value = normalized(QJsonArray{random.value(4)}).toArray();
         Encoder e(true);

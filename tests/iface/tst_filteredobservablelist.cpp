@@ -2,6 +2,7 @@
 #include "DerivedListFixtures.h"
 
 #include <common/ListMirror.h>
+#include <common/SeededRandom.h>
 
 #include <iface/FilteredObservableList.h>
 #include <iface/ObservableMonitor.h>
@@ -149,9 +150,7 @@ private Q_SLOTS:
 
 void TstFilteredObservableList::announcesWhatANaiveFilterWould()
 {
-    const auto seed = QRandomGenerator::global()->generate();
-    qInfo("seed %u", seed);
-    QRandomGenerator random(seed);
+    QRandomGenerator random = seededRandom();
     for (const int count : {0, 1, 3, 40, 1500}) {
         const int flagCount = qMax(10, count / 2);
         const Flags flags(flagCount);
@@ -255,9 +254,7 @@ void TstFilteredObservableList::staysWholeWhenTheFilterThrows()
 
 void TstFilteredObservableList::survivesHandlersThatEdit()
 {
-    const auto seed = QRandomGenerator::global()->generate();
-    qInfo("seed %u", seed);
-    QRandomGenerator random(seed);
+    QRandomGenerator random = seededRandom();
     const Flags flags(30);
     const std::function<int()> makeItem = [&] { return random.bounded(30); };
     const EditableListPointer<int> input(new EditableList<int>);

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/SeededRandom.h>
+
 #include <iface/detail/IndexedSequence.h>
 
-#include <QRandomGenerator>
 #include <QtTest>
 
 #include <algorithm>
@@ -53,9 +54,7 @@ void TstIndexedSequence::compareWhole(const IndexedSequence& sequence, const std
 
 void TstIndexedSequence::followsANaiveSequenceThroughRandomOperations()
 {
-    const auto seed = QRandomGenerator::global()->generate();
-    qInfo("seed %u", seed);
-    QRandomGenerator random(seed);
+    QRandomGenerator random = seededRandom();
     for (const int growth : {9, 5, 1}) { // of ten operations that change the length, how many insert
         constexpr int Start = 3000;
         std::vector<std::unique_ptr<IndexedSequence::Item>> items;

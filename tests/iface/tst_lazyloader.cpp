@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <common/FakeClock.h>
+#include <common/SeededRandom.h>
 
 #include <iface/LazyLoader.h>
 #include <iface/ObservableMonitor.h>
 #include <iface/ObserverFunctorAdapter.h>
 
 #include <QEventLoop>
-#include <QRandomGenerator>
 #include <QSet>
 #include <QTest>
 
@@ -217,9 +217,7 @@ void TstLazyLoader::mayBeDroppedByItsLoadFunction()
 // The service answers some of what is asked, late or never, and sends things unasked.
 void TstLazyLoader::agreesWithAModel()
 {
-    const quint32 seed = QRandomGenerator::global()->generate();
-    qInfo() << "seed" << seed;
-    QRandomGenerator random(seed);
+    QRandomGenerator random = seededRandom();
     const auto clock = FakeClock::install();
     QStringList inFlight;
     QSet<QString> requested;

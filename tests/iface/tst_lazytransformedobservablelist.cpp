@@ -2,6 +2,7 @@
 #include "DerivedListFixtures.h"
 
 #include <common/ListMirror.h>
+#include <common/SeededRandom.h>
 
 #include <iface/LazyTransformedObservableList.h>
 #include <iface/Logging.h>
@@ -211,9 +212,7 @@ private Q_SLOTS:
 void TstLazyTransformedObservableList::announcesWhatANaiveCacheWould()
 {
     QCOMPARE(Transformed::DefaultCacheLimit, 150);
-    const auto seed = QRandomGenerator::global()->generate();
-    qInfo("seed %u", seed);
-    QRandomGenerator random(seed);
+    QRandomGenerator random = seededRandom();
     constexpr int everything = Transformed::KeepsEverything;
     const std::pair<int, int> countsAndLimits[] = {{3, 2}, {60, 20}, {200, 150}, {0, everything}, {60, everything}};
     for (const auto& [count, limit] : countsAndLimits) {

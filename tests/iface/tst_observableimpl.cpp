@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/SeededRandom.h>
+
 #include <iface/LightObserver.h>
 #include <iface/ObservableTracker.h>
 #include <iface/ObservableValue.h>
 #include <iface/ObserverFunctorAdapter.h>
 
-#include <QRandomGenerator>
 #include <QTest>
 
 #include <algorithm>
@@ -229,9 +230,7 @@ void TstObservableImpl::staysWholeWhenAnObserverThrows()
 // who is attached: a round calls those who were attached when it began and have stayed attached, in order.
 void TstObservableImpl::agreesWithAModelWhenLightObserversComeAndGo()
 {
-    const quint32 seed = QRandomGenerator::global()->generate();
-    qInfo() << "seed" << seed;
-    QRandomGenerator random(seed);
+    QRandomGenerator random = seededRandom();
     const Observables observable(new ObservableImpl);
 
     constexpr int Count = 12;

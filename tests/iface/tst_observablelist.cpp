@@ -2,6 +2,7 @@
 #include "DerivedListFixtures.h"
 
 #include <common/ListMirror.h>
+#include <common/SeededRandom.h>
 
 #include <iface/ItemMovedMapper.h>
 #include <iface/ObservableList.h>
@@ -11,7 +12,6 @@
 #include <iface/PrecomputedMapper.h>
 
 #include <QPointer>
-#include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTest>
 #include <QThread>
@@ -42,7 +42,6 @@ private Q_SLOTS:
     void announcesTheItemFirstThenThePlainChange();
     void emitsWholesaleChangesWithDefaults();
     void mapsIndexesOfItemsThatStay();
-    void callsAnAdaptersFunctions();
     void movesAnAdapterToAnotherModel();
     void sendsChangesToAnotherThread();
     void outlivesItsLastHandleWhileItAnnounces();
@@ -155,24 +154,6 @@ void TstObservableList::mapsIndexesOfItemsThatStay()
     QVERIFY(table.newIndexPath(nullptr, nullptr, path(0)));
 }
 
-void TstObservableList::callsAnAdaptersFunctions()
-{
-    const Lists list(new IntList({1, 2}));
-    QStringList log;
-    const auto item = [&](const QString& what) {
-        return [&log, what](const QVariantList& at) { log << what + QString::number(at.first().toInt()); };
-    };
-    const Mapper mapper(new ItemMovedMapper(0, 1));
-    ObservableListImplFunctorAdapter adapter(
-        list.data(), item(u"+"_qs), item(u"="_qs), item(u"-"_qs),
-        [&](ChangeType::Type type, const Mapper& given) { log << u"*%1%2"_qs.arg(type).arg(given == mapper); });
-    list->insert(2, 3);
-    list->update(1, 4);
-    list->remove(0);
-    list->fireItemsChanged(ChangeType::IndexesChanged, mapper);
-    QCOMPARE(log, (QStringList{u"+2"_qs, u"=1"_qs, u"-0"_qs, u"*11"_qs}));
-}
-
 void TstObservableList::movesAnAdapterToAnotherModel()
 {
     Lists one(new IntList);
@@ -232,9 +213,7 @@ void TstObservableList::outlivesItsLastHandleWhileItAnnounces()
 
 void TstObservableList::letsAMirrorFollowRandomChanges()
 {
-    const quint32 seed = QRandomGenerator::global()->generate();
-    qInfo() << "seed" << seed;
-    QRandomGenerator random(seed);
+    QRandomGenerator random = seededRandom();
     const Lists list(new IntList);
     ListMirror<int> mirror(ObservableList<int>(list.data()));
     for (int step = 0; step < 4000; ++step) {

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/SeededRandom.h>
+
 #include <iface/BaseMap.h>
 #include <iface/CompositeMap.h>
 #include <iface/MapObservableToValue.h>
@@ -9,10 +11,8 @@
 
 #include <QHash>
 #include <QPointer>
-#include <QRandomGenerator>
 #include <QSet>
 #include <QTest>
-
 
 using namespace iface;
 
@@ -190,9 +190,7 @@ void TstObservableMap::endsWhileAValueAnnounces()
 // must be what two plain tables say.
 void TstObservableMap::agreesWithAModelThroughAChainOfMaps()
 {
-    const quint32 seed = QRandomGenerator::global()->generate();
-    qInfo() << "seed" << seed;
-    QRandomGenerator random(seed);
+    QRandomGenerator random = seededRandom();
     constexpr int Keys = 8;
     const ObservableMap<int, Value, StoredMap<int, Value>> records(new StoredMap<int, Value>);
     const auto contents = MapObservableToValue<int>::create();

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/SeededRandom.h>
+
 #include <iface/ObservableMonitor.h>
 #include <iface/ObservableTracker.h>
 #include <iface/ObservableValue.h>
@@ -7,7 +9,6 @@
 #include <iface/WritableObservableValue.h>
 
 #include <QPointer>
-#include <QRandomGenerator>
 #include <QTest>
 #include <QThread>
 
@@ -347,9 +348,7 @@ void TstObservableTracker::keepsWhatItReadAliveUntilTheNextRun()
 // Each run reads another random selection of many values; the monitor must run exactly when one of those changes.
 void TstObservableTracker::agreesWithAModelOfRandomReads()
 {
-    const quint32 seed = QRandomGenerator::global()->generate();
-    qInfo() << "seed" << seed;
-    QRandomGenerator random(seed);
+    QRandomGenerator random = seededRandom();
     std::vector<Value> values(60);
     for (Value& value : values)
         value = makeValue();

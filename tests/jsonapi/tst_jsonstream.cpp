@@ -13,9 +13,8 @@ namespace {
 QByteArray chunk(const QString& id, const QByteArray& bytes, bool last)
 {
     QJsonObject body{{u"id"_qs, id}, {u"value"_qs, QString::fromLatin1(bytes.toBase64())}};
-    if (last) {
+    if (last)
         body.insert(u"last"_qs, true);
-    }
     return QJsonDocument(QJsonObject{{u"stream"_qs, body}}).toJson(QJsonDocument::Compact);
 }
 
@@ -23,9 +22,8 @@ QByteArray randomBytes(int size)
 {
     QByteArray bytes(size, Qt::Uninitialized);
     QRandomGenerator random(quint32(size) + 1);
-    for (char& byte : bytes) {
+    for (char& byte : bytes)
         byte = char(random.generate());
-    }
     return bytes;
 }
 

@@ -33,9 +33,8 @@ private:
     void write(const char* operation)
     {
         m_log->append(m_name + u':' + QLatin1String(operation));
-        if (const auto next = then) { // a copy: it may put another in its place
+        if (const auto next = then) // a copy: it may put another in its place
             next();
-        }
     }
 
     QString m_name;

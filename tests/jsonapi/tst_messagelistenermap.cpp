@@ -35,9 +35,8 @@ private:
                               QString n;
                               message.object().readString("n", n);
                               calls.append(name + n);
-                              if (then) {
+                              if (then)
                                   then();
-                              }
                           });
     }
 
@@ -49,9 +48,8 @@ private:
 void TstMessageListenerMap::callsTheListenersOfATypeInOrder()
 {
     listen(&a, "t", u"1"_qs, [&] {
-        if (calls.size() == 1) {
+        if (calls.size() == 1)
             listen(&b, "t", u"added"_qs); // and hears from the next message on
-        }
     });
     listen(&b, "t", u"2"_qs);
     listen(&a, "other", u"x"_qs);
@@ -105,9 +103,8 @@ void TstMessageListenerMap::threeNestedMessagesReachEveryListenerInOrder()
             QVERIFY(calls.contains(last)); // handled within, as a nested event loop would
         }
     };
-    for (const char* name : {"a", "b", "c"}) {
+    for (const char* name : {"a", "b", "c"})
         listen(&a, "t", QString::fromLatin1(name), next);
-    }
     pipe->inject(R"({"t":{"n":"1"}})");
     QCOMPARE(calls.join(u' '), u"a1 b1 c1 a2 b2 c2 a3 b3 c3"_qs);
 }

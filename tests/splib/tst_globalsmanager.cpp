@@ -23,7 +23,6 @@ class TstGlobalsManager : public QObject
 private Q_SLOTS:
     void readsThePermissionAndKeepsDefaults();
     void tellsTheFacadeOfSuccess();
-    void losesAndDoublesNothingWhileASlotSpins();
     void answersARegisteredApplicationAtOnce();
     void reportsAProfileWithoutPicture();
     void waitsForAUserId();
@@ -149,22 +148,6 @@ void TstGlobalsManager::tellsTheFacadeOfSuccess()
     QCOMPARE(f.log.take(), lines({"gate registered", "state TemporaryError", "gate registered"}));
     f.manager->pushRegistrationEvent(QStringLiteral("Success"));
     QCOMPARE(f.log.take(), lines({"state Success"}));
-}
-
-void TstGlobalsManager::losesAndDoublesNothingWhileASlotSpins()
-{
-    Fixture f;
-    QVERIFY(f.asked("permission"));
-    f.answer(R"({"name":"permission","value":{"registrationState":"Unregistered"}})");
-    f.log.on(QStringLiteral("state Pending"), [&f] {
-        f.permission(R"("zelInvites":true)");
-        f.state("Success");
-        f.state("Expired");
-    });
-    f.state("Unregistered");
-    f.state("Pending");
-    f.permission(R"("zelSetup":true)");
-    QCOMPARE(f.log.take(), lines({"state Unregistered", "state Pending", "gate registered", "state Expired"}));
 }
 
 void TstGlobalsManager::answersARegisteredApplicationAtOnce()

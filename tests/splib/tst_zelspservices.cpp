@@ -34,7 +34,7 @@ struct Fixture
 };
 
 const QString success = QStringLiteral("state Success");
-const QString contacts = QStringLiteral("contacts 0");
+const QString contacts = QStringLiteral("contacts ");
 
 } // namespace
 
