@@ -8,6 +8,7 @@
 #include <iface/ObservableTracker.h>
 #include <iface/PrecomputedMapper.h>
 #include <iface/detail/IndexedSequence.h>
+#include <iface/detail/ListFollower.h>
 
 #include <QtDebug>
 
@@ -60,9 +61,9 @@ struct FilteredListBase::Private
 
     int inputCount() const { return input ? input->childCount(QVariantList()) : 0; }
 
-    Change added(const QVariantList& path);
-    Change updated(const QVariantList& path);
-    Change removed(const QVariantList& path);
+    Change added(int index);
+    Change updated(int index);
+    Change removed(int index);
     Change changed(ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper);
     Change rebuilt(ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper);
     Change remapped(const IndexMapper& mapper);
@@ -76,6 +77,8 @@ struct FilteredListBase::Private
     FilterFlips flips();
 
     template <class Step>
+    void performHeard(Step step);
+    template <class Step>
     void perform(Step step);
     template <class Step>
     void finishStep(Step step, std::exception_ptr& exception);
@@ -87,8 +90,8 @@ struct FilteredListBase::Private
     ObservableListImpl* const input;
     IndexedSequence places;
     ItemDependencies dependencies;
+    ListFollower follower;
     ObservableListImplFunctorAdapter adapter;
-    QVariantList question = pathOf(0); ///< the path in every question to the input
     std::vector<int> turned;
     bool isStepping = false;
     bool isOutOfStep = false;
@@ -99,14 +102,23 @@ FilteredListBase::Private::Private(FilteredListBase* list, ObservableListImpl* i
     : q(list)
     , input(inputList)
     , dependencies([this] { isStepping ? void() : perform([this] { return judgedAnew(); }); })
+    , follower(inputList)
     , adapter(
-          inputList, [this](const QVariantList& path) { perform([&] { return added(path); }); },
-          [this](const QVariantList& path) { perform([&] { return updated(path); }); },
-          [this](const QVariantList& path) { perform([&] { return removed(path); }); },
+          inputList, [this](const QVariantList& path) { performHeard([&] { return added(indexOfPath(path)); }); },
+          [this](const QVariantList& path) { performHeard([&] { return updated(indexOfPath(path)); }); },
+          [this](const QVariantList& path) { performHeard([&] { return removed(indexOfPath(path)); }); },
           [this](ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper) {
-              perform([&] { return changed(type, mapper); });
+              performHeard([&] { return changed(type, mapper); });
           })
 {
+}
+
+/// Takes in what the input announced.
+template <class Step>
+void FilteredListBase::Private::performHeard(Step step)
+{
+    const bool isNext = follower.hearsNext();
+    perform([&] { return isNext ? step() : outOfStep(); });
 }
 
 template <class Step>
@@ -188,9 +200,8 @@ void FilteredListBase::Private::announce(const Change& change)
     }
 }
 
-Change FilteredListBase::Private::added(const QVariantList& path)
+Change FilteredListBase::Private::added(int index)
 {
-    const int index = indexOfPath(path);
     if (index > places.size() || !isInStep(index, 1))
         return outOfStep();
     places.insert(index);
@@ -200,9 +211,8 @@ Change FilteredListBase::Private::added(const QVariantList& path)
     return Change::item(Change::Added, places.rank(index));
 }
 
-Change FilteredListBase::Private::updated(const QVariantList& path)
+Change FilteredListBase::Private::updated(int index)
 {
-    const int index = indexOfPath(path);
     if (index >= places.size() || !isInStep(index, 0))
         return outOfStep();
     const bool passed = places.isMarked(index);
@@ -213,9 +223,8 @@ Change FilteredListBase::Private::updated(const QVariantList& path)
     return Change::item(!passes ? Change::Removed : passed ? Change::Updated : Change::Added, places.rank(index));
 }
 
-Change FilteredListBase::Private::removed(const QVariantList& path)
+Change FilteredListBase::Private::removed(int index)
 {
-    const int index = indexOfPath(path);
     if (index >= places.size() || !isInStep(index, -1))
         return outOfStep();
     const bool passed = places.isMarked(index);
@@ -336,8 +345,7 @@ bool FilteredListBase::Private::judge(int index)
     ItemDependencies::Run run(dependencies, node);
     bool passes = false;
     try {
-        question[0] = index;
-        ObservableTracker::runInto(&run, [&] { passes = q->passes(input->data(question)); });
+        ObservableTracker::runInto(&run, [&] { passes = q->passes(input->itemAt(index)); });
     } catch (...) {
         if (!thrown)
             thrown = std::current_exception();
@@ -388,10 +396,14 @@ bool FilteredListBase::hasChildren(const QVariantList& indexPath) const
 
 QVariant FilteredListBase::data(const QVariantList& indexPath) const
 {
-    const int position = indexOfPath(indexPath);
-    if (position < 0 || position >= d->places.markedCount())
+    return itemAt(indexOfPath(indexPath));
+}
+
+QVariant FilteredListBase::itemAt(int index) const
+{
+    if (index < 0 || index >= d->places.markedCount())
         return QVariant();
-    return d->input->data(pathOf(d->places.select(position)));
+    return d->input->itemAt(d->places.select(index));
 }
 
 bool FilteredListBase::announcesEveryReadItem() const

@@ -7,6 +7,7 @@
 #include <iface/ObservableListImplFunctorAdapter.h>
 #include <iface/ObservableMapImplFunctorAdapter.h>
 #include <iface/ObservableTracker.h>
+#include <iface/detail/ListFollower.h>
 
 #include <QtDebug>
 
@@ -39,11 +40,11 @@ struct LazyTransformedListBase::Private
     Private(LazyTransformedListBase* list, ObservableListImpl* inputList, ObservableMapImplBase* map, int limit);
 
     int inputCount() const { return input ? input->childCount(QVariantList()) : 0; }
-    QVariant inputItem(int index) const { return input ? input->data(pathOf(index)) : QVariant(); }
+    QVariant inputItem(int index) const { return input ? input->itemAt(index) : QVariant(); }
     Entry* entry(int index) const { return static_cast<Entry*>(places.item(index)); }
 
     QVariant read(int index);
-    void registerRead(const QVariantList& path) const;
+    void registerRead(int index) const;
     bool deriveNew(Entry& entry);
     bool deriveAgain(int index, bool isKeyKept);
     void makeRoom();
@@ -51,16 +52,18 @@ struct LazyTransformedListBase::Private
     void forgetAll();
     void destroy(Entry* entry);
 
+    template <class Change>
+    void takeIn(Change change);
     void added(int index);
     void updated(int index);
     void removed(int index);
     void changed(ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper);
     void mappingChanged(const MapChange& change);
     void move(const IndexMapper& mapper);
-    void recompute();
     void resynchronise();
 
-    bool isInStep(int index, int growth);
+    bool isInStep(int index, int growth) const;
+    Indexes keptIndexes() const;
     Indexes affectedBy(const MapChange& change) const;
     bool areKeysSure() const;
     void perform(const Indexes& indexes, bool isKeyKept);
@@ -72,6 +75,7 @@ struct LazyTransformedListBase::Private
     ObservableMapImplBase* const mapping;
     const int cacheLimit;
     IndexedSequence places;
+    ListFollower follower;
     ObservableListImplFunctorAdapter inputAdapter;
     ObservableMapImplFunctorAdapter mappingAdapter;
     Watch* watches = nullptr;
@@ -86,11 +90,14 @@ LazyTransformedListBase::Private::Private(LazyTransformedListBase* list, Observa
     , input(inputList)
     , mapping(map)
     , cacheLimit(std::max(limit, 1))
+    , follower(inputList)
     , inputAdapter(
-          inputList, [this](const QVariantList& path) { added(indexOfPath(path)); },
-          [this](const QVariantList& path) { updated(indexOfPath(path)); },
-          [this](const QVariantList& path) { removed(indexOfPath(path)); },
-          [this](ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper) { changed(type, mapper); })
+          inputList, [this](const QVariantList& path) { takeIn([&] { added(indexOfPath(path)); }); },
+          [this](const QVariantList& path) { takeIn([&] { updated(indexOfPath(path)); }); },
+          [this](const QVariantList& path) { takeIn([&] { removed(indexOfPath(path)); }); },
+          [this](ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper) {
+              takeIn([&] { changed(type, mapper); });
+          })
     , mappingAdapter([this](const MapChange& change) { mappingChanged(change); })
 {
     places.reset(inputCount());
@@ -118,14 +125,14 @@ QVariant LazyTransformedListBase::Private::read(int index)
 }
 
 /// Depending on a list that forgets means depending on what it makes its items of.
-void LazyTransformedListBase::Private::registerRead(const QVariantList& path) const
+void LazyTransformedListBase::Private::registerRead(int index) const
 {
     if (!ObservableTracker::currentGetterCalledSet() || q->announcesEveryReadItem())
         return;
     if (mapping && cacheLimit != std::numeric_limits<int>::max())
         ObservableTracker::getterCalled(mapping);
     if (input && !input->announcesEveryReadItem())
-        input->data(path);
+        input->itemAt(index);
 }
 
 /// Whether the entry is still there, derived.
@@ -219,6 +226,17 @@ void LazyTransformedListBase::Private::destroy(Entry* entry)
     q->destroyEntry(entry);
 }
 
+/// Takes in what the key list announced.
+template <class Change>
+void LazyTransformedListBase::Private::takeIn(Change change)
+{
+    const Announcement announcement(*q); // values that go, and the map when it is asked, may run anything
+    if (follower.hearsNext() && !isStepping)
+        change();
+    else
+        resynchronise();
+}
+
 void LazyTransformedListBase::Private::added(int index)
 {
     if (index > places.size() || !isInStep(index, 1))
@@ -244,15 +262,12 @@ void LazyTransformedListBase::Private::updated(int index)
 
 void LazyTransformedListBase::Private::changed(ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper)
 {
-    if (isStepping)
-        return resynchronise();
-    const Announcement announcement(*q);
     if (type == ChangeType::IndexesChanged && mapper) {
         move(*mapper);
     } else {
         const int count = inputCount();
         if (count == places.size())
-            return recompute();
+            return perform(keptIndexes(), false);
         forgetAll();
         places.reset(count);
     }
@@ -267,11 +282,20 @@ void LazyTransformedListBase::Private::mappingChanged(const MapChange& change)
         perform(affectedBy(change), areKeysSure());
 }
 
-/// The places of what is kept under the keys that changed.
+Indexes LazyTransformedListBase::Private::keptIndexes() const
+{
+    Indexes indexes;
+    for (int rank = 0; rank < places.markedCount(); ++rank)
+        indexes.append(places.select(rank));
+    return indexes;
+}
+
+/// The places of what is kept under the keys that changed, or of everything if those are not known.
 Indexes LazyTransformedListBase::Private::affectedBy(const MapChange& change) const
 {
     QVarLengthArray<Entry*, 8> found;
-    q->findEntries(change, found);
+    if (!q->findEntries(change, found))
+        return keptIndexes();
     Indexes indexes;
     for (const Entry* const entry : found)
         indexes.append(places.indexOf(*entry));
@@ -309,14 +333,6 @@ void LazyTransformedListBase::Private::move(const IndexMapper& mapper)
     }
 }
 
-void LazyTransformedListBase::Private::recompute()
-{
-    Indexes indexes;
-    for (int rank = 0; rank < places.markedCount(); ++rank)
-        indexes.append(places.select(rank));
-    perform(indexes, false);
-}
-
 /// Forgets everything: changes came in another order than they were made, or while items were computed again.
 void LazyTransformedListBase::Private::resynchronise()
 {
@@ -324,15 +340,14 @@ void LazyTransformedListBase::Private::resynchronise()
         isOutOfStep = true;
         return;
     }
-    const Announcement announcement(*q);
     forgetAll();
     places.reset(inputCount());
     q->fireItemsChanged(ChangeType::Reset, nullptr);
 }
 
-bool LazyTransformedListBase::Private::isInStep(int index, int growth)
+bool LazyTransformedListBase::Private::isInStep(int index, int growth) const
 {
-    return !isStepping && index >= 0 && inputCount() == places.size() + growth;
+    return index >= 0 && inputCount() == places.size() + growth;
 }
 
 /// Computes again what is kept at the indexes, announces what is another now, and does the same for what the map
@@ -426,7 +441,11 @@ bool LazyTransformedListBase::hasChildren(const QVariantList& indexPath) const
 
 QVariant LazyTransformedListBase::data(const QVariantList& indexPath) const
 {
-    const int index = indexOfPath(indexPath);
+    return itemAt(indexOfPath(indexPath));
+}
+
+QVariant LazyTransformedListBase::itemAt(int index) const
+{
     if (index < 0)
         return QVariant();
     if (index >= d->places.size()) {
@@ -435,7 +454,7 @@ QVariant LazyTransformedListBase::data(const QVariantList& indexPath) const
                       QStringLiteral("Index out of bounds accessing LazyTransformedObservableList!"));
         return QVariant();
     }
-    d->registerRead(indexPath);
+    d->registerRead(index);
     return d->read(index);
 }
 

@@ -98,10 +98,15 @@ bool ObservableImpl::removeObserver(const ObserverImpl* observer) const
            disconnect(this, &ObservableImpl::observableChanged, observer, &ObserverImpl::handleObservableChanged);
 }
 
+void ObservableImpl::connectNotify(const QMetaMethod&)
+{
+    m_wasConnected.store(true, std::memory_order_relaxed);
+}
+
 void ObservableImpl::notifyObservers()
 {
-    Announcement announcement(*this);
-    doEmit(announcement);
+    if (mayBeHeard())
+        doEmit();
 }
 
 void ObservableImpl::doEmit()
@@ -119,7 +124,7 @@ void ObservableImpl::doEmit(Announcement& announcement)
         announcement.m_next = observer == announcement.m_last ? nullptr : observer->m_next;
         observer->observableChanged();
     }
-    if (announcement.isAlive())
+    if (announcement.isAlive() && wasConnected())
         Q_EMIT observableChanged();
 }
 

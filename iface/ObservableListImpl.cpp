@@ -57,6 +57,11 @@ QVariant ObservableListImpl::data(const QVariantList&) const
     return QVariant();
 }
 
+QVariant ObservableListImpl::itemAt(int index) const
+{
+    return data(pathOf(index));
+}
+
 bool ObservableListImpl::announcesEveryReadItem() const
 {
     return true;
@@ -79,8 +84,12 @@ int ObservableListImpl::indexOfPath(const QVariantList& indexPath)
 template <class Emission>
 void ObservableListImpl::fire(Emission emission)
 {
+    ++m_announcedChanges;
+    if (!mayBeHeard())
+        return;
     Announcement announcement(*this);
-    emission();
+    if (wasConnected())
+        emission();
     if (announcement.isAlive())
         doEmit(announcement);
 }

@@ -20,6 +20,8 @@ ObservableMapImplBase::ObservableMapImplBase() = default;
 
 void ObservableMapImplBase::fireMapChanged(const MapChange& change)
 {
+    if (!mayBeHeard())
+        return;
     Announcement announcement(*this);
     doFireMapChanged(change, announcement);
 }

@@ -5,6 +5,10 @@
 #include <platform/contacts/ContactPrivate.h>
 #include <platform/context/HelperUtils.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <vector>
+
 namespace vx::platform::zel {
 
 using zelsplib::PlatformContact;
@@ -17,8 +21,7 @@ ContactServiceDelegate::ContactServiceDelegate(Services* services, QObject* pare
 
 Contact ContactServiceDelegate::contact(const QString& handle) const
 {
-    const auto found = m_contacts.constFind(handle);
-    if (found != m_contacts.cend())
+    if (const Contact* const found = find(handle))
         return *found;
     qCDebug(lcPlatform) << "Error occurred! Investigate! "
                         << " No contact with handle : " << handle;
@@ -39,9 +42,7 @@ bool ContactServiceDelegate::requestAvatar(const QString& handle) const
 
 void ContactServiceDelegate::setContactList(const QList<PlatformContact>& records)
 {
-    m_contacts.clear();
-    for (const PlatformContact& record : records)
-        store(record);
+    m_contacts = inHandleOrder(records);
     m_initialized = true;
     qCDebug(lcPlatform) << "List Updated! - size " << m_contacts.size();
     Q_EMIT contactListUpdated();
@@ -86,11 +87,54 @@ void ContactServiceDelegate::updateContactList()
     manager->getContactList();
 }
 
+const QString& ContactServiceDelegate::handleOf(const Contact& contact)
+{
+    return contact.d->record.data().handle;
+}
+
+int ContactServiceDelegate::placeOf(const QString& handle) const
+{
+    const auto place =
+        std::lower_bound(m_contacts.cbegin(), m_contacts.cend(), handle,
+                         [](const Contact& known, const QString& asked) { return handleOf(known) < asked; });
+    return static_cast<int>(place - m_contacts.cbegin());
+}
+
+const Contact* ContactServiceDelegate::find(const QString& handle) const
+{
+    const int place = placeOf(handle);
+    return place < m_contacts.size() && handleOf(m_contacts.at(place)) == handle ? &m_contacts.at(place) : nullptr;
+}
+
+/// Of records with the same handle the last one counts.
+QList<Contact> ContactServiceDelegate::inHandleOrder(const QList<PlatformContact>& records)
+{
+    std::vector<const PlatformContact*> ordered;
+    ordered.reserve(static_cast<std::size_t>(records.size()));
+    for (const PlatformContact& record : records)
+        ordered.push_back(&record);
+    std::stable_sort(ordered.begin(), ordered.end(), [](const PlatformContact* a, const PlatformContact* b) {
+        return a->data().handle < b->data().handle;
+    });
+    QList<Contact> contacts;
+    contacts.reserve(records.size());
+    for (const PlatformContact* const record : ordered) {
+        if (!contacts.isEmpty() && handleOf(contacts.constLast()) == record->data().handle)
+            contacts.removeLast();
+        contacts.append(Contact(*record));
+    }
+    return contacts;
+}
+
 /// Answers the handle by value: a slot of the signal that it goes into may change the record.
 QString ContactServiceDelegate::store(const PlatformContact& record)
 {
     const QString handle = record.getHandle();
-    m_contacts.insert(handle, Contact(record));
+    const int place = placeOf(handle);
+    if (place < m_contacts.size() && handleOf(m_contacts.at(place)) == handle)
+        m_contacts[place] = Contact(record);
+    else
+        m_contacts.insert(place, Contact(record));
     return handle;
 }
 

@@ -7,7 +7,6 @@
 
 #include <QtCore/QByteArray>
 #include <QtCore/QList>
-#include <QtCore/QMap>
 #include <QtCore/QObject>
 #include <QtCore/QString>
 
@@ -24,11 +23,11 @@ public:
 
     /// Whether a list has been set; never turns back.
     bool isContactListInitialized() const { return m_initialized; }
-    bool containsContact(const Contact& contact) const { return m_contacts.contains(contact.handle()); }
+    bool containsContact(const Contact& contact) const { return find(contact.handle()) != nullptr; }
     Contact contact(const QString& handle) const;
     int contactCount() const { return static_cast<int>(m_contacts.size()); }
     /// In handle order.
-    QList<Contact> allContacts() const { return m_contacts.values(); }
+    QList<Contact> allContacts() const { return m_contacts; }
     bool requestAvatar(const QString& handle) const;
 
     void setContactList(const QList<zelsplib::PlatformContact>& records);
@@ -51,11 +50,17 @@ Q_SIGNALS:
     void invitationReceived(QString handle);
 
 private:
+    static const QString& handleOf(const Contact& contact);
+    /// Where the contact with the handle is, or would be.
+    int placeOf(const QString& handle) const;
+    const Contact* find(const QString& handle) const;
+    static QList<Contact> inHandleOrder(const QList<zelsplib::PlatformContact>& records);
     QString store(const zelsplib::PlatformContact& record);
 
     Services* const m_services;
     bool m_initialized = false;
-    QMap<QString, Contact> m_contacts;
+    /// In handle order. A list takes a tenth of a map's memory, and handing it out whole copies nothing.
+    QList<Contact> m_contacts;
 };
 
 } // namespace vx::platform::zel

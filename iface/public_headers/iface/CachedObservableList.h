@@ -4,6 +4,7 @@
 #include <iface/ObservableList.h>
 #include <iface/ObservableListImplFunctorAdapter.h>
 #include <iface/ObservableTracker.h>
+#include <iface/detail/ListFollower.h>
 
 #include <QList>
 #include <QSharedPointer>
@@ -54,6 +55,7 @@ public:
     int childCount(const QVariantList& indexPath) const override;
     bool hasChildren(const QVariantList& indexPath) const override;
     QVariant data(const QVariantList& indexPath) const override;
+    QVariant itemAt(int index) const override;
 
 private:
     struct Change
@@ -64,20 +66,21 @@ private:
         QSharedPointer<IndexMapper> mapper;
     };
 
-    void handleRowItemAdded(const QVariantList& indexPath);
-    void handleRowItemUpdated(const QVariantList& indexPath);
-    void handleRowItemRemoved(const QVariantList& indexPath);
+    void handleRowItemAdded(int index);
+    void handleRowItemUpdated(int index);
+    void handleRowItemRemoved(int index);
     void handleRowItemsChanged(ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper);
 
     bool settle();
-    bool begin(const QVariantList& indexPath, int growth);
+    bool begin(int index, int growth);
     std::optional<T> read(int index);
     void resynchronise() { handleRowItemsChanged(ChangeType::Reset, nullptr); }
     template <class Call>
-    void tellAndAnnounce(Change change, Call call);
+    void tellAndAnnounce(const Announcement& announcement, Change change, Call call);
     void announceOutstanding();
 
     ObservableList<T> m_input;
+    detail::ListFollower m_follower;
     ObservableListImplFunctorAdapter m_adapter;
     QList<T> m_cache;
     ItemFunction m_addFunction;

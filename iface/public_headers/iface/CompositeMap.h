@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <iface/LightObserver.h>
 #include <iface/ObservableMap.h>
 #include <iface/ObservableMapImplFunctorAdapter.h>
 
@@ -22,6 +23,22 @@ public:
     bool equals(const V& a, const V& b) const override;
 
 private:
+    // Which keys of the second map changed does not matter, so the map need not say it.
+    class SecondObserver : public LightObserver
+    {
+    public:
+        explicit SecondObserver(CompositeMap* owner)
+            : m_owner(owner)
+        {
+        }
+
+    protected:
+        void observableChanged() override { m_owner->handleSecondMapChanged(); }
+
+    private:
+        CompositeMap* const m_owner;
+    };
+
     CompositeMap(const ObservableMap<K, M>& first, const ObservableMap<M, V>& second);
     void handleFirstMapChanged(const MapChange& change) { this->fireMapChanged(change); }
     void handleSecondMapChanged() { this->fireMapChanged(MapChange()); }
@@ -29,7 +46,7 @@ private:
     const ObservableMap<K, M> m_first;
     const ObservableMap<M, V> m_second;
     ObservableMapImplFunctorAdapter m_firstObserver;
-    ObservableMapImplFunctorAdapter m_secondObserver;
+    SecondObserver m_secondObserver;
 };
 
 template <class K, class M, class V>
@@ -43,10 +60,11 @@ CompositeMap<K, M, V>::CompositeMap(const ObservableMap<K, M>& first, const Obse
     : m_first(first)
     , m_second(second)
     , m_firstObserver([this](const MapChange& change) { handleFirstMapChanged(change); })
-    , m_secondObserver([this](const MapChange&) { handleSecondMapChanged(); })
+    , m_secondObserver(this)
 {
     m_firstObserver.startListening(m_first.impl());
-    m_secondObserver.startListening(m_second.impl());
+    if (m_second.impl())
+        m_secondObserver.observe(*m_second.impl());
 }
 
 template <class K, class M, class V>

@@ -86,7 +86,7 @@ private:
     {
         return QVariant::fromValue(static_cast<const ItemInfo&>(entry).value);
     }
-    void findEntries(const MapChange& change, QVarLengthArray<Entry*, 8>& found) const override;
+    bool findEntries(const MapChange& change, QVarLengthArray<Entry*, 8>& found) const override;
     void setKey(ItemInfo& item, const K& key) const;
     void removeFromIndex(ItemInfo* item) const;
 

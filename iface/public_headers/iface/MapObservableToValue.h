@@ -72,7 +72,7 @@ void MapObservableToValue<V, Eq>::EntryStruct::observableChanged()
 {
     // Observed by get() through a handle of this very type; the constness is that of the reader.
     auto* value = static_cast<const ObservableValueImpl<V>*>(observable());
-    m_owner->fireMapChanged(MapChange::createSingle(Handle(const_cast<ObservableValueImpl<V>*>(value))));
+    m_owner->fireKeyChanged(Handle(const_cast<ObservableValueImpl<V>*>(value)));
 }
 
 } // namespace iface

@@ -7,6 +7,8 @@
 
 #include <QObject>
 
+#include <atomic>
+
 namespace iface {
 
 /// The base of all observables that announce their changes with a signal.
@@ -67,6 +69,13 @@ protected:
         Announcement* const m_outer;
     };
 
+    /// If not, nobody would hear an announcement, and it can be left out.
+    bool mayBeHeard() const { return m_firstLight || wasConnected(); }
+    /// Whether anybody has ever connected to one of the signals.
+    bool wasConnected() const { return m_wasConnected.load(std::memory_order_relaxed); }
+    /// Subclasses that override it call it.
+    void connectNotify(const QMetaMethod& signal) override;
+
     /// The bare announcement, to be made while an Announcement is held.
     void doEmit(Announcement& announcement);
     /// The same, with an Announcement of its own.
@@ -76,6 +85,8 @@ private:
     Q_DISABLE_COPY_MOVE(ObservableImpl)
     friend class LightObserver;
 
+    // Connections may be made from any thread.
+    std::atomic<bool> m_wasConnected = false;
     mutable LightObserver* m_firstLight = nullptr;
     mutable LightObserver* m_lastLight = nullptr;
 };

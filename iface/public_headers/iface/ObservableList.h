@@ -67,7 +67,7 @@ T ObservableList<T, Impl>::operator[](int index) const
     if (!d)
         return T();
     ObservableTracker::getterCalled(d.data());
-    return d->data(ObservableListImpl::pathOf(index)).template value<T>();
+    return d->itemAt(index).template value<T>();
 }
 
 template <class T, class Impl>

@@ -61,6 +61,8 @@ public:
     virtual bool hasChildren(const QVariantList& indexPath) const;
     virtual QString itemType(const QVariantList& indexPath) const;
     virtual QVariant data(const QVariantList& indexPath) const;
+    /// The same for the item at an index, for those who read many. Whoever overrides it overrides data() as well.
+    virtual QVariant itemAt(int index) const;
     /// Whether the list announces a change of every item that anybody ever read. True, as a rule; a list that computes
     /// items on demand and forgets them does not, and whoever depends on its items has to track their reads.
     virtual bool announcesEveryReadItem() const;
@@ -69,6 +71,10 @@ public:
     static QVariantList pathOf(int index);
     /// The index in a path of exactly one number, otherwise -1.
     static int indexOfPath(const QVariantList& indexPath);
+
+    /// How many changes have been announced so far, those under way included. Who follows a list by index compares it
+    /// with what they have heard: see detail::ListFollower.
+    unsigned announcedChanges() const { return m_announcedChanges; }
 
     // To be called after the change has been made.
     void fireItemAdded(int index);
@@ -88,6 +94,8 @@ Q_SIGNALS:
 private:
     template <class Emission>
     void fire(Emission emission);
+
+    unsigned m_announcedChanges = 0;
 };
 
 } // namespace iface

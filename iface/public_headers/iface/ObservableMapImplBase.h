@@ -19,6 +19,9 @@ public:
     ObservableMapImplBase();
 
     void fireMapChanged(const MapChange& change);
+    /// The same for the change of one key, which is put into words only if somebody is there to hear of it.
+    template <class K>
+    void fireKeyChanged(const K& key);
 
 Q_SIGNALS:
     /// Comes after the change.
@@ -27,5 +30,14 @@ Q_SIGNALS:
 private:
     void doFireMapChanged(const MapChange& change, Announcement& announcement);
 };
+
+template <class K>
+void ObservableMapImplBase::fireKeyChanged(const K& key)
+{
+    if (wasConnected())
+        fireMapChanged(MapChange::createSingle(key));
+    else
+        notifyObservers();
+}
 
 } // namespace iface

@@ -10,11 +10,11 @@ namespace iface {
 template <class T>
 CachedObservableList<T>::CachedObservableList()
     : m_adapter(
-          nullptr, [this](const QVariantList& path) { handleRowItemAdded(path); },
-          [this](const QVariantList& path) { handleRowItemUpdated(path); },
-          [this](const QVariantList& path) { handleRowItemRemoved(path); },
+          nullptr, [this](const QVariantList& path) { handleRowItemAdded(indexOfPath(path)); },
+          [this](const QVariantList& path) { handleRowItemUpdated(indexOfPath(path)); },
+          [this](const QVariantList& path) { handleRowItemRemoved(indexOfPath(path)); },
           [this](ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper) {
-              handleRowItemsChanged(type, mapper);
+              m_follower.hearsNext() ? handleRowItemsChanged(type, mapper) : resynchronise();
           })
     , m_addFunction([](int, const T&) {})
     , m_removeFunction([](int, const T&) {})
@@ -29,6 +29,7 @@ void CachedObservableList<T>::setInput(const ObservableList<T>& input)
     // The old input goes at the end: nobody is called while this is half done.
     const ObservableList<T> before = std::exchange(m_input, input);
     m_adapter.setDataModel(m_input.impl());
+    m_follower.follow(m_input.impl());
     resynchronise();
 }
 
@@ -47,67 +48,75 @@ bool CachedObservableList<T>::hasChildren(const QVariantList& indexPath) const
 template <class T>
 QVariant CachedObservableList<T>::data(const QVariantList& indexPath) const
 {
-    const int index = indexOfPath(indexPath);
+    return itemAt(indexOfPath(indexPath));
+}
+
+template <class T>
+QVariant CachedObservableList<T>::itemAt(int index) const
+{
     return index >= 0 && index < m_cache.size() ? QVariant::fromValue(m_cache.at(index)) : QVariant();
 }
 
 template <class T>
-void CachedObservableList<T>::handleRowItemAdded(const QVariantList& indexPath)
+void CachedObservableList<T>::handleRowItemAdded(int index)
 {
-    const int index = indexOfPath(indexPath);
-    if (!begin(indexPath, 1))
+    const Announcement announcement(*this);
+    if (!begin(index, 1))
         return resynchronise();
     const std::optional<T> item = read(index);
     if (!item)
         return resynchronise();
     m_cache.insert(index, *item);
-    tellAndAnnounce({&CachedObservableList::fireItemAdded, index, {}, {}}, [&] { m_addFunction(index, *item); });
+    tellAndAnnounce(announcement, {&CachedObservableList::fireItemAdded, index, {}, {}},
+                    [&] { m_addFunction(index, *item); });
 }
 
 template <class T>
-void CachedObservableList<T>::handleRowItemUpdated(const QVariantList& indexPath)
+void CachedObservableList<T>::handleRowItemUpdated(int index)
 {
-    const int index = indexOfPath(indexPath);
-    if (!begin(indexPath, 0))
+    const Announcement announcement(*this);
+    if (!begin(index, 0))
         return resynchronise();
     const std::optional<T> item = read(index);
     if (!item)
         return resynchronise();
     const T before = std::exchange(m_cache[index], *item);
-    tellAndAnnounce({&CachedObservableList::fireItemUpdated, index, {}, {}},
+    tellAndAnnounce(announcement, {&CachedObservableList::fireItemUpdated, index, {}, {}},
                     [&] { m_updateFunction(index, before, *item); });
 }
 
 template <class T>
-void CachedObservableList<T>::handleRowItemRemoved(const QVariantList& indexPath)
+void CachedObservableList<T>::handleRowItemRemoved(int index)
 {
-    const int index = indexOfPath(indexPath);
-    if (!begin(indexPath, -1))
+    const Announcement announcement(*this);
+    if (!begin(index, -1))
         return resynchronise();
     const T item = m_cache.takeAt(index);
-    tellAndAnnounce({&CachedObservableList::fireItemRemoved, index, {}, {}}, [&] { m_removeFunction(index, item); });
+    tellAndAnnounce(announcement, {&CachedObservableList::fireItemRemoved, index, {}, {}},
+                    [&] { m_removeFunction(index, item); });
 }
 
 template <class T>
 void CachedObservableList<T>::handleRowItemsChanged(ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper)
 {
+    const Announcement announcement(*this);
     const bool isNext = settle();
-    // Reading the input may change it, and so lead here again; what counts is what was read last.
+    // Reading the input may change it, or set another, and so lead here again; what counts is what was read last.
     constexpr int MaximumRounds = 16;
-    const ObservableList<T> input = m_input;
     QList<T> now;
     int changesBegun = -1;
     int rounds = 0;
     for (; rounds < MaximumRounds && changesBegun != m_changesBegun; ++rounds) {
         const QScopedValueRollback<bool> takingIn(m_isTakingIn, true);
         changesBegun = ++m_changesBegun;
+        const ObservableList<T> input = m_input;
         now = ObservableTracker::runUntracked([&input] { return input.toList(); });
     }
     Change change{nullptr, -1, type, mapper};
     if (!isNext || rounds > 1)
         change = Change{};
     const QList<T> before = std::exchange(m_cache, now);
-    tellAndAnnounce(change, [&] { m_changeFunction(change.type, change.mapper, before, now); });
+    tellAndAnnounce(announcement, change, [&] { m_changeFunction(change.type, change.mapper, before, now); });
 }
 
 /// Announces what is outstanding. Tells whether the change at hand follows what the copy shows: not so if another one
@@ -129,11 +138,11 @@ bool CachedObservableList<T>::settle()
 
 /// Whether the change of one item fits what the copy knows: not so when another change was heard of before it.
 template <class T>
-bool CachedObservableList<T>::begin(const QVariantList& indexPath, int growth)
+bool CachedObservableList<T>::begin(int index, int growth)
 {
-    if (!settle())
+    const bool hearsNext = m_follower.hearsNext();
+    if (!settle() || !hearsNext)
         return false;
-    const int index = indexOfPath(indexPath);
     const int length = m_input.impl() ? m_input.impl()->childCount(QVariantList()) : 0;
     return index >= 0 && index < std::max(length, int(m_cache.size())) && length == m_cache.size() + growth;
 }
@@ -151,9 +160,8 @@ std::optional<T> CachedObservableList<T>::read(int index)
 
 template <class T>
 template <class Call>
-void CachedObservableList<T>::tellAndAnnounce(Change change, Call call)
+void CachedObservableList<T>::tellAndAnnounce(const Announcement& announcement, Change change, Call call)
 {
-    const Announcement announcement(*this);
     const std::exception_ptr thrown = std::exchange(m_thrown, nullptr);
     m_outstanding = std::move(change);
     try {

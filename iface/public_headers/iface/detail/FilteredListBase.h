@@ -19,6 +19,7 @@ public:
     int childCount(const QVariantList& indexPath) const override;
     bool hasChildren(const QVariantList& indexPath) const override;
     QVariant data(const QVariantList& indexPath) const override;
+    QVariant itemAt(int index) const override;
     bool announcesEveryReadItem() const override;
 
 protected:

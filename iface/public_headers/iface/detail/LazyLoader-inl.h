@@ -79,6 +79,8 @@ void LazyLoader<K, V>::performRequestAll()
         waiting->m_inFlight = true;
         m_inFlight.append(key);
     }
+    if (m_pending.isEmpty())
+        m_pending = {}; // gives back what so many keys took
     if (m_inFlight.isEmpty()) {
         m_requestScheduled = false;
         return;

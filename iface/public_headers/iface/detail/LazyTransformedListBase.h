@@ -21,6 +21,7 @@ public:
     int childCount(const QVariantList& indexPath) const override;
     bool hasChildren(const QVariantList& indexPath) const override;
     QVariant data(const QVariantList& indexPath) const override;
+    QVariant itemAt(int index) const override;
     bool announcesEveryReadItem() const override;
 
 protected:
@@ -67,8 +68,8 @@ private:
     /// whether key or value differ from what was kept.
     virtual bool derive(Entry& entry, const Watch& watch, const QVariant* inputItem) const = 0;
     virtual QVariant valueOf(const Entry& entry) const = 0;
-    /// Appends the entries under the keys that changed.
-    virtual void findEntries(const MapChange& change, QVarLengthArray<Entry*, 8>& found) const = 0;
+    /// Appends the entries under the keys that changed; false when the change names none that could be.
+    virtual bool findEntries(const MapChange& change, QVarLengthArray<Entry*, 8>& found) const = 0;
 
     struct Private;
     friend struct Private;

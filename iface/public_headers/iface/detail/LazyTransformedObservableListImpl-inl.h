@@ -31,7 +31,7 @@ bool LazyTransformedObservableListImpl<K, V, Eq, Hash>::derive(Entry& entry, con
 }
 
 template <class K, class V, class Eq, class Hash>
-void LazyTransformedObservableListImpl<K, V, Eq, Hash>::findEntries(const MapChange& change,
+bool LazyTransformedObservableListImpl<K, V, Eq, Hash>::findEntries(const MapChange& change,
                                                                     QVarLengthArray<Entry*, 8>& found) const
 {
     const QList<K> keys = change.keys<K>();
@@ -39,6 +39,7 @@ void LazyTransformedObservableListImpl<K, V, Eq, Hash>::findEntries(const MapCha
         for (auto [it, end] = m_keyIndex.equal_range(key); it != end; ++it)
             found.append(*it);
     }
+    return !keys.isEmpty();
 }
 
 template <class K, class V, class Eq, class Hash>

@@ -139,6 +139,7 @@ void LiveList<T, Key>::finishFullList(QList<T> received)
 {
     const bool first = std::exchange(m_firstListPending, false);
     if (received != this->m_list) {
+        received.squeeze();
         this->m_list.swap(received);
         m_indexDirty = true;
         m_index.clear();

@@ -137,7 +137,7 @@ template <class Key, class T>
 void LiveMap<Key, T>::store(const Key& key, const T& record)
 {
     if (m_loader.store(key, record)) {
-        this->fireMapChanged(iface::MapChange::createSingle(key));
+        this->fireKeyChanged(key);
     }
 }
 

@@ -65,3 +65,5 @@ private:
 };
 
 } // namespace vx::platform::zel
+
+Q_DECLARE_TYPEINFO(vx::platform::zel::Contact, Q_RELOCATABLE_TYPE);
