@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/SeededRandom.h>
+
 #include <Output.h>
 #include <PictureFile.h>
 #include <Record.h>
 
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
-#include <QtCore/QRandomGenerator>
 #include <QtTest/QTest>
 
 using namespace zelctl;
@@ -43,9 +44,7 @@ private Q_SLOTS:
 
 void TstOutput::bringsAnyTextBackThroughJson()
 {
-    const auto seed = QRandomGenerator::global()->generate();
-    qInfo("seed %u", seed);
-    QRandomGenerator random(seed);
+    QRandomGenerator random = seededRandom();
     for (int round = 0; round < 500; ++round) {
         QList<char32_t> codes;
         for (int i = 0; i < 20; ++i) {

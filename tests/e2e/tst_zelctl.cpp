@@ -5,7 +5,6 @@
 
 #include <QtCore/QCryptographicHash>
 #include <QtCore/QFile>
-#include <QtCore/QJsonArray>
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QSignalSpy>
 #include <QtTest/QTest>

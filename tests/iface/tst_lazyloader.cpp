@@ -3,7 +3,6 @@
 #include <common/SeededRandom.h>
 
 #include <iface/LazyLoader.h>
-#include <iface/ObservableMonitor.h>
 #include <iface/ObserverFunctorAdapter.h>
 
 #include <QEventLoop>

@@ -5,7 +5,6 @@
 #include <common/SeededRandom.h>
 
 #include <iface/LazyTransformedObservableList.h>
-#include <iface/Logging.h>
 #include <iface/ObservableMonitor.h>
 
 #include <QRegularExpression>

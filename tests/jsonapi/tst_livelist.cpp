@@ -8,7 +8,6 @@
 #include <iface/Logging.h>
 #include <iface/ObservableList.h>
 #include <iface/ObservableMonitor.h>
-#include <iface/ObserverFunctorAdapter.h>
 #include <zel/LiveList.h>
 
 #include <QRegularExpression>

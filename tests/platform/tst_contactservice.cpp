@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Desk.h"
 
-#include <platform/channel/ServiceBridge.h>
-#include <platform/contacts/ContactServiceDelegate.h>
 #include <vx/platform/zel/ContactService.h>
 
 #include <QtCore/QPointer>
@@ -20,8 +18,6 @@ private Q_SLOTS:
     void showsRecordsByHandleAndFieldByField();
     void announcesAChange();
     void announcesWhoInstallsAndRemovesTheApplication();
-    void takesTheLaterOfTwoRecordsWithOneHandle();
-    void fetchesAPicture();
     void announcesNoPictureAtOnce();
     void fallsSilentWhileAccessIsLost();
     void showsWhatIsThereToALaterService();
@@ -160,47 +156,6 @@ void TstContactService::announcesWhoInstallsAndRemovesTheApplication()
     QCOMPARE(m_service->contactCount(), 4);
 }
 
-void TstContactService::takesTheLaterOfTwoRecordsWithOneHandle()
-{
-    // Straight into the delegate: the service never sends such a list on purpose.
-    auto* delegate = ServiceBridge::instance()->contactService();
-    QSignalSpy lists(m_service.get(), &ContactService::contactListUpdated);
-    const auto record = [](const QString& name) {
-        zelsplib::PlatformContact contact;
-        contact.setHandle(QStringLiteral("twin"));
-        contact.setDisplayName(name);
-        return contact;
-    };
-    delegate->setContactList({record(QStringLiteral("earlier")), record(QStringLiteral("later"))});
-    QCOMPARE(lists.size(), 1);
-    QCOMPARE(m_service->contactCount(), 1);
-    QCOMPARE(m_service->contact(QStringLiteral("twin")).displayName(), QStringLiteral("later"));
-
-    delegate->updateContactList(); // back to what the service said
-    QCOMPARE(lists.size(), 2);
-    QCOMPARE(m_service->contactCount(), 3);
-}
-
-void TstContactService::fetchesAPicture()
-{
-    m_desk.core.leaveToTest(QStringLiteral("requestUserAvatar"));
-    change(QStringLiteral("cem"), R"({"avatarId":"pic","avatarMimeType":"image/gif"})");
-    // A new picture is fetched unasked; asking does it again.
-    const QByteArray request = R"({"requestUserAvatar":{"userId":"u-cem","streamId":"pic"}})";
-    QCOMPARE(m_desk.core.nextMessage(), request);
-    QSignalSpy pictures(m_service.get(), &ContactService::displayPictureUpdated);
-    m_desk.sendStream(QStringLiteral("pic"), "bytes");
-    QTRY_COMPARE(pictures.size(), 1);
-
-    QVERIFY(m_service->requestDisplayPicture(QStringLiteral("cem")));
-    QCOMPARE(m_desk.core.nextMessage(), request);
-    m_desk.sendStream(QStringLiteral("pic"), "bytes again");
-    QTRY_COMPARE(pictures.size(), 2);
-    QCOMPARE(pictures.at(1).at(0).toString(), QStringLiteral("cem"));
-    QCOMPARE(pictures.at(1).at(1).value<ImageType::Type>(), ImageType::Gif);
-    QCOMPARE(pictures.at(1).at(2).toByteArray(), QByteArray("bytes again"));
-}
-
 void TstContactService::announcesNoPictureAtOnce()
 {
     QSignalSpy pictures(m_service.get(), &ContactService::displayPictureUpdated);
@@ -221,7 +176,7 @@ void TstContactService::fallsSilentWhileAccessIsLost()
     compareWithDefaults(*m_service);
     m_desk.changeState(QStringLiteral("Success"));
     QTRY_COMPARE(counts.size(), 2);
-    QCOMPARE(m_service->contactCount(), 3);
+    QCOMPARE(m_service->contactCount(), 4);
 }
 
 void TstContactService::showsWhatIsThereToALaterService()

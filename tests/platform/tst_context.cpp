@@ -18,17 +18,13 @@ private Q_SLOTS:
 
     void knowsNothingBeforeTheServiceSpeaks();
     void refusesANullUuid();
-    void announcesNoEmptyState();
     void announcesTheFirstState();
     void registersWithItsUuid();
-    void registersOnlyInStatesThatAllowIt_data();
     void registersOnlyInStatesThatAllowIt();
     void announcesAStateOnceToEveryContext();
-    void readsAPermissionRecordThatLacksMembers();
     void maySpinAnEventLoopInASlot();
     void mayBeDestroyedInItsOwnSlot();
     void holdsAllowedBackUntilProfileAndPictureAreThere();
-    void announcesAllowedOnceMoreAfterAnotherState();
 
 private:
     static QList<State> statesOf(const QSignalSpy& spy)
@@ -96,11 +92,8 @@ void TstContext::registersWithItsUuid()
                                                    "\"6f8d2c4e-5b0a-4a37-9d0e-0c8f3f1f2a10\",\"silent\":true}}"));
 }
 
-void TstContext::registersOnlyInStatesThatAllowIt_data()
+void TstContext::registersOnlyInStatesThatAllowIt()
 {
-    QTest::addColumn<QString>("word");
-    QTest::addColumn<State>("state");
-    QTest::addColumn<bool>("allowed");
     const struct
     {
         const char* word;
@@ -127,24 +120,16 @@ void TstContext::registersOnlyInStatesThatAllowIt_data()
                 {"MaxAppsReached", RegistrationState::Unknown, false},
                 {"unregistered", RegistrationState::Unknown, false},
                 {"Success ", RegistrationState::Unknown, false}};
-    for (const auto& row : rows)
-        QTest::newRow(row.word) << QString::fromLatin1(row.word) << row.state << row.allowed;
-}
-
-void TstContext::registersOnlyInStatesThatAllowIt()
-{
-    QFETCH(QString, word);
-    QFETCH(State, state);
-    QFETCH(bool, allowed);
-    m_desk.changeState(word);
-    QVERIFY(m_desk.settle());
-    QCOMPARE(m_context->registrationState(), state);
-    QVERIFY(!m_context->isAccessAllowed());
-
-    QCOMPARE(m_context->requestRegisterApplication(), allowed);
-    if (allowed)
-        QVERIFY(m_desk.core.nextMessage().startsWith("{\"registrationRequest\":"));
-    QVERIFY(m_desk.nothingWritten());
+    for (const auto& [word, state, allowed] : rows) {
+        m_desk.changeState(QString::fromLatin1(word));
+        QVERIFY(m_desk.settle());
+        QVERIFY2(m_context->registrationState() == state, word);
+        QVERIFY2(!m_context->isAccessAllowed(), word);
+        QVERIFY2(m_context->requestRegisterApplication() == allowed, word);
+        if (allowed)
+            QVERIFY(m_desk.core.nextMessage().startsWith("{\"registrationRequest\":"));
+        QVERIFY(m_desk.nothingWritten());
+    }
 }
 
 void TstContext::announcesAStateOnceToEveryContext()
@@ -165,28 +150,6 @@ void TstContext::announcesAStateOnceToEveryContext()
     QVERIFY(m_desk.settle());
     QCOMPARE(late.registrationState(), RegistrationState::Pending);
     QCOMPARE(lateStates.size(), 0);
-}
-
-void TstContext::announcesNoEmptyState()
-{
-    QSignalSpy states(m_context.get(), &Context::registrationStateUpdated);
-    m_desk.sendElements(QStringLiteral("listAdd"), QStringLiteral("global"),
-                        {ScriptedCore::json(R"({"name":"permission","value":{"zelSetup":true}})")});
-    QVERIFY(m_desk.settle());
-    QVERIFY(m_context->isZelSetup()); // the record has been read
-    QCOMPARE(m_context->registrationState(), RegistrationState::Unknown);
-    QVERIFY(!m_context->requestRegisterApplication());
-    QCOMPARE(states.size(), 0);
-}
-
-void TstContext::readsAPermissionRecordThatLacksMembers()
-{
-    QSignalSpy states(m_context.get(), &Context::registrationStateUpdated);
-    m_desk.sendElements(QStringLiteral("listChange"), QStringLiteral("global"),
-                        {ScriptedCore::json(R"({"name":"permission","value":{"registrationState":"Expired",
-                                            "showAppBox":"yes","zelSetup":1,"more":[{}]}})")});
-    QTRY_COMPARE(statesOf(states), QList<State>({RegistrationState::Expired}));
-    QVERIFY(!m_context->isZelSetup());
 }
 
 /// A dialog in a slot is ordinary: what arrives meanwhile is announced in the inner loop, before contexts that come
@@ -245,20 +208,6 @@ void TstContext::holdsAllowedBackUntilProfileAndPictureAreThere()
     QTRY_COMPARE(statesOf(states), QList<State>({RegistrationState::Allowed}));
     QVERIFY(m_desk.settle());
     QCOMPARE(states.size(), 1);
-}
-
-void TstContext::announcesAllowedOnceMoreAfterAnotherState()
-{
-    QSignalSpy states(m_context.get(), &Context::registrationStateUpdated);
-    m_desk.changeState(QStringLiteral("TemporaryError"));
-    QTRY_COMPARE(states.size(), 1);
-    QVERIFY(!m_context->isAccessAllowed());
-    m_desk.changeState(QStringLiteral("Success"));
-    QTRY_COMPARE(states.size(), 2);
-    QVERIFY(m_desk.settle());
-    QVERIFY(!m_context->requestRegisterApplication()); // it is
-    QVERIFY(m_desk.nothingWritten());
-    QCOMPARE(statesOf(states), QList<State>({RegistrationState::TemporaryError, RegistrationState::Allowed}));
 }
 
 QTEST_GUILESS_MAIN(TstContext)

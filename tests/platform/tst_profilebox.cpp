@@ -3,7 +3,6 @@
 
 #include <vx/platform/zel/ProfileBox.h>
 
-#include <QtCore/QCryptographicHash>
 #include <QtCore/QPointer>
 
 using namespace vx::platform::zel;
@@ -17,10 +16,8 @@ private Q_SLOTS:
     void answersDefaultsWithoutAccess();
     void holdsAllowedBackUntilTheBoxIsThere();
     void showsWhatTheBoxHeldBefore();
-    void asksForNewItems();
     void announcesItemsAsTheyComeAndGo();
     void asksForTheRemovalOfItems();
-    void registersAnIcon();
     void retrievesAnIcon();
     void mayBeDestroyedInItsOwnSlot();
     void answersDefaultsAfterItsContextIsGone();
@@ -115,19 +112,6 @@ void TstProfileBox::showsWhatTheBoxHeldBefore()
     QCOMPARE(m_box->item(QStringLiteral("none")), ProfileBoxItem());
 }
 
-void TstProfileBox::asksForNewItems()
-{
-    QVERIFY(m_box->requestAddItem(QStringLiteral("text"), 5, QStringLiteral("cookie")));
-    QCOMPARE(m_desk.core.nextMessage(),
-             QByteArray(R"({"createProfileBoxItem":{"text":"text","cookie":"cookie","imageId":"5"}})"));
-    QVERIFY(m_box->requestAddItem(QStringLiteral("text"), QString()));
-    QCOMPARE(m_desk.core.nextMessage(), QByteArray(R"({"createProfileBoxItem":{"text":"text","cookie":""}})"));
-    // True as well for what is refused on the way.
-    QVERIFY(m_box->requestAddItem(QString(), QString()));
-    QVERIFY(m_box->requestAddItem(QString(101, QLatin1Char('x')), 1, QString()));
-    QVERIFY(m_desk.nothingWritten());
-}
-
 void TstProfileBox::announcesItemsAsTheyComeAndGo()
 {
     ProfileBox second(m_context.get());
@@ -169,28 +153,6 @@ void TstProfileBox::asksForTheRemovalOfItems()
         sendItems(QStringLiteral("listRemove"), {item(QString::fromLatin1(id), QString())});
     QTRY_COMPARE(m_box->itemCount(), 0);
     QVERIFY(m_box->requestRemoveAllItems());
-    QVERIFY(m_desk.nothingWritten());
-}
-
-void TstProfileBox::registersAnIcon()
-{
-    QSignalSpy registered(m_box.get(), &ProfileBox::iconRegistered);
-    const QByteArray icon(32768, 'i');
-    const QByteArray hash = QCryptographicHash::hash(icon, QCryptographicHash::Sha1).toHex();
-    QVERIFY(m_box->requestRegisterIcon(7, ImageType::Png, icon));
-    QCOMPARE(m_desk.core.nextMessage(),
-             "{\"createProfileBoxImage\":{\"imageHash\":\"" + hash + "\",\"imageId\":\"7\"}}");
-    QVERIFY(!m_box->requestRegisterIcon(7, ImageType::Png, icon)); // under way
-
-    m_desk.sendElements(QStringLiteral("listAdd"), QStringLiteral("profileBoxImage"),
-                        {QJsonObject{{QStringLiteral("imageId"), QStringLiteral("7")},
-                                     {QStringLiteral("imageHash"), QString::fromLatin1(hash)}}});
-    QTRY_COMPARE(registered.size(), 1);
-    QCOMPARE(registered.at(0).at(0).toInt(), 7);
-    QVERIFY(!m_box->requestRegisterIcon(7, ImageType::Png, icon)); // taken
-    QVERIFY(!m_box->requestRegisterIcon(8, ImageType::Png, QByteArray()));
-    QVERIFY(!m_box->requestRegisterIcon(8, ImageType::Png, icon + 'i'));
-    QVERIFY(!m_box->requestRegisterIcon(-1, ImageType::Png, "i"));
     QVERIFY(m_desk.nothingWritten());
 }
 

@@ -20,8 +20,6 @@ private Q_SLOTS:
     void announcesEachChangeOnceAndInOrder();
     void keepsWhatNeverChanges();
     void writesOnlyTheFieldsThatChange();
-    void refusesPicturesOutsideTheLimits();
-    void carriesAPictureThereAndBack_data();
     void carriesAPictureThereAndBack();
     void takesAPictureFromAnotherDevice();
     void fallsSilentWhileAccessIsLost();
@@ -154,60 +152,48 @@ void TstUserProfile::writesOnlyTheFieldsThatChange()
     QCOMPARE(profile().statusMessage(), QStringLiteral("far out")); // shown when the service has taken it
 }
 
-void TstUserProfile::refusesPicturesOutsideTheLimits()
-{
-    QVERIFY(!profile().requestUpdateDisplayPicture(ImageType::Png, QByteArray()));
-    QVERIFY(!profile().requestUpdateDisplayPicture(ImageType::Png, QByteArray(32769, 'x')));
-    QVERIFY(m_desk.nothingWritten());
-}
-
-void TstUserProfile::carriesAPictureThereAndBack_data()
-{
-    QTest::addColumn<int>("size");
-    QTest::addColumn<ImageType::Type>("type");
-    QTest::addColumn<QByteArray>("mimeType");
-    QTest::addColumn<ImageType::Type>("announcedType");
-    QTest::newRow("one byte") << 1 << ImageType::Jpg << QByteArray("image/jpeg") << ImageType::Jpg;
-    QTest::newRow("one chunk") << 15360 << ImageType::Png << QByteArray("image/png") << ImageType::Png;
-    QTest::newRow("two chunks") << 15361 << ImageType::Gif << QByteArray("image/gif") << ImageType::Gif;
-    QTest::newRow("largest") << 32768 << ImageType::Bmp << QByteArray("image/bmp") << ImageType::Bmp;
-    QTest::newRow("unsupported") << 2 << ImageType::Unsupported << QByteArray("image/jpeg") << ImageType::Jpg;
-}
-
 void TstUserProfile::carriesAPictureThereAndBack()
 {
-    QFETCH(int, size);
-    QFETCH(ImageType::Type, type);
-    QFETCH(QByteArray, mimeType);
-    QFETCH(ImageType::Type, announcedType);
-    const QByteArray picture(size, static_cast<char>('a' + size % 26));
-    QSignalSpy pictures(&profile(), &UserProfile::displayPictureUpdated);
+    const struct
+    {
+        int size; // around one chunk, and the largest
+        ImageType::Type type;
+        QByteArray mimeType;
+        ImageType::Type announcedType;
+    } pictures[] = {{1, ImageType::Jpg, "image/jpeg", ImageType::Jpg},
+                    {15360, ImageType::Png, "image/png", ImageType::Png},
+                    {15361, ImageType::Gif, "image/gif", ImageType::Gif},
+                    {32768, ImageType::Bmp, "image/bmp", ImageType::Bmp},
+                    {2, ImageType::Unsupported, "image/jpeg", ImageType::Jpg}};
+    for (const auto& [size, type, mimeType, announcedType] : pictures) {
+        const QByteArray picture(size, static_cast<char>('a' + size % 26));
+        QSignalSpy updates(&profile(), &UserProfile::displayPictureUpdated);
+        QVERIFY(profile().requestUpdateDisplayPicture(type, picture));
+        const QByteArray change = "{\"avatarId\":\"" + hashOf(picture) + "\",\"avatarMimeType\":\"" + mimeType + "\"}";
+        QCOMPARE(m_desk.core.nextMessage(), changeRequest(change));
+        QVERIFY(!profile().requestUpdateDisplayPicture(ImageType::Png, "another")); // one at a time
 
-    QVERIFY(profile().requestUpdateDisplayPicture(type, picture));
-    const QByteArray change = "{\"avatarId\":\"" + hashOf(picture) + "\",\"avatarMimeType\":\"" + mimeType + "\"}";
-    QCOMPARE(m_desk.core.nextMessage(), changeRequest(change));
-    QVERIFY(!profile().requestUpdateDisplayPicture(ImageType::Png, "another")); // one at a time
+        m_desk.core.send(QStringLiteral("requestNewAvatarImage"), {{QStringLiteral("streamId"), QStringLiteral("s")}});
+        QByteArray received;
+        bool last = false;
+        while (!last) {
+            const auto chunk = ScriptedCore::json(m_desk.core.nextMessage()).value(QLatin1String("stream"));
+            QCOMPARE(chunk[QLatin1String("id")].toString(), QStringLiteral("s"));
+            QVERIFY(chunk[QLatin1String("value")].toString().size() <= 20480);
+            received += QByteArray::fromBase64(chunk[QLatin1String("value")].toString().toLatin1());
+            last = chunk[QLatin1String("last")].toBool();
+        }
+        QCOMPARE(received, picture);
 
-    m_desk.core.send(QStringLiteral("requestNewAvatarImage"), {{QStringLiteral("streamId"), QStringLiteral("s")}});
-    QByteArray received;
-    bool last = false;
-    while (!last) {
-        const auto chunk = ScriptedCore::json(m_desk.core.nextMessage()).value(QLatin1String("stream"));
-        QCOMPARE(chunk[QLatin1String("id")].toString(), QStringLiteral("s"));
-        QVERIFY(chunk[QLatin1String("value")].toString().size() <= 20480);
-        received += QByteArray::fromBase64(chunk[QLatin1String("value")].toString().toLatin1());
-        last = chunk[QLatin1String("last")].toBool();
+        m_desk.changeProfile(change);
+        QTRY_COMPARE(updates.size(), 1);
+        QCOMPARE(updates.at(0).at(0).value<ImageType::Type>(), announcedType);
+        QCOMPARE(updates.at(0).at(1).toByteArray(), picture);
+        QCOMPARE(profile().displayPicture(), picture);
+        QCOMPARE(profile().displayPictureMimeType(), announcedType);
+        QVERIFY(m_desk.settle());
+        QCOMPARE(updates.size(), 1);
     }
-    QCOMPARE(received, picture);
-
-    m_desk.changeProfile(change);
-    QTRY_COMPARE(pictures.size(), 1);
-    QCOMPARE(pictures.at(0).at(0).value<ImageType::Type>(), announcedType);
-    QCOMPARE(pictures.at(0).at(1).toByteArray(), picture);
-    QCOMPARE(profile().displayPicture(), picture);
-    QCOMPARE(profile().displayPictureMimeType(), announcedType);
-    QVERIFY(m_desk.settle());
-    QCOMPARE(pictures.size(), 1);
 }
 
 void TstUserProfile::takesAPictureFromAnotherDevice()

@@ -16,7 +16,6 @@ private Q_SLOTS:
     void asksForEcoIdsAndTheirStatus();
     void passesOnAnswersAsTheyCome();
     void readsEveryStatus();
-    void handsInvitationsAndChatsOver();
     void mayBeDestroyedInItsOwnSlot();
     void refusesEverythingAfterItsContextIsGone();
 
@@ -51,7 +50,7 @@ void TstUtils::refusesEverythingWithoutAccess()
 void TstUtils::asksForEcoIdsAndTheirStatus()
 {
     QVERIFY(m_utils->requestEcoId(QStringLiteral("p \"1\"")));
-    QCOMPARE(m_desk.core.nextMessage(), QByteArray(R"({"requestEcoId":{"ppid":"p \"1\""}})"));
+    QCOMPARE(m_desk.core.nextMessage(), QByteArray("{\"requestEcoId\":{\"ppid\":\"p \\\"1\\\"\"}}"));
     QVERIFY(m_utils->requestEcoIdStatus(QStringLiteral("e")));
     QCOMPARE(m_desk.core.nextMessage(), QByteArray(R"({"requestEcoIdStatus":{"ecoId":"e"}})"));
     QVERIFY(!m_utils->requestEcoIdStatus(QString()));
@@ -90,41 +89,6 @@ void TstUtils::readsEveryStatus()
         QTRY_COMPARE(answers.size(), 1);
         QCOMPARE(answers.at(0).at(0).toString(), QStringLiteral("e"));
         QCOMPARE(answers.at(0).at(1).value<EcoIdStatus::Type>(), status);
-    }
-}
-
-void TstUtils::handsInvitationsAndChatsOver()
-{
-    const auto invite = [this] {
-        return m_utils->sendContactInvitation(QStringLiteral("e"), QStringLiteral("Ada"), QStringLiteral("\"Hi\"\n"));
-    };
-    const auto chat = [this] { return m_utils->invokeChat(QStringLiteral("e")); };
-    QVERIFY(!invite()); // nobody takes it
-    QVERIFY(!chat());
-
-    const struct
-    {
-        std::function<bool()> invoke;
-        QString target;
-        QString action;
-        QString data;
-    } rows[] = {{invite, QStringLiteral("sys.socialplatform"), QStringLiteral("vx.action.INVITEZEL"),
-                 QStringLiteral("{\"contactInvitation\":{\"ecoid\":\"e\",\"display_name\":\"Ada\","
-                                "\"invite_msg\":\"\\\"Hi\\\"\\n\"}}")},
-                {chat, QStringLiteral("sys.zel.chathandler"), QStringLiteral("vx.action.ZELCHAT"),
-                 QStringLiteral("{\"contactChat\":{\"ecoid\":\"e\"}}")}};
-    for (const auto& row : rows) {
-        vx::system::ObjectServer target;
-        QVERIFY(target.listen(QStringLiteral("/pps/services/invocation/") + row.target, nullptr));
-        QSignalSpy records(&target, &vx::system::ObjectServer::recordReceived);
-        QVERIFY(row.invoke());
-        QTRY_COMPARE(records.size(), 1);
-        const QJsonObject request = ScriptedCore::json(records.at(0).at(1).toByteArray());
-        QCOMPARE(request.value(QLatin1String("target")).toString(), row.target);
-        QCOMPARE(request.value(QLatin1String("action")).toString(), row.action);
-        QCOMPARE(request.value(QLatin1String("mimeType")).toString(),
-                 QStringLiteral("application/vnd.socialplatform.data"));
-        QCOMPARE(request.value(QLatin1String("data")).toString(), row.data);
     }
 }
 

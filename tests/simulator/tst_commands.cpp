@@ -8,6 +8,7 @@
 #include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
 
+using namespace Qt::StringLiterals;
 using zelcore::Commands;
 using zelcore::Scenario;
 using zelcore::Simulator;
@@ -50,47 +51,46 @@ private Q_SLOTS:
     {
         Simulator simulator;
         const QStringList lines{
-            QStringLiteral("contact add anna displayName=\"Anna B.\" showBusy=on clientVersion=7"),
-            QStringLiteral("contact add boris installed=off"),
-            QStringLiteral("contact install boris"),
-            QStringLiteral("contact uninstall anna"),
-            QStringLiteral("contact change boris personalMessage='x = \"y\"'"),
-            QStringLiteral("contact picture boris 1000"),
-            QStringLiteral("generate 5 2"),
-            QStringLiteral("profile displayName \"Robin the 2nd\""),
-            QStringLiteral("picture none"),
-            QStringLiteral("permission zelInvites off"),
-            QStringLiteral("state BlockedByUser"),
-            QStringLiteral("registration manual"),
-            QStringLiteral("box icon 3 500"),
-            QStringLiteral("box add \"two\\nlines\" c 3"),
-            QStringLiteral("box change item-1 cookie=d icon="),
-            QStringLiteral("box icon 3 none"),
-            QStringLiteral("eco pp-x eco-y"),
-            QStringLiteral("eco-status eco-y ContactExists"),
-            QStringLiteral("rate 0"),
-            QStringLiteral("drop"),
-            QStringLiteral("delay 10 listAdd"),
-            QStringLiteral("   "),
+            u"contact add anna displayName=\"Anna B.\" showBusy=on clientVersion=7"_s,
+            u"contact add boris installed=off"_s,
+            u"contact install boris"_s,
+            u"contact uninstall anna"_s,
+            u"contact change boris personalMessage='x = \"y\"'"_s,
+            u"contact picture boris 1000"_s,
+            u"generate 5 2"_s,
+            u"profile displayName \"Robin the 2nd\""_s,
+            u"picture none"_s,
+            u"permission zelInvites off"_s,
+            u"state BlockedByUser"_s,
+            u"registration manual"_s,
+            u"box icon 3 500"_s,
+            u"box add \"two\\nlines\" c 3"_s,
+            u"box change item-1 cookie=d icon="_s,
+            u"box icon 3 none"_s,
+            u"eco pp-x eco-y"_s,
+            u"eco-status eco-y ContactExists"_s,
+            u"rate 0"_s,
+            u"drop"_s,
+            u"delay 10 listAdd"_s,
+            u"   "_s,
         };
         for (const QString& line : lines) {
             QString reply;
-            QVERIFY2(simulator.execute(line, &reply), qPrintable(line + QStringLiteral(": ") + reply));
+            QVERIFY2(simulator.execute(line, &reply), qPrintable(line + u": "_s + reply));
         }
         QCOMPARE(simulator.contacts().size(), 6);
         QCOMPARE(simulator.contactCount(), 7);
-        QCOMPARE(simulator.contact(QStringLiteral("anna")).displayName, QStringLiteral("Anna B."));
-        QCOMPARE(simulator.contact(QStringLiteral("anna")).clientVersion, 7);
-        QVERIFY(simulator.contact(QStringLiteral("anna")).showBusy);
-        const zelcore::Person boris = simulator.contact(QStringLiteral("boris"));
-        QCOMPARE(boris.personalMessage, QStringLiteral("x = \"y\""));
+        QCOMPARE(simulator.contact(u"anna"_s).displayName, u"Anna B."_s);
+        QCOMPARE(simulator.contact(u"anna"_s).clientVersion, 7);
+        QVERIFY(simulator.contact(u"anna"_s).showBusy);
+        const zelcore::Person boris = simulator.contact(u"boris"_s);
+        QCOMPARE(boris.personalMessage, u"x = \"y\""_s);
         QCOMPARE(simulator.picture(boris.avatarId).size(), 1000);
-        QCOMPARE(simulator.profile().displayName, QStringLiteral("Robin the 2nd"));
+        QCOMPARE(simulator.profile().displayName, u"Robin the 2nd"_s);
         QCOMPARE(simulator.profile().avatarId, QString());
         QCOMPARE(simulator.permissions(), (zelcore::Permissions{true, false, true}));
-        QCOMPARE(simulator.registrationState(), QStringLiteral("BlockedByUser"));
-        QCOMPARE(simulator.boxItems(), (QList<zelcore::BoxItem>{{QStringLiteral("item-1"), QStringLiteral("two\nlines"),
-                                                                 QStringLiteral("d"), QString()}}));
+        QCOMPARE(simulator.registrationState(), u"BlockedByUser"_s);
+        QCOMPARE(simulator.boxItems(), (QList<zelcore::BoxItem>{{u"item-1"_s, u"two\nlines"_s, u"d"_s, QString()}}));
         QVERIFY(simulator.boxIcons().isEmpty());
     }
 
@@ -151,18 +151,18 @@ private Q_SLOTS:
         file.close();
         QString problem;
         QVERIFY2(simulator.loadScenario(file.fileName(), &problem), qPrintable(problem));
-        QCOMPARE(simulator.profile().displayName, QStringLiteral("Before"));
-        QCOMPARE(simulator.contacts().first().handle, QStringLiteral("anna"));
+        QCOMPARE(simulator.profile().displayName, u"Before"_s);
+        QCOMPARE(simulator.contacts().first().handle, u"anna"_s);
         QSignalSpy executed(&simulator, &Simulator::commandExecuted);
         QVERIFY(simulator.start());
         QTRY_COMPARE(executed.size(), 1);
-        QCOMPARE(simulator.profile().displayName, QStringLiteral("First"));
-        simulator.setRegistrationState(QStringLiteral("Success"));
+        QCOMPARE(simulator.profile().displayName, u"First"_s);
+        simulator.setRegistrationState(u"Success"_s);
         QTRY_COMPARE(executed.size(), 3);
-        QCOMPARE(executed.at(1).first().toString(), QStringLiteral("profile displayName Second"));
-        QCOMPARE(simulator.profile().displayName, QStringLiteral("Third"));
+        QCOMPARE(executed.at(1).first().toString(), u"profile displayName Second"_s);
+        QCOMPARE(simulator.profile().displayName, u"Third"_s);
         // Only the first registration counts.
-        simulator.setRegistrationState(QStringLiteral("Success"));
+        simulator.setRegistrationState(u"Success"_s);
         QTRY_COMPARE(executed.size(), 3);
     }
 
@@ -183,8 +183,8 @@ private Q_SLOTS:
             QVERIFY2(problem.contains(QLatin1String(hint)), qPrintable(problem));
         }
         Simulator simulator;
-        QVERIFY(!simulator.loadScenario(QStringLiteral("no such scenario"), &problem));
-        QVERIFY(problem.contains(QLatin1String("first-steps")));
+        QVERIFY(!simulator.loadScenario(u"no such scenario"_s, &problem));
+        QVERIFY(problem.contains("first-steps"_L1));
     }
 };
 

@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "RawApplication.h"
 
+#include <common/SeededRandom.h>
+
 #include <zelcore/Simulator.h>
 
 #include <QtCore/QMap>
-#include <QtCore/QRandomGenerator>
 #include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
 
+using namespace Qt::StringLiterals;
 using zelcore::Person;
 using zelcore::Simulator;
 
@@ -23,15 +25,15 @@ struct Mirror
     {
         const QString what = message.keys().value(0);
         const QJsonObject body = message.value(what).toObject();
-        const QString list = body.value(QLatin1String("type")).toString();
-        for (const QJsonValue value : body.value(QLatin1String("elements")).toArray()) {
+        const QString list = body.value("type"_L1).toString();
+        for (const QJsonValue value : body.value("elements"_L1).toArray()) {
             const QJsonObject element = value.toObject();
-            const QString id = element.value(QLatin1String("userId")).toString();
-            if (list == QLatin1String("platformContact") && what == QLatin1String("listAdd"))
+            const QString id = element.value("userId"_L1).toString();
+            if (list == "platformContact"_L1 && what == "listAdd"_L1)
                 ids.append(id);
-            else if (list == QLatin1String("platformContact") && what == QLatin1String("listRemove"))
+            else if (list == "platformContact"_L1 && what == "listRemove"_L1)
                 ids.removeOne(id);
-            else if (list == QLatin1String("platformUser"))
+            else if (list == "platformUser"_L1)
                 merge(id, element);
         }
     }
@@ -48,10 +50,8 @@ QJsonObject keysRequest(const QStringList& userIds)
 {
     QJsonArray elements;
     for (const QString& id : userIds)
-        elements.append(QJsonObject{{QStringLiteral("userId"), id}});
-    return {{QStringLiteral("cookie"), QStringLiteral("12345")},
-            {QStringLiteral("elements"), elements},
-            {QStringLiteral("type"), QStringLiteral("platformUser")}};
+        elements.append(QJsonObject{{u"userId"_s, id}});
+    return {{u"cookie"_s, u"12345"_s}, {u"elements"_s, elements}, {u"type"_s, u"platformUser"_s}};
 }
 
 } // namespace
@@ -89,23 +89,23 @@ private Q_SLOTS:
         QVERIFY(chunks > 1);
         QStringList wanted;
         for (int i = 0; i < people.size(); ++i) {
-            const QString id = ids.at(i).toObject().value(QLatin1String("userId")).toString();
+            const QString id = ids.at(i).toObject().value("userId"_L1).toString();
             QCOMPARE(id, people.at(i).userId);
             if (i < 2000) // a request must fit one record, too
                 wanted.prepend(id);
         }
 
         // Many records at once, in the order asked for.
-        QVERIFY(m_application->send(QStringLiteral("requestListElements"), keysRequest(wanted)));
+        QVERIFY(m_application->send(u"requestListElements"_s, keysRequest(wanted)));
         const QJsonArray records = m_application->transfer("listElements", &chunks);
         QCOMPARE(records.size(), wanted.size());
         QVERIFY(chunks > 10);
         for (int i = 0; i < records.size(); ++i) {
             const QJsonObject record = records.at(i).toObject();
             const Person& person = people.at(wanted.size() - 1 - i);
-            QCOMPARE(record.value(QLatin1String("userId")).toString(), person.userId);
-            QCOMPARE(record.value(QLatin1String("displayName")).toString(), person.displayName);
-            QCOMPARE(record.value(QLatin1String("clientVersion")).toInt(), person.clientVersion);
+            QCOMPARE(record.value("userId"_L1).toString(), person.userId);
+            QCOMPARE(record.value("displayName"_L1).toString(), person.displayName);
+            QCOMPARE(record.value("clientVersion"_L1).toInt(), person.clientVersion);
         }
         for (const QByteArray& record : std::as_const(m_application->records))
             QVERIFY(record.size() <= 65536);
@@ -118,19 +118,17 @@ private Q_SLOTS:
         m_application->send("requestListAll", "{\"type\":\"platformContact\"}");
         QVERIFY(m_application->transfer("listAll", &chunks).isEmpty());
         QCOMPARE(chunks, 1);
-        m_application->send(QStringLiteral("requestListElements"), keysRequest({QStringLiteral("nobody")}));
+        m_application->send(u"requestListElements"_s, keysRequest({u"nobody"_s}));
         QVERIFY(m_application->transfer("listElements", &chunks).isEmpty());
         QCOMPARE(chunks, 1);
-        m_application->send(QStringLiteral("requestListElements"), keysRequest({}));
+        m_application->send(u"requestListElements"_s, keysRequest({}));
         QVERIFY(m_application->transfer("listElements", &chunks).isEmpty());
         QCOMPARE(chunks, 1);
     }
 
     void announcesEveryChangeSoThatAMirrorStaysEqual()
     {
-        const quint32 seed = QRandomGenerator::global()->generate();
-        qInfo("seed %u", seed);
-        QRandomGenerator random(seed);
+        QRandomGenerator random = seededRandom();
         Mirror mirror;
         QStringList handles;
         for (int step = 0; step < 400; ++step) {
@@ -138,12 +136,12 @@ private Q_SLOTS:
             const QString handle = handles.isEmpty() ? QString() : handles.at(random.bounded(int(handles.size())));
             if (what < 4 || handles.isEmpty()) {
                 Person person;
-                person.handle = QStringLiteral("h%1").arg(step);
+                person.handle = u"h%1"_s.arg(step);
                 const bool installed = random.bounded(3) != 0;
                 const QString id = m_simulator->addContact(person, installed);
                 QVERIFY(!id.isEmpty());
                 // The records are not announced; an application asks for them.
-                m_application->send(QStringLiteral("requestListElements"), keysRequest({id}));
+                m_application->send(u"requestListElements"_s, keysRequest({id}));
                 handles.append(person.handle);
             } else if (what < 7) {
                 Person person = m_simulator->contact(handle);
@@ -167,23 +165,22 @@ private Q_SLOTS:
         for (const Person& person : m_simulator->contacts()) {
             ids.append(person.userId);
             const QJsonObject record = mirror.records.value(person.userId);
-            QCOMPARE(record.value(QLatin1String("displayName")).toString(), person.displayName);
-            QCOMPARE(record.value(QLatin1String("showBusy")).toBool(), person.showBusy);
+            QCOMPARE(record.value("displayName"_L1).toString(), person.displayName);
+            QCOMPARE(record.value("showBusy"_L1).toBool(), person.showBusy);
         }
         QCOMPARE(mirror.ids, ids);
     }
 
     void announcesOnlyTheMembersThatDiffer()
     {
-        m_simulator->addContact(QStringLiteral("Anna"));
+        m_simulator->addContact(u"Anna"_s);
         m_application->drain();
-        Person anna = m_simulator->contact(QStringLiteral("anna"));
-        anna.personalMessage = QStringLiteral("„Grüße“ \"zitiert\"\n🙂");
+        Person anna = m_simulator->contact(u"anna"_s);
+        anna.personalMessage = u"„Grüße“ \"zitiert\"\n🙂"_s;
         m_simulator->changeContact(anna);
         m_simulator->changeContact(anna);
-        QCOMPARE(m_application->take("listChange").value(QLatin1String("elements")).toArray().at(0).toObject(),
-                 (QJsonObject{{QStringLiteral("userId"), QStringLiteral("user-anna")},
-                              {QStringLiteral("personalMessage"), anna.personalMessage}}));
+        QCOMPARE(m_application->take("listChange").value("elements"_L1).toArray().at(0).toObject(),
+                 (QJsonObject{{u"userId"_s, u"user-anna"_s}, {u"personalMessage"_s, anna.personalMessage}}));
         QCOMPARE(m_application->drain(), QStringList());
     }
 
@@ -202,17 +199,17 @@ private Q_SLOTS:
     void refusesContactsThatCannotBe()
     {
         QSignalSpy refused(m_simulator.get(), &Simulator::refused);
-        QVERIFY(!m_simulator->addContact(QStringLiteral("Anna")).isEmpty());
-        Person twin = m_simulator->contact(QStringLiteral("anna"));
+        QVERIFY(!m_simulator->addContact(u"Anna"_s).isEmpty());
+        Person twin = m_simulator->contact(u"anna"_s);
         QVERIFY(m_simulator->addContact(twin).isEmpty());
-        twin.userId = QStringLiteral("another");
+        twin.userId = u"another"_s;
         QVERIFY(m_simulator->addContact(twin).isEmpty());
         QVERIFY(m_simulator->addContact(Person()).isEmpty());
         Person giant;
-        giant.handle = QStringLiteral("giant");
+        giant.handle = u"giant"_s;
         giant.personalMessage = QString(70000, QLatin1Char('x'));
         QVERIFY(m_simulator->addContact(giant).isEmpty());
-        QVERIFY(!m_simulator->removeContact(QStringLiteral("nobody")));
+        QVERIFY(!m_simulator->removeContact(u"nobody"_s));
         QCOMPARE(refused.size(), 5);
         QCOMPARE(m_simulator->contactCount(), 1);
     }
@@ -223,8 +220,7 @@ private Q_SLOTS:
         m_application->drain();
         m_simulator->setActivity(Simulator::Activity::Changes, 1000, 9);
         for (int i = 0; i < 200; ++i)
-            QCOMPARE(m_application->take("listChange").value(QLatin1String("type")).toString(),
-                     QStringLiteral("platformUser"));
+            QCOMPARE(m_application->take("listChange").value("type"_L1).toString(), u"platformUser"_s);
         m_simulator->setActivity(Simulator::Activity::Uninstalls, 1000, 9);
         QTRY_VERIFY(m_simulator->contacts().isEmpty());
         m_simulator->setActivity(Simulator::Activity::Installs, 1000, 9);

@@ -8,6 +8,8 @@
 
 #include <csignal>
 
+using namespace Qt::StringLiterals;
+
 /// zelcore-sim, as it is run from a shell.
 class TstProgram : public QObject
 {
@@ -30,7 +32,7 @@ private Q_SLOTS:
 
     void saysWhereItServesAndTakesCommands()
     {
-        run({QStringLiteral("--contacts"), QStringLiteral("20"), QStringLiteral("--seed"), QStringLiteral("4")});
+        run({u"--contacts"_s, u"20"_s, u"--seed"_s, u"4"_s});
         m_program->write("contacts\nnonsense\ncontact add anna\n");
         QVERIFY(waitForOutput("20 contacts, 20 of them run the application\n"));
         QVERIFY(waitForErrors("\"nonsense\" is not a command"));
@@ -68,7 +70,7 @@ private Q_SLOTS:
 
     void showsBothDirectionsAndInvocations()
     {
-        run({QStringLiteral("--trace"), QStringLiteral("--scenario"), QStringLiteral("first-steps")});
+        run({u"--trace"_s, u"--scenario"_s, u"first-steps"_s});
         RawApplication application(m_folder->path());
         application.begin();
         application.send("requestUserAvatar", "{\"userId\":\"user-anna\",\"streamId\":\"s\"}");
@@ -83,10 +85,10 @@ private Q_SLOTS:
 
     void refusesWrongUse()
     {
-        const QList<QPair<QStringList, int>> wrong{{{QStringLiteral("--contacts"), QStringLiteral("many")}, 2},
-                                                   {{QStringLiteral("word")}, 2},
-                                                   {{QStringLiteral("--scenario"), QStringLiteral("nowhere")}, 1},
-                                                   {{QStringLiteral("--root"), QStringLiteral("/proc/none")}, 1}};
+        const QList<QPair<QStringList, int>> wrong{{{u"--contacts"_s, u"many"_s}, 2},
+                                                   {{u"word"_s}, 2},
+                                                   {{u"--scenario"_s, u"nowhere"_s}, 1},
+                                                   {{u"--root"_s, u"/proc/none"_s}, 1}};
         for (const auto& [arguments, status] : wrong) {
             m_program->start(QStringLiteral(ZELCORE_SIM), arguments);
             QVERIFY(m_program->waitForFinished());
@@ -97,12 +99,11 @@ private Q_SLOTS:
     }
 
 private:
-    QString socket() const { return m_folder->path() + QStringLiteral("/services/zelcore/platform"); }
+    QString socket() const { return m_folder->path() + u"/services/zelcore/platform"_s; }
 
     void run(const QStringList& arguments)
     {
-        m_program->start(QStringLiteral(ZELCORE_SIM),
-                         QStringList{QStringLiteral("--root"), m_folder->path()} + arguments);
+        m_program->start(QStringLiteral(ZELCORE_SIM), QStringList{u"--root"_s, m_folder->path()} + arguments);
         QVERIFY(waitForOutput("export PPS_ROOT=" + m_folder->path().toUtf8() + '\n'));
     }
 

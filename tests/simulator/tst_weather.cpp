@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "RawApplication.h"
 
+#include <common/SeededRandom.h>
+
 #include <zelcore/Simulator.h>
 
 #include <QtCore/QFileInfo>
-#include <QtCore/QRandomGenerator>
 #include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
 
+using namespace Qt::StringLiterals;
 using zelcore::Simulator;
 
 namespace {
@@ -75,17 +77,16 @@ private Q_SLOTS:
         m_simulator->injectFault(Simulator::Fault::Duplicate);
         m_simulator->injectFault(Simulator::Fault::Delay, 20);
         // Ordered for another type, it waits for that.
-        m_simulator->injectFault(Simulator::Fault::Drop, 0, QStringLiteral("requestEcoIdStatusResponse"));
+        m_simulator->injectFault(Simulator::Fault::Drop, 0, u"requestEcoIdStatusResponse"_s);
         for (const char* number : {"1", "2", "3", "4"})
-            m_application->send(QStringLiteral("requestEcoId"), {{QStringLiteral("ppid"), QLatin1String(number)}});
+            m_application->send(u"requestEcoId"_s, {{u"ppid"_s, QLatin1String(number)}});
         QStringList answered;
         while (answered.size() < 4)
-            answered.append(m_application->take("requestEcoIdResponse").value(QLatin1String("ppid")).toString());
-        QCOMPARE(answered.join(QLatin1Char(' ')), QStringLiteral("2 2 4 3"));
+            answered.append(m_application->take("requestEcoIdResponse").value("ppid"_L1).toString());
+        QCOMPARE(answered.join(QLatin1Char(' ')), u"2 2 4 3"_s);
         m_application->send("requestEcoIdStatus", "{\"ecoId\":\"1\"}");
         m_application->send("requestEcoIdStatus", "{\"ecoId\":\"2\"}");
-        QCOMPARE(m_application->take("requestEcoIdStatusResponse").value(QLatin1String("ecoId")).toString(),
-                 QStringLiteral("2"));
+        QCOMPARE(m_application->take("requestEcoIdStatusResponse").value("ecoId"_L1).toString(), u"2"_s);
     }
 
     void cutsAndGarblesRecords()
@@ -93,9 +94,9 @@ private Q_SLOTS:
         m_simulator->injectFault(Simulator::Fault::Truncate, 30);
         m_simulator->injectFault(Simulator::Fault::Garble);
         m_simulator->injectFault(Simulator::Fault::Truncate, 0);
-        m_simulator->sendMessage(QStringLiteral("first"), {});
-        m_simulator->sendMessage(QStringLiteral("second"), {{QStringLiteral("key"), QStringLiteral("value")}});
-        m_simulator->sendMessage(QStringLiteral("third"), {});
+        m_simulator->sendMessage(u"first"_s, {});
+        m_simulator->sendMessage(u"second"_s, {{u"key"_s, u"value"_s}});
+        m_simulator->sendMessage(u"third"_s, {});
         m_simulator->sendRecord("@platform\n");
         QTRY_COMPARE(m_application->unreadable, 4);
         QCOMPARE(m_application->records.at(0).size(), 30);
@@ -109,8 +110,8 @@ private Q_SLOTS:
     {
         m_simulator->generateContacts(3, 1);
         m_application->send("registrationRequest", silentRequest);
-        QCOMPARE(m_application->nextState(), QStringLiteral("Success"));
-        const QString path = m_simulator->root() + QStringLiteral("/services/zelcore/platform");
+        QCOMPARE(m_application->nextState(), u"Success"_s);
+        const QString path = m_simulator->root() + u"/services/zelcore/platform"_s;
         m_simulator->goAway();
         QTRY_VERIFY(m_application->closed);
         QVERIFY(!QFileInfo::exists(path));
@@ -120,24 +121,22 @@ private Q_SLOTS:
         // What happens meanwhile is part of what is told.
         m_simulator->uninstallApplication(m_simulator->contacts().first().handle);
         zelcore::Person changed = m_simulator->contacts().first();
-        changed.displayName = QStringLiteral("Changed meanwhile");
+        changed.displayName = u"Changed meanwhile"_s;
         m_simulator->changeContact(changed);
 
         QVERIFY(m_simulator->comeBack());
         m_application->messages.clear();
         QVERIFY(m_application->reconnect(m_simulator->root()));
-        const QJsonArray globals = m_application->take("listAdd").value(QLatin1String("elements")).toArray();
+        const QJsonArray globals = m_application->take("listAdd").value("elements"_L1).toArray();
         QCOMPARE(globals.size(), 2);
-        QCOMPARE(
-            globals.at(0).toObject().value(QLatin1String("value")).toObject().value(QLatin1String("registrationState")),
-            QStringLiteral("Success"));
-        const QJsonArray records = m_application->take("listAdd").value(QLatin1String("elements")).toArray();
+        QCOMPARE(globals.at(0).toObject().value("value"_L1).toObject().value("registrationState"_L1), u"Success"_s);
+        const QJsonArray records = m_application->take("listAdd").value("elements"_L1).toArray();
         QCOMPARE(records.size(), 2);
-        QCOMPARE(records.at(0).toObject().value(QLatin1String("displayName")).toString(), changed.displayName);
+        QCOMPARE(records.at(0).toObject().value("displayName"_L1).toString(), changed.displayName);
         QCOMPARE(m_application->transfer("listAll").size(), 2); // contacts
         QCOMPARE(m_application->transfer("listAll").size(), 0); // items
         QCOMPARE(m_application->transfer("listAll").size(), 0); // icons
-        QCOMPARE(m_simulator->registrationState(), QStringLiteral("Success"));
+        QCOMPARE(m_simulator->registrationState(), u"Success"_s);
     }
 
     void tellsNothingUnaskedToAnApplicationThatStarts()
@@ -158,14 +157,13 @@ private Q_SLOTS:
         returning.send("requestListAll", "{\"type\":\"platformContact\"}");
         QStringList lists;
         while (lists.size() < 3)
-            lists.append(returning.take("listAll").value(QLatin1String("type")).toString());
-        QCOMPARE(lists, (QStringList{QStringLiteral("platformContact"), QStringLiteral("profileBoxItem"),
-                                     QStringLiteral("profileBoxImage")}));
+            lists.append(returning.take("listAll").value("type"_L1).toString());
+        QCOMPARE(lists, (QStringList{u"platformContact"_s, u"profileBoxItem"_s, u"profileBoxImage"_s}));
     }
 
     void endsAndStartsAgainWithTheSameWorld()
     {
-        m_simulator->addContact(QStringLiteral("Anna"));
+        m_simulator->addContact(u"Anna"_s);
         m_simulator->stop();
         QVERIFY(!m_simulator->isRunning());
         QVERIFY(!m_simulator->comeBack());
@@ -192,7 +190,7 @@ private Q_SLOTS:
     {
         QObject::connect(m_simulator.get(), &Simulator::messageReceived, this,
                          [this](int, const QString& type, const QByteArray&) {
-                             if (type != QLatin1String("registrationRequest"))
+                             if (type != "registrationRequest"_L1)
                                  return;
                              m_application->disconnect();
                              QVERIFY(QTest::qWaitFor([this] { return m_simulator->clientCount() == 0; }));
@@ -206,9 +204,7 @@ private Q_SLOTS:
 
     void refusesNonsenseWithOneLineAndGoesOn()
     {
-        const quint32 seed = QRandomGenerator::global()->generate();
-        qInfo("seed %u", seed);
-        QRandomGenerator random(seed);
+        QRandomGenerator random = seededRandom();
         QSignalSpy refused(m_simulator.get(), &Simulator::refused);
         for (int i = 0; i < 3000; ++i) {
             QVERIFY(m_application->sendRecord(nonsense(random)));

@@ -6,9 +6,7 @@
 #include <common/SlogCapture.h>
 
 #include <QCryptographicHash>
-#include <QJsonArray>
 #include <QJsonDocument>
-#include <QJsonObject>
 #include <QTest>
 
 using zelsplib::Avatar;

@@ -8,6 +8,7 @@
 #include <QTest>
 
 #include <algorithm>
+#include <functional>
 
 using Services =
     zelsplib::ZELSPServices<RecordingRegistration, RecordingUserProfile, RecordingContactList, RecordingConnections,
