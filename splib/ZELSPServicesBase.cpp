@@ -87,7 +87,7 @@ void ZELSPServicesBase::contactsIsReady()
 {
     m_contactsReady = true;
     if (m_registered && m_successPushed)
-        contactManager()->getContactList();
+        pushContactList();
 }
 
 bool ZELSPServicesBase::prv_profileBoxIsReady() const
@@ -113,12 +113,17 @@ void ZELSPServicesBase::prv_pushRegistarationSuccess(const QString& trigger)
 void ZELSPServicesBase::pushSuccessOnce()
 {
     m_successPushed = true;
-    // Contacts that become ready while the application handles its success, in an event loop of its own, are told
-    // by contactsIsReady(); telling them here again would double the list.
-    const bool contactsWereReady = m_contactsReady;
     globalsManager()->pushRegistrationEvent(QStringLiteral("Success"));
-    if (contactsWereReady)
-        contactManager()->getContactList();
+    // Contacts that became ready meanwhile, in an event loop of the application's own, were told to whoever listened
+    // by then: again only if somebody has come since.
+    if (m_contactsReady && contactManager()->listenersSoFar() != m_listenersTold)
+        pushContactList();
+}
+
+void ZELSPServicesBase::pushContactList()
+{
+    m_listenersTold = contactManager()->listenersSoFar();
+    contactManager()->getContactList();
 }
 
 } // namespace zelsplib

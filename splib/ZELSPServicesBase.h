@@ -16,7 +16,9 @@ class ProfileBoxManagerBase;
 /// The readiness gates of ZELSPServices: when an application may register, and when it counts as registered.
 ///
 /// "Success" is told only once the own profile, its picture and, where it may be shown, the profile box are there;
-/// the contact list is told once both it and the success are. No flag ever turns back.
+/// the contact list is told when both it and the success are, and so that whoever begins to listen to contacts while
+/// the success is being told, in whatever order with the list, hears of the whole list after that. No flag ever turns
+/// back.
 class ZELSPServicesBase : public RegistrationHandler
 {
 public:
@@ -49,6 +51,7 @@ private:
     // The letters of this name are what they are; its log line spells the word right.
     void prv_pushRegistarationSuccess(const QString& trigger);
     void pushSuccessOnce();
+    void pushContactList();
 
     QSharedPointer<QCoreApplication> m_application; ///< only when the program had none
     bool m_initialized = false;
@@ -58,6 +61,7 @@ private:
     bool m_profileBoxReady = false;
     bool m_contactsReady = false;
     bool m_successPushed = false;
+    int m_listenersTold = -1; ///< how many there were when the whole list was told; -1: it was not
 };
 
 } // namespace zelsplib

@@ -76,7 +76,8 @@ ContactService::ContactService(Context* context, QObject* parent)
 
 ContactService::~ContactService() = default;
 
-/// Whether contacts have been received at all. Stays true once it is, while there is access.
+/// Whether the service shows contacts: true at once in one that was made with access, and for as long as there is
+/// access. It does not tell whether the list is whole.
 bool ContactService::isValid() const
 {
     return d->isAllowed() && d->delegate->isContactListInitialized();

@@ -6,12 +6,44 @@
 #include <platform/context/HelperUtils.h>
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <vector>
 
 namespace vx::platform::zel {
 
 using zelsplib::PlatformContact;
+
+namespace {
+
+/// A record, to be put in handle order. The beginning of its handle is at hand: of many records most are in no cache.
+class ByHandle
+{
+public:
+    explicit ByHandle(const PlatformContact& record)
+        : m_record(&record)
+    {
+        const QString& text = handle();
+        for (qsizetype i = 0; i < beginLength && i < text.size(); ++i)
+            m_begin[i] = text.at(i).unicode();
+    }
+
+    const PlatformContact& record() const { return *m_record; }
+    const QString& handle() const { return m_record->data().handle; }
+
+    friend bool operator<(const ByHandle& a, const ByHandle& b)
+    {
+        return a.m_begin != b.m_begin ? a.m_begin < b.m_begin : a.handle() < b.handle();
+    }
+
+private:
+    static constexpr qsizetype beginLength = 12;
+
+    std::array<char16_t, beginLength> m_begin = {};
+    const PlatformContact* m_record;
+};
+
+} // namespace
 
 ContactServiceDelegate::ContactServiceDelegate(Services* services, QObject* parent)
     : QObject(parent)
@@ -53,7 +85,7 @@ void ContactServiceDelegate::notifyApplicationEnabled(const PlatformContact& rec
     Q_EMIT applicationEnabled(store(record));
 }
 
-/// The contact stays in the map: only the next full list takes it out.
+/// The contact stays in the map: only the next list that is set takes it out.
 void ContactServiceDelegate::notifyApplicationDisabled(const PlatformContact& record)
 {
     Q_EMIT applicationDisabled(record.getHandle());
@@ -109,19 +141,17 @@ const Contact* ContactServiceDelegate::find(const QString& handle) const
 /// Of records with the same handle the last one counts.
 QList<Contact> ContactServiceDelegate::inHandleOrder(const QList<PlatformContact>& records)
 {
-    std::vector<const PlatformContact*> ordered;
+    std::vector<ByHandle> ordered;
     ordered.reserve(static_cast<std::size_t>(records.size()));
     for (const PlatformContact& record : records)
-        ordered.push_back(&record);
-    std::stable_sort(ordered.begin(), ordered.end(), [](const PlatformContact* a, const PlatformContact* b) {
-        return a->data().handle < b->data().handle;
-    });
+        ordered.emplace_back(record);
+    std::stable_sort(ordered.begin(), ordered.end());
     QList<Contact> contacts;
     contacts.reserve(records.size());
-    for (const PlatformContact* const record : ordered) {
-        if (!contacts.isEmpty() && handleOf(contacts.constLast()) == record->data().handle)
+    for (const ByHandle& entry : ordered) {
+        if (!contacts.isEmpty() && handleOf(contacts.constLast()) == entry.handle())
             contacts.removeLast();
-        contacts.append(Contact(*record));
+        contacts.append(Contact(entry.record()));
     }
     return contacts;
 }

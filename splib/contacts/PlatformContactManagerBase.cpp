@@ -21,6 +21,8 @@
 #include <iface/RunUntilTrue.h>
 #include <iface/TransformedObservableList.h>
 
+#include <QScopeGuard>
+
 #include <algorithm>
 #include <functional>
 #include <utility>
@@ -38,9 +40,25 @@ using ContactView = iface::CachedObservableList<PlatformContact>;
 
 constexpr int debugSeverity = 7;
 
+/// The ids of the contacts; it knows when a new whole list is being announced.
+class ContactIds : public IdList
+{
+public:
+    using IdList::IdList;
+
+    void listChunk(iface::JsonObjectReader body) override
+    {
+        const Pointer alive(this);
+        const auto end = qScopeGuard([this] { isBeingReplaced = false; }); // also when somebody who hears of it throws
+        IdList::listChunk(body);
+    }
+
+    bool isBeingReplaced = false;
+};
+
 /// Records as the ids have them, those without a handle left out. Every record is held: one that was forgotten could
 /// change without anybody being told.
-iface::ObservableList<PlatformContact> initializedContacts(const IdList::Pointer& ids,
+iface::ObservableList<PlatformContact> initializedContacts(const QExplicitlySharedDataPointer<ContactIds>& ids,
                                                            const RecordMap::Pointer& records)
 {
     using Transformed = iface::LazyTransformedObservableListImpl<QString, PlatformContact>;
@@ -61,19 +79,19 @@ struct PlatformContactManagerBase::Private
     QSharedPointer<zel::JsonStream> stream;
     RegistrationHandler* readiness = nullptr;
 
-    IdList::Pointer ids; ///< this and the records are null until init()
+    QExplicitlySharedDataPointer<ContactIds> ids; ///< this and the records are null until init()
     RecordMap::Pointer records;
     QExplicitlySharedDataPointer<ContactView> view{new ContactView};
     AvatarRequests requests;
     EventQueue events;
     bool eventsEnabled = false;
+    int listenersSoFar = 0;
     bool listReady = false;
-    bool isListBeingReplaced = false;
 
     std::unique_ptr<zel::JsonStreamFunctorAdapter> streamAdapter;
     std::unique_ptr<iface::RunUntilTrue> readinessCheck;
 
-    bool isReporting() const { return eventsEnabled && !isListBeingReplaced; }
+    bool isReporting() const { return eventsEnabled && !ids->isBeingReplaced; }
     void report(std::function<void()> event)
     {
         events.post(std::move(event));
@@ -108,15 +126,15 @@ void PlatformContactManagerBase::init()
 {
     if (d->ids)
         return;
-    d->ids = IdList::create(d->multiplexer, QSharedPointer<PlatformUserJsonAdapter>::create(),
+    d->ids = new ContactIds(d->multiplexer, QSharedPointer<PlatformUserJsonAdapter>::create(),
                             QStringLiteral("platformContact"), {});
     d->records = RecordMap::create(d->multiplexer, QSharedPointer<PlatformContactJsonAdapter>::create(),
                                    QStringLiteral("platformUser"), {});
 
     // One hears of a whole new list before the view does, the other after it.
-    connect(d->ids.data(), &IdList::itemsChanged, this, [this] { d->isListBeingReplaced = true; });
+    connect(d->ids.data(), &IdList::itemsChanged, this, [this] { d->ids->isBeingReplaced = true; });
     d->view->setInput(initializedContacts(d->ids, d->records));
-    connect(d->ids.data(), &IdList::itemsChanged, this, [this] { d->isListBeingReplaced = false; });
+    connect(d->ids.data(), &IdList::itemsChanged, this, [this] { d->ids->isBeingReplaced = false; });
 
     d->view->setRemoveFunction([this](int index, const PlatformContact& contact) { aboutToRemove(index, contact); });
     d->view->setAddFunction([this](int index, const PlatformContact& contact) { aboutToAdd(index, contact); });
@@ -140,11 +158,18 @@ void PlatformContactManagerBase::init()
 void PlatformContactManagerBase::setEventsEnabled(bool enabled)
 {
     d->eventsEnabled = enabled;
+    if (enabled)
+        ++d->listenersSoFar;
 }
 
 bool PlatformContactManagerBase::eventsEnabled() const
 {
     return d->eventsEnabled;
+}
+
+int PlatformContactManagerBase::listenersSoFar() const
+{
+    return d->listenersSoFar;
 }
 
 bool PlatformContactManagerBase::isListReady() const
@@ -174,9 +199,11 @@ iface::ObservableList<PlatformContact> PlatformContactManagerBase::contactList()
 /// record: the view is as long as the list when all have a handle.
 bool PlatformContactManagerBase::checkUserListState()
 {
+    if (d->listReady) // what the application did with it has thrown
+        return true;
     const int listed = iface::ObservableList<QString>(d->ids.data()).size();
     const int initialized = contactList().size();
-    if (d->ids->isIncomplete() || initialized < listed || d->isListBeingReplaced)
+    if (d->ids->isIncomplete() || initialized < listed || d->ids->isBeingReplaced)
         return false;
     Log<GENERAL_INFO>({}, "PlatformContactManager::checkUserListState(): All contacts are initialized. "
                           "PlatformContact list is ready.");

@@ -43,9 +43,12 @@ public:
     /// nothing.
     void init();
 
-    /// While off (as at first) the whole list is reported, and nothing else.
+    /// While off (as at first) nothing is reported but the whole list and what retrieveAvatar() has at hand. Whoever
+    /// begins to listen turns events on, also when they are on already.
     void setEventsEnabled(bool enabled);
     bool eventsEnabled() const;
+    /// How often events were turned on: has it grown, somebody listens who did not before.
+    int listenersSoFar() const;
     /// Whether every listed user's record has been there once; never turns back.
     bool isListReady() const;
 
@@ -56,8 +59,8 @@ public:
     /// The view; empty before init(). The handle may outlive the manager, and goes on following the lists.
     iface::ObservableList<PlatformContact> contactList() const;
 
-    /// Has the contact's picture reported: at once when the contact has none, else when it has arrived. False when
-    /// there is no such contact.
+    /// Has the contact's picture reported: at once, and whether or not events are enabled, when the contact has none;
+    /// else when it has arrived, and only if they are enabled then. False when there is no such contact.
     bool retrieveAvatar(const QString& userId);
     void requestAvatar(const QString& streamId, const QString& userId);
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Desk.h"
 
+#include <vx/platform/zel/ContactService.h>
+
 #include <QtCore/QEventLoop>
 #include <QtCore/QPointer>
 
@@ -196,6 +198,7 @@ void TstContext::mayBeDestroyedInItsOwnSlot()
 void TstContext::holdsAllowedBackUntilProfileAndPictureAreThere()
 {
     QSignalSpy states(m_context.get(), &Context::registrationStateUpdated);
+    m_desk.heldBack = QStringList{QStringLiteral("platformContact")};
     m_desk.profile().insert(QStringLiteral("avatarId"), QStringLiteral("picture-1"));
     m_desk.changeState(QStringLiteral("Success"));
     QVERIFY(m_desk.settle());
@@ -204,10 +207,22 @@ void TstContext::holdsAllowedBackUntilProfileAndPictureAreThere()
 
     QVERIFY(m_desk.settle()); // the profile is here, the picture was asked for and has not come
     QCOMPARE(states.size(), 0);
+
+    // All contacts arrive behind a dialog, before there is anybody to hear of them.
+    std::unique_ptr<ContactService> contacts;
+    std::unique_ptr<QSignalSpy> lists;
+    QObject owner;
+    connect(m_context.get(), &Context::registrationStateUpdated, &owner, [&] {
+        m_desk.sendList(QStringLiteral("platformContact"));
+        QVERIFY(m_desk.settle());
+        contacts = std::make_unique<ContactService>(m_context.get());
+        lists = std::make_unique<QSignalSpy>(contacts.get(), &ContactService::contactListUpdated);
+    });
     m_desk.sendStream(QStringLiteral("picture-1"), "bytes");
     QTRY_COMPARE(statesOf(states), QList<State>({RegistrationState::Allowed}));
     QVERIFY(m_desk.settle());
     QCOMPARE(states.size(), 1);
+    QCOMPARE(lists->size(), 1);
 }
 
 QTEST_GUILESS_MAIN(TstContext)

@@ -171,8 +171,10 @@ private Q_SLOTS:
     void agreesWithANaiveListUnderRandomMessages();
     void becomesReadyWithTheLastRecord();
     void countsAContactThatLostItsHandleAsMissing();
+    void becomesReadyOnceThoughSomebodyThrows();
     void keepsStillWhileEventsAreOff();
     void raisesNoEventForAListSentAnew();
+    void reportsAgainAfterSomebodyThrewAtANewList();
     void keepsTheOrderOfEventsThroughANestedLoop();
     void retrievesThePictureOfAChangedContact();
     void answersAllWhoWaitForOnePicture();
@@ -292,6 +294,18 @@ void TstPlatformContactManager::countsAContactThatLostItsHandleAsMissing()
     QCOMPARE(f.log.take(), lines({"uninstall h0", "gate contacts"}));
 }
 
+void TstPlatformContactManager::becomesReadyOnceThoughSomebodyThrows()
+{
+    Fixture f;
+    f.init();
+    f.sendIds(1);
+    f.log.on(QStringLiteral("gate contacts"), [] { throw 1; });
+    QVERIFY_THROWS_EXCEPTION(int, f.addRecord(record(0)));
+    f.addRecord(record(1));
+    f.addId(1);
+    QCOMPARE(f.log.take(), lines({"gate contacts", "install h1"}));
+}
+
 void TstPlatformContactManager::keepsStillWhileEventsAreOff()
 {
     Fixture f(false);
@@ -305,7 +319,8 @@ void TstPlatformContactManager::keepsStillWhileEventsAreOff()
     f.sendPicture("p", "bytes");
     QCOMPARE(f.log.take(), QStringList());
     f.manager.getContactList();
-    QCOMPARE(f.log.take(), lines({"contacts h0 h7"}));
+    QVERIFY(f.manager.retrieveAvatar(userId(7))); // who has no picture
+    QCOMPARE(f.log.take(), lines({"contacts h0 h7", "picture h7  "}));
     f.manager.setEventsEnabled(true);
     f.removeId(7);
     QCOMPARE(f.log.take(), lines({"uninstall h7"}));
@@ -327,6 +342,20 @@ void TstPlatformContactManager::raisesNoEventForAListSentAnew()
     f.sendIds({userId(0), userId(8)});
     f.answerUntil([&] { return !f.log.lines().isEmpty(); });
     QCOMPARE(f.log.take(), lines({"install h8"}));
+}
+
+void TstPlatformContactManager::reportsAgainAfterSomebodyThrewAtANewList()
+{
+    Fixture f;
+    f.becomeReady(2);
+    const auto view = f.manager.contactList();
+    {
+        QObject observer;
+        connect(view.impl(), &iface::ObservableImpl::observableChanged, &observer, [] { throw 1; });
+        QVERIFY_THROWS_EXCEPTION(int, f.sendIds({userId(1), userId(0)}));
+    }
+    f.removeId(0);
+    QCOMPARE(f.log.take(), lines({"uninstall h0"}));
 }
 
 void TstPlatformContactManager::keepsTheOrderOfEventsThroughANestedLoop()

@@ -49,6 +49,7 @@ private Q_SLOTS:
     void opensNoGateBecauseTheBoxIsHidden();
     void tellsSuccessAgainAtEveryFurtherNotice();
     void fetchesContactsOnceWhileASlotSpins();
+    void tellsTheContactsOnceToTheLastWhoCame();
 };
 
 void TstZELSPServices::isUninitializedWithoutAnObject()
@@ -137,6 +138,35 @@ void TstZELSPServices::fetchesContactsOnceWhileASlotSpins()
     f.log.on(success, [&f] { f.services.contactsIsReady(); });
     f.services.userProfileAvatarIsReady();
     QCOMPARE(f.log.take(), (QStringList{success, contacts}));
+}
+
+// Contacts become ready (r) and listeners come (l) before, while and after the success is told.
+void TstZELSPServices::tellsTheContactsOnceToTheLastWhoCame()
+{
+    const char* const orders[][3] = {{"r", "l", ""}, {"lr", "", ""},  {"", "rl", ""},
+                                     {"", "lr", ""}, {"", "lrl", ""}, {"", "l", "r"}};
+    for (const auto& [before, meanwhile, after] : orders) {
+        Fixture f;
+        const auto run = [&f](const char* steps) {
+            for (; *steps; ++steps) {
+                if (*steps == 'r') {
+                    f.services.contactsIsReady();
+                    continue;
+                }
+                f.services.contacts()->setEventsEnabled(true);
+                f.services.contacts()->getContactList();
+                f.log.take(); // whoever comes has the list without hearing of it
+            }
+        };
+        f.services.registered();
+        f.services.userProfileIsReady();
+        run(before);
+        f.log.on(success, [&, steps = meanwhile] { run(steps); });
+        f.services.userProfileAvatarIsReady();
+        run(after);
+        f.services.registered();
+        QVERIFY2(f.log.take().count(contacts) == 1, meanwhile);
+    }
 }
 
 QTEST_GUILESS_MAIN(TstZELSPServices)

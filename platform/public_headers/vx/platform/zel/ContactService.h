@@ -21,11 +21,15 @@ class ContactServicePrivate;
 ///
 /// Make it after registration, in the slot of registrationStateUpdated(Allowed): one that is made while the context
 /// gives no access answers defaults for its life. The first one starts the following of contacts; all of them show the
-/// same contacts. What has come by then is there at once; one contactListUpdated() follows when the list is whole.
-/// The context is held guarded and may go first.
+/// same contacts. The context is held guarded and may go first.
+///
+/// What has come by the time it is made is there at once. One that is made in the slot of the first Allowed hears one
+/// contactListUpdated() when the list is whole; for one that is made later, when it is whole already, none need follow.
+/// So show contacts() right after making it, and again at each contactListUpdated().
 ///
 /// Contacts are named by their handle. A contact who removes the application is announced and stays in contacts()
-/// until the service sends its whole list again.
+/// until the list is read anew, which happens whenever a ContactService is made, and by nothing that the service sends
+/// after the first whole list. To have a fresh list, make another one.
 ///
 /// Thread: that of the context. In a slot anything may be done, including destroying this object.
 class ZEL_EXPORT ContactService : public QObject
@@ -48,7 +52,7 @@ public:
 Q_SIGNALS:
     // Each but applicationDisabled() comes after contact() and contacts() show what it tells.
 
-    /// The whole list is there, or was sent again. Read contacts() anew.
+    /// The list is whole, or was read anew because another ContactService was made. Read contacts() again.
     void contactListUpdated();
     /// The answer to requestDisplayPicture(), or a picture that changed. An empty picture: the contact has none.
     void displayPictureUpdated(QString handle, vx::platform::zel::ImageType::Type imageType, QByteArray displayPicture);
@@ -58,7 +62,9 @@ Q_SIGNALS:
     /// A contact removed the application or is a contact no more. It is still in contacts().
     void applicationDisabled(QString handle);
 
-    /// For bindings: contactCount() is another number than before. After the signal that brought it about.
+    /// For bindings to contactCount, which is another number than before. It comes right after what brought that
+    /// about: contactListUpdated(), applicationEnabled(), contactUpdated(), or a registration state of the context by
+    /// which access was lost or won back.
     void contactCountChanged(QPrivateSignal);
 
 private:
