@@ -4,7 +4,6 @@
 #include "IndexTranslation.h"
 #include "ItemDependencies.h"
 
-#include <iface/ObservableListImplFunctorAdapter.h>
 #include <iface/ObservableTracker.h>
 #include <iface/PrecomputedMapper.h>
 #include <iface/detail/IndexedSequence.h>
@@ -52,6 +51,24 @@ struct FilteredListBase::Private
 {
     using Node = ItemDependencies::Node;
 
+    class Input : public ListFollower
+    {
+    public:
+        explicit Input(Private* owner)
+            : d(owner)
+        {
+        }
+
+    protected:
+        void heard(const ListChange& change, bool isNext) override
+        {
+            d->perform([&] { return isNext ? d->takenIn(change) : d->outOfStep(); });
+        }
+
+    private:
+        Private* const d;
+    };
+
     Private(FilteredListBase* list, ObservableListImpl* inputList);
     ~Private()
     {
@@ -76,8 +93,7 @@ struct FilteredListBase::Private
     void releaseNodes(IndexedSequence& sequence);
     FilterFlips flips();
 
-    template <class Step>
-    void performHeard(Step step);
+    Change takenIn(const ListChange& change);
     template <class Step>
     void perform(Step step);
     template <class Step>
@@ -90,8 +106,7 @@ struct FilteredListBase::Private
     ObservableListImpl* const input;
     IndexedSequence places;
     ItemDependencies dependencies;
-    ListFollower follower;
-    ObservableListImplFunctorAdapter adapter;
+    Input follower;
     std::vector<int> turned;
     bool isStepping = false;
     bool isOutOfStep = false;
@@ -102,23 +117,24 @@ FilteredListBase::Private::Private(FilteredListBase* list, ObservableListImpl* i
     : q(list)
     , input(inputList)
     , dependencies([this] { isStepping ? void() : perform([this] { return judgedAnew(); }); })
-    , follower(inputList)
-    , adapter(
-          inputList, [this](const QVariantList& path) { performHeard([&] { return added(indexOfPath(path)); }); },
-          [this](const QVariantList& path) { performHeard([&] { return updated(indexOfPath(path)); }); },
-          [this](const QVariantList& path) { performHeard([&] { return removed(indexOfPath(path)); }); },
-          [this](ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper) {
-              performHeard([&] { return changed(type, mapper); });
-          })
+    , follower(this)
 {
+    follower.follow(input);
 }
 
-/// Takes in what the input announced.
-template <class Step>
-void FilteredListBase::Private::performHeard(Step step)
+Change FilteredListBase::Private::takenIn(const ListChange& change)
 {
-    const bool isNext = follower.hearsNext();
-    perform([&] { return isNext ? step() : outOfStep(); });
+    switch (change.kind) {
+    case ListChange::ItemAdded:
+        return added(change.index);
+    case ListChange::ItemUpdated:
+        return updated(change.index);
+    case ListChange::ItemRemoved:
+        return removed(change.index);
+    case ListChange::ItemsChanged:
+        break;
+    }
+    return changed(change.type, change.mapper);
 }
 
 template <class Step>

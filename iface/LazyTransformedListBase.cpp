@@ -4,8 +4,6 @@
 #include "IndexTranslation.h"
 
 #include <iface/Logging.h>
-#include <iface/ObservableListImplFunctorAdapter.h>
-#include <iface/ObservableMapImplFunctorAdapter.h>
 #include <iface/ObservableTracker.h>
 #include <iface/detail/ListFollower.h>
 
@@ -37,6 +35,37 @@ using Indexes = QVarLengthArray<int, 8>;
 /// and what happens while it computes is taken in at once.
 struct LazyTransformedListBase::Private
 {
+    class Input : public ListFollower
+    {
+    public:
+        explicit Input(Private* owner)
+            : d(owner)
+        {
+        }
+
+    protected:
+        void heard(const ListChange& change, bool isNext) override { d->takeIn(change, isNext); }
+
+    private:
+        Private* const d;
+    };
+
+    class Mapping : public LightObserver
+    {
+    public:
+        explicit Mapping(Private* owner)
+            : d(owner)
+        {
+        }
+
+    protected:
+        void observableChanged() override {}
+        void keysChanged(const ChangedKeys& changed) override { d->mappingChanged(changed); }
+
+    private:
+        Private* const d;
+    };
+
     Private(LazyTransformedListBase* list, ObservableListImpl* inputList, ObservableMapImplBase* map, int limit);
 
     int inputCount() const { return input ? input->childCount(QVariantList()) : 0; }
@@ -52,19 +81,18 @@ struct LazyTransformedListBase::Private
     void forgetAll();
     void destroy(Entry* entry);
 
-    template <class Change>
-    void takeIn(Change change);
+    void takeIn(const ListChange& change, bool isNext);
     void added(int index);
     void updated(int index);
     void removed(int index);
     void changed(ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper);
-    void mappingChanged(const MapChange& change);
+    void mappingChanged(const ChangedKeys& changed);
     void move(const IndexMapper& mapper);
     void resynchronise();
 
     bool isInStep(int index, int growth) const;
     Indexes keptIndexes() const;
-    Indexes affectedBy(const MapChange& change) const;
+    Indexes affectedBy(const ChangedKeys& changed) const;
     bool areKeysSure() const;
     void perform(const Indexes& indexes, bool isKeyKept);
     void finishStep(const Indexes& indexes, bool isKeyKept, std::exception_ptr& exception);
@@ -75,9 +103,8 @@ struct LazyTransformedListBase::Private
     ObservableMapImplBase* const mapping;
     const int cacheLimit;
     IndexedSequence places;
-    ListFollower follower;
-    ObservableListImplFunctorAdapter inputAdapter;
-    ObservableMapImplFunctorAdapter mappingAdapter;
+    Input inputObserver;
+    Mapping mappingObserver;
     Watch* watches = nullptr;
     bool isStepping = false;
     bool isOutOfStep = false;
@@ -90,19 +117,13 @@ LazyTransformedListBase::Private::Private(LazyTransformedListBase* list, Observa
     , input(inputList)
     , mapping(map)
     , cacheLimit(std::max(limit, 1))
-    , follower(inputList)
-    , inputAdapter(
-          inputList, [this](const QVariantList& path) { takeIn([&] { added(indexOfPath(path)); }); },
-          [this](const QVariantList& path) { takeIn([&] { updated(indexOfPath(path)); }); },
-          [this](const QVariantList& path) { takeIn([&] { removed(indexOfPath(path)); }); },
-          [this](ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper) {
-              takeIn([&] { changed(type, mapper); });
-          })
-    , mappingAdapter([this](const MapChange& change) { mappingChanged(change); })
+    , inputObserver(this)
+    , mappingObserver(this)
 {
     places.reset(inputCount());
+    inputObserver.follow(input);
     if (mapping)
-        mappingAdapter.startListening(mapping);
+        mappingObserver.observe(*mapping);
 }
 
 QVariant LazyTransformedListBase::Private::read(int index)
@@ -227,14 +248,21 @@ void LazyTransformedListBase::Private::destroy(Entry* entry)
 }
 
 /// Takes in what the key list announced.
-template <class Change>
-void LazyTransformedListBase::Private::takeIn(Change change)
+void LazyTransformedListBase::Private::takeIn(const ListChange& change, bool isNext)
 {
     const Announcement announcement(*q); // values that go, and the map when it is asked, may run anything
-    if (follower.hearsNext() && !isStepping)
-        change();
-    else
-        resynchronise();
+    if (!isNext || isStepping)
+        return resynchronise();
+    switch (change.kind) {
+    case ListChange::ItemAdded:
+        return added(change.index);
+    case ListChange::ItemUpdated:
+        return updated(change.index);
+    case ListChange::ItemRemoved:
+        return removed(change.index);
+    case ListChange::ItemsChanged:
+        return changed(change.type, change.mapper);
+    }
 }
 
 void LazyTransformedListBase::Private::added(int index)
@@ -274,12 +302,12 @@ void LazyTransformedListBase::Private::changed(ChangeType::Type type, const QSha
     q->fireItemsChanged(type, mapper);
 }
 
-void LazyTransformedListBase::Private::mappingChanged(const MapChange& change)
+void LazyTransformedListBase::Private::mappingChanged(const ChangedKeys& changed)
 {
     if (isStepping)
-        deferred.push_back(change);
+        deferred.push_back(changed.toMapChange());
     else
-        perform(affectedBy(change), areKeysSure());
+        perform(affectedBy(changed), areKeysSure());
 }
 
 Indexes LazyTransformedListBase::Private::keptIndexes() const
@@ -291,10 +319,10 @@ Indexes LazyTransformedListBase::Private::keptIndexes() const
 }
 
 /// The places of what is kept under the keys that changed, or of everything if those are not known.
-Indexes LazyTransformedListBase::Private::affectedBy(const MapChange& change) const
+Indexes LazyTransformedListBase::Private::affectedBy(const ChangedKeys& changed) const
 {
     QVarLengthArray<Entry*, 8> found;
-    if (!q->findEntries(change, found))
+    if (!q->findEntries(changed, found))
         return keptIndexes();
     Indexes indexes;
     for (const Entry* const entry : found)
@@ -365,7 +393,7 @@ void LazyTransformedListBase::Private::perform(const Indexes& indexes, bool isKe
         }
         const MapChange change = deferred.front();
         deferred.erase(deferred.begin());
-        finishStep(affectedBy(change), areKeysSure(), exception);
+        finishStep(affectedBy(ChangedKeys(change)), areKeysSure(), exception);
     }
     if (exception)
         std::rethrow_exception(exception);

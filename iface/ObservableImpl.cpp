@@ -29,6 +29,15 @@ LightObserver::~LightObserver()
     detach();
 }
 
+void LightObserver::listChanged(const ListChange&) {}
+
+void LightObserver::keysChanged(const ChangedKeys&) {}
+
+const LightObserver* LightObserver::firstOf(const ObservableImpl& observable)
+{
+    return observable.m_firstLight;
+}
+
 void LightObserver::observe(const ObservableImpl& observable)
 {
     detach();
@@ -115,15 +124,31 @@ void ObservableImpl::doEmit()
     doEmit(announcement);
 }
 
-void ObservableImpl::doEmit(Announcement& announcement)
+template <class Call>
+void ObservableImpl::callLightObservers(Announcement& announcement, const Call& call)
 {
     announcement.m_next = m_firstLight;
     announcement.m_last = m_lastLight;
     // Whoever detaches or attaches meanwhile repairs m_next and m_last; who attaches comes after m_last.
     while (LightObserver* const observer = announcement.m_next) {
         announcement.m_next = observer == announcement.m_last ? nullptr : observer->m_next;
-        observer->observableChanged();
+        call(*observer);
     }
+}
+
+void ObservableImpl::tellLightObservers(Announcement& announcement, const ListChange& change)
+{
+    callLightObservers(announcement, [&change](LightObserver& observer) { observer.listChanged(change); });
+}
+
+void ObservableImpl::tellLightObservers(Announcement& announcement, const ChangedKeys& keys)
+{
+    callLightObservers(announcement, [&keys](LightObserver& observer) { observer.keysChanged(keys); });
+}
+
+void ObservableImpl::doEmit(Announcement& announcement)
+{
+    callLightObservers(announcement, [](LightObserver& observer) { observer.observableChanged(); });
     if (announcement.isAlive() && wasConnected())
         Q_EMIT observableChanged();
 }

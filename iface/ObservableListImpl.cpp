@@ -81,37 +81,55 @@ int ObservableListImpl::indexOfPath(const QVariantList& indexPath)
     return isNumber ? index : -1;
 }
 
-template <class Emission>
-void ObservableListImpl::fire(Emission emission)
+void ObservableListImpl::fire(const ListChange& change)
 {
     ++m_announcedChanges;
     if (!mayBeHeard())
         return;
     Announcement announcement(*this);
-    if (wasConnected())
-        emission();
+    tellLightObservers(announcement, change);
+    if (announcement.isAlive() && wasConnected())
+        emitSignal(change);
     if (announcement.isAlive())
         doEmit(announcement);
 }
 
+void ObservableListImpl::emitSignal(const ListChange& change)
+{
+    switch (change.kind) {
+    case ListChange::ItemAdded:
+        Q_EMIT itemAdded(pathOf(change.index));
+        break;
+    case ListChange::ItemUpdated:
+        Q_EMIT itemUpdated(pathOf(change.index));
+        break;
+    case ListChange::ItemRemoved:
+        Q_EMIT itemRemoved(pathOf(change.index));
+        break;
+    case ListChange::ItemsChanged:
+        Q_EMIT itemsChanged(change.type, change.mapper);
+        break;
+    }
+}
+
 void ObservableListImpl::fireItemAdded(int index)
 {
-    fire([=, this] { Q_EMIT itemAdded(pathOf(index)); });
+    fire({ListChange::ItemAdded, index});
 }
 
 void ObservableListImpl::fireItemUpdated(int index)
 {
-    fire([=, this] { Q_EMIT itemUpdated(pathOf(index)); });
+    fire({ListChange::ItemUpdated, index});
 }
 
 void ObservableListImpl::fireItemRemoved(int index)
 {
-    fire([=, this] { Q_EMIT itemRemoved(pathOf(index)); });
+    fire({ListChange::ItemRemoved, index});
 }
 
 void ObservableListImpl::fireItemsChanged(ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper)
 {
-    fire([&, this] { Q_EMIT itemsChanged(type, mapper); });
+    fire({ListChange::ItemsChanged, -1, type, mapper});
 }
 
 PrecomputedMapper::PrecomputedMapper(QList<int> newIndexes)

@@ -18,18 +18,16 @@ MapChange::MapChangeContentBase::~MapChangeContentBase() = default;
 
 ObservableMapImplBase::ObservableMapImplBase() = default;
 
-void ObservableMapImplBase::fireMapChanged(const MapChange& change)
+void ObservableMapImplBase::fireChangedKeys(const ChangedKeys& keys)
 {
     if (!mayBeHeard())
         return;
     Announcement announcement(*this);
-    doFireMapChanged(change, announcement);
-}
-
-void ObservableMapImplBase::doFireMapChanged(const MapChange& change, Announcement& announcement)
-{
-    if (change.hasContent())
-        Q_EMIT mapChanged(change);
+    if (keys.isKnown()) {
+        tellLightObservers(announcement, keys);
+        if (announcement.isAlive() && wasConnected())
+            Q_EMIT mapChanged(keys.toMapChange());
+    }
     if (announcement.isAlive())
         doEmit(announcement);
 }

@@ -93,6 +93,7 @@ void startWithoutSignals(std::unique_ptr<Relay> relay)
     Relays::instance().add(added);
     try {
         std::thread([relay = std::move(relay)] {
+            pthread_setname_np(pthread_self(), "pps-object");
             relay->run();
             Relays::instance().remove(relay.get());
         }).detach();

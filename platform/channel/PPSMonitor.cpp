@@ -3,9 +3,12 @@
 
 #include <platform/channel/Trace.h>
 
+#include <QtCore/QPointer>
 #include <QtCore/QSocketNotifier>
 
 #include <unistd.h>
+
+#include <utility>
 
 namespace vx::platform::zel {
 
@@ -27,7 +30,10 @@ void PPSMonitor::readyRead()
     if (m_descriptor == -1)
         return;
 
-    QByteArray message(readBufferSize, Qt::Uninitialized);
+    // Getting and giving back so much memory for each message would cost more than reading it. Whoever reads in a
+    // nested event loop finds none and brings their own.
+    QByteArray message = std::exchange(m_buffer, QByteArray());
+    message.resize(readBufferSize);
     const ssize_t count = ::read(m_descriptor, message.data(), readBufferSize);
     qCDebug(lcPlatform) << count << " : Start of Message : PPSMonitor::readyRead";
     if (count < 1) {
@@ -37,7 +43,10 @@ void PPSMonitor::readyRead()
 
     message.resize(count);
     qCDebug(lcPlatform) << QString::fromUtf8(message) << ": End of Message : PPSMonitor::readyRead";
+    const QPointer<PPSMonitor> alive(this);
     Q_EMIT ppsMessageReceived(message);
+    if (alive && message.isDetached())
+        m_buffer.swap(message);
 }
 
 } // namespace vx::platform::zel

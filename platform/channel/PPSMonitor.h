@@ -29,6 +29,7 @@ private Q_SLOTS:
 private:
     int const m_descriptor;
     QSocketNotifier* const m_notifier;
+    QByteArray m_buffer; ///< memory for the next read
 };
 
 } // namespace vx::platform::zel

@@ -16,6 +16,7 @@
 #include <iface/CachedObservableList.h>
 #include <iface/CompositeMap.h>
 #include <iface/FilteredObservableList.h>
+#include <iface/LightObserver.h>
 #include <iface/MapObservableToValue.h>
 #include <iface/ObservableTracker.h>
 #include <iface/RunUntilTrue.h>
@@ -56,6 +57,34 @@ public:
     bool isBeingReplaced = false;
 };
 
+/// Notes, when it is its turn among those who follow the ids, that a new whole list is being announced, or has been.
+class ReplacementMark : public iface::LightObserver
+{
+public:
+    explicit ReplacementMark(bool isBeingReplaced)
+        : m_isBeingReplaced(isBeingReplaced)
+    {
+    }
+
+    void follow(ContactIds& ids)
+    {
+        m_ids = &ids;
+        observe(ids);
+    }
+
+protected:
+    void observableChanged() override {}
+    void listChanged(const iface::ListChange& change) override
+    {
+        if (change.kind == iface::ListChange::ItemsChanged)
+            m_ids->isBeingReplaced = m_isBeingReplaced;
+    }
+
+private:
+    const bool m_isBeingReplaced;
+    ContactIds* m_ids = nullptr;
+};
+
 /// Records as the ids have them, those without a handle left out. Every record is held: one that was forgotten could
 /// change without anybody being told.
 iface::ObservableList<PlatformContact> initializedContacts(const QExplicitlySharedDataPointer<ContactIds>& ids,
@@ -82,6 +111,8 @@ struct PlatformContactManagerBase::Private
     QExplicitlySharedDataPointer<ContactIds> ids; ///< this and the records are null until init()
     RecordMap::Pointer records;
     QExplicitlySharedDataPointer<ContactView> view{new ContactView};
+    ReplacementMark replacementBegin{true};
+    ReplacementMark replacementEnd{false};
     AvatarRequests requests;
     EventQueue events;
     bool eventsEnabled = false;
@@ -132,9 +163,9 @@ void PlatformContactManagerBase::init()
                                    QStringLiteral("platformUser"), {});
 
     // One hears of a whole new list before the view does, the other after it.
-    connect(d->ids.data(), &IdList::itemsChanged, this, [this] { d->ids->isBeingReplaced = true; });
+    d->replacementBegin.follow(*d->ids);
     d->view->setInput(initializedContacts(d->ids, d->records));
-    connect(d->ids.data(), &IdList::itemsChanged, this, [this] { d->ids->isBeingReplaced = false; });
+    d->replacementEnd.follow(*d->ids);
 
     d->view->setRemoveFunction([this](int index, const PlatformContact& contact) { aboutToRemove(index, contact); });
     d->view->setAddFunction([this](int index, const PlatformContact& contact) { aboutToAdd(index, contact); });

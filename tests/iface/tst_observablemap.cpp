@@ -5,6 +5,7 @@
 #include <iface/CompositeMap.h>
 #include <iface/MapObservableToValue.h>
 #include <iface/ObservableMap.h>
+#include <iface/ObservableMapImplFunctorAdapter.h>
 #include <iface/ObservableTracker.h>
 #include <iface/ObserverFunctorAdapter.h>
 #include <iface/WritableObservableValue.h>

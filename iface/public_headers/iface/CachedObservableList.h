@@ -2,7 +2,6 @@
 #pragma once
 
 #include <iface/ObservableList.h>
-#include <iface/ObservableListImplFunctorAdapter.h>
 #include <iface/ObservableTracker.h>
 #include <iface/detail/ListFollower.h>
 
@@ -66,6 +65,22 @@ private:
         QSharedPointer<IndexMapper> mapper;
     };
 
+    class Input : public detail::ListFollower
+    {
+    public:
+        explicit Input(CachedObservableList* owner)
+            : m_owner(owner)
+        {
+        }
+
+    protected:
+        void heard(const ListChange& change, bool isNext) override { m_owner->takeIn(change, isNext); }
+
+    private:
+        CachedObservableList* const m_owner;
+    };
+
+    void takeIn(const ListChange& change, bool isNext);
     void handleRowItemAdded(int index);
     void handleRowItemUpdated(int index);
     void handleRowItemRemoved(int index);
@@ -80,8 +95,7 @@ private:
     void announceOutstanding();
 
     ObservableList<T> m_input;
-    detail::ListFollower m_follower;
-    ObservableListImplFunctorAdapter m_adapter;
+    Input m_inputObserver;
     QList<T> m_cache;
     ItemFunction m_addFunction;
     ItemFunction m_removeFunction;

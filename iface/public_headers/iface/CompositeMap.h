@@ -3,7 +3,6 @@
 
 #include <iface/LightObserver.h>
 #include <iface/ObservableMap.h>
-#include <iface/ObservableMapImplFunctorAdapter.h>
 
 #include <utility>
 
@@ -23,7 +22,22 @@ public:
     bool equals(const V& a, const V& b) const override;
 
 private:
-    // Which keys of the second map changed does not matter, so the map need not say it.
+    class FirstObserver : public LightObserver
+    {
+    public:
+        explicit FirstObserver(CompositeMap* owner)
+            : m_owner(owner)
+        {
+        }
+
+    protected:
+        void observableChanged() override {}
+        void keysChanged(const ChangedKeys& keys) override { m_owner->fireChangedKeys(keys); }
+
+    private:
+        CompositeMap* const m_owner;
+    };
+
     class SecondObserver : public LightObserver
     {
     public:
@@ -33,19 +47,17 @@ private:
         }
 
     protected:
-        void observableChanged() override { m_owner->handleSecondMapChanged(); }
+        void observableChanged() override { m_owner->fireMapChanged(MapChange()); }
 
     private:
         CompositeMap* const m_owner;
     };
 
     CompositeMap(const ObservableMap<K, M>& first, const ObservableMap<M, V>& second);
-    void handleFirstMapChanged(const MapChange& change) { this->fireMapChanged(change); }
-    void handleSecondMapChanged() { this->fireMapChanged(MapChange()); }
 
     const ObservableMap<K, M> m_first;
     const ObservableMap<M, V> m_second;
-    ObservableMapImplFunctorAdapter m_firstObserver;
+    FirstObserver m_firstObserver;
     SecondObserver m_secondObserver;
 };
 
@@ -59,10 +71,11 @@ template <class K, class M, class V>
 CompositeMap<K, M, V>::CompositeMap(const ObservableMap<K, M>& first, const ObservableMap<M, V>& second)
     : m_first(first)
     , m_second(second)
-    , m_firstObserver([this](const MapChange& change) { handleFirstMapChanged(change); })
+    , m_firstObserver(this)
     , m_secondObserver(this)
 {
-    m_firstObserver.startListening(m_first.impl());
+    if (m_first.impl())
+        m_firstObserver.observe(*m_first.impl());
     if (m_second.impl())
         m_secondObserver.observe(*m_second.impl());
 }

@@ -62,6 +62,13 @@ private:
     Q_DISABLE_COPY_MOVE(LazyLoader)
     using ValuePointer = QExplicitlySharedDataPointer<Value>;
 
+    /// A key with its value at hand: looking it up again and again is what costs most with many keys.
+    struct Waiting
+    {
+        K key;
+        ValuePointer value;
+    };
+
     ValuePointer create(const K& key);
     void performRequestAll();
     void repeatRequest();
@@ -72,8 +79,8 @@ private:
     const V m_defaultValue;
     const int m_batchLimit;
     // No duplicates: a key waits once, when its value is made.
-    QList<K> m_pending;
-    QList<K> m_inFlight;
+    QList<Waiting> m_pending;
+    QList<Waiting> m_inFlight;
     bool m_requestScheduled = false;
     QApplicationRealm m_realm;
     RetryTimer m_retry;

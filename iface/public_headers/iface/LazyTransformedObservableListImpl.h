@@ -8,8 +8,10 @@
 
 #include <QHashFunctions>
 
+#include <boost/intrusive/unordered_set.hpp>
+
 #include <limits>
-#include <unordered_set>
+#include <vector>
 
 namespace iface {
 
@@ -57,26 +59,34 @@ public:
     ~LazyTransformedObservableListImpl() override { dropEntries(); }
 
 private:
-    struct ItemInfo : Entry
+    using KeyHook = boost::intrusive::unordered_set_base_hook<boost::intrusive::store_hash<true>>;
+
+    struct ItemInfo : Entry, KeyHook
     {
         K key;
         V value;
-        using Entry::isIndexed;
     };
 
-    // Lets items be found by their key, so that the index holds no second copy of it.
-    struct IndexHash
+    struct KeyOf
     {
-        using is_transparent = void;
-        std::size_t operator()(const K& key) const { return Hash()(key); }
-        std::size_t operator()(const ItemInfo* item) const { return Hash()(item->key); }
+        using type = K;
+        const K& operator()(const ItemInfo& item) const { return item.key; }
     };
-    struct IndexEqual
+    struct KeyEqual
     {
-        using is_transparent = void;
-        bool operator()(const ItemInfo* a, const ItemInfo* b) const { return a->key == b->key; }
-        bool operator()(const K& key, const ItemInfo* item) const { return key == item->key; }
-        bool operator()(const ItemInfo* item, const K& key) const { return item->key == key; }
+        bool operator()(const K& a, const K& b) const { return a == b; }
+    };
+    /// Items by key, which may repeat. It strings the items themselves together: there may be very many.
+    using KeyIndex =
+        boost::intrusive::unordered_multiset<ItemInfo, boost::intrusive::key_of_value<KeyOf>,
+                                             boost::intrusive::hash<Hash>, boost::intrusive::equal<KeyEqual>>;
+
+    struct Index
+    {
+        std::vector<typename KeyIndex::bucket_type> buckets{KeyIndex::suggested_upper_bucket_count(1)};
+        KeyIndex items{typename KeyIndex::bucket_traits(buckets.data(), buckets.size())};
+
+        void insert(ItemInfo& item);
     };
 
     Entry* createEntry() const override { return new ItemInfo; }
@@ -86,14 +96,12 @@ private:
     {
         return QVariant::fromValue(static_cast<const ItemInfo&>(entry).value);
     }
-    bool findEntries(const MapChange& change, QVarLengthArray<Entry*, 8>& found) const override;
+    bool findEntries(const ChangedKeys& changed, QVarLengthArray<Entry*, 8>& found) const override;
     void setKey(ItemInfo& item, const K& key) const;
-    void removeFromIndex(ItemInfo* item) const;
 
     const ObservableList<K> m_input;
     const ObservableMap<K, V> m_mapping;
-    // Keys may repeat. The load factor stays at the container's own, which is 1.
-    mutable std::unordered_multiset<ItemInfo*, IndexHash, IndexEqual> m_keyIndex;
+    mutable Index m_index;
 };
 
 } // namespace iface

@@ -7,7 +7,9 @@
 
 namespace iface {
 
+class ChangedKeys;
 class ObservableImpl;
+struct ListChange;
 
 /// An observer of one observable that costs four pointers and no connection: what containers use per item.
 ///
@@ -18,6 +20,10 @@ class ObservableImpl;
 /// observableChanged() may observe, detach, destroy this or other light observers, drop the last handle on the
 /// observable, spin an event loop, or throw. Light observers are called in the order in which they attached, before
 /// all receivers of ObservableImpl::observableChanged(); one that attaches during an announcement hears the next one.
+///
+/// What a list says of its items, and a map of its keys, comes in calls of its own, likewise to all light observers
+/// before the receivers of the signals that say the same: so derived lists and maps are up to date when a slot reads
+/// them.
 class ZEL_EXPORT LightObserver
 {
 public:
@@ -32,6 +38,13 @@ public:
 
 protected:
     virtual void observableChanged() = 0;
+    /// A list announces something of its items.
+    virtual void listChanged(const ListChange& change);
+    /// A map announces which of its keys changed.
+    virtual void keysChanged(const ChangedKeys& keys);
+
+    /// The first one of an observable, or null.
+    static const LightObserver* firstOf(const ObservableImpl& observable);
 
 private:
     Q_DISABLE_COPY_MOVE(LightObserver)

@@ -7,6 +7,8 @@
 
 #include <boost/unordered_map.hpp>
 
+#include <typeinfo>
+
 namespace iface {
 
 /// The map from observable values to what they hold at present.
@@ -38,6 +40,15 @@ private:
         {
         }
 
+        /// Whether it is an entry of the map that observes a value before all others, as is the rule. The value is at
+        /// hand, and the table of entries mostly in no cache.
+        static bool isFirst(const ObservableImpl& value, const MapObservableToValue* map)
+        {
+            const LightObserver* const first = firstOf(value);
+            return first && typeid(*first) == typeid(EntryStruct) &&
+                   static_cast<const EntryStruct*>(first)->m_owner == map;
+        }
+
     protected:
         void observableChanged() override;
 
@@ -61,9 +72,11 @@ V MapObservableToValue<V, Eq>::get(const Handle& handle) const
 {
     if (!handle.impl())
         return V();
-    const auto [entry, isNew] = m_entries.try_emplace(handle, const_cast<MapObservableToValue*>(this));
-    if (isNew)
-        entry->second.observe(*handle.impl());
+    if (!EntryStruct::isFirst(*handle.impl(), this)) {
+        const auto [entry, isNew] = m_entries.try_emplace(handle, const_cast<MapObservableToValue*>(this));
+        if (isNew)
+            entry->second.observe(*handle.impl());
+    }
     return handle.getValue();
 }
 

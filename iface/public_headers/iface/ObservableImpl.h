@@ -76,6 +76,9 @@ protected:
     /// Subclasses that override it call it.
     void connectNotify(const QMetaMethod& signal) override;
 
+    /// Tells the light observers what a list or a map has to say in particular.
+    void tellLightObservers(Announcement& announcement, const ListChange& change);
+    void tellLightObservers(Announcement& announcement, const ChangedKeys& keys);
     /// The bare announcement, to be made while an Announcement is held.
     void doEmit(Announcement& announcement);
     /// The same, with an Announcement of its own.
@@ -84,6 +87,9 @@ protected:
 private:
     Q_DISABLE_COPY_MOVE(ObservableImpl)
     friend class LightObserver;
+
+    template <class Call>
+    void callLightObservers(Announcement& announcement, const Call& call);
 
     // Connections may be made from any thread.
     std::atomic<bool> m_wasConnected = false;

@@ -11,13 +11,16 @@
 
 namespace iface {
 
+struct ListChange;
+
 /// The base of all observable lists, itself an empty one.
 ///
 /// Items are addressed by an index path. All lists are flat: a path holds the item's index as its one element, and the
 /// empty path is the list itself.
 ///
 /// A list changes its items first and then calls the matching fire operation, at once, change by change. Inside that
-/// call the specific signal comes first and then whatever plain observers hear (see ObservableImpl); the list is kept
+/// call those hear first who follow the list as a LightObserver (derived lists do), then come the specific signal and
+/// whatever plain observers hear (see ObservableImpl); the list is kept
 /// alive throughout, and what handlers read is no dependency of a tracked computation. A handler may do whatever an
 /// observer may. When it changes the list, that change is announced there and then, in full, before the remaining
 /// handlers hear of the first: whoever mirrors a list by index reads it again after a wholesale change, and must not
@@ -92,10 +95,21 @@ Q_SIGNALS:
                           QSharedPointer<ObservableListImpl::IndexMapper>());
 
 private:
-    template <class Emission>
-    void fire(Emission emission);
+    void fire(const ListChange& change);
+    void emitSignal(const ListChange& change);
 
     unsigned m_announcedChanges = 0;
+};
+
+/// What a list announces, as its four signals say it.
+struct ListChange
+{
+    enum Kind { ItemAdded, ItemUpdated, ItemRemoved, ItemsChanged };
+
+    Kind kind;
+    int index;                                                        ///< of the item
+    ObservableListImpl::ChangeType::Type type = {};                   ///< of ItemsChanged
+    QSharedPointer<ObservableListImpl::IndexMapper> mapper = nullptr; ///< of ItemsChanged
 };
 
 } // namespace iface

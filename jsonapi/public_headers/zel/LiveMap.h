@@ -8,7 +8,6 @@
 
 #include <QExplicitlySharedDataPointer>
 #include <QList>
-#include <QSet>
 
 namespace zel {
 
@@ -64,8 +63,8 @@ protected:
 
 private:
     bool requestData(const QList<Key>& keys);
-    void parseElements(const iface::JsonArrayReader& elements);
-    void parseElement(const iface::JsonObjectReader& json);
+    QList<T> parseElements(const iface::JsonArrayReader& elements);
+    void takeRecord(const T& record);
     void store(const Key& key, const T& record);
     void answerCompleted();
 
@@ -76,7 +75,7 @@ private:
     // A request after a reconnection carries the same cookie as the loader's. While its answer is outstanding, answers
     // are told apart by what they bring.
     int m_refreshes = 0;
-    QSet<Key> m_requested; // by the loader's request under way
+    QList<Key> m_requested; // by the loader's request under way
     bool m_broughtRequested = false;
 };
 

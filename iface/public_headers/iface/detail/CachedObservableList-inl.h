@@ -9,13 +9,7 @@ namespace iface {
 
 template <class T>
 CachedObservableList<T>::CachedObservableList()
-    : m_adapter(
-          nullptr, [this](const QVariantList& path) { handleRowItemAdded(indexOfPath(path)); },
-          [this](const QVariantList& path) { handleRowItemUpdated(indexOfPath(path)); },
-          [this](const QVariantList& path) { handleRowItemRemoved(indexOfPath(path)); },
-          [this](ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper) {
-              m_follower.hearsNext() ? handleRowItemsChanged(type, mapper) : resynchronise();
-          })
+    : m_inputObserver(this)
     , m_addFunction([](int, const T&) {})
     , m_removeFunction([](int, const T&) {})
     , m_updateFunction([](int, const T&, const T&) {})
@@ -28,8 +22,7 @@ void CachedObservableList<T>::setInput(const ObservableList<T>& input)
 {
     // The old input goes at the end: nobody is called while this is half done.
     const ObservableList<T> before = std::exchange(m_input, input);
-    m_adapter.setDataModel(m_input.impl());
-    m_follower.follow(m_input.impl());
+    m_inputObserver.follow(m_input.impl());
     resynchronise();
 }
 
@@ -55,6 +48,23 @@ template <class T>
 QVariant CachedObservableList<T>::itemAt(int index) const
 {
     return index >= 0 && index < m_cache.size() ? QVariant::fromValue(m_cache.at(index)) : QVariant();
+}
+
+template <class T>
+void CachedObservableList<T>::takeIn(const ListChange& change, bool isNext)
+{
+    if (!isNext)
+        return resynchronise();
+    switch (change.kind) {
+    case ListChange::ItemAdded:
+        return handleRowItemAdded(change.index);
+    case ListChange::ItemUpdated:
+        return handleRowItemUpdated(change.index);
+    case ListChange::ItemRemoved:
+        return handleRowItemRemoved(change.index);
+    case ListChange::ItemsChanged:
+        return handleRowItemsChanged(change.type, change.mapper);
+    }
 }
 
 template <class T>
@@ -140,8 +150,7 @@ bool CachedObservableList<T>::settle()
 template <class T>
 bool CachedObservableList<T>::begin(int index, int growth)
 {
-    const bool hearsNext = m_follower.hearsNext();
-    if (!settle() || !hearsNext)
+    if (!settle())
         return false;
     const int length = m_input.impl() ? m_input.impl()->childCount(QVariantList()) : 0;
     return index >= 0 && index < std::max(length, int(m_cache.size())) && length == m_cache.size() + growth;

@@ -28,7 +28,7 @@ ObservableValue<V> LazyLoader<K, V>::getObservableValue(const K& key)
     ValuePointer found = m_values.value(key);
     if (!found) {
         found = create(key);
-        m_pending.append(key);
+        m_pending.append({key, found});
         requestAll();
     }
     return ObservableValue<V>(found.data());
@@ -71,13 +71,14 @@ template <class K, class V>
 void LazyLoader<K, V>::performRequestAll()
 {
     m_inFlight.clear();
+    QList<K> keys;
     while (!m_pending.isEmpty() && m_inFlight.size() < m_batchLimit) {
-        const K key = m_pending.takeFirst();
-        Value* const waiting = value(key);
-        if (waiting->m_state != Value::Requested)
+        const Waiting waiting = m_pending.takeFirst();
+        if (waiting.value->m_state != Value::Requested)
             continue;
-        waiting->m_inFlight = true;
-        m_inFlight.append(key);
+        waiting.value->m_inFlight = true;
+        m_inFlight.append(waiting);
+        keys.append(waiting.key);
     }
     if (m_pending.isEmpty())
         m_pending = {}; // gives back what so many keys took
@@ -86,25 +87,24 @@ void LazyLoader<K, V>::performRequestAll()
         return;
     }
     m_retry.start();
-    load(m_inFlight);
+    load(keys);
 }
 
 template <class K, class V>
 void LazyLoader<K, V>::load(const QList<K>& keys)
 {
-    // Called last and with copies: the function may drop the loader.
+    // Called last and as a copy: the function may drop the loader.
     const LoadFunction function = m_loadFunction;
-    const QList<K> requested = keys;
-    function(requested);
+    function(keys);
 }
 
 template <class K, class V>
 void LazyLoader<K, V>::repeatRequest()
 {
     QList<K> unanswered;
-    for (const K& key : std::as_const(m_inFlight)) {
-        if (!value(key)->m_stored)
-            unanswered.append(key);
+    for (const Waiting& waiting : std::as_const(m_inFlight)) {
+        if (!waiting.value->m_stored)
+            unanswered.append(waiting.key);
     }
     // Everything has come but for the end of the answer.
     if (unanswered.isEmpty())
@@ -119,20 +119,16 @@ void LazyLoader<K, V>::updateDone()
     if (m_inFlight.isEmpty())
         return;
     m_retry.stop();
-    QList<ValuePointer> settled;
-    settled.reserve(m_inFlight.size());
-    for (const K& key : std::exchange(m_inFlight, {})) {
-        ValuePointer answered = m_values.value(key);
-        answered->m_inFlight = false;
-        if (answered->m_state != Value::Requested)
-            continue;
-        answered->m_state = Value::Settled;
-        settled.append(answered);
-    }
+    QList<Waiting> settled = std::exchange(m_inFlight, {});
+    for (const Waiting& answered : std::as_const(settled))
+        answered.value->m_inFlight = false;
+    settled.removeIf([](const Waiting& answered) { return answered.value->m_state != Value::Requested; });
+    for (const Waiting& answered : std::as_const(settled))
+        answered.value->m_state = Value::Settled;
     m_requestScheduled = false;
     requestAll();
-    for (const ValuePointer& value : std::as_const(settled))
-        value->notifyObservers();
+    for (const Waiting& answered : std::as_const(settled))
+        answered.value->notifyObservers();
 }
 
 } // namespace iface

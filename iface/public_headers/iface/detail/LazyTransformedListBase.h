@@ -2,7 +2,6 @@
 #pragma once
 
 #include <iface/detail/IndexedSequence.h>
-#include <iface/MapChange.h>
 #include <iface/ObservableListImpl.h>
 #include <iface/ObservableMapImplBase.h>
 
@@ -28,10 +27,6 @@ protected:
     /// An item that is kept. The subclass adds key and value.
     class Entry : public IndexedSequence::Item
     {
-    protected:
-        bool isIndexed = false; ///< for the subclass's index of keys
-
-    private:
         friend class LazyTransformedListBase;
         bool m_isDerived = false;
         bool m_isBeingDerived = false;
@@ -68,8 +63,8 @@ private:
     /// whether key or value differ from what was kept.
     virtual bool derive(Entry& entry, const Watch& watch, const QVariant* inputItem) const = 0;
     virtual QVariant valueOf(const Entry& entry) const = 0;
-    /// Appends the entries under the keys that changed; false when the change names none that could be.
-    virtual bool findEntries(const MapChange& change, QVarLengthArray<Entry*, 8>& found) const = 0;
+    /// Appends the entries under the keys that changed; false when none is known.
+    virtual bool findEntries(const ChangedKeys& changed, QVarLengthArray<Entry*, 8>& found) const = 0;
 
     struct Private;
     friend struct Private;

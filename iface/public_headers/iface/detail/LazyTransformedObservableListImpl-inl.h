@@ -7,7 +7,8 @@ template <class K, class V, class Eq, class Hash>
 void LazyTransformedObservableListImpl<K, V, Eq, Hash>::destroyEntry(Entry* entry) const
 {
     auto* const item = static_cast<ItemInfo*>(entry);
-    removeFromIndex(item);
+    if (item->is_linked())
+        m_index.items.erase(m_index.items.iterator_to(*item));
     delete item;
 }
 
@@ -18,7 +19,7 @@ bool LazyTransformedObservableListImpl<K, V, Eq, Hash>::derive(Entry& entry, con
     auto& item = static_cast<ItemInfo&>(entry);
     // A copy: the entry may go while the map is asked.
     const K key = inputItem ? inputItem->value<K>() : item.key;
-    const bool isOtherKey = !item.isIndexed || !(item.key == key);
+    const bool isOtherKey = !item.is_linked() || !(item.key == key);
     // Before the map is asked: what it announces meanwhile under this key has to find the item.
     if (isOtherKey)
         setKey(item, key);
@@ -31,38 +32,33 @@ bool LazyTransformedObservableListImpl<K, V, Eq, Hash>::derive(Entry& entry, con
 }
 
 template <class K, class V, class Eq, class Hash>
-bool LazyTransformedObservableListImpl<K, V, Eq, Hash>::findEntries(const MapChange& change,
+bool LazyTransformedObservableListImpl<K, V, Eq, Hash>::findEntries(const ChangedKeys& changed,
                                                                     QVarLengthArray<Entry*, 8>& found) const
 {
-    const QList<K> keys = change.keys<K>();
-    for (const K& key : keys) {
-        for (auto [it, end] = m_keyIndex.equal_range(key); it != end; ++it)
-            found.append(*it);
-    }
-    return !keys.isEmpty();
+    return changed.visit<K>([&](const K& key) {
+        for (auto [it, end] = m_index.items.equal_range(key); it != end; ++it)
+            found.append(&*it);
+    });
 }
 
 template <class K, class V, class Eq, class Hash>
 void LazyTransformedObservableListImpl<K, V, Eq, Hash>::setKey(ItemInfo& item, const K& key) const
 {
-    removeFromIndex(&item);
+    if (item.is_linked())
+        m_index.items.erase(m_index.items.iterator_to(item));
     item.key = key;
-    m_keyIndex.insert(&item);
-    item.isIndexed = true;
+    m_index.insert(item);
 }
 
 template <class K, class V, class Eq, class Hash>
-void LazyTransformedObservableListImpl<K, V, Eq, Hash>::removeFromIndex(ItemInfo* item) const
+void LazyTransformedObservableListImpl<K, V, Eq, Hash>::Index::insert(ItemInfo& item)
 {
-    if (!item->isIndexed)
-        return;
-    item->isIndexed = false;
-    for (auto [it, end] = m_keyIndex.equal_range(item->key); it != end; ++it) {
-        if (*it == item) {
-            m_keyIndex.erase(it);
-            return;
-        }
+    if (items.size() >= buckets.size()) {
+        std::vector<typename KeyIndex::bucket_type> more(KeyIndex::suggested_upper_bucket_count(buckets.size() + 1));
+        items.rehash(typename KeyIndex::bucket_traits(more.data(), more.size()));
+        buckets.swap(more);
     }
+    items.insert(item);
 }
 
 } // namespace iface

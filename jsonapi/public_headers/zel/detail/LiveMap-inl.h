@@ -42,7 +42,7 @@ QString LiveMap<Key, T>::cookie() const
 template <class Key, class T>
 bool LiveMap<Key, T>::requestData(const QList<Key>& keys)
 {
-    m_requested = QSet<Key>(keys.begin(), keys.end());
+    m_requested = keys;
     requestListElements(keys, cookie());
     return true;
 }
@@ -88,7 +88,8 @@ template <class Key, class T>
 void LiveMap<Key, T>::listAdd(iface::JsonObjectReader body)
 {
     const detail::KeepAlive keep(this);
-    parseElements(elementsOf(body));
+    const QList<T> records = parseElements(elementsOf(body));
+    detail::MessageOrder::runParts(int(records.size()), [&](int i) { takeRecord(records.at(i)); });
 }
 
 template <class Key, class T>
@@ -104,11 +105,11 @@ template <class Key, class T>
 void LiveMap<Key, T>::listChunk(iface::JsonObjectReader body)
 {
     const detail::KeepAlive keep(this);
-    const iface::JsonArrayReader elements = elementsOf(body);
-    const int count = elements.numChildren();
+    const QList<T> records = parseElements(elementsOf(body));
+    const int count = int(records.size());
     detail::MessageOrder::runParts(count + 1, [&](int i) {
         if (i < count) {
-            parseElement(elements[i].object());
+            takeRecord(records.at(i));
         } else if (isLast(body) && m_awaitingElements) {
             m_awaitingElements = false;
             answerCompleted();
@@ -116,16 +117,22 @@ void LiveMap<Key, T>::listChunk(iface::JsonObjectReader body)
     });
 }
 
+/// All before any is announced: the two take so much code that, in turns, each throws the other's out of the cache.
 template <class Key, class T>
-void LiveMap<Key, T>::parseElements(const iface::JsonArrayReader& elements)
+QList<T> LiveMap<Key, T>::parseElements(const iface::JsonArrayReader& elements)
 {
-    detail::MessageOrder::runParts(elements.numChildren(), [&](int i) { parseElement(elements[i].object()); });
+    QList<T> records;
+    const int count = elements.numChildren();
+    records.reserve(count);
+    for (int i = 0; i < count; ++i) {
+        records.append(m_adapter->jsonToElement(elements[i].object(), T()));
+    }
+    return records;
 }
 
 template <class Key, class T>
-void LiveMap<Key, T>::parseElement(const iface::JsonObjectReader& json)
+void LiveMap<Key, T>::takeRecord(const T& record)
 {
-    const T record = m_adapter->jsonToElement(json, T());
     const Key key = m_adapter->elementToId(record);
     if (m_refreshes > 0 && m_requested.contains(key)) {
         m_broughtRequested = true;
