@@ -8,6 +8,8 @@ target_compile_definitions(zel_options INTERFACE
     QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII QT_NO_FOREACH BOOST_BIND_NO_PLACEHOLDERS)
 target_compile_options(zel_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wcast-align -Wunused $<$<BOOL:${ZEL_WERROR}>:-Werror>)
+# Nobody replaces our functions from outside, so within a library calls need no detour.
+target_compile_options(zel_options INTERFACE -fno-semantic-interposition)
 if(ZEL_SANITIZE)
     target_compile_options(zel_options INTERFACE -fsanitize=${ZEL_SANITIZE} -fno-omit-frame-pointer
                            -fno-sanitize-recover=all)

@@ -7,6 +7,8 @@
 
 #include <QtCore/QPointer>
 
+#include <utility>
+
 namespace vx::platform::zel {
 
 class ContactServicePrivate : public QObject
@@ -24,10 +26,12 @@ public:
         delegate = ServiceBridge::instance()->contactService();
         delegate->updateContactList();
         connectDelegate();
+        m_wasValid = isValid();
         m_countBefore = contactCount();
     }
 
     bool isAllowed() const { return context && context->isAccessAllowed() && delegate; }
+    bool isValid() const { return isAllowed() && delegate->isContactListInitialized(); }
     int contactCount() const { return isAllowed() ? delegate->contactCount() : 0; }
 
     ContactService* const q;
@@ -36,8 +40,9 @@ public:
 
 private:
     void connectDelegate();
-    void announceCount();
+    void announceProperties();
 
+    bool m_wasValid = false;
     int m_countBefore = 0;
 };
 
@@ -49,21 +54,24 @@ void ContactServicePrivate::connectDelegate()
     connect(delegate, &ContactServiceDelegate::applicationEnabled, q, &ContactService::applicationEnabled);
     connect(delegate, &ContactServiceDelegate::applicationDisabled, q, &ContactService::applicationDisabled);
 
-    // After those above, so that the count is announced behind what changed it.
-    connect(delegate, &ContactServiceDelegate::contactListUpdated, this, &ContactServicePrivate::announceCount);
-    connect(delegate, &ContactServiceDelegate::contactUpdated, this, &ContactServicePrivate::announceCount);
-    connect(delegate, &ContactServiceDelegate::applicationEnabled, this, &ContactServicePrivate::announceCount);
+    // After those above, so that properties are announced behind what changed it.
+    connect(delegate, &ContactServiceDelegate::contactListUpdated, this, &ContactServicePrivate::announceProperties);
+    connect(delegate, &ContactServiceDelegate::contactUpdated, this, &ContactServicePrivate::announceProperties);
+    connect(delegate, &ContactServiceDelegate::applicationEnabled, this, &ContactServicePrivate::announceProperties);
     if (context) // a slot of the list announced above may have destroyed it
-        connect(context, &Context::registrationStateUpdated, this, &ContactServicePrivate::announceCount);
+        connect(context, &Context::registrationStateUpdated, this, &ContactServicePrivate::announceProperties);
 }
 
-void ContactServicePrivate::announceCount()
+void ContactServicePrivate::announceProperties()
 {
     const int count = contactCount();
-    if (count == m_countBefore)
-        return;
-    m_countBefore = count;
-    Q_EMIT q->contactCountChanged(ContactService::QPrivateSignal());
+    const bool isOtherCount = std::exchange(m_countBefore, count) != count;
+    const bool isNowValid = isValid();
+    const QPointer<ContactServicePrivate> alive(this);
+    if (std::exchange(m_wasValid, isNowValid) != isNowValid)
+        Q_EMIT q->validChanged(ContactService::QPrivateSignal());
+    if (alive && isOtherCount)
+        Q_EMIT q->contactCountChanged(ContactService::QPrivateSignal());
 }
 
 /// A service that is made while \a context gives no access, or without one, stays without contacts for its life. The
@@ -80,7 +88,7 @@ ContactService::~ContactService() = default;
 /// access. It does not tell whether the list is whole.
 bool ContactService::isValid() const
 {
-    return d->isAllowed() && d->delegate->isContactListInitialized();
+    return d->isValid();
 }
 
 /// Whether there is a contact with that one's handle.

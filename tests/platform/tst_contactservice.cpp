@@ -21,6 +21,7 @@ private Q_SLOTS:
     void announcesNoPictureAtOnce();
     void fallsSilentWhileAccessIsLost();
     void showsWhatIsThereToALaterService();
+    void takesTheLaterOfTwoRecordsWithOneHandle();
     void mayBeDestroyedInItsOwnSlot();
     void answersDefaultsAfterItsContextIsGone();
 
@@ -171,11 +172,14 @@ void TstContactService::announcesNoPictureAtOnce()
 void TstContactService::fallsSilentWhileAccessIsLost()
 {
     QSignalSpy counts(m_service.get(), SIGNAL(contactCountChanged()));
+    QSignalSpy valid(m_service.get(), SIGNAL(validChanged()));
     m_desk.changeState(QStringLiteral("TemporaryError"));
     QTRY_COMPARE(counts.size(), 1);
+    QCOMPARE(valid.size(), 1);
     compareWithDefaults(*m_service);
     m_desk.changeState(QStringLiteral("Success"));
     QTRY_COMPARE(counts.size(), 2);
+    QCOMPARE(valid.size(), 2);
     QCOMPARE(m_service->contactCount(), 4);
 }
 
@@ -186,6 +190,20 @@ void TstContactService::showsWhatIsThereToALaterService()
     QVERIFY(later.isValid());
     QCOMPARE(later.contacts(), m_service->contacts());
     QCOMPARE(lists.size(), 1); // the others hear of the list that was read for it
+}
+
+void TstContactService::takesTheLaterOfTwoRecordsWithOneHandle()
+{
+    const QString cem = QStringLiteral("cem");
+    const int count = m_service->contactCount();
+    m_desk.contact(QStringLiteral("twin"), R"({"handle":"cem","displayName":"Twin"})");
+    m_desk.sendElements(QStringLiteral("listAdd"), QStringLiteral("platformContact"),
+                        {Desk::contactId(QStringLiteral("twin"))});
+    QTRY_COMPARE(m_service->contact(cem).displayName(), QStringLiteral("Twin"));
+    QCOMPARE(m_service->contactCount(), count);
+    const ContactService anew(m_context.get());
+    QCOMPARE(m_service->contact(cem).displayName(), QStringLiteral("Twin"));
+    QCOMPARE(m_service->contactCount(), count);
 }
 
 void TstContactService::mayBeDestroyedInItsOwnSlot()

@@ -35,7 +35,7 @@ class ContactServicePrivate;
 class ZEL_EXPORT ContactService : public QObject
 {
     Q_OBJECT
-    Q_PROPERTY(bool valid READ isValid NOTIFY contactListUpdated)
+    Q_PROPERTY(bool valid READ isValid NOTIFY validChanged)
     Q_PROPERTY(int contactCount READ contactCount NOTIFY contactCountChanged)
 
 public:
@@ -62,6 +62,8 @@ Q_SIGNALS:
     /// A contact removed the application or is a contact no more. It is still in contacts().
     void applicationDisabled(QString handle);
 
+    /// For bindings to valid: access was lost or won back, which a registration state of the context tells.
+    void validChanged(QPrivateSignal);
     /// For bindings to contactCount, which is another number than before. It comes right after what brought that
     /// about: contactListUpdated(), applicationEnabled(), contactUpdated(), or a registration state of the context by
     /// which access was lost or won back.
