@@ -7,6 +7,6 @@ class ReadRecorder;
 
 /// What takes note of this thread's reads (see ObservableTracker), within reach of announcements, which suspend it for
 /// every single change.
-extern constinit thread_local ReadRecorder* t_currentRecorder;
+[[gnu::tls_model("initial-exec")]] extern constinit thread_local ReadRecorder* t_currentRecorder;
 
 } // namespace iface

@@ -28,6 +28,11 @@ Reader enter(const JsonNodeReader* parent, JsonChildIdentifier child, int line)
 
 JsonSource::~JsonSource() = default;
 
+bool JsonSource::visitMembers(void*, JsonMemberVisitor&)
+{
+    return false;
+}
+
 JsonNodeReader JsonSource::startParsing()
 {
     return {this, getRoot(), true};

@@ -18,7 +18,7 @@ namespace {
 template <class Announcement>
 Announcement*& innermost()
 {
-    static thread_local Announcement* announcement = nullptr;
+    [[gnu::tls_model("initial-exec")]] static thread_local Announcement* announcement = nullptr;
     return announcement;
 }
 

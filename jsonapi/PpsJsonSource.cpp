@@ -1,83 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <zel/PpsJsonSource.h>
 
-#include <QStringDecoder>
-
-#include <cstdint>
-#include <cstring>
-#include <string_view>
+#include <iface/JsonMember.h>
 
 namespace zel {
-
-namespace {
-
-constexpr uint64_t eachByte = 0x0101010101010101;
-
-uint64_t eightBytes(const char* text)
-{
-    uint64_t bytes;
-    std::memcpy(&bytes, text, sizeof bytes);
-    return bytes;
-}
-
-bool isAscii(std::string_view text)
-{
-    constexpr uint64_t highBits = eachByte << 7;
-    uint64_t seen = 0;
-    if (text.size() >= 8)
-        seen = eightBytes(text.data() + text.size() - 8);
-    else
-        std::memcpy(&seen, text.data(), text.size());
-    for (; text.size() > 8; text.remove_prefix(8))
-        seen |= eightBytes(text.data());
-    return (seen & highBits) == 0;
-}
-
-/// How many UTF-16 code units the text takes: one for each byte that continues nothing, and another one for each that
-/// begins four.
-qsizetype utf16Length(std::string_view utf8)
-{
-    qsizetype length = 0;
-    for (; utf8.size() >= 8; utf8.remove_prefix(8)) {
-        const uint64_t bytes = eightBytes(utf8.data());
-        const uint64_t starts = ~(bytes >> 7 & ~bytes >> 6) & eachByte;
-        const uint64_t longOnes = bytes >> 7 & bytes >> 6 & bytes >> 5 & bytes >> 4 & eachByte;
-        length += qsizetype(((starts + longOnes) * eachByte) >> 56);
-    }
-    for (const char character : utf8) {
-        const auto byte = static_cast<uint8_t>(character);
-        length += (byte & 0xC0) != 0x80 ? 1 : 0;
-        length += byte >= 0xF0 ? 1 : 0;
-    }
-    return length;
-}
-
-/// QString::fromUtf8() takes memory for as many characters as there are bytes and keeps it: of a text in a script of
-/// three bytes a character, two thirds for nothing.
-QString toString(std::string_view utf8)
-{
-    QString text(utf16Length(utf8), Qt::Uninitialized);
-    QStringDecoder decoder(QStringDecoder::Utf8);
-    const QChar* const end = decoder.appendToBuffer(text.data(), QByteArrayView(utf8.data(), qsizetype(utf8.size())));
-    text.truncate(end - text.constData());
-    return text;
-}
-
-/// A value that has this text already is left as it is: copies of it go on sharing their memory.
-void assign(QString& value, std::string_view utf8)
-{
-    if (isAscii(utf8)) {
-        const QLatin1String text(utf8.data(), qsizetype(utf8.size()));
-        if (value != text || value.isNull())
-            value = text;
-        return;
-    }
-    const QString text = toString(utf8);
-    if (value != text)
-        value = text;
-}
-
-} // namespace
 
 PpsJsonSource::PpsJsonSource(pps_decoder_t* decoder)
     : m_decoder(decoder)
@@ -138,8 +64,24 @@ bool PpsJsonSource::readString(void* node, iface::JsonChildIdentifier child, QSt
     if (!goTo(node, child) || pps_decoder_get_string_n(m_decoder, child.name, &text, &size) != PPS_DECODER_OK) {
         return false;
     }
-    assign(value, {text, size});
-    return true;
+    return iface::JsonMember::ofText({}, {text, size}).read(value);
+}
+
+bool PpsJsonSource::visitMembers(void* node, iface::JsonMemberVisitor& visitor)
+{
+    const auto show = [](void* context, const pps_decoder_member_t* shown) {
+        const std::string_view name(shown->name, shown->name_length);
+        auto& visiting = *static_cast<iface::JsonMemberVisitor*>(context);
+        if (shown->type == PPS_TYPE_STRING)
+            visiting.member(iface::JsonMember::ofText(name, {shown->text, shown->length}));
+        else if (shown->is_whole)
+            visiting.member(iface::JsonMember::ofInteger(name, shown->integer));
+        else if (shown->type == PPS_TYPE_BOOL)
+            visiting.member(iface::JsonMember::ofBool(name, shown->boolean));
+        else
+            visiting.member(iface::JsonMember::ofAnother(name));
+    };
+    return restoreState(node) && pps_decoder_visit(m_decoder, show, &visitor) == PPS_DECODER_OK;
 }
 
 int PpsJsonSource::numChildren(void* node)

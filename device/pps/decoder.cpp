@@ -173,6 +173,23 @@ pps_decoder_error_t push(pps_decoder_t* decoder, std::string_view name)
     });
 }
 
+pps_decoder_member_t memberOnTape(const JsonTape& tape, size_t element)
+{
+    const std::string_view name = tape.string(element);
+    const size_t place = element + 1;
+    const char letter = tape.type(place);
+    pps_decoder_member_t member = {name.data(), name.size(), typeOnTape(letter), nullptr, 0, false, 0, letter == 't'};
+    if (letter == '"') {
+        const std::string_view text = tape.string(place);
+        member.text = text.data();
+        member.length = text.size();
+    } else if (letter == 'l') {
+        member.is_whole = true;
+        member.integer = tape.signedNumber(place);
+    }
+    return member;
+}
+
 } // namespace
 
 pps_decoder_error_t pps_decoder_initialize(pps_decoder_t* decoder, const char* text)
@@ -334,4 +351,20 @@ pps_decoder_error_t pps_decoder_get_string_n(pps_decoder_t* decoder, const char*
         [&](const device::AttributeText::Attribute& attribute) {
             return attribute.isKnown ? give(attribute.text) : PPS_DECODER_BAD_TYPE;
         });
+}
+
+pps_decoder_error_t pps_decoder_visit(pps_decoder_t* decoder,
+                                      void (*visit)(void* context, const pps_decoder_member_t* member), void* context)
+{
+    return guarded(decoder, [visit, context](const TextCursor& d) {
+        if (!d.isOnTape() || d.words().type(d.container().place) != '{')
+            return PPS_DECODER_BAD_TYPE;
+        const JsonTape& tape = d.words();
+        const size_t last = tape.lastOf(d.container().place);
+        for (size_t element = d.container().place + 1; element != last; element = tape.after(element + 1)) {
+            const pps_decoder_member_t member = memberOnTape(tape, element);
+            visit(context, &member);
+        }
+        return PPS_DECODER_OK;
+    });
 }

@@ -62,6 +62,10 @@ public:
     bool read(JsonChildIdentifier child, long& value) const { return readLong(child, value); }
     bool read(JsonChildIdentifier child, QString& value) const { return readString(child, value); }
 
+    /// Shows all members of the object, which costs less than asking for many of them by name. False when there is no
+    /// object or its source cannot do it.
+    bool visitMembers(JsonMemberVisitor& visitor) const { return isValid() && m_source->visitMembers(m_node, visitor); }
+
     /// Reads several members: name, value, name, value. Answers how many were there. Cheapest in the order in which
     /// the sender writes them.
     template <class T, class... More>

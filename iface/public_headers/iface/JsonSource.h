@@ -8,6 +8,7 @@
 
 namespace iface {
 
+class JsonMemberVisitor;
 class JsonNodeReader;
 
 /// A tree of JSON values that readers look into, one node at a time.
@@ -32,6 +33,9 @@ public:
     virtual void* push(void* node, JsonChildIdentifier child, bool& ok) = 0;
     virtual void* getRoot() = 0;
     virtual ~JsonSource();
+    /// Shows the members of an object. False when the node is none, or the source cannot: nothing was shown then, and
+    /// the members have to be asked for by name. This one cannot.
+    virtual bool visitMembers(void* node, JsonMemberVisitor& visitor);
 
     /// A reader on the root.
     JsonNodeReader startParsing();

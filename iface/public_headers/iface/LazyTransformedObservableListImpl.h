@@ -10,6 +10,7 @@
 
 #include <boost/intrusive/unordered_set.hpp>
 
+#include <algorithm>
 #include <limits>
 #include <vector>
 
@@ -52,6 +53,7 @@ public:
     LazyTransformedObservableListImpl(const ObservableList<K>& input, const ObservableMap<K, V>& mapping,
                                       int cacheLimit = DefaultCacheLimit)
         : LazyTransformedListBase(input.impl(), mapping.impl(), cacheLimit)
+        , m_cacheLimit(cacheLimit)
         , m_input(input)
         , m_mapping(mapping)
     {
@@ -86,7 +88,8 @@ private:
         std::vector<typename KeyIndex::bucket_type> buckets{KeyIndex::suggested_upper_bucket_count(1)};
         KeyIndex items{typename KeyIndex::bucket_traits(buckets.data(), buckets.size())};
 
-        void insert(ItemInfo& item);
+        /// `expected`: how many there may well be in the end. Growing step by step goes through all of them each time.
+        void insert(ItemInfo& item, int expected);
     };
 
     Entry* createEntry() const override { return new ItemInfo; }
@@ -99,6 +102,7 @@ private:
     bool findEntries(const ChangedKeys& changed, QVarLengthArray<Entry*, 8>& found) const override;
     void setKey(ItemInfo& item, const K& key) const;
 
+    const int m_cacheLimit;
     const ObservableList<K> m_input;
     const ObservableMap<K, V> m_mapping;
     mutable Index m_index;

@@ -28,6 +28,7 @@ public:
     int numChildren(void* node) override;
     void* push(void* node, iface::JsonChildIdentifier child, bool& ok) override;
     void* getRoot() override;
+    bool visitMembers(void* node, iface::JsonMemberVisitor& visitor) override;
 
     /// Where the decoder stands, as a node handle.
     void* getReadPointer() const;

@@ -47,14 +47,15 @@ void LazyTransformedObservableListImpl<K, V, Eq, Hash>::setKey(ItemInfo& item, c
     if (item.is_linked())
         m_index.items.erase(m_index.items.iterator_to(item));
     item.key = key;
-    m_index.insert(item);
+    m_index.insert(item, std::min(m_cacheLimit, this->childCount(QVariantList())));
 }
 
 template <class K, class V, class Eq, class Hash>
-void LazyTransformedObservableListImpl<K, V, Eq, Hash>::Index::insert(ItemInfo& item)
+void LazyTransformedObservableListImpl<K, V, Eq, Hash>::Index::insert(ItemInfo& item, int expected)
 {
     if (items.size() >= buckets.size()) {
-        std::vector<typename KeyIndex::bucket_type> more(KeyIndex::suggested_upper_bucket_count(buckets.size() + 1));
+        const auto count = std::max(buckets.size() + 1, static_cast<std::size_t>(expected));
+        std::vector<typename KeyIndex::bucket_type> more(KeyIndex::suggested_upper_bucket_count(count));
         items.rehash(typename KeyIndex::bucket_traits(more.data(), more.size()));
         buckets.swap(more);
     }
