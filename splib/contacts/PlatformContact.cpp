@@ -100,8 +100,9 @@ constexpr FieldIndex fieldIndex;
 class FieldReader final : public iface::JsonMemberVisitor
 {
 public:
-    explicit FieldReader(PlatformContactData& data)
+    FieldReader(PlatformContactData& data, const QString& expectedUri)
         : m_data(data)
+        , m_expectedUri(expectedUri)
         , m_repeated(repeatedTexts)
     {
     }
@@ -121,7 +122,8 @@ public:
     {
         auto& value = m_data.*field.member;
         if constexpr (std::is_same_v<std::decay_t<decltype(value)>, QString>) {
-            if (QString* const last = m_repeated.last(field.mark)) {
+            QString* const last = field.mark == PlatformContact::Uri ? &m_expectedUri : m_repeated.last(field.mark);
+            if (last) {
                 // Reading leaves a text alone that is the same already.
                 QString text = *last;
                 if (json.read(text)) {
@@ -152,6 +154,7 @@ private:
     static const std::array<Reader, fieldCount> readers;
 
     PlatformContactData& m_data;
+    QString m_expectedUri;
     RepeatedTexts& m_repeated;
     std::bitset<fieldCount> m_isRead;
 };
@@ -284,11 +287,11 @@ bool PlatformContact::isFieldModified(PlatformContactField field) const
     return (modified & (1U << field)) != 0;
 }
 
-void PlatformContact::load(const iface::JsonObjectReader& json)
+void PlatformContact::load(const iface::JsonObjectReader& json, const QString& expectedUri)
 {
     if (!json.isValid())
         return;
-    FieldReader reader(*d);
+    FieldReader reader(*d, expectedUri);
     if (json.visitMembers(reader))
         return;
     forEachContactField([&](const auto& field) { reader.read(field, iface::JsonReaderAttribute(field.key, &json)); });

@@ -112,8 +112,9 @@ public:
     /// The core service may name a user before it knows them; such a record has no handle yet.
     bool isInitialized() const { return !d->handle.isEmpty(); }
 
-    /// Reads what the object has over what the record holds; what the object lacks stays. Marks nothing.
-    void load(const iface::JsonObjectReader& json);
+    /// Reads what the object has over what the record holds; what the object lacks stays. Marks nothing. If the user
+    /// id is the one expected, the record shares that text's memory.
+    void load(const iface::JsonObjectReader& json, const QString& expectedUri = QString());
 
     /// Same data, pictures included; the marks do not count.
     friend bool operator==(const PlatformContact& a, const PlatformContact& b) { return a.equals(b); }

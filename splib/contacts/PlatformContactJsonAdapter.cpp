@@ -10,7 +10,13 @@ namespace zelsplib {
 PlatformContact PlatformContactJsonAdapter::jsonToElement(iface::JsonObjectReader json, const PlatformContact& base)
 {
     PlatformContact contact = base;
-    contact.load(json);
+    if (m_expected.isEmpty()) {
+        contact.load(json);
+    } else if (contact.load(json, m_expected.constFirst()); contact.getUri() == m_expected.constFirst()) {
+        m_expected.removeFirst();
+    } else {
+        m_expected.clear(); // another order: the next request begins anew
+    }
     return contact;
 }
 
@@ -36,6 +42,9 @@ QString PlatformContactJsonAdapter::idJsonToId(iface::JsonObjectReader json)
 
 void PlatformContactJsonAdapter::idToIdJson(const QString& id, const QSharedPointer<zel::JsonWriter>& writer)
 {
+    if (m_expected.size() == mostExpected)
+        m_expected.clear(); // nobody answers
+    m_expected.append(id);
     writer->addAttribute(QStringLiteral("userId"), id);
 }
 

@@ -4,6 +4,8 @@
 #include <splib/contacts/PlatformContact.h>
 #include <zel/JsonAdapter.h>
 
+#include <QList>
+
 namespace zelsplib {
 
 /// Converts contact records for the lists keyed by user id.
@@ -18,6 +20,11 @@ public:
     QString elementToId(const PlatformContact& contact) override;
     QString idJsonToId(iface::JsonObjectReader json) override;
     void idToIdJson(const QString& id, const QSharedPointer<zel::JsonWriter>& writer) override;
+
+private:
+    /// What was asked for. Records mostly come in that order, and then share the memory of the ids they were asked by.
+    QList<QString> m_expected;
+    static constexpr qsizetype mostExpected = 1000;
 };
 
 /// Writes a record's members into an object that the caller has opened: all of them, or, of a record with marks,

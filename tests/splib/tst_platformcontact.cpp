@@ -46,6 +46,7 @@ private Q_SLOTS:
     void keepsWhatIsMissingOrOfAnotherType();
     void tellsAMissingTextFromAnEmptyOne();
     void sharesTextsThatRepeat();
+    void sharesTheIdThatItWasAskedBy();
     void writesEveryMemberInOrder();
     void writesOnlyMarkedMembersOfAChange();
 };
@@ -114,6 +115,27 @@ void TstPlatformContact::sharesTextsThatRepeat()
     // A missing text must not become an empty one on the way.
     loaded(R"({"CountryCode":""})");
     QVERIFY(loaded("{}").getCountryCode().isNull());
+}
+
+void TstPlatformContact::sharesTheIdThatItWasAskedBy()
+{
+    PlatformContactJsonAdapter adapter;
+    const QString ids[] = {QString::number(1), QString::number(2), QString::number(3)};
+    const auto root = QSharedPointer<zel::JsonWriter>::create(QStringLiteral("m"), zel::JsonWriter::Array, QString());
+    for (const QString& id : ids)
+        adapter.idToIdJson(id, root->addChild({}, zel::JsonWriter::Object));
+    const auto uri = [&adapter](const QByteArray& json) {
+        PlatformContact contact;
+        read(json, [&](const iface::JsonReaderAttribute& message) {
+            contact = adapter.jsonToElement(message.object(), PlatformContact());
+        });
+        return contact.getUri();
+    };
+    QCOMPARE(uri(R"({"userId":"1"})").constData(), ids[0].constData());
+    QCOMPARE(uri(R"({"userId":"2"})").constData(), ids[1].constData());
+    QCOMPARE(uri(R"({"userId":"unasked"})"), QStringLiteral("unasked"));
+    QCOMPARE(uri("{}"), QString());
+    QCOMPARE(uri(R"({"userId":"3"})"), ids[2]);
 }
 
 void TstPlatformContact::writesEveryMemberInOrder()
