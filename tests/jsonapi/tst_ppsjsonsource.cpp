@@ -2,6 +2,8 @@
 #include <iface/JsonReaderAttribute.h>
 #include <zel/PpsJsonSource.h>
 
+#include <iface/JsonMember.h>
+
 #include <QRegularExpression>
 #include <QTest>
 
@@ -36,6 +38,7 @@ private Q_SLOTS:
     void readersDoNotDisturbEachOther();
     void invalidReadersFailQuietly();
     void readsSeveralFieldsAtOnce();
+    void showsAllMembersInOrder();
     void anAttributeWithoutASourceIsLoggedAndInvalid();
 };
 
@@ -136,6 +139,36 @@ void TstPpsJsonSource::readsSeveralFieldsAtOnce()
     QVERIFY(!empty.isNull());
     QVERIFY(root["m"].object()["text"].read(empty));
     QCOMPARE(empty, text);
+}
+
+void TstPpsJsonSource::showsAllMembersInOrder()
+{
+    class Words final : public iface::JsonMemberVisitor
+    {
+    public:
+        void member(const iface::JsonMember& member) override
+        {
+            int i = 0;
+            bool b = false;
+            QString s;
+            const QString value = member.read(i)   ? QString::number(i)
+                                  : member.read(b) ? u"bool %1"_qs.arg(b)
+                                  : member.read(s) ? s
+                                                   : u"-"_qs;
+            words.append(QString::fromStdString(std::string(member.name())) + u'=' + value);
+        }
+        QStringList words;
+    };
+    Message message(
+        R"({"s":"t\u00e9\ud83d\ude00xt","i":-7,"big":2147483648,"d":1.5,"b":true,"o":{"x":1},"a":[1],"i":8})");
+    zel::PpsJsonSource source(&message.decoder);
+    const iface::JsonNodeReader root = source.startParsing();
+    Words seen;
+    QVERIFY(root.visitMembers(seen));
+    QCOMPARE(seen.words.join(u' '), u"s=t\u00e9\U0001F600xt i=-7 big=- d=- b=bool 1 o=- a=- i=8"_qs);
+    QVERIFY(!root["a"].array().visitMembers(seen));
+    QVERIFY(!iface::JsonNodeReader().visitMembers(seen));
+    QCOMPARE(seen.words.size(), 8);
 }
 
 void TstPpsJsonSource::anAttributeWithoutASourceIsLoggedAndInvalid()

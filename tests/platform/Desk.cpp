@@ -95,7 +95,8 @@ QJsonObject Desk::contact(const QString& name, const QByteArray& members)
 {
     QJsonObject record = ScriptedCore::json(members);
     record.insert(QStringLiteral("userId"), QString(QStringLiteral("u-") + name));
-    record.insert(QStringLiteral("handle"), name);
+    if (!record.contains(QStringLiteral("handle")))
+        record.insert(QStringLiteral("handle"), name);
     records[QStringLiteral("platformUser")].insert(QStringLiteral("u-") + name, record);
     return record;
 }

@@ -25,7 +25,8 @@ public:
     void sendElements(const QString& message, const QString& type, const QJsonArray& elements);
     void sendStream(const QString& id, const QByteArray& data);
 
-    /// A contact's record, known by "u-<name>" to the service and by "<name>" to the application.
+    /// A contact's record, known by "u-<name>" to the service and by "<name>" to the application, unless
+    /// the members have another handle.
     QJsonObject contact(const QString& name, const QByteArray& members = "{}");
     static QJsonObject contactId(const QString& name)
     {

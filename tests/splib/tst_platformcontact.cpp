@@ -91,6 +91,7 @@ void TstPlatformContact::keepsWhatIsMissingOrOfAnotherType()
     PlatformContact expected = numbered();
     expected.setDisplayName(QStringLiteral("new"));
     QCOMPARE(contact, expected);
+    QCOMPARE(loaded(R"({"handle":"first","handle":"second"})").getHandle(), QStringLiteral("first"));
     QCOMPARE(loaded("[]", numbered()), numbered());
     QCOMPARE(loaded("7", numbered()), numbered());
 }
