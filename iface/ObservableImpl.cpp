@@ -107,15 +107,9 @@ bool ObservableImpl::removeObserver(const ObserverImpl* observer) const
            disconnect(this, &ObservableImpl::observableChanged, observer, &ObserverImpl::handleObservableChanged);
 }
 
-void ObservableImpl::connectNotify(const QMetaMethod&)
-{
-    m_wasConnected.store(true, std::memory_order_relaxed);
-}
-
 void ObservableImpl::notifyObservers()
 {
-    if (mayBeHeard())
-        doEmit();
+    doEmit();
 }
 
 void ObservableImpl::doEmit()
@@ -149,7 +143,7 @@ void ObservableImpl::tellLightObservers(Announcement& announcement, const Change
 void ObservableImpl::doEmit(Announcement& announcement)
 {
     callLightObservers(announcement, [](LightObserver& observer) { observer.observableChanged(); });
-    if (announcement.isAlive() && wasConnected())
+    if (announcement.isAlive())
         Q_EMIT observableChanged();
 }
 

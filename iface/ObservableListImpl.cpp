@@ -5,6 +5,8 @@
 #include <iface/ObservableListImplFunctorAdapter.h>
 #include <iface/PrecomputedMapper.h>
 
+#include <QMetaMethod>
+
 #include <utility>
 
 namespace iface {
@@ -28,6 +30,17 @@ bool answer(QVariantList* newPath, int* removed, int newIndex)
     if (newPath)
         *newPath = ObservableListImpl::pathOf(newIndex);
     return true;
+}
+
+/// To ask whether a change need be put into a signal's words at all.
+const QMetaMethod& signalOf(ListChange::Kind kind)
+{
+    // In the order of the kinds.
+    static const QMetaMethod known[] = {QMetaMethod::fromSignal(&ObservableListImpl::itemAdded),
+                                        QMetaMethod::fromSignal(&ObservableListImpl::itemUpdated),
+                                        QMetaMethod::fromSignal(&ObservableListImpl::itemRemoved),
+                                        QMetaMethod::fromSignal(&ObservableListImpl::itemsChanged)};
+    return known[kind];
 }
 
 } // namespace
@@ -84,11 +97,9 @@ int ObservableListImpl::indexOfPath(const QVariantList& indexPath)
 void ObservableListImpl::fire(const ListChange& change)
 {
     ++m_announcedChanges;
-    if (!mayBeHeard())
-        return;
     Announcement announcement(*this);
     tellLightObservers(announcement, change);
-    if (announcement.isAlive() && wasConnected())
+    if (announcement.isAlive() && isSignalConnected(signalOf(change.kind)))
         emitSignal(change);
     if (announcement.isAlive())
         doEmit(announcement);

@@ -3,6 +3,8 @@
 
 #include <iface/ObservableMapImplFunctorAdapter.h>
 
+#include <QMetaMethod>
+
 #include <utility>
 
 namespace iface {
@@ -20,12 +22,11 @@ ObservableMapImplBase::ObservableMapImplBase() = default;
 
 void ObservableMapImplBase::fireChangedKeys(const ChangedKeys& keys)
 {
-    if (!mayBeHeard())
-        return;
+    static const QMetaMethod keySignal = QMetaMethod::fromSignal(&ObservableMapImplBase::mapChanged);
     Announcement announcement(*this);
     if (keys.isKnown()) {
         tellLightObservers(announcement, keys);
-        if (announcement.isAlive() && wasConnected())
+        if (announcement.isAlive() && isSignalConnected(keySignal))
             Q_EMIT mapChanged(keys.toMapChange());
     }
     if (announcement.isAlive())

@@ -40,6 +40,7 @@ private Q_SLOTS:
     void readsItemsThroughPaths();
     void readsThroughHandles();
     void announcesTheItemFirstThenThePlainChange();
+    void reachesWhoeverListensToOneSignalAlone();
     void emitsWholesaleChangesWithDefaults();
     void mapsIndexesOfItemsThatStay();
     void movesAnAdapterToAnotherModel();
@@ -114,6 +115,39 @@ void TstObservableList::announcesTheItemFirstThenThePlainChange()
     list->reset({});
     QCOMPARE(log, (QStringList{u"added"_qs, u"changed"_qs, u"updated"_qs, u"changed"_qs, u"removed"_qs, u"changed"_qs,
                                u"wholesale"_qs, u"changed"_qs}));
+}
+
+// A spy connects by the signal's number, and the list learns nothing of that.
+void TstObservableList::reachesWhoeverListensToOneSignalAlone()
+{
+    using List = iface::ObservableListImpl;
+    const auto heard = [](auto signal) {
+        const EditableListPointer<int> list(new EditableList<int>({1, 2}));
+        QSignalSpy spy(list.data(), signal);
+        QList<int> counts;
+        list->append(3);
+        counts.append(int(spy.size()));
+        list->update(0, 4);
+        counts.append(int(spy.size()));
+        list->remove(0);
+        counts.append(int(spy.size()));
+        list->reset({});
+        counts.append(int(spy.size()));
+        return counts;
+    };
+    QCOMPARE(heard(&List::itemAdded), (QList<int>{1, 1, 1, 1}));
+    QCOMPARE(heard(&List::itemUpdated), (QList<int>{0, 1, 1, 1}));
+    QCOMPARE(heard(&List::itemRemoved), (QList<int>{0, 0, 1, 1}));
+    QCOMPARE(heard(&List::itemsChanged), (QList<int>{0, 0, 0, 1}));
+    QCOMPARE(heard(&List::observableChanged), (QList<int>{1, 2, 3, 4}));
+
+    const QExplicitlySharedDataPointer<PlainMap<int, int>> map(new PlainMap<int, int>);
+    QSignalSpy keys(map.data(), &iface::ObservableMapImplBase::mapChanged);
+    map->set({{1, 1}});
+    map->fireKeyChanged(1);
+    map->setQuietly(1, 2);
+    QCOMPARE(keys.size(), 2);
+    QCOMPARE(keys.at(1).at(0).value<iface::MapChange>().keys<int>(), QList<int>{1});
 }
 
 void TstObservableList::emitsWholesaleChangesWithDefaults()

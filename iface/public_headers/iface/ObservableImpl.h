@@ -7,8 +7,6 @@
 
 #include <QObject>
 
-#include <atomic>
-
 namespace iface {
 
 /// The base of all observables that announce their changes with a signal.
@@ -69,13 +67,6 @@ protected:
         Announcement* const m_outer;
     };
 
-    /// If not, nobody would hear an announcement, and it can be left out.
-    bool mayBeHeard() const { return m_firstLight || wasConnected(); }
-    /// Whether anybody has ever connected to one of the signals.
-    bool wasConnected() const { return m_wasConnected.load(std::memory_order_relaxed); }
-    /// Subclasses that override it call it.
-    void connectNotify(const QMetaMethod& signal) override;
-
     /// Tells the light observers what a list or a map has to say in particular.
     void tellLightObservers(Announcement& announcement, const ListChange& change);
     void tellLightObservers(Announcement& announcement, const ChangedKeys& keys);
@@ -91,8 +82,6 @@ private:
     template <class Call>
     void callLightObservers(Announcement& announcement, const Call& call);
 
-    // Connections may be made from any thread.
-    std::atomic<bool> m_wasConnected = false;
     mutable LightObserver* m_firstLight = nullptr;
     mutable LightObserver* m_lastLight = nullptr;
 };
