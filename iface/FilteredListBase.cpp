@@ -62,7 +62,7 @@ struct FilteredListBase::Private
     protected:
         void heard(const ListChange& change, bool isNext) override
         {
-            d->perform([&] { return isNext ? d->takenIn(change) : d->outOfStep(); });
+            d->perform([&] { return isNext ? deliver(change, *d) : d->outOfStep(); });
         }
 
     private:
@@ -93,7 +93,6 @@ struct FilteredListBase::Private
     void releaseNodes(IndexedSequence& sequence);
     FilterFlips flips();
 
-    Change takenIn(const ListChange& change);
     template <class Step>
     void perform(Step step);
     template <class Step>
@@ -120,21 +119,6 @@ FilteredListBase::Private::Private(FilteredListBase* list, ObservableListImpl* i
     , follower(this)
 {
     follower.follow(input);
-}
-
-Change FilteredListBase::Private::takenIn(const ListChange& change)
-{
-    switch (change.kind) {
-    case ListChange::ItemAdded:
-        return added(change.index);
-    case ListChange::ItemUpdated:
-        return updated(change.index);
-    case ListChange::ItemRemoved:
-        return removed(change.index);
-    case ListChange::ItemsChanged:
-        break;
-    }
-    return changed(change.type, change.mapper);
 }
 
 template <class Step>

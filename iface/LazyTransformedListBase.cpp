@@ -253,16 +253,7 @@ void LazyTransformedListBase::Private::takeIn(const ListChange& change, bool isN
     const Announcement announcement(*q); // values that go, and the map when it is asked, may run anything
     if (!isNext || isStepping)
         return resynchronise();
-    switch (change.kind) {
-    case ListChange::ItemAdded:
-        return added(change.index);
-    case ListChange::ItemUpdated:
-        return updated(change.index);
-    case ListChange::ItemRemoved:
-        return removed(change.index);
-    case ListChange::ItemsChanged:
-        return changed(change.type, change.mapper);
-    }
+    ListFollower::deliver(change, *this);
 }
 
 void LazyTransformedListBase::Private::added(int index)
@@ -470,6 +461,11 @@ bool LazyTransformedListBase::hasChildren(const QVariantList& indexPath) const
 QVariant LazyTransformedListBase::data(const QVariantList& indexPath) const
 {
     return itemAt(indexOfPath(indexPath));
+}
+
+int LazyTransformedListBase::mostEntries() const
+{
+    return std::min(d->cacheLimit, d->places.size());
 }
 
 QVariant LazyTransformedListBase::itemAt(int index) const

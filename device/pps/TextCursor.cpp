@@ -40,40 +40,8 @@ bool isSame(std::string_view a, std::string_view b)
 
 } // namespace
 
-bool MemberIndex::build(Node object, const JsonTape& words)
-{
-    const size_t last = words.lastOf(object.place);
-    if (words.countOf(object.place) > largestCount || last - object.place > UINT32_MAX) {
-        clear();
-        return false;
-    }
-    m_object = object;
-    m_offsets.fill(0);
-    for (size_t element = object.place + 1; element != last; element = words.after(element + 1)) {
-        uint32_t& offset = m_offsets[slotOf(words.string(element), words)];
-        if (offset == 0)
-            offset = static_cast<uint32_t>(element - object.place);
-    }
-    return true;
-}
-
-size_t MemberIndex::find(std::string_view name, const JsonTape& words) const
-{
-    const uint32_t offset = m_offsets[slotOf(name, words)];
-    return offset ? m_object.place + offset : 0;
-}
-
-size_t MemberIndex::slotOf(std::string_view name, const JsonTape& words) const
-{
-    size_t slot = nameHash(name) % slotCount;
-    while (m_offsets[slot] != 0 && !isSame(words.string(m_object.place + m_offsets[slot]), name))
-        slot = (slot + 1) % slotCount;
-    return slot;
-}
-
 bool TextCursor::begin()
 {
-    m_members.clear();
     m_trails.clear();
     m_trail = nullptr;
     m_container = Node();
@@ -242,10 +210,6 @@ size_t TextCursor::findOnTape(std::string_view name)
 {
     if (m_words.type(m_container.place) != '{')
         return 0;
-    if (m_members.isOf(m_container)) {
-        const size_t element = m_members.find(name, m_words);
-        return element ? element + 1 : 0;
-    }
     Trail& way = trail();
     // Members are mostly asked for in the order in which they stand.
     const size_t element = way.found;
@@ -256,10 +220,8 @@ size_t TextCursor::findOnTape(std::string_view name)
     return element + 1;
 }
 
-size_t TextCursor::searchOnTape(std::string_view name, Trail& way)
+size_t TextCursor::searchOnTape(std::string_view name, Trail& way) const
 {
-    if (m_members.build(m_container, m_words))
-        return findOnTape(name);
     if (way.passed.mayHold(name)) {
         for (size_t element = m_container.place + 1; element != way.found; element = m_words.after(element + 1)) {
             if (isSame(m_words.string(element), name))

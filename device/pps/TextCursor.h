@@ -6,7 +6,6 @@
 
 #include <pps/decoder.h>
 
-#include <array>
 #include <string_view>
 #include <vector>
 
@@ -43,51 +42,25 @@ struct Value
     const AttributeText::Attribute* attribute = nullptr; // InText only
 };
 
-// A member's name as a small number that costs next to nothing and keeps the members of one object mostly apart.
-inline uint8_t nameHash(std::string_view name)
-{
-    if (name.empty())
-        return 0;
-    const auto front = static_cast<uint8_t>(name.front());
-    const auto back = static_cast<uint8_t>(name.back());
-    return static_cast<uint8_t>(name.size() * 5 + size_t(front) * 7 + size_t(back) * 3);
-}
-
 // A set of names that may take a name for one of its own, but never the other way round.
 class NameFilter
 {
 public:
-    void add(std::string_view name) { m_bits[nameHash(name) >> 6] |= bit(name); }
-    bool mayHold(std::string_view name) const { return m_bits[nameHash(name) >> 6] & bit(name); }
+    void add(std::string_view name) { m_bits[hash(name) >> 6] |= bit(name); }
+    bool mayHold(std::string_view name) const { return m_bits[hash(name) >> 6] & bit(name); }
 
 private:
-    static uint64_t bit(std::string_view name) { return uint64_t(1) << (nameHash(name) & 63); }
+    static unsigned hash(std::string_view name)
+    {
+        if (name.empty())
+            return 0;
+        const auto front = static_cast<uint8_t>(name.front());
+        const auto back = static_cast<uint8_t>(name.back());
+        return static_cast<uint8_t>(name.size() * 5 + size_t(front) * 7 + size_t(back) * 3);
+    }
+    static uint64_t bit(std::string_view name) { return uint64_t(1) << (hash(name) & 63); }
 
     uint64_t m_bits[4] = {};
-};
-
-// The members of one object on a tape by name, for readers who ask in another order than the text's. Of members with
-// the same name it knows the first.
-class MemberIndex
-{
-public:
-    // Forgets the object before. False when the object has too many members; then nothing is known.
-    bool build(Node object, const JsonTape& words);
-    void clear() { m_object = Node(); }
-    bool isOf(Node object) const { return m_object == object; }
-    // The place of the name, or 0.
-    size_t find(std::string_view name, const JsonTape& words) const;
-
-private:
-    // Half of the slots stay empty, so a search ends soon.
-    static constexpr size_t slotCount = 64;
-    static constexpr size_t largestCount = slotCount / 2;
-
-    // Where the name is, or would go.
-    size_t slotOf(std::string_view name, const JsonTape& words) const;
-
-    Node m_object;                                  // the root of the text, which is on no tape: none
-    std::array<uint32_t, slotCount> m_offsets = {}; // from the object to a name; 0: empty
 };
 
 // The reading side of a decoder: walks the containers of one text and remembers where it last was in each of them.
@@ -146,7 +119,7 @@ private:
     size_t next(Node container, size_t element) const;
     Value valueAt(Node container, size_t element) const;
     Value findInText(std::string_view name) const;
-    size_t searchOnTape(std::string_view name, Trail& way);
+    size_t searchOnTape(std::string_view name, Trail& way) const;
     std::string_view nameAt(Node container, size_t element) const;
     bool contains(Node outer, Node inner) const;
     Trail& trail() { return m_trail ? *m_trail : findTrail(); }
@@ -159,7 +132,6 @@ private:
     // turn keeps the array's trail.
     std::vector<Trail> m_trails;
     Trail* m_trail = nullptr; // the container's, once it was needed
-    MemberIndex m_members;    // of the object in which a name was last asked for out of turn
 };
 
 } // namespace device

@@ -53,7 +53,6 @@ public:
     LazyTransformedObservableListImpl(const ObservableList<K>& input, const ObservableMap<K, V>& mapping,
                                       int cacheLimit = DefaultCacheLimit)
         : LazyTransformedListBase(input.impl(), mapping.impl(), cacheLimit)
-        , m_cacheLimit(cacheLimit)
         , m_input(input)
         , m_mapping(mapping)
     {
@@ -102,7 +101,6 @@ private:
     bool findEntries(const ChangedKeys& changed, QVarLengthArray<Entry*, 8>& found) const override;
     void setKey(ItemInfo& item, const K& key) const;
 
-    const int m_cacheLimit;
     const ObservableList<K> m_input;
     const ObservableMap<K, V> m_mapping;
     mutable Index m_index;

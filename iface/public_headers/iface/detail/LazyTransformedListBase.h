@@ -52,6 +52,8 @@ protected:
 
     /// The subclass keeps both alive; either may be null.
     LazyTransformedListBase(ObservableListImpl* input, ObservableMapImplBase* mapping, int cacheLimit);
+    /// How many items may come to be kept as the list is now.
+    int mostEntries() const;
     /// To be called in the subclass's destructor, while it can still destroy entries.
     void dropEntries();
 

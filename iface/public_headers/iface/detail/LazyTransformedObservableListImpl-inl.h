@@ -47,7 +47,7 @@ void LazyTransformedObservableListImpl<K, V, Eq, Hash>::setKey(ItemInfo& item, c
     if (item.is_linked())
         m_index.items.erase(m_index.items.iterator_to(item));
     item.key = key;
-    m_index.insert(item, std::min(m_cacheLimit, this->childCount(QVariantList())));
+    m_index.insert(item, mostEntries());
 }
 
 template <class K, class V, class Eq, class Hash>

@@ -26,6 +26,23 @@ public:
         m_heard = list->announcedChanges();
     }
 
+    /// Calls the operation that the change is for: added(), updated() or removed() with the index, or changed().
+    template <class Taker>
+    static auto deliver(const ListChange& change, Taker& taker)
+    {
+        switch (change.kind) {
+        case ListChange::ItemAdded:
+            return taker.added(change.index);
+        case ListChange::ItemUpdated:
+            return taker.updated(change.index);
+        case ListChange::ItemRemoved:
+            return taker.removed(change.index);
+        case ListChange::ItemsChanged:
+            break;
+        }
+        return taker.changed(change.type, change.mapper);
+    }
+
 protected:
     virtual void heard(const ListChange& change, bool isNext) = 0;
 
