@@ -55,6 +55,7 @@ private Q_SLOTS:
 
     void gathersTheKeysOfOneTurnInOrder();
     void settlesRequestedValuesWhenTheAnswerEnds();
+    void goesOnWhileAnAnswerIsStored();
     void repeatsARequestWithoutAnswer();
     void survivesAnythingAnObserverDoes();
     void survivesAThrowingObserver();
@@ -99,6 +100,34 @@ void TstLazyLoader::settlesRequestedValuesWhenTheAnswerEnds()
     QVERIFY2(!f.loader->store(key(9), 0), "unasked, and as the default contents are");
     QCOMPARE(f.loader->value(key(9))->state(), 1);
     QCOMPARE(f.loader->keys().size(), 3);
+}
+
+void TstLazyLoader::goesOnWhileAnAnswerIsStored()
+{
+    const auto clock = FakeClock::install();
+    Fixture f;
+    QVERIFY2(!f.loader->requestNext(), "nothing is under way");
+    f.ask(0, 61);
+    turn();
+    f.loader->store(key(20), 1);
+    QVERIFY(f.loader->requestNext());
+    QCOMPARE(f.sizes(), (QList<int>{20, 20}));
+    QCOMPARE(f.requests.last().first(), key(21));
+    QVERIFY(!f.loader->isLoaded(key(0)));
+    clock->advance(30000);
+    QCOMPARE(f.sizes(), (QList<int>{20, 20, 20}));
+    f.loader->answerStored();
+    QVERIFY(f.loader->isLoaded(key(0)));
+    QVERIFY2(!f.loader->isLoaded(key(21)), "its answer is still to come");
+    QVERIFY(f.loader->requestNext());
+    f.loader->updateDone(); // the next answer, though nobody said that the one before has been stored
+    QVERIFY(f.loader->isLoaded(key(21)) && f.loader->isLoaded(key(60)));
+    f.ask(61, 100);
+    turn();
+    QVERIFY2(!f.loader->requestNext(), "what waits does not fill a request: more may be asked for meanwhile");
+    f.loader->updateDone();
+    turn();
+    QCOMPARE(f.sizes(), (QList<int>{20, 20, 20, 20, 20, 19}));
 }
 
 void TstLazyLoader::repeatsARequestWithoutAnswer()
@@ -238,9 +267,10 @@ void TstLazyLoader::agreesWithAModel()
     }));
     QSet<QString> asked;
     QSet<QString> answered;
+    QStringList beingStored;
     const auto some = [&] { return key(random.bounded(400)); };
     for (int step = 0; step < 20000; ++step) {
-        switch (random.bounded(6)) {
+        switch (random.bounded(7)) {
         case 0: {
             const QString k = some();
             QCOMPARE(loader->getObservableValue(k).getValue(), stored.value(k));
@@ -258,11 +288,24 @@ void TstLazyLoader::agreesWithAModel()
             break;
         }
         case 2:
+            if (!beingStored.isEmpty()) {
+                answered += QSet<QString>(beingStored.cbegin(), beingStored.cend());
+                beingStored.clear();
+                loader->answerStored();
+                break;
+            }
             answered += QSet<QString>(inFlight.cbegin(), inFlight.cend());
             inFlight.clear();
             loader->updateDone();
             break;
         case 3:
+            if (beingStored.isEmpty()) {
+                beingStored = std::exchange(inFlight, {});
+                if (!loader->requestNext())
+                    inFlight = std::exchange(beingStored, {});
+            }
+            break;
+        case 4:
             clock->advance(random.bounded(40000));
             break;
         default:
@@ -273,7 +316,7 @@ void TstLazyLoader::agreesWithAModel()
         QCOMPARE(loader->hasValue(k), asked.contains(k) || stored.contains(k));
         if (stored.contains(k) || answered.contains(k))
             QVERIFY(loader->isLoaded(k));
-        else if (asked.contains(k) && !inFlight.contains(k))
+        else if (asked.contains(k) && !inFlight.contains(k) && !beingStored.contains(k))
             QVERIFY(!loader->isLoaded(k));
     }
     // In the end everything asked for has been requested or has come by itself.

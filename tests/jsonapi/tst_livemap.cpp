@@ -31,6 +31,7 @@ private Q_SLOTS:
     void namesItsListByTypeAndId();
     void announcesTheValueAndThenItsKey();
     void settlesAnAnsweredRequestOnce();
+    void asksForMoreBeforeItStoresAnAnswer();
     void changesOnlyWhatIsLoaded();
     void asksAgainForEverythingAfterAReconnection();
     void aReconnectionDoesNotDisturbTheRequestUnderWay();
@@ -144,6 +145,35 @@ void TstLiveMap::settlesAnAnsweredRequestOnce()
         QCOMPARE(told, 1);
     }
     QCOMPARE(changed, QStringList(u"a"_qs));
+}
+
+void TstLiveMap::asksForMoreBeforeItStoresAnAnswer()
+{
+    QStringList keys;
+    for (int i = 0; i < 45; ++i) {
+        keys.append(QString::number(100 + i));
+        get(keys.last());
+    }
+    QTRY_COMPARE(pipe->sentCount(), 1);
+    QList<int> sentWhenStored;
+    connect(map.data(), &iface::ObservableMapImplBase::mapChanged, this, [&] {
+        sentWhenStored.append(pipe->sentCount());
+        // The service is quick, and the application shows a dialog.
+        if (sentWhenStored.size() == 11)
+            answer(keys.mid(20, 20));
+    });
+    answer(keys.mid(0, 10), false);
+    QCOMPARE(pipe->sentCount(), 1);
+    answer(keys.mid(10, 10));
+    QCOMPARE(pipe->sentCount(), 2);
+    QVERIFY(map->isLoaded(u"139"_qs));
+    QTRY_COMPARE(pipe->sentCount(), 3);
+    QVERIFY2(!sentWhenStored.mid(10).contains(1), "asked for after the answer was stored");
+    QCOMPARE(changed, keys.mid(0, 40));
+    answer(keys.mid(40));
+    QVERIFY(map->isLoaded(u"144"_qs));
+    turn();
+    QCOMPARE(pipe->sentCount(), 3);
 }
 
 void TstLiveMap::changesOnlyWhatIsLoaded()

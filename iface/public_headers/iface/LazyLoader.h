@@ -58,6 +58,13 @@ public:
     /// The answer to the request under way has been stored. Without one, nothing happens.
     void updateDone();
 
+    /// The answer to the request under way has come whole, and is about to be stored. If the keys that wait fill
+    /// another request, it goes out now rather than after updateDone(), so that the other side works on it meanwhile;
+    /// there is still one request under way at a time. Answers whether it did: then answerStored(), and not
+    /// updateDone(), says that the answer has been stored. A key that the answer brings unasked may be requested again.
+    bool requestNext();
+    void answerStored();
+
 private:
     Q_DISABLE_COPY_MOVE(LazyLoader)
     using ValuePointer = QExplicitlySharedDataPointer<Value>;
@@ -70,6 +77,7 @@ private:
     };
 
     ValuePointer create(const K& key);
+    bool isBatchWaiting() const;
     void performRequestAll();
     void repeatRequest();
     void load(const QList<K>& keys);
@@ -81,6 +89,8 @@ private:
     // No duplicates: a key waits once, when its value is made.
     QList<Waiting> m_pending;
     QList<Waiting> m_inFlight;
+    // In the requests before, whose answer is being stored.
+    QList<Waiting> m_answered;
     bool m_requestScheduled = false;
     QApplicationRealm m_realm;
     RetryTimer m_retry;

@@ -119,16 +119,43 @@ void LazyLoader<K, V>::updateDone()
     if (m_inFlight.isEmpty())
         return;
     m_retry.stop();
-    QList<Waiting> settled = std::exchange(m_inFlight, {});
-    for (const Waiting& answered : std::as_const(settled))
-        answered.value->m_inFlight = false;
-    settled.removeIf([](const Waiting& answered) { return answered.value->m_state != Value::Requested; });
-    for (const Waiting& answered : std::as_const(settled))
-        answered.value->m_state = Value::Settled;
+    m_answered += std::exchange(m_inFlight, {});
     m_requestScheduled = false;
     requestAll();
-    for (const Waiting& answered : std::as_const(settled))
-        answered.value->notifyObservers();
+    answerStored();
+}
+
+template <class K, class V>
+bool LazyLoader<K, V>::requestNext()
+{
+    if (m_inFlight.isEmpty() || !isBatchWaiting())
+        return false;
+    m_answered += std::exchange(m_inFlight, {});
+    performRequestAll();
+    return true;
+}
+
+template <class K, class V>
+void LazyLoader<K, V>::answerStored()
+{
+    QList<Waiting> answered = std::exchange(m_answered, {});
+    for (const Waiting& each : std::as_const(answered))
+        each.value->m_inFlight = false;
+    answered.removeIf([](const Waiting& each) { return each.value->m_state != Value::Requested; });
+    for (const Waiting& each : std::as_const(answered))
+        each.value->m_state = Value::Settled;
+    for (const Waiting& each : std::as_const(answered))
+        each.value->notifyObservers();
+}
+
+/// Whether the keys that wait, those left out that need no request any more, fill one.
+template <class K, class V>
+bool LazyLoader<K, V>::isBatchWaiting() const
+{
+    int count = 0;
+    for (auto waiting = m_pending.cbegin(); waiting != m_pending.cend() && count < m_batchLimit; ++waiting)
+        count += waiting->value->m_state == Value::Requested;
+    return count == m_batchLimit;
 }
 
 } // namespace iface

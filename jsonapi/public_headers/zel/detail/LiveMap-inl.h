@@ -105,14 +105,16 @@ template <class Key, class T>
 void LiveMap<Key, T>::listChunk(iface::JsonObjectReader body)
 {
     const detail::KeepAlive keep(this);
+    const bool ends = m_awaitingElements && isLast(body);
+    m_awaitingElements = m_awaitingElements && !ends;
+    const bool wentOn = ends && m_refreshes == 0 && m_loader.requestNext();
     const QList<T> records = parseElements(elementsOf(body));
     const int count = int(records.size());
     detail::MessageOrder::runParts(count + 1, [&](int i) {
         if (i < count) {
             takeRecord(records.at(i));
-        } else if (isLast(body) && m_awaitingElements) {
-            m_awaitingElements = false;
-            answerCompleted();
+        } else if (ends) {
+            wentOn ? m_loader.answerStored() : answerCompleted();
         }
     });
 }
