@@ -5,6 +5,7 @@
 #include <jsonapi/Note.h>
 
 #include <iface/ObservableList.h>
+#include <splib/contacts/PlatformContactJsonAdapter.h>
 #include <zel/LiveList.h>
 #include <zel/LiveMap.h>
 #include <zel/PpsJsonSource.h>
@@ -26,45 +27,40 @@ namespace {
 
 constexpr int Records = 171;
 
-struct ContactRecord
+struct TextMember
 {
-    std::array<QString, 12> texts;
-    bool available = false;
-    int version = 0;
+    const char* key;
+    const char* sample;
+    bool repeats; ///< from record to record
 };
 
-constexpr std::array<const char*, 12> textNames = {"userId",     "handle",        "displayName",    "personalMessage",
-                                                   "status",     "statusMessage", "country",        "timeZone",
-                                                   "appVersion", "avatarId",      "avatarMimeType", "ppId"};
+constexpr std::array<TextMember, 11> textMembers = {{{"CountryCode", "NL", true},
+                                                     {"TimeZone", "Europe/Paris", true},
+                                                     {"appVersion", "2.1.0", true},
+                                                     {"avatarId", "0123456789abcdef0123456789abcdef0123", false},
+                                                     {"avatarMimeType", "image/png", true},
+                                                     {"currentStatus", "in a meeting until ", false},
+                                                     {"displayName", "Zo\xc3\xab \xe4\xbd\xa0\xe5\xa5\xbd ", false},
+                                                     {"handle", "handle.of.", false},
+                                                     {"personalMessage", "on my way home, back at ", false},
+                                                     {"ppid", "PP", false},
+                                                     {"userId", "user-00", false}}};
 
-QByteArray textOf(int record, int field)
+QByteArray textOf(int record, const TextMember& member)
 {
-    static const std::array<const char*, 12> samples = {"user-00",
-                                                        "handle.of.",
-                                                        "Zo\xc3\xab \xe4\xbd\xa0\xe5\xa5\xbd ",
-                                                        "on my way home, back at ",
-                                                        "show-available",
-                                                        "in a meeting until ",
-                                                        "NL",
-                                                        "Europe/Paris",
-                                                        "2.1.0",
-                                                        "0123456789abcdef0123456789",
-                                                        "image/png",
-                                                        "PP"};
-    const bool shared = field == 4 || field == 6 || field == 7 || field == 8 || field == 10;
-    return QByteArray(samples[size_t(field)]) + (shared ? QByteArray() : QByteArray::number(record));
+    return member.repeats ? QByteArray(member.sample) : member.sample + QByteArray::number(record);
 }
 
 const QByteArray& contactsText()
 {
     static const QByteArray text = [] {
-        QByteArray json = "@platform\ndat:json:{\"listChunk\":{\"type\":\"contacts\",\"id\":\"\",\"elements\":[";
+        QByteArray json = "@platform\ndat:json:{\"listChunk\":{\"type\":\"platformUser\",\"id\":\"\",\"elements\":[";
         for (int i = 0; i < Records; ++i) {
             json += i ? ",{" : "{";
-            for (int f = 0; f < 12; ++f) {
-                json += '"' + QByteArray(textNames[size_t(f)]) + "\":\"" + textOf(i, f) + "\",";
+            for (const TextMember& member : textMembers) {
+                json += '"' + QByteArray(member.key) + "\":\"" + textOf(i, member) + "\",";
             }
-            json += "\"available\":true,\"version\":" + QByteArray::number(i) + '}';
+            json += "\"showBusy\":true,\"platformVersion\":200,\"clientVersion\":" + QByteArray::number(i) + '}';
         }
         return json + "],\"last\":true}}\n";
     }();
@@ -74,29 +70,29 @@ const QByteArray& contactsText()
 void makeTheStringsAlone(benchmark::State& state)
 {
     std::vector<QByteArray> texts;
-    for (int i = 0; i < Records * 12; ++i) {
-        texts.push_back(textOf(i / 12, i % 12));
+    for (int i = 0; i < Records; ++i) {
+        for (const TextMember& member : textMembers) {
+            texts.push_back(textOf(i, member));
+        }
     }
     for (auto _ : state) {
-        std::vector<ContactRecord> records;
-        records.reserve(Records);
+        std::vector<std::array<QString, textMembers.size()>> records(Records);
         auto text = texts.cbegin();
-        for (int i = 0; i < Records; ++i) {
-            ContactRecord record;
-            for (QString& field : record.texts) {
+        for (auto& record : records) {
+            for (QString& field : record) {
                 field = QString::fromUtf8(text->constData(), text->size());
                 ++text;
             }
-            records.push_back(std::move(record));
         }
         benchmark::DoNotOptimize(records.data());
     }
 }
 BENCHMARK(makeTheStringsAlone);
 
-void decodeThroughTheReader(benchmark::State& state)
+void decodeContacts(benchmark::State& state)
 {
     const QByteArray& text = contactsText();
+    zelsplib::PlatformContactJsonAdapter adapter;
     for (auto _ : state) {
         pps_decoder_t decoder = {};
         if (pps_decoder_initialize_n(&decoder, text.constData(), size_t(text.size())) != PPS_DECODER_OK) {
@@ -108,18 +104,12 @@ void decodeThroughTheReader(benchmark::State& state)
         zel::PpsJsonSource source(&decoder);
         const iface::JsonNodeReader root = source.startParsing();
         const iface::JsonArrayReader elements = root["listChunk"].object()["elements"].array();
-        std::vector<ContactRecord> records;
+        std::vector<zelsplib::PlatformContact> records;
         records.reserve(Records);
         for (int i = 0, n = elements.numChildren(); i < n; ++i) {
-            const iface::JsonObjectReader json = elements[i].object();
-            ContactRecord record;
-            for (size_t f = 0; f < textNames.size(); ++f) {
-                json.readString(textNames[f], record.texts[f]);
-            }
-            json.readFields("available", record.available, "version", record.version);
-            records.push_back(std::move(record));
+            records.push_back(adapter.jsonToElement(elements[i].object(), zelsplib::PlatformContact()));
         }
-        if (records.size() != Records || records.back().version != Records - 1) {
+        if (records.size() != Records || records.back().getZelVersion() != Records - 1) {
             state.SkipWithError("records are missing");
         }
         benchmark::DoNotOptimize(records.data());
@@ -127,7 +117,7 @@ void decodeThroughTheReader(benchmark::State& state)
     }
     state.counters["bytes"] = double(text.size());
 }
-BENCHMARK(decodeThroughTheReader);
+BENCHMARK(decodeContacts);
 
 // ---- Writing: an element request of 20 keys
 
