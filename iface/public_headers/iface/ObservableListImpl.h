@@ -7,8 +7,6 @@
 #include <QString>
 #include <QVariant>
 
-#include <boost/function.hpp>
-
 namespace iface {
 
 struct ListChange;
@@ -20,11 +18,10 @@ struct ListChange;
 ///
 /// A list changes its items first and then calls the matching fire operation, at once, change by change. Inside that
 /// call those hear first who follow the list as a LightObserver (derived lists do), then come the specific signal and
-/// whatever plain observers hear (see ObservableImpl); the list is kept
-/// alive throughout, and what handlers read is no dependency of a tracked computation. A handler may do whatever an
-/// observer may. When it changes the list, that change is announced there and then, in full, before the remaining
-/// handlers hear of the first: whoever mirrors a list by index reads it again after a wholesale change, and must not
-/// change it while it mirrors.
+/// whatever plain observers hear (see ObservableImpl); the list is kept alive throughout, and what handlers read is no
+/// dependency of a tracked computation. A handler may do whatever an observer may. When it changes the list, that
+/// change is announced there and then, in full, before the remaining handlers hear of the first: whoever mirrors a list
+/// by index reads it again after a wholesale change, and must not change it while it mirrors.
 class ZEL_EXPORT ObservableListImpl : public ObservableImpl
 {
     Q_OBJECT

@@ -6,8 +6,6 @@
 #include <QSharedPointer>
 #include <QString>
 
-struct pps_encoder;
-
 namespace zel {
 
 /// Builds one outgoing message: a JSON object with one member, named by the message's type.

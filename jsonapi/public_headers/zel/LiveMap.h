@@ -14,8 +14,9 @@ namespace zel {
 /// Mirrors a keyed list of the core service as an observable map of observable values, loaded as they are asked for.
 ///
 /// Nothing is requested until somebody asks for a key; the keys asked for in one turn of the event loop go out
-/// together (see iface::LazyLoader). Records that come unasked are stored too, and ask for nothing. None is ever
-/// removed. Once the pipe reconnects, all keys are requested again.
+/// together (see iface::LazyLoader), one request at a time. Once an answer has come whole, and before it is stored, the
+/// next request goes out if there are keys enough to fill it. Records that come unasked are stored too, and ask for
+/// nothing. None is ever removed. Once the pipe reconnects, all keys are requested again.
 ///
 /// Lifetime: held by the pointer that create() returns and by handles made from it; keeps the multiplexer. Values
 /// outlive the map as long as somebody holds them. One thread.
