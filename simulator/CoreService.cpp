@@ -11,8 +11,10 @@ namespace zelcore {
 
 namespace {
 
-/// How long an application that connects may be silent before it is taken for one that comes back, in milliseconds.
-constexpr int silence = 50;
+/// How long an application that connects may be silent before it is taken for one that comes back, in milliseconds:
+/// long enough for the first words of one that runs slowly, in a debugger say, and short beside the second within which
+/// an application is to find a service that came back.
+constexpr int silence = 200;
 
 } // namespace
 
