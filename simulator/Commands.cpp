@@ -94,21 +94,30 @@ Outcome state(SimulatorPrivate& d, const QStringList& args)
                       : QStringLiteral("done, but applications do not know the state \"%1\"").arg(args.first())};
 }
 
+using Policy = Simulator::RegistrationPolicy;
+
+Outcome readPolicy(const QStringList& args, Policy* policy, int* delay)
+{
+    if (args.isEmpty() || args.size() > 2 || (args.size() == 2 && !readNumber(args.at(1), delay)))
+        return failure();
+    const QString& name = args.first();
+    *policy = name == QLatin1String("auto")     ? Policy::Automatic
+              : name == QLatin1String("manual") ? Policy::Manual
+                                                : Policy::Fixed;
+    if (*policy == Policy::Fixed && !Simulator::registrationStates().contains(name))
+        return failure(QStringLiteral("\"%1\" is none of auto, manual, %2")
+                           .arg(name, Simulator::registrationStates().join(QLatin1String(", "))));
+    return {};
+}
+
 Outcome registration(SimulatorPrivate& d, const QStringList& args)
 {
+    Policy policy = Policy::Automatic;
     int delay = 0;
-    if (args.isEmpty() || args.size() > 2 || (args.size() == 2 && !readNumber(args.at(1), &delay)))
-        return failure();
-    const QString& policy = args.first();
-    using Policy = Simulator::RegistrationPolicy;
-    const Policy chosen = policy == QLatin1String("auto")     ? Policy::Automatic
-                          : policy == QLatin1String("manual") ? Policy::Manual
-                                                              : Policy::Fixed;
-    if (chosen == Policy::Fixed && !Simulator::registrationStates().contains(policy))
-        return failure(QStringLiteral("\"%1\" is none of auto, manual, %2")
-                           .arg(policy, Simulator::registrationStates().join(QLatin1String(", "))));
-    d.service.registrar().setPolicy(chosen, policy, delay);
-    return {};
+    const Outcome read = readPolicy(args, &policy, &delay);
+    if (read.ok)
+        d.service.registrar().setPolicy(policy, args.first(), delay);
+    return read;
 }
 
 Outcome permission(SimulatorPrivate& d, const QStringList& args)
@@ -131,26 +140,6 @@ Outcome permission(SimulatorPrivate& d, const QStringList& args)
 
 // --- People ------------------------------------------------------------------------------------------------------
 
-Outcome profile(SimulatorPrivate& d, const QStringList& args)
-{
-    Person person = d.world.profile();
-    if (args.isEmpty())
-        return {true, describePerson(person)};
-    if (args.size() != 2)
-        return failure();
-    const QString problem = setPersonField(args.at(0), args.at(1), person);
-    return outcome(problem.isEmpty() ? d.world.setProfile(person) : problem);
-}
-
-Outcome picture(SimulatorPrivate& d, const QStringList& args)
-{
-    if (args.size() != 1)
-        return failure();
-    QByteArray data;
-    const QString problem = readPicture(args.first(), &data);
-    return outcome(problem.isEmpty() ? d.setPicture(d.world.profile(), data, false) : problem);
-}
-
 /// FIELD=VALUE words into a person; "installed" is taken out for who adds.
 QString readPerson(const QStringList& words, Person& person, bool* installed)
 {
@@ -168,6 +157,26 @@ QString readPerson(const QStringList& words, Person& person, bool* installed)
             return problem;
     }
     return {};
+}
+
+Outcome profile(SimulatorPrivate& d, const QStringList& args)
+{
+    Person person = d.world.profile();
+    if (args.isEmpty())
+        return {true, describePerson(person)};
+    // One field may stand as two words, too.
+    const bool isPair = args.size() == 2 && !args.first().contains(QLatin1Char('='));
+    const QString problem = isPair ? setPersonField(args.at(0), args.at(1), person) : readPerson(args, person, nullptr);
+    return outcome(problem.isEmpty() ? d.world.setProfile(person) : problem);
+}
+
+Outcome picture(SimulatorPrivate& d, const QStringList& args)
+{
+    if (args.size() != 1)
+        return failure();
+    QByteArray data;
+    const QString problem = readPicture(args.first(), &data);
+    return outcome(problem.isEmpty() ? d.setPicture(d.world.profile(), data, false) : problem);
 }
 
 Outcome contactAdd(SimulatorPrivate& d, const QString& handle, const QStringList& fields)
@@ -482,6 +491,8 @@ struct Command
     const char16_t* forms;
 };
 
+constexpr qsizetype helpColumn = 42;
+
 constexpr std::array<Command, 25> commands{{
     {u"help", help, u"help  this text"},
     {u"state", state, u"state [STATE]  the registration of every application, as it stands on the wire: Success, ..."},
@@ -489,34 +500,36 @@ constexpr std::array<Command, 25> commands{{
      u"registration auto|manual|STATE [MS]  what becomes of a request: Pending, and after MS the outcome"},
     {u"permission", permission, u"permission showAppBox|zelInvites|zelSetup on|off  what the user allows"},
     {u"clients", clients, u"clients  the applications that are connected"},
-    {u"profile", profile, u"profile [FIELD VALUE]  the device's own user"},
+    {u"profile", profile, u"profile [FIELD=VALUE]...  shows or changes the device's own user"},
     {u"picture", picture, u"picture FILE|SIZE|none  the own picture; SIZE makes one up"},
     {u"contact", contact,
      u"contact HANDLE  shows a contact\n"
      u"contact add HANDLE [FIELD=VALUE]... [installed=off]  adds one, who runs the application or does not\n"
      u"contact change HANDLE FIELD=VALUE...  changes one\n"
-     u"contact remove|install|uninstall HANDLE\n"
-     u"contact picture HANDLE FILE|SIZE|none"},
+     u"contact install|uninstall HANDLE  begins or ends to run the application\n"
+     u"contact remove HANDLE  is a contact no more\n"
+     u"contact picture HANDLE FILE|SIZE|none  changes the picture"},
     {u"contacts", contacts, u"contacts  all of them"},
     {u"generate", generate, u"generate COUNT [SEED]  adds made-up contacts"},
     {u"rate", rate, u"rate PER-SECOND [mixed|changes|installs|uninstalls|invitations]  lets contacts live; 0 stops it"},
     {u"invite", invite, u"invite HANDLE  this contact sends a connection invitation"},
     {u"box", box,
      u"box  shows the profile box\n"
-     u"box add TEXT [COOKIE [ICON]]\n"
-     u"box change ID text|cookie|icon=VALUE...\n"
-     u"box remove ID\n"
-     u"box clear\n"
+     u"box add TEXT [COOKIE [ICON]]  adds an item\n"
+     u"box change ID text|cookie|icon=VALUE...  changes one\n"
+     u"box remove ID  removes one\n"
+     u"box clear  removes all\n"
      u"box icon ID FILE|SIZE|none  registers an icon, or removes it"},
     {u"eco", eco, u"eco PPID [ECOID]  the eco identifier of a ppId"},
-    {u"eco-status", ecoStatus, u"eco-status ECOID [Unknown|ContactExists|PendingContactExists]"},
+    {u"eco-status", ecoStatus,
+     u"eco-status ECOID [Unknown|ContactExists|PendingContactExists]  how the user stands with its owner"},
     {u"drop", drop, u"drop [TYPE]  the next message (of this type) is lost"},
     {u"delay", delay, u"delay MS [TYPE]  ... comes late, after others"},
     {u"duplicate", duplicate, u"duplicate [TYPE]  ... comes twice"},
     {u"truncate", truncate, u"truncate BYTES [TYPE]  ... is cut"},
     {u"garble", garble, u"garble [TYPE]  ... is unreadable"},
-    {u"send", sendMessage, u"send TYPE JSON  sends any message to all applications"},
-    {u"raw", raw, u"raw TEXT  sends any record"},
+    {u"send", sendMessage, u"send TYPE 'JSON'  sends any message to all applications"},
+    {u"raw", raw, u"raw 'TEXT'  sends any record"},
     {u"away", away, u"away [MS]  the service goes away (for so long)"},
     {u"back", back, u"back  it returns"},
     {u"quit", quit, u"quit  ends the program"},
@@ -591,6 +604,15 @@ QString Commands::problemWith(const QString& line)
     return words.isEmpty() || findCommand(words.first()) ? QString() : unknown(words.first());
 }
 
+QString Commands::problemWithRegistration(const QString& words)
+{
+    Policy policy = Policy::Automatic;
+    int delay = 0;
+    QStringList args;
+    const Outcome read = split(words, &args) ? readPolicy(args, &policy, &delay) : failure();
+    return read.ok || !read.text.isEmpty() ? read.text : usage(*findCommand(QStringLiteral("registration")));
+}
+
 bool Commands::run(const QString& line, QString* reply)
 {
     *reply = problemWith(line);
@@ -613,7 +635,10 @@ QString Commands::help()
         for (const QString& form : QString::fromUtf16(command.forms).split(QLatin1Char('\n'))) {
             const QString usedAs = form.section(QLatin1String("  "), 0, 0);
             const QString what = form.section(QLatin1String("  "), 1);
-            text += QStringLiteral("  %1  %2\n").arg(usedAs.leftJustified(48), what);
+            // A long form has its explanation on a line of its own, in the same column.
+            const QString gap =
+                usedAs.size() > helpColumn ? QLatin1Char('\n') + QString(helpColumn + 2, QLatin1Char(' ')) : QString();
+            text += QStringLiteral("  %1%2  %3\n").arg(usedAs.leftJustified(helpColumn), gap, what);
         }
     }
     return text +

@@ -23,6 +23,8 @@ public:
     static QString help();
     /// A sentence when the line does not begin with a command.
     static QString problemWith(const QString& line);
+    /// A sentence when \a words, as they stand behind "registration", name no policy.
+    static QString problemWithRegistration(const QString& words);
     /// Cuts a line into words: blanks separate, single and double quotes keep together, a backslash takes the next
     /// character as it is (within double quotes, \n is a line break), # begins a comment. False when a quote is open.
     static bool split(const QString& line, QStringList* words);

@@ -199,6 +199,11 @@ void readWorld(Reader world, Scenario* scenario, QString* problem)
         permissions.end();
     }
     scenario->registration = world.text(QLatin1String("registration"));
+    if (!scenario->registration.isEmpty()) {
+        const QString wrong = Commands::problemWithRegistration(scenario->registration);
+        if (!wrong.isEmpty())
+            world.complain(QLatin1String("registration"), QStringLiteral("cannot be: ") + wrong);
+    }
     Reader generate = inner(QLatin1String("generate"));
     scenario->generated = generate.number(QLatin1String("count"));
     scenario->seed = quint32(generate.number(QLatin1String("seed"), 1));
@@ -240,7 +245,9 @@ std::optional<Scenario> Scenario::parse(const QByteArray& text, QString* problem
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(text, &error);
     if (!document.isObject()) {
-        *problem = QStringLiteral("no JSON object: %1 at byte %2").arg(error.errorString()).arg(error.offset);
+        *problem = error.error == QJsonParseError::NoError
+                       ? QStringLiteral("a scenario is one JSON object, not an array")
+                       : QStringLiteral("no JSON: %1 at byte %2").arg(error.errorString()).arg(error.offset);
         return std::nullopt;
     }
     problem->clear();

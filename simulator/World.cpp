@@ -168,6 +168,8 @@ QString World::addContact(Person& person, bool installed)
     m_everybody.append(person.userId);
     ++m_added;
     index(person);
+    if (m_gone.remove(person.userId))
+        Q_EMIT contactChanged(person.userId, personToJson(person));
     if (installed) {
         m_installed.append(person.userId);
         Q_EMIT contactInstalled(person.userId);
@@ -205,6 +207,7 @@ QString World::removeContact(const QString& userId)
     unindex(found->second.person);
     m_contacts.erase(found);
     m_everybody.removeOne(removed);
+    m_gone.insert(removed);
     if (wasInstalled) {
         m_installed.removeOne(removed);
         Q_EMIT contactUninstalled(removed);

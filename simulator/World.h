@@ -7,6 +7,7 @@
 #include <QtCore/QJsonObject>
 #include <QtCore/QList>
 #include <QtCore/QObject>
+#include <QtCore/QSet>
 
 #include <unordered_map>
 
@@ -114,6 +115,7 @@ private:
     QHash<QString, QString> m_userIdByHandle;
     QList<QString> m_installed;
     QList<QString> m_everybody;
+    QSet<QString> m_gone; ///< User ids of removed contacts, whose records applications may still hold.
     QList<BoxItem> m_items;
     QList<BoxIcon> m_icons;
     QHash<QString, QString> m_ecoIds;

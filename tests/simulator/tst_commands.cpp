@@ -59,6 +59,7 @@ private Q_SLOTS:
             u"contact picture boris 1000"_s,
             u"generate 5 2"_s,
             u"profile displayName \"Robin the 2nd\""_s,
+            u"profile statusMessage=away showBusy=on"_s,
             u"picture none"_s,
             u"permission zelInvites off"_s,
             u"state BlockedByUser"_s,
@@ -87,6 +88,7 @@ private Q_SLOTS:
         QCOMPARE(boris.personalMessage, u"x = \"y\""_s);
         QCOMPARE(simulator.picture(boris.avatarId).size(), 1000);
         QCOMPARE(simulator.profile().displayName, u"Robin the 2nd"_s);
+        QCOMPARE(simulator.profile().statusMessage, u"away"_s);
         QCOMPARE(simulator.profile().avatarId, QString());
         QCOMPARE(simulator.permissions(), (zelcore::Permissions{true, false, true}));
         QCOMPARE(simulator.registrationState(), u"BlockedByUser"_s);
@@ -170,6 +172,8 @@ private Q_SLOTS:
     {
         const QList<QPair<const char*, const char*>> cases{
             {"{", "byte"},
+            {"[]", "array"},
+            {R"({"world":{"registration":"lunch"}})", "registration"},
             {R"({"wrld":{}})", "wrld"},
             {R"({"world":{"profile":{"age":3}}})", "age"},
             {R"({"world":{"permissions":{"zelSetup":"on"}}})", "zelSetup"},

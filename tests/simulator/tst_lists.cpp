@@ -131,17 +131,22 @@ private Q_SLOTS:
         QRandomGenerator random = seededRandom();
         Mirror mirror;
         QStringList handles;
+        QStringList gone;
+        QSet<QString> asked;
         for (int step = 0; step < 400; ++step) {
             const int what = random.bounded(10);
             const QString handle = handles.isEmpty() ? QString() : handles.at(random.bounded(int(handles.size())));
             if (what < 4 || handles.isEmpty()) {
                 Person person;
-                person.handle = u"h%1"_s.arg(step);
+                person.handle = !gone.isEmpty() && random.bounded(2) ? gone.takeFirst() : u"h%1"_s.arg(step);
+                person.displayName = u"from %1"_s.arg(step);
                 const bool installed = random.bounded(3) != 0;
                 const QString id = m_simulator->addContact(person, installed);
                 QVERIFY(!id.isEmpty());
-                // The records are not announced; an application asks for them.
-                m_application->send(u"requestListElements"_s, keysRequest({id}));
+                // The records are not announced; an application asks for those that it has not.
+                if (!asked.contains(id))
+                    m_application->send(u"requestListElements"_s, keysRequest({id}));
+                asked.insert(id);
                 handles.append(person.handle);
             } else if (what < 7) {
                 Person person = m_simulator->contact(handle);
@@ -151,6 +156,7 @@ private Q_SLOTS:
             } else if (what == 7) {
                 m_simulator->removeContact(handle);
                 handles.removeOne(handle);
+                gone.append(handle);
             } else if (what == 8) {
                 m_simulator->installApplication(handle);
             } else {
