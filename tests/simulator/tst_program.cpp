@@ -87,6 +87,7 @@ private Q_SLOTS:
     {
         const QList<QPair<QStringList, int>> wrong{{{u"--contacts"_s, u"many"_s}, 2},
                                                    {{u"word"_s}, 2},
+                                                   {{u"--rot"_s}, 2},
                                                    {{u"--scenario"_s, u"nowhere"_s}, 1},
                                                    {{u"--root"_s, u"/proc/none"_s}, 1}};
         for (const auto& [arguments, status] : wrong) {

@@ -133,10 +133,16 @@ int main(int argc, char* argv[])
         QStringLiteral("A core service for the desktop. It serves applications that run with PPS_ROOT set to its "
                        "folder,\nand takes commands on standard input (\"help\" lists them).\nScenarios: %1.")
             .arg(zelcore::Simulator::scenarioNames().join(QLatin1String(", "))));
-    parser.addHelpOption();
+    const QCommandLineOption help = parser.addHelpOption();
     parser.addOptions({rootOption, scenarioOption, contactsOption, seedOption, traceOption});
-    parser.process(application);
+    const bool understood = parser.parse(QCoreApplication::arguments());
     Options options;
+    if (!understood) {
+        complain(parser.errorText() + QStringLiteral(" See --help."));
+        return 2;
+    }
+    if (parser.isSet(help))
+        parser.showHelp();
     if (!parser.positionalArguments().isEmpty()) {
         complain(QStringLiteral("\"%1\" is no option; see --help").arg(parser.positionalArguments().first()));
         return 2;

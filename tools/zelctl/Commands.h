@@ -35,8 +35,13 @@ struct Outcome
 
     /// What people read at the end. {0}, {1} are arguments, {name} a member of the signal.
     QLatin1String sentence = {};
+    /// The same when that member of the signal is empty or 0.
+    QLatin1String member = {};
+    QLatin1String nothing = {};
     /// What people read when the request was refused.
     QLatin1String refused = {};
+    /// Why a service that works may leave the request unanswered, as a question.
+    QLatin1String unanswered = {};
 
     /// Whether things already stand as the command wants them, so that no signal will follow; may be null.
     bool (*settled)(Session& session, const Arguments& arguments) = nullptr;

@@ -159,7 +159,10 @@ void OneShot::delivered()
 
 void OneShot::succeed(const Record& signal)
 {
-    m_output.sentence(fill(m_command.outcome.sentence, signal));
+    const Outcome& outcome = m_command.outcome;
+    const QString found = outcome.member.isEmpty() ? QString() : signal.textOf(outcome.member);
+    const bool hasNothing = !outcome.member.isEmpty() && (found.isEmpty() || found == "0"_L1);
+    m_output.sentence(fill(hasNothing ? outcome.nothing : outcome.sentence, signal));
     finish(0);
 }
 
@@ -199,7 +202,9 @@ void OneShot::onTimeout()
     } else if (m_phase == Phase::Contacts) {
         fail(u"The contact list was not complete %1."_s.arg(seconds));
     } else {
-        fail(u"The service did not answer %1; ZEL_SLOG=stderr shows what the library has to say."_s.arg(seconds));
+        const QLatin1String why = m_command.outcome.unanswered;
+        fail(u"The service did not answer %1; %2"_s.arg(
+            seconds, why.isEmpty() ? "ZEL_SLOG=stderr shows what the library has to say."_L1 : why));
     }
 }
 

@@ -28,13 +28,16 @@ constexpr int wrongUse = 2;
 
 void printUsage()
 {
-    QString text = u"Usage: zelctl [--json] [--uuid UUID] [--timeout S] [--simulate[=SCENARIO]] COMMAND ...\n\n"
-                   "An application of the messaging service, on the command line.\n\n"
-                   "  --json                 JSON Lines on standard output, and nothing else there\n"
-                   "  --uuid UUID            what the application calls itself (default %1)\n"
-                   "  --timeout S            how many seconds a command may take (default 10)\n"
-                   "  --simulate[=SCENARIO]  with a core service of its own: a scenario file or the name of one\n\n"
-                   "Commands:\n"_s.arg(CommandLine::defaultUuid().toString(QUuid::WithoutBraces));
+    QString text =
+        u"Usage: zelctl [--json] [--uuid UUID] [--timeout S] [--simulate[=SCENARIO]] COMMAND ...\n\n"
+        "An application of the messaging service, on the command line.\n\n"
+        "  --json                 JSON Lines on standard output, and nothing else there\n"
+        "  --uuid UUID            what the application calls itself (default %1)\n"
+        "  --timeout S            how many seconds a command may take (default 10)\n"
+        "  --simulate[=SCENARIO]  with a core service of its own, empty or with the world of a scenario: a file,\n"
+        "                         or one of %2\n\n"
+        "Commands:\n"_s.arg(CommandLine::defaultUuid().toString(QUuid::WithoutBraces),
+                            zelcore::Simulator::scenarioNames().join(", "_L1));
     const auto add = [&text](const QString& usage, QLatin1String summary) {
         text += u"  %1 %2\n"_s.arg(usage, -44).arg(summary);
     };
@@ -165,7 +168,7 @@ int main(const QStringList& words)
     const Signature signature = command ? command->signature : Signature{};
     const auto arguments = Arguments::parse(signature, line->words.mid(1), &error);
     if (!arguments)
-        return complain(u"%1; usage: zelctl %2 %3"_s.arg(error, name, usageOf(signature)));
+        return complain(u"%1; usage: zelctl %2 %3"_s.arg(error, name, usageOf(signature)).trimmed());
     return Run(*line, command, *arguments).execute();
 }
 
