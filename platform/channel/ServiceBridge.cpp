@@ -55,8 +55,10 @@ ServiceBridge::ServiceBridge(QObject* parent)
     if (!m_services->isInitialized()) {
         qCDebug(lcPlatform) << "ZELSP Services not initialized -- Abort ";
         // The reason is in the system log, which few look into first; a developer has to learn it here.
-        qCWarning(lcPlatform) << "cannot open /pps/services/zelcore/platform: start the core service, or a simulated "
-                                 "one and set PPS_ROOT to its folder, before the application";
+        qCWarning(lcPlatform,
+                  "cannot open %s/services/zelcore/platform: start the core service, or a simulated one "
+                  "and set PPS_ROOT to its folder, before the application",
+                  qEnvironmentVariableIsEmpty("PPS_ROOT") ? "/pps" : qgetenv("PPS_ROOT").constData());
         return;
     }
 
