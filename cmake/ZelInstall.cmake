@@ -15,8 +15,11 @@ foreach(layer IN LISTS header_layers)
     install(DIRECTORY "${PROJECT_SOURCE_DIR}/${layer}/public_headers/" DESTINATION "${zel_headers}"
             FILES_MATCHING PATTERN "*.h")
 endforeach()
+# The programs find the libraries beside them, wherever the tree was installed or moved to.
+file(RELATIVE_PATH bin_to_libraries "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
 foreach(program IN ITEMS zelctl zelcore-sim)
     if(TARGET ${program})
+        set_target_properties(${program} PROPERTIES INSTALL_RPATH "$ORIGIN/${bin_to_libraries}")
         install(TARGETS ${program} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
     endif()
 endforeach()

@@ -26,7 +26,7 @@ done >"$work/headers.cpp"
 # shellcheck disable=SC2046,SC2086
 $compiler $flags -fsyntax-only "$work/headers.cpp" $(pkg-config --cflags zelplatform)
 
-"$work/prefix/bin/zelcore-sim" --root "$work/root" </dev/null >"$work/core.log" 2>&1 &
+env -u LD_LIBRARY_PATH "$work/prefix/bin/zelcore-sim" --root "$work/root" </dev/null >"$work/core.log" 2>&1 &
 core=$!
 for _ in $(seq 200); do [ -S "$work/root/services/zelcore/platform" ] && break; sleep 0.05; done
 export PPS_ROOT="$work/root"
