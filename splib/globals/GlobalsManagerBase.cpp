@@ -12,6 +12,7 @@
 #include <zel/LiveMap.h>
 
 #include <iface/ObserverFunctorAdapter.h>
+#include <iface/RetryTimer.h>
 
 #include <QExplicitlySharedDataPointer>
 #include <QMetaObject>
@@ -49,8 +50,25 @@ struct GlobalsManagerBase::Private
     QByteArray picture;                          ///< the own picture as last told
     QSharedDataPointer<Avatar> pendingPicture;   ///< set by the application, not confirmed yet; null when none is
     QSharedDataPointer<Avatar> confirmedPicture; ///< the last one that was; the service may still ask for its bytes
+    /// A request that was lost while the service was away would be pending for ever, and no other picture be taken.
+    iface::RetryTimer pictureRetry{[this] { sendPendingPicture(); }};
     QString requestedAvatarId; ///< the stream that the profile's picture was asked for on, empty when it came
     QString announcedStreamId; ///< a stream that the service means to send the picture on, empty when it came
+
+    void sendPendingPicture() const
+    {
+        PlatformContact change;
+        change.setAvatarId(pendingPicture->getHash());
+        change.setAvatarMimeType(pendingPicture->getMimeType());
+        QList<GlobalVar> changes{{globalnames::platformProfile(), QVariant::fromValue(change)}};
+        globalMap->requestListChange(changes);
+    }
+
+    QSharedDataPointer<Avatar> takePendingPicture()
+    {
+        pictureRetry.stop();
+        return std::exchange(pendingPicture, {});
+    }
 
     /// The values are watched directly and not by a monitor: a monitor runs again only when its function has returned,
     /// and here the application's slots run inside it, for as long as a dialog stays open.
@@ -165,10 +183,8 @@ bool GlobalsManagerBase::setProfileAvatar(Avatar::ImageType type, const char* da
         return false;
     }
     d->pendingPicture = new Avatar(type, QByteArray(data, static_cast<qsizetype>(size)));
-    PlatformContact change;
-    change.setAvatarId(d->pendingPicture.constData()->getHash());
-    change.setAvatarMimeType(d->pendingPicture.constData()->getMimeType());
-    setMyProfile(change);
+    d->pictureRetry.start();
+    d->sendPendingPicture();
     return true;
 }
 
@@ -202,7 +218,7 @@ void GlobalsManagerBase::postAvatar(const QByteArray& data)
 
 void GlobalsManagerBase::postConfirmedAvatar()
 {
-    d->confirmedPicture = std::exchange(d->pendingPicture, {});
+    d->confirmedPicture = d->takePendingPicture();
     postAvatar(d->confirmedPicture.constData()->getData());
 }
 
@@ -301,7 +317,7 @@ void GlobalsManagerBase::profileChangeResponseCallback(QObject*, iface::JsonRead
     QString status;
     if (message.object().readString("status", status) && status != success) {
         Log<GENERAL_WARNING_INFO>({}, "the own picture was refused");
-        d->pendingPicture.reset();
+        d->takePendingPicture();
     } else if (d->pendingPicture.constData()->getHash() == d->profile.getAvatarId()) {
         // Setting the picture that the profile already has changes nothing that could confirm it.
         postConfirmedAvatar();

@@ -14,6 +14,7 @@
 
 #include <iface/ObservableListImplFunctorAdapter.h>
 #include <iface/ObserverFunctorAdapter.h>
+#include <iface/RetryTimer.h>
 
 #include <QCryptographicHash>
 #include <QHash>
@@ -66,7 +67,27 @@ struct ProfileBoxManagerBase::Private
     ProfileBoxMirror<ProfileBoxItem> items; ///< what the application has been told of
     ProfileBoxMirror<ProfileBoxImage> images;
     QHash<QString, QSharedDataPointer<Avatar>> pendingIcons; ///< announced but not listed yet, by icon id
+    /// A request that was lost while the service was away would keep the icon's id from being used for ever.
+    iface::RetryTimer iconRetry{[this] { sendPendingIcons(); }};
     QHash<QString, QList<int>> retrievals; ///< icon ids that wait for data, by stream id, in order of request
+
+    void sendIcon(const QString& imageId) const
+    {
+        const auto request =
+            QSharedPointer<zel::JsonWriter>::create(QStringLiteral("createProfileBoxImage"), QStringLiteral("zel"));
+        request->addAttribute(QStringLiteral("imageHash"), pendingIcons.value(imageId).constData()->getHash());
+        request->addAttribute(QStringLiteral("imageId"), imageId);
+        jsonStream->pipe()->send(request);
+    }
+
+    void sendPendingIcons()
+    {
+        if (pendingIcons.isEmpty())
+            iconRetry.stop();
+        const QStringList ids = pendingIcons.keys();
+        for (const QString& id : ids)
+            sendIcon(id);
+    }
 
     ProfileBoxItem itemAt(int index) const { return itemList->data(ItemList::pathOf(index)).value<ProfileBoxItem>(); }
 
@@ -187,11 +208,8 @@ bool ProfileBoxManagerBase::createProfileBoxImage(int iconId, Avatar::ImageType 
 
     const QSharedDataPointer<Avatar> icon(new Avatar(type, QByteArray(data, static_cast<qsizetype>(size))));
     d->pendingIcons.insert(imageId, icon);
-    const auto request =
-        QSharedPointer<zel::JsonWriter>::create(QStringLiteral("createProfileBoxImage"), QStringLiteral("zel"));
-    request->addAttribute(QStringLiteral("imageHash"), icon->getHash());
-    request->addAttribute(QStringLiteral("imageId"), imageId);
-    d->jsonStream->pipe()->send(request);
+    d->iconRetry.start();
+    d->sendIcon(imageId);
     return true;
 }
 

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/globals/GlobalsManager.h>
 
+#include <common/FakeClock.h>
 #include <common/FakePipe.h>
 #include <common/RecordingHandlers.h>
 #include <common/SlogCapture.h>
 
 #include <QCryptographicHash>
 #include <QJsonDocument>
+#include <QScopeGuard>
 #include <QTest>
 
 using zelsplib::Avatar;
@@ -30,6 +32,7 @@ private Q_SLOTS:
     void confirmsAPictureByTheChangedProfile();
     void confirmsTheSamePictureByTheResponse();
     void dropsARefusedPicture();
+    void asksAgainWhenAPictureHasNoAnswer();
     void takesAnAnnouncedStream();
     void sendsAPictureWhoseRecordChangedFirst();
 };
@@ -283,6 +286,26 @@ void TstGlobalsManager::dropsARefusedPicture()
     QCOMPARE(f.log.take(), QStringList());
     QVERIFY(f.setPicture("mine"));
     QCOMPARE(f.manager->getMyAvatar(), QByteArray("old"));
+}
+
+void TstGlobalsManager::asksAgainWhenAPictureHasNoAnswer()
+{
+    const auto clock = FakeClock::install();
+    const auto uninstall = qScopeGuard(&FakeClock::uninstall);
+    Fixture f;
+    f.initWithProfile();
+    QVERIFY(f.setPicture("mine"));
+    const QByteArray request = f.pipe->sent().last();
+    f.pipe->clearSent();
+    clock->advance(30 * 1000);
+    QVERIFY(f.pipe->expectSentText(request));
+
+    f.profile(R"("avatarId":")" + sha1("mine") + R"(","avatarMimeType":"image/gif")");
+    QVERIFY(f.setPicture("next"));
+    f.pipe->inject(R"({"profileChangeResponse":{"status":"Failure"}})");
+    f.pipe->clearSent();
+    clock->advance(10 * 60 * 1000);
+    QVERIFY(f.pipe->expectNothingSent());
 }
 
 void TstGlobalsManager::takesAnAnnouncedStream()

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/profilebox/ProfileBoxManager.h>
 
+#include <common/FakeClock.h>
 #include <common/FakePipe.h>
 #include <common/RecordingHandlers.h>
 #include <common/SlogCapture.h>
 
 #include <QCryptographicHash>
+#include <QScopeGuard>
 #include <QTest>
 
 using zelsplib::Avatar;
@@ -23,6 +25,7 @@ private Q_SLOTS:
     void checksItems();
     void checksIcons();
     void sendsAPendingIconsData();
+    void asksAgainForAnIconThatIsNotListed();
     void joinsAListedIconWithItsData();
     void followsTheItems();
     void tellsWhatAWholeListChanges();
@@ -196,6 +199,23 @@ void TstProfileBoxManager::sendsAPendingIconsData()
     QCOMPARE(log.lines(), lines({"6: zelcore request user profile box image, imageId:4, streamId:s",
                                  "3: Failed to find pending user profile box image, imageId:4, streamId:s",
                                  "6: zelcore request user profile box image, imageId:3, streamId:s"}));
+}
+
+void TstProfileBoxManager::asksAgainForAnIconThatIsNotListed()
+{
+    const auto clock = FakeClock::install();
+    const auto uninstall = qScopeGuard(&FakeClock::uninstall);
+    Fixture f;
+    f.initWithBox();
+    f.createIcon(3, "icon");
+    const QByteArray request = f.pipe->sent().last();
+    f.pipe->clearSent();
+    clock->advance(30 * 1000);
+    QVERIFY(f.pipe->expectSentText(request));
+    f.pipe->clearSent();
+    f.message("listAdd", "profileBoxImage", R"({"imageId":"3","imageHash":"h"})");
+    clock->advance(10 * 60 * 1000);
+    QVERIFY(f.pipe->expectNothingSent());
 }
 
 void TstProfileBoxManager::joinsAListedIconWithItsData()
