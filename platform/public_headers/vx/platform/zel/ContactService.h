@@ -50,7 +50,8 @@ public:
     bool requestDisplayPicture(const QString& handle) const;
 
 Q_SIGNALS:
-    // Each but applicationDisabled() comes after contact() and contacts() show what it tells.
+    // Each but applicationDisabled() comes after contact() and contacts() show what it tells, and while access is lost,
+    // too, when they answer defaults.
 
     /// The list is whole, or was read anew because another ContactService was made. Read contacts() again.
     void contactListUpdated();

@@ -26,7 +26,8 @@ class ProfileBoxPrivate;
 ///
 /// Requests are answered by the service through the signals. Its rules: a text of 1 to 100 characters with at most two
 /// line breaks ("\r\n" counts as two), a cookie of at most 128 characters, an icon of 1 to 32768 bytes under an id of
-/// 0 or more that is not registered yet.
+/// 0 or more that is not registered yet. What breaks them is refused: an icon by false, an item only by a line in the
+/// log. An item with an icon that is not registered is never added; one without takes the form without the id.
 ///
 /// Thread: that of the context. In a slot anything may be done, including destroying this object.
 class ZEL_EXPORT ProfileBox : public QObject
@@ -49,7 +50,7 @@ public:
     bool requestRetrieveIcon(int iconId) const;
 
 Q_SIGNALS:
-    // Each comes after item() and items() show what it tells.
+    // Each comes after item() and items() show what it tells, and while access is lost, too, when they answer defaults.
 
     void itemAdded(QString itemId);
     void itemRemoved(QString itemId);

@@ -24,7 +24,8 @@ class UserProfilePrivate;
 /// defaults; the copy is kept current and shows again when access returns. The context is held guarded and may go
 /// first. The application owns its profile objects and may have several.
 ///
-/// A request answers whether it was handed on, and no more: what the service makes of it shows in the signals.
+/// A request answers whether it was handed on, and no more: what the service makes of it shows in the signals. A
+/// picture has 1 to 32768 bytes; another one is refused until the service has answered the one before.
 ///
 /// Thread: that of the context. In a slot anything may be done, including destroying this object.
 class ZEL_EXPORT UserProfile : public QObject
@@ -64,8 +65,9 @@ public:
     bool requestUpdateDisplayPicture(ImageType::Type type, const QByteArray& displayPicture);
 
 Q_SIGNALS:
-    // Each comes after this object shows the new value. A change that the application requested itself is announced
-    // like any other, once the service has taken it.
+    // Each comes after this object shows the new value, and while access is lost, too. A change that the application
+    // requested itself is announced like any other, once the service has taken it; what changes nothing is not, but for
+    // a picture.
 
     void displayNameUpdated(QString value);
     void personalMessageUpdated(QString value);

@@ -30,6 +30,7 @@ public:
     ~Utils() override;
 
     bool requestEcoId(const QString& ppId);
+    /// False for an empty \a ecoId; the others take any text.
     bool requestEcoIdStatus(const QString& ecoId);
     bool sendContactInvitation(const QString& ecoId, const QString& displayName, const QString& message);
     bool invokeChat(const QString& ecoId);
