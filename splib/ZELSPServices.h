@@ -22,7 +22,7 @@ namespace zelsplib {
 /// belongs to the thread that made it, whose event loop must run. The event-handler types are those of whoever shows
 /// the services to applications; each manager holds its handlers by value.
 ///
-/// Tests build their own on a pipe of theirs; such a facade has no ppsManager().
+/// Tests build their own on a channel or on a pipe of theirs; one on a pipe has no ppsManager().
 template <RegistrationEvents Registration, UserProfileEvents UserProfile, ContactListEvents ContactList,
           ConnectionEvents Connection, ProfileBoxEvents Box, InvocationRequests Invocations, EcoIdEvents EcoId,
           EcoIdStatusEvents EcoIdStatus>
@@ -39,6 +39,11 @@ public:
         return &services;
     }
 
+    explicit ZELSPServices(const QSharedPointer<PPSManager>& channel)
+        : m_ppsManager(channel)
+    {
+        build(channel);
+    }
     explicit ZELSPServices(const QSharedPointer<zel::JsonPipe>& pipe) { build(pipe); }
 
     QSharedPointer<PPSManager> ppsManager() const { return m_ppsManager; }
