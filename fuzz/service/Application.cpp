@@ -165,7 +165,7 @@ void Application::follow(Class* object, int number)
         connectTo(&UserProfile::personalMessageUpdated);
         connectTo(&UserProfile::statusUpdated);
         connectTo(&UserProfile::displayPictureUpdated);
-        connectTo(&UserProfile::accessChanged);
+        connectTo(&UserProfile::profileChanged);
     } else if constexpr (std::is_same_v<Class, ContactService>) {
         connectTo(&ContactService::contactListUpdated);
         connectTo(&ContactService::displayPictureUpdated);

@@ -36,6 +36,7 @@ public Q_SLOTS:
 private:
     void connectDelegate();
     void announceAccess();
+    void announceProperties() { Q_EMIT q->profileChanged(UserProfile::QPrivateSignal()); }
 
     bool m_allowedBefore = true;
 };
@@ -60,6 +61,12 @@ void UserProfilePrivate::connectDelegate()
     connect(delegate, &UserProfileDelegate::personalMessageUpdated, this, &UserProfilePrivate::personalMessageUpdated);
     connect(delegate, &UserProfileDelegate::statusUpdated, this, &UserProfilePrivate::statusUpdated);
     connect(delegate, &UserProfileDelegate::avatarUpdated, this, &UserProfilePrivate::avatarUpdated);
+
+    // After those above, so that properties are announced behind what changed them.
+    connect(delegate, &UserProfileDelegate::displayNameUpdated, this, &UserProfilePrivate::announceProperties);
+    connect(delegate, &UserProfileDelegate::personalMessageUpdated, this, &UserProfilePrivate::announceProperties);
+    connect(delegate, &UserProfileDelegate::statusUpdated, this, &UserProfilePrivate::announceProperties);
+    connect(delegate, &UserProfileDelegate::avatarUpdated, this, &UserProfilePrivate::announceProperties);
 }
 
 void UserProfilePrivate::announceAccess()
@@ -68,7 +75,7 @@ void UserProfilePrivate::announceAccess()
     if (allowed == m_allowedBefore)
         return;
     m_allowedBefore = allowed;
-    Q_EMIT q->accessChanged(UserProfile::QPrivateSignal());
+    announceProperties();
 }
 
 // In each of these the signal comes last: a slot may destroy the public object and this one with it.

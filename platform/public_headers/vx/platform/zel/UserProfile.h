@@ -31,17 +31,17 @@ class UserProfilePrivate;
 class ZEL_EXPORT UserProfile : public QObject
 {
     Q_OBJECT
-    Q_PROPERTY(QString displayName READ displayName NOTIFY displayNameUpdated)
-    Q_PROPERTY(QString personalMessage READ personalMessage NOTIFY personalMessageUpdated)
-    Q_PROPERTY(vx::platform::zel::UserStatus::Type status READ status NOTIFY statusUpdated)
-    Q_PROPERTY(QString statusMessage READ statusMessage NOTIFY statusUpdated)
-    Q_PROPERTY(QString ppId READ ppId NOTIFY accessChanged)
-    Q_PROPERTY(QString handle READ handle NOTIFY accessChanged)
-    Q_PROPERTY(vx::platform::zel::ImageType::Type displayPictureMimeType READ displayPictureMimeType NOTIFY
-                   displayPictureUpdated)
-    Q_PROPERTY(QByteArray displayPicture READ displayPicture NOTIFY displayPictureUpdated)
-    Q_PROPERTY(QString applicationVersion READ applicationVersion NOTIFY accessChanged)
-    Q_PROPERTY(int zelVersion READ zelVersion NOTIFY accessChanged)
+    Q_PROPERTY(QString displayName READ displayName NOTIFY profileChanged)
+    Q_PROPERTY(QString personalMessage READ personalMessage NOTIFY profileChanged)
+    Q_PROPERTY(vx::platform::zel::UserStatus::Type status READ status NOTIFY profileChanged)
+    Q_PROPERTY(QString statusMessage READ statusMessage NOTIFY profileChanged)
+    Q_PROPERTY(QString ppId READ ppId NOTIFY profileChanged)
+    Q_PROPERTY(QString handle READ handle NOTIFY profileChanged)
+    Q_PROPERTY(
+        vx::platform::zel::ImageType::Type displayPictureMimeType READ displayPictureMimeType NOTIFY profileChanged)
+    Q_PROPERTY(QByteArray displayPicture READ displayPicture NOTIFY profileChanged)
+    Q_PROPERTY(QString applicationVersion READ applicationVersion NOTIFY profileChanged)
+    Q_PROPERTY(int zelVersion READ zelVersion NOTIFY profileChanged)
     Q_PROPERTY(int sdkVersion READ sdkVersion CONSTANT)
 
 public:
@@ -74,8 +74,9 @@ Q_SIGNALS:
     void statusUpdated(vx::platform::zel::UserStatus::Type status, QString statusMessage);
     void displayPictureUpdated(vx::platform::zel::ImageType::Type displayPictureMimeType, QByteArray displayPicture);
 
-    /// For bindings to what never changes but with the access: access was lost or came back.
-    void accessChanged(QPrivateSignal);
+    /// For bindings: after each of those above, and when access was lost or came back, with which every property
+    /// changes.
+    void profileChanged(QPrivateSignal);
 
 private:
     friend class UserProfilePrivate;
