@@ -100,6 +100,11 @@ size_t longestRecord()
     return static_cast<size_t>(askedBuffer) * 2;
 }
 
+bool mayReadOn(int error)
+{
+    return error == EAGAIN || error == EINTR || error == ECONNRESET;
+}
+
 bool isHungUp(int socket)
 {
     pollfd state = {socket, POLLRDHUP, 0};

@@ -45,6 +45,9 @@ void allowLongRecords(int socket);
 // No record is longer than this.
 size_t longestRecord();
 
+// Whether reading may go on after it failed with this error. When the other side closes with words of ours unread, that
+// is told once, as an error, before what it had said itself can be read.
+bool mayReadOn(int error);
 // Whether nothing will ever come from the other side again. A read of 0 bytes alone does not say: an empty record
 // reads as that, too.
 bool isHungUp(int socket);

@@ -18,6 +18,7 @@ constexpr size_t recordCost = 64;
 // A server that comes back is to be found within a second, and one that hangs up on everybody must not be called on
 // without pause.
 constexpr std::chrono::milliseconds attemptInterval(200);
+constexpr std::chrono::seconds longestFinish(1);
 
 constexpr short gone = POLLHUP | POLLERR | POLLNVAL;
 
@@ -51,13 +52,33 @@ void Relay::run()
             passHeld();
         if (ends[0].revents & (POLLIN | gone)) {
             m_isPassing = true;
-            const bool goesOn = takeFromCaller();
-            m_isPassing = false;
-            if (!goesOn)
-                return;
+            if (!takeFromCaller())
+                return finish();
         }
+        m_isPassing = !m_queue.empty();
         if (!m_server)
             reconnect();
+    }
+}
+
+// Without a caller: what it wrote last is still for the server, if that takes it in time. What the server says
+// meanwhile is for nobody, but is read: it may not go on before, and whose words are left lying when a connection
+// closes is told of an error, over which it may forget to read its own.
+void Relay::finish()
+{
+    const auto deadline = Clock::now() + longestFinish;
+    while (m_server && !m_queue.empty()) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
+        pollfd end = {m_server.get(), POLLIN | POLLOUT, 0};
+        if (left <= 0 || (::poll(&end, 1, static_cast<int>(left)) > 0 && end.revents & gone))
+            break;
+        if (end.revents & POLLIN)
+            ::recv(m_server.get(), m_buffer.get(), m_bufferSize, MSG_DONTWAIT);
+        if (end.revents & POLLOUT)
+            flushQueue();
+    }
+    ::shutdown(m_server.get(), SHUT_RD);
+    while (::recv(m_server.get(), m_buffer.get(), m_bufferSize, MSG_DONTWAIT) > 0) {
     }
 }
 
@@ -100,7 +121,7 @@ bool Relay::takeFromCaller()
 {
     const ssize_t size = ::recv(m_caller.get(), m_buffer.get(), m_bufferSize, MSG_DONTWAIT);
     if (size < 0)
-        return errno == EAGAIN || errno == EINTR;
+        return mayReadOn(errno);
     if (size == 0)
         return !isHungUp(m_caller.get());
     if (!m_server)
@@ -115,7 +136,7 @@ void Relay::takeFromServer()
 {
     const ssize_t size = ::recv(m_server.get(), m_buffer.get(), m_bufferSize, MSG_DONTWAIT);
     if (size < 0) {
-        if (errno != EAGAIN && errno != EINTR)
+        if (!mayReadOn(errno))
             dropServer();
         return;
     }

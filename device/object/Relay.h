@@ -15,7 +15,8 @@
 namespace device {
 
 // Carries records between the caller of an opened object and the object's server, and hides from the caller that the
-// server comes and goes. The caller holds the other end of `caller`; closing it ends the relay.
+// server comes and goes. The caller holds the other end of `caller`; closing it ends the relay, as soon as the server
+// has taken what was written before, or has had a second to.
 //
 // A record goes straight from one side to the other. Only when a side does not take it at once it is kept: records for
 // the server in a queue with a limit, past which they are lost; of records for the caller one, and nothing more is
@@ -28,7 +29,7 @@ public:
     Relay(Descriptor caller, Descriptor server, std::string path);
     void run();
 
-    // Whether all that the caller wrote has been passed on, or queued. May be asked from any thread while run() runs.
+    // Whether all that the caller wrote has been passed on. May be asked from any thread while run() runs.
     bool isDrained() const;
 
 private:
@@ -47,6 +48,7 @@ private:
     void clearQueue();
     void dropServer();
     void reconnect();
+    void finish();
 
     Descriptor m_caller;
     Descriptor m_server;

@@ -26,8 +26,9 @@ extern "C" {
  * - a service is held back, and loses nothing, while the caller does not read.
  * - records of any length that the kernel carries (about 400 KiB) are passed on whole, in both directions; an empty one
  *   is not passed on.
- * - close() ends it. What was written before and taken by the service is delivered.
- * A thread of the library's own carries the records; it takes no signals and ends when the descriptor is closed.
+ * - close() ends it. What was written before is delivered, if the service takes it within a second; a program that
+ *   ends waits for that for 200 ms at most.
+ * A thread of the library's own carries the records; it takes no signals and ends after the descriptor is closed.
  *
  * Anything else at the path (a terminal, a pipe, a file) is opened as it is, and none of the above is promised for it.
  */

@@ -133,7 +133,7 @@ QByteArray ObjectServerPrivate::takeRecord(int socket, bool* isOver)
     const ssize_t size = ::recv(socket, buffer.get(), device::longestRecord(), MSG_DONTWAIT);
     if (size > 0)
         return QByteArray(buffer.get(), size);
-    *isOver = size == 0 ? device::isHungUp(socket) : errno != EAGAIN && errno != EINTR;
+    *isOver = size == 0 ? device::isHungUp(socket) : !device::mayReadOn(errno);
     return {};
 }
 
