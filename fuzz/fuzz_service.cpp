@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// A core service that sends anything, and an application whose slots do anything: nothing crashes, and what the
-// application is shown agrees.
+// A core service that sends anything, and an application whose slots do anything: nothing crashes, what the application
+// is shown agrees, and a service that is sound again is understood.
 //
 // An input is a text, a step a line; its first byte says what happens:
 //
@@ -74,6 +74,8 @@ public:
     {
         runSteps();
         settle();
+        m_application.requireConsistency();
+        recover();
         m_application.requireConsistency();
     }
 
@@ -150,6 +152,19 @@ private:
                 return;
             settle();
         }
+    }
+
+    /// Whatever came before, a service that is sound again is understood.
+    void recover()
+    {
+        m_application.disarmSlots();
+        for (int i = 0; i < 3; ++i) {
+            m_clock.advance(5 * 60 * 1000);
+            answerAll('2');
+        }
+        Core::instance().announceEverything();
+        answerAll('2');
+        m_application.requireEverything();
     }
 
     Script m_script;

@@ -364,13 +364,26 @@ void Application::requireConsistency() const
         require(services->contacts()->getContact(record.getUri()) == record, "the view shows the records as they are");
     }
 
-    // Without access nothing is shown, which the state tells and not every property's signal. An Allowed that is held
-    // back until all is there shows before it is told.
+    // An Allowed that is held back until all is there shows before it is told.
     const Context* const context = get<Context>(0);
-    if (!context || !context->isAccessAllowed() || m_told != RegistrationState::Allowed)
+    if (!context || context->registrationState() != m_told)
         return;
     for (const auto& object : m_objects) {
         if (const Bindings* const bindings = object ? object->findChild<Bindings*>() : nullptr)
             bindings->requireCurrent({"zelSetup", "itemCount"});
     }
+}
+
+void Application::requireEverything()
+{
+    for (int number = 0; number < objectCount; ++number)
+        make(number);
+    require(get<Context>(0)->isAccessAllowed(), "a service that comes back gives access");
+    require(get<UserProfile>(firstOf(ProfileKind))->handle() == QLatin1String("my-handle"), "its profile is there");
+    const auto* const service = get<ContactService>(firstOf(ServiceKind));
+    require(service->isValid() && service->contactCount() == 2, "its contacts are there, and no others");
+    for (const char* handle : {"a", "b"})
+        require(service->contact(QLatin1String(handle)).displayName() == QLatin1String(handle), "as it tells them");
+    const QList<ProfileBoxItem> items = get<ProfileBox>(firstOf(BoxKind))->items();
+    require(items.size() == 1 && items.first().text() == QLatin1String("a"), "its item is there, and no others");
 }

@@ -41,6 +41,10 @@ public:
     void readEverything() const;
     /// Aborts unless all that the application is shown agrees. For when nothing is under way.
     void requireConsistency() const;
+    /// Aborts unless new objects show what Core::announceEverything() tells.
+    void requireEverything();
+    /// From now on the slots do nothing.
+    void disarmSlots() { m_armed.clear(); }
 
 private:
     static constexpr int objectCount = 12;

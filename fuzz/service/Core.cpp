@@ -123,6 +123,16 @@ bool Core::answerRequests(int contacts)
     return !requests.isEmpty();
 }
 
+void Core::announceEverything()
+{
+    m_contacts = 2;
+    tellElements("listAdd", text("global"), {globalOf({{text("name"), text("permission")}})});
+    tellElements("listAdd", text("global"), {globalOf({{text("name"), text("platformProfile")}})});
+    for (const char* list : {"platformContact", "profileBoxItem", "profileBoxImage"})
+        answerList({{text("type"), text(list)}});
+    tellElements("listAdd", text("platformUser"), {contactOf(userId(0)), contactOf(userId(1))});
+}
+
 void Core::reset()
 {
     m_learned = {};

@@ -27,6 +27,8 @@ public:
     void takeRequests();
     /// Answers what was kept the way a core service does that has some contacts. False when nothing was there.
     bool answerRequests(int contacts);
+    /// Tells everything anew, as a core service does that has come back: contacts a and b, one item and one icon.
+    void announceEverything();
     /// Forgets about the input.
     void reset();
 
