@@ -36,7 +36,7 @@ public Q_SLOTS:
 private:
     void connectDelegate();
     void announceAccess();
-    void announceProperties() { Q_EMIT q->profileChanged(UserProfile::QPrivateSignal()); }
+    void announceProperties();
 
     bool m_allowedBefore = true;
 };
@@ -71,11 +71,14 @@ void UserProfilePrivate::connectDelegate()
 
 void UserProfilePrivate::announceAccess()
 {
-    const bool allowed = isAllowed();
-    if (allowed == m_allowedBefore)
-        return;
-    m_allowedBefore = allowed;
-    announceProperties();
+    if (isAllowed() != m_allowedBefore)
+        announceProperties();
+}
+
+void UserProfilePrivate::announceProperties()
+{
+    m_allowedBefore = isAllowed();
+    Q_EMIT q->profileChanged(UserProfile::QPrivateSignal());
 }
 
 // In each of these the signal comes last: a slot may destroy the public object and this one with it.
