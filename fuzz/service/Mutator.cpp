@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <random>
 
 extern "C" size_t LLVMFuzzerMutate(uint8_t* data, size_t size, size_t maxSize);
@@ -43,7 +44,7 @@ QByteArrayView membersOf(char list)
     case 'g':
         return "aIrSrrrhnmsibyu";
     case 'i':
-        return "Tog";
+        return "Togg";
     case 'b':
         return "H";
     default:
@@ -56,16 +57,36 @@ QByteArray randomElement(Dice& dice, char list)
     QByteArray element(1, dice.of(list == 'g' ? "KRRa" : list == 'b' ? "012aE" : "aaabbbcdeE_N"));
     for (qsizetype i = dice.below(4); i > 0; --i) {
         element += dice.of(membersOf(list));
-        element += dice.oneIn(3) ? dice.of("SUPXITFNOAMBQ-+^~.<>$!/[{=zL(@#017") : dice.of("abcdeSXE");
+        element += dice.oneIn(3) ? dice.of("SUPXITFNOAMBQ-+^~.<>$!/[{=zL(@#017") : dice.of("abcdeSXEij");
     }
     return element;
 }
 
+/// A message that is not about a list, and its members.
+struct OtherMessage
+{
+    char type;
+    const char* members;
+};
+
+constexpr OtherMessage otherMessages[] = {{'s', "dVl"}, {'s', "dVl"}, {'n', "D"},  {'i', "gD"},
+                                          {'p', "x"},   {'q', "pe"},  {'t', "ex"}, {'v', "u"}};
+
+QByteArray randomOtherMessage(Dice& dice)
+{
+    const OtherMessage& message = otherMessages[dice.below(std::size(otherMessages))];
+    QByteArray text = message.type + QByteArray("?  ");
+    for (const char* member = message.members; *member; ++member) {
+        text += *member;
+        text += dice.of(*member == 'l' ? "TTTF" : *member == 'g' ? "ijk1" : *member == 'V' ? "BQaEN" : "@@@abcS#E");
+    }
+    return text;
+}
+
 QByteArray randomMessage(Dice& dice)
 {
-    if (dice.oneIn(6))
-        return dice.of("sniqtvp") +
-               ("?  d" + dice.some(1, "abc@#E") + 'V' + dice.of("BQaEN") + dice.some(1, "l") + 'T');
+    if (dice.oneIn(5))
+        return randomOtherMessage(dice);
     const char list = dice.of("cccuuuugiib");
     QByteArray message = dice.of("aakkkee+++--~~~w") + QByteArray(1, list) + ' ' + dice.some(2, "lllccc") +
                          (dice.oneIn(12) ? dice.some(2, "iwdonxtmB2NY") : QByteArray());
