@@ -11,44 +11,65 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+// Texts are put together and taken apart by hand: with documents the core would take more time than the library.
+
 namespace {
 
-QString text(const char* latin1)
+/// A member's text as it is written, quotes and all; empty when there is none.
+QByteArray memberOf(const QByteArray& object, const char* name)
 {
-    return QString::fromLatin1(latin1);
+    const QByteArray key = '"' + QByteArray(name) + "\":\"";
+    const qsizetype at = object.indexOf(key);
+    if (at < 0)
+        return {};
+    const qsizetype start = at + key.size() - 1;
+    qsizetype end = start + 1;
+    while (object.at(end) != '"')
+        end += object.at(end) == '\\' ? 2 : 1;
+    return object.sliced(start, end + 1 - start);
 }
 
-QJsonObject elementsBody(const QString& list, const QJsonArray& elements)
+QByteArray unquoted(const QByteArray& text)
 {
-    return {{text("type"), list}, {text("elements"), elements}};
+    return text.size() < 2 ? QByteArray() : text.sliced(1, text.size() - 2);
 }
 
-QJsonObject userId(int number)
+/// The elements of a request, each an object with one member.
+QByteArrayList keysOf(const QByteArray& body)
 {
-    return {{text("userId"), QString(QChar(u'a' + number % 26) + (number < 26 ? QString() : QString::number(number)))}};
+    constexpr QByteArrayView name("\"elements\":[{");
+    const qsizetype start = body.indexOf(name);
+    const qsizetype end = body.lastIndexOf("}]");
+    if (start < 0 || end < start)
+        return {};
+    QByteArrayList keys;
+    for (qsizetype at = start + name.size(); at <= end;) {
+        const qsizetype next = body.indexOf("},{", at);
+        const qsizetype last = next < 0 ? end : next;
+        keys.append(body.sliced(at, last - at));
+        at = last + 3;
+    }
+    return keys;
 }
 
-QJsonObject contactOf(QJsonObject key)
+QByteArray userId(int number)
 {
-    const QJsonValue id = key.value(text("userId"));
-    key.insert(text("handle"), id);
-    key.insert(text("displayName"), id);
-    key.insert(text("avatarId"), text("a"));
-    return key;
+    const QByteArray letter(1, static_cast<char>('a' + number % 26));
+    return "\"userId\":\"" + letter + (number < 26 ? "" : QByteArray::number(number)) + '"';
 }
 
-QJsonObject globalOf(QJsonObject key)
+QByteArray contactOf(const QByteArray& key)
 {
-    if (key.value(text("name")) == text("permission"))
-        key.insert(text("value"), QJsonObject{{text("showAppBox"), true},
-                                              {text("zelInvites"), true},
-                                              {text("zelSetup"), true},
-                                              {text("registrationState"), text("Success")}});
-    else
-        key.insert(text("value"), QJsonObject{{text("userId"), text("me")},
-                                              {text("handle"), text("my-handle")},
-                                              {text("avatarId"), text("a")}});
-    return key;
+    const QByteArray id = memberOf(key, "userId");
+    return '{' + key + ",\"handle\":" + id + ",\"displayName\":" + id + ",\"avatarId\":\"a\"}";
+}
+
+QByteArray globalOf(const QByteArray& key)
+{
+    const bool isPermission = key.contains("permission");
+    return '{' + key + ",\"value\":" +
+           (isPermission ? R"({"showAppBox":true,"zelInvites":true,"zelSetup":true,"registrationState":"Success"}})"
+                         : R"({"userId":"me","handle":"my-handle","avatarId":"a"}})");
 }
 
 } // namespace
@@ -93,44 +114,43 @@ void Core::takeRequests()
 void Core::take(const QByteArray& record)
 {
     constexpr QByteArrayView head("msg::zel\ndat:json:");
-    QJsonParseError error;
-    const QJsonDocument request = QJsonDocument::fromJson(record.sliced(head.size()).trimmed(), &error);
-    if (!record.startsWith(head) || !request.isObject()) {
-        std::fprintf(stderr, "the library wrote what is no request: %s\n%s\n", qPrintable(error.errorString()),
-                     record.constData());
+    const QByteArray json = record.startsWith(head) ? record.sliced(head.size()).trimmed() : QByteArray();
+    if (!QJsonDocument::fromJson(json).isObject()) {
+        std::fprintf(stderr, "the library wrote what is no request:\n%s\n", record.constData());
         std::abort();
     }
-    const QJsonObject body = request.object().begin()->toObject();
-    const auto latin1 = [&body](const char* name) { return body.value(text(name)).toString().toLatin1(); };
-    if (body.contains(text("cookie")))
-        m_learned.cookies.insert(latin1("type"), latin1("cookie"));
-    if (body.contains(text("streamId")))
-        m_learned.streamId = latin1("streamId");
-    if (body.contains(text("imageHash")))
-        m_learned.imageHash = latin1("imageHash");
+    const qsizetype colon = json.indexOf(':');
+    const Request request = {json.sliced(2, colon - 3), json.sliced(colon + 1).chopped(1)};
+    const QByteArray type = unquoted(memberOf(request.body, "type"));
+    if (const QByteArray cookie = memberOf(request.body, "cookie"); !cookie.isEmpty())
+        m_learned.cookies.insert(type, unquoted(cookie));
+    if (const QByteArray streamId = memberOf(request.body, "streamId"); !streamId.isEmpty())
+        m_learned.streamId = unquoted(streamId);
+    if (const QByteArray hash = memberOf(request.body, "imageHash"); !hash.isEmpty())
+        m_learned.imageHash = unquoted(hash);
     constexpr qsizetype mostRequests = 64;
     if (m_requests.size() == mostRequests)
         m_requests.removeFirst();
-    m_requests.append(request.object());
+    m_requests.append(request);
 }
 
 bool Core::answerRequests(int contacts)
 {
     m_contacts = contacts;
-    const QList<QJsonObject> requests = std::exchange(m_requests, {});
-    for (const QJsonObject& request : requests)
-        answer(request.begin().key(), request.begin()->toObject());
+    const QList<Request> requests = std::exchange(m_requests, {});
+    for (const Request& request : requests)
+        answer(request);
     return !requests.isEmpty();
 }
 
 void Core::announceEverything()
 {
     m_contacts = 2;
-    tellElements("listAdd", text("global"), {globalOf({{text("name"), text("permission")}})});
-    tellElements("listAdd", text("global"), {globalOf({{text("name"), text("platformProfile")}})});
+    tellElements("listAdd", "global", globalOf(R"("name":"permission")"));
+    tellElements("listAdd", "global", globalOf(R"("name":"platformProfile")"));
     for (const char* list : {"platformContact", "profileBoxItem", "profileBoxImage"})
-        answerList({{text("type"), text(list)}});
-    tellElements("listAdd", text("platformUser"), {contactOf(userId(0)), contactOf(userId(1))});
+        answerList(list);
+    tellElements("listAdd", "platformUser", contactOf(userId(0)) + ',' + contactOf(userId(1)));
 }
 
 void Core::reset()
@@ -140,32 +160,29 @@ void Core::reset()
     m_itemsMade = 0;
 }
 
-void Core::answer(const QString& type, const QJsonObject& body)
+void Core::answer(const Request& request)
 {
-    const auto is = [&type](const char* name) { return type == QLatin1String(name); };
-    const QJsonValue streamId = body.value(text("streamId"));
-    const QJsonValue imageId = body.value(text("imageId"));
+    const QByteArray& body = request.body;
+    const auto is = [&request](const char* name) { return request.type == name; };
     if (is("requestListAll")) {
-        answerList(body);
+        answerList(unquoted(memberOf(body, "type")));
     } else if (is("requestListElements")) {
         answerElements(body);
     } else if (is("requestListChange")) {
         tell("listChange", body);
-        tell("profileChangeResponse", {{text("status"), text("Success")}});
+        tell("profileChangeResponse", R"({"status":"Success"})");
     } else if (is("requestListRemove")) {
         tell("listRemove", body);
     } else if (is("registrationRequest")) {
-        const QJsonObject permission = globalOf({{text("name"), text("permission")}});
-        tellElements("listChange", text("global"), {permission});
+        tellElements("listChange", "global", globalOf(R"("name":"permission")"));
     } else if (is("requestUserAvatar") || is("requestProfileBoxImage")) {
-        tell("stream", {{text("id"), streamId}, {text("value"), text("R0lGODlhAAAA")}, {text("last"), true}});
+        tell("stream", "{\"id\":" + memberOf(body, "streamId") + R"(,"value":"R0lGODlhAAAA","last":true})");
     } else if (is("createProfileBoxImage")) {
-        tell("requestNewProfileBoxImage", {{text("imageId"), imageId}, {text("streamId"), text("a")}});
-        tellElements("listAdd", text("profileBoxImage"), {body});
+        tell("requestNewProfileBoxImage", "{\"streamId\":\"a\"," + body.sliced(1));
+        tellElements("listAdd", "profileBoxImage", body);
     } else if (is("createProfileBoxItem")) {
-        QJsonObject item = body;
-        item.insert(text("itemId"), QString(QChar(u'a' + m_itemsMade++ % 8)));
-        tellElements("listAdd", text("profileBoxItem"), {item});
+        const QByteArray id(1, static_cast<char>('a' + m_itemsMade++ % 8));
+        tellElements("listAdd", "profileBoxItem", "{\"itemId\":\"" + id + "\"," + body.sliced(1));
     } else if (is("requestEcoId")) {
         tell("requestEcoIdResponse", body);
     } else if (is("requestEcoIdStatus")) {
@@ -173,45 +190,44 @@ void Core::answer(const QString& type, const QJsonObject& body)
     }
 }
 
-void Core::answerList(const QJsonObject& body)
+void Core::answerList(const QByteArray& list)
 {
-    const QString list = body.value(text("type")).toString();
-    QJsonArray elements;
-    if (list == text("platformContact")) {
+    QByteArrayList elements;
+    if (list == "platformContact") {
         for (int i = 0; i < m_contacts; ++i)
-            elements.append(userId(i));
-    } else if (list == text("profileBoxItem")) {
-        elements.append(QJsonObject{{text("itemId"), text("a")}, {text("text"), text("a")}});
+            elements.append('{' + userId(i) + '}');
+    } else if (list == "profileBoxItem") {
+        elements.append(R"({"itemId":"a","text":"a"})");
     } else {
-        elements.append(QJsonObject{{text("imageId"), text("0")}, {text("imageHash"), text("a")}});
+        elements.append(R"({"imageId":"0","imageHash":"a"})");
     }
-    tell("listAll", {{text("type"), list}});
-    QJsonObject chunk = elementsBody(list, elements);
-    chunk.insert(text("last"), true);
-    tell("listChunk", chunk);
+    tell("listAll", "{\"type\":\"" + list + "\"}");
+    tellChunk(list, elements.join(','));
 }
 
-void Core::answerElements(const QJsonObject& body)
+void Core::answerElements(const QByteArray& body)
 {
-    const QString list = body.value(text("type")).toString();
-    const QJsonArray keys = body.value(text("elements")).toArray();
-    QJsonArray elements;
-    for (const QJsonValue& key : keys)
-        elements.append(list == text("global") ? globalOf(key.toObject()) : contactOf(key.toObject()));
-    tell("listElements", {{text("type"), list}, {text("cookie"), body.value(text("cookie"))}});
-    QJsonObject chunk = elementsBody(list, elements);
-    chunk.insert(text("last"), true);
-    tell("listChunk", chunk);
+    const QByteArray list = unquoted(memberOf(body, "type"));
+    QByteArrayList elements;
+    for (const QByteArray& key : keysOf(body))
+        elements.append(list == "global" ? globalOf(key) : contactOf(key));
+    tell("listElements", "{\"type\":\"" + list + "\",\"cookie\":" + memberOf(body, "cookie") + '}');
+    tellChunk(list, elements.join(','));
 }
 
-void Core::tell(const char* type, const QJsonObject& body)
+void Core::tell(const char* type, const QByteArray& body)
 {
-    sendMessage(QJsonDocument(QJsonObject{{text(type), body}}).toJson(QJsonDocument::Compact));
+    sendMessage("{\"" + QByteArray(type) + "\":" + body + '}');
 }
 
-void Core::tellElements(const char* type, const QString& list, const QJsonArray& elements)
+void Core::tellElements(const char* type, const QByteArray& list, const QByteArray& elements)
 {
-    tell(type, elementsBody(list, elements));
+    tell(type, "{\"type\":\"" + list + "\",\"elements\":[" + elements + "]}");
+}
+
+void Core::tellChunk(const QByteArray& list, const QByteArray& elements)
+{
+    tell("listChunk", "{\"type\":\"" + list + "\",\"elements\":[" + elements + R"(],"last":true})");
 }
 
 /// Takes the place of the device's.

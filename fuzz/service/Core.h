@@ -3,8 +3,7 @@
 
 #include "Messages.h"
 
-#include <QtCore/QJsonArray>
-#include <QtCore/QJsonObject>
+#include <QtCore/QByteArray>
 #include <QtCore/QList>
 
 /// The other end of the platform object: says what the input makes it say, and answers properly when told to.
@@ -33,16 +32,24 @@ public:
     void reset();
 
 private:
+    /// As the library writes it.
+    struct Request
+    {
+        QByteArray type;
+        QByteArray body;
+    };
+
     void take(const QByteArray& record);
-    void answer(const QString& type, const QJsonObject& body);
-    void answerList(const QJsonObject& body);
-    void answerElements(const QJsonObject& body);
-    void tell(const char* type, const QJsonObject& body);
-    void tellElements(const char* type, const QString& list, const QJsonArray& elements);
+    void answer(const Request& request);
+    void answerList(const QByteArray& list);
+    void answerElements(const QByteArray& body);
+    void tell(const char* type, const QByteArray& body);
+    void tellElements(const char* type, const QByteArray& list, const QByteArray& elements);
+    void tellChunk(const QByteArray& list, const QByteArray& elements);
 
     int m_descriptor = -1;
     int m_contacts = 0;
     int m_itemsMade = 0;
     Learned m_learned;
-    QList<QJsonObject> m_requests;
+    QList<Request> m_requests;
 };
