@@ -66,8 +66,10 @@ void Relay::run()
 // closes is told of an error, over which it may forget to read its own.
 void Relay::finish()
 {
+    if (!m_server)
+        return;
     const auto deadline = Clock::now() + longestFinish;
-    while (m_server && !m_queue.empty()) {
+    while (!m_queue.empty()) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
         pollfd end = {m_server.get(), POLLIN | POLLOUT, 0};
         if (left <= 0 || (::poll(&end, 1, static_cast<int>(left)) > 0 && end.revents & gone))

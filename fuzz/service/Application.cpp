@@ -254,24 +254,18 @@ void Application::request(Line line)
         service->requestDisplayPicture(textOf(line.take()));
     } else if (auto* const profile = get<UserProfile>(firstOf(ProfileKind) + which);
                profile && QByteArrayView("MSP").contains(what)) {
-        const char step[] = {what, line.take(), line.take()};
-        Line rest(QByteArrayView(step, sizeof step));
-        requestOfProfile(rest, *profile);
+        requestOfProfile(what, line, *profile);
     } else if (auto* const utils = get<Utils>(firstOf(UtilsKind) + which);
                utils && QByteArrayView("EFVW").contains(what)) {
-        const char step[] = {what, line.take()};
-        Line rest(QByteArrayView(step, sizeof step));
-        requestOfUtils(rest, *utils);
+        requestOfUtils(what, line, *utils);
     } else if (auto* const box = get<ProfileBox>(firstOf(BoxKind) + which)) {
-        const char step[] = {what, line.take(), line.take()};
-        Line rest(QByteArrayView(step, sizeof step));
-        requestOfBox(rest, *box);
+        requestOfBox(what, line, *box);
     }
 }
 
-void Application::requestOfProfile(Line& line, UserProfile& profile)
+void Application::requestOfProfile(char what, Line& line, UserProfile& profile)
 {
-    switch (line.take()) {
+    switch (what) {
     case 'M':
         profile.requestUpdatePersonalMessage(textOf(line.take()));
         return;
@@ -288,9 +282,8 @@ void Application::requestOfProfile(Line& line, UserProfile& profile)
     }
 }
 
-void Application::requestOfUtils(Line& line, Utils& utils)
+void Application::requestOfUtils(char what, Line& line, Utils& utils)
 {
-    const char what = line.take();
     const QString argument = textOf(line.take());
     switch (what) {
     case 'E':
@@ -307,9 +300,8 @@ void Application::requestOfUtils(Line& line, Utils& utils)
     }
 }
 
-void Application::requestOfBox(Line& line, ProfileBox& box)
+void Application::requestOfBox(char what, Line& line, ProfileBox& box)
 {
-    const char what = line.take();
     const char argument = line.take();
     switch (what) {
     case '+':

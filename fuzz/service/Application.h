@@ -56,9 +56,9 @@ private:
     void misbehave(int number);
     template <typename Class>
     Class* get(int number) const;
-    void requestOfBox(Line& line, vx::platform::zel::ProfileBox& box);
-    void requestOfProfile(Line& line, vx::platform::zel::UserProfile& profile);
-    void requestOfUtils(Line& line, vx::platform::zel::Utils& utils);
+    void requestOfBox(char what, Line& line, vx::platform::zel::ProfileBox& box);
+    void requestOfProfile(char what, Line& line, vx::platform::zel::UserProfile& profile);
+    void requestOfUtils(char what, Line& line, vx::platform::zel::Utils& utils);
 
     std::function<void()> const m_nested;
     std::array<std::unique_ptr<QObject>, objectCount> m_objects;

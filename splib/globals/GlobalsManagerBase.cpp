@@ -55,13 +55,18 @@ struct GlobalsManagerBase::Private
     QString requestedAvatarId; ///< the stream that the profile's picture was asked for on, empty when it came
     QString announcedStreamId; ///< a stream that the service means to send the picture on, empty when it came
 
+    void sendProfile(const PlatformContact& change) const
+    {
+        QList<GlobalVar> changes{{globalnames::platformProfile(), QVariant::fromValue(change)}};
+        globalMap->requestListChange(changes);
+    }
+
     void sendPendingPicture() const
     {
         PlatformContact change;
         change.setAvatarId(pendingPicture->getHash());
         change.setAvatarMimeType(pendingPicture->getMimeType());
-        QList<GlobalVar> changes{{globalnames::platformProfile(), QVariant::fromValue(change)}};
-        globalMap->requestListChange(changes);
+        sendProfile(change);
     }
 
     QSharedDataPointer<Avatar> takePendingPicture()
@@ -158,8 +163,7 @@ QByteArray GlobalsManagerBase::getMyAvatar() const
 
 void GlobalsManagerBase::setMyProfile(const PlatformContact& contact)
 {
-    QList<GlobalVar> changes{{globalnames::platformProfile(), QVariant::fromValue(contact)}};
-    d->globalMap->requestListChange(changes);
+    d->sendProfile(contact);
 }
 
 bool GlobalsManagerBase::setProfileAvatar(Avatar::ImageType type, const char* data, unsigned int size)

@@ -106,7 +106,9 @@ void LiveMap<Key, T>::listChunk(iface::JsonObjectReader body)
 {
     const detail::KeepAlive keep(this);
     const bool ends = m_awaitingElements && isLast(body);
-    m_awaitingElements = m_awaitingElements && !ends;
+    if (ends) {
+        m_awaitingElements = false;
+    }
     const bool wentOn = ends && m_refreshes == 0 && m_loader.requestNext();
     const QList<T> records = parseElements(elementsOf(body));
     const int count = int(records.size());
