@@ -11,6 +11,7 @@
 #include <QTest>
 
 #include <memory>
+#include <stdexcept>
 
 namespace {
 
@@ -32,6 +33,7 @@ private Q_SLOTS:
     void announcesTheValueAndThenItsKey();
     void settlesAnAnsweredRequestOnce();
     void asksForMoreBeforeItStoresAnAnswer();
+    void asksAgainForWhatAHandlerKeptFromBeingStored();
     void changesOnlyWhatIsLoaded();
     void asksAgainForEverythingAfterAReconnection();
     void aReconnectionDoesNotDisturbTheRequestUnderWay();
@@ -174,6 +176,26 @@ void TstLiveMap::asksForMoreBeforeItStoresAnAnswer()
     QVERIFY(map->isLoaded(u"144"_qs));
     turn();
     QCOMPARE(pipe->sentCount(), 3);
+}
+
+void TstLiveMap::asksAgainForWhatAHandlerKeptFromBeingStored()
+{
+    QStringList keys;
+    for (int i = 0; i < 40; ++i) {
+        keys.append(QString::number(100 + i));
+        get(keys.last());
+    }
+    QTRY_COMPARE(pipe->sentCount(), 1);
+    iface::ObserverFunctorAdapter throwing([] { throw std::runtime_error("no"); });
+    get(u"110"_qs).impl()->addObserver(&throwing);
+    QVERIFY_THROWS_EXCEPTION(std::runtime_error, answer(keys.mid(0, 20)));
+    QVERIFY(map->isLoaded(u"110"_qs) && !map->isLoaded(u"111"_qs));
+    QCOMPARE(pipe->sentCount(), 2);
+    answer(keys.mid(20));
+    QTRY_COMPARE(pipe->sentCount(), 3);
+    QCOMPARE(pipe->sent().last(), request(keys.mid(11, 9)));
+    answer(keys.mid(11, 9));
+    QVERIFY(map->isLoaded(u"111"_qs) && map->isLoaded(u"139"_qs));
 }
 
 void TstLiveMap::changesOnlyWhatIsLoaded()

@@ -64,6 +64,8 @@ public:
     /// updateDone(), says that the answer has been stored. A key that the answer brings unasked may be requested again.
     bool requestNext();
     void answerStored();
+    /// The same when storing was given up on the way: what has not been stored is requested again.
+    void answerLost();
 
 private:
     Q_DISABLE_COPY_MOVE(LazyLoader)

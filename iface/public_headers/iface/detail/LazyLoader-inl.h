@@ -148,6 +148,19 @@ void LazyLoader<K, V>::answerStored()
         each.value->notifyObservers();
 }
 
+template <class K, class V>
+void LazyLoader<K, V>::answerLost()
+{
+    for (const Waiting& each : std::exchange(m_answered, {})) {
+        each.value->m_inFlight = false;
+        if (each.value->m_stored)
+            each.value->m_state = Value::Settled;
+        else
+            m_pending.append(each);
+    }
+    requestAll();
+}
+
 /// Whether the keys that wait, those left out that need no request any more, fill one.
 template <class K, class V>
 bool LazyLoader<K, V>::isBatchWaiting() const

@@ -112,13 +112,22 @@ void LiveMap<Key, T>::listChunk(iface::JsonObjectReader body)
     const bool wentOn = ends && m_refreshes == 0 && m_loader.requestNext();
     const QList<T> records = parseElements(elementsOf(body));
     const int count = int(records.size());
-    detail::MessageOrder::runParts(count + 1, [&](int i) {
+    const auto takePart = [&](int i) {
         if (i < count) {
             takeRecord(records.at(i));
         } else if (ends) {
             wentOn ? m_loader.answerStored() : answerCompleted();
         }
-    });
+    };
+    try {
+        detail::MessageOrder::runParts(count + 1, takePart);
+    } catch (...) {
+        // Without the early request, the one under way would be sent again for want of an end.
+        if (wentOn) {
+            m_loader.answerLost();
+        }
+        throw;
+    }
 }
 
 /// All before any is announced: the two take so much code that, in turns, each throws the other's out of the cache.
