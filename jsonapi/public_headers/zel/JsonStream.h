@@ -35,6 +35,10 @@ public:
     /// Sends the data under the id, in as many messages as it takes. No data, no message.
     void send(const QString& id, const QByteArray& data);
 
+    /// Drops what has come under the id of a transfer that has not ended. To be called when something is asked for
+    /// under an id for which nobody waits yet: half a transfer that was cut is then no part of the answer.
+    void forget(const QString& id) { m_pending.remove(id); }
+
     /// Takes one message of the type "stream".
     void stream(QObject* sender, iface::JsonReaderAttribute message);
     /// Takes the bytes of one chunk, and announces the whole with the last.
