@@ -17,6 +17,8 @@ build() {
     mkdir -p build
     ZEL_COMPILER_LAUNCHER=$(command -v ccache || true)
     export ZEL_COMPILER_LAUNCHER
+    # Without this the cache leaves alone what was compiled with precompiled headers.
+    export CCACHE_SLOPPINESS="${CCACHE_SLOPPINESS:-pch_defines,time_macros}"
     echo "Building ($preset) ..."
     cmake --preset "$preset" >"$log" 2>&1 || { tail -n 30 "$log" >&2; die "configuring failed, see $log"; }
     cmake --build --preset "$preset" ${1:+--target "$@"} >"$log" 2>&1 || {
