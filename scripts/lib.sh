@@ -9,7 +9,25 @@ esac
 
 die() { echo "$(basename "$0"): $*" >&2; exit 1; }
 
-# build PRESET [TARGET...]: configures and builds; quiet unless something fails.
+# progress: reads what Ninja prints and shows how far it is: in one line on a terminal, else in a line now and then.
+progress() {
+    local line step next=15 shown=''
+    SECONDS=0
+    while IFS= read -r line; do
+        [[ $line =~ ^\[([0-9]+)/([0-9]+)\] ]] || continue
+        step="${BASH_REMATCH[1]} of ${BASH_REMATCH[2]} steps"
+        if [ -t 1 ]; then
+            printf '\r  %s ' "$step"
+            shown=1
+        elif [ "$SECONDS" -ge "$next" ]; then
+            echo "  $step"
+            next=$((SECONDS + 15))
+        fi
+    done
+    [ -z "$shown" ] || printf '\r\033[K'
+}
+
+# build PRESET [TARGET...]: configures and builds; shows how far it is, and what failed.
 build() {
     local preset=$1 log
     shift
@@ -21,7 +39,7 @@ build() {
     export CCACHE_SLOPPINESS="${CCACHE_SLOPPINESS:-pch_defines,time_macros}"
     echo "Building ($preset) ..."
     cmake --preset "$preset" >"$log" 2>&1 || { tail -n 30 "$log" >&2; die "configuring failed, see $log"; }
-    cmake --build --preset "$preset" ${1:+--target "$@"} >"$log" 2>&1 || {
+    cmake --build --preset "$preset" ${1:+--target "$@"} 2>&1 | tee "$log" | progress || {
         grep -E -A 12 'error|FAILED' "$log" | head -n 60 >&2
         die "building failed, see $log"
     }
