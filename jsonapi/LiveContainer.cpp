@@ -23,6 +23,13 @@ void LiveContainer::start()
     m_multiplexer->pipe()->isConnected().impl()->addObserver(m_connectionObserver.get());
 }
 
+void LiveContainer::stop()
+{
+    m_multiplexer->removeHandler(this);
+    m_connectionObserver.reset();
+    dropUnderWay();
+}
+
 void LiveContainer::send(const QSharedPointer<JsonWriter>& message) const
 {
     message->addAttribute(QStringLiteral("type"), m_type);
@@ -34,6 +41,7 @@ void LiveContainer::send(const QSharedPointer<JsonWriter>& message) const
 
 void LiveContainer::handleConnectionChanged()
 {
+    dropUnderWay();
     if (m_multiplexer->pipe()->isConnected().getValue()) {
         requestAgain();
     }

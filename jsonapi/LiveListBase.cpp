@@ -17,6 +17,12 @@ LiveListBase::LiveListBase(const QSharedPointer<ListApiMultiplexer>& multiplexer
 
 LiveListBase::~LiveListBase() = default;
 
+void LiveListBase::dropUnderWay()
+{
+    m_retry.stop();
+    beginTransfer(Transfer::None);
+}
+
 void LiveListBase::requestAgain()
 {
     iface::Realm::postGuarded(guard(), [this] {

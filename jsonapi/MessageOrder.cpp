@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <zel/detail/MessageOrder.h>
 
+#include <iface/detail/FirstException.h>
+
 #include <utility>
 
 namespace zel::detail {
@@ -15,7 +17,10 @@ struct MessageOrder::Round
     void* const step;
 
     bool isDone() const { return next >= count; }
-    void runNext() { call(step, next++); }
+    void runNext(iface::detail::FirstException& thrown)
+    {
+        thrown.guard([this] { call(step, next++); });
+    }
 };
 
 struct MessageOrder::Message
@@ -23,6 +28,7 @@ struct MessageOrder::Message
     Message* older;
     Message* newer;
     Round* innermost;
+    iface::detail::FirstException thrown = {};
 };
 
 struct MessageOrder::State
@@ -41,83 +47,48 @@ MessageOrder::State& MessageOrder::state()
 /// Runs whatever is left of a message, the innermost loop first.
 void MessageOrder::workOff(Message& message)
 {
-    struct Current
-    {
-        explicit Current(Message* message)
-            : outer(std::exchange(state().current, message))
-        {
-        }
-        ~Current() { state().current = outer; }
-        Message* const outer;
-    };
-
-    const Current current(&message);
+    Message* const outer = std::exchange(state().current, &message);
     for (Round* round = message.innermost; round;) {
         if (round->isDone()) {
             round = round->around;
         } else {
-            round->runNext();
+            round->runNext(message.thrown);
         }
     }
+    state().current = outer;
 }
 
 void MessageOrder::runMessage(int count, Call call, void* step)
 {
-    struct Arrival
-    {
-        explicit Arrival(Message* arrived)
-            : message(arrived)
-        {
-            state().newest = message;
-        }
-        ~Arrival()
-        {
-            State& order = state();
-            order.newest = message->older;
-            (message->older ? message->older->newer : order.oldest) = nullptr;
-        }
-        Message* const message;
-    };
-
     State& order = state();
     Round round = {nullptr, 0, count, call, step};
     Message message = {order.newest, nullptr, &round};
     (order.newest ? order.newest->newer : order.oldest) = &message;
-    const Arrival arrival(&message);
+    order.newest = &message;
     for (Message* earlier = order.oldest; earlier != &message; earlier = earlier->newer) {
         workOff(*earlier);
     }
     workOff(message);
+    order.newest = message.older;
+    (message.older ? message.older->newer : order.oldest) = nullptr;
+    message.thrown.rethrow();
 }
 
 void MessageOrder::runParts(int count, Call call, void* step)
 {
-    struct Entered
-    {
-        Entered(Message* entered, Round* added)
-            : message(entered)
-            , round(added)
-        {
-            if (message) {
-                message->innermost = round;
-            }
-        }
-        ~Entered()
-        {
-            if (message) {
-                message->innermost = round->around;
-            }
-        }
-        Message* const message;
-        Round* const round;
-    };
-
     Message* const message = state().current;
+    iface::detail::FirstException own;
     Round round = {message ? message->innermost : nullptr, 0, count, call, step};
-    const Entered entered(message, &round);
-    while (!round.isDone()) {
-        round.runNext();
+    if (message) {
+        message->innermost = &round;
     }
+    while (!round.isDone()) {
+        round.runNext(message ? message->thrown : own);
+    }
+    if (message) {
+        message->innermost = round.around;
+    }
+    own.rethrow();
 }
 
 } // namespace zel::detail

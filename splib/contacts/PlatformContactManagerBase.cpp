@@ -158,7 +158,7 @@ void PlatformContactManagerBase::init()
     if (d->ids)
         return;
     d->ids = new ContactIds(d->multiplexer, QSharedPointer<PlatformUserJsonAdapter>::create(),
-                            QStringLiteral("platformContact"), {});
+                            QStringLiteral("platformContact"), {}, IdList::Keys::Distinct);
     d->records = RecordMap::create(d->multiplexer, QSharedPointer<PlatformContactJsonAdapter>::create(),
                                    QStringLiteral("platformUser"), {});
 

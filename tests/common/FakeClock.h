@@ -29,8 +29,10 @@ public:
     void cancel(int id) override { m_calls.remove(id); }
 
     int waiting() const { return int(m_calls.size()); }
+    /// Milliseconds since it was installed.
+    qint64 now() const { return m_now; }
 
-    /// Moves on, and calls what falls due on the way in the order in which it does.
+    /// Moves on, and calls what falls due on the way in the order in which it does. What is called may move on, too.
     void advance(int msecs)
     {
         const qint64 end = m_now + msecs;
@@ -42,12 +44,12 @@ public:
             }
             if (due == m_calls.end())
                 break;
-            m_now = due->at;
+            m_now = qMax(m_now, due->at);
             const auto function = due->function;
             m_calls.erase(due);
             function();
         }
-        m_now = end;
+        m_now = qMax(m_now, end);
     }
 
 private:

@@ -33,8 +33,8 @@ private:
     void write(const char* operation)
     {
         m_log->append(m_name + u':' + QLatin1String(operation));
-        if (const auto next = then) // a copy: it may put another in its place
-            next();
+        if (then)
+            std::exchange(then, {})();
     }
 
     QString m_name;
@@ -60,7 +60,6 @@ private Q_SLOTS:
     void removesHandlers();
     void movesAHandlerToAnotherList();
     void asksBeforeEachCallWhetherAHandlerIsStillThere();
-    void nestedMessagesKeepTheirOrder();
     void leavesThePipeWhenItGoes();
 
 private:
@@ -147,7 +146,6 @@ void TstListApiMultiplexer::asksBeforeEachCallWhetherAHandlerIsStillThere()
         second.reset();
         multiplexer->addHandler(u"U"_qs, QString(), &third);
         multiplexer->addHandler(u"T"_qs, QString(), &added);
-        first.then = {};
     };
     multiplexer->addHandler(u"T"_qs, QString(), &first);
     multiplexer->addHandler(u"T"_qs, QString(), second.get());
@@ -156,20 +154,6 @@ void TstListApiMultiplexer::asksBeforeEachCallWhetherAHandlerIsStillThere()
     QCOMPARE(log.join(u' '), u"1:Add"_qs);
     say("T");
     QCOMPARE(log.join(u' '), u"1:Add 1:Add added:Add"_qs);
-}
-
-void TstListApiMultiplexer::nestedMessagesKeepTheirOrder()
-{
-    Handler first(u"1"_qs, &log);
-    Handler second(u"2"_qs, &log);
-    first.then = [&] {
-        first.then = {};
-        pipe->inject(R"({"listRemove":{"type":"T"}})");
-    };
-    multiplexer->addHandler(u"T"_qs, QString(), &first);
-    multiplexer->addHandler(u"T"_qs, QString(), &second);
-    say("T");
-    QCOMPARE(log.join(u' '), u"1:Add 2:Add 1:Remove 2:Remove"_qs);
 }
 
 void TstListApiMultiplexer::leavesThePipeWhenItGoes()

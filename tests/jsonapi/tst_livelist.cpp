@@ -54,7 +54,9 @@ private Q_SLOTS:
     void rebuildsNoIndexForWhatDidNotShift();
     void keepsTheOrderOfNestedMessages();
     void mayBeDroppedWhileItAnnounces();
-    void isWholeAfterAHandlerThrows();
+    void isReachedByNothingOnceItDies();
+    void appliesAMessageWholeBeforeAnExceptionGoesOn();
+    void leavesOutWhatIsNoDistinctKey();
     void equalsAModelUnderRandomMessages();
 
 private:
@@ -129,12 +131,15 @@ void TstLiveList::asksAgainAfterAReconnectionAndKeepsItsItems()
     load({u"a"_qs});
     turn();
     pipe->clearSent();
+    pipe->inject(listMessage("listAll", {}));
     pipe->setConnected(false);
+    clock->advance(60 * 1000);
     turn();
     pipe->setConnected(true);
     QVERIFY(pipe->expectNothingSent());
     QTRY_COMPARE(pipe->sentCount(), 1);
     QVERIFY(pipe->expectSentText(R"({"requestListAll":{"type":"notes"}})"));
+    pipe->inject(listMessage("listChunk", {}, {{u"last"_qs, true}})); // the rest of what was cut
     QCOMPARE(ids(), QStringList(u"a"_qs));
     QCOMPARE(mirror->take(), QStringList(u"reset"_qs));
 }
@@ -235,6 +240,7 @@ void TstLiveList::rebuildsNoIndexForWhatDidNotShift()
 
 void TstLiveList::keepsTheOrderOfNestedMessages()
 {
+    const auto second = List::create(multiplexer, adapter, u"notes"_qs, QString());
     load({u"a"_qs});
     bool nested = false;
     connect(list.data(), &iface::ObservableListImpl::itemAdded, this, [&] {
@@ -244,9 +250,9 @@ void TstLiveList::keepsTheOrderOfNestedMessages()
         }
     });
     pipe->inject(listMessage("listAdd", {noteJson(u"b"_qs, QString()), noteJson(u"c"_qs, QString())}));
-    QCOMPARE(ids(), QStringList(u"b"_qs));
     QCOMPARE(mirror->take(),
              QStringList({u"reset"_qs, u"added 1"_qs, u"added 2"_qs, u"removed 2"_qs, u"removed 0"_qs}));
+    QCOMPARE(Handle(second).toList(), Handle(list).toList());
 }
 
 void TstLiveList::mayBeDroppedWhileItAnnounces()
@@ -262,19 +268,54 @@ void TstLiveList::mayBeDroppedWhileItAnnounces()
     QCOMPARE(added, 2);
 }
 
-void TstLiveList::isWholeAfterAHandlerThrows()
+void TstLiveList::isReachedByNothingOnceItDies()
+{
+    mirror.reset();
+    load({u"a"_qs});
+    turn();
+    pipe->inject(listMessage("listAll", {}));
+    pipe->clearSent();
+    connect(list.data(), &QObject::destroyed, this, [&] {
+        load({u"b"_qs});
+        pipe->setConnected(false);
+        pipe->setConnected(true);
+        clock->advance(60 * 1000);
+        turn();
+    });
+    list.reset();
+    QVERIFY(pipe->expectNothingSent());
+}
+
+void TstLiveList::appliesAMessageWholeBeforeAnExceptionGoesOn()
 {
     load({u"a"_qs, u"b"_qs, u"c"_qs});
-    const auto connection = connect(list.data(), &iface::ObservableListImpl::itemRemoved, this,
-                                    [] { throw std::runtime_error("handler"); });
-    QVERIFY_THROWS_EXCEPTION(
-        std::runtime_error,
-        pipe->inject(listMessage("listRemove", {noteJson(u"a"_qs, QString()), noteJson(u"b"_qs, QString())})));
-    disconnect(connection);
-    QCOMPARE(ids(), QStringList({u"b"_qs, u"c"_qs}));
-    pipe->inject(listMessage("listRemove", {noteJson(u"b"_qs, QString())}));
+    int called = 0;
+    const auto throws = [&] {
+        ++called;
+        throw std::runtime_error("handler");
+    };
+    connect(list.data(), &iface::ObservableListImpl::itemRemoved, this, throws);
+    connect(list.data(), &iface::ObservableListImpl::itemAdded, this, throws);
+    list->addCookieCallback(u"d"_qs, [&](const QList<QString>&) { throws(); });
+    list->addCookieCallback(u"d"_qs, [&](const QList<QString>& keys) { called += int(keys.size()); });
+    const QJsonArray both{noteJson(u"a"_qs, QString()), noteJson(u"b"_qs, QString())};
+    QVERIFY_THROWS_EXCEPTION(std::runtime_error, pipe->inject(listMessage("listRemove", both)));
     QCOMPARE(ids(), QStringList(u"c"_qs));
-    QCOMPARE(list->locateItem(u"c"_qs), 0);
+    QVERIFY_THROWS_EXCEPTION(std::runtime_error, pipe->inject(listMessage("listAdd", both, {{u"cookie"_qs, u"d"_qs}})));
+    QCOMPARE(ids(), QStringList({u"c"_qs, u"a"_qs, u"b"_qs}));
+    QCOMPARE(called, 2 + 2 + 1 + 2);
+}
+
+void TstLiveList::leavesOutWhatIsNoDistinctKey()
+{
+    list = List::create(multiplexer, adapter, u"notes"_qs, QString(), List::Keys::Distinct);
+    mirror = std::make_unique<ListMirror<Note>>(Handle(list));
+    load({u"a"_qs, QString(), u"b"_qs, u"a"_qs});
+    QCOMPARE(ids(), QStringList({u"a"_qs, u"b"_qs}));
+    load({u"a"_qs, u"b"_qs, u"b"_qs});
+    pipe->inject(listMessage("listAdd", {noteJson(QString(), QString()), noteJson(u"b"_qs, u"b"_qs)}));
+    QCOMPARE(ids(), QStringList({u"a"_qs, u"b"_qs}));
+    QCOMPARE(mirror->take(), QStringList(u"reset"_qs));
 }
 
 namespace {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Note.h"
 
+#include <common/FakeClock.h>
 #include <common/FakePipe.h>
 #include <common/SeededRandom.h>
 #include <iface/ObservableMap.h>
@@ -8,8 +9,10 @@
 #include <iface/ObserverFunctorAdapter.h>
 #include <zel/LiveMap.h>
 
+#include <QMultiMap>
 #include <QTest>
 
+#include <map>
 #include <memory>
 #include <stdexcept>
 
@@ -18,299 +21,642 @@ namespace {
 using Map = zel::LiveMap<QString, Note>;
 using Value = iface::ObservableValue<Note>;
 
+/// A map on the notes, and a service that answers when the test says so.
+struct Fixture
+{
+    QSharedPointer<FakePipe> pipe = QSharedPointer<FakePipe>::create();
+    Map::Pointer map = Map::create(QSharedPointer<zel::ListApiMultiplexer>::create(pipe),
+                                   QSharedPointer<NoteAdapter>::create(), u"notes"_qs, QString());
+    QStringList changed;
+    iface::ObservableMapImplFunctorAdapter listener{[this](const iface::MapChange& change) {
+        const QList<QString> keys = change.keys<QString>();
+        QCOMPARE(keys.size(), 1);
+        changed += keys;
+    }};
+
+    Fixture() { listener.startListening(map.data()); }
+
+    Value get(const QString& key) const { return iface::ObservableMap<QString, Value, Map>(map).get(key); }
+    void get(const QStringList& keys) const
+    {
+        for (const QString& key : keys)
+            get(key);
+    }
+    QString text(const QString& key) const { return get(key).getValue().text; }
+
+    QByteArray request(const QStringList& keys) const
+    {
+        QStringList elements;
+        for (const QString& key : keys)
+            elements.append(u"{\"id\":\"%1\"}"_qs.arg(key));
+        return u"{\"requestListElements\":{\"cookie\":\"%1\",\"elements\":[%2],\"type\":\"notes\"}}"_qs
+            .arg(map->cookie(), elements.join(u','))
+            .toUtf8();
+    }
+    void header() { pipe->inject(listMessage("listElements", {}, {{u"cookie"_qs, map->cookie()}})); }
+    void chunk(const QStringList& keys, bool last = true)
+    {
+        QJsonArray elements;
+        for (const QString& key : keys)
+            elements.append(noteJson(key, u"text of "_qs + key));
+        pipe->inject(listMessage("listChunk", elements, {{u"last"_qs, last}}));
+    }
+    void answer(const QStringList& keys)
+    {
+        header();
+        chunk(keys);
+    }
+};
+
+QStringList numbered(int count)
+{
+    QStringList keys;
+    for (int i = 0; i < count; ++i)
+        keys.append(QString::number(100 + i));
+    return keys;
+}
+
+/// A service that is slow, forgets to answer and answers twice, and an application whose slots throw and spin event
+/// loops, which asks for notes at random. Everything that the map announces is looked at.
+class Weather
+{
+public:
+    explicit Weather(quint32 seed)
+        : m_random(seed)
+    {
+        for (int i = m_random.bounded(120); i >= 0; --i)
+            m_notes.insert(QString::number(i), {QString::number(i), u"first"_qs, i});
+        QObject::connect(f.map.data(), &iface::ObservableMapImplBase::mapChanged, &m_context,
+                         [this](const iface::MapChange& change) { keyChanged(change.keys<QString>().value(0)); });
+    }
+    ~Weather()
+    {
+        f.map.reset();
+        FakeClock::uninstall();
+    }
+
+    QString run(int steps)
+    {
+        for (int i = 0; i < steps; ++i)
+            guarded([this] { step(); });
+        m_isCalm = true;
+        // A request that was lost goes out again after five minutes at most, and then there is nothing more to be done.
+        for (int rounds = 0; !isAtRest(); ++rounds) {
+            if (rounds > 30)
+                return u"never comes to rest"_qs;
+            pass(5 * 60 * 1000);
+            deliver();
+        }
+        for (const QString& key : std::as_const(m_asked)) {
+            if (!f.map->isLoaded(key) || !(f.get(key).getValue() == m_notes.value(key)))
+                return key + u" did not come"_qs;
+        }
+        return m_complaint;
+    }
+
+private:
+    struct Answer
+    {
+        QStringList keys;
+        bool hasHeader;
+        bool hasEnd;
+    };
+
+    template <class Step>
+    void guarded(Step step)
+    {
+        try {
+            step();
+        } catch (const std::runtime_error&) {
+        }
+    }
+
+    void complain(const QString& what)
+    {
+        if (m_complaint.isEmpty())
+            m_complaint = what;
+    }
+
+    void step()
+    {
+        switch (m_random.bounded(8)) {
+        case 0:
+            for (int i = m_random.bounded(40); i > 0; --i)
+                ask(someKey());
+            break;
+        case 1:
+            pass(m_random.bounded(4) ? m_random.bounded(8000) : 31000); // the process may stand still
+            break;
+        case 2:
+            changeOne();
+            break;
+        case 3:
+            if (m_random.bounded(10) == 0)
+                reconnect();
+            break;
+        default:
+            turn();
+        }
+    }
+
+    void turn()
+    {
+        QCoreApplication::sendPostedEvents();
+        collect();
+        deliver();
+    }
+
+    bool isAtRest()
+    {
+        QCoreApplication::sendPostedEvents();
+        collect();
+        return m_clock->waiting() == 0 && m_due.isEmpty();
+    }
+
+    void pass(int msecs)
+    {
+        for (; msecs > 0; msecs -= 1000) {
+            m_clock->advance(1000);
+            collect();
+        }
+    }
+
+    QString someKey() { return std::next(m_notes.cbegin(), m_random.bounded(int(m_notes.size()))).key(); }
+
+    void ask(const QString& key)
+    {
+        if (m_asked.contains(key))
+            return;
+        m_asked.insert(key);
+        const Value value = f.get(key);
+        Watch& watch = m_watches[key];
+        watch.seen = value.getValue();
+        watch.observer = std::make_unique<iface::ObserverFunctorAdapter>([this, value, &watch] {
+            if (!(std::exchange(watch.seen, value.getValue()) == value.getValue()))
+                return;
+            if (std::exchange(watch.settled, true))
+                complain(u"a value is announced twice"_qs);
+            misbehave();
+        });
+        value.impl()->addObserver(watch.observer.get());
+    }
+
+    void keyChanged(const QString& key)
+    {
+        const Note now = f.get(key).getValue();
+        if (m_told.value(key) == now)
+            complain(u"a key is announced without a change"_qs);
+        m_told.insert(key, now);
+        misbehave();
+    }
+
+    void misbehave()
+    {
+        if (m_isCalm || m_depth > 3)
+            return;
+        ++m_depth;
+        switch (m_random.bounded(40)) {
+        case 0:
+            --m_depth;
+            throw std::runtime_error("slot");
+        case 1:
+            guarded([this] { step(); });
+            break;
+        case 2:
+            pass(31000);
+            break;
+        default:
+            break;
+        }
+        --m_depth;
+    }
+
+    void changeOne()
+    {
+        Note& note = m_notes[someKey()];
+        note.text = QString::number(m_random.bounded(1000));
+        const Note announced = note;
+        f.pipe->inject(listMessage(m_random.bounded(2) ? "listChange" : "listAdd", {json(announced)}));
+    }
+
+    static QJsonObject json(const Note& note)
+    {
+        QJsonObject element = noteJson(note.id, note.text);
+        element.insert(u"stars"_qs, note.stars);
+        return element;
+    }
+
+    void reconnect()
+    {
+        f.pipe->setConnected(false);
+        f.pipe->clearSent();
+        m_due.clear();
+        m_requestedAt.clear();
+        f.pipe->setConnected(true);
+        collect();
+        m_requestedAt.clear(); // also for what is still to be requested by itself
+    }
+
+    /// Reads what the map has sent, and works out when it is to be answered.
+    void collect()
+    {
+        while (f.pipe->sentCount() > 0) {
+            const auto body =
+                QJsonDocument::fromJson(f.pipe->takeSent()).object().value(u"requestListElements"_qs).toObject();
+            QStringList keys;
+            for (const QJsonValue& element : body.value(u"elements"_qs).toArray())
+                keys.append(element.toObject().value(u"id"_qs).toString());
+            lookAt(keys);
+            const int kind = m_isCalm ? 9 : m_random.bounded(10);
+            if (kind == 0)
+                continue; // lost
+            const Answer answer{keys, kind != 1, kind != 2};
+            for (int i = kind == 3 ? 2 : 1; i > 0; --i)
+                m_due.insert(m_clock->now() + (m_isCalm ? 0 : m_random.bounded(m_random.bounded(3) ? 200 : 90000)),
+                             answer);
+        }
+    }
+
+    /// No key is requested twice within half a minute.
+    void lookAt(const QStringList& keys)
+    {
+        for (const QString& key : keys) {
+            const auto before = m_requestedAt.constFind(key);
+            if (before != m_requestedAt.cend() && m_clock->now() - *before < 29000)
+                complain(u"%1 is asked for again after %2 ms"_qs.arg(key).arg(m_clock->now() - *before));
+            m_requestedAt.insert(key, m_clock->now());
+        }
+    }
+
+    /// Sends the answers that are due by now.
+    void deliver()
+    {
+        while (!m_due.isEmpty() && m_due.firstKey() <= m_clock->now()) {
+            const Answer answer = m_due.take(m_due.firstKey());
+            const qsizetype half = m_random.bounded(2) ? answer.keys.size() : answer.keys.size() / 2;
+            if (answer.hasHeader)
+                guarded([this] { f.header(); });
+            guarded([&] { send(answer.keys.mid(0, half), answer.hasEnd && half == answer.keys.size()); });
+            if (half < answer.keys.size())
+                guarded([&] { send(answer.keys.mid(half), answer.hasEnd); });
+        }
+    }
+
+    void send(const QStringList& keys, bool last)
+    {
+        QJsonArray elements;
+        for (const QString& key : keys)
+            elements.append(json(m_notes.value(key)));
+        f.pipe->inject(listMessage("listChunk", elements, {{u"last"_qs, last}}));
+    }
+
+    struct Watch
+    {
+        Note seen;
+        bool settled = false;
+        std::unique_ptr<iface::ObserverFunctorAdapter> observer;
+    };
+
+    const QSharedPointer<FakeClock> m_clock = FakeClock::install();
+    Fixture f;
+    QObject m_context;
+    QRandomGenerator m_random;
+    QMap<QString, Note> m_notes;
+    QHash<QString, Note> m_told;
+    QSet<QString> m_asked;
+    std::map<QString, Watch> m_watches;
+    QMultiMap<qint64, Answer> m_due;
+    QHash<QString, qint64> m_requestedAt;
+    QString m_complaint;
+    int m_depth = 0;
+    bool m_isCalm = false;
+};
+
 } // namespace
 
 class TstLiveMap : public QObject
 {
     Q_OBJECT
 
+    static void turn() { QCoreApplication::processEvents(); }
+
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void cleanup() { FakeClock::uninstall(); }
 
-    void asksOnceForAllKeysOfATurn();
-    void namesItsListByTypeAndId();
-    void announcesTheValueAndThenItsKey();
-    void settlesAnAnsweredRequestOnce();
-    void asksForMoreBeforeItStoresAnAnswer();
-    void asksAgainForWhatAHandlerKeptFromBeingStored();
-    void changesOnlyWhatIsLoaded();
-    void asksAgainForEverythingAfterAReconnection();
-    void aReconnectionDoesNotDisturbTheRequestUnderWay();
-    void keepsTheOrderOfNestedMessages();
-    void mayBeDroppedWhileItAnnounces();
-    void equalsAModelUnderRandomMessages();
+    void asksOnceForAllKeysOfATurn()
+    {
+        Fixture f;
+        const Value a = f.get(u"a"_qs);
+        f.get(u"b"_qs);
+        QVERIFY(f.get(u"a"_qs) == a);
+        QTRY_COMPARE(f.pipe->sentCount(), 1);
+        QVERIFY(f.pipe->expectSentText(f.request({u"a"_qs, u"b"_qs})));
+        QCOMPARE(f.map->cookie(), QString::number(qint32(quintptr(f.map.data()))));
+    }
 
-private:
-    Value get(const QString& key) const { return iface::ObservableMap<QString, Value, Map>(map).get(key); }
-    QString text(const QString& key) const { return get(key).getValue().text; }
-    QByteArray request(const QStringList& keys) const;
-    void answer(const QStringList& keys, bool last = true);
-    void turn() { QCoreApplication::processEvents(); }
+    void namesItsListByTypeAndId()
+    {
+        Fixture f;
+        const auto named = Map::create(QSharedPointer<zel::ListApiMultiplexer>::create(f.pipe),
+                                       QSharedPointer<NoteAdapter>::create(), u"notes"_qs, u"box"_qs);
+        named->requestListElements({u"k"_qs}, QString());
+        QVERIFY(
+            f.pipe->expectSentText(R"({"requestListElements":{"elements":[{"id":"k"}],"type":"notes","id":"box"}})"));
+        f.map->requestListElements({}, u"c"_qs);
+        QVERIFY(f.pipe->expectSentText(R"({"requestListElements":{"cookie":"c","elements":[],"type":"notes"}})"));
+    }
 
-    QSharedPointer<FakePipe> pipe;
-    Map::Pointer map;
-    std::unique_ptr<iface::ObservableMapImplFunctorAdapter> listener;
-    QStringList changed;
+    void announcesTheValueAndThenItsKey()
+    {
+        Fixture f;
+        const Value a = f.get(u"a"_qs);
+        iface::ObserverFunctorAdapter observer([&] {
+            QVERIFY(f.changed.isEmpty());
+            f.changed.append(u"value "_qs + a.getValue().text);
+        });
+        a.impl()->addObserver(&observer);
+        connect(f.map.data(), &iface::ObservableMapImplBase::mapChanged, this,
+                [&] { f.changed.append(f.text(u"b"_qs)); });
+        f.pipe->inject(listMessage("listChunk", {noteJson(u"a"_qs, u"1"_qs), noteJson(u"b"_qs, u"2"_qs)}));
+        // One key at a time: "b" is still as it was when "a" is announced.
+        QCOMPARE(f.changed, QStringList({u"value 1"_qs, u"a"_qs, QString(), u"b"_qs, u"2"_qs}));
+    }
+
+    void settlesAnAnsweredRequestOnce()
+    {
+        Fixture f;
+        const Value a = f.get(u"a"_qs);
+        const Value unknown = f.get(u"unknown"_qs);
+        QTRY_COMPARE(f.pipe->sentCount(), 1);
+        int told = 0;
+        iface::ObserverFunctorAdapter observer([&] { ++told; });
+        unknown.impl()->addObserver(&observer);
+
+        f.pipe->inject(listMessage("listElements", {}, {{u"cookie"_qs, u"another"_qs}}));
+        f.chunk({});
+        f.header();
+        f.chunk({u"a"_qs}, false);
+        QVERIFY(f.map->isLoaded(u"a"_qs));
+        QVERIFY(!f.map->isLoaded(u"unknown"_qs));
+        for (int i = 0; i < 2; ++i) {
+            f.chunk({});
+            QVERIFY(f.map->isLoaded(u"unknown"_qs));
+            QCOMPARE(told, 1);
+        }
+        QCOMPARE(f.changed, QStringList(u"a"_qs));
+    }
+
+    void asksForMoreBeforeItStoresAnAnswer()
+    {
+        Fixture f;
+        const QStringList keys = numbered(45);
+        f.get(keys);
+        QTRY_COMPARE(f.pipe->sentCount(), 1);
+        QList<int> sentWhenStored;
+        connect(f.map.data(), &iface::ObservableMapImplBase::mapChanged, this, [&] {
+            sentWhenStored.append(f.pipe->sentCount());
+            // The service is quick, and the application shows a dialog.
+            if (sentWhenStored.size() == 11)
+                f.answer(keys.mid(20, 20));
+        });
+        f.header();
+        f.chunk(keys.mid(0, 10), false);
+        QCOMPARE(f.pipe->sentCount(), 1);
+        f.chunk(keys.mid(10, 10));
+        QCOMPARE(f.pipe->sentCount(), 2);
+        QVERIFY(f.map->isLoaded(u"139"_qs));
+        QTRY_COMPARE(f.pipe->sentCount(), 3);
+        QVERIFY2(!sentWhenStored.mid(10).contains(1), "asked for after the answer was stored");
+        QCOMPARE(f.changed, keys.mid(0, 40));
+        f.answer(keys.mid(40));
+        QVERIFY(f.map->isLoaded(u"144"_qs));
+        turn();
+        QCOMPARE(f.pipe->sentCount(), 3);
+    }
+
+    void takesAnswersThatComeWithinSend()
+    {
+        class QuickPipe : public FakePipe
+        {
+        public:
+            using FakePipe::send;
+            void send(const QString& text) override
+            {
+                FakePipe::send(text);
+                answer();
+            }
+            std::function<void()> answer = [] {};
+        };
+        Fixture f;
+        const auto quick = QSharedPointer<QuickPipe>::create();
+        f.pipe = quick;
+        f.map = Map::create(QSharedPointer<zel::ListApiMultiplexer>::create(quick),
+                            QSharedPointer<NoteAdapter>::create(), u"notes"_qs, QString());
+        f.listener.startListening(f.map.data());
+        const QStringList keys = numbered(90);
+        quick->answer = [&] {
+            if (const int batch = f.pipe->sentCount() - 1; batch < 5)
+                f.answer(keys.mid(20 * batch, 20));
+        };
+        f.get(keys);
+        QTRY_COMPARE(f.pipe->sentCount(), 5);
+        QCOMPARE(f.changed, keys);
+        quick->answer = [&] { f.answer(keys); };
+        quick->setConnected(false);
+        quick->setConnected(true);
+        f.get(u"a"_qs);
+        quick->answer = [&] { f.answer({u"a"_qs}); };
+        QTRY_VERIFY(f.map->isLoaded(u"a"_qs));
+    }
+
+    void appliesAMessageWholeBeforeAnExceptionGoesOn()
+    {
+        Fixture f;
+        const QStringList keys = numbered(40);
+        f.get(keys);
+        QTRY_COMPARE(f.pipe->sentCount(), 1);
+        iface::ObserverFunctorAdapter throwing([] { throw std::runtime_error("no"); });
+        f.get(u"105"_qs).impl()->addObserver(&throwing);
+        QVERIFY_THROWS_EXCEPTION(std::runtime_error, f.answer(keys.mid(0, 20)));
+        QCOMPARE(f.changed, keys.mid(0, 20));
+        QCOMPARE(f.pipe->sentCount(), 2);
+        f.answer(keys.mid(20));
+        QCOMPARE(f.changed, keys);
+    }
+
+    void endsTheRequestThatAnAnswerIsTo_data()
+    {
+        QTest::addColumn<QString>("script");
+        const auto row = [](const char* name, const char* script) {
+            QTest::newRow(name) << QString::fromLatin1(script);
+        };
+        row("late", "ask a; wait; wait; answer a; a is there; ask b; answer a; b is missing; answer b; b is there");
+        row("twice", "ask a; answer a; ask b; answer a; b is missing; answer b; b is there; wait; sent 2");
+        row("lost after a late one", "ask a; wait; answer a; ask b; answer a; wait; sent 4; answer b; b is there");
+        row("empty", "ask a; answer; a is there; ask b; b is missing; answer b; b is there");
+        row("in parts", "ask a b; begin; part a; wait; sent 2; end b; b is there; ask c; begin; end b; c is missing");
+        row("without an end", "ask a; begin; part a; wait; ask b; end; b is missing; answer b; b is there; sent 2");
+        row("without a beginning", "ask a; end a; ask b; sent 1; wait; turn; sent 2; answer b; b is there");
+        row("empty, after a reconnection",
+            "ask a; answer a; reconnect; ask b; answer; b is missing; answer; b is there");
+        row("to a reconnection", "ask a; answer a; reconnect; ask b; answer a; b is missing; wait; sent 4; answer b; "
+                                 "b is there; wait; sent 4");
+        row("and so to a reconnection, too", "ask a; answer a; reconnect; ask b; answer b; b is there; wait; sent 3");
+        row("to none after a reconnection", "ask a; answer a; reconnect; wait; sent 3; wait; wait; sent 4; answer a; "
+                                            "wait; sent 4");
+        row("lost with the connection", "ask a; reconnect; sent 2; answer a; a is there; ask b; answer b; b is there");
+        row("lost again", "ask a; reconnect; wait; sent 3; answer a; a is there");
+        row("cut", "ask a; begin; reconnect; end; a is missing; answer; a is there");
+        row("a reconnection without keys", "reconnect; ask a; sent 2; answer; a is missing; answer a; a is there");
+    }
+
+    void endsTheRequestThatAnAnswerIsTo()
+    {
+        QFETCH(QString, script);
+        const auto clock = FakeClock::install();
+        Fixture f;
+        for (const QString& line : script.split(u"; "_qs)) {
+            QStringList words = line.split(u' ');
+            const QString first = words.takeFirst();
+            if (first == u"ask") {
+                f.get(words);
+                turn();
+            } else if (first == u"wait") {
+                clock->advance(30000);
+            } else if (first == u"turn") {
+                turn();
+            } else if (first == u"reconnect") {
+                f.pipe->setConnected(false);
+                f.pipe->setConnected(true);
+            } else if (first == u"begin") {
+                f.header();
+            } else if (first == u"part" || first == u"end") {
+                f.chunk(words, first == u"end");
+            } else if (first == u"answer") {
+                f.answer(words);
+            } else if (first == u"sent") {
+                QVERIFY2(f.pipe->sentCount() == words.first().toInt(), qPrintable(line));
+            } else {
+                QVERIFY2(f.map->isLoaded(first) == line.endsWith(u"is there"_qs), qPrintable(line));
+            }
+        }
+    }
+
+    void changesOnlyWhatIsLoaded()
+    {
+        Fixture f;
+        const Value asked = f.get(u"asked"_qs);
+        f.pipe->inject(listMessage("listChange", {noteJson(u"asked"_qs, u"1"_qs), noteJson(u"never"_qs, u"1"_qs)}));
+        QVERIFY(asked.getValue() == Note());
+        QVERIFY(!f.map->isLoaded(u"asked"_qs) && !f.map->isLoaded(u"never"_qs));
+        QVERIFY(f.changed.isEmpty());
+    }
+
+    void asksAgainForEverythingAfterAReconnection()
+    {
+        Fixture f;
+        f.get(u"a"_qs);
+        QTRY_COMPARE(f.pipe->sentCount(), 1);
+        f.answer({u"a"_qs});
+        f.pipe->inject(listMessage("listAdd", {noteJson(u"b"_qs, u"1"_qs)}));
+        f.pipe->clearSent();
+        f.pipe->setConnected(false);
+        QVERIFY(f.pipe->expectNothingSent());
+        f.pipe->setConnected(true);
+        QCOMPARE(f.pipe->sentCount(), 1);
+        const auto body = QJsonDocument::fromJson(f.pipe->takeSent()).object().value(u"requestListElements"_qs);
+        QCOMPARE(body[u"elements"_qs].toArray().size(), 2);
+        QCOMPARE(body[u"cookie"_qs].toString(), f.map->cookie());
+    }
+
+    void mayBeDroppedWhileItAnnounces()
+    {
+        Fixture f;
+        connect(f.map.data(), &iface::ObservableMapImplBase::mapChanged, this, [&] { f.map.reset(); });
+        f.chunk({u"a"_qs, u"b"_qs});
+        QVERIFY(!f.map);
+    }
+
+    void isReachedByNothingOnceItDies()
+    {
+        const auto clock = FakeClock::install();
+        Fixture f;
+        f.get(numbered(30));
+        QTRY_COMPARE(f.pipe->sentCount(), 1);
+        const auto dialog = [&] {
+            f.chunk({u"100"_qs, u"z"_qs});
+            f.pipe->setConnected(false);
+            f.pipe->setConnected(true);
+            clock->advance(60000);
+            turn();
+        };
+        connect(f.get(u"100"_qs).impl(), &QObject::destroyed, this, dialog);
+        connect(f.map.data(), &QObject::destroyed, this, dialog);
+        f.map.reset();
+        QCOMPARE(f.pipe->sentCount(), 1);
+        QVERIFY(f.changed.isEmpty());
+    }
+
+    void equalsAModelUnderRandomMessages()
+    {
+        Fixture f;
+        QRandomGenerator random = seededRandom();
+        const auto where = [&](int round) { return qPrintable(u"round %1"_qs.arg(round)); };
+        QHash<QString, Note> model;
+        QHash<QString, Note> mirror;
+        connect(f.map.data(), &iface::ObservableMapImplBase::mapChanged, this, [&](const iface::MapChange& change) {
+            const QString key = change.keys<QString>().value(0);
+            const Note now = f.get(key).getValue();
+            QVERIFY(!(mirror.value(key) == now)); // nothing is announced that did not change
+            mirror.insert(key, now);
+        });
+        for (int round = 0; round < 2000; ++round) {
+            const bool isChange = random.bounded(2) == 0;
+            QJsonArray elements;
+            for (int i = 0, n = random.bounded(5); i < n; ++i) {
+                const QString key = random.bounded(12) == 0 ? QString() : QString::number(random.bounded(30));
+                QJsonObject element;
+                if (!key.isEmpty())
+                    element.insert(u"id"_qs, key);
+                Note note = isChange ? model.value(key) : Note();
+                note.id = key;
+                if (random.bounded(2)) {
+                    note.text = QString::number(random.bounded(3));
+                    element.insert(u"text"_qs, note.text);
+                }
+                if (random.bounded(2)) {
+                    note.stars = random.bounded(3);
+                    element.insert(u"stars"_qs, note.stars);
+                }
+                elements.append(element);
+                if (!isChange || model.contains(key))
+                    model.insert(key, note);
+            }
+            // None of these touches a map, which forgets nothing.
+            const char* const strange[] = {"listAll", "listRemove", "listWindow"};
+            f.pipe->inject(listMessage(strange[random.bounded(3)], elements));
+            const char* const names[] = {"listAdd", "listChunk", "listChange"};
+            f.pipe->inject(listMessage(names[isChange ? 2 : random.bounded(2)], elements,
+                                       random.bounded(3) ? QJsonObject() : QJsonObject{{u"last"_qs, true}}));
+            for (auto note = model.cbegin(); note != model.cend(); ++note) {
+                QVERIFY2(f.get(note.key()).getValue() == note.value(), where(round));
+                QVERIFY2(mirror.value(note.key()) == note.value(), where(round));
+            }
+        }
+        turn();
+        QVERIFY(f.pipe->expectNothingSent());
+    }
+
+    void bringsEverythingThroughAnyWeather()
+    {
+        QRandomGenerator random = seededRandom();
+        for (int i = 0; i < 100; ++i) {
+            const quint32 seed = random.generate();
+            const QString complaint = Weather(seed).run(300);
+            QVERIFY2(complaint.isEmpty(), qPrintable(u"%1 (run %2)"_qs.arg(complaint).arg(i)));
+        }
+    }
 };
-
-void TstLiveMap::init()
-{
-    pipe = QSharedPointer<FakePipe>::create();
-    map = Map::create(QSharedPointer<zel::ListApiMultiplexer>::create(pipe), QSharedPointer<NoteAdapter>::create(),
-                      u"notes"_qs, QString());
-    changed.clear();
-    listener = std::make_unique<iface::ObservableMapImplFunctorAdapter>([this](const iface::MapChange& change) {
-        const QList<QString> keys = change.keys<QString>();
-        QCOMPARE(keys.size(), 1);
-        changed += keys;
-    });
-    listener->startListening(map.data());
-}
-
-void TstLiveMap::cleanup()
-{
-    listener.reset();
-    map.reset();
-}
-
-QByteArray TstLiveMap::request(const QStringList& keys) const
-{
-    QStringList elements;
-    for (const QString& key : keys)
-        elements.append(u"{\"id\":\"%1\"}"_qs.arg(key));
-    return u"{\"requestListElements\":{\"cookie\":\"%1\",\"elements\":[%2],\"type\":\"notes\"}}"_qs
-        .arg(map->cookie(), elements.join(u','))
-        .toUtf8();
-}
-
-void TstLiveMap::answer(const QStringList& keys, bool last)
-{
-    QJsonArray elements;
-    for (const QString& key : keys)
-        elements.append(noteJson(key, u"text of "_qs + key));
-    pipe->inject(listMessage("listElements", {}, {{u"cookie"_qs, map->cookie()}}));
-    pipe->inject(listMessage("listChunk", elements, {{u"last"_qs, last}}));
-}
-
-void TstLiveMap::asksOnceForAllKeysOfATurn()
-{
-    const Value a = get(u"a"_qs);
-    get(u"b"_qs);
-    QVERIFY(get(u"a"_qs) == a);
-    QTRY_COMPARE(pipe->sentCount(), 1);
-    QVERIFY(pipe->expectSentText(request({u"a"_qs, u"b"_qs})));
-    QCOMPARE(map->cookie(), QString::number(qint32(quintptr(map.data()))));
-}
-
-void TstLiveMap::namesItsListByTypeAndId()
-{
-    const auto named = Map::create(QSharedPointer<zel::ListApiMultiplexer>::create(pipe),
-                                   QSharedPointer<NoteAdapter>::create(), u"notes"_qs, u"box"_qs);
-    named->requestListElements({u"k"_qs}, QString());
-    QVERIFY(pipe->expectSentText(R"({"requestListElements":{"elements":[{"id":"k"}],"type":"notes","id":"box"}})"));
-    map->requestListElements({}, u"c"_qs);
-    QVERIFY(pipe->expectSentText(R"({"requestListElements":{"cookie":"c","elements":[],"type":"notes"}})"));
-}
-
-void TstLiveMap::announcesTheValueAndThenItsKey()
-{
-    const Value a = get(u"a"_qs);
-    iface::ObserverFunctorAdapter observer([&] {
-        QVERIFY(changed.isEmpty());
-        changed.append(u"value "_qs + a.getValue().text);
-    });
-    a.impl()->addObserver(&observer);
-    connect(map.data(), &iface::ObservableMapImplBase::mapChanged, this, [&] { changed.append(text(u"b"_qs)); });
-    pipe->inject(listMessage("listChunk", {noteJson(u"a"_qs, u"1"_qs), noteJson(u"b"_qs, u"2"_qs)}));
-    // One key at a time: "b" is still as it was when "a" is announced.
-    QCOMPARE(changed, QStringList({u"value 1"_qs, u"a"_qs, QString(), u"b"_qs, u"2"_qs}));
-}
-
-void TstLiveMap::settlesAnAnsweredRequestOnce()
-{
-    const Value a = get(u"a"_qs);
-    const Value unknown = get(u"unknown"_qs);
-    QTRY_COMPARE(pipe->sentCount(), 1);
-    int told = 0;
-    iface::ObserverFunctorAdapter observer([&] { ++told; });
-    unknown.impl()->addObserver(&observer);
-
-    pipe->inject(listMessage("listElements", {}, {{u"cookie"_qs, u"another"_qs}}));
-    pipe->inject(listMessage("listChunk", {}, {{u"last"_qs, true}}));
-    answer({u"a"_qs}, false);
-    QVERIFY(map->isLoaded(u"a"_qs));
-    QVERIFY(!map->isLoaded(u"unknown"_qs));
-    for (int i = 0; i < 2; ++i) {
-        pipe->inject(listMessage("listChunk", {}, {{u"last"_qs, true}}));
-        QVERIFY(map->isLoaded(u"unknown"_qs));
-        QCOMPARE(told, 1);
-    }
-    QCOMPARE(changed, QStringList(u"a"_qs));
-}
-
-void TstLiveMap::asksForMoreBeforeItStoresAnAnswer()
-{
-    QStringList keys;
-    for (int i = 0; i < 45; ++i) {
-        keys.append(QString::number(100 + i));
-        get(keys.last());
-    }
-    QTRY_COMPARE(pipe->sentCount(), 1);
-    QList<int> sentWhenStored;
-    connect(map.data(), &iface::ObservableMapImplBase::mapChanged, this, [&] {
-        sentWhenStored.append(pipe->sentCount());
-        // The service is quick, and the application shows a dialog.
-        if (sentWhenStored.size() == 11)
-            answer(keys.mid(20, 20));
-    });
-    answer(keys.mid(0, 10), false);
-    QCOMPARE(pipe->sentCount(), 1);
-    answer(keys.mid(10, 10));
-    QCOMPARE(pipe->sentCount(), 2);
-    QVERIFY(map->isLoaded(u"139"_qs));
-    QTRY_COMPARE(pipe->sentCount(), 3);
-    QVERIFY2(!sentWhenStored.mid(10).contains(1), "asked for after the answer was stored");
-    QCOMPARE(changed, keys.mid(0, 40));
-    answer(keys.mid(40));
-    QVERIFY(map->isLoaded(u"144"_qs));
-    turn();
-    QCOMPARE(pipe->sentCount(), 3);
-}
-
-void TstLiveMap::asksAgainForWhatAHandlerKeptFromBeingStored()
-{
-    QStringList keys;
-    for (int i = 0; i < 40; ++i) {
-        keys.append(QString::number(100 + i));
-        get(keys.last());
-    }
-    QTRY_COMPARE(pipe->sentCount(), 1);
-    iface::ObserverFunctorAdapter throwing([] { throw std::runtime_error("no"); });
-    get(u"110"_qs).impl()->addObserver(&throwing);
-    QVERIFY_THROWS_EXCEPTION(std::runtime_error, answer(keys.mid(0, 20)));
-    QVERIFY(map->isLoaded(u"110"_qs) && !map->isLoaded(u"111"_qs));
-    QCOMPARE(pipe->sentCount(), 2);
-    answer(keys.mid(20));
-    QTRY_COMPARE(pipe->sentCount(), 3);
-    QCOMPARE(pipe->sent().last(), request(keys.mid(11, 9)));
-    answer(keys.mid(11, 9));
-    QVERIFY(map->isLoaded(u"111"_qs) && map->isLoaded(u"139"_qs));
-}
-
-void TstLiveMap::changesOnlyWhatIsLoaded()
-{
-    const Value asked = get(u"asked"_qs);
-    pipe->inject(listMessage("listChange", {noteJson(u"asked"_qs, u"1"_qs), noteJson(u"never"_qs, u"1"_qs)}));
-    QVERIFY(asked.getValue() == Note());
-    QVERIFY(!map->isLoaded(u"asked"_qs) && !map->isLoaded(u"never"_qs));
-    QVERIFY(changed.isEmpty());
-}
-
-void TstLiveMap::asksAgainForEverythingAfterAReconnection()
-{
-    get(u"a"_qs);
-    QTRY_COMPARE(pipe->sentCount(), 1);
-    answer({u"a"_qs});
-    pipe->inject(listMessage("listAdd", {noteJson(u"b"_qs, u"1"_qs)}));
-    pipe->clearSent();
-    pipe->setConnected(false);
-    QVERIFY(pipe->expectNothingSent());
-    pipe->setConnected(true);
-    QCOMPARE(pipe->sentCount(), 1);
-    const auto body = QJsonDocument::fromJson(pipe->takeSent()).object().value(u"requestListElements"_qs).toObject();
-    QCOMPARE(body.value(u"elements"_qs).toArray().size(), 2);
-    QCOMPARE(body.value(u"cookie"_qs).toString(), map->cookie());
-}
-
-void TstLiveMap::aReconnectionDoesNotDisturbTheRequestUnderWay()
-{
-    pipe->setConnected(false);
-    pipe->setConnected(true); // asks for nothing yet
-    get(u"new"_qs);
-    QTRY_COMPARE(pipe->sentCount(), 2);
-    answer({});
-    QVERIFY(!map->isLoaded(u"new"_qs));
-    pipe->inject(listMessage("listAdd", {noteJson(u"old"_qs, u"1"_qs)}));
-    pipe->setConnected(false);
-    pipe->setConnected(true);
-    answer({u"old"_qs});
-    QVERIFY(!map->isLoaded(u"new"_qs));
-    answer({u"new"_qs});
-    QVERIFY(map->isLoaded(u"new"_qs));
-    get(u"next"_qs);
-    QTRY_COMPARE(pipe->sentCount(), 4);
-}
-
-void TstLiveMap::keepsTheOrderOfNestedMessages()
-{
-    pipe->inject(listMessage("listAdd", {noteJson(u"b"_qs, u"0"_qs)}));
-    bool nested = false;
-    connect(map.data(), &iface::ObservableMapImplBase::mapChanged, this, [&] {
-        if (!std::exchange(nested, true))
-            pipe->inject(listMessage("listChange", {noteJson(u"b"_qs, u"2"_qs)}));
-    });
-    pipe->inject(listMessage("listChunk", {noteJson(u"a"_qs, u"1"_qs), noteJson(u"b"_qs, u"1"_qs)}));
-    QCOMPARE(text(u"b"_qs), u"2"_qs);
-    QCOMPARE(changed, QStringList({u"b"_qs, u"a"_qs, u"b"_qs, u"b"_qs}));
-}
-
-void TstLiveMap::mayBeDroppedWhileItAnnounces()
-{
-    connect(map.data(), &iface::ObservableMapImplBase::mapChanged, this, [&] { map.reset(); });
-    pipe->inject(
-        listMessage("listChunk", {noteJson(u"a"_qs, u"1"_qs), noteJson(u"b"_qs, u"1"_qs)}, {{u"last"_qs, true}}));
-    QVERIFY(!map);
-}
-
-void TstLiveMap::equalsAModelUnderRandomMessages()
-{
-    QRandomGenerator random = seededRandom();
-    const auto where = [&](int round) { return qPrintable(u"round %1"_qs.arg(round)); };
-    QHash<QString, Note> model;
-    QHash<QString, Note> mirror;
-    connect(map.data(), &iface::ObservableMapImplBase::mapChanged, this, [&](const iface::MapChange& change) {
-        const QString key = change.keys<QString>().value(0);
-        const Note now = get(key).getValue();
-        QVERIFY(!(mirror.value(key) == now)); // nothing is announced that did not change
-        mirror.insert(key, now);
-    });
-    for (int round = 0; round < 2000; ++round) {
-        const bool isChange = random.bounded(2) == 0;
-        QJsonArray elements;
-        for (int i = 0, n = random.bounded(5); i < n; ++i) {
-            const QString key = random.bounded(12) == 0 ? QString() : QString::number(random.bounded(30));
-            QJsonObject element;
-            if (!key.isEmpty())
-                element.insert(u"id"_qs, key);
-            Note note = isChange ? model.value(key) : Note();
-            note.id = key;
-            if (random.bounded(2)) {
-                note.text = QString::number(random.bounded(3));
-                element.insert(u"text"_qs, note.text);
-            }
-            if (random.bounded(2)) {
-                note.stars = random.bounded(3);
-                element.insert(u"stars"_qs, note.stars);
-            }
-            elements.append(element);
-            if (!isChange || model.contains(key))
-                model.insert(key, note);
-        }
-        // None of these touches a map, which forgets nothing.
-        const char* const strange[] = {"listAll", "listRemove", "listWindow"};
-        pipe->inject(listMessage(strange[random.bounded(3)], elements));
-        const char* const names[] = {"listAdd", "listChunk", "listChange"};
-        pipe->inject(listMessage(names[isChange ? 2 : random.bounded(2)], elements,
-                                 random.bounded(3) ? QJsonObject() : QJsonObject{{u"last"_qs, true}}));
-        for (auto note = model.cbegin(); note != model.cend(); ++note) {
-            QVERIFY2(get(note.key()).getValue() == note.value(), where(round));
-            QVERIFY2(mirror.value(note.key()) == note.value(), where(round));
-        }
-    }
-    turn();
-    QVERIFY(pipe->expectNothingSent());
-}
 
 QTEST_GUILESS_MAIN(TstLiveMap)
 #include "tst_livemap.moc"

@@ -8,10 +8,12 @@
 
 #include <QHash>
 #include <QList>
+#include <QSet>
 #include <QSharedData>
 
 #include <boost/function.hpp>
 
+#include <algorithm>
 #include <utility>
 
 namespace iface {
@@ -19,19 +21,34 @@ namespace iface {
 /// Hands out observable values for keys whose contents have to be fetched, and fetches them in batches.
 ///
 /// What is asked for in one turn of the event loop is requested together in a later one, in the order asked for, at
-/// most BatchLimit keys at a time and one request after the other. The owner gives a function that sends a request,
-/// stores what comes with store(), and calls updateDone() at the answer's end. A request that gets no answer is sent
-/// again after 30 seconds, and then ever more rarely (see RetryTimer).
+/// most BatchLimit keys at a time and one batch after the other. The owner gives a function that sends a request and
+/// stores what comes with store(). When an answer has come whole it calls takeAnswered(), requestNext(), store() for
+/// what the answer brought, and settle(), in this order; or, having stored everything, just updateDone(). A request
+/// that gets no answer is sent again after 30 seconds, and then ever more rarely (see RetryTimer), for what has not
+/// come meanwhile; its clock stands still from takeAnswered() on.
 ///
 /// Shared by reference count, or a member of its owner. Values outlive the loader as long as somebody holds them; they
 /// then stay as they are. One thread. Observers of a value, and the load function, may ask for keys, store, end the
-/// request, spin an event loop, drop the loader, or throw: the loader is whole whenever it calls out.
+/// request (the other side may answer at once), spin an event loop, drop the loader, or throw: the loader is whole
+/// whenever it calls out, and whoever is to be told is told before what was thrown goes on.
 template <class K, class V>
 class LazyLoader : public QSharedData
 {
+    using ValuePointer = QExplicitlySharedDataPointer<LazyLoaderValue<K, V>>;
+    /// A key with its value at hand: looking it up again and again is what costs most with many keys.
+    struct Waiting
+    {
+        K key;
+        ValuePointer value;
+    };
+
 public:
     using Value = LazyLoaderValue<K, V>;
     using LoadFunction = boost::function<void(QList<K>)>;
+    /// Keys that were requested together.
+    using Batch = QList<Waiting>;
+    /// What an answer brings: nothing, contents of a key in the batch under way, or only contents of others.
+    enum class Answer { Nothing, OfBatch, OfOthers };
 
     static constexpr int BatchLimit = 20;
 
@@ -40,48 +57,52 @@ public:
 
     /// The value of a key. The first use of a key creates it, with default contents, and asks for it.
     ObservableValue<V> getObservableValue(const K& key);
-    /// Stores contents that have come, asked for or not; never asks. Answers whether they differ from what was there
-    /// (which for a new key are the default contents).
-    bool store(const K& key, const V& contents);
+    /// Stores contents that have come, asked for or not; never asks. If they differ from what was there (which for a
+    /// new key are the default contents), the value's observers hear first, and then the function is called.
+    template <class Function>
+    void store(const K& key, const V& contents, Function whenChanged);
 
-    bool hasValue(const K& key) const { return m_values.contains(key); }
     /// Whether contents have been stored for the key, or its request has been answered without any.
     bool isLoaded(const K& key) const;
+    /// Whether the key is in the batch under way.
+    bool isInFlight(const K& key) const;
     /// The value of a key that there is, otherwise null; asks for nothing.
     Value* value(const K& key) const { return m_values.value(key).data(); }
     /// All keys, in no particular order.
     QList<K> keys() const { return m_values.keys(); }
-    int size() const { return static_cast<int>(m_values.size()); }
 
     /// Has a request for the waiting keys sent soon, unless one is already scheduled or under way.
     void requestAll();
-    /// The answer to the request under way has been stored. Without one, nothing happens.
+    /// The answer to the batch under way has been stored. Without one, nothing happens.
     void updateDone();
 
-    /// The answer to the request under way has come whole, and is about to be stored. If the keys that wait fill
-    /// another request, it goes out now rather than after updateDone(), so that the other side works on it meanwhile;
-    /// there is still one request under way at a time. Answers whether it did: then answerStored(), and not
-    /// updateDone(), says that the answer has been stored. A key that the answer brings unasked may be requested again.
-    bool requestNext();
-    void answerStored();
-    /// The same when storing was given up on the way: what has not been stored is requested again.
-    void answerLost();
+    /// An answer is about to be stored: ends the requests that it answers, and returns the batch if that is among them.
+    /// An answer with contents ends the batch only if it has some of it, and then also what went out before; one that
+    /// brings nothing ends the oldest request.
+    Batch takeAnswered(Answer answer);
+    /// Sends the next batch now if the waiting keys fill it, so that the other side works on it while the answer is
+    /// being stored, otherwise soon. A key that the answer brings unasked may be requested again.
+    void requestNext();
+    /// What the answer brought has been stored: whatever of the batch did not come keeps its contents.
+    void settle(const Batch& answered);
+
+    /// Asks again for every key there is, in one request: contents may be out of date. It goes out once more like any
+    /// other while something of it has not come, and counts as a repetition of the batch under way.
+    void refresh();
+    /// No answer will come to what has been sent. To be followed by refresh() once there is somebody to answer.
+    void forgetRequests();
 
 private:
     Q_DISABLE_COPY_MOVE(LazyLoader)
-    using ValuePointer = QExplicitlySharedDataPointer<Value>;
-
-    /// A key with its value at hand: looking it up again and again is what costs most with many keys.
-    struct Waiting
-    {
-        K key;
-        ValuePointer value;
-    };
+    using Progress = typename Value::Progress;
+    enum class Request { Batch, Refresh };
 
     ValuePointer create(const K& key);
     bool isBatchWaiting() const;
     void performRequestAll();
-    void repeatRequest();
+    void repeatBatch();
+    void repeatRefresh();
+    void endRefresh();
     void load(const QList<K>& keys);
 
     QHash<K, ValuePointer> m_values;
@@ -90,12 +111,16 @@ private:
     const int m_batchLimit;
     // No duplicates: a key waits once, when its value is made.
     QList<Waiting> m_pending;
-    QList<Waiting> m_inFlight;
-    // In the requests before, whose answer is being stored.
-    QList<Waiting> m_answered;
+    Batch m_inFlight;
     bool m_requestScheduled = false;
+    // Requests without an answer, in the order in which they went out; one of each at most.
+    QList<Request> m_due;
+    // What the refresh that is due has asked for and has not come since.
+    QSet<K> m_outdated;
+    // Last, to go first: the end of a value may spin an event loop, in which nothing must be due any more.
+    RetryTimer m_batchRetry;
+    RetryTimer m_refreshRetry;
     QApplicationRealm m_realm;
-    RetryTimer m_retry;
 };
 
 } // namespace iface

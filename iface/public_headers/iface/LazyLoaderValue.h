@@ -18,16 +18,19 @@ public:
     using WritableObservableValue<V>::WritableObservableValue;
 
     /// Requested until the request that carries this key has been answered, or its contents have come unasked.
-    int state() const { return m_state; }
+    int state() const { return m_progress == Progress::Settled ? Settled : Requested; }
 
 private:
     friend class LazyLoader<K, V>;
 
-    quint8 m_state = Requested;
-    // Contents have been stored, though the request's end may not have come yet.
-    bool m_stored = false;
-    // In the request under way.
-    bool m_inFlight = false;
+    enum class Progress : quint8 {
+        Waiting,  ///< to be requested
+        InFlight, ///< in the request under way, or in one whose answer is being stored
+        Arrived,  ///< the same, and its contents have been stored
+        Settled
+    };
+
+    Progress m_progress = Progress::Waiting;
 };
 
 } // namespace iface

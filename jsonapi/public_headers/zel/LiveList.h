@@ -21,12 +21,13 @@ namespace zel {
 /// known key is an update. A request that stays without an answer is repeated, after 30 seconds at first.
 ///
 /// Lifetime: held by the pointer that create() returns and by handles made from it; keeps the multiplexer. Take a
-/// handle before the event loop runs, as with every observable. One thread.
+/// handle before the event loop runs, as with every observable. One thread. When it dies it leaves the multiplexer
+/// before anything else.
 ///
 /// Announcements are made item by item, each when the list shows that very change and not yet the next one; a whole
 /// list that differs is one change of kind Reset. The first whole list is announced to plain observers even when it
 /// is equal to what was there. A handler may do anything, spin a nested event loop in which further messages are
-/// applied included; what it throws leaves the rest of the message at hand unapplied and the list whole.
+/// applied included; what it throws goes on once the message has been applied whole.
 ///
 /// Cost: a message costs O(log n) an element for its keys, and a removal in the middle moves the items behind it, which
 /// is one move of memory. The index is entered anew only at the first lookup after a whole list came.
@@ -42,9 +43,10 @@ public:
     using Pointer = QExplicitlySharedDataPointer<LiveList>;
 
     static Pointer create(const QSharedPointer<ListApiMultiplexer>& multiplexer, const QSharedPointer<Adapter>& adapter,
-                          const QString& type, const QString& id);
+                          const QString& type, const QString& id, Keys keys = Keys::AsTheyCome);
     LiveList(const QSharedPointer<ListApiMultiplexer>& multiplexer, const QSharedPointer<Adapter>& adapter,
-             const QString& type, const QString& id);
+             const QString& type, const QString& id, Keys keys = Keys::AsTheyCome);
+    ~LiveList() override;
 
     /// True until the first whole list has arrived; a read that is tracked. Whoever watches is told when it turns.
     bool isIncomplete() const;
@@ -70,11 +72,13 @@ protected:
 private:
     int find(const QString& key) const;
     void finishFullList(QList<T> received);
+    void keepDistinct(QList<T>& received) const;
     void finishElements(const QList<T>& received);
     void addOrUpdate(const T& element, const QString& key);
     void changeElement(const iface::JsonObjectReader& json);
 
     const QSharedPointer<Adapter> m_adapter;
+    const Keys m_keys;
     QList<T> m_received; // of the transfer under way
     QMap<QString, QList<CookieCallback>> m_cookieCallbacks;
 };

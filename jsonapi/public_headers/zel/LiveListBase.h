@@ -12,6 +12,10 @@ namespace zel {
 class ZEL_EXPORT LiveListBase : public detail::LiveContainer
 {
 public:
+    /// Which of the service's elements belong to the list: all of them, or those whose key is not empty and does not
+    /// stand before them already.
+    enum class Keys { AsTheyCome, Distinct };
+
     ~LiveListBase() override;
 
     void listAll(iface::JsonObjectReader body) override;
@@ -22,6 +26,7 @@ protected:
 
     LiveListBase(const QSharedPointer<ListApiMultiplexer>& multiplexer, const QString& type, const QString& id);
 
+    void dropUnderWay() override;
     /// Asks for the list in a later turn of the event loop.
     void requestAgain() override;
 

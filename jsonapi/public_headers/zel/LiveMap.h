@@ -9,6 +9,8 @@
 #include <QExplicitlySharedDataPointer>
 #include <QList>
 
+#include <optional>
+
 namespace zel {
 
 /// Mirrors a keyed list of the core service as an observable map of observable values, loaded as they are asked for.
@@ -18,13 +20,17 @@ namespace zel {
 /// next request goes out if there are keys enough to fill it. Records that come unasked are stored too, and ask for
 /// nothing. None is ever removed. Once the pipe reconnects, all keys are requested again.
 ///
+/// A request without an answer is repeated, after 30 seconds at first, so that an answer may come late, twice, or to a
+/// request that is no more. Answers do not say what they answer: one with records ends the request under way only if
+/// it has one of its keys, and one without records ends the oldest that has no answer.
+///
 /// Lifetime: held by the pointer that create() returns and by handles made from it; keeps the multiplexer. Values
 /// outlive the map as long as somebody holds them. One thread.
 ///
 /// Announcements: for every record whose contents changed, first the observers of its value hear, then the map fires
 /// mapChanged() with that one key; never a batch. That the request of a key was answered is announced by the value
 /// alone. A handler may do anything, spin a nested event loop in which further messages are applied included; what it
-/// throws leaves the rest of the message at hand unapplied.
+/// throws goes on once the message has been applied whole.
 ///
 /// @tparam Key what records are found by: hashable
 /// @tparam T the record; see JsonAdapter
@@ -40,6 +46,7 @@ public:
                           const QString& type, const QString& id);
     LiveMap(const QSharedPointer<ListApiMultiplexer>& multiplexer, const QSharedPointer<Adapter>& adapter,
             const QString& type, const QString& id);
+    ~LiveMap() override;
 
     /// The value of a key; the first use of a key asks the service for it.
     Value doGet(const Key& key) const override;
@@ -60,24 +67,23 @@ public:
     void listChange(iface::JsonObjectReader body) override;
 
 protected:
+    void dropUnderWay() override;
     void requestAgain() override;
 
 private:
+    using Loader = iface::LazyLoader<Key, T>;
+    using Answer = typename Loader::Answer;
+
     bool requestData(const QList<Key>& keys);
     QList<T> parseElements(const iface::JsonArrayReader& elements);
+    void noteAnswered(const QList<T>& records);
     void takeRecord(const T& record);
     void store(const Key& key, const T& record);
-    void answerCompleted();
 
     const QSharedPointer<Adapter> m_adapter;
-    mutable iface::LazyLoader<Key, T> m_loader;
-    bool m_awaitingElements = false;
-
-    // A request after a reconnection carries the same cookie as the loader's. While its answer is outstanding, answers
-    // are told apart by what they bring.
-    int m_refreshes = 0;
-    QList<Key> m_requested; // by the loader's request under way
-    bool m_broughtRequested = false;
+    mutable Loader m_loader;
+    // What there is so far of the answer under way, if one of ours is.
+    std::optional<Answer> m_answer;
 };
 
 } // namespace zel

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <iface/LazyLoader.h>
+#include <iface/detail/FirstException.h>
 
 namespace iface {
 
@@ -10,7 +11,8 @@ LazyLoader<K, V>::LazyLoader(LoadFunction loadFunction, V defaultValue, int batc
     : m_loadFunction(std::move(loadFunction))
     , m_defaultValue(std::move(defaultValue))
     , m_batchLimit(batchLimit)
-    , m_retry([this] { repeatRequest(); })
+    , m_batchRetry([this] { repeatBatch(); })
+    , m_refreshRetry([this] { repeatRefresh(); })
 {
 }
 
@@ -35,27 +37,42 @@ ObservableValue<V> LazyLoader<K, V>::getObservableValue(const K& key)
 }
 
 template <class K, class V>
-bool LazyLoader<K, V>::store(const K& key, const V& contents)
+template <class Function>
+void LazyLoader<K, V>::store(const K& key, const V& contents, Function whenChanged)
 {
+    if (m_outdated.remove(key) && m_outdated.isEmpty())
+        endRefresh();
     ValuePointer found = m_values.value(key);
     if (!found)
         found = create(key);
-    found->m_stored = true;
     // Contents that come for a key in flight settle with their request; a key that still waits need not be requested.
-    const bool settles = found->m_state == Value::Requested && !found->m_inFlight;
+    const bool settles = found->m_progress == Progress::Waiting;
     if (settles)
-        found->m_state = Value::Settled;
-    const bool changed = found->setValue(contents);
-    if (settles && !changed)
+        found->m_progress = Progress::Settled;
+    else if (found->m_progress == Progress::InFlight)
+        found->m_progress = Progress::Arrived;
+    detail::FirstException thrown;
+    bool changed = true; // so it has, if an observer throws
+    thrown.guard([&] { changed = found->setValue(contents); });
+    if (changed)
+        thrown.guard(whenChanged);
+    else if (settles)
         found->notifyObservers();
-    return changed;
+    thrown.rethrow();
 }
 
 template <class K, class V>
 bool LazyLoader<K, V>::isLoaded(const K& key) const
 {
     const Value* found = value(key);
-    return found && (found->m_stored || found->m_state == Value::Settled);
+    return found && found->m_progress >= Progress::Arrived;
+}
+
+template <class K, class V>
+bool LazyLoader<K, V>::isInFlight(const K& key) const
+{
+    const Value* found = value(key);
+    return found && (found->m_progress == Progress::InFlight || found->m_progress == Progress::Arrived);
 }
 
 template <class K, class V>
@@ -70,23 +87,22 @@ void LazyLoader<K, V>::requestAll()
 template <class K, class V>
 void LazyLoader<K, V>::performRequestAll()
 {
-    m_inFlight.clear();
     QList<K> keys;
-    while (!m_pending.isEmpty() && m_inFlight.size() < m_batchLimit) {
+    while (!m_pending.isEmpty() && keys.size() < m_batchLimit) {
         const Waiting waiting = m_pending.takeFirst();
-        if (waiting.value->m_state != Value::Requested)
+        if (waiting.value->m_progress != Progress::Waiting)
             continue;
-        waiting.value->m_inFlight = true;
+        waiting.value->m_progress = Progress::InFlight;
         m_inFlight.append(waiting);
         keys.append(waiting.key);
     }
     if (m_pending.isEmpty())
         m_pending = {}; // gives back what so many keys took
-    if (m_inFlight.isEmpty()) {
-        m_requestScheduled = false;
+    m_requestScheduled = !keys.isEmpty();
+    if (keys.isEmpty())
         return;
-    }
-    m_retry.start();
+    m_due.append(Request::Batch);
+    m_batchRetry.start();
     load(keys);
 }
 
@@ -99,11 +115,11 @@ void LazyLoader<K, V>::load(const QList<K>& keys)
 }
 
 template <class K, class V>
-void LazyLoader<K, V>::repeatRequest()
+void LazyLoader<K, V>::repeatBatch()
 {
     QList<K> unanswered;
     for (const Waiting& waiting : std::as_const(m_inFlight)) {
-        if (!waiting.value->m_stored)
+        if (waiting.value->m_progress == Progress::InFlight)
             unanswered.append(waiting.key);
     }
     // Everything has come but for the end of the answer.
@@ -116,49 +132,92 @@ void LazyLoader<K, V>::repeatRequest()
 template <class K, class V>
 void LazyLoader<K, V>::updateDone()
 {
-    if (m_inFlight.isEmpty())
-        return;
-    m_retry.stop();
-    m_answered += std::exchange(m_inFlight, {});
-    m_requestScheduled = false;
+    const Batch answered = takeAnswered(Answer::OfBatch);
     requestAll();
-    answerStored();
+    settle(answered);
 }
 
 template <class K, class V>
-bool LazyLoader<K, V>::requestNext()
+auto LazyLoader<K, V>::takeAnswered(Answer answer) -> Batch
 {
-    if (m_inFlight.isEmpty() || !isBatchWaiting())
-        return false;
-    m_answered += std::exchange(m_inFlight, {});
-    performRequestAll();
-    return true;
-}
-
-template <class K, class V>
-void LazyLoader<K, V>::answerStored()
-{
-    QList<Waiting> answered = std::exchange(m_answered, {});
-    for (const Waiting& each : std::as_const(answered))
-        each.value->m_inFlight = false;
-    answered.removeIf([](const Waiting& each) { return each.value->m_state != Value::Requested; });
-    for (const Waiting& each : std::as_const(answered))
-        each.value->m_state = Value::Settled;
-    for (const Waiting& each : std::as_const(answered))
-        each.value->notifyObservers();
-}
-
-template <class K, class V>
-void LazyLoader<K, V>::answerLost()
-{
-    for (const Waiting& each : std::exchange(m_answered, {})) {
-        each.value->m_inFlight = false;
-        if (each.value->m_stored)
-            each.value->m_state = Value::Settled;
-        else
-            m_pending.append(each);
+    qsizetype ended = 0;
+    if (answer == Answer::OfBatch)
+        ended = m_due.indexOf(Request::Batch) + 1;
+    else if (answer == Answer::Nothing)
+        ended = std::min<qsizetype>(1, m_due.size());
+    Batch answered;
+    for (; ended > 0; --ended) {
+        if (m_due.first() == Request::Refresh) {
+            endRefresh();
+            continue;
+        }
+        m_due.removeFirst();
+        m_batchRetry.stop();
+        m_requestScheduled = false;
+        answered.swap(m_inFlight);
     }
-    requestAll();
+    return answered;
+}
+
+template <class K, class V>
+void LazyLoader<K, V>::requestNext()
+{
+    if (!m_requestScheduled && isBatchWaiting())
+        performRequestAll();
+    else
+        requestAll();
+}
+
+template <class K, class V>
+void LazyLoader<K, V>::settle(const Batch& answered)
+{
+    for (const Waiting& each : answered)
+        each.value->m_progress = Progress::Settled;
+    detail::FirstException thrown;
+    for (const Waiting& each : answered)
+        thrown.guard([&each] { each.value->notifyObservers(); });
+    thrown.rethrow();
+}
+
+template <class K, class V>
+void LazyLoader<K, V>::refresh()
+{
+    forgetRequests();
+    for (auto each = m_values.cbegin(); each != m_values.cend(); ++each) {
+        if (each.value()->m_progress >= Progress::Arrived)
+            m_outdated.insert(each.key());
+    }
+    if (!m_inFlight.isEmpty()) {
+        m_due.append(Request::Batch);
+        m_batchRetry.start();
+    }
+    m_due.append(Request::Refresh);
+    if (!m_outdated.isEmpty())
+        m_refreshRetry.start();
+    load(keys());
+}
+
+template <class K, class V>
+void LazyLoader<K, V>::repeatRefresh()
+{
+    load(m_outdated.values());
+}
+
+template <class K, class V>
+void LazyLoader<K, V>::endRefresh()
+{
+    m_due.removeOne(Request::Refresh);
+    m_outdated.clear();
+    m_refreshRetry.stop();
+}
+
+template <class K, class V>
+void LazyLoader<K, V>::forgetRequests()
+{
+    m_due.clear();
+    m_outdated.clear();
+    m_batchRetry.stop();
+    m_refreshRetry.stop();
 }
 
 /// Whether the keys that wait, those left out that need no request any more, fill one.
@@ -167,7 +226,7 @@ bool LazyLoader<K, V>::isBatchWaiting() const
 {
     int count = 0;
     for (auto waiting = m_pending.cbegin(); waiting != m_pending.cend() && count < m_batchLimit; ++waiting)
-        count += waiting->value->m_state == Value::Requested;
+        count += waiting->value->m_progress == Progress::Waiting;
     return count == m_batchLimit;
 }
 

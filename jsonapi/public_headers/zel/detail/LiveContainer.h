@@ -13,7 +13,7 @@
 namespace zel::detail {
 
 /// What live lists and live maps have in common: which list of the core service they mirror, how their requests are
-/// completed, and that they hear when the pipe reconnects.
+/// completed, and that they hear when the pipe loses its connection and finds it again.
 class ZEL_EXPORT LiveContainer : public ListApiHandler
 {
 public:
@@ -27,7 +27,7 @@ public:
     /// Adds the list's type, and its id if it has one, to a request and sends it.
     void send(const QSharedPointer<JsonWriter>& message) const;
 
-    /// Asks again for what the container holds, if the pipe is connected.
+    /// Drops what was under way, and asks again for what the container holds once the pipe is connected.
     void handleConnectionChanged();
 
 protected:
@@ -35,6 +35,12 @@ protected:
 
     /// Registers for messages and the connection; the constructor cannot, before the whole object is there.
     void start();
+    /// Takes the container off the multiplexer, and drops what is posted and under way. The first thing that the
+    /// destructor of the whole object does: what goes with it may spin an event loop, in which messages arrive.
+    void stop();
+
+    /// Forgets what was half received, and that anything was requested.
+    virtual void dropUnderWay() = 0;
     virtual void requestAgain() = 0;
 
     /// An object that lives as long as the container is started: guards what is posted.

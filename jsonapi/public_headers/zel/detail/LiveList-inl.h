@@ -5,6 +5,8 @@
 #include <zel/detail/KeepAlive.h>
 #include <zel/detail/MessageOrder.h>
 
+#include <QSet>
+
 #include <utility>
 
 namespace zel {
@@ -12,19 +14,26 @@ namespace zel {
 template <class T, class Key>
 typename LiveList<T, Key>::Pointer LiveList<T, Key>::create(const QSharedPointer<ListApiMultiplexer>& multiplexer,
                                                             const QSharedPointer<Adapter>& adapter, const QString& type,
-                                                            const QString& id)
+                                                            const QString& id, Keys keys)
 {
-    return Pointer(new LiveList(multiplexer, adapter, type, id));
+    return Pointer(new LiveList(multiplexer, adapter, type, id, keys));
 }
 
 template <class T, class Key>
 LiveList<T, Key>::LiveList(const QSharedPointer<ListApiMultiplexer>& multiplexer,
-                           const QSharedPointer<Adapter>& adapter, const QString& type, const QString& id)
+                           const QSharedPointer<Adapter>& adapter, const QString& type, const QString& id, Keys keys)
     : LiveListBase(multiplexer, type, id)
     , m_adapter(adapter)
+    , m_keys(keys)
 {
     start();
     requestAgain();
+}
+
+template <class T, class Key>
+LiveList<T, Key>::~LiveList()
+{
+    stop();
 }
 
 template <class T, class Key>
@@ -77,9 +86,7 @@ void LiveList<T, Key>::notifyAndClearCookie(const QString& cookie, const QList<K
 {
     // Taken out first: a callback may wait for the same cookie again.
     const QList<CookieCallback> callbacks = m_cookieCallbacks.take(cookie);
-    for (const CookieCallback& callback : callbacks) {
-        callback(keys);
-    }
+    detail::MessageOrder::runParts(int(callbacks.size()), [&](int i) { callbacks.at(i)(keys); });
 }
 
 template <class T, class Key>
@@ -104,6 +111,9 @@ template <class T, class Key>
 void LiveList<T, Key>::addOrUpdate(const T& element, const QString& key)
 {
     const int index = find(key);
+    if (index == -1 && m_keys == Keys::Distinct && key.isEmpty()) {
+        return;
+    }
     if (index == -1) {
         m_index.append(key);
         this->m_list.append(element);
@@ -138,6 +148,9 @@ template <class T, class Key>
 void LiveList<T, Key>::finishFullList(QList<T> received)
 {
     const bool first = std::exchange(m_firstListPending, false);
+    if (m_keys == Keys::Distinct) {
+        keepDistinct(received);
+    }
     if (received != this->m_list) {
         received.squeeze();
         this->m_list.swap(received);
@@ -147,6 +160,19 @@ void LiveList<T, Key>::finishFullList(QList<T> received)
     } else if (first) {
         this->notifyObservers();
     }
+}
+
+template <class T, class Key>
+void LiveList<T, Key>::keepDistinct(QList<T>& received) const
+{
+    QSet<QString> known;
+    known.reserve(received.size());
+    received.removeIf([&](const T& element) {
+        const QString key = m_adapter->elementToId(element);
+        const qsizetype before = known.size();
+        known.insert(key);
+        return key.isEmpty() || known.size() == before;
+    });
 }
 
 template <class T, class Key>

@@ -5,6 +5,7 @@
 #include <zel/detail/KeepAlive.h>
 #include <zel/detail/MessageOrder.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace zel {
@@ -28,6 +29,12 @@ LiveMap<Key, T>::LiveMap(const QSharedPointer<ListApiMultiplexer>& multiplexer, 
 }
 
 template <class Key, class T>
+LiveMap<Key, T>::~LiveMap()
+{
+    stop();
+}
+
+template <class Key, class T>
 typename LiveMap<Key, T>::Value LiveMap<Key, T>::doGet(const Key& key) const
 {
     return m_loader.getObservableValue(key);
@@ -42,7 +49,10 @@ QString LiveMap<Key, T>::cookie() const
 template <class Key, class T>
 bool LiveMap<Key, T>::requestData(const QList<Key>& keys)
 {
-    m_requested = keys;
+    // What there is of an answer may be of the batch before this one.
+    if (m_answer == Answer::OfBatch) {
+        m_answer = Answer::OfOthers;
+    }
     requestListElements(keys, cookie());
     return true;
 }
@@ -78,10 +88,16 @@ void LiveMap<Key, T>::requestListChange(const QList<T>& elements)
 }
 
 template <class Key, class T>
+void LiveMap<Key, T>::dropUnderWay()
+{
+    m_answer.reset();
+    m_loader.forgetRequests();
+}
+
+template <class Key, class T>
 void LiveMap<Key, T>::requestAgain()
 {
-    ++m_refreshes;
-    requestListElements(m_loader.keys(), cookie());
+    m_loader.refresh();
 }
 
 template <class Key, class T>
@@ -96,8 +112,7 @@ template <class Key, class T>
 void LiveMap<Key, T>::listElements(iface::JsonObjectReader body)
 {
     if (cookieOf(body) == cookie()) {
-        m_awaitingElements = true;
-        m_broughtRequested = false;
+        m_answer = Answer::Nothing;
     }
 }
 
@@ -105,29 +120,23 @@ template <class Key, class T>
 void LiveMap<Key, T>::listChunk(iface::JsonObjectReader body)
 {
     const detail::KeepAlive keep(this);
-    const bool ends = m_awaitingElements && isLast(body);
-    if (ends) {
-        m_awaitingElements = false;
-    }
-    const bool wentOn = ends && m_refreshes == 0 && m_loader.requestNext();
     const QList<T> records = parseElements(elementsOf(body));
-    const int count = int(records.size());
-    const auto takePart = [&](int i) {
-        if (i < count) {
-            takeRecord(records.at(i));
-        } else if (ends) {
-            wentOn ? m_loader.answerStored() : answerCompleted();
-        }
-    };
-    try {
-        detail::MessageOrder::runParts(count + 1, takePart);
-    } catch (...) {
-        // Without the early request, the one under way would be sent again for want of an end.
-        if (wentOn) {
-            m_loader.answerLost();
-        }
-        throw;
+    noteAnswered(records);
+    typename Loader::Batch answered;
+    if (m_answer && isLast(body)) {
+        answered = m_loader.takeAnswered(*std::exchange(m_answer, std::nullopt));
     }
+    // The next request goes out first of all, so that the service works on it meanwhile.
+    const int count = int(records.size());
+    detail::MessageOrder::runParts(count + 2, [&](int i) {
+        if (i == 0) {
+            m_loader.requestNext();
+        } else if (i <= count) {
+            takeRecord(records.at(i - 1));
+        } else {
+            m_loader.settle(answered);
+        }
+    });
 }
 
 /// All before any is announced: the two take so much code that, in turns, each throws the other's out of the cache.
@@ -143,33 +152,29 @@ QList<T> LiveMap<Key, T>::parseElements(const iface::JsonArrayReader& elements)
     return records;
 }
 
+/// More of an answer of ours has come, if one is under way.
+template <class Key, class T>
+void LiveMap<Key, T>::noteAnswered(const QList<T>& records)
+{
+    if (!m_answer || records.isEmpty() || m_answer == Answer::OfBatch) {
+        return;
+    }
+    const bool isOfBatch = std::any_of(records.cbegin(), records.cend(), [this](const T& record) {
+        return m_loader.isInFlight(m_adapter->elementToId(record));
+    });
+    m_answer = isOfBatch ? Answer::OfBatch : Answer::OfOthers;
+}
+
 template <class Key, class T>
 void LiveMap<Key, T>::takeRecord(const T& record)
 {
-    const Key key = m_adapter->elementToId(record);
-    if (m_refreshes > 0 && m_requested.contains(key)) {
-        m_broughtRequested = true;
-    }
-    store(key, record);
+    store(m_adapter->elementToId(record), record);
 }
 
 template <class Key, class T>
 void LiveMap<Key, T>::store(const Key& key, const T& record)
 {
-    if (m_loader.store(key, record)) {
-        this->fireKeyChanged(key);
-    }
-}
-
-template <class Key, class T>
-void LiveMap<Key, T>::answerCompleted()
-{
-    if (m_refreshes > 0 && !m_broughtRequested) {
-        --m_refreshes; // it says nothing about the loader's request, which goes on; two empty answers may be swapped
-        return;
-    }
-    m_requested.clear();
-    m_loader.updateDone();
+    m_loader.store(key, record, [this, &key] { this->fireKeyChanged(key); });
 }
 
 template <class Key, class T>

@@ -13,6 +13,9 @@ namespace zel::detail {
 /// added by the rest of the first. So a message that arrives first has the steps done that are left of those before it,
 /// all of which wait further down the stack with their data intact, and only then its own.
 ///
+/// A step that throws ends nothing. Every message keeps the first exception of its own steps, whoever runs them, and
+/// throws it where it arrived, once all of them have been taken.
+///
 /// Per thread, and without a queue: every round lives on the stack of whoever runs it.
 class ZEL_EXPORT MessageOrder
 {
@@ -23,7 +26,8 @@ public:
     {
         runMessage(count, &callStep<Step>, &step);
     }
-    /// The same for the parts of the message that is being worked off.
+    /// The same for the parts of the message that is being worked off, which keeps what they throw: this returns.
+    /// Outside of any message they are one by themselves.
     template <class Step>
     static void runParts(int count, Step step)
     {
