@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <zel/JsonStream.h>
 
+#include <zel/JsonStreamFunctorAdapter.h>
+#include <zel/detail/MessageOrder.h>
+
 #include <QPointer>
 
 namespace zel {
@@ -13,7 +16,10 @@ JsonStream::JsonStream(const QSharedPointer<JsonPipe>& pipe, const Callback& cal
                         [this](QObject* sender, iface::JsonReaderAttribute message) { stream(sender, message); });
 }
 
-JsonStream::~JsonStream() = default;
+JsonStream::~JsonStream()
+{
+    m_pipe->removeListeners(this);
+}
 
 void JsonStream::send(const QString& id, const QByteArray& data)
 {
@@ -46,13 +52,28 @@ void JsonStream::addChunk(const QString& id, const QByteArray& bytes, bool last)
         return;
     }
     // Taken out first: a receiver may spin an event loop in which the id is used again.
-    const QVariant data(m_pending.take(id) + bytes);
+    announce(id, m_pending.take(id) + bytes);
+}
+
+void JsonStream::announce(const QString& id, const QVariant& data)
+{
     const QPointer<JsonStream> self(this);
-    Q_EMIT dataReceived(id, data);
-    if (self && m_callback) {
-        const Callback callback = m_callback;
-        callback(id, data);
-    }
+    const QList<JsonStreamFunctorAdapter*> adapters = m_adapters;
+    detail::MessageOrder::runParts(int(adapters.size()) + 2, [&](int i) {
+        if (!self) {
+            return;
+        }
+        if (i == 0) {
+            Q_EMIT dataReceived(id, data);
+        } else if (JsonStreamFunctorAdapter* const adapter = adapters.value(i - 1)) {
+            if (m_adapters.contains(adapter)) {
+                adapter->dataReceived(id, data);
+            }
+        } else if (m_callback) {
+            const Callback callback = m_callback; // it may destroy the stream
+            callback(id, data);
+        }
+    });
 }
 
 } // namespace zel

@@ -9,10 +9,13 @@ JsonStreamFunctorAdapter::JsonStreamFunctorAdapter(const QSharedPointer<JsonStre
     , m_stream(stream)
     , m_function(function)
 {
-    connect(m_stream.data(), &JsonStream::dataReceived, this, &JsonStreamFunctorAdapter::dataReceived);
+    m_stream->m_adapters.append(this);
 }
 
-JsonStreamFunctorAdapter::~JsonStreamFunctorAdapter() = default;
+JsonStreamFunctorAdapter::~JsonStreamFunctorAdapter()
+{
+    m_stream->m_adapters.removeOne(this);
+}
 
 void JsonStreamFunctorAdapter::dataReceived(const QString& id, const QVariant& data)
 {

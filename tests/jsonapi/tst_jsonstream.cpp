@@ -7,6 +7,7 @@
 #include <QTest>
 
 #include <memory>
+#include <stdexcept>
 
 namespace {
 
@@ -49,6 +50,8 @@ private Q_SLOTS:
     void keepsInterleavedStreamsApart();
     void takesMissingMembersAsEmpty();
     void aNestedTransferOfTheSameIdStartsAfresh();
+    void forgetsHalfATransfer();
+    void noReceiverHearsOfTheNextTransferFirst();
     void aReceiverMayDestroyTheStream();
     void adaptersHearUntilTheyGo();
 
@@ -131,6 +134,35 @@ void TstJsonStream::aNestedTransferOfTheSameIdStartsAfresh()
     pipe->inject(chunk(u"a"_qs, "data", true));
     const QList<QPair<QString, QByteArray>> expected{{u"a"_qs, "old"}, {u"a"_qs, "new data"}};
     QCOMPARE(received, expected);
+}
+
+void TstJsonStream::forgetsHalfATransfer()
+{
+    pipe->inject(chunk(u"a"_qs, "half", false));
+    pipe->inject(chunk(u"b"_qs, "kept ", false));
+    stream->forget(u"a"_qs);
+    pipe->inject(chunk(u"a"_qs, "whole", true));
+    pipe->inject(chunk(u"b"_qs, "whole", true));
+    const QList<QPair<QString, QByteArray>> expected{{u"a"_qs, "whole"}, {u"b"_qs, "kept whole"}};
+    QCOMPARE(received, expected);
+}
+
+void TstJsonStream::noReceiverHearsOfTheNextTransferFirst()
+{
+    QStringList heard;
+    // The first spins an event loop, in which more arrives, and throws.
+    const zel::JsonStreamFunctorAdapter first(stream, [&](const QString& id, const QVariant&) {
+        heard.append(u"1"_qs + id);
+        if (id == u"a")
+            pipe->inject(chunk(u"b"_qs, "y", true));
+        else
+            throw std::runtime_error("receiver");
+    });
+    const zel::JsonStreamFunctorAdapter second(stream,
+                                               [&](const QString& id, const QVariant&) { heard.append(u"2"_qs + id); });
+    QVERIFY_THROWS_EXCEPTION(std::runtime_error, pipe->inject(chunk(u"a"_qs, "x", true)));
+    QCOMPARE(heard.join(u' '), u"1a 2a 1b 2b"_qs);
+    QCOMPARE(received.size(), 2);
 }
 
 void TstJsonStream::aReceiverMayDestroyTheStream()

@@ -4,17 +4,22 @@
 #include <zel/JsonPipe.h>
 
 #include <QByteArray>
+#include <QList>
 #include <QMap>
 #include <QVariant>
 
 namespace zel {
 
+class JsonStreamFunctorAdapter;
+
 /// Carries binary data over the pipe, as base64 text cut into chunks that fit a message.
 ///
 /// One for the whole pipe, held by QSharedPointer. What arrives is announced to everybody, whoever asked for it: a
 /// receiver takes the ids that it knows. A transfer that never ends stays pending for the life of the stream; chunks
-/// need no beginning, the first one opens its id. A receiver may send, and may spin a nested event loop: the bytes
-/// have been taken out before they are announced, so a new transfer under the same id starts afresh.
+/// need no beginning, the first one opens its id. A receiver may send, throw, and spin a nested event loop: the bytes
+/// have been taken out before they are announced, so a new transfer under the same id starts afresh, and every
+/// JsonStreamFunctorAdapter hears of one transfer before anybody hears of the next. Slots of the signal have no such
+/// order among themselves.
 class ZEL_EXPORT JsonStream : public QObject
 {
     Q_OBJECT
@@ -25,7 +30,8 @@ public:
     /// Characters of base64 text in a chunk; a multiple of four, so that each chunk decodes on its own.
     static constexpr quint32 CHUNK_SIZE = 20480;
 
-    /// Listens to the pipe's stream messages. The callback, which may be empty, is called after the signal.
+    /// Listens to the pipe's stream messages. The callback, which may be empty, is called after the signal and the
+    /// adapters.
     explicit JsonStream(const QSharedPointer<JsonPipe>& pipe, const Callback& callback = Callback());
     ~JsonStream() override;
 
@@ -49,9 +55,14 @@ Q_SIGNALS:
     void dataReceived(const QString& id, const QVariant& data);
 
 private:
+    friend class JsonStreamFunctorAdapter;
+
+    void announce(const QString& id, const QVariant& data);
+
     QSharedPointer<JsonPipe> m_pipe;
     Callback m_callback;
     QMap<QString, QByteArray> m_pending;
+    QList<JsonStreamFunctorAdapter*> m_adapters;
 };
 
 } // namespace zel

@@ -7,8 +7,9 @@ namespace zel {
 
 /// Calls a function for all data that arrives on a stream.
 ///
-/// Keeps the stream alive. The function is called until the adapter is destroyed, which it may do itself. An empty
-/// function is an error of the program and throws boost::bad_function_call when data arrives.
+/// Adapters hear in the order in which they were made. Keeps the stream alive. The function is called until the adapter
+/// is destroyed, which it may do itself. An empty function is an error of the program and throws
+/// boost::bad_function_call when data arrives.
 class ZEL_EXPORT JsonStreamFunctorAdapter : public QObject
 {
     Q_OBJECT
