@@ -239,6 +239,16 @@ QList<int> ObjectServer::clients() const
     return numbers;
 }
 
+qint64 ObjectServer::processOf(int client) const
+{
+    ucred peer{};
+    socklen_t size = sizeof peer;
+    const auto found = d->clients.find(client);
+    const bool known = found != d->clients.end() &&
+                       ::getsockopt(found->second.socket.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0;
+    return known ? peer.pid : 0;
+}
+
 void ObjectServer::disconnectClient(int client)
 {
     if (d->clients.erase(client) > 0)

@@ -41,6 +41,8 @@ public:
 
     // Clients are known by numbers, which count up from 1 and are never used twice.
     QList<int> clients() const;
+    // The number of the process that connected; 0 when it is not known.
+    qint64 processOf(int client) const;
     // Closes the connection. What is still waiting to be sent is lost.
     void disconnectClient(int client);
 
