@@ -236,6 +236,10 @@ void TstZelctl::fetchesAPicture()
     QFile written(target);
     QVERIFY(written.open(QIODevice::ReadOnly));
     QCOMPARE(written.readAll(), data);
+    // Somebody without a picture costs a file nothing.
+    m_simulator->addContact(u"Zoe"_s);
+    QCOMPARE(run({u"picture"_s, u"zoe"_s, u"-o"_s, target}), QList<QByteArray>{"zoe has no picture."});
+    QCOMPARE(QFileInfo(target).size(), data.size());
     run({u"picture"_s, u"bob"_s, u"-o"_s, u"/no/such/folder/x"_s}, 1);
     QVERIFY(m_diagnostics.contains("/no/such/folder/x"));
 }

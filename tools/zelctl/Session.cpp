@@ -184,7 +184,8 @@ void Session::save(QHash<QString, QString>& files, const QString& key, const QBy
 {
     const QString fileName = files.take(key);
     QString error;
-    if (!fileName.isEmpty() && !writePicture(fileName, data, &error))
+    // Nothing to write is no reason to lose what the file holds.
+    if (!fileName.isEmpty() && !data.isEmpty() && !writePicture(fileName, data, &error))
         Q_EMIT saveFailed(error);
 }
 
