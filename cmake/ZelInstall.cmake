@@ -23,7 +23,8 @@ foreach(program IN ITEMS zelctl zelcore-sim)
         install(TARGETS ${program} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
     endif()
 endforeach()
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/simulator/scenarios" DESTINATION "${CMAKE_INSTALL_DATADIR}/zelplatform")
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/simulator/scenarios" DESTINATION "${CMAKE_INSTALL_DATADIR}/zelplatform"
+        FILES_MATCHING PATTERN "*.json")
 
 install(EXPORT ZelPlatformTargets NAMESPACE ZelPlatform:: DESTINATION "${zel_package}")
 configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/ZelPlatformConfig.cmake.in"

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <zelcore/Simulator.h>
 
-#include <simulator/Commands.h>
-#include <simulator/PersonJson.h>
+#include <simulator/scenarios/Commands.h>
 #include <simulator/SimulatorPrivate.h>
-#include <simulator/Wire.h>
+#include <simulator/scenarios/Words.h>
+#include <simulator/wire/Wire.h>
+#include <simulator/world/People.h>
 
 #include <QtCore/QDir>
+
+using namespace Qt::StringLiterals;
 
 namespace zelcore {
 
@@ -23,7 +26,7 @@ Simulator::~Simulator() = default;
 void Simulator::setRoot(const QString& folder)
 {
     if (d->running)
-        d->refuse(QStringLiteral("the folder cannot change while the service runs"));
+        d->refuse(u"the folder cannot change while the service runs"_s);
     else
         d->root = QDir(folder).absolutePath();
 }
@@ -41,10 +44,7 @@ bool Simulator::exportRoot() const
 bool Simulator::start(QString* error)
 {
     QString problem;
-    const bool started = d->start(&problem);
-    if (error)
-        *error = problem;
-    return started;
+    return d->start(error ? error : &problem);
 }
 
 void Simulator::stop()
@@ -65,15 +65,12 @@ void Simulator::goAway()
 bool Simulator::comeBack(QString* error)
 {
     QString problem;
-    const bool back = d->comeBack(&problem);
-    if (error)
-        *error = problem;
-    return back;
+    return d->comeBack(error ? error : &problem);
 }
 
 int Simulator::clientCount() const
 {
-    return int(d->service.desk().sessions.size());
+    return int(d->service.context().sessions.size());
 }
 
 // --- Registration and permissions -------------------------------------------------------------------------------
@@ -95,22 +92,22 @@ QString Simulator::registrationState() const
 
 QStringList Simulator::registrationStates()
 {
-    static const QStringList states{QStringLiteral("Success"),
-                                    QStringLiteral("Unknown"),
-                                    QStringLiteral("Unregistered"),
-                                    QStringLiteral("Pending"),
-                                    QStringLiteral("BlockedByUser"),
-                                    QStringLiteral("BlockedByTov"),
-                                    QStringLiteral("NoDataConnection"),
-                                    QStringLiteral("UnexpectedError"),
-                                    QStringLiteral("InvalidUuid"),
-                                    QStringLiteral("TemporaryError"),
-                                    QStringLiteral("MaximumUsersReached"),
-                                    QStringLiteral("Expired"),
-                                    QStringLiteral("CancelledByUser"),
-                                    QStringLiteral("MaximumAppsReached"),
-                                    QStringLiteral("ZelDisabled"),
-                                    QStringLiteral("BlockedEnterprisePerimeter")};
+    static const QStringList states{u"Success"_s,
+                                    u"Unknown"_s,
+                                    u"Unregistered"_s,
+                                    u"Pending"_s,
+                                    u"BlockedByUser"_s,
+                                    u"BlockedByTov"_s,
+                                    u"NoDataConnection"_s,
+                                    u"UnexpectedError"_s,
+                                    u"InvalidUuid"_s,
+                                    u"TemporaryError"_s,
+                                    u"MaximumUsersReached"_s,
+                                    u"Expired"_s,
+                                    u"CancelledByUser"_s,
+                                    u"MaximumAppsReached"_s,
+                                    u"ZelDisabled"_s,
+                                    u"BlockedEnterprisePerimeter"_s};
     return states;
 }
 
@@ -136,12 +133,12 @@ void Simulator::setProfile(const Person& profile)
     Person complete = profile;
     complete.avatarId = d->world.profile().avatarId;
     complete.avatarMimeType = d->world.profile().avatarMimeType;
-    d->done(d->world.setProfile(complete));
+    d->accepted(d->world.setProfile(complete));
 }
 
 void Simulator::setProfilePicture(const QByteArray& data)
 {
-    d->done(d->setPicture(d->world.profile(), data, false));
+    d->accepted(d->world.setProfilePicture(data));
 }
 
 QByteArray Simulator::picture(const QString& hash) const
@@ -154,7 +151,7 @@ QByteArray Simulator::picture(const QString& hash) const
 QString Simulator::addContact(const Person& contact, bool installed)
 {
     Person complete = contact;
-    return d->done(d->world.addContact(complete, installed)) ? complete.userId : QString();
+    return d->accepted(d->world.addContact(complete, installed)) ? complete.userId : QString();
 }
 
 QString Simulator::addContact(const QString& displayName)
@@ -166,46 +163,38 @@ QString Simulator::addContact(const QString& displayName)
 
 void Simulator::generateContacts(int count, quint32 seed)
 {
-    d->done(d->generate(count, seed));
+    d->accepted(addPeople(d->world, count, seed));
 }
 
 bool Simulator::changeContact(const Person& contact)
 {
-    return d->done(d->world.changeContact(contact));
+    return d->accepted(d->world.changeContact(contact));
 }
 
 bool Simulator::removeContact(const QString& handle)
 {
-    QString problem;
-    const Person* person = d->find(handle, &problem);
-    return d->done(person ? d->world.removeContact(person->userId) : problem);
+    return d->accepted(d->world.removeContact(handle));
 }
 
 bool Simulator::installApplication(const QString& handle)
 {
-    QString problem;
-    const Person* person = d->find(handle, &problem);
-    return d->done(person ? d->world.setInstalled(person->userId, true) : problem);
+    return d->accepted(d->world.setInstalled(handle, true));
 }
 
 bool Simulator::uninstallApplication(const QString& handle)
 {
-    QString problem;
-    const Person* person = d->find(handle, &problem);
-    return d->done(person ? d->world.setInstalled(person->userId, false) : problem);
+    return d->accepted(d->world.setInstalled(handle, false));
 }
 
 bool Simulator::setContactPicture(const QString& handle, const QByteArray& data)
 {
-    QString problem;
-    const Person* person = d->find(handle, &problem);
-    return d->done(person ? d->setPicture(*person, data, true) : problem);
+    return d->accepted(d->world.setContactPicture(handle, data));
 }
 
 Person Simulator::contact(const QString& handle) const
 {
     QString problem;
-    const Person* person = d->find(handle, &problem);
+    const Person* person = d->world.findContact(handle, &problem);
     return person ? *person : Person();
 }
 
@@ -226,8 +215,10 @@ int Simulator::contactCount() const
 bool Simulator::sendInvitation(const QString& handle)
 {
     QString problem;
-    const Person* person = d->find(handle, &problem);
-    return d->done(person ? d->invite(person->userId) : problem);
+    const Person* person = d->world.findContact(handle, &problem);
+    if (person)
+        d->invite(QString(person->userId));
+    return d->accepted(problem);
 }
 
 void Simulator::setActivity(Activity activity, double perSecond, quint32 seed)
@@ -250,34 +241,32 @@ QList<BoxIcon> Simulator::boxIcons() const
 QString Simulator::addBoxItem(const QString& text, const QString& cookie, const QString& iconId)
 {
     BoxItem item{QString(), text, cookie, iconId};
-    return d->done(d->world.addBoxItem(item)) ? item.id : QString();
+    return d->accepted(d->world.addBoxItem(item)) ? item.id : QString();
 }
 
 bool Simulator::changeBoxItem(const BoxItem& item)
 {
-    return d->done(d->world.changeBoxItem(item));
+    return d->accepted(d->world.changeBoxItem(item));
 }
 
 bool Simulator::removeBoxItem(const QString& itemId)
 {
-    return d->done(d->world.removeBoxItem(itemId));
+    return d->accepted(d->world.removeBoxItem(itemId));
 }
 
 void Simulator::clearBox()
 {
-    const QList<BoxItem> items = d->world.boxItems();
-    for (const BoxItem& item : items)
-        d->world.removeBoxItem(item.id);
+    d->world.clearBox();
 }
 
 bool Simulator::addBoxIcon(int iconId, const QByteArray& data)
 {
-    return d->done(d->world.addBoxIcon(QString::number(iconId), data));
+    return d->accepted(d->world.addBoxIcon(QString::number(iconId), data));
 }
 
 bool Simulator::removeBoxIcon(int iconId)
 {
-    return d->done(d->world.removeBoxIcon(QString::number(iconId)));
+    return d->accepted(d->world.removeBoxIcon(QString::number(iconId)));
 }
 
 // --- Eco identifiers --------------------------------------------------------------------------------------------
@@ -289,7 +278,7 @@ void Simulator::setEcoId(const QString& ppId, const QString& ecoId)
 
 void Simulator::setEcoIdStatus(const QString& ecoId, const QString& status)
 {
-    d->world.setEcoIdStatus(ecoId, status);
+    d->accepted(d->world.setEcoIdStatus(ecoId, status));
 }
 
 // --- Trouble and curiosity --------------------------------------------------------------------------------------
@@ -302,14 +291,14 @@ void Simulator::injectFault(Fault fault, int amount, const QString& type)
 void Simulator::sendMessage(const QString& type, const QJsonObject& body)
 {
     const QByteArray json = wire::text(QJsonObject{{type, body}});
-    const auto everyone = d->service.desk().sessions;
+    const auto everyone = d->service.context().sessions;
     for (const auto& [client, session] : everyone)
         d->outbox.sendJson(client, type, json);
 }
 
 void Simulator::sendRecord(const QByteArray& record)
 {
-    const auto everyone = d->service.desk().sessions;
+    const auto everyone = d->service.context().sessions;
     for (const auto& [client, session] : everyone)
         d->outbox.sendRecord(client, record);
 }
@@ -319,10 +308,7 @@ void Simulator::sendRecord(const QByteArray& record)
 bool Simulator::execute(const QString& commandLine, QString* reply)
 {
     QString answer;
-    const bool understood = Commands(*d).run(commandLine, &answer);
-    if (reply)
-        *reply = answer;
-    return understood;
+    return Commands(*d).run(commandLine, reply ? reply : &answer);
 }
 
 QString Simulator::commandHelp()
@@ -330,15 +316,16 @@ QString Simulator::commandHelp()
     return Commands::help();
 }
 
+std::optional<QStringList> Simulator::splitWords(const QString& line, QString* error)
+{
+    QString problem;
+    return zelcore::splitWords(line, error ? error : &problem);
+}
+
 bool Simulator::loadScenario(const QString& scenario, QString* error)
 {
     QString problem;
-    const std::optional<Scenario> loaded = Scenario::load(scenario, &problem);
-    if (loaded)
-        d->apply(*loaded);
-    if (error)
-        *error = problem;
-    return loaded.has_value();
+    return d->load(scenario, error ? error : &problem);
 }
 
 QStringList Simulator::scenarioNames()

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <simulator/SimulatorPrivate.h>
 
-#include <simulator/Commands.h>
-#include <simulator/PersonJson.h>
-#include <simulator/Wire.h>
+#include <simulator/scenarios/Commands.h>
+#include <simulator/wire/Wire.h>
 
 #include <QtCore/QDir>
 #include <QtCore/QLoggingCategory>
+
+using namespace Qt::StringLiterals;
 
 namespace zelcore {
 
@@ -41,7 +42,7 @@ SimulatorPrivate::~SimulatorPrivate()
 void SimulatorPrivate::connectParts()
 {
     QObject::connect(&server, &ObjectServer::clientConnected, q, [this](int client) {
-        service.connected(client);
+        service.connected(client, server.processOf(client));
         Q_EMIT q->clientCountChanged(q->clientCount());
     });
     QObject::connect(&server, &ObjectServer::clientDisconnected, q, [this](int client) {
@@ -53,25 +54,22 @@ void SimulatorPrivate::connectParts()
     QObject::connect(&service, &CoreService::refused, q, [this](const QString& line) { refuse(line); });
     QObject::connect(&service.registrar(), &Registrar::requested, q, &Simulator::registrationRequested);
     QObject::connect(&service.registrar(), &Registrar::stateChanged, q, [this](const QString& state) {
-        if (state == QLatin1String("Success"))
+        if (state == "Success"_L1)
             timeline.registered();
         Q_EMIT q->registrationStateChanged(state);
     });
     QObject::connect(&outbox, &Outbox::sent, q, &Simulator::messageSent);
     QObject::connect(&outbox, &Outbox::lost, q, [this](int client, const QString& why) {
-        refuse(QStringLiteral("application %1: %2").arg(QString::number(client), why));
+        refuse(u"application %1: %2"_s.arg(QString::number(client), why));
     });
     QObject::connect(&targets, &InvocationTargets::received, q, &Simulator::invocationReceived);
     QObject::connect(&targets, &InvocationTargets::refused, q, [this](const QString& line) { refuse(line); });
-    QObject::connect(&targets, &InvocationTargets::invited, q, [this](const QString& ecoId) {
-        if (world.ecoIdStatus(ecoId) == QLatin1String("Unknown"))
-            world.setEcoIdStatus(ecoId, QStringLiteral("PendingContactExists"));
-    });
-    QObject::connect(&timeline, &Timeline::due, q, [this](const QString& command) {
+    QObject::connect(&targets, &InvocationTargets::invited, &world, &World::invite);
+    QObject::connect(&timeline, &Timeline::due, q, [this](const Scenario::Step& step) {
         QString reply;
-        if (!q->execute(command, &reply))
-            refuse(QStringLiteral("%1: %2").arg(command, reply));
-        Q_EMIT q->commandExecuted(command, reply);
+        if (!Commands(*this).run(step.words, &reply))
+            refuse(u"%1: %2"_s.arg(step.line, reply));
+        Q_EMIT q->commandExecuted(step.line, reply);
     });
 }
 
@@ -81,9 +79,9 @@ bool SimulatorPrivate::makeRoot(QString* error)
 {
     if (!root.isEmpty())
         return true;
-    temporary = std::make_unique<QTemporaryDir>(QDir::tempPath() + QStringLiteral("/zelcore-XXXXXX"));
+    temporary = std::make_unique<QTemporaryDir>(QDir::tempPath() + u"/zelcore-XXXXXX"_s);
     if (!temporary->isValid()) {
-        *error = QStringLiteral("no temporary folder: %1").arg(temporary->errorString());
+        *error = u"no temporary folder: %1"_s.arg(temporary->errorString());
         return false;
     }
     root = temporary->path();
@@ -92,7 +90,7 @@ bool SimulatorPrivate::makeRoot(QString* error)
 
 bool SimulatorPrivate::listen(QString* error)
 {
-    return server.listen(root + QStringLiteral("/services/zelcore/platform"), error);
+    return server.listen(root + u"/services/zelcore/platform"_s, error);
 }
 
 bool SimulatorPrivate::start(QString* error)
@@ -138,7 +136,7 @@ void SimulatorPrivate::goAway()
 bool SimulatorPrivate::comeBack(QString* error)
 {
     if (!running) {
-        *error = QStringLiteral("the service was never started");
+        *error = u"the service was never started"_s;
         return false;
     }
     if (!away)
@@ -151,7 +149,7 @@ bool SimulatorPrivate::comeBack(QString* error)
 
 // --- What several ways in share ---------------------------------------------------------------------------------
 
-bool SimulatorPrivate::done(const QString& problem)
+bool SimulatorPrivate::accepted(const QString& problem)
 {
     if (!problem.isEmpty())
         refuse(problem);
@@ -164,78 +162,25 @@ void SimulatorPrivate::refuse(const QString& line)
     Q_EMIT q->refused(line);
 }
 
-const Person* SimulatorPrivate::find(const QString& handleOrUserId, QString* problem) const
+void SimulatorPrivate::invite(const QString& userId)
 {
-    const Person* person = world.contactByHandle(handleOrUserId);
-    if (!person)
-        person = world.contact(handleOrUserId);
-    if (!person)
-        *problem = QStringLiteral("no contact has the handle \"%1\"").arg(handleOrUserId);
-    return person;
+    service.context().broadcast("connectionInvitationReceived"_L1, wire::text(QJsonObject{{u"userId"_s, userId}}));
 }
 
-QString SimulatorPrivate::generate(int count, quint32 seed)
+bool SimulatorPrivate::load(const QString& scenario, QString* error)
 {
-    PeopleMaker maker(seed);
-    for (const QByteArray& picture : maker.pictures())
-        world.keepPicture(picture);
-    for (int i = 0; i < count; ++i) {
-        Person person = maker.next(world.addedContacts());
-        const QString problem = world.addContact(person, true);
-        if (!problem.isEmpty())
-            return problem;
+    const std::optional<Scenario> read = Scenario::load(scenario, error);
+    if (!read || !(*error = read->problemIn(world)).isEmpty())
+        return false;
+    for (const Scenario::Step& step : read->world) {
+        QString reply;
+        if (!Commands(*this).run(step.words, &reply))
+            refuse(u"%1: %2"_s.arg(step.place, reply)); // a file that has gone since it was tried
     }
-    return {};
-}
-
-QString SimulatorPrivate::setPicture(Person person, const QByteArray& data, bool isContact)
-{
-    const QString problem = data.isEmpty() ? QString() : World::pictureProblem(data);
-    if (!problem.isEmpty())
-        return problem;
-    person.avatarId = data.isEmpty() ? QString() : world.keepPicture(data);
-    person.avatarMimeType = data.isEmpty() ? QString() : World::mimeTypeOf(data);
-    return isContact ? world.changeContact(person) : world.setProfile(person);
-}
-
-QString SimulatorPrivate::invite(const QString& userId)
-{
-    service.desk().broadcast(QLatin1String("connectionInvitationReceived"),
-                             wire::text(QJsonObject{{QStringLiteral("userId"), userId}}));
-    return {};
-}
-
-void SimulatorPrivate::apply(const Scenario& scenario)
-{
-    if (scenario.permissions)
-        world.setPermissions(*scenario.permissions);
-    if (scenario.profile) {
-        Person profile = world.profile();
-        for (auto field = scenario.profile->begin(); field != scenario.profile->end(); ++field)
-            done(setPersonField(field.key(), field.value().toVariant().toString(), profile));
-        done(world.setProfile(profile));
-    }
-    if (scenario.profilePicture)
-        done(setPicture(world.profile(), scenario.profilePicture->bytes(), false));
-    if (!scenario.registration.isEmpty())
-        q->execute(QStringLiteral("registration ") + scenario.registration);
-    done(generate(scenario.generated, scenario.seed));
-    for (const Scenario::Contact& contact : scenario.contacts) {
-        Person person = contact.person;
-        if (done(world.addContact(person, contact.installed)) && contact.picture.size > 0)
-            done(setPicture(person, contact.picture.bytes(), true));
-    }
-    for (const Scenario::Icon& icon : scenario.icons)
-        done(world.addBoxIcon(QString::number(icon.id), icon.picture.bytes()));
-    for (BoxItem item : scenario.items)
-        done(world.addBoxItem(item));
-    for (auto ecoId = scenario.ecoIds.cbegin(); ecoId != scenario.ecoIds.cend(); ++ecoId)
-        world.setEcoId(ecoId.key(), ecoId.value());
-    for (auto state = scenario.ecoIdStates.cbegin(); state != scenario.ecoIdStates.cend(); ++state)
-        world.setEcoIdStatus(state.key(), state.value());
-    timeline.setEntries(scenario.timeline);
+    timeline.setSteps(read->timeline);
     if (running)
         timeline.start();
+    return true;
 }
 
 } // namespace zelcore

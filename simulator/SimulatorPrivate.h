@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <simulator/ActivityMaker.h>
-#include <simulator/CoreService.h>
-#include <simulator/InvocationTargets.h>
-#include <simulator/Outbox.h>
-#include <simulator/Scenario.h>
-#include <simulator/World.h>
+#include <simulator/scenarios/ActivityMaker.h>
+#include <simulator/services/CoreService.h>
+#include <simulator/wire/InvocationTargets.h>
+#include <simulator/wire/Outbox.h>
+#include <simulator/scenarios/Timeline.h>
+#include <simulator/world/World.h>
 
 #include <zelcore/Simulator.h>
 
@@ -33,15 +33,12 @@ public:
     bool makeRoot(QString* error);
 
     /// True for an empty problem; any other is told to whoever watches.
-    bool done(const QString& problem);
+    bool accepted(const QString& problem);
     void refuse(const QString& line);
 
-    /// The contact of this handle, or of this user id. Null, with a sentence in \a problem, when there is none.
-    const Person* find(const QString& handleOrUserId, QString* problem) const;
-    QString generate(int count, quint32 seed);
-    QString setPicture(Person person, const QByteArray& data, bool isContact);
-    QString invite(const QString& userId);
-    void apply(const Scenario& scenario);
+    /// Takes a scenario, all or nothing.
+    bool load(const QString& scenario, QString* error);
+    void invite(const QString& userId);
 
     Simulator* const q;
     World world;

@@ -1,13 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "RawApplication.h"
+#include "ServiceTest.h"
 
 #include <common/SeededRandom.h>
 
-#include <zelcore/Simulator.h>
-
 #include <QtCore/QMap>
-#include <QtTest/QSignalSpy>
-#include <QtTest/QTest>
 
 using namespace Qt::StringLiterals;
 using zelcore::Person;
@@ -57,61 +53,11 @@ QJsonObject keysRequest(const QStringList& userIds)
 } // namespace
 
 /// Contacts and eco identifiers, as applications see them.
-class TstLists : public QObject
+class TstLists : public ServiceTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        m_simulator = std::make_unique<Simulator>();
-        QVERIFY(m_simulator->start());
-        m_application = std::make_unique<RawApplication>(m_simulator->root());
-        m_application->begin();
-        QTRY_COMPARE(m_simulator->clientCount(), 1);
-    }
-
-    void cleanup()
-    {
-        m_application.reset();
-        m_simulator.reset();
-    }
-
-    void servesManyContactsInChunksThatFitOneRead()
-    {
-        m_simulator->generateContacts(3000, 7);
-        m_application->drain();
-        const QList<Person> people = m_simulator->contacts();
-        m_application->send("requestListAll", "{\"type\":\"platformContact\"}");
-        int chunks = 0;
-        const QJsonArray ids = m_application->transfer("listAll", &chunks);
-        QCOMPARE(ids.size(), people.size());
-        QVERIFY(chunks > 1);
-        QStringList wanted;
-        for (int i = 0; i < people.size(); ++i) {
-            const QString id = ids.at(i).toObject().value("userId"_L1).toString();
-            QCOMPARE(id, people.at(i).userId);
-            if (i < 2000) // a request must fit one record, too
-                wanted.prepend(id);
-        }
-
-        // Many records at once, in the order asked for.
-        QVERIFY(m_application->send(u"requestListElements"_s, keysRequest(wanted)));
-        const QJsonArray records = m_application->transfer("listElements", &chunks);
-        QCOMPARE(records.size(), wanted.size());
-        QVERIFY(chunks > 10);
-        for (int i = 0; i < records.size(); ++i) {
-            const QJsonObject record = records.at(i).toObject();
-            const Person& person = people.at(wanted.size() - 1 - i);
-            QCOMPARE(record.value("userId"_L1).toString(), person.userId);
-            QCOMPARE(record.value("displayName"_L1).toString(), person.displayName);
-            QCOMPARE(record.value("clientVersion"_L1).toInt(), person.clientVersion);
-        }
-        for (const QByteArray& record : std::as_const(m_application->records))
-            QVERIFY(record.size() <= 65536);
-        QCOMPARE(m_application->unreadable, 0);
-    }
-
     void answersEmptyListsAndUnknownKeysWithOneLastChunk()
     {
         int chunks = 0;
@@ -204,7 +150,6 @@ private Q_SLOTS:
 
     void refusesContactsThatCannotBe()
     {
-        QSignalSpy refused(m_simulator.get(), &Simulator::refused);
         QVERIFY(!m_simulator->addContact(u"Anna"_s).isEmpty());
         Person twin = m_simulator->contact(u"anna"_s);
         QVERIFY(m_simulator->addContact(twin).isEmpty());
@@ -216,7 +161,7 @@ private Q_SLOTS:
         giant.personalMessage = QString(70000, QLatin1Char('x'));
         QVERIFY(m_simulator->addContact(giant).isEmpty());
         QVERIFY(!m_simulator->removeContact(u"nobody"_s));
-        QCOMPARE(refused.size(), 5);
+        QCOMPARE(m_refused->size(), 5);
         QCOMPARE(m_simulator->contactCount(), 1);
     }
 
@@ -243,9 +188,6 @@ private:
         for (const QJsonObject& message : std::exchange(m_application->messages, {}))
             mirror.apply(message);
     }
-
-    std::unique_ptr<Simulator> m_simulator;
-    std::unique_ptr<RawApplication> m_application;
 };
 
 QTEST_GUILESS_MAIN(TstLists)

@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "RawApplication.h"
-
-#include <zelcore/Simulator.h>
+#include "ServiceTest.h"
 
 #include <QtCore/QCryptographicHash>
-#include <QtTest/QSignalSpy>
-#include <QtTest/QTest>
 
 using namespace Qt::StringLiterals;
 using zelcore::Simulator;
@@ -28,46 +24,11 @@ QString sha1(const QByteArray& data)
 } // namespace
 
 /// What applications change: the own profile, its picture, the box and its icons.
-class TstPictures : public QObject
+class TstPictures : public ServiceTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        m_simulator = std::make_unique<Simulator>();
-        QVERIFY(m_simulator->start());
-        m_refused = std::make_unique<QSignalSpy>(m_simulator.get(), &Simulator::refused);
-        m_application = std::make_unique<RawApplication>(m_simulator->root());
-        m_application->begin();
-        QTRY_COMPARE(m_simulator->clientCount(), 1);
-    }
-
-    void cleanup()
-    {
-        m_application.reset();
-        m_refused.reset();
-        m_simulator.reset();
-    }
-
-    void mergesAPartialChangeAndTellsEverybody()
-    {
-        RawApplication other(m_simulator->root());
-        other.begin();
-        QTRY_COMPARE(m_simulator->clientCount(), 2);
-        const zelcore::Person before = m_simulator->profile();
-        changeProfile({{u"currentStatus"_s, u"Zu Tisch"_s}, {u"showBusy"_s, true}});
-        QCOMPARE(response(), u"Success"_s);
-        const QJsonObject seen = changedProfile(*m_application);
-        QCOMPARE(changedProfile(other), seen);
-        QCOMPARE(seen.value("currentStatus"_L1).toString(), u"Zu Tisch"_s);
-        QCOMPARE(seen.value("displayName"_L1).toString(), before.displayName);
-        zelcore::Person expected = before;
-        expected.statusMessage = u"Zu Tisch"_s;
-        expected.showBusy = true;
-        QCOMPARE(m_simulator->profile(), expected);
-    }
-
     void refusesAChangeAsAWhole()
     {
         const QJsonObject changes[] = {{{u"displayName"_s, u"New"_s}, {u"showBusy"_s, u"yes"_s}},
@@ -87,17 +48,9 @@ private Q_SLOTS:
         }
     }
 
-    void asksForANewPictureAndAnnouncesItOnceItMatches_data()
+    void keepsAPictureThatIsOnItsWayApartFromOtherChanges()
     {
-        QTest::addColumn<int>("size");
-        for (const int size : {1, 15360, 15361, 32768})
-            QTest::addRow("%d", size) << size;
-    }
-
-    void asksForANewPictureAndAnnouncesItOnceItMatches()
-    {
-        QFETCH(int, size);
-        const QByteArray data = noise(size);
+        const QByteArray data = noise(32768);
         announcePicture(data);
         const QString stream = requestedStream();
         changeProfile({{u"personalMessage"_s, u"meanwhile"_s}});
@@ -107,17 +60,11 @@ private Q_SLOTS:
         QCOMPARE(response(), u"Success"_s);
         const QJsonObject profile = changedProfile(*m_application);
         QCOMPARE(profile.value("avatarId"_L1).toString(), sha1(data));
-        QCOMPARE(profile.value("avatarMimeType"_L1).toString(), u"image/gif"_s);
         QCOMPARE(profile.value("personalMessage"_L1).toString(), u"meanwhile"_s);
         // Known by now, it is not asked for again.
         announcePicture(data);
         QCOMPARE(response(), u"Success"_s);
         QCOMPARE(m_application->drain(), QStringList());
-        // And it is served, under the id and to the user asked for.
-        m_application->send(u"requestUserAvatar"_s,
-                            {{u"userId"_s, m_simulator->profile().userId}, {u"streamId"_s, sha1(data)}});
-        QCOMPARE(receiveStream(sha1(data)), data);
-        QCOMPARE(m_refused->size(), 0);
     }
 
     void refusesBytesThatAreNotTheAnnouncedPicture()
@@ -138,6 +85,55 @@ private Q_SLOTS:
         QVERIFY(!m_application->drain().contains("listChange"_L1));
         QCOMPARE(m_refused->size(), refusals + 1);
         QCOMPARE(m_simulator->profile(), before);
+    }
+
+    void letsAnItemWaitForAnIconThatIsOnItsWay()
+    {
+        const auto begin = [this](const QByteArray& announced) {
+            m_application->send(u"createProfileBoxImage"_s,
+                                {{u"imageId"_s, u"7"_s}, {u"imageHash"_s, sha1(announced)}});
+            m_application->send("createProfileBoxItem", R"({"text":"a","cookie":"","imageId":"7"})");
+            return m_application->take("requestNewProfileBoxImage").value("streamId"_L1).toString();
+        };
+        const QByteArray icon = noise(700);
+        sendStream(begin(icon), noise(701));
+        QCOMPARE(m_application->drain(), QStringList());
+        QCOMPARE(m_refused->size(), 1); // the icon, and with it the item
+        const QString stream = begin(icon);
+        QCOMPARE(m_application->drain(), QStringList());
+        QVERIFY(m_simulator->boxItems().isEmpty());
+        sendStream(stream, icon);
+        QCOMPARE(m_application->take("listAdd").value("type"_L1).toString(), u"profileBoxImage"_s);
+        QCOMPARE(m_application->take("listAdd").value("type"_L1).toString(), u"profileBoxItem"_s);
+        QCOMPARE(m_simulator->boxItems().value(0).iconId, u"7"_s);
+        QCOMPARE(m_refused->size(), 1);
+    }
+
+    void takesAnInvitationWhereInvitationsGo()
+    {
+        const auto invoke = [this](const char* target, const char* action) {
+            RawApplication application(m_simulator->root());
+            const QByteArray object = QByteArray("/services/invocation/") + target;
+            QVERIFY(application.reconnect(m_simulator->root(), object.constData()));
+            const QJsonObject request{{u"target"_s, QLatin1String(target)},
+                                      {u"action"_s, QLatin1String(action)},
+                                      {u"data"_s, u"{\"contactInvitation\":{\"ecoid\":\"eco-pp-zoe\"}}"_s}};
+            application.sendRecord(QJsonDocument(request).toJson());
+            QSignalSpy received(m_simulator.get(), &Simulator::invocationReceived);
+            QTRY_COMPARE(received.size(), 1);
+        };
+        const auto status = [this] {
+            QString reply;
+            m_simulator->execute(u"eco-status eco-pp-zoe"_s, &reply);
+            return reply;
+        };
+        invoke("sys.zel.chathandler", "vx.action.INVITEZEL");
+        invoke("sys.socialplatform", "vx.action.OTHER");
+        QCOMPARE(status(), u"Unknown"_s);
+        invoke("sys.socialplatform", "vx.action.INVITEZEL");
+        QCOMPARE(status(), u"PendingContactExists"_s);
+        m_simulator->addContact(u"Zoe"_s);
+        QCOMPARE(status(), u"ContactExists"_s);
     }
 
     void refusesWhatTheBoxDoesNotTake()
@@ -193,23 +189,6 @@ private:
             m_application->send(u"stream"_s, chunk);
         }
     }
-
-    QByteArray receiveStream(const QString& id)
-    {
-        QByteArray data;
-        for (;;) {
-            const QJsonObject chunk = m_application->take("stream");
-            if (chunk.value("id"_L1).toString() != id)
-                return "another stream";
-            data += QByteArray::fromBase64(chunk.value("value"_L1).toString().toLatin1());
-            if (chunk.value("last"_L1).toBool())
-                return data;
-        }
-    }
-
-    std::unique_ptr<Simulator> m_simulator;
-    std::unique_ptr<QSignalSpy> m_refused;
-    std::unique_ptr<RawApplication> m_application;
 };
 
 QTEST_GUILESS_MAIN(TstPictures)

@@ -1,10 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "RawApplication.h"
-
-#include <zelcore/Simulator.h>
-
-#include <QtTest/QSignalSpy>
-#include <QtTest/QTest>
+#include "ServiceTest.h"
 
 using namespace Qt::StringLiterals;
 using zelcore::Simulator;
@@ -16,46 +11,11 @@ const char* const silentRequest = R"({"uuid":"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a
 
 } // namespace
 
-class TstRegistration : public QObject
+class TstRegistration : public ServiceTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        m_simulator = std::make_unique<Simulator>();
-        QVERIFY(m_simulator->start());
-        m_application = std::make_unique<RawApplication>(m_simulator->root());
-        m_application->begin();
-        QTRY_COMPARE(m_simulator->clientCount(), 1);
-    }
-
-    void cleanup()
-    {
-        m_application.reset();
-        m_simulator.reset();
-    }
-
-    void answersTheGlobalElementsInTheOrderAskedForWithTheCookie()
-    {
-        m_application->send("requestListElements",
-                            R"({"cookie":"-17","elements":[{"name":"platformProfile"},{"name":"permission"}],
-                                "type":"global"})");
-        QCOMPARE(m_application->take("listElements"),
-                 (QJsonObject{{u"type"_s, u"global"_s}, {u"id"_s, QString()}, {u"cookie"_s, u"-17"_s}}));
-        const QJsonObject chunk = m_application->take("listChunk");
-        QVERIFY(chunk.value("last"_L1).toBool());
-        const QJsonArray elements = chunk.value("elements"_L1).toArray();
-        QCOMPARE(elements.size(), 2);
-        const QJsonValue profile = elements.at(0)["value"_L1];
-        QCOMPARE(profile["handle"_L1].toString(), m_simulator->profile().handle);
-        QCOMPARE(elements.at(1)["name"_L1].toString(), u"permission"_s);
-        QCOMPARE(elements.at(1)["value"_L1].toObject(), (QJsonObject{{u"showAppBox"_s, true},
-                                                                     {u"zelInvites"_s, true},
-                                                                     {u"registrationState"_s, u"Unregistered"_s},
-                                                                     {u"zelSetup"_s, true}}));
-    }
-
     void concludesNothingThatWasDecidedMeanwhile()
     {
         m_simulator->setRegistrationPolicy(Simulator::RegistrationPolicy::Automatic, QString(), 20);
@@ -85,13 +45,12 @@ private Q_SLOTS:
 
     void takesNoMalformedUuid()
     {
-        QSignalSpy refused(m_simulator.get(), &Simulator::refused);
         for (const char* uuid : {"", "{6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b}", "6a0fd1e93a4a4c4e8b6f0c1d2e3f4a5b",
                                  "00000000-0000-0000-0000-000000000000", "6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5g"}) {
             m_application->send(u"registrationRequest"_s, {{u"uuid"_s, QLatin1String(uuid)}, {u"silent"_s, false}});
             QCOMPARE(m_application->nextState(), u"InvalidUuid"_s);
         }
-        QTRY_COMPARE(refused.size(), 5);
+        QTRY_COMPARE(m_refused->size(), 5);
     }
 
     void keepsTheRegistrationOfEachApplicationApart()
@@ -112,10 +71,6 @@ private Q_SLOTS:
         QCOMPARE(other.nextState(), u"Unregistered"_s);
         QCOMPARE(m_simulator->clientCount(), 2);
     }
-
-private:
-    std::unique_ptr<Simulator> m_simulator;
-    std::unique_ptr<RawApplication> m_application;
 };
 
 QTEST_GUILESS_MAIN(TstRegistration)

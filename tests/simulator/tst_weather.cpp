@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "RawApplication.h"
+#include "ServiceTest.h"
 
 #include <common/SeededRandom.h>
 
-#include <zelcore/Simulator.h>
-
 #include <QtCore/QFileInfo>
-#include <QtTest/QSignalSpy>
-#include <QtTest/QTest>
+
+#include <csignal>
+
+#include <sys/wait.h>
 
 using namespace Qt::StringLiterals;
 using zelcore::Simulator;
@@ -51,26 +51,11 @@ QByteArray nonsense(QRandomGenerator& random)
 } // namespace
 
 /// Messages that go wrong, a service that goes and comes, applications that talk nonsense.
-class TstWeather : public QObject
+class TstWeather : public ServiceTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        m_simulator = std::make_unique<Simulator>();
-        QVERIFY(m_simulator->start());
-        m_application = std::make_unique<RawApplication>(m_simulator->root());
-        m_application->begin();
-        QTRY_COMPARE(m_simulator->clientCount(), 1);
-    }
-
-    void cleanup()
-    {
-        m_application.reset();
-        m_simulator.reset();
-    }
-
     void dropsDuplicatesAndDelaysOneMessageEach()
     {
         m_simulator->injectFault(Simulator::Fault::Drop);
@@ -139,6 +124,29 @@ private Q_SLOTS:
         QCOMPARE(m_simulator->registrationState(), u"Success"_s);
     }
 
+    void givesARegistrationBackToNobodyElse()
+    {
+        const pid_t other = ::fork();
+        if (other == 0) {
+            RawApplication application(m_simulator->root());
+            application.begin();
+            application.send("registrationRequest", silentRequest);
+            for (;;)
+                ::pause();
+        }
+        QTRY_COMPARE(m_simulator->registrationState(), u"Success"_s);
+        m_simulator->goAway();
+        ::kill(other, SIGKILL);
+        ::waitpid(other, nullptr, 0);
+        QVERIFY(m_simulator->comeBack());
+        // One for the connection of this process that was there before, one that is new: neither was registered.
+        for (int i = 0; i < 2; ++i) {
+            RawApplication next(m_simulator->root());
+            const QJsonValue permission = next.take("listAdd").value("elements"_L1).toArray().at(0).toObject();
+            QCOMPARE(permission["value"_L1]["registrationState"_L1].toString(), u"Unregistered"_s);
+        }
+    }
+
     void tellsNothingUnaskedToAnApplicationThatStarts()
     {
         m_simulator->goAway();
@@ -205,16 +213,15 @@ private Q_SLOTS:
     void refusesNonsenseWithOneLineAndGoesOn()
     {
         QRandomGenerator random = seededRandom();
-        QSignalSpy refused(m_simulator.get(), &Simulator::refused);
         for (int i = 0; i < 3000; ++i) {
             QVERIFY(m_application->sendRecord(nonsense(random)));
             if (i % 50 == 0)
                 m_application->drain();
         }
         m_application->drain();
-        QVERIFY(refused.size() > 1000);
-        QVERIFY(refused.size() <= 3000);
-        for (const auto& line : refused) {
+        QVERIFY(m_refused->size() > 1000);
+        QVERIFY(m_refused->size() <= 3000);
+        for (const auto& line : *m_refused) {
             QVERIFY(!line.first().toString().contains(QLatin1Char('\n')));
             QVERIFY(line.first().toString().size() < 400);
         }
@@ -222,10 +229,6 @@ private Q_SLOTS:
         m_application->send("requestListElements", R"({"elements":[{"name":"permission"}],"type":"global"})");
         QCOMPARE(m_application->transfer("listElements").size(), 1);
     }
-
-private:
-    std::unique_ptr<Simulator> m_simulator;
-    std::unique_ptr<RawApplication> m_application;
 };
 
 QTEST_GUILESS_MAIN(TstWeather)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <simulator/Wire.h>
+#include <simulator/wire/Wire.h>
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>

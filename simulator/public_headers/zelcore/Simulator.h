@@ -10,6 +10,7 @@
 #include <QtCore/QStringList>
 
 #include <memory>
+#include <optional>
 
 namespace zelcore {
 
@@ -84,8 +85,8 @@ public:
 
     /// Goes away as a service that ends does: connections drop, and the object is gone until comeBack().
     void goAway();
-    /// Returns. An application that was connected before keeps its registration when its library reconnects, and is
-    /// told permission, profile, lists and records anew.
+    /// Returns. An application that was connected before keeps its registration when its library reconnects (it is
+    /// known by its process), and is told permission, profile, lists and records anew.
     bool comeBack(QString* error = nullptr);
 
     int clientCount() const;
@@ -160,7 +161,7 @@ public:
     /// What "requestEcoId" answers for \a ppId. Contacts and the own user have one from the start.
     void setEcoId(const QString& ppId, const QString& ecoId);
     /// "Unknown", "ContactExists" or "PendingContactExists"; contacts exist by themselves, and an invitation that
-    /// reaches the invocation target makes its identifier pending.
+    /// reaches the invocation target makes its identifier pending, until its owner is a contact.
     void setEcoIdStatus(const QString& ecoId, const QString& status);
 
     // --- Trouble and curiosity ----------------------------------------------------------------------------------
@@ -181,10 +182,16 @@ public:
     bool execute(const QString& commandLine, QString* reply = nullptr);
     /// The description of all commands.
     static QString commandHelp();
+    /// Cuts a line into words as a shell does, for programs with a command language of their own: blanks separate,
+    /// '...' is literal, within "..." a backslash escapes the quote and itself and \n and \t are a line break and a
+    /// tab, elsewhere it makes the next character an ordinary one. Empty, with a sentence in \a error, when a quote is
+    /// not closed or the line ends in a backslash.
+    static std::optional<QStringList> splitWords(const QString& line, QString* error = nullptr);
 
     /// Takes the world and the timeline of a scenario file. \a scenario is a path or the name of one that ships with
-    /// the library (scenarioNames()). The timeline starts with start(), or at once when running. All or nothing:
-    /// a faulty file changes nothing and leaves a sentence in \a error.
+    /// the library (scenarioNames()). The timeline starts with start(), or at once when running. All or nothing: every
+    /// command that the file stands for is tried on a copy of the world first, those of the timeline in the order of
+    /// their times; a faulty file changes nothing and leaves a sentence in \a error that says where and why.
     bool loadScenario(const QString& scenario, QString* error = nullptr);
     static QStringList scenarioNames();
 

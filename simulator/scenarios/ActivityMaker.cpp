@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <simulator/ActivityMaker.h>
+#include <simulator/scenarios/ActivityMaker.h>
 
 #include <utility>
+
+using namespace Qt::StringLiterals;
 
 namespace zelcore {
 
@@ -87,7 +89,7 @@ void ActivityMaker::change(const QString& userId)
     case 2: {
         const QList<QByteArray>& pictures = m_people.pictures();
         person.avatarId = m_world.keepPicture(pictures.at(m_people.below(int(pictures.size()))));
-        person.avatarMimeType = QStringLiteral("image/png");
+        person.avatarMimeType = u"image/png"_s;
         break;
     }
     default:

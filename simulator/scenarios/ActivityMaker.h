@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <simulator/People.h>
-#include <simulator/World.h>
+#include <simulator/world/People.h>
+#include <simulator/world/World.h>
 
 #include <zelcore/Simulator.h>
 

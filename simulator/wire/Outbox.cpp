@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <simulator/Outbox.h>
+#include <simulator/wire/Outbox.h>
 
-#include <simulator/Wire.h>
+#include <simulator/wire/Wire.h>
 
 #include <vx/system/ObjectServer.h>
 
 #include <QtCore/QTimer>
 
 #include <algorithm>
+
+using namespace Qt::StringLiterals;
 
 namespace zelcore {
 
@@ -56,7 +58,7 @@ void Outbox::sendJson(int client, const QString& type, const QByteArray& json)
 void Outbox::sendRecord(int client, const QByteArray& record)
 {
     if (!m_server.send(client, record) && m_server.clients().contains(client))
-        Q_EMIT lost(client, QStringLiteral("a record of %1 bytes could not be sent").arg(record.size()));
+        Q_EMIT lost(client, u"a record of %1 bytes could not be sent"_s.arg(record.size()));
 }
 
 void Outbox::addFault(Simulator::Fault fault, int amount, const QString& type)

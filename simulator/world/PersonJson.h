@@ -4,6 +4,7 @@
 #include <zelcore/Records.h>
 
 #include <QtCore/QJsonObject>
+#include <QtCore/QList>
 #include <QtCore/QStringList>
 
 namespace zelcore {
@@ -24,7 +25,7 @@ QString setPersonField(const QString& name, const QString& value, Person& person
 /// The names of the fields in the command language, in their usual order.
 QStringList personFieldNames();
 
-/// "field=value" for every field that is not empty.
-QString describePerson(const Person& person);
+/// Name and value of every field that is not empty.
+QList<QStringList> describePerson(const Person& person);
 
 } // namespace zelcore

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <simulator/PersonJson.h>
+#include <simulator/world/PersonJson.h>
 
 #include <QtCore/QJsonValue>
 
 #include <array>
+
+using namespace Qt::StringLiterals;
 
 namespace zelcore {
 
@@ -73,8 +75,8 @@ bool takeText(const Field& field, const QString& value, Person& person)
         const int number = value.toInt(&isNumber);
         return isNumber && take(field, number, person);
     }
-    const bool on = value == QLatin1String("on") || value == QLatin1String("true");
-    const bool off = value == QLatin1String("off") || value == QLatin1String("false");
+    const bool on = value == "on"_L1 || value == "true"_L1;
+    const bool off = value == "off"_L1 || value == "false"_L1;
     return (on || off) && take(field, on, person);
 }
 
@@ -105,7 +107,7 @@ QString mergePerson(const QJsonObject& change, Person& person)
     for (const Field& field : fields) {
         const auto member = change.constFind(field.wireName());
         if (member != change.constEnd() && !take(field, *member, merged))
-            return QStringLiteral("\"%1\" is of the wrong type").arg(field.wireName());
+            return u"\"%1\" is of the wrong type"_s.arg(field.wireName());
     }
     person = merged;
     return {};
@@ -118,11 +120,10 @@ QString setPersonField(const QString& name, const QString& value, Person& person
             continue;
         return takeText(field, value, person)
                    ? QString()
-                   : QStringLiteral("%1 takes %2, not \"%3\"")
-                         .arg(field.commandName(),
-                              field.number ? QStringLiteral("a number") : QStringLiteral("on or off"), value);
+                   : u"%1 takes %2, not \"%3\""_s.arg(field.commandName(),
+                                                      field.number ? u"a number"_s : u"on or off"_s, value);
     }
-    return QStringLiteral("no field \"%1\"; there are: %2").arg(name, personFieldNames().join(QLatin1String(", ")));
+    return u"no field \"%1\"; there are: %2"_s.arg(name, personFieldNames().join(", "_L1));
 }
 
 QStringList personFieldNames()
@@ -133,15 +134,15 @@ QStringList personFieldNames()
     return names;
 }
 
-QString describePerson(const Person& person)
+QList<QStringList> describePerson(const Person& person)
 {
-    QStringList words;
+    QList<QStringList> rows;
     for (const Field& field : fields) {
         const QString value = valueOf(field, person).toVariant().toString();
         if (!value.isEmpty())
-            words.append(QStringLiteral("%1=\"%2\"").arg(field.commandName(), value));
+            rows.append({field.commandName(), value});
     }
-    return words.join(QLatin1Char(' '));
+    return rows;
 }
 
 } // namespace zelcore

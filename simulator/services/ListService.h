@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <simulator/Desk.h>
+#include <simulator/services/ServiceContext.h>
 
 #include <QtCore/QObject>
 
@@ -12,8 +12,8 @@ class ListService : public QObject
 {
     Q_OBJECT
 public:
-    /// \a desk must outlive it.
-    explicit ListService(Desk& desk, QObject* parent = nullptr);
+    /// \a context must outlive it.
+    explicit ListService(ServiceContext& context, QObject* parent = nullptr);
 
     QString requestAll(Session& session, const QJsonObject& body);
     QString requestElements(Session& session, const QJsonObject& body);
@@ -25,10 +25,12 @@ public:
     void sendPermission(const Session& session);
 
 private:
+    void transfer(const Session& session, QLatin1String type, const QString& list, const QString& cookie,
+                  const QList<QByteArray>& elements);
     void broadcastElement(QLatin1String type, const QString& list, const QByteArray& element);
     void broadcastContact(const QString& userId, const QJsonObject& difference);
 
-    Desk& m_desk;
+    ServiceContext& m_context;
 };
 
 } // namespace zelcore

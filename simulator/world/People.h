@@ -36,4 +36,9 @@ private:
     QList<QByteArray> m_pictures;
 };
 
+class World;
+
+/// Adds \a count people who run the application. Empty, or why not; those before the one that failed are there then.
+QString addPeople(World& world, int count, quint32 seed);
+
 } // namespace zelcore

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <simulator/People.h>
+#include <simulator/world/People.h>
 
-#include <simulator/World.h>
+#include <simulator/world/World.h>
 
 #include <array>
+
+using namespace Qt::StringLiterals;
 
 namespace zelcore {
 
@@ -42,7 +44,7 @@ constexpr std::array<int, 12> pictureSizes{300, 777, 1024, 2048, 3000, 4096, 600
 
 QString pick(const char16_t* words, PeopleMaker& maker)
 {
-    const QStringList list = QString::fromUtf16(words).split(QLatin1Char('|'));
+    const QStringList list = QString::fromUtf16(words).split(u'|');
     return list.at(maker.below(int(list.size())));
 }
 
@@ -62,12 +64,12 @@ Person PeopleMaker::next(int number)
 {
     const Culture& culture = cultures[size_t(below(int(cultures.size())))];
     Person person;
-    person.handle = QStringLiteral("friend%1").arg(number, 5, 10, QLatin1Char('0'));
-    person.userId = QStringLiteral("user-%1").arg(person.handle);
-    person.ppId = QStringLiteral("pp-%1").arg(person.handle);
-    person.appVersion = QStringLiteral("1.%1").arg(below(10));
+    person.handle = u"friend%1"_s.arg(number, 5, 10, QChar(u'0'));
+    person.userId = u"user-%1"_s.arg(person.handle);
+    person.ppId = u"pp-%1"_s.arg(person.handle);
+    person.appVersion = u"1.%1"_s.arg(below(10));
     const QString given = pick(culture.given, *this);
-    person.displayName = given + QLatin1Char(' ') + pick(culture.family, *this);
+    person.displayName = given + u' ' + pick(culture.family, *this);
     person.personalMessage = below(4) == 0 ? QString() : pick(culture.messages, *this);
     person.statusMessage = status();
     person.timeZone = QString::fromUtf16(culture.timeZone);
@@ -76,7 +78,7 @@ Person PeopleMaker::next(int number)
     person.clientVersion = 600 + below(200);
     if (below(3) == 0) {
         person.avatarId = World::hashOf(pictures().at(below(int(pictures().size()))));
-        person.avatarMimeType = QStringLiteral("image/png");
+        person.avatarMimeType = u"image/png"_s;
     }
     return person;
 }
@@ -107,6 +109,19 @@ QByteArray PeopleMaker::picture(int size, quint32 seed)
     while (data.size() < size)
         data.append(char(noise() & 0xff));
     return data;
+}
+
+QString addPeople(World& world, int count, quint32 seed)
+{
+    PeopleMaker maker(seed);
+    for (const QByteArray& picture : maker.pictures())
+        world.keepPicture(picture);
+    QString problem;
+    for (int i = 0; i < count && problem.isEmpty(); ++i) {
+        Person person = maker.next(world.addedContacts());
+        problem = world.addContact(person, true);
+    }
+    return problem;
 }
 
 } // namespace zelcore

@@ -25,16 +25,24 @@ public:
     /// Pictures and icons are 1 to this many bytes.
     static constexpr qsizetype largestPicture = 32768;
 
-    explicit World(QObject* parent = nullptr);
+    World();
+    /// A copy that nobody listens to, to try things on.
+    World(const World& other)
+        : QObject()
+        , m(other.m)
+    {
+    }
 
-    const Permissions& permissions() const { return m_permissions; }
+    const Permissions& permissions() const { return m.permissions; }
     void setPermissions(const Permissions& permissions);
 
     /// A sentence when a person's record is too long for a message.
     static QString recordProblem(const Person& person);
 
-    const Person& profile() const { return m_profile; }
+    const Person& profile() const { return m.profile; }
     QString setProfile(const Person& profile);
+    /// Without \a data the own user has no picture any more.
+    QString setProfilePicture(const QByteArray& data);
 
     /// SHA-1 as lower-case hexadecimal text.
     static QString hashOf(const QByteArray& data);
@@ -44,44 +52,58 @@ public:
     static QString pictureProblem(const QByteArray& data);
     /// Keeps \a data and answers its hash.
     QString keepPicture(const QByteArray& data);
-    bool hasPicture(const QString& hash) const { return m_pictures.contains(hash); }
-    QByteArray picture(const QString& hash) const { return m_pictures.value(hash); }
+    bool hasPicture(const QString& hash) const { return m.pictures.contains(hash); }
+    QByteArray picture(const QString& hash) const { return m.pictures.value(hash); }
+    /// Keeps \a data and makes it the picture of \a person, who may be anybody; none without data.
+    QString givePicture(Person& person, const QByteArray& data);
+
+    // Where a contact is named, the handle does, and so does the user id.
 
     /// Fills the ids that are missing in \a person.
     QString addContact(Person& person, bool installed);
+    /// Replaces the record under the user id of \a person.
     QString changeContact(const Person& person);
-    QString removeContact(const QString& userId);
-    QString setInstalled(const QString& userId, bool installed);
-    /// Null when there is no such contact; until the next change of the contacts.
+    QString removeContact(const QString& contact);
+    QString setInstalled(const QString& contact, bool installed);
+    QString setContactPicture(const QString& contact, const QByteArray& data);
+    /// Null, with a sentence in \a problem, when there is no such contact; until the next change of the contacts.
+    const Person* findContact(const QString& contact, QString* problem) const;
+    /// Null when nobody has this user id; until the next change of the contacts.
     const Person* contact(const QString& userId) const;
-    const Person* contactByHandle(const QString& handle) const;
     /// The record as it travels; empty when there is no such contact.
     QByteArray contactJson(const QString& userId) const;
     bool isInstalled(const QString& userId) const;
     /// The user ids of those who run the application, in list order.
-    const QList<QString>& installed() const { return m_installed; }
+    const QList<QString>& installed() const { return m.installed; }
     /// All user ids, in the order in which they were added.
-    const QList<QString>& everybody() const { return m_everybody; }
+    const QList<QString>& everybody() const { return m.everybody; }
     /// How many contacts there ever were.
-    int addedContacts() const { return m_added; }
+    int addedContacts() const { return m.added; }
 
-    const QList<BoxItem>& boxItems() const { return m_items; }
-    const QList<BoxIcon>& boxIcons() const { return m_icons; }
+    const QList<BoxItem>& boxItems() const { return m.items; }
+    const QList<BoxIcon>& boxIcons() const { return m.icons; }
+    /// Why the box does not take \a item; its icon need not be there yet when it \a iconIsComing.
+    QString boxItemProblem(const BoxItem& item, bool iconIsComing = false) const;
     /// Gives \a item its id.
     QString addBoxItem(BoxItem& item);
     QString changeBoxItem(const BoxItem& item);
     QString removeBoxItem(const QString& id);
+    void clearBox();
     /// Whether an icon of this id may be registered now.
     QString boxIconProblem(const QString& id) const;
     QString addBoxIcon(const QString& id, const QByteArray& data);
     QString removeBoxIcon(const QString& id);
     /// Null when there is none; until the next change of the box.
+    const BoxItem* boxItem(const QString& id) const;
     const BoxIcon* boxIcon(const QString& id) const;
 
     QString ecoId(const QString& ppId) const;
     QString ecoIdStatus(const QString& ecoId) const;
     void setEcoId(const QString& ppId, const QString& ecoId);
-    void setEcoIdStatus(const QString& ecoId, const QString& status);
+    /// What is told instead of what the contacts say. One that is pending ends when its owner becomes a contact.
+    QString setEcoIdStatus(const QString& ecoId, const QString& status);
+    /// The user invited the owner, who is to answer.
+    void invite(const QString& ecoId);
 
 Q_SIGNALS:
     void permissionsChanged();
@@ -89,10 +111,10 @@ Q_SIGNALS:
     void contactInstalled(const QString& userId);
     void contactUninstalled(const QString& userId);
     void contactChanged(const QString& userId, const QJsonObject& difference);
-    void boxItemAdded(const zelcore::BoxItem& item);
-    void boxItemChanged(const zelcore::BoxItem& item);
+    void boxItemAdded(const QString& id);
+    void boxItemChanged(const QString& id);
     void boxItemRemoved(const QString& id);
-    void boxIconAdded(const zelcore::BoxIcon& icon);
+    void boxIconAdded(const QString& id);
     void boxIconRemoved(const QString& id);
 
 private:
@@ -103,26 +125,33 @@ private:
         bool installed = false;
     };
 
+    /// Everything that a copy has, too.
+    struct State
+    {
+        Permissions permissions;
+        Person profile;
+        QHash<QString, QByteArray> pictures;
+        std::unordered_map<QString, Contact> contacts;
+        QHash<QString, QString> userIdByHandle;
+        QHash<QString, QString> userIdByPpId;
+        QList<QString> installed;
+        QList<QString> everybody;
+        QSet<QString> gone; ///< User ids of removed contacts, whose records applications may still hold.
+        QList<BoxItem> items;
+        QList<BoxIcon> icons;
+        QHash<QString, QString> ecoIds;
+        QHash<QString, QString> ecoIdStates;
+        quint64 nextItem = 1;
+        int added = 0;
+    };
+
+    Contact* find(const QString& contact, QString* problem);
     QString contactProblem(const Person& person, const QByteArray& json) const;
     void index(const Person& person);
     void unindex(const Person& person);
-    QString boxItemProblem(const BoxItem& item) const;
+    void endPending(const QString& ppId);
 
-    Permissions m_permissions;
-    Person m_profile;
-    QHash<QString, QByteArray> m_pictures;
-    std::unordered_map<QString, Contact> m_contacts;
-    QHash<QString, QString> m_userIdByHandle;
-    QList<QString> m_installed;
-    QList<QString> m_everybody;
-    QSet<QString> m_gone; ///< User ids of removed contacts, whose records applications may still hold.
-    QList<BoxItem> m_items;
-    QList<BoxIcon> m_icons;
-    QHash<QString, QString> m_ecoIds;
-    QHash<QString, QString> m_ecoIdStates;
-    QHash<QString, QString> m_userIdByPpId;
-    quint64 m_nextItem = 1;
-    int m_added = 0;
+    State m;
 };
 
 } // namespace zelcore

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <simulator/Desk.h>
-#include <simulator/ListService.h>
-#include <simulator/ProfileService.h>
-#include <simulator/Registrar.h>
+#include <simulator/services/ServiceContext.h>
+#include <simulator/services/ListService.h>
+#include <simulator/services/ProfileService.h>
+#include <simulator/services/Registrar.h>
 
 #include <QtCore/QHash>
 #include <QtCore/QList>
@@ -24,7 +24,8 @@ public:
     /// \a world and \a outbox must outlive it.
     CoreService(World& world, Outbox& outbox, QObject* parent = nullptr);
 
-    void connected(int client);
+    /// \a process is the number of the application's process.
+    void connected(int client, qint64 process);
     void disconnected(int client);
     void received(int client, const QByteArray& record);
     /// All applications are gone at once because the service goes away; those that come back keep their registration.
@@ -33,7 +34,7 @@ public:
     /// Of everybody: who is connected, who is expected back, who comes later.
     void setRegistrationState(const QString& state);
     Registrar& registrar() { return m_registrar; }
-    Desk& desk() { return m_desk; }
+    ServiceContext& context() { return m_context; }
     /// The state of the application that connected last.
     QString registrationState() const;
 
@@ -47,7 +48,7 @@ private:
     QString requestEcoId(Session& session, const QJsonObject& body);
     QString requestEcoIdStatus(Session& session, const QJsonObject& body);
 
-    Desk m_desk;
+    ServiceContext m_context;
     ListService m_lists;
     Registrar m_registrar;
     ProfileService m_profiles;

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <simulator/Registrar.h>
+#include <simulator/services/Registrar.h>
 
 #include <QtCore/QRegularExpression>
 #include <QtCore/QTimer>
 #include <QtCore/QUuid>
+
+using namespace Qt::StringLiterals;
 
 namespace zelcore {
 
@@ -12,15 +14,15 @@ namespace {
 bool isUuid(const QString& text)
 {
     static const QRegularExpression form(
-        QStringLiteral("\\A[0-9a-fA-F]{8}-[0-9a-fA-F]{4}-[0-9a-fA-F]{4}-[0-9a-fA-F]{4}-[0-9a-fA-F]{12}\\z"));
+        u"\\A[0-9a-fA-F]{8}-[0-9a-fA-F]{4}-[0-9a-fA-F]{4}-[0-9a-fA-F]{4}-[0-9a-fA-F]{12}\\z"_s);
     return form.match(text).hasMatch() && !QUuid::fromString(text).isNull();
 }
 
 } // namespace
 
-Registrar::Registrar(Desk& desk, ListService& lists, QObject* parent)
+Registrar::Registrar(ServiceContext& context, ListService& lists, QObject* parent)
     : QObject(parent)
-    , m_desk(desk)
+    , m_context(context)
     , m_lists(lists)
 {
 }
@@ -28,7 +30,7 @@ Registrar::Registrar(Desk& desk, ListService& lists, QObject* parent)
 void Registrar::setPolicy(Simulator::RegistrationPolicy policy, const QString& fixedState, int delay)
 {
     m_policy = policy;
-    m_outcome = policy == Simulator::RegistrationPolicy::Fixed ? fixedState : QStringLiteral("Success");
+    m_outcome = policy == Simulator::RegistrationPolicy::Fixed ? fixedState : u"Success"_s;
     m_delay = qMax(0, delay);
 }
 
@@ -36,23 +38,23 @@ QString Registrar::request(Session& session, const QJsonObject& body)
 {
     QString uuid;
     QString problem;
-    if (!readString(body, QLatin1String("uuid"), &uuid, &problem))
+    if (!readString(body, "uuid"_L1, &uuid, &problem))
         return problem;
-    if (!body.value(QLatin1String("silent")).isBool())
-        return QStringLiteral("\"silent\" is missing or neither true nor false");
+    if (!body.value("silent"_L1).isBool())
+        return u"\"silent\" is missing or neither true nor false"_s;
 
-    const bool silent = body.value(QLatin1String("silent")).toBool();
+    const bool silent = body.value("silent"_L1).toBool();
     session.uuid = uuid;
     if (!isUuid(uuid)) {
-        problem = QStringLiteral("\"%1\" is no UUID").arg(uuid.left(80));
-        setState(session, QStringLiteral("InvalidUuid"));
-    } else if (session.state == QLatin1String("Success")) {
+        problem = u"\"%1\" is no UUID"_s.arg(uuid.left(80));
+        setState(session, u"InvalidUuid"_s);
+    } else if (session.state == "Success"_L1) {
         // Nothing changes, but whoever asks wants to hear.
         m_lists.sendPermission(session);
     } else {
         // A silent request asks the user nothing, so there is nothing to wait for.
         if (!silent)
-            setState(session, QStringLiteral("Pending"));
+            setState(session, u"Pending"_s);
         if (m_policy != Simulator::RegistrationPolicy::Manual && (silent || m_delay == 0))
             setState(session, m_outcome);
         else if (m_policy != Simulator::RegistrationPolicy::Manual)
@@ -64,8 +66,8 @@ QString Registrar::request(Session& session, const QJsonObject& body)
 
 void Registrar::conclude(int client)
 {
-    const auto found = m_desk.sessions.find(client);
-    if (found == m_desk.sessions.end() || found->second->state != QLatin1String("Pending"))
+    const auto found = m_context.sessions.find(client);
+    if (found == m_context.sessions.end() || found->second->state != "Pending"_L1)
         return;
     const std::shared_ptr<Session> session = found->second;
     setState(*session, m_outcome);
@@ -74,7 +76,7 @@ void Registrar::conclude(int client)
 void Registrar::setState(const QString& state)
 {
     m_initialState = state;
-    const auto everyone = m_desk.sessions;
+    const auto everyone = m_context.sessions;
     for (const auto& [client, session] : everyone)
         setState(*session, state);
     if (everyone.empty())

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <simulator/Wire.h>
+#include <simulator/wire/Wire.h>
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 
 #include <algorithm>
+
+using namespace Qt::StringLiterals;
 
 namespace zelcore::wire {
 
@@ -59,24 +61,24 @@ std::optional<Message> parse(const QByteArray& record, QString* problem)
 {
     const QByteArray target = attribute(record, "msg::");
     if (target != "zel") {
-        *problem = target.isNull() ? QStringLiteral("a record without \"msg\"")
-                                   : QStringLiteral("a record for \"%1\"").arg(QString::fromUtf8(target.left(40)));
+        *problem = target.isNull() ? u"a record without \"msg\""_s
+                                   : u"a record for \"%1\""_s.arg(QString::fromUtf8(target.left(40)));
         return std::nullopt;
     }
     const QByteArray json = attribute(record, "dat:json:");
     if (json.isNull()) {
-        *problem = QStringLiteral("a record without \"dat\"");
+        *problem = u"a record without \"dat\""_s;
         return std::nullopt;
     }
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(json, &error);
     if (!document.isObject()) {
-        *problem = QStringLiteral("\"dat\" is no JSON object (%1)").arg(error.errorString());
+        *problem = u"\"dat\" is no JSON object (%1)"_s.arg(error.errorString());
         return std::nullopt;
     }
     const QJsonObject root = document.object();
     if (root.size() != 1 || !root.begin()->isObject()) {
-        *problem = QStringLiteral("a message must be one member that is an object, named by its type");
+        *problem = u"a message must be one member that is an object, named by its type"_s;
         return std::nullopt;
     }
     return Message{root.begin().key(), root.begin()->toObject(), json};
@@ -91,7 +93,7 @@ QByteArray text(const QString& string)
 {
     // Ids are nearly always plain; tens of thousands of them go through here when a list is asked for.
     const bool plain = std::all_of(string.cbegin(), string.cend(), [](QChar c) {
-        return c.unicode() >= 0x20 && c.unicode() < 0x7f && c != QLatin1Char('"') && c != QLatin1Char('\\');
+        return c.unicode() >= 0x20 && c.unicode() < 0x7f && c != u'"' && c != u'\\';
     });
     if (plain)
         return '"' + string.toLatin1() + '"';

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <simulator/Desk.h>
+#include <simulator/services/ServiceContext.h>
 
 #include <functional>
 
@@ -12,9 +12,9 @@ namespace zelcore {
 class ProfileService
 {
 public:
-    /// \a desk must outlive it.
-    explicit ProfileService(Desk& desk)
-        : m_desk(desk)
+    /// \a context must outlive it.
+    explicit ProfileService(ServiceContext& context)
+        : m_context(context)
     {
     }
 
@@ -32,9 +32,11 @@ private:
     QString applyProfile(const Session& session, const QJsonObject& change);
     QString answerChange(const Session& session, const QString& problem);
     QString finish(const Session& session, const ExpectedPicture& picture);
+    /// The icon of this id, if its bytes are on their way from any application.
+    ExpectedPicture* expectedIcon(const QString& iconId) const;
     void sendPicture(const Session& session, const QString& streamId, const QByteArray& data);
 
-    Desk& m_desk;
+    ServiceContext& m_context;
 };
 
 } // namespace zelcore

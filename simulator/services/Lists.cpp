@@ -1,22 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <simulator/Lists.h>
+#include <simulator/services/Lists.h>
 
-#include <simulator/PersonJson.h>
-#include <simulator/Wire.h>
+#include <simulator/world/PersonJson.h>
+#include <simulator/wire/Wire.h>
 
 #include <QtCore/QJsonObject>
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace zelcore {
 
-const QString Lists::global = QStringLiteral("global");
-const QString Lists::platformContact = QStringLiteral("platformContact");
-const QString Lists::platformUser = QStringLiteral("platformUser");
-const QString Lists::profileBoxItem = QStringLiteral("profileBoxItem");
-const QString Lists::profileBoxImage = QStringLiteral("profileBoxImage");
-const QString Lists::permission = QStringLiteral("permission");
-const QString Lists::platformProfile = QStringLiteral("platformProfile");
+const QString Lists::global = u"global"_s;
+const QString Lists::platformContact = u"platformContact"_s;
+const QString Lists::platformUser = u"platformUser"_s;
+const QString Lists::profileBoxItem = u"profileBoxItem"_s;
+const QString Lists::profileBoxImage = u"profileBoxImage"_s;
+const QString Lists::permission = u"permission"_s;
+const QString Lists::platformProfile = u"platformProfile"_s;
 
 const QStringList& Lists::all()
 {
@@ -27,12 +29,12 @@ const QStringList& Lists::all()
 QString Lists::keyMember(const QString& list)
 {
     if (list == platformUser || list == platformContact)
-        return QStringLiteral("userId");
+        return u"userId"_s;
     if (list == global)
-        return QStringLiteral("name");
+        return u"name"_s;
     if (list == profileBoxItem)
-        return QStringLiteral("itemId");
-    return list == profileBoxImage ? QStringLiteral("imageId") : QString();
+        return u"itemId"_s;
+    return list == profileBoxImage ? u"imageId"_s : QString();
 }
 
 QList<QByteArray> Lists::elements(const QString& list, const QString& state) const
@@ -65,24 +67,22 @@ QByteArray Lists::element(const QString& list, const QString& key, const QString
         const BoxIcon* icon = m_world.boxIcon(key);
         return icon ? iconJson(*icon) : QByteArray();
     }
-    for (const BoxItem& item : m_world.boxItems()) {
-        if (list == profileBoxItem && item.id == key)
-            return itemJson(item);
+    if (list == profileBoxItem) {
+        const BoxItem* item = m_world.boxItem(key);
+        return item ? itemJson(*item) : QByteArray();
     }
     return {};
 }
 
 QByteArray Lists::itemJson(const BoxItem& item)
 {
-    return wire::text(QJsonObject{{QStringLiteral("itemId"), item.id},
-                                  {QStringLiteral("imageId"), item.iconId},
-                                  {QStringLiteral("text"), item.text},
-                                  {QStringLiteral("cookie"), item.cookie}});
+    return wire::text(QJsonObject{
+        {u"itemId"_s, item.id}, {u"imageId"_s, item.iconId}, {u"text"_s, item.text}, {u"cookie"_s, item.cookie}});
 }
 
 QByteArray Lists::iconJson(const BoxIcon& icon)
 {
-    return wire::text(QJsonObject{{QStringLiteral("imageId"), icon.id}, {QStringLiteral("imageHash"), icon.hash}});
+    return wire::text(QJsonObject{{u"imageId"_s, icon.id}, {u"imageHash"_s, icon.hash}});
 }
 
 QByteArray Lists::keyJson(const QString& list, const QString& key)
@@ -93,17 +93,16 @@ QByteArray Lists::keyJson(const QString& list, const QString& key)
 QByteArray Lists::permissionJson(const QString& state) const
 {
     const Permissions& allowed = m_world.permissions();
-    const QJsonObject value{{QStringLiteral("showAppBox"), allowed.showAppBox},
-                            {QStringLiteral("zelInvites"), allowed.zelInvites},
-                            {QStringLiteral("registrationState"), state},
-                            {QStringLiteral("zelSetup"), allowed.zelSetup}};
-    return wire::text(QJsonObject{{QStringLiteral("name"), permission}, {QStringLiteral("value"), value}});
+    const QJsonObject value{{u"showAppBox"_s, allowed.showAppBox},
+                            {u"zelInvites"_s, allowed.zelInvites},
+                            {u"registrationState"_s, state},
+                            {u"zelSetup"_s, allowed.zelSetup}};
+    return wire::text(QJsonObject{{u"name"_s, permission}, {u"value"_s, value}});
 }
 
 QByteArray Lists::profileJson() const
 {
-    return wire::text(QJsonObject{{QStringLiteral("name"), platformProfile},
-                                  {QStringLiteral("value"), personToJson(m_world.profile())}});
+    return wire::text(QJsonObject{{u"name"_s, platformProfile}, {u"value"_s, personToJson(m_world.profile())}});
 }
 
 } // namespace zelcore

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <simulator/Desk.h>
-#include <simulator/ListService.h>
+#include <simulator/services/ServiceContext.h>
+#include <simulator/services/ListService.h>
 
 #include <QtCore/QObject>
 
@@ -13,8 +13,8 @@ class Registrar : public QObject
 {
     Q_OBJECT
 public:
-    /// \a desk and \a lists must outlive it.
-    Registrar(Desk& desk, ListService& lists, QObject* parent = nullptr);
+    /// \a context and \a lists must outlive it.
+    Registrar(ServiceContext& context, ListService& lists, QObject* parent = nullptr);
 
     void setPolicy(Simulator::RegistrationPolicy policy, const QString& fixedState, int delay);
     QString request(Session& session, const QJsonObject& body);
@@ -31,7 +31,7 @@ Q_SIGNALS:
 private:
     void conclude(int client);
 
-    Desk& m_desk;
+    ServiceContext& m_context;
     ListService& m_lists;
     QString m_initialState = QStringLiteral("Unregistered");
     Simulator::RegistrationPolicy m_policy = Simulator::RegistrationPolicy::Automatic;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <simulator/World.h>
+#include <simulator/world/World.h>
 
 #include <QtCore/QByteArray>
 #include <QtCore/QList>
@@ -37,12 +37,12 @@ public:
     /// One element; empty when the list has none of this key.
     QByteArray element(const QString& list, const QString& key, const QString& state) const;
 
-    static QByteArray itemJson(const BoxItem& item);
-    static QByteArray iconJson(const BoxIcon& icon);
     /// {"MEMBER":"KEY"}: how an element is named where it is not shown.
     static QByteArray keyJson(const QString& list, const QString& key);
 
 private:
+    static QByteArray itemJson(const BoxItem& item);
+    static QByteArray iconJson(const BoxIcon& icon);
     QByteArray permissionJson(const QString& state) const;
     QByteArray profileJson() const;
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <simulator/Lists.h>
-#include <simulator/Outbox.h>
-#include <simulator/Session.h>
-#include <simulator/Wire.h>
-#include <simulator/World.h>
+#include <simulator/services/Lists.h>
+#include <simulator/wire/Outbox.h>
+#include <simulator/services/Session.h>
+#include <simulator/wire/Wire.h>
+#include <simulator/world/World.h>
 
 #include <QtCore/QJsonValue>
 
@@ -16,14 +16,14 @@
 namespace zelcore {
 
 /// What everyone who answers requests shares: the world, the way out, and who is connected.
-struct Desk
+struct ServiceContext
 {
     World& world;
     Outbox& outbox;
     Lists lists;
     std::map<int, std::shared_ptr<Session>> sessions;
 
-    Desk(World& theWorld, Outbox& theOutbox)
+    ServiceContext(World& theWorld, Outbox& theOutbox)
         : world(theWorld)
         , outbox(theOutbox)
         , lists(theWorld)

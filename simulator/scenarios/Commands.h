@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+#include <optional>
+
+namespace zelcore {
+
+class SimulatorPrivate;
+class World;
+
+/// The command language: what is typed, what scenarios are made of.
+class Commands
+{
+public:
+    /// For a service that is there.
+    explicit Commands(SimulatorPrivate& simulator);
+    /// To try commands on a world: what concerns the service is checked and not done, and a command about what
+    /// applications make (items, icons) may be about something that is not there yet.
+    explicit Commands(World& world)
+        : m_world(world)
+    {
+    }
+
+    /// Runs one line. False, with a sentence in \a reply, when it is no command or cannot be done.
+    bool run(const QString& line, QString* reply) const;
+    bool run(const QStringList& words, QString* reply) const;
+
+    static QString help();
+    /// The words of a line; # begins a comment.
+    static std::optional<QStringList> split(const QString& line, QString* error);
+
+private:
+    World& m_world;
+    SimulatorPrivate* m_simulator = nullptr;
+};
+
+} // namespace zelcore

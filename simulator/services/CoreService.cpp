@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <simulator/services/CoreService.h>
+
+#include <simulator/wire/Wire.h>
+
+#include <QtCore/QTimer>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace zelcore {
+
+namespace {
+
+/// How long an application that connects may be silent before it is taken for one that comes back, in milliseconds:
+/// long enough for the first words of one that runs slowly, in a debugger say, and short beside the second within which
+/// an application is to find a service that came back.
+constexpr int silence = 200;
+
+} // namespace
+
+CoreService::CoreService(World& world, Outbox& outbox, QObject* parent)
+    : QObject(parent)
+    , m_context(world, outbox)
+    , m_lists(m_context)
+    , m_registrar(m_context, m_lists)
+    , m_profiles(m_context)
+{
+    const auto bind = [](auto& service, auto operation) -> RequestHandler {
+        return [&service, operation](Session& session, const QJsonObject& body) {
+            return (service.*operation)(session, body);
+        };
+    };
+    m_handlers = {
+        // Which kind of library it is makes no difference here.
+        {u"tpaApi"_s, [](Session&, const QJsonObject&) { return QString(); }},
+        {u"registrationRequest"_s, bind(m_registrar, &Registrar::request)},
+        {u"requestListAll"_s, bind(m_lists, &ListService::requestAll)},
+        {u"requestListElements"_s, bind(m_lists, &ListService::requestElements)},
+        {u"requestListRemove"_s, bind(m_lists, &ListService::requestRemove)},
+        {u"requestListChange"_s, bind(m_profiles, &ProfileService::requestChange)},
+        {u"requestUserAvatar"_s, bind(m_profiles, &ProfileService::requestUserPicture)},
+        {u"createProfileBoxItem"_s, bind(m_profiles, &ProfileService::createBoxItem)},
+        {u"createProfileBoxImage"_s, bind(m_profiles, &ProfileService::createBoxIcon)},
+        {u"requestProfileBoxImage"_s, bind(m_profiles, &ProfileService::requestBoxIcon)},
+        {u"stream"_s, bind(m_profiles, &ProfileService::stream)},
+        {u"requestEcoId"_s, bind(*this, &CoreService::requestEcoId)},
+        {u"requestEcoIdStatus"_s, bind(*this, &CoreService::requestEcoIdStatus)},
+    };
+}
+
+void CoreService::connected(int client, qint64 process)
+{
+    auto session = std::make_shared<Session>();
+    session->client = client;
+    session->process = process;
+    session->state = m_registrar.initialState();
+    session->unannounced = QSet<QString>(Lists::all().cbegin(), Lists::all().cend());
+    m_context.sessions.emplace(client, session);
+    QTimer::singleShot(silence, this, [this, weak = std::weak_ptr<Session>(session)] {
+        const std::shared_ptr<Session> waiting = weak.lock();
+        if (!waiting)
+            return;
+        settle(*waiting);
+        m_lists.announce(*waiting);
+    });
+}
+
+void CoreService::disconnected(int client)
+{
+    m_context.sessions.erase(client);
+}
+
+void CoreService::suspend()
+{
+    m_suspended.removeIf(
+        [](const Session& session) { return ::kill(pid_t(session.process), 0) != 0 && errno == ESRCH; });
+    for (const auto& [client, session] : m_context.sessions) {
+        settle(*session);
+        m_suspended.append(*session);
+    }
+    m_context.sessions.clear();
+}
+
+void CoreService::settle(Session& session)
+{
+    if (std::exchange(session.settled, true))
+        return;
+    // Connections have no names. A process that comes back is one that left; its several connections in the same order.
+    const auto former = std::find_if(m_suspended.cbegin(), m_suspended.cend(),
+                                     [&](const Session& left) { return left.process == session.process; });
+    if (former == m_suspended.cend())
+        return;
+    session.uuid = former->uuid;
+    session.state = former->state;
+    m_suspended.erase(former);
+}
+
+void CoreService::received(int client, const QByteArray& record)
+{
+    const auto found = m_context.sessions.find(client);
+    if (found == m_context.sessions.end())
+        return;
+    const std::shared_ptr<Session> session = found->second;
+
+    QString problem;
+    const std::optional<wire::Message> message = wire::parse(record, &problem);
+    if (message && message->type == "tpaApi"_L1 && !session->settled) {
+        session->settled = true;
+        session->unannounced.clear();
+    }
+    settle(*session);
+    if (!message) {
+        Q_EMIT messageReceived(client, QString(), QByteArray());
+        refuse(client, u"a record of %1 bytes"_s.arg(record.size()), problem);
+        return;
+    }
+
+    Q_EMIT messageReceived(client, message->type, message->json);
+    const auto handler = m_handlers.constFind(message->type);
+    problem = handler == m_handlers.cend() ? u"no such message is known"_s : (*handler)(*session, message->body);
+    if (!problem.isEmpty())
+        refuse(client, message->type, problem);
+}
+
+void CoreService::refuse(int client, const QString& type, const QString& why)
+{
+    Q_EMIT refused(u"application %1: %2: %3"_s.arg(QString::number(client), type.left(60), why));
+}
+
+void CoreService::setRegistrationState(const QString& state)
+{
+    for (Session& session : m_suspended)
+        session.state = state;
+    m_registrar.setState(state);
+}
+
+QString CoreService::registrationState() const
+{
+    return m_context.sessions.empty() ? m_registrar.initialState() : m_context.sessions.rbegin()->second->state;
+}
+
+QString CoreService::requestEcoId(Session& session, const QJsonObject& body)
+{
+    QString ppId;
+    QString problem;
+    if (!readString(body, "ppid"_L1, &ppId, &problem))
+        return problem;
+    const QJsonObject answer{{u"ppid"_s, ppId}, {u"ecoId"_s, m_context.world.ecoId(ppId)}};
+    m_context.outbox.send(session.client, "requestEcoIdResponse"_L1, wire::text(answer));
+    return {};
+}
+
+QString CoreService::requestEcoIdStatus(Session& session, const QJsonObject& body)
+{
+    QString ecoId;
+    QString problem;
+    if (!readString(body, "ecoId"_L1, &ecoId, &problem))
+        return problem;
+    const QJsonObject answer{{u"ecoId"_s, ecoId}, {u"status"_s, m_context.world.ecoIdStatus(ecoId)}};
+    m_context.outbox.send(session.client, "requestEcoIdStatusResponse"_L1, wire::text(answer));
+    return {};
+}
+
+} // namespace zelcore
