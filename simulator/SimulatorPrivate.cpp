@@ -43,10 +43,12 @@ void SimulatorPrivate::connectParts()
 {
     QObject::connect(&server, &ObjectServer::clientConnected, q, [this](int client) {
         service.connected(client, server.processOf(client));
+        Q_EMIT q->clientConnected(client);
         Q_EMIT q->clientCountChanged(q->clientCount());
     });
     QObject::connect(&server, &ObjectServer::clientDisconnected, q, [this](int client) {
         service.disconnected(client);
+        Q_EMIT q->clientDisconnected(client);
         Q_EMIT q->clientCountChanged(q->clientCount());
     });
     QObject::connect(&server, &ObjectServer::recordReceived, &service, &CoreService::received);

@@ -4,6 +4,8 @@
 #include <QtCore/QJsonDocument>
 #include <QtTest/QTest>
 
+#include <csignal>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -80,6 +82,11 @@ QList<QJsonObject> ZelctlProcess::takeUntil(const QString& registrationState)
             return result;
         result += line;
     }
+}
+
+void ZelctlProcess::interrupt()
+{
+    ::kill(pid_t(m_process.processId()), SIGINT);
 }
 
 int ZelctlProcess::finish()

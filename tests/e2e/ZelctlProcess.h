@@ -32,6 +32,8 @@ public:
 
     /// SIGTERM.
     void terminate() { m_process.terminate(); }
+    /// SIGINT.
+    void interrupt();
     /// Closes standard input and waits for the end. The exit status; -1 when it crashed or did not end.
     int finish();
     /// Runs it to its end on \a input.

@@ -9,6 +9,8 @@
 #include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
 
+#include <csignal>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -233,6 +235,7 @@ void TstZelctl::fetchesAPicture()
                                 "{\"source\":\"ContactService\",\"signal\":\"displayPictureUpdated\",\"handle\":"
                                 "\"bob\",\"imageType\":\"Png\",\"displayPictureSize\":20000,\"displayPictureSha1\":\"" +
                                     sha1(data) + "\"}"}));
+    QCOMPARE(run({u"picture"_s, u"bob"_s, u"-o"_s, target}).value(1), "Wrote 20000 bytes to " + target.toUtf8() + '.');
     QFile written(target);
     QVERIFY(written.open(QIODevice::ReadOnly));
     QCOMPARE(written.readAll(), data);
@@ -269,7 +272,8 @@ void TstZelctl::keepsABox()
              box.value(0).constData());
     QVERIFY2(box.value(0).contains("\"text\":\"plain\",\"cookie\":\"\",\"iconId\":-1}"), box.value(0).constData());
 
-    run({u"box-add"_s, QString()}, 1);
+    run({u"--timeout"_s, u"1"_s, u"box-add"_s, QString()}, 1); // the library alone knows why
+    QVERIFY2(m_diagnostics.contains("100 characters"), m_diagnostics.constData());
     run({u"box-remove"_s, u"no-such-item"_s}, 1);
     QCOMPARE(run({u"--json"_s, u"box-remove"_s, QString::fromUtf8(id)}).value(1),
              "{\"source\":\"ProfileBox\",\"signal\":\"itemRemoved\",\"itemId\":\"" + id + "\"}");
@@ -354,6 +358,14 @@ void TstZelctl::watchRegistersAndEndsWhenTold()
     watch.takeUntil(u"Allowed"_s);
     watch.terminate();
     QCOMPARE(watch.finish(), 0);
+    // In a script too, which has its background commands ignore interrupts.
+    std::signal(SIGINT, SIG_IGN);
+    ZelctlProcess inScript(m_simulator->root());
+    QVERIFY(inScript.start({u"--json"_s, u"watch"_s}));
+    std::signal(SIGINT, SIG_DFL);
+    inScript.takeUntil(u"Allowed"_s);
+    inScript.interrupt();
+    QCOMPARE(inScript.finish(), 0);
 }
 
 void TstZelctl::bringsItsOwnService()
@@ -367,6 +379,11 @@ void TstZelctl::bringsItsOwnService()
     ZelctlProcess inviting;
     QCOMPARE(inviting.run({u"--simulate"_s, u"invite"_s, u"E1"_s, u"Ada"_s, u"join us"_s}), 0);
     QVERIFY2(inviting.diagnostics().contains("contactInvitation"), inviting.diagnostics().constData());
+    // What its own service refuses need not be waited for.
+    ZelctlProcess refused;
+    QCOMPARE(refused.run({u"--simulate"_s, u"box-add"_s, u"x"_s, u"--icon"_s, u"9"_s}), 1);
+    QVERIFY2(refused.diagnostics().contains("The service refused: no icon has the id"),
+             refused.diagnostics().constData());
     ZelctlProcess unknown;
     QCOMPARE(unknown.run({u"--simulate=no-such-scenario"_s, u"state"_s}), 1);
     QVERIFY(!unknown.diagnostics().isEmpty());
@@ -380,6 +397,10 @@ void TstZelctl::printsTablesForPeople()
     QVERIFY(lines.at(lines.size() - 2).startsWith("handle  display name"));
     QVERIFY(lines.last().startsWith("bob     Bob"));
     QVERIFY(!lines.join().contains('\033'));
+    QVERIFY(!lines.join().contains("zel version"));
+    QVERIFY(run({u"--all"_s, u"contacts"_s}).join().contains("zel version"));
+    for (const QStringList& words : {QStringList{u"help"_s, u"set-message"_s}, {u"set-message"_s, u"--help"_s}})
+        QVERIFY(run(words).contains("  for example: zelctl set-message 'Back at five'"));
     QCOMPARE(run({u"set-message"_s, u"hello"_s}), QList<QByteArray>{"The personal message is \"hello\"."});
 }
 

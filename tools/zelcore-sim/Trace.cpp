@@ -4,6 +4,8 @@
 #include <QtCore/QRegularExpression>
 #include <QtCore/QTime>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int longestBody = 400;
@@ -12,22 +14,21 @@ constexpr int longestBody = 400;
 QString bodyOf(const QString& type, const QByteArray& json)
 {
     const QString text = QString::fromUtf8(json);
-    const QString head = QStringLiteral("{\"%1\":").arg(type);
+    const QString head = u"{\"%1\":"_s.arg(type);
     return text.startsWith(head) ? text.mid(head.size(), text.size() - head.size() - 1) : text;
 }
 
 QString shortened(QString body)
 {
-    static const QRegularExpression base64(QStringLiteral("\"([A-Za-z0-9+/]{12})[A-Za-z0-9+/]{60,}={0,2}\""));
+    static const QRegularExpression base64(u"\"([A-Za-z0-9+/]{12})[A-Za-z0-9+/]{60,}={0,2}\""_s);
     QRegularExpressionMatch match = base64.match(body);
     while (match.hasMatch()) {
-        const QString instead =
-            QStringLiteral("\"%1…\" (%2 characters)").arg(match.captured(1)).arg(match.capturedLength() - 2);
+        const QString instead = u"\"%1…\" (%2 characters)"_s.arg(match.captured(1)).arg(match.capturedLength() - 2);
         body.replace(match.capturedStart(), match.capturedLength(), instead);
         match = base64.match(body, match.capturedStart() + instead.size());
     }
     if (body.size() > longestBody)
-        body = QStringLiteral("%1… (%2 characters)").arg(body.left(longestBody)).arg(body.size());
+        body = u"%1… (%2 characters)"_s.arg(body.left(longestBody)).arg(body.size());
     return body;
 }
 
@@ -35,9 +36,8 @@ QString shortened(QString body)
 
 QString traceLine(bool fromApplication, int client, const QString& type, const QByteArray& json)
 {
-    const QString time = QTime::currentTime().toString(QStringLiteral("HH:mm:ss.zzz"));
-    const QString arrow = fromApplication ? QStringLiteral("-->") : QStringLiteral("<--");
-    const QString what = type.isEmpty() ? QStringLiteral("(not a message)") : type;
-    return QStringLiteral("%1 app %2 %3 %4 %5")
-        .arg(time, QString::number(client), arrow, what, shortened(bodyOf(type, json)));
+    const QString time = QTime::currentTime().toString(u"HH:mm:ss.zzz"_s);
+    const QString arrow = fromApplication ? u"-->"_s : u"<--"_s;
+    const QString what = type.isEmpty() ? u"(not a message)"_s : type;
+    return u"%1 app %2 %3 %4 %5"_s.arg(time, QString::number(client), arrow, what, shortened(bodyOf(type, json)));
 }

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // The core service on a desktop: serves applications until it is told to end, takes commands on standard input.
 
-#include "Console.h"
-#include "Signals.h"
 #include "Trace.h"
+
+#include <common/LineReader.h>
+#include <common/QuitSignals.h>
 
 #include <zelcore/Simulator.h>
 
@@ -12,9 +13,12 @@
 #include <QtCore/QDir>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 
 #include <unistd.h>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -33,19 +37,17 @@ void complain(const QString& line)
 QString usualRoot()
 {
     const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
-    return runtime.isEmpty() ? QDir::tempPath() + QStringLiteral("/zelplatform-%1").arg(::getuid())
-                             : runtime + QStringLiteral("/zelplatform");
+    return runtime.isEmpty() ? QDir::tempPath() + u"/zelplatform-%1"_s.arg(::getuid()) : runtime + u"/zelplatform"_s;
 }
 
 /// A word as a shell takes it.
 QString quoted(QString word)
 {
-    static const QString plain = QStringLiteral("/._-+,:=@");
+    static const QString plain = u"/._-+,:=@"_s;
     const bool needsNone = std::all_of(word.cbegin(), word.cend(), [](QChar c) {
         return (c.unicode() < 0x80 && c.isLetterOrNumber()) || plain.contains(c);
     });
-    return needsNone ? word
-                     : QLatin1Char('\'') + word.replace(QLatin1Char('\''), QLatin1String("'\\''")) + QLatin1Char('\'');
+    return needsNone ? word : u'\'' + word.replace(u'\'', "'\\''"_L1) + u'\'';
 }
 
 /// What the command line asks for.
@@ -58,17 +60,14 @@ struct Options
     bool trace = false;
 };
 
-const QCommandLineOption rootOption(QStringLiteral("root"), QStringLiteral("Serve below this folder."),
-                                    QStringLiteral("DIR"));
-const QCommandLineOption scenarioOption(QStringLiteral("scenario"),
-                                        QStringLiteral("Begin with this scenario: a file, or the name of one that "
-                                                       "ships with the simulator."),
-                                        QStringLiteral("FILE"));
-const QCommandLineOption contactsOption(QStringLiteral("contacts"), QStringLiteral("Add so many made-up contacts."),
-                                        QStringLiteral("N"));
-const QCommandLineOption seedOption(QStringLiteral("seed"), QStringLiteral("Make them up from this number."),
-                                    QStringLiteral("S"), QStringLiteral("1"));
-const QCommandLineOption traceOption(QStringLiteral("trace"), QStringLiteral("Show every message, both ways."));
+const QCommandLineOption rootOption(u"root"_s, u"Serve below this folder."_s, u"DIR"_s);
+const QCommandLineOption scenarioOption(u"scenario"_s,
+                                        u"Begin with this scenario: a file, or the name of one that "
+                                        "ships with the simulator."_s,
+                                        u"FILE"_s);
+const QCommandLineOption contactsOption(u"contacts"_s, u"Add so many made-up contacts."_s, u"N"_s);
+const QCommandLineOption seedOption(u"seed"_s, u"Make them up from this number."_s, u"S"_s, u"1"_s);
+const QCommandLineOption traceOption(u"trace"_s, u"Show every message, both ways."_s);
 
 /// False, with a line on standard error, for numbers that are none.
 bool readOptions(const QCommandLineParser& parser, Options* options)
@@ -82,20 +81,28 @@ bool readOptions(const QCommandLineParser& parser, Options* options)
     options->seed = parser.value(seedOption).toUInt(&seedOk);
     options->trace = parser.isSet(traceOption);
     if (!contactsOk || options->contacts < 0 || !seedOk)
-        complain(QStringLiteral("--contacts and --seed take numbers from 0"));
+        complain(u"--contacts and --seed take numbers from 0"_s);
     return contactsOk && options->contacts >= 0 && seedOk;
 }
 
 void show(zelcore::Simulator& simulator, bool trace)
 {
     using zelcore::Simulator;
-    QObject::connect(
-        &simulator, &Simulator::invocationReceived, &simulator,
-        [](const QString& target, const QString& action, const QString& mimeType, const QByteArray& data) {
-            print(QStringLiteral("invocation %1 %2 %3 %4").arg(target, action, mimeType, QString::fromUtf8(data)));
-        });
+    QObject::connect(&simulator, &Simulator::invocationReceived, &simulator,
+                     [](const QString& target, const QString& action, const QString& mimeType, const QByteArray& data) {
+                         print(u"invocation %1 %2 %3 %4"_s.arg(target, action, mimeType, QString::fromUtf8(data)));
+                     });
     QObject::connect(&simulator, &Simulator::commandExecuted, &simulator,
-                     [](const QString& command, const QString&) { print(QStringLiteral("scenario: ") + command); });
+                     [](const QString& command, const QString&) { print(u"scenario: "_s + command); });
+    QObject::connect(&simulator, &Simulator::clientConnected, &simulator,
+                     [](int client) { print(u"application %1 comes"_s.arg(client)); });
+    QObject::connect(&simulator, &Simulator::clientDisconnected, &simulator,
+                     [](int client) { print(u"application %1 goes"_s.arg(client)); });
+    QObject::connect(&simulator, &Simulator::registrationRequested, &simulator, [](const QString& uuid, bool silent) {
+        print(u"%1 asks to be registered%2"_s.arg(uuid, silent ? u", silently"_s : QString()));
+    });
+    QObject::connect(&simulator, &Simulator::registrationStateChanged, &simulator,
+                     [](const QString& state) { print(u"registration: "_s + state); });
     if (!trace)
         return;
     QObject::connect(
@@ -126,47 +133,69 @@ bool prepare(zelcore::Simulator& simulator, const Options& options)
 
 int main(int argc, char* argv[])
 {
+    zeltools::QuitSignals::block();
+    // In the background of a terminal a read is answered by a signal that stops the program; ignored, the read fails.
+    std::signal(SIGTTIN, SIG_IGN);
     QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("zelcore-sim"));
+    QCoreApplication::setApplicationName(u"zelcore-sim"_s);
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        QStringLiteral("A core service for the desktop. It serves applications that run with PPS_ROOT set to its "
-                       "folder,\nand takes commands on standard input (\"help\" lists them).\nScenarios: %1.")
-            .arg(zelcore::Simulator::scenarioNames().join(QLatin1String(", "))));
+        u"A core service for the desktop. It serves applications that run with PPS_ROOT set to its "
+        "folder,\nand takes commands on standard input (\"help\" lists them).\nScenarios: %1."_s.arg(
+            zelcore::Simulator::scenarioNames().join(", "_L1)));
     const QCommandLineOption help = parser.addHelpOption();
+    const QCommandLineOption version(u"version"_s, u"Show the version."_s);
+    parser.addOption(version);
     parser.addOptions({rootOption, scenarioOption, contactsOption, seedOption, traceOption});
     const bool understood = parser.parse(QCoreApplication::arguments());
     Options options;
     if (!understood) {
-        complain(parser.errorText() + QStringLiteral(" See --help."));
+        complain(parser.errorText() + u" See --help."_s);
         return 2;
     }
     if (parser.isSet(help))
         parser.showHelp();
+    if (parser.isSet(version)) {
+        print(QStringLiteral("zelcore-sim " ZELCORE_SIM_VERSION));
+        return 0;
+    }
     if (!parser.positionalArguments().isEmpty()) {
-        complain(QStringLiteral("\"%1\" is no option; see --help").arg(parser.positionalArguments().first()));
+        complain(u"\"%1\" is no option; see --help"_s.arg(parser.positionalArguments().first()));
         return 2;
     }
     if (!readOptions(parser, &options))
         return 2;
 
-    Signals ending;
-    QObject::connect(&ending, &Signals::terminated, &application, &QCoreApplication::quit);
+    zeltools::QuitSignals ending;
+    QObject::connect(&ending, &zeltools::QuitSignals::quitRequested, &application, &QCoreApplication::quit);
     zelcore::Simulator simulator;
     QObject::connect(&simulator, &zelcore::Simulator::quitRequested, &application, &QCoreApplication::quit);
     show(simulator, options.trace);
     if (!prepare(simulator, options))
         return 1;
-    print(QStringLiteral("export PPS_ROOT=") + quoted(simulator.root()));
+    print(u"export PPS_ROOT="_s + quoted(simulator.root()));
 
-    Console console;
-    QObject::connect(&console, &Console::lineRead, &simulator, [&simulator](const QString& line) {
+    zeltools::LineReader lines(STDIN_FILENO);
+    const bool prompts = ::isatty(STDIN_FILENO) && ::isatty(STDOUT_FILENO);
+    const auto prompt = [prompts] {
+        if (prompts)
+            std::fputs("zelcore-sim> ", stdout);
+        std::fflush(stdout);
+    };
+    if (prompts)
+        print(u"Say that line in the shell of an application, or try: zelctl contacts\n"
+              "\"help\" lists what can be said here, \"quit\" ends."_s);
+    QObject::connect(&lines, &zeltools::LineReader::lineRead, &simulator, [&](const QString& line) {
         QString reply;
         const bool done = simulator.execute(line, &reply);
         if (!done)
             complain(reply);
         else if (!reply.isEmpty())
             print(reply);
+        prompt();
     });
+    // The end of the input is only that: the program may well be meant to go on in the background.
+    lines.start();
+    prompt();
     return QCoreApplication::exec();
 }

@@ -3,6 +3,8 @@
 
 #include <cmath>
 
+using namespace Qt::StringLiterals;
+
 namespace zelctl {
 
 namespace {
@@ -26,10 +28,10 @@ bool setUuid(CommandLine& line, const QString& text, QString* error)
 {
     // The null UUID is of use to see how its refusal looks.
     line.uuid = QUuid(text);
-    if (!line.uuid.isNull() || text == QLatin1String("null-uuid") || QUuid().toString(QUuid::WithoutBraces) == text)
+    if (!line.uuid.isNull() || text == "null-uuid"_L1 || QUuid().toString(QUuid::WithoutBraces) == text)
         return true;
-    *error = QStringLiteral("'%1' is not a UUID; write it like %2, or null-uuid for the null one")
-                 .arg(text, CommandLine::defaultUuid().toString(QUuid::WithoutBraces));
+    *error = u"'%1' is not a UUID; write it like %2, or null-uuid for the null one"_s.arg(
+        text, CommandLine::defaultUuid().toString(QUuid::WithoutBraces));
     return false;
 }
 
@@ -41,25 +43,27 @@ bool setTimeout(CommandLine& line, const QString& text, QString* error)
         line.timeout = static_cast<int>(std::ceil(seconds * 1000));
         return true;
     }
-    *error = QStringLiteral("'%1' is not a number of seconds above 0").arg(text);
+    *error = u"'%1' is not a number of seconds above 0"_s.arg(text);
     return false;
 }
 
 /// Options without a value; false when \a typed is none of them.
 bool setSwitch(CommandLine& line, const Typed& typed)
 {
-    if (typed.name == QLatin1String("--simulate")) {
+    if (typed.name == "--simulate"_L1) {
         line.simulate = true;
         line.scenario = typed.value.value_or(QString());
         return true;
     }
     if (typed.value)
         return false;
-    if (typed.name == QLatin1String("--json"))
+    if (typed.name == "--json"_L1)
         return line.json = true;
-    if (typed.name == QLatin1String("--help") || typed.name == QLatin1String("-h"))
+    if (typed.name == "--all"_L1)
+        return line.all = true;
+    if (typed.name == "--help"_L1 || typed.name == "-h"_L1)
         return line.help = true;
-    if (typed.name == QLatin1String("--version"))
+    if (typed.name == "--version"_L1)
         return line.version = true;
     return false;
 }
@@ -68,7 +72,7 @@ bool setSwitch(CommandLine& line, const Typed& typed)
 
 QUuid CommandLine::defaultUuid()
 {
-    return QUuid(QStringLiteral("7a1e0c74-5d0b-4c53-9a55-2f6f3c1be0d1"));
+    return QUuid(u"7a1e0c74-5d0b-4c53-9a55-2f6f3c1be0d1"_s);
 }
 
 std::optional<CommandLine> CommandLine::parse(const QStringList& arguments, QString* error)
@@ -76,22 +80,22 @@ std::optional<CommandLine> CommandLine::parse(const QStringList& arguments, QStr
     CommandLine line;
     qsizetype at = 0;
     for (; at < arguments.size() && arguments.at(at).startsWith(u'-'); ++at) {
-        if (arguments.at(at) == QLatin1String("--")) {
+        if (arguments.at(at) == "--"_L1) {
             ++at;
             break;
         }
         Typed typed = split(arguments.at(at));
         if (setSwitch(line, typed))
             continue;
-        const bool isUuid = typed.name == QLatin1String("--uuid");
-        if (!isUuid && typed.name != QLatin1String("--timeout")) {
-            *error = QStringLiteral("there is no option %1").arg(arguments.at(at));
+        const bool isUuid = typed.name == "--uuid"_L1;
+        if (!isUuid && typed.name != "--timeout"_L1) {
+            *error = u"there is no option %1"_s.arg(arguments.at(at));
             return std::nullopt;
         }
         if (!typed.value && at + 1 < arguments.size())
             typed.value = arguments.at(++at);
         if (!typed.value) {
-            *error = QStringLiteral("%1 wants a value").arg(typed.name);
+            *error = u"%1 wants a value"_s.arg(typed.name);
             return std::nullopt;
         }
         if (!(isUuid ? setUuid(line, *typed.value, error) : setTimeout(line, *typed.value, error)))

@@ -16,6 +16,7 @@ namespace zelctl {
 struct CommandLine
 {
     bool json = false;
+    bool all = false;
     bool help = false;
     bool version = false;
     bool simulate = false;

@@ -14,9 +14,9 @@ class Session;
 /// What a command said at once. Its later outcome, if it has one, is a signal.
 struct Answer
 {
-    Record record;          ///< What was asked for, without the command's name.
-    std::optional<bool> ok; ///< For requests: what the public call returned.
-    QString failure;        ///< Not empty: the command could not even be tried, and why.
+    Record record = {};          ///< What was asked for, without the command's name.
+    std::optional<bool> ok = {}; ///< For requests: what the public call returned.
+    QString failure = {};        ///< Not empty: the command could not even be tried, and why.
 };
 
 /// What a command that stands for itself waits for before it acts.
@@ -29,34 +29,25 @@ enum class Needs {
 /// How a command that stands for itself comes to its end after it has acted.
 struct Outcome
 {
-    QLatin1String source = {}; ///< The signal that tells; none: the answer tells.
-    QLatin1String signal = {};
-    QLatin1String key = {}; ///< The member of that signal that must be the first argument; none: any signal will do.
-
-    /// What people read at the end. {0}, {1} are arguments, {name} a member of the signal.
-    QLatin1String sentence = {};
-    /// The same when that member of the signal is empty or 0.
-    QLatin1String member = {};
-    QLatin1String nothing = {};
-    /// What people read when the request was refused.
-    QLatin1String refused = {};
-    /// Why a service that works may leave the request unanswered, as a question.
-    QLatin1String unanswered = {};
-
-    /// Whether things already stand as the command wants them, so that no signal will follow; may be null.
+    QString signal = {}; ///< "Class.signal", the one that tells; none: the answer tells.
+    QString key = {};    ///< The member of it that must be the first argument; none: any such signal will do.
+    /// What people read at the end: {0}, {1} are arguments, {name} a member of the signal. What stands behind a bar is
+    /// read instead when such a member is empty or 0.
+    QString sentence = {};
+    /// What such a request takes, for who wonders why it was refused or not answered.
+    QString takes = {};
+    /// Whether things stand as the command wants them: no signal follows then, or no further one. May be null.
     bool (*settled)(Session& session, const Arguments& arguments) = nullptr;
-    /// Whether it takes as many signals as it needs until things are settled.
-    bool untilSettled = false;
-    /// Why there is no point in trying, as a sentence; empty to go on. May be null.
-    QString (*objection)(Session& session, const Arguments& arguments) = nullptr;
 };
 
 struct Command
 {
-    QLatin1String name;
-    QLatin1String summary;
+    QString name;
+    /// Its arguments. HANDLE is a contact who runs the application, ID an item of the box.
+    QString usage;
+    QString summary;
+    QString example; ///< Without the program's name.
     Needs needs;
-    Signature signature;
     Answer (*run)(Session& session, const Arguments& arguments);
     Outcome outcome = {};
 };
@@ -64,6 +55,17 @@ struct Command
 /// All commands but `watch` and `shell`, which are ways of running and not requests. In the order of the help.
 const std::vector<Command>& commands();
 
+/// Null when there is none.
 const Command* findCommand(const QString& name);
+
+/// For people: how a command is used, what it does, and an example. Empty when there is no such command.
+QString helpOn(const QString& name);
+
+/// Why this command has no chance: a contact or an item that it names is not there, and the library would drop the
+/// request with a line in its log, where a person at a terminal would only see nothing happen. Empty to go on.
+QString objectionTo(const Command& command, const Arguments& arguments, Session& session);
+
+/// The state of the library as `state` answers it, and as the shell begins.
+Record stateRecord(Session& session);
 
 } // namespace zelctl

@@ -2,9 +2,8 @@
 #include "OneShot.h"
 
 #include "Commands.h"
-#include "Objections.h"
+#include "Advice.h"
 #include "Output.h"
-#include "Requests.h"
 #include "Session.h"
 
 #include <vx/platform/zel/Context.h>
@@ -27,6 +26,7 @@ OneShot::OneShot(Session& session, Output& output, const Command& command, const
     connect(&m_timer, &QTimer::timeout, this, &OneShot::onTimeout);
     connect(&m_session, &Session::signalled, this, &OneShot::onSignal);
     connect(&m_session, &Session::liveObjectsMade, this, &OneShot::onLive);
+    connect(&m_session, &Session::saved, this, [this](const QString& sentence) { m_saved = sentence; });
     connect(&m_session, &Session::saveFailed, this, &OneShot::fail);
 }
 
@@ -48,12 +48,12 @@ void OneShot::start()
 
 void OneShot::onSignal(const Record& record)
 {
-    const bool isState = record.textOf("source"_L1) == "Context"_L1;
+    const bool isState = record.textOf(u"source"_s) == "Context"_L1;
     if (isState && registers() && m_phase != Phase::Done)
         m_output.signal(record);
     if (isState && (m_phase == Phase::State || m_phase == Phase::Registration))
         onState();
-    else if (m_phase == Phase::Contacts && record.textOf("signal"_L1) == "contactListUpdated"_L1)
+    else if (m_phase == Phase::Contacts && record.textOf(u"signal"_s) == "contactListUpdated"_L1)
         QMetaObject::invokeMethod(this, &OneShot::act, Qt::QueuedConnection);
     else if (m_phase == Phase::Outcome)
         onOutcome(record);
@@ -109,12 +109,11 @@ void OneShot::act()
     if (m_phase == Phase::Outcome || m_phase == Phase::Delivery || m_phase == Phase::Done)
         return;
     m_phase = Phase::Outcome;
-    const Outcome& outcome = m_command.outcome;
-    if (const QString objection = outcome.objection ? outcome.objection(m_session, m_arguments) : QString();
-        !objection.isEmpty()) {
+    if (const QString objection = objectionTo(m_command, m_arguments, m_session); !objection.isEmpty()) {
         fail(objection);
         return;
     }
+    const Outcome& outcome = m_command.outcome;
     const bool settled = outcome.settled && outcome.settled(m_session, m_arguments);
     const Answer answer = m_command.run(m_session, m_arguments);
     if (!answer.failure.isEmpty()) {
@@ -129,8 +128,8 @@ void OneShot::act()
     if (m_output.format() == Output::Format::JsonLines)
         m_output.request(m_command.name, *answer.ok);
     if (!*answer.ok)
-        fail(u"The request was refused: %1."_s.arg(outcome.refused.isEmpty() ? "access is not allowed"_L1
-                                                                             : outcome.refused));
+        fail(u"The request was refused: %1."_s.arg(outcome.takes.isEmpty() ? u"access is not allowed"_s
+                                                                           : outcome.takes));
     else if (outcome.signal.isEmpty() && m_waitsForDelivery)
         m_phase = Phase::Delivery;
     else if (outcome.signal.isEmpty() || settled)
@@ -140,13 +139,13 @@ void OneShot::act()
 void OneShot::onOutcome(const Record& record)
 {
     const Outcome& outcome = m_command.outcome;
-    if (record.textOf("source"_L1) != outcome.source || record.textOf("signal"_L1) != outcome.signal)
+    if (record.textOf(u"source"_s) + u'.' + record.textOf(u"signal"_s) != outcome.signal)
         return;
     if (!outcome.key.isEmpty() && record.textOf(outcome.key) != m_arguments.text(0))
         return;
     if (m_output.format() == Output::Format::JsonLines)
         m_output.signal(record);
-    if (!outcome.untilSettled || outcome.settled(m_session, m_arguments))
+    if (!outcome.settled || outcome.settled(m_session, m_arguments))
         succeed(record);
 }
 
@@ -159,11 +158,21 @@ void OneShot::delivered()
 
 void OneShot::succeed(const Record& signal)
 {
-    const Outcome& outcome = m_command.outcome;
-    const QString found = outcome.member.isEmpty() ? QString() : signal.textOf(outcome.member);
-    const bool hasNothing = !outcome.member.isEmpty() && (found.isEmpty() || found == "0"_L1);
-    m_output.sentence(fill(hasNothing ? outcome.nothing : outcome.sentence, signal));
+    const QString& sentence = m_command.outcome.sentence;
+    bool hasNothing = false;
+    QString text = fill(sentence.section(u'|', 0, 0), signal, &hasNothing);
+    if (hasNothing && sentence.contains(u'|'))
+        text = fill(sentence.section(u'|', 1), signal, &hasNothing);
+    m_output.sentence(text);
+    if (!m_saved.isEmpty())
+        m_output.sentence(m_saved);
     finish(0);
+}
+
+void OneShot::refuse(const QString& why)
+{
+    if (m_phase == Phase::Outcome)
+        fail(u"The service refused: %1."_s.arg(why));
 }
 
 void OneShot::fail(const QString& sentence)
@@ -198,31 +207,32 @@ void OneShot::onTimeout()
         fail(u"The service did not tell the registration state %1."_s.arg(seconds));
     } else if (m_phase == Phase::Registration) {
         fail(u"The registration had no outcome %1; the last state was %2."_s.arg(
-            seconds, stateRecord(m_session).textOf("registrationState"_L1)));
+            seconds, stateRecord(m_session).textOf(u"registrationState"_s)));
     } else if (m_phase == Phase::Contacts) {
         fail(u"The contact list was not complete %1."_s.arg(seconds));
     } else {
-        const QLatin1String why = m_command.outcome.unanswered;
-        fail(u"The service did not answer %1; %2"_s.arg(
-            seconds, why.isEmpty() ? "ZEL_SLOG=stderr shows what the library has to say."_L1 : why));
+        const QString& takes = m_command.outcome.takes;
+        fail(u"The service did not answer %1; %2."_s.arg(
+            seconds, takes.isEmpty() ? u"ZEL_SLOG=stderr shows what the library has to say"_s : takes));
     }
 }
 
-QString OneShot::fill(QLatin1String sentence, const Record& signal) const
+QString OneShot::fill(const QString& sentence, const Record& signal, bool* hasNothing) const
 {
     QString text;
-    const QString pattern = sentence;
     qsizetype at = 0;
-    for (qsizetype open; (open = pattern.indexOf(u'{', at)) >= 0;) {
-        const qsizetype close = pattern.indexOf(u'}', open);
-        const QString name = pattern.mid(open + 1, close - open - 1);
+    for (qsizetype open; (open = sentence.indexOf(u'{', at)) >= 0;) {
+        const qsizetype close = sentence.indexOf(u'}', open);
+        const QString name = sentence.mid(open + 1, close - open - 1);
         bool isArgument = false;
         const int number = name.toInt(&isArgument);
-        text += QStringView(pattern).mid(at, open - at);
-        text += printable(isArgument ? m_arguments.text(number) : signal.textOf(QLatin1String(name.toLatin1())));
+        const QString value = isArgument ? m_arguments.text(number) : signal.textOf(name);
+        *hasNothing = *hasNothing || (!isArgument && (value.isEmpty() || value == "0"_L1));
+        text += QStringView(sentence).mid(at, open - at);
+        text += printable(value);
         at = close + 1;
     }
-    return text + pattern.mid(at);
+    return text + sentence.mid(at);
 }
 
 } // namespace zelctl

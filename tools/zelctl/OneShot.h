@@ -29,6 +29,8 @@ public:
     /// end is the end of the application that it was handed to.
     void waitForDelivery() { m_waitsForDelivery = true; }
     void delivered();
+    /// The service said that it refuses what was asked for, and why.
+    void refuse(const QString& why);
     void interrupt();
 
 Q_SIGNALS:
@@ -48,7 +50,7 @@ private:
     void fail(const QString& sentence);
     void finish(int exitStatus);
     void onTimeout();
-    QString fill(QLatin1String sentence, const Record& signal) const;
+    QString fill(const QString& sentence, const Record& signal, bool* hasNothing) const;
 
     Session& m_session;
     Output& m_output;
@@ -58,6 +60,7 @@ private:
     QTimer m_timer;
     Phase m_phase = Phase::State;
     bool m_waitsForDelivery = false;
+    QString m_saved; ///< What is to be said about a file that was written.
 };
 
 } // namespace zelctl

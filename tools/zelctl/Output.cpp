@@ -38,13 +38,13 @@ QString padded(const QString& text, qsizetype columns)
 }
 
 /// "displayPictureSize" as "display picture size".
-QString spelled(QLatin1String name)
+QString spelled(const QString& name)
 {
     QString text;
-    for (const char c : name) {
-        if (c >= 'A' && c <= 'Z')
+    for (const QChar c : name) {
+        if (c.isUpper())
             text += u' ';
-        text += QChar::fromLatin1(c).toLower();
+        text += c.toLower();
     }
     return text;
 }
@@ -70,33 +70,37 @@ Output::Output(Format format, std::FILE* out)
 
 void Output::ready(const Record& state)
 {
+    m_inShell = true;
     if (m_format == Format::JsonLines)
-        line(toJson(Record().flag("ready"_L1, true).append(state)));
+        line(toJson(Record().add(u"ready"_s, true).append(state)));
     else
         sentence(u"Ready, the registration state is %1. 'help' lists the commands."_s.arg(
-            state.textOf("registrationState"_L1)));
+            state.textOf(u"registrationState"_s)));
 }
 
-void Output::answer(QLatin1String command, const Record& record)
+void Output::answer(const QString& command, const Record& record)
 {
-    if (m_format == Format::JsonLines)
-        line(toJson(Record().text("answer"_L1, command).append(record)));
-    else
-        values(record);
+    if (m_format == Format::JsonLines) {
+        line(toJson(Record().add(u"answer"_s, command).append(record)));
+        return;
+    }
+    if (m_inShell)
+        sentence(bold(command + u':'));
+    values(record);
 }
 
-void Output::request(QLatin1String command, bool ok)
+void Output::request(const QString& command, bool ok)
 {
     if (m_format == Format::JsonLines)
-        answer(command, Record().flag("ok"_L1, ok));
+        answer(command, Record().add(u"ok"_s, ok));
     else
-        sentence(ok ? u"ok"_s : u"refused"_s);
+        sentence((m_inShell ? command + u": "_s : QString()) + (ok ? u"ok"_s : u"refused"_s));
 }
 
 void Output::error(const QString& message)
 {
     if (m_format == Format::JsonLines)
-        line(toJson(Record().text("answer"_L1, u"error"_s).text("message"_L1, message)));
+        line(toJson(Record().add(u"answer"_s, u"error"_s).add(u"message"_s, message)));
     else
         sentence(u"error: "_s + message);
 }
@@ -107,14 +111,13 @@ void Output::signal(const Record& record)
         line(toJson(record));
         return;
     }
-    QString text = bold(padded(record.textOf("source"_L1), 14)) + u"  "_s;
-    const QString name = record.textOf("signal"_L1);
+    QString text = bold(padded(record.textOf(u"source"_s), 14)) + u"  "_s;
+    const QString name = record.textOf(u"signal"_s);
     text += record.members().size() > 2 ? padded(name, 24) : name;
-    for (std::size_t i = 2; i < record.members().size(); ++i) {
-        const Member& member = record.members().at(i);
-        const bool quoted = std::holds_alternative<QString>(member.value);
-        const QString value = quoted ? u'"' + printable(toText(member)) + u'"' : toText(member);
-        text += u"  "_s + member.name + u'=' + value;
+    for (const Record::Member& member : record.members().mid(2)) {
+        const QString value = toText(member.value);
+        const bool quoted = member.value.metaType() == QMetaType::fromType<QString>();
+        text += u"  "_s + member.name + u'=' + (quoted ? u'"' + printable(value) + u'"' : value);
     }
     sentence(text);
 }
@@ -140,17 +143,17 @@ void Output::line(const QByteArray& bytes)
 void Output::values(const Record& record)
 {
     qsizetype width = 0;
-    for (const Member& member : record.members()) {
-        if (!std::holds_alternative<QList<Record>>(member.value))
+    for (const Record::Member& member : record.members()) {
+        if (!member.value.canConvert<QList<Record>>())
             width = std::max(width, spelled(member.name).size());
     }
-    for (const Member& member : record.members()) {
-        if (const auto* rows = std::get_if<QList<Record>>(&member.value))
-            table(*rows);
-        else if (const auto* nested = std::get_if<std::shared_ptr<const Record>>(&member.value))
-            values(**nested);
+    for (const Record::Member& member : record.members()) {
+        if (member.value.canConvert<QList<Record>>())
+            table(member.value.value<QList<Record>>());
+        else if (member.value.canConvert<Record>())
+            values(member.value.value<Record>());
         else
-            sentence(bold(padded(spelled(member.name), width)) + u"  "_s + printable(toText(member)));
+            sentence(bold(padded(spelled(member.name), width)) + u"  "_s + printable(toText(member.value)));
     }
 }
 
@@ -158,23 +161,27 @@ void Output::table(const QList<Record>& rows)
 {
     if (rows.isEmpty())
         return;
-    QList<QStringList> lines(1);
-    for (const Member& member : rows.first().members())
-        lines.first() += spelled(member.name);
-    for (const Record& row : rows) {
-        QStringList cells;
-        for (const Member& member : row.members())
-            cells += printable(toText(member));
-        lines += cells;
+    static const QStringList seldom{u"ppId"_s, u"applicationVersion"_s, u"platformVersion"_s, u"sdkVersion"_s,
+                                    u"zelVersion"_s};
+    QList<QStringList> lines(1 + rows.size());
+    QList<qsizetype> widths;
+    for (qsizetype i = 0; i < rows.size(); ++i) {
+        for (const Record::Member& member : rows.at(i).members()) {
+            if (!m_all && seldom.contains(member.name))
+                continue;
+            if (i == 0)
+                lines.first() += spelled(member.name);
+            lines[i + 1] += printable(toText(member.value));
+        }
     }
-    QList<qsizetype> widths(lines.first().size(), 0);
     for (const QStringList& cells : lines) {
+        widths.resize(cells.size());
         for (qsizetype i = 0; i < cells.size(); ++i)
             widths[i] = std::max(widths.at(i), columnsOf(cells.at(i)));
     }
     sentence(bold(joined(lines.first(), widths)));
-    for (qsizetype i = 1; i < lines.size(); ++i)
-        sentence(joined(lines.at(i), widths));
+    for (const QStringList& cells : lines.mid(1))
+        sentence(joined(cells, widths));
 }
 
 QString Output::bold(const QString& text) const

@@ -16,16 +16,19 @@ class Output
 public:
     enum class Format { People, JsonLines };
 
+    /// Tables have every column, the ids and versions too that people seldom look for.
+    void showAll() { m_all = true; }
+
     /// Writes to \a out, which must outlive it. Colour only on a terminal that wants it.
     explicit Output(Format format, std::FILE* out = stdout);
 
     Format format() const { return m_format; }
 
-    /// The first line of a shell.
+    /// The first line of a shell, whose answers name their command for people, too.
     void ready(const Record& state);
     /// \a record is what the command answers, without its name.
-    void answer(QLatin1String command, const Record& record);
-    void request(QLatin1String command, bool ok);
+    void answer(const QString& command, const Record& record);
+    void request(const QString& command, bool ok);
     /// A line that is not a command. It is an answer, not a diagnostic: who sent the line waits for one.
     void error(const QString& message);
     void signal(const Record& record);
@@ -43,6 +46,8 @@ private:
     const Format m_format;
     std::FILE* const m_out;
     const bool m_colour;
+    bool m_inShell = false;
+    bool m_all = false;
 };
 
 /// \a text on one line and without anything that a terminal would obey: a name or message comes from strangers.

@@ -5,6 +5,8 @@
 #include <QtCore/QFileInfo>
 #include <QtCore/QSaveFile>
 
+using namespace Qt::StringLiterals;
+
 using vx::platform::zel::ImageType;
 
 namespace zelctl {
@@ -20,10 +22,10 @@ struct Format
 };
 
 constexpr Format formats[] = {
-    {"\xff\xd8\xff", 3, ImageType::Jpg, QLatin1String(" jpg jpeg jpe ")},
-    {"\x89PNG\r\n\x1a\n", 8, ImageType::Png, QLatin1String(" png ")},
-    {"GIF8", 4, ImageType::Gif, QLatin1String(" gif ")},
-    {"BM", 2, ImageType::Bmp, QLatin1String(" bmp dib ")},
+    {"\xff\xd8\xff", 3, ImageType::Jpg, " jpg jpeg jpe "_L1},
+    {"\x89PNG\r\n\x1a\n", 8, ImageType::Png, " png "_L1},
+    {"GIF8", 4, ImageType::Gif, " gif "_L1},
+    {"BM", 2, ImageType::Bmp, " bmp dib "_L1},
 };
 
 } // namespace
@@ -46,12 +48,12 @@ std::optional<Picture> readPicture(const QString& fileName, QString* error)
 {
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly)) {
-        *error = QStringLiteral("cannot read %1: %2").arg(fileName, file.errorString());
+        *error = u"cannot read %1: %2"_s.arg(fileName, file.errorString());
         return std::nullopt;
     }
     const QByteArray data = file.readAll();
     if (file.error() != QFileDevice::NoError) { // a folder opens and then cannot be read
-        *error = QStringLiteral("cannot read %1: %2").arg(fileName, file.errorString());
+        *error = u"cannot read %1: %2"_s.arg(fileName, file.errorString());
         return std::nullopt;
     }
     return Picture{imageTypeOf(data, fileName), data};
@@ -63,7 +65,7 @@ bool writePicture(const QString& fileName, const QByteArray& data, QString* erro
     file.setDirectWriteFallback(true); // for targets such as /dev/stdout or folders that take no new files
     if (file.open(QIODevice::WriteOnly) && file.write(data) == data.size() && file.commit())
         return true;
-    *error = QStringLiteral("cannot write %1: %2").arg(fileName, file.errorString());
+    *error = u"cannot write %1: %2"_s.arg(fileName, file.errorString());
     return false;
 }
 

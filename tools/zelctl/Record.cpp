@@ -2,35 +2,15 @@
 #include "Record.h"
 
 #include <QtCore/QCryptographicHash>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QMetaEnum>
 
-#include <algorithm>
+using namespace Qt::StringLiterals;
 
 namespace zelctl {
 
 namespace {
-
-void appendEscaped(QByteArray& out, char16_t c)
-{
-    switch (c) {
-    case u'"':
-        out += "\\\"";
-        break;
-    case u'\\':
-        out += "\\\\";
-        break;
-    case u'\n':
-        out += "\\n";
-        break;
-    case u'\r':
-        out += "\\r";
-        break;
-    case u'\t':
-        out += "\\t";
-        break;
-    default:
-        out += "\\u" + QByteArray::number(c, 16).rightJustified(4, '0');
-    }
-}
 
 /// Qt's own conversion of a lone surrogate has changed between releases, so they are replaced before it sees them.
 QString withoutLoneSurrogates(QString text)
@@ -46,133 +26,75 @@ QString withoutLoneSurrogates(QString text)
     return text;
 }
 
-void appendJson(QByteArray& out, const QString& text)
+QByteArray toJson(const QVariant& value)
 {
-    const QByteArray utf8 = withoutLoneSurrogates(text).toUtf8();
-    out += '"';
-    for (const char c : utf8) {
-        // Line separators of any kind are left as they are: only "\n" ends a line of JSON Lines.
-        if (static_cast<unsigned char>(c) < 0x20 || c == '"' || c == '\\' || c == 0x7f)
-            appendEscaped(out, static_cast<char16_t>(c));
-        else
-            out += c;
+    if (value.canConvert<Record>())
+        return toJson(value.value<Record>());
+    if (value.canConvert<QList<Record>>()) {
+        QByteArrayList texts;
+        for (const Record& record : value.value<QList<Record>>())
+            texts += toJson(record);
+        return '[' + texts.join(',') + ']';
     }
-    out += '"';
-}
-
-void appendJson(QByteArray& out, const Record& record);
-
-void appendJson(QByteArray& out, const QList<Record>& list)
-{
-    out += '[';
-    for (qsizetype i = 0; i < list.size(); ++i) {
-        if (i > 0)
-            out += ',';
-        appendJson(out, list.at(i));
-    }
-    out += ']';
-}
-
-struct JsonValue
-{
-    QByteArray& out;
-
-    void operator()(bool value) const { out += value ? "true" : "false"; }
-    void operator()(qint64 value) const { out += QByteArray::number(value); }
-    void operator()(const QString& value) const { appendJson(out, value); }
-    void operator()(const QList<Record>& value) const { appendJson(out, value); }
-    void operator()(const std::shared_ptr<const Record>& value) const { appendJson(out, *value); }
-};
-
-void appendJson(QByteArray& out, const Record& record)
-{
-    out += '{';
-    bool first = true;
-    for (const Member& member : record.members()) {
-        if (!first)
-            out += ',';
-        first = false;
-        appendJson(out, QString(member.name));
-        out += ':';
-        std::visit(JsonValue{out}, member.value);
-    }
-    out += '}';
+    const bool isText = value.metaType() == QMetaType::fromType<QString>();
+    const QJsonValue json = isText ? withoutLoneSurrogates(value.toString()) : QJsonValue::fromVariant(value);
+    const QByteArray array = QJsonDocument(QJsonArray{json}).toJson(QJsonDocument::Compact);
+    return array.mid(1, array.size() - 2);
 }
 
 } // namespace
 
-Record& Record::flag(QLatin1String name, bool value)
+Record& Record::add(const QString& name, const QVariant& value)
 {
-    m_members.push_back({name, value});
+    if (value.metaType() == QMetaType::fromType<QByteArray>()) {
+        const QByteArray data = value.toByteArray();
+        const QByteArray hash = QCryptographicHash::hash(data, QCryptographicHash::Sha1).toHex();
+        add(name + "Size"_L1, int(data.size()));
+        return add(name + "Sha1"_L1, QString::fromLatin1(hash));
+    }
+    const bool isEnumerator = value.metaType().flags() & QMetaType::IsEnumeration;
+    m_members.append({name, isEnumerator ? QVariant(nameOf(value)) : value});
     return *this;
-}
-
-Record& Record::number(QLatin1String name, qint64 value)
-{
-    m_members.push_back({name, value});
-    return *this;
-}
-
-Record& Record::text(QLatin1String name, const QString& value)
-{
-    m_members.push_back({name, value});
-    return *this;
-}
-
-Record& Record::record(QLatin1String name, const Record& value)
-{
-    m_members.push_back({name, std::make_shared<const Record>(value)});
-    return *this;
-}
-
-Record& Record::list(QLatin1String name, const QList<Record>& value)
-{
-    m_members.push_back({name, value});
-    return *this;
-}
-
-Record& Record::bytes(QLatin1String sizeName, QLatin1String sha1Name, const QByteArray& data)
-{
-    number(sizeName, data.size());
-    const QByteArray hash = QCryptographicHash::hash(data, QCryptographicHash::Sha1).toHex();
-    return text(sha1Name, QString::fromLatin1(hash));
 }
 
 Record& Record::append(const Record& other)
 {
-    m_members.insert(m_members.end(), other.m_members.begin(), other.m_members.end());
+    m_members.append(other.m_members);
     return *this;
 }
 
-const Member* Record::find(QLatin1String name) const
+QString Record::textOf(const QString& name) const
 {
-    const auto found =
-        std::find_if(m_members.begin(), m_members.end(), [name](const Member& member) { return member.name == name; });
-    return found == m_members.end() ? nullptr : &*found;
-}
-
-QString Record::textOf(QLatin1String name) const
-{
-    const Member* member = find(name);
-    return member ? toText(*member) : QString();
-}
-
-QString toText(const Member& member)
-{
-    if (const auto* text = std::get_if<QString>(&member.value))
-        return *text;
-    if (const auto* number = std::get_if<qint64>(&member.value))
-        return QString::number(*number);
-    if (const auto* flag = std::get_if<bool>(&member.value))
-        return *flag ? QStringLiteral("yes") : QStringLiteral("no");
+    for (const Member& member : m_members) {
+        if (member.name == name)
+            return toText(member.value);
+    }
     return {};
+}
+
+QString nameOf(const QVariant& enumerator)
+{
+    const int value = enumerator.toInt();
+    const QMetaObject* scope = enumerator.metaType().metaObject();
+    const QByteArray type(enumerator.metaType().name());
+    const int index = scope ? scope->indexOfEnumerator(type.mid(type.lastIndexOf(':') + 1).constData()) : -1;
+    const char* name = index < 0 ? nullptr : scope->enumerator(index).valueToKey(value);
+    return name ? QString::fromLatin1(name) : QString::number(value);
+}
+
+QString toText(const QVariant& value)
+{
+    if (value.metaType() == QMetaType::fromType<bool>())
+        return value.toBool() ? u"yes"_s : u"no"_s;
+    return value.toString();
 }
 
 QByteArray toJson(const Record& record)
 {
-    QByteArray out;
-    appendJson(out, record);
-    return out;
+    QByteArrayList members;
+    for (const Record::Member& member : record.members())
+        members += '"' + member.name.toLatin1() + "\":" + toJson(member.value);
+    return '{' + members.join(',') + '}';
 }
 
 } // namespace zelctl

@@ -7,6 +7,7 @@
 #include <vx/platform/zel/ImageType.h>
 
 #include <QtCore/QHash>
+#include <QtCore/QMetaMethod>
 #include <QtCore/QObject>
 
 #include <memory>
@@ -54,18 +55,19 @@ Q_SIGNALS:
     void signalled(const zelctl::Record& record);
     /// The live objects are there; after the Allowed that made them has been reported by signalled().
     void liveObjectsMade();
-    /// A picture could not be written.
+    /// A picture was written.
+    void saved(const QString& sentence);
     void saveFailed(const QString& sentence);
 
 private:
     struct Objects;
 
     void registrationStateUpdated(vx::platform::zel::RegistrationState::Type state);
-    void connectProfile();
-    void connectContacts();
-    void connectBox();
-    void connectUtils();
-    void report(QLatin1String source, QLatin1String signal, const Record& arguments);
+    void makeLiveObjects();
+    /// Reports every emission of a signal under the names that its class gives it and its arguments.
+    template <typename Class, typename... Args>
+    void relay(const Class& object, void (Class::*signal)(Args...));
+    void report(const QMetaMethod& signal, const QVariantList& arguments);
     void save(QHash<QString, QString>& files, const QString& key, const QByteArray& data);
 
     vx::platform::zel::Context m_context;

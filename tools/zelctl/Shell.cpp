@@ -3,15 +3,11 @@
 
 #include "Commands.h"
 #include "Output.h"
-#include "Requests.h"
 #include "Session.h"
-#include "Words.h"
 
-#include <QtCore/QSocketNotifier>
+#include <zelcore/Simulator.h>
 
-#include <cerrno>
 #include <cstdio>
-#include <fcntl.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -22,60 +18,30 @@ Shell::Shell(Session& session, Output& output, int input, QObject* parent)
     : QObject(parent)
     , m_session(session)
     , m_output(output)
-    , m_input(input)
+    , m_lines(input)
     , m_prompts(output.format() == Output::Format::People && isatty(input))
 {
     connect(&m_session, &Session::signalled, this, [this](const Record& record) { m_output.signal(record); });
+    connect(&m_session, &Session::saved, this, [this](const QString& text) { m_output.sentence(text); });
     connect(&m_session, &Session::saveFailed, this, [this](const QString& text) { m_output.diagnostic(text); });
 }
-
-Shell::~Shell() = default;
 
 void Shell::start()
 {
     m_output.ready(stateRecord(m_session));
-    if (fcntl(m_input, F_GETFD) < 0) { // started with a closed standard input
-        QMetaObject::invokeMethod(this, &Shell::quit, Qt::QueuedConnection);
-        return;
-    }
-    m_notifier = std::make_unique<QSocketNotifier>(m_input, QSocketNotifier::Read);
-    connect(m_notifier.get(), &QSocketNotifier::activated, this, &Shell::readInput);
-    prompt();
-}
-
-void Shell::readInput()
-{
-    char buffer[65536];
-    const ssize_t count = read(m_input, buffer, sizeof buffer);
-    if (count < 0 && (errno == EINTR || errno == EAGAIN))
-        return;
-    if (count > 0) {
-        m_pending.append(buffer, count);
-        takeLines();
-        return;
-    }
-    if (!m_pending.isEmpty())
-        execute(QString::fromUtf8(std::exchange(m_pending, {})));
-    quit();
-}
-
-void Shell::takeLines()
-{
-    qsizetype from = 0;
-    for (qsizetype end; !m_done && (end = m_pending.indexOf('\n', from)) >= 0; from = end + 1) {
-        qsizetype length = end - from;
-        if (length > 0 && m_pending.at(end - 1) == '\r')
-            --length;
-        execute(QString::fromUtf8(m_pending.constData() + from, length));
-    }
-    m_pending.remove(0, from);
+    connect(&m_lines, &zeltools::LineReader::ended, this, &Shell::quit);
+    connect(&m_lines, &zeltools::LineReader::lineRead, this, [this](const QString& line) {
+        execute(line);
+        prompt();
+    });
+    m_lines.start();
     prompt();
 }
 
 void Shell::execute(const QString& line)
 {
     QString error;
-    const auto words = splitWords(line, &error);
+    const auto words = zelcore::Simulator::splitWords(line, &error);
     if (!words) {
         m_output.error(error);
         return;
@@ -86,10 +52,12 @@ void Shell::execute(const QString& line)
     const QString name = words->value(0);
     if (words->size() == 1 && name == "quit"_L1)
         quit();
-    else if (words->size() == 1 && name == "help"_L1)
-        help();
+    else if (words->size() <= 2 && name == "help"_L1)
+        help(words->value(1));
+    else if (words->size() == 2 && words->last() == "--help"_L1 && m_output.format() == Output::Format::People)
+        help(name);
     else if (words->size() == 1 && name == "watch"_L1) // what a shell does anyway
-        m_output.request("watch"_L1, true);
+        m_output.request(name, true);
     else
         runCommand(*words);
 }
@@ -103,10 +71,9 @@ void Shell::runCommand(const QStringList& words)
         return;
     }
     QString error;
-    const auto arguments = Arguments::parse(command->signature, words.mid(1), &error);
+    const auto arguments = Arguments::parse(command->usage, words.mid(1), &error);
     if (!arguments) {
-        const QString usage = usageOf(command->signature);
-        m_output.error(u"%1; usage: %2%3"_s.arg(error, command->name, usage.isEmpty() ? usage : u' ' + usage));
+        m_output.error(u"%1; usage: %2 %3"_s.arg(error, command->name, command->usage).trimmed());
         return;
     }
     const Answer answer = command->run(m_session, *arguments);
@@ -118,17 +85,26 @@ void Shell::runCommand(const QStringList& words)
         m_output.answer(command->name, answer.record);
 }
 
-void Shell::help()
+void Shell::help(const QString& name)
 {
-    QList<Record> rows;
-    for (const Command& command : commands()) {
-        const QString usage = usageOf(command.signature);
-        rows += Record()
-                    .text("command"_L1, usage.isEmpty() ? QString(command.name) : command.name + u' ' + usage)
-                    .text("summary"_L1, command.summary);
+    if (!name.isEmpty()) {
+        const QString text = helpOn(name);
+        if (text.isEmpty())
+            m_output.error(u"there is no command '%1'"_s.arg(name));
+        else if (m_output.format() == Output::Format::People)
+            m_output.sentence(text);
+        else
+            m_output.answer(u"help"_s, Record().add(u"text"_s, text));
+        return;
     }
-    rows += Record().text("command"_L1, u"quit"_s).text("summary"_L1, u"end"_s);
-    m_output.answer("help"_L1, Record().list("commands"_L1, rows));
+    QList<Record> rows;
+    const auto add = [&rows](const QString& usage, const QString& summary) {
+        rows += Record().add(u"command"_s, usage.trimmed()).add(u"summary"_s, summary);
+    };
+    for (const Command& command : commands())
+        add(command.name + u' ' + command.usage, command.summary);
+    add(u"quit"_s, u"end"_s);
+    m_output.answer(u"help"_s, Record().add(u"commands"_s, QVariant::fromValue(rows)));
 }
 
 void Shell::prompt()
@@ -144,8 +120,7 @@ void Shell::quit()
     if (m_done)
         return;
     m_done = true;
-    if (m_notifier)
-        m_notifier->setEnabled(false);
+    m_lines.stop();
     QMetaObject::invokeMethod(
         this, [this] { Q_EMIT finished(0); }, Qt::QueuedConnection);
 }

@@ -1,12 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QtCore/QByteArray>
+#include <common/LineReader.h>
+
 #include <QtCore/QObject>
-
-#include <memory>
-
-class QSocketNotifier;
 
 namespace zelctl {
 
@@ -24,7 +21,6 @@ class Shell : public QObject
 public:
     /// \a session and \a output must outlive it; \a input stays the caller's.
     Shell(Session& session, Output& output, int input, QObject* parent = nullptr);
-    ~Shell() override;
 
     void start();
     /// Answers one line, its line break removed.
@@ -35,18 +31,14 @@ Q_SIGNALS:
     void finished(int exitStatus);
 
 private:
-    void readInput();
-    void takeLines();
     void runCommand(const QStringList& words);
-    void help();
+    void help(const QString& name);
     void prompt();
 
     Session& m_session;
     Output& m_output;
-    const int m_input;
+    zeltools::LineReader m_lines;
     const bool m_prompts;
-    std::unique_ptr<QSocketNotifier> m_notifier;
-    QByteArray m_pending;
     bool m_done = false;
 };
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Watch.h"
 
-#include "Objections.h"
+#include "Advice.h"
 #include "Output.h"
 #include "Session.h"
 

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "Advice.h"
 #include "CommandLine.h"
 #include "Commands.h"
-#include "Objections.h"
 #include "OneShot.h"
 #include "Output.h"
-#include "QuitSignals.h"
 #include "Session.h"
 #include "Shell.h"
 #include "Watch.h"
+
+#include <common/QuitSignals.h>
 
 #include <zelcore/Simulator.h>
 
@@ -29,23 +30,25 @@ constexpr int wrongUse = 2;
 void printUsage()
 {
     QString text =
-        u"Usage: zelctl [--json] [--uuid UUID] [--timeout S] [--simulate[=SCENARIO]] COMMAND ...\n\n"
+        u"Usage: zelctl [--json] [--all] [--uuid UUID] [--timeout S] [--simulate[=SCENARIO]] COMMAND ...\n\n"
         "An application of the messaging service, on the command line.\n\n"
         "  --json                 JSON Lines on standard output, and nothing else there\n"
+        "  --all                  tables with everything, ids and versions, too\n"
         "  --uuid UUID            what the application calls itself (default %1)\n"
         "  --timeout S            how many seconds a command may take (default 10)\n"
         "  --simulate[=SCENARIO]  with a core service of its own, empty or with the world of a scenario: a file,\n"
         "                         or one of %2\n\n"
         "Commands:\n"_s.arg(CommandLine::defaultUuid().toString(QUuid::WithoutBraces),
                             zelcore::Simulator::scenarioNames().join(", "_L1));
-    const auto add = [&text](const QString& usage, QLatin1String summary) {
+    const auto add = [&text](const QString& usage, const QString& summary) {
         text += u"  %1 %2\n"_s.arg(usage, -44).arg(summary);
     };
     for (const Command& command : commands())
-        add(command.name + u' ' + usageOf(command.signature), command.summary);
-    add(u"watch"_s, "register if allowed, and print every signal until interrupted"_L1);
-    add(u"shell"_s, "take commands from standard input, a line each; 'help' lists them"_L1);
-    text += u"\nWhat needs it registers the application first. Exit status: 0 done, 1 the request failed or timed "
+        add(command.name + u' ' + command.usage, command.summary);
+    add(u"watch"_s, u"register if allowed, and print every signal until interrupted"_s);
+    add(u"shell"_s, u"take commands from standard input, a line each; 'help' lists them"_s);
+    text += u"\n'zelctl help COMMAND' shows one with an example. What needs it registers the application first. Exit "
+            u"status: 0 done, 1 the request failed or timed "
             "out, 2 wrong use.\n"_s;
     std::fputs(text.toUtf8().constData(), stdout);
 }
@@ -72,6 +75,8 @@ public:
     {
         if (m_line.simulate && !startSimulator())
             return 1;
+        if (m_line.all)
+            m_output.showAll();
         // That there is no service is said once, by us; the library's own line is for applications that say nothing.
         QLoggingCategory::setFilterRules(u"zel.platform.warning=false"_s);
         m_session = std::make_unique<Session>(m_line.uuid);
@@ -104,16 +109,22 @@ private:
         OneShot run(*m_session, m_output, *m_command, m_arguments, m_line.timeout);
         if (m_simulator) {
             run.waitForDelivery();
+            QLoggingCategory::setFilterRules(u"zelcore.warning=false"_s); // what concerns the command is said by it
+            QObject::connect(m_simulator.get(), &zelcore::Simulator::refused, &run, [&run](const QString& line) {
+                // A record that is not there is left out of a list; nobody asked for that one.
+                if (line.startsWith("application "_L1) && !line.contains("requestListElements"_L1))
+                    run.refuse(line.section(": "_L1, 2));
+            });
             QObject::connect(m_simulator.get(), &zelcore::Simulator::invocationReceived, &run, &OneShot::delivered);
         }
-        QObject::connect(&m_quit, &QuitSignals::quitRequested, &run, &OneShot::interrupt);
+        QObject::connect(&m_quit, &zeltools::QuitSignals::quitRequested, &run, &OneShot::interrupt);
         return loop(run);
     }
 
     int executeWatch()
     {
         Watch run(*m_session, m_output, m_line.timeout);
-        QObject::connect(&m_quit, &QuitSignals::quitRequested, &run, &Watch::quit);
+        QObject::connect(&m_quit, &zeltools::QuitSignals::quitRequested, &run, &Watch::quit);
         return loop(run);
     }
 
@@ -122,7 +133,7 @@ private:
         if (!m_session->hasService())
             m_output.diagnostic(whyNoService());
         Shell run(*m_session, m_output, STDIN_FILENO);
-        QObject::connect(&m_quit, &QuitSignals::quitRequested, &run, &Shell::quit);
+        QObject::connect(&m_quit, &zeltools::QuitSignals::quitRequested, &run, &Shell::quit);
         return loop(run);
     }
 
@@ -139,7 +150,7 @@ private:
     const Command* const m_command;
     const Arguments& m_arguments;
     Output m_output;
-    QuitSignals m_quit;
+    zeltools::QuitSignals m_quit;
     std::unique_ptr<zelcore::Simulator> m_simulator; // outlives the session, which is its client
     std::unique_ptr<Session> m_session;
 };
@@ -154,21 +165,27 @@ int main(const QStringList& words)
         std::puts("zelctl " ZELCTL_VERSION);
         return 0;
     }
-    if (line->help || line->words == QStringList{u"help"_s}) {
+    const QStringList& typed = line->words;
+    const QString name = typed.value(0);
+    if (line->help || typed == QStringList{u"help"_s}) {
         printUsage();
         return 0;
     }
-    if (line->words.isEmpty())
+    if (typed.isEmpty())
         return complain(u"no command; zelctl --help shows what there is"_s);
-
-    const QString& name = line->words.first();
-    const Command* command = findCommand(name);
-    if (!command && name != "watch"_L1 && name != "shell"_L1)
-        return complain(u"there is no command '%1'; zelctl --help shows what there is"_s.arg(name));
-    const Signature signature = command ? command->signature : Signature{};
-    const auto arguments = Arguments::parse(signature, line->words.mid(1), &error);
+    const bool asksForHelp = typed.size() == 2 && (name == "help"_L1 || typed.last() == "--help"_L1);
+    const QString described = asksForHelp && name == "help"_L1 ? typed.last() : name;
+    const Command* command = findCommand(described);
+    if (!command && described != "watch"_L1 && described != "shell"_L1)
+        return complain(u"there is no command '%1'; zelctl --help shows what there is"_s.arg(described));
+    if (asksForHelp) {
+        Output(Output::Format::People).sentence(u"Usage: zelctl "_s + helpOn(described));
+        return 0;
+    }
+    const QString usage = command ? command->usage : QString();
+    const auto arguments = Arguments::parse(usage, typed.mid(1), &error);
     if (!arguments)
-        return complain(u"%1; usage: zelctl %2 %3"_s.arg(error, name, usageOf(signature)).trimmed());
+        return complain(u"%1; usage: zelctl %2 %3"_s.arg(error, name, usage).trimmed());
     return Run(*line, command, *arguments).execute();
 }
 
@@ -178,7 +195,7 @@ int main(const QStringList& words)
 
 int main(int argc, char** argv)
 {
-    zelctl::QuitSignals::block();
+    zeltools::QuitSignals::block();
     const QCoreApplication application(argc, argv);
     return zelctl::main(QCoreApplication::arguments().mid(1));
 }

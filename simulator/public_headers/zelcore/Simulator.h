@@ -198,6 +198,9 @@ public:
 Q_SIGNALS:
     void runningChanged(bool running);
     void clientCountChanged(int count);
+    /// Applications go by numbers that count up from 1.
+    void clientConnected(int client);
+    void clientDisconnected(int client);
     /// After the answers have been sent. \a uuid is what the application called itself.
     void registrationRequested(const QString& uuid, bool silent);
     void registrationStateChanged(const QString& state);

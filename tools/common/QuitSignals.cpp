@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "QuitSignals.h"
+#include <common/QuitSignals.h>
 
 #include <QtCore/QSocketNotifier>
 
@@ -7,7 +7,7 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
-namespace zelctl {
+namespace zeltools {
 
 namespace {
 
@@ -16,10 +16,11 @@ sigset_t quitSet()
     sigset_t set;
     sigemptyset(&set);
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
-        // A signal that we were started to ignore (nohup, a background job) must stay ignored; blocking it would
-        // bring it back.
+        // A hang-up that we were started to ignore (nohup) stays ignored. An interrupt does not: a script has its
+        // background commands ignore it, and they would outlive the script that is interrupted.
         struct sigaction action;
-        if (sigaction(number, nullptr, &action) == 0 && action.sa_handler != SIG_IGN)
+        const bool known = sigaction(number, nullptr, &action) == 0;
+        if (number != SIGHUP || (known && action.sa_handler != SIG_IGN))
             sigaddset(&set, number);
     }
     return set;
@@ -56,4 +57,4 @@ QuitSignals::~QuitSignals()
         close(m_descriptor);
 }
 
-} // namespace zelctl
+} // namespace zeltools

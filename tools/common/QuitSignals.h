@@ -3,7 +3,7 @@
 
 #include <QtCore/QObject>
 
-namespace zelctl {
+namespace zeltools {
 
 /// Turns SIGINT, SIGTERM and SIGHUP into a Qt signal, so that a run that is interrupted still removes what it made.
 ///
@@ -26,4 +26,4 @@ private:
     const int m_descriptor;
 };
 
-} // namespace zelctl
+} // namespace zeltools
