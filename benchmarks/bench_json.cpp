@@ -10,6 +10,8 @@
 #include <zel/LiveMap.h>
 #include <zel/PpsJsonSource.h>
 
+#include <device/Decoder.h>
+
 #include <QCoreApplication>
 #include <QRandomGenerator>
 
@@ -94,14 +96,14 @@ void decodeContacts(benchmark::State& state)
     const QByteArray& text = contactsText();
     zelsplib::PlatformContactJsonAdapter adapter;
     for (auto _ : state) {
-        pps_decoder_t decoder = {};
-        if (pps_decoder_initialize_n(&decoder, text.constData(), size_t(text.size())) != PPS_DECODER_OK) {
+        device::Decoder decoder(text);
+        if (!decoder.isValid()) {
             state.SkipWithError("the text was refused");
             break;
         }
-        pps_decoder_push(&decoder, "@platform");
-        pps_decoder_push(&decoder, "dat");
-        zel::PpsJsonSource source(&decoder);
+        pps_decoder_push(decoder.get(), "@platform");
+        pps_decoder_push(decoder.get(), "dat");
+        zel::PpsJsonSource source(decoder.get());
         const iface::JsonNodeReader root = source.startParsing();
         const iface::JsonArrayReader elements = root["listChunk"].object()["elements"].array();
         std::vector<zelsplib::PlatformContact> records;
@@ -113,7 +115,6 @@ void decodeContacts(benchmark::State& state)
             state.SkipWithError("records are missing");
         }
         benchmark::DoNotOptimize(records.data());
-        pps_decoder_cleanup(&decoder);
     }
     state.counters["bytes"] = double(text.size());
 }

@@ -17,5 +17,5 @@ function(zel_add_test layer class)
         set(arg_TIMEOUT 120)
     endif()
     set_tests_properties("${layer}.${class}" PROPERTIES LABELS "${layer}" TIMEOUT ${arg_TIMEOUT}
-        ENVIRONMENT "ZEL_SLOG=stderr;UBSAN_OPTIONS=print_stacktrace=1;ASAN_OPTIONS=detect_leaks=1")
+        ENVIRONMENT "ZEL_SLOG=stderr;UBSAN_OPTIONS=print_stacktrace=1;ASAN_OPTIONS=detect_leaks=1;${ZEL_TEST_ENVIRONMENT}")
 endfunction()

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// Any calls in any order, rightly used or not: what comes out, once closed, is a text that the decoder takes.
-#include <pps/decoder.h>
-#include <pps/encoder.h>
+// Any calls in any order, rightly used or not: what comes out, once closed, is a text whose every line the decoder
+// takes.
+#include <device/Decoder.h>
+#include <device/Encoder.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -45,52 +46,31 @@ private:
 
 constexpr int deepest = 500; // what the decoder takes, with room for what is around
 
-void call(pps_encoder_t* encoder, Input& input, int* depth)
+void call(device::Encoder& encoder, Input& input, int* starts)
 {
     const uint8_t what = input.byte();
     const std::string name = input.text();
-    const char* const text = what & 0x80 ? nullptr : name.data();
-    switch (what % 9) {
+    const device::Text text = what & 0x80 ? device::Text() : device::Text(name.c_str(), name.size());
+    switch (what % 8) {
     case 0:
-        pps_encoder_add_null_n(encoder, text, name.size());
-        break;
+        return encoder.addNull(text);
     case 1:
-        pps_encoder_add_bool_n(encoder, text, name.size(), what & 0x40);
-        break;
+        return encoder.addBool(text, what & 0x40);
     case 2:
-        pps_encoder_add_int_n(encoder, text, name.size(), input.number<int>());
-        break;
-    case 3:
-        pps_encoder_add_double_n(encoder, text, name.size(), input.number<double>());
-        break;
-    case 4: {
+        return encoder.addInt(text, input.number<int>());
+    case 3: {
         const std::string value = input.text();
-        pps_encoder_add_string_n(encoder, text, name.size(), value.data(), value.size());
-        break;
+        return encoder.addString(text, {value.c_str(), value.size()});
     }
+    case 4:
     case 5:
+        if (++*starts > deepest)
+            return;
+        return what % 8 == 4 ? encoder.startObject(text) : encoder.startArray(text);
     case 6:
-        if (*depth >= deepest)
-            break;
-        ++*depth;
-        if (what % 9 == 5)
-            pps_encoder_start_object_n(encoder, text, name.size());
-        else
-            pps_encoder_start_array_n(encoder, text, name.size());
-        break;
-    case 7:
-        *depth -= pps_encoder_end_object(encoder) != PPS_ENCODER_UNBALANCED;
-        break;
+        return encoder.endObject();
     default:
-        *depth -= pps_encoder_end_array(encoder) != PPS_ENCODER_UNBALANCED;
-        break;
-    }
-}
-
-void closeAll(pps_encoder_t* encoder)
-{
-    while (pps_encoder_end_object(encoder) != PPS_ENCODER_UNBALANCED ||
-           pps_encoder_end_array(encoder) != PPS_ENCODER_UNBALANCED) {
+        return encoder.endArray();
     }
 }
 
@@ -99,21 +79,21 @@ void closeAll(pps_encoder_t* encoder)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     Input input(data, size);
-    const bool encodeJson = input.byte() & 1;
-    pps_encoder_t encoder;
-    pps_encoder_initialize(&encoder, encodeJson);
-    int depth = 0;
+    const auto form = input.byte() & 1 ? device::Encoder::Json : device::Encoder::Attributes;
+    device::Encoder encoder(form);
+    int starts = 0;
     while (!input.isEmpty())
-        call(&encoder, input, &depth);
-    closeAll(&encoder);
+        call(encoder, input, &starts);
+    for (int i = 0; i < starts; ++i) { // one of the two closes what is innermost
+        encoder.endObject();
+        encoder.endArray();
+    }
 
-    std::string text(pps_encoder_buffer(&encoder), static_cast<size_t>(pps_encoder_length(&encoder)));
-    if (encodeJson && !text.empty())
-        text = "dat:json:" + text;
-    pps_decoder_t decoder;
-    if (pps_decoder_initialize_n(&decoder, text.data(), text.size()) != PPS_DECODER_OK)
+    QByteArray text(encoder.text().data(), qsizetype(encoder.text().size()));
+    if (form == device::Encoder::Json && !text.isEmpty())
+        text = "dat:json:" + text + '\n';
+    device::Decoder decoder(text);
+    if (!decoder.isValid() || pps_decoder_length(decoder.get()) != text.count('\n'))
         std::abort();
-    pps_decoder_cleanup(&decoder);
-    pps_encoder_cleanup(&encoder);
     return 0;
 }

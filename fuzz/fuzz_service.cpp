@@ -21,7 +21,7 @@
 #include <iface/Realm.h>
 #include <platform/channel/ServiceBridge.h>
 
-#include <slog/slog.h>
+#include <slog/reload.h>
 
 #include <QtCore/QAbstractEventDispatcher>
 #include <QtCore/QCoreApplication>

@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <zel/JsonWriter.h>
 
-#include <pps/encoder.h>
+#include <device/Encoder.h>
 
 #include <QDebug>
-
-#include <cstring>
 
 namespace zel {
 
 namespace {
 
-/// A string as UTF-8 for the length of one call; short ASCII, which is nearly everything, without an allocation.
+/// A string as UTF-8 with a NUL behind it for the length of one call; short ASCII, which is nearly everything, without
+/// an allocation.
 class Utf8
 {
 public:
@@ -19,15 +18,16 @@ public:
     {
         m_size = size_t(text.size());
         char16_t seen = 0;
-        if (m_size <= sizeof(m_small)) {
+        if (m_size < sizeof(m_small)) {
             // Not utf16(), which copies a string that is no allocation of its own, such as a literal.
             const QChar* const units = text.constData();
             for (size_t i = 0; i < m_size; ++i) {
                 seen |= units[i].unicode();
                 m_small[i] = char(units[i].unicode());
             }
+            m_small[m_size] = '\0';
         }
-        if (m_size > sizeof(m_small) || seen > 0x7f) {
+        if (m_size >= sizeof(m_small) || seen > 0x7f) {
             m_large = text.toUtf8();
             m_data = m_large.constData();
             m_size = size_t(m_large.size());
@@ -36,8 +36,7 @@ public:
     Utf8(const Utf8&) = delete;
     Utf8& operator=(const Utf8&) = delete;
 
-    const char* data() const { return m_data; }
-    size_t size() const { return m_size; }
+    device::Text text() const { return {m_data, m_size}; }
 
 private:
     char m_small[256];
@@ -56,8 +55,7 @@ public:
     {
     }
 
-    const char* data() const { return m_named ? m_text.data() : nullptr; }
-    size_t size() const { return m_named ? m_text.size() : 0; }
+    device::Text text() const { return m_named ? m_text.text() : device::Text(); }
 
 private:
     Utf8 m_text;
@@ -69,11 +67,6 @@ private:
 /// The buffer that all writers of a message share. It lives as long as the last of them.
 struct JsonWriter::Tree
 {
-    Tree() { pps_encoder_initialize(&encoder, false); }
-    ~Tree() { pps_encoder_cleanup(&encoder); }
-    Tree(const Tree&) = delete;
-    Tree& operator=(const Tree&) = delete;
-
     void release()
     {
         if (--writers == 0) {
@@ -81,7 +74,7 @@ struct JsonWriter::Tree
         }
     }
 
-    pps_encoder_t encoder = {};
+    device::Encoder encoder{device::Encoder::Attributes};
     int writers = 0;
 };
 
@@ -97,7 +90,7 @@ JsonWriter::JsonWriter(const QString& name, AttributeType type, const QString&)
     , m_tree(new Tree)
 {
     ++m_tree->writers;
-    pps_encoder_start_object(&m_tree->encoder, "dat");
+    m_tree->encoder.startObject("dat");
     openNode();
 }
 
@@ -123,16 +116,16 @@ JsonWriter::~JsonWriter()
 void JsonWriter::openNode()
 {
     const Utf8 name(m_name);
-    const char* const nameOrNone = m_name.isEmpty() ? nullptr : name.data();
+    const device::Text nameOrNone = m_name.isEmpty() ? device::Text() : name.text();
     switch (m_type) {
     case Array: // named even when the name is empty, unlike the others
-        pps_encoder_start_array_n(&m_tree->encoder, name.data(), name.size());
+        m_tree->encoder.startArray(name.text());
         break;
     case Object:
-        pps_encoder_start_object_n(&m_tree->encoder, nameOrNone, name.size());
+        m_tree->encoder.startObject(nameOrNone);
         break;
     case Null:
-        pps_encoder_add_null_n(&m_tree->encoder, nameOrNone, name.size());
+        m_tree->encoder.addNull(nameOrNone);
         break;
     }
 }
@@ -141,34 +134,30 @@ void JsonWriter::closeNode()
 {
     m_finished = true;
     if (m_type == Array) {
-        pps_encoder_end_array(&m_tree->encoder);
+        m_tree->encoder.endArray();
     } else if (m_type == Object) {
-        pps_encoder_end_object(&m_tree->encoder);
+        m_tree->encoder.endObject();
     }
 }
 
 void JsonWriter::addAttribute(const QString& name)
 {
     if (!isReadOnly()) {
-        const MemberName member(name, m_type);
-        pps_encoder_add_null_n(&m_tree->encoder, member.data(), member.size());
+        m_tree->encoder.addNull(MemberName(name, m_type).text());
     }
 }
 
 void JsonWriter::addAttribute(const QString& name, bool value)
 {
     if (!isReadOnly()) {
-        const MemberName member(name, m_type);
-        pps_encoder_add_bool_n(&m_tree->encoder, member.data(), member.size(), value);
+        m_tree->encoder.addBool(MemberName(name, m_type).text(), value);
     }
 }
 
 void JsonWriter::addAttribute(const QString& name, const QString& value)
 {
     if (!isReadOnly()) {
-        const MemberName member(name, m_type);
-        const Utf8 text(value);
-        pps_encoder_add_string_n(&m_tree->encoder, member.data(), member.size(), text.data(), text.size());
+        m_tree->encoder.addString(MemberName(name, m_type).text(), Utf8(value).text());
     }
 }
 
@@ -180,8 +169,7 @@ void JsonWriter::addAttribute(const QString& name, const char* value)
 void JsonWriter::addAttribute(const QString& name, int value)
 {
     if (!isReadOnly()) {
-        const MemberName member(name, m_type);
-        pps_encoder_add_int_n(&m_tree->encoder, member.data(), member.size(), value);
+        m_tree->encoder.addInt(MemberName(name, m_type).text(), value);
     }
 }
 
@@ -198,26 +186,24 @@ QString JsonWriter::toString()
     if (!m_finished) {
         closeNode();
         if (m_root) {
-            pps_encoder_end_object(&m_tree->encoder);
+            m_tree->encoder.endObject();
         }
     }
-    const char* const text = pps_encoder_buffer(&m_tree->encoder);
-    const int size = length();
-    if (!m_root) {
-        return QString::fromUtf8(text, size);
+    std::string_view text = m_tree->encoder.text();
+    if (m_root) {
+        // The buffer is the line "dat:json:{...}" with its line end: the value is what stands between.
+        const size_t tag = text.find("json:");
+        if (tag == text.npos) {
+            return {};
+        }
+        text = text.substr(tag + 5, text.size() - tag - 6);
     }
-    // The buffer is the line "dat:json:{...}" with its line end: the value is what stands between.
-    const char* const tag = std::strstr(text, "json");
-    if (!tag) {
-        return {};
-    }
-    const char* const value = tag + 5;
-    return QString::fromUtf8(value, qMax<qsizetype>(0, text + size - 1 - value));
+    return QString::fromUtf8(text.data(), qsizetype(text.size()));
 }
 
 int JsonWriter::length() const
 {
-    return pps_encoder_length(&m_tree->encoder);
+    return int(m_tree->encoder.text().size());
 }
 
 bool JsonWriter::isReadOnly()

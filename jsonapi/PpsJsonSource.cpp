@@ -3,7 +3,28 @@
 
 #include <iface/JsonMember.h>
 
+#include <device/Decoder.h>
+
 namespace zel {
+
+namespace {
+
+iface::JsonMember memberOf(const device::Member& shown)
+{
+    switch (shown.type) {
+    case device::Member::Text:
+        return iface::JsonMember::ofText(shown.name, shown.text);
+    case device::Member::Integer:
+        return iface::JsonMember::ofInteger(shown.name, shown.number);
+    case device::Member::Bool:
+        return iface::JsonMember::ofBool(shown.name, shown.number != 0);
+    case device::Member::Another:
+        break;
+    }
+    return iface::JsonMember::ofAnother(shown.name);
+}
+
+} // namespace
 
 PpsJsonSource::PpsJsonSource(pps_decoder_t* decoder)
     : m_decoder(decoder)
@@ -59,29 +80,17 @@ bool PpsJsonSource::readLong(void* node, iface::JsonChildIdentifier child, long&
 
 bool PpsJsonSource::readString(void* node, iface::JsonChildIdentifier child, QString& value)
 {
-    const char* text = nullptr;
-    size_t size = 0;
-    if (!goTo(node, child) || pps_decoder_get_string_n(m_decoder, child.name, &text, &size) != PPS_DECODER_OK) {
-        return false;
-    }
-    return iface::JsonMember::ofText({}, {text, size}).read(value);
+    std::string_view text;
+    return goTo(node, child) && device::readString(m_decoder, child.name, &text) &&
+           iface::JsonMember::ofText({}, text).read(value);
 }
 
 bool PpsJsonSource::visitMembers(void* node, iface::JsonMemberVisitor& visitor)
 {
-    const auto show = [](void* context, const pps_decoder_member_t* shown) {
-        const std::string_view name(shown->name, shown->name_length);
-        auto& visiting = *static_cast<iface::JsonMemberVisitor*>(context);
-        if (shown->type == PPS_TYPE_STRING)
-            visiting.member(iface::JsonMember::ofText(name, {shown->text, shown->length}));
-        else if (shown->is_whole)
-            visiting.member(iface::JsonMember::ofInteger(name, shown->integer));
-        else if (shown->type == PPS_TYPE_BOOL)
-            visiting.member(iface::JsonMember::ofBool(name, shown->boolean));
-        else
-            visiting.member(iface::JsonMember::ofAnother(name));
+    const auto show = [](void* context, const device::Member& shown) {
+        static_cast<iface::JsonMemberVisitor*>(context)->member(memberOf(shown));
     };
-    return restoreState(node) && pps_decoder_visit(m_decoder, show, &visitor) == PPS_DECODER_OK;
+    return restoreState(node) && device::visitMembers(m_decoder, show, &visitor);
 }
 
 int PpsJsonSource::numChildren(void* node)

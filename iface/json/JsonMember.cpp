@@ -4,6 +4,7 @@
 #include <QStringDecoder>
 
 #include <cstring>
+#include <iterator>
 #include <limits>
 
 namespace iface {
@@ -32,34 +33,13 @@ bool isAscii(std::string_view text)
     return (seen & highBits) == 0;
 }
 
-/// How many UTF-16 code units the text takes: one for each byte that continues nothing, and another one for each that
-/// begins four.
-qsizetype utf16Length(std::string_view utf8)
+/// Decodes into `to`, which has room for as many characters as there are bytes, and answers the end. Each byte that is
+/// none of UTF-8 becomes U+FFFD; a U+FEFF at the beginning stays, which QString::fromUtf8() drops.
+QChar* decode(std::string_view utf8, QChar* to)
 {
-    qsizetype length = 0;
-    for (; utf8.size() >= 8; utf8.remove_prefix(8)) {
-        const uint64_t bytes = eightBytes(utf8.data());
-        const uint64_t starts = ~(bytes >> 7 & ~bytes >> 6) & eachByte;
-        const uint64_t longOnes = bytes >> 7 & bytes >> 6 & bytes >> 5 & bytes >> 4 & eachByte;
-        length += qsizetype(((starts + longOnes) * eachByte) >> 56);
-    }
-    for (const char character : utf8) {
-        const auto byte = static_cast<uint8_t>(character);
-        length += (byte & 0xC0) != 0x80 ? 1 : 0;
-        length += byte >= 0xF0 ? 1 : 0;
-    }
-    return length;
-}
-
-/// QString::fromUtf8() takes memory for as many characters as there are bytes and keeps it: of a text in a script of
-/// three bytes a character, two thirds for nothing.
-QString toString(std::string_view utf8)
-{
-    QString text(utf16Length(utf8), Qt::Uninitialized);
-    QStringDecoder decoder(QStringDecoder::Utf8);
-    const QChar* const end = decoder.appendToBuffer(text.data(), QByteArrayView(utf8.data(), qsizetype(utf8.size())));
-    text.truncate(end - text.constData());
-    return text;
+    QStringDecoder decoder(QStringDecoder::Utf8,
+                           QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
+    return decoder.appendToBuffer(to, QByteArrayView(utf8.data(), qsizetype(utf8.size())));
 }
 
 /// A value that has this text already is left as it is: copies of it go on sharing their memory.
@@ -71,7 +51,17 @@ void assign(QString& value, std::string_view utf8)
             value = text;
         return;
     }
-    const QString text = toString(utf8);
+    // A script of three bytes a character needs a third of the room: no more is kept.
+    QChar buffer[256];
+    if (utf8.size() <= std::size(buffer)) {
+        const QStringView text(buffer, decode(utf8, buffer));
+        if (value != text)
+            value = text.toString();
+        return;
+    }
+    QString text(qsizetype(utf8.size()), Qt::Uninitialized);
+    text.truncate(decode(utf8, text.data()) - text.constData());
+    text.squeeze();
     if (value != text)
         value = text;
 }

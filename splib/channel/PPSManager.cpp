@@ -6,16 +6,14 @@
 #include <zel/JsonWriter.h>
 #include <zel/PpsJsonSource.h>
 
-#include <pps/decoder.h>
-#include <pps/encoder.h>
-#include <pps/object.h>
+#include <device/Decoder.h>
+#include <device/Encoder.h>
+#include <device/Object.h>
 
 #include <QByteArray>
 #include <QByteArrayView>
 
 #include <cerrno>
-#include <cstddef>
-#include <fcntl.h>
 #include <unistd.h>
 
 namespace zelsplib {
@@ -24,23 +22,9 @@ using namespace logging;
 
 namespace {
 
-class Encoder
-{
-public:
-    Encoder() { pps_encoder_initialize(&m_encoder, false); }
-    ~Encoder() { pps_encoder_cleanup(&m_encoder); }
-    Encoder(const Encoder&) = delete;
-    Encoder& operator=(const Encoder&) = delete;
-
-    pps_encoder_t* get() { return &m_encoder; }
-
-private:
-    pps_encoder_t m_encoder{};
-};
-
 int openObject(const QString& path)
 {
-    const int descriptor = pps_object_open(path.toUtf8().constData(), O_RDWR);
+    const int descriptor = device::openObject(path.toUtf8().constData());
     if (descriptor == -1) {
         const int error = errno;
         Log<ZELSP_PPS_INIT_FAILURE>({}, path);
@@ -63,29 +47,6 @@ QByteArrayView jsonInPps(QByteArrayView ppsText)
 }
 
 } // namespace
-
-/// One received text, taken apart.
-class PPSManager::Decoder
-{
-public:
-    explicit Decoder(const QByteArray& text)
-        : m_accepted(pps_decoder_initialize_n(&m_decoder, text.constData(), static_cast<std::size_t>(text.size())) ==
-                     PPS_DECODER_OK)
-    {
-    }
-    ~Decoder() { pps_decoder_cleanup(&m_decoder); }
-    Decoder(const Decoder&) = delete;
-    Decoder& operator=(const Decoder&) = delete;
-
-    pps_decoder_t* get() { return &m_decoder; }
-    bool hasAccepted() const { return m_accepted; }
-    bool hasElements() { return pps_decoder_length(&m_decoder) > 0; }
-    bool enter(const QByteArray& name) { return pps_decoder_push(&m_decoder, name.constData()) == PPS_DECODER_OK; }
-
-private:
-    pps_decoder_t m_decoder{};
-    bool m_accepted;
-};
 
 PPSManager::PPSManager(const QString& path, const QString& objectName, const QString& messageName)
     : m_ppsHandle(openObject(path))
@@ -111,14 +72,12 @@ void PPSManager::send(const QSharedPointer<zel::JsonWriter>& writer)
 void PPSManager::send(const QString& json)
 {
     Log<ZELSP_PPS_SEND_JSONDATA>({}, json);
-    const QByteArray message = m_messageName.toUtf8();
-    const QByteArray data = json.toUtf8();
-    Encoder encoder;
-    pps_encoder_add_string(encoder.get(), "msg", message.constData());
-    pps_encoder_add_json_n(encoder.get(), "dat", 3, data.constData(), static_cast<std::size_t>(data.size()));
+    device::Encoder encoder(device::Encoder::Attributes);
+    encoder.addString("msg", m_messageName.toUtf8());
+    encoder.addJson("dat", json.toUtf8());
+    const std::string_view record = encoder.text();
     // A message is written once or not at all; the object gives no sign of what becomes of it.
-    [[maybe_unused]] const ssize_t written = ::write(m_ppsHandle, pps_encoder_buffer(encoder.get()),
-                                                     static_cast<std::size_t>(pps_encoder_length(encoder.get())));
+    [[maybe_unused]] const ssize_t written = ::write(m_ppsHandle, record.data(), record.size());
 }
 
 void PPSManager::addListener(QObject* owner, const QString& messageType, const Listener& listener)
@@ -144,29 +103,32 @@ void PPSManager::dispatchMessageReceived(const QString& ppsText)
 void PPSManager::dispatchMessageReceived(const QByteArray& ppsText)
 {
     Log<ZELSP_PPS_RECV_JSONDATA>({}, jsonInPps(ppsText));
-    Decoder decoder(ppsText);
-    if (decoder.hasAccepted())
-        return dispatch(decoder);
-    // Refused for want of UTF-8, perhaps. That is hardly ever so, and looking at every text first would cost too much.
-    const QByteArray cleaned = QString::fromUtf8(ppsText).toUtf8();
-    if (cleaned == ppsText)
+    if (dispatchText(ppsText))
         return;
-    Decoder again(cleaned);
-    if (again.hasAccepted())
-        dispatch(again);
+    // Not found for want of UTF-8, perhaps. That is hardly ever so, and looking at every text first would cost too
+    // much.
+    const QByteArray cleaned = QString::fromUtf8(ppsText).toUtf8();
+    if (cleaned != ppsText)
+        dispatchText(cleaned);
 }
 
-void PPSManager::dispatch(Decoder& decoder)
+/// False when no message was found in the text.
+bool PPSManager::dispatchText(const QByteArray& ppsText)
 {
-    if (!decoder.hasElements() || !decoder.enter('@' + m_objectName.toUtf8()) || !decoder.enter("dat"))
-        return;
-    std::size_t typeLength = 0;
-    const char* messageType = pps_decoder_name_n(decoder.get(), &typeLength);
-    if (!messageType)
-        return;
-    zel::PpsJsonSource source(decoder.get());
+    device::Decoder text(ppsText);
+    pps_decoder_t* const decoder = text.get();
+    const QByteArray object = '@' + m_objectName.toUtf8();
+    if (!text.isValid() || pps_decoder_length(decoder) == 0 ||
+        pps_decoder_push(decoder, object.constData()) != PPS_DECODER_OK ||
+        pps_decoder_push(decoder, "dat") != PPS_DECODER_OK)
+        return false;
+    const std::string_view type = device::currentName(decoder);
+    if (!type.data())
+        return false;
+    zel::PpsJsonSource source(decoder);
     const iface::JsonNodeReader envelope = source.startParsing();
-    m_listeners.sendMessage(QString::fromUtf8(messageType, static_cast<qsizetype>(typeLength)), envelope[messageType]);
+    m_listeners.sendMessage(QString::fromUtf8(type.data(), qsizetype(type.size())), envelope[type.data()]);
+    return true;
 }
 
 QString PPSManager::getJsonFromPps(const QString& ppsText) const

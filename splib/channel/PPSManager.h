@@ -50,9 +50,7 @@ public:
     QString getJsonFromPps(const QString& ppsText) const;
 
 private:
-    class Decoder;
-
-    void dispatch(Decoder& decoder);
+    bool dispatchText(const QByteArray& ppsText);
 
     zel::MessageListenerMap m_listeners;
     const int m_ppsHandle;

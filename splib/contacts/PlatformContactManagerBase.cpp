@@ -268,7 +268,7 @@ void PlatformContactManagerBase::aboutToUpdate(int, const PlatformContact& befor
 
 void PlatformContactManagerBase::followAvatar(const PlatformContact& before, const PlatformContact& after)
 {
-    const bool isTraced = slog_enabled(debugSeverity);
+    const bool isTraced = device::isLogged(debugSeverity);
     if (before.getAvatarId() == after.getAvatarId()) {
         if (isTraced)
             Log<GENERAL_DEBUG_INFO>({}, QStringLiteral("PlatformContactManager::aboutToUpdate(): "

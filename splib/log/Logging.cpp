@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/log/Logging.h>
 
+#include <slog/slog.h>
+
 namespace zelsplib::logging {
 
 bool LogString(int severity, const QString& text)
 {
     const QByteArray utf8 = text.toUtf8();
-    return slogf(systemLogOpcode, severity, "%s", utf8.constData()) != -1;
+    return slogf(device::logOpcode, severity, "%s", utf8.constData()) != -1;
 }
 
 QString detail::fillLogTemplate(const QString& prefix, const char* text, const QString* values, std::size_t count)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <slog/slog.h>
+#include <device/Log.h>
 
 #include <QByteArray>
 #include <QByteArrayView>
@@ -34,9 +34,6 @@ enum LogCode {
     ZELSP_PPS_SEND_JSONDATA,
     ZELSP_PPS_RECV_JSONDATA,
 };
-
-/// Every line of this library carries this opcode.
-inline constexpr int systemLogOpcode = 1058604;
 
 /// Sends one line. False only when the system log reports a failure.
 bool LogString(int severity, const QString& text);
@@ -132,7 +129,7 @@ bool Log(const QString& prefix, const Arguments&... arguments)
 {
     constexpr detail::LogTemplate line = detail::logTemplate(code);
     static_assert(sizeof...(Arguments) == line.arguments, "the code's text takes another number of arguments");
-    if (!slog_enabled(line.severity))
+    if (!device::isLogged(line.severity))
         return true;
     const std::array<QString, sizeof...(Arguments)> values{detail::logText(arguments)...};
     return LogString(line.severity, detail::fillLogTemplate(prefix, line.text, values.data(), values.size()));

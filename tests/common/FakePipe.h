@@ -6,7 +6,7 @@
 #include <zel/MessageListenerMap.h>
 #include <zel/PpsJsonSource.h>
 
-#include <pps/decoder.h>
+#include <device/Decoder.h>
 
 #include <QByteArray>
 #include <QDebug>
@@ -42,21 +42,14 @@ public:
     /// The same with the whole text of the object.
     bool injectText(const QByteArray& text)
     {
-        struct Decoder : pps_decoder_t
-        {
-            Decoder()
-                : pps_decoder_t{}
-            {
-            }
-            ~Decoder() { pps_decoder_cleanup(this); }
-        } decoder;
-        if (pps_decoder_initialize_n(&decoder, text.constData(), size_t(text.size())) != PPS_DECODER_OK ||
-            pps_decoder_push(&decoder, "@platform") != PPS_DECODER_OK ||
-            pps_decoder_push(&decoder, "dat") != PPS_DECODER_OK || !pps_decoder_name(&decoder)) {
+        device::Decoder taken(text);
+        pps_decoder_t* const decoder = taken.get();
+        if (!taken.isValid() || pps_decoder_push(decoder, "@platform") != PPS_DECODER_OK ||
+            pps_decoder_push(decoder, "dat") != PPS_DECODER_OK || !pps_decoder_name(decoder)) {
             return false;
         }
-        const QByteArray type = pps_decoder_name(&decoder);
-        zel::PpsJsonSource source(&decoder);
+        const QByteArray type = pps_decoder_name(decoder);
+        zel::PpsJsonSource source(decoder);
         const iface::JsonNodeReader root = source.startParsing();
         m_listeners.sendMessage(QString::fromUtf8(type), root[type.constData()]);
         return true;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <slog/slog.h>
+#include <slog/reload.h>
 
 #include <QByteArray>
 #include <QString>

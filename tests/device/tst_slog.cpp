@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <common/SlogCapture.h>
 
+#include <device/Log.h>
 #include <slog/slog.h>
 
 #include <QTest>
@@ -21,14 +22,16 @@ private Q_SLOTS:
 
 void TstSlog::takesLinesUpToTheLevel()
 {
-    const std::pair<QByteArray, int> levels[] = {{{}, 5}, {"7", 7}, {"2", 2}, {"-1", -1}, {"debug", 5}, {"7x", 5}};
+    const std::pair<QByteArray, int> levels[] = {{{}, 5},    {"7", 7},     {"2", 2},
+                                                 {"-1", -1}, {"9", 7},     {"99999999999999999999", 7},
+                                                 {"-5", -1}, {"debug", 5}, {"7x", 5}};
     for (const auto& [level, highest] : levels) {
         const SlogCapture log;
         level.isNull() ? qunsetenv("ZEL_SLOG_LEVEL") : qputenv("ZEL_SLOG_LEVEL", level);
         slog_reload();
         QStringList expected;
         for (int severity = 0; severity <= 7; ++severity) {
-            QCOMPARE(slog_enabled(severity), severity <= highest);
+            QCOMPARE(device::isLogged(severity), severity <= highest);
             QCOMPARE(slogf(1, severity, "%s %d", "line", severity), 0);
             if (severity <= highest)
                 expected.append(QStringLiteral("%1: line %1").arg(severity));

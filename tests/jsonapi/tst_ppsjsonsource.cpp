@@ -15,7 +15,7 @@ struct Message
     explicit Message(const QByteArray& json)
     {
         const QByteArray text = "@platform\ndat:json:" + json + '\n';
-        pps_decoder_initialize_n(&decoder, text.constData(), size_t(text.size()));
+        pps_decoder_initialize(&decoder, text.constData());
         pps_decoder_push(&decoder, "@platform");
         entered = pps_decoder_push(&decoder, "dat") == PPS_DECODER_OK;
     }

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <stdbool.h>
-#include <stddef.h>
 #include <stdint.h>
 
 #ifdef __cplusplus
@@ -17,9 +16,10 @@ extern "C" {
  * value cannot be read. Empty lines, CR LF and a missing last line break are taken. Attributes before the first
  * object belong to the root.
  *
- * A text is taken or refused as a whole, and no text is harmful: broken JSON, a line of another form, bytes that are
- * not UTF-8, numbers beyond a double's range or, if whole, beyond 64 bits, and nesting beyond 1024 levels are refused.
- * An unpaired surrogate escape in a JSON string is no reason to refuse; it reads as U+FFFD.
+ * No text is harmful, and what cannot be read in one costs that piece and nothing else. An attribute with broken JSON,
+ * nesting beyond 1024 levels or bytes that are not UTF-8, and a line of another form, are as if they were not there. An
+ * object whose name is not UTF-8 has none. A number beyond a double's range is null, and a whole one beyond 64 bits is
+ * only a double. An unpaired surrogate escape in a JSON string reads as U+FFFD.
  *
  * Ownership: a decoder is allocated by the caller, made usable by pps_decoder_initialize(), whatever that answers, and
  * emptied by pps_decoder_cleanup(). It copies the text. Names and strings it hands out live until the clean-up. A
@@ -42,23 +42,11 @@ typedef enum {
     PPS_DECODER_OK = 0,
     PPS_DECODER_NOT_FOUND,    /* no such member or element */
     PPS_DECODER_BAD_TYPE,     /* the value is of another type */
-    PPS_DECODER_PARSE_ERROR,  /* the text was refused */
     PPS_DECODER_OUT_OF_RANGE, /* the whole number does not fit */
     PPS_DECODER_BAD_STATE,    /* no position in this text */
     PPS_DECODER_NO_MEMORY,
     PPS_DECODER_NOT_INITIALIZED
 } pps_decoder_error_t;
-
-typedef enum {
-    PPS_TYPE_NONE = 0, /* there is no such element */
-    PPS_TYPE_NULL,
-    PPS_TYPE_BOOL,
-    PPS_TYPE_NUMBER,
-    PPS_TYPE_STRING,
-    PPS_TYPE_ARRAY,
-    PPS_TYPE_OBJECT,
-    PPS_TYPE_UNKNOWN /* an attribute whose encoding is not known */
-} pps_node_type_t;
 
 /*
  * Where a decoder stands: the container, not the current element in it. Valid for this decoder until its clean-up; a
@@ -70,18 +58,12 @@ typedef struct pps_decoder_state
     uintptr_t position;
 } pps_decoder_state_t;
 
-/* A decoder that refused its text has no root: every later call fails. */
+/* Fails for want of memory only; every later call fails then. */
 pps_decoder_error_t pps_decoder_initialize(pps_decoder_t* decoder, const char* text);
-/* NULs after the end of the text are not counted; any other is a character. */
-pps_decoder_error_t pps_decoder_initialize_n(pps_decoder_t* decoder, const char* text, size_t length);
 void pps_decoder_cleanup(pps_decoder_t* decoder);
 
 /* Enters a member, or the current element; it must be an object or an array. Its first element becomes current. */
 pps_decoder_error_t pps_decoder_push(pps_decoder_t* decoder, const char* name);
-pps_decoder_error_t pps_decoder_push_n(pps_decoder_t* decoder, const char* name, size_t nameLength);
-/* Leaves the container for the one around it; the container left becomes the current element. Costs a walk from the
- * root: where the way back is known, a saved state is cheaper. */
-pps_decoder_error_t pps_decoder_pop(pps_decoder_t* decoder);
 
 pps_decoder_error_t pps_decoder_get_state(const pps_decoder_t* decoder, pps_decoder_state_t* state);
 /* The container's first element becomes current. */
@@ -93,40 +75,14 @@ int pps_decoder_length(pps_decoder_t* decoder);
 pps_decoder_error_t pps_decoder_goto_index(pps_decoder_t* decoder, int index);
 /* The current element's name, ended by a NUL; NULL when it has none. */
 const char* pps_decoder_name(pps_decoder_t* decoder);
-const char* pps_decoder_name_n(pps_decoder_t* decoder, size_t* length);
-pps_node_type_t pps_decoder_type(pps_decoder_t* decoder, const char* name);
 
 /* The values. An out-argument is written only on success. Only a number written without fraction and exponent is
  * whole; a double takes any number. */
 pps_decoder_error_t pps_decoder_get_int(pps_decoder_t* decoder, const char* name, int* value);
-pps_decoder_error_t pps_decoder_get_int64(pps_decoder_t* decoder, const char* name, int64_t* value);
 pps_decoder_error_t pps_decoder_get_double(pps_decoder_t* decoder, const char* name, double* value);
 pps_decoder_error_t pps_decoder_get_bool(pps_decoder_t* decoder, const char* name, bool* value);
-/* Strings are UTF-8 (b64: any bytes) and ended by a NUL; a NUL within one is seen only through the length. */
+/* Strings are UTF-8 (b64: any bytes) and ended by a NUL. */
 pps_decoder_error_t pps_decoder_get_string(pps_decoder_t* decoder, const char* name, const char** value);
-pps_decoder_error_t pps_decoder_get_string_n(pps_decoder_t* decoder, const char* name, const char** value,
-                                             size_t* length);
-
-/*
- * A member as pps_decoder_visit() shows it: a string has its text, a whole number of 64 bits (is_whole) its value, and
- * so has a bool; of any other value only the type is told. What it points to lives until the clean-up.
- */
-typedef struct pps_decoder_member
-{
-    const char* name;
-    size_t name_length;
-    pps_node_type_t type;
-    const char* text;
-    size_t length;
-    bool is_whole;
-    int64_t integer;
-    bool boolean;
-} pps_decoder_member_t;
-
-/* Shows the members of the JSON object in which the decoder stands, in the text's order, doubled ones too: the cheapest
- * way to read many. The function must not use the decoder. */
-pps_decoder_error_t pps_decoder_visit(pps_decoder_t* decoder,
-                                      void (*visit)(void* context, const pps_decoder_member_t* member), void* context);
 
 #pragma GCC visibility pop
 #ifdef __cplusplus

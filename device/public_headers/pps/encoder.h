@@ -2,7 +2,6 @@
 #pragma once
 
 #include <stdbool.h>
-#include <stddef.h>
 
 #ifdef __cplusplus
 extern "C" {
@@ -25,8 +24,7 @@ extern "C" {
  * JSON has no white space; quotation mark, backslash and control characters are escaped, and bytes that are not
  * UTF-8 become U+FFFD. Members appear in the order of the calls and are never compared or merged.
  *
- * Names and strings come in two forms: ended by a NUL, or (_n) with their length in bytes, NULs included. A name of
- * NULL is no name.
+ * Names and strings are ended by a NUL. A name of NULL is no name.
  *
  * Misuse is answered with an error and never harms the text's form. The calls that write a value write it even then,
  * so that starts and ends stay balanced for a caller who does not look at errors: a name in an array, or on the only
@@ -44,7 +42,7 @@ typedef enum {
     PPS_ENCODER_NAME_MISSING,     /* written, under an empty name */
     PPS_ENCODER_BAD_NAME,         /* an attribute's name that the text form cannot carry: written with '_' for each
                                      character that is not allowed (control characters, ':', and a leading '@') */
-    PPS_ENCODER_BAD_VALUE,        /* a string of NULL or a number that is not finite: written as null */
+    PPS_ENCODER_BAD_VALUE,        /* a string of NULL: written as null */
     PPS_ENCODER_UNBALANCED,       /* an end without its start: dropped */
     PPS_ENCODER_COMPLETE,  /* a second value after the only one of a JSON text: dropped, with all that is in it */
     PPS_ENCODER_NO_MEMORY, /* dropped, as is everything after it */
@@ -55,23 +53,14 @@ void pps_encoder_initialize(pps_encoder_t* encoder, bool encodeJson);
 void pps_encoder_cleanup(pps_encoder_t* encoder);
 
 pps_encoder_error_t pps_encoder_start_object(pps_encoder_t* encoder, const char* name);
-pps_encoder_error_t pps_encoder_start_object_n(pps_encoder_t* encoder, const char* name, size_t nameLength);
 pps_encoder_error_t pps_encoder_end_object(pps_encoder_t* encoder);
 pps_encoder_error_t pps_encoder_start_array(pps_encoder_t* encoder, const char* name);
-pps_encoder_error_t pps_encoder_start_array_n(pps_encoder_t* encoder, const char* name, size_t nameLength);
 pps_encoder_error_t pps_encoder_end_array(pps_encoder_t* encoder);
 
 pps_encoder_error_t pps_encoder_add_null(pps_encoder_t* encoder, const char* name);
-pps_encoder_error_t pps_encoder_add_null_n(pps_encoder_t* encoder, const char* name, size_t nameLength);
 pps_encoder_error_t pps_encoder_add_bool(pps_encoder_t* encoder, const char* name, bool value);
-pps_encoder_error_t pps_encoder_add_bool_n(pps_encoder_t* encoder, const char* name, size_t nameLength, bool value);
 pps_encoder_error_t pps_encoder_add_int(pps_encoder_t* encoder, const char* name, int value);
-pps_encoder_error_t pps_encoder_add_int_n(pps_encoder_t* encoder, const char* name, size_t nameLength, int value);
-pps_encoder_error_t pps_encoder_add_double(pps_encoder_t* encoder, const char* name, double value);
-pps_encoder_error_t pps_encoder_add_double_n(pps_encoder_t* encoder, const char* name, size_t nameLength, double value);
 pps_encoder_error_t pps_encoder_add_string(pps_encoder_t* encoder, const char* name, const char* value);
-pps_encoder_error_t pps_encoder_add_string_n(pps_encoder_t* encoder, const char* name, size_t nameLength,
-                                             const char* value, size_t length);
 
 /*
  * Adds a value that is JSON already. It is taken as it is: that it is one valid value is the caller's promise. Only
@@ -79,8 +68,6 @@ pps_encoder_error_t pps_encoder_add_string_n(pps_encoder_t* encoder, const char*
  * mean nothing. An empty text at the top level leaves the attribute's value empty.
  */
 pps_encoder_error_t pps_encoder_add_json(pps_encoder_t* encoder, const char* name, const char* json);
-pps_encoder_error_t pps_encoder_add_json_n(pps_encoder_t* encoder, const char* name, size_t nameLength,
-                                           const char* json, size_t length);
 
 /* The text so far, ended by a NUL that does not count; with nodes still open it is the beginning of one. Never NULL. */
 const char* pps_encoder_buffer(const pps_encoder_t* encoder);

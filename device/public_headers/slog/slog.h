@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <stdbool.h>
-
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -22,12 +20,6 @@ extern "C" {
  * formatted. The opcode tells the device's log tools which program speaks; a desktop's log knows that already.
  */
 int slogf(int opcode, int severity, const char* format, ...) __attribute__((format(printf, 3, 4)));
-
-/* Whether a line of this severity is taken: for callers to whom even preparing the arguments is a cost. */
-bool slog_enabled(int severity);
-
-/* Reads the environment again. */
-void slog_reload(void);
 
 #pragma GCC visibility pop
 #ifdef __cplusplus

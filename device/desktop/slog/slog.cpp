@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <device/Log.h>
+#include <slog/reload.h>
 #include <slog/slog.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdarg>
@@ -28,8 +31,8 @@ struct Settings
         const char* const text = std::getenv("ZEL_SLOG_LEVEL");
         char* end = nullptr;
         const long number = text ? std::strtol(text, &end, 10) : 0;
-        const bool isNumber = text && end != text && *end == '\0' && number >= -1 && number <= 7;
-        level = isNumber ? static_cast<int>(number) : defaultLevel;
+        const bool isNumber = text && end != text && *end == '\0';
+        level = isNumber ? static_cast<int>(std::clamp(number, -1L, 7L)) : defaultLevel;
         const char* const target = std::getenv("ZEL_SLOG");
         toStandardError = target && std::strcmp(target, "stderr") == 0;
     }
@@ -109,7 +112,7 @@ __attribute__((format(printf, 2, 0))) int writeFormatted(int severity, const cha
 
 int slogf(int, int severity, const char* format, ...)
 {
-    if (!slog_enabled(severity))
+    if (!device::isLogged(severity))
         return 0;
     // A caller who logs a failure may still want its errno.
     const int savedError = errno;
@@ -121,12 +124,12 @@ int slogf(int, int severity, const char* format, ...)
     return result;
 }
 
-bool slog_enabled(int severity)
-{
-    return severity <= settings().level.load(std::memory_order_relaxed);
-}
-
 void slog_reload(void)
 {
     settings().read();
+}
+
+bool device::isLogged(int severity)
+{
+    return severity <= settings().level.load(std::memory_order_relaxed);
 }

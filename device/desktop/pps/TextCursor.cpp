@@ -241,27 +241,4 @@ size_t TextCursor::searchOnTape(std::string_view name, Trail& way) const
     return 0;
 }
 
-bool TextCursor::parent(Node* parent, size_t* element) const
-{
-    if (m_container == Node())
-        return false;
-    // Down from the root, each time into the element in which the container lies.
-    for (Node node;;) {
-        for (size_t i = first(node);; i = next(node, i)) {
-            if (i == end(node))
-                return false;
-            const Value value = valueAt(node, i);
-            if (value.kind == Value::InText || !isContainer(value.node) || !contains(value.node, m_container))
-                continue;
-            if (value.node == m_container) {
-                *parent = node;
-                *element = i;
-                return true;
-            }
-            node = value.node;
-            break;
-        }
-    }
-}
-
 } // namespace device

@@ -1,19 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <pps/decoder.h>
+#include <device/Decoder.h>
 
 #include "TextCursor.h"
 
 #include <algorithm>
 #include <array>
 #include <climits>
-#include <limits>
 #include <memory>
 #include <new>
 
 using device::JsonTape;
 using device::Node;
 using device::TextCursor;
-using device::TextError;
 using device::Value;
 
 struct pps_decoder_private : TextCursor
@@ -57,13 +55,12 @@ pps_decoder_error_t open(pps_decoder_t* decoder, const char* text, size_t length
         return PPS_DECODER_NO_MEMORY;
     while (length > 0 && text[length - 1] == '\0')
         --length;
-    const TextError error = d->text.parse(text, length);
-    if (error == TextError::None && d->begin()) {
+    if (d->text.parse(text, length) && d->begin()) {
         decoder->d = d.release();
         return PPS_DECODER_OK;
     }
     putBack(std::move(d));
-    return error == TextError::Malformed ? PPS_DECODER_PARSE_ERROR : PPS_DECODER_NO_MEMORY;
+    return PPS_DECODER_NO_MEMORY;
 }
 
 bool isOpen(const pps_decoder_t* decoder)
@@ -125,67 +122,44 @@ pps_decoder_error_t readTape(pps_decoder_t* decoder, const char* name, const OnT
     return read(decoder, name, onTape, [](const device::AttributeText::Attribute&) { return PPS_DECODER_BAD_TYPE; });
 }
 
-template <typename Integer>
-pps_decoder_error_t readInteger(pps_decoder_t* decoder, const char* name, Integer* out)
+pps_decoder_error_t readText(pps_decoder_t* decoder, const char* name, std::string_view* value)
 {
-    return readTape(decoder, name, [out](const JsonTape& tape, size_t place) {
-        // 'u' is what does not fit into the signed type.
-        if (tape.type(place) == 'u')
-            return PPS_DECODER_OUT_OF_RANGE;
-        if (tape.type(place) != 'l')
-            return PPS_DECODER_BAD_TYPE;
-        const int64_t number = tape.signedNumber(place);
-        if (number < std::numeric_limits<Integer>::min() || number > std::numeric_limits<Integer>::max())
-            return PPS_DECODER_OUT_OF_RANGE;
-        *out = static_cast<Integer>(number);
-        return PPS_DECODER_OK;
-    });
+    return read(
+        decoder, name,
+        [value](const JsonTape& tape, size_t place) {
+            if (tape.type(place) != '"')
+                return PPS_DECODER_BAD_TYPE;
+            *value = tape.string(place);
+            return PPS_DECODER_OK;
+        },
+        [value](const device::AttributeText::Attribute& attribute) {
+            if (!attribute.isKnown)
+                return PPS_DECODER_BAD_TYPE;
+            *value = attribute.text;
+            return PPS_DECODER_OK;
+        });
 }
 
-pps_node_type_t typeOnTape(char letter)
+device::Member memberOnTape(const JsonTape& tape, size_t element)
 {
-    switch (letter) {
-    case 'n':
-        return PPS_TYPE_NULL;
+    const size_t place = element + 1;
+    device::Member member = {tape.string(element), device::Member::Another, {}, 0};
+    switch (tape.type(place)) {
+    case '"':
+        member.type = device::Member::Text;
+        member.text = tape.string(place);
+        break;
+    case 'l':
+        member.type = device::Member::Integer;
+        member.number = tape.signedNumber(place);
+        break;
     case 't':
     case 'f':
-        return PPS_TYPE_BOOL;
-    case 'l':
-    case 'u':
-    case 'd':
-        return PPS_TYPE_NUMBER;
-    case '"':
-        return PPS_TYPE_STRING;
-    case '[':
-        return PPS_TYPE_ARRAY;
+        member.type = device::Member::Bool;
+        member.number = tape.type(place) == 't';
+        break;
     default:
-        return PPS_TYPE_OBJECT;
-    }
-}
-
-pps_decoder_error_t push(pps_decoder_t* decoder, std::string_view name)
-{
-    return guarded(decoder, [name](TextCursor& d) {
-        const Value value = valueOf(d, name);
-        if (value.kind == Value::Missing)
-            return PPS_DECODER_NOT_FOUND;
-        return value.kind != Value::InText && d.enter(value.node) ? PPS_DECODER_OK : PPS_DECODER_BAD_TYPE;
-    });
-}
-
-pps_decoder_member_t memberOnTape(const JsonTape& tape, size_t element)
-{
-    const std::string_view name = tape.string(element);
-    const size_t place = element + 1;
-    const char letter = tape.type(place);
-    pps_decoder_member_t member = {name.data(), name.size(), typeOnTape(letter), nullptr, 0, false, 0, letter == 't'};
-    if (letter == '"') {
-        const std::string_view text = tape.string(place);
-        member.text = text.data();
-        member.length = text.size();
-    } else if (letter == 'l') {
-        member.is_whole = true;
-        member.integer = tape.signedNumber(place);
+        break;
     }
     return member;
 }
@@ -194,13 +168,8 @@ pps_decoder_member_t memberOnTape(const JsonTape& tape, size_t element)
 
 pps_decoder_error_t pps_decoder_initialize(pps_decoder_t* decoder, const char* text)
 {
-    return pps_decoder_initialize_n(decoder, text, viewOf(text).size());
-}
-
-pps_decoder_error_t pps_decoder_initialize_n(pps_decoder_t* decoder, const char* text, size_t length)
-{
     decoder->d = nullptr;
-    return open(decoder, text ? text : "", text ? length : 0);
+    return open(decoder, text ? text : "", viewOf(text).size());
 }
 
 void pps_decoder_cleanup(pps_decoder_t* decoder)
@@ -213,23 +182,11 @@ void pps_decoder_cleanup(pps_decoder_t* decoder)
 
 pps_decoder_error_t pps_decoder_push(pps_decoder_t* decoder, const char* name)
 {
-    return push(decoder, viewOf(name));
-}
-
-pps_decoder_error_t pps_decoder_push_n(pps_decoder_t* decoder, const char* name, size_t nameLength)
-{
-    return push(decoder, name ? std::string_view(name, nameLength) : std::string_view());
-}
-
-pps_decoder_error_t pps_decoder_pop(pps_decoder_t* decoder)
-{
-    return guarded(decoder, [](TextCursor& d) {
-        Node parent;
-        size_t element = 0;
-        if (!d.parent(&parent, &element) || !d.enter(parent))
+    return guarded(decoder, [name](TextCursor& d) {
+        const Value value = valueOf(d, viewOf(name));
+        if (value.kind == Value::Missing)
             return PPS_DECODER_NOT_FOUND;
-        d.moveTo(element);
-        return PPS_DECODER_OK;
+        return value.kind != Value::InText && d.enter(value.node) ? PPS_DECODER_OK : PPS_DECODER_BAD_TYPE;
     });
 }
 
@@ -267,37 +224,20 @@ const char* pps_decoder_name(pps_decoder_t* decoder)
     return isOpen(decoder) ? decoder->d->currentName().data() : nullptr;
 }
 
-const char* pps_decoder_name_n(pps_decoder_t* decoder, size_t* length)
-{
-    const std::string_view name = isOpen(decoder) ? decoder->d->currentName() : std::string_view();
-    *length = name.size();
-    return name.data();
-}
-
-pps_node_type_t pps_decoder_type(pps_decoder_t* decoder, const char* name)
-{
-    pps_node_type_t type = PPS_TYPE_NONE;
-    guarded(decoder, [&](TextCursor& d) {
-        const Value value = valueOf(d, viewOf(name));
-        if (value.kind == Value::OnTape)
-            type = typeOnTape(d.tape(value.node.document).type(value.node.place));
-        else if (value.kind == Value::Object)
-            type = PPS_TYPE_OBJECT;
-        else if (value.kind == Value::InText)
-            type = value.attribute->isKnown ? PPS_TYPE_STRING : PPS_TYPE_UNKNOWN;
-        return PPS_DECODER_OK;
-    });
-    return type;
-}
-
 pps_decoder_error_t pps_decoder_get_int(pps_decoder_t* decoder, const char* name, int* value)
 {
-    return readInteger(decoder, name, value);
-}
-
-pps_decoder_error_t pps_decoder_get_int64(pps_decoder_t* decoder, const char* name, int64_t* value)
-{
-    return readInteger(decoder, name, value);
+    return readTape(decoder, name, [value](const JsonTape& tape, size_t place) {
+        // 'u' is what does not fit into 64 bits with a sign.
+        if (tape.type(place) == 'u')
+            return PPS_DECODER_OUT_OF_RANGE;
+        if (tape.type(place) != 'l')
+            return PPS_DECODER_BAD_TYPE;
+        const int64_t number = tape.signedNumber(place);
+        if (number < INT_MIN || number > INT_MAX)
+            return PPS_DECODER_OUT_OF_RANGE;
+        *value = static_cast<int>(number);
+        return PPS_DECODER_OK;
+    });
 }
 
 pps_decoder_error_t pps_decoder_get_double(pps_decoder_t* decoder, const char* name, double* value)
@@ -331,40 +271,42 @@ pps_decoder_error_t pps_decoder_get_bool(pps_decoder_t* decoder, const char* nam
 
 pps_decoder_error_t pps_decoder_get_string(pps_decoder_t* decoder, const char* name, const char** value)
 {
-    size_t length = 0;
-    return pps_decoder_get_string_n(decoder, name, value, &length);
-}
-
-pps_decoder_error_t pps_decoder_get_string_n(pps_decoder_t* decoder, const char* name, const char** value,
-                                             size_t* length)
-{
-    const auto give = [&](std::string_view text) {
+    std::string_view text;
+    const pps_decoder_error_t error = readText(decoder, name, &text);
+    if (error == PPS_DECODER_OK)
         *value = text.data();
-        *length = text.size();
-        return PPS_DECODER_OK;
-    };
-    return read(
-        decoder, name,
-        [&](const JsonTape& tape, size_t place) {
-            return tape.type(place) == '"' ? give(tape.string(place)) : PPS_DECODER_BAD_TYPE;
-        },
-        [&](const device::AttributeText::Attribute& attribute) {
-            return attribute.isKnown ? give(attribute.text) : PPS_DECODER_BAD_TYPE;
-        });
+    return error;
 }
 
-pps_decoder_error_t pps_decoder_visit(pps_decoder_t* decoder,
-                                      void (*visit)(void* context, const pps_decoder_member_t* member), void* context)
+namespace device {
+
+Decoder::Decoder(const QByteArray& text)
+    : m_isValid(open(&m_decoder, text.constData(), static_cast<size_t>(text.size())) == PPS_DECODER_OK)
 {
-    return guarded(decoder, [visit, context](const TextCursor& d) {
-        if (!d.isOnTape() || d.words().type(d.container().place) != '{')
-            return PPS_DECODER_BAD_TYPE;
-        const JsonTape& tape = d.words();
-        const size_t last = tape.lastOf(d.container().place);
-        for (size_t element = d.container().place + 1; element != last; element = tape.after(element + 1)) {
-            const pps_decoder_member_t member = memberOnTape(tape, element);
-            visit(context, &member);
-        }
-        return PPS_DECODER_OK;
-    });
 }
+
+std::string_view currentName(pps_decoder_t* decoder)
+{
+    return isOpen(decoder) ? decoder->d->currentName() : std::string_view();
+}
+
+bool readString(pps_decoder_t* decoder, const char* name, std::string_view* value)
+{
+    return readText(decoder, name, value) == PPS_DECODER_OK;
+}
+
+bool visitMembers(pps_decoder_t* decoder, void (*show)(void* context, const Member& member), void* context)
+{
+    if (!isOpen(decoder))
+        return false;
+    const TextCursor& d = *decoder->d;
+    if (!d.isOnTape() || d.words().type(d.container().place) != '{')
+        return false;
+    const JsonTape& tape = d.words();
+    const size_t last = tape.lastOf(d.container().place);
+    for (size_t element = d.container().place + 1; element != last; element = tape.after(element + 1))
+        show(context, memberOnTape(tape, element));
+    return true;
+}
+
+} // namespace device

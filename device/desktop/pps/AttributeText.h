@@ -11,10 +11,9 @@
 
 namespace device {
 
-enum class TextError { None, Malformed, NoMemory };
-
 // A text of attribute lines taken apart: which objects there are, which attributes they have, and the JSON of each
 // attribute parsed. Works on a copy of the text, in which names and strings are unescaped in place and end in a NUL.
+// Lines that cannot be read are left out.
 // Reading several texts one after the other reuses the memory.
 class AttributeText
 {
@@ -29,14 +28,15 @@ public:
     };
     struct Object
     {
-        std::string_view name; // with its '@'
+        std::string_view name; // with its '@'; empty when it cannot be read, and for the root
         uint32_t firstAttribute = 0;
         uint32_t attributeCount = 0;
         uint32_t firstDocument = 0;
         uint32_t endDocument = 0;
     };
 
-    TextError parse(const char* text, size_t length);
+    // False when there is not enough memory.
+    bool parse(const char* text, size_t length);
 
     // The first object has no name: it is the root, whose attributes stand before the first "@" line.
     const std::vector<Object>& objects() const { return m_objects; }
@@ -48,11 +48,12 @@ public:
     bool isSmall() const { return m_capacity <= size_t(256) * 1024 && m_documents.size() <= 16; }
 
 private:
-    TextError copy(const char* text, size_t length);
-    TextError parseLine(char* begin, char* end);
-    TextError parseAttribute(char* begin, char* end);
-    TextError parseValue(Attribute& attribute, std::string_view encoding, char* begin, char* end);
-    TextError parseJson(Attribute& attribute, char* begin, char* end);
+    bool copy(const char* text, size_t length);
+    void parseLine(char* begin, char* end);
+    void parseAttribute(char* begin, char* end);
+    bool parseValue(Attribute& attribute, std::string_view encoding, char* begin, char* end);
+    bool parseJson(Attribute& attribute, char* begin, char* end);
+    simdjson::error_code parseInto(simdjson::dom::document& document, const char* begin, const char* end);
     void closeObject();
 
     std::unique_ptr<char[]> m_text;

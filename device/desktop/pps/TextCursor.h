@@ -75,8 +75,6 @@ public:
     Node container() const { return m_container; }
     bool enter(Node node);
     void moveTo(size_t elementPlace) { m_element = elementPlace; }
-    // The node around the container, and the place of the container in it.
-    bool parent(Node* parent, size_t* element) const;
     bool isContainer(Node node) const;
 
     size_t count() const;

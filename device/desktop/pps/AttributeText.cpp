@@ -6,6 +6,7 @@
 #include <QByteArray>
 
 #include <algorithm>
+#include <charconv>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -64,6 +65,107 @@ void repairSurrogates(char* text, char* end)
     }
 }
 
+// Behind the quotation mark that ends the string in which `text` is.
+char* endOfString(char* text, char* end)
+{
+    for (; text != end; ++text) {
+        if (*text == '"')
+            return text + 1;
+        if (*text == '\\' && text + 1 != end)
+            ++text;
+    }
+    return end;
+}
+
+const char* skipDigits(const char* text, const char* end)
+{
+    return std::find_if(text, end, [](char c) { return c < '0' || c > '9'; });
+}
+
+// The end of the number that begins here; `text` itself when none does. `isWhole` tells whether it has neither fraction
+// nor exponent.
+char* endOfNumber(char* text, char* end, bool* isWhole)
+{
+    const char* at = text + (*text == '-' ? 1 : 0);
+    const char* part = skipDigits(at, end);
+    if (part == at || (*at == '0' && part - at > 1))
+        return text;
+    *isWhole = true;
+    if (part != end && *part == '.') {
+        *isWhole = false;
+        at = part + 1;
+        part = skipDigits(at, end);
+        if (part == at)
+            return text;
+    }
+    if (part != end && (*part == 'e' || *part == 'E')) {
+        *isWhole = false;
+        at = part + 1;
+        if (at != end && (*at == '+' || *at == '-'))
+            ++at;
+        part = skipDigits(at, end);
+        if (part == at)
+            return text;
+    }
+    return text + (part - text);
+}
+
+// Whether a number is too large for a double. What is too small for one, the parser takes as 0.
+bool isBeyondDouble(const char* text, const char* end)
+{
+    double number = 0;
+    if (std::from_chars(text, end, number).ec != std::errc::result_out_of_range)
+        return false;
+    // Where the first digit that counts stands tells which of the two it is.
+    const char* const exponent = std::find_if(text, end, [](char c) { return c == 'e' || c == 'E'; });
+    long power = 0;
+    if (exponent != end) {
+        const char* const first = exponent + (exponent[1] == '+' ? 2 : 1);
+        if (std::from_chars(first, end, power).ec == std::errc::result_out_of_range)
+            return *first != '-';
+    }
+    const char* const point = std::find(text, exponent, '.');
+    const char* const digit = std::find_if(text, exponent, [](char c) { return c >= '1' && c <= '9'; });
+    return (point - digit) + power > 0;
+}
+
+bool isBeyondInteger(const char* text, const char* end)
+{
+    int64_t negative = 0;
+    uint64_t positive = 0;
+    const auto result = *text == '-' ? std::from_chars(text, end, negative) : std::from_chars(text, end, positive);
+    return result.ec == std::errc::result_out_of_range;
+}
+
+// The parser refuses a text with a number beyond its range in it, but one that nobody may even read must not cost the
+// whole message. A number beyond a double becomes null, which is shorter; a whole one beyond 64 bits is written with an
+// exponent in the place of its last two digits, too far down to count. Answers whether there was any.
+bool repairNumbers(char* text, char* end)
+{
+    bool isRepaired = false;
+    while (text != end) {
+        if (*text == '"') {
+            text = endOfString(text + 1, end);
+        } else if (*text == '-' || (*text >= '0' && *text <= '9')) {
+            bool isWhole = false;
+            char* const numberEnd = endOfNumber(text, end, &isWhole);
+            if (numberEnd == text)
+                return isRepaired;
+            if (isBeyondDouble(text, numberEnd)) {
+                std::fill(std::copy_n("null", 4, text), numberEnd, ' ');
+                isRepaired = true;
+            } else if (isWhole && isBeyondInteger(text, numberEnd)) {
+                std::copy_n("e2", 2, numberEnd - 2);
+                isRepaired = true;
+            }
+            text = numberEnd;
+        } else {
+            ++text;
+        }
+    }
+    return isRepaired;
+}
+
 // Undoes the escapes of a string attribute in place and answers its new end. What is no escape stands for itself.
 char* unescape(char* begin, char* end)
 {
@@ -107,69 +209,64 @@ bool isUtf8(const char* begin, const char* end)
 
 } // namespace
 
-TextError AttributeText::parse(const char* text, size_t length)
+bool AttributeText::parse(const char* text, size_t length)
 {
     m_objects.clear();
     m_attributes.clear();
     m_documentCount = 0;
     try {
-        if (const TextError error = copy(text, length); error != TextError::None)
-            return error;
+        if (!copy(text, length))
+            return false;
         m_objects.emplace_back();
         char* const end = m_text.get() + length;
         for (char* line = m_text.get(); line != end;) {
             char* const found = static_cast<char*>(std::memchr(line, '\n', static_cast<size_t>(end - line)));
             char* const lineEnd = found ? found : end;
-            char* const next = found ? found + 1 : end;
             const bool hasReturn = lineEnd != line && lineEnd[-1] == '\r';
-            if (const TextError error = parseLine(line, hasReturn ? lineEnd - 1 : lineEnd); error != TextError::None)
-                return error;
-            line = next;
+            parseLine(line, hasReturn ? lineEnd - 1 : lineEnd);
+            line = found ? found + 1 : end;
         }
         closeObject();
     } catch (const std::bad_alloc&) {
-        return TextError::NoMemory;
+        return false;
     }
-    return TextError::None;
+    return true;
 }
 
-TextError AttributeText::copy(const char* text, size_t length)
+bool AttributeText::copy(const char* text, size_t length)
 {
     // Attributes are counted in 32 bits, and a text of that size is no message.
     if (length >= std::numeric_limits<uint32_t>::max())
-        return TextError::NoMemory;
+        return false;
     // The parser may read, but never uses, this many bytes past the end of what it is given.
     const size_t needed = length + simdjson::SIMDJSON_PADDING + 1;
     if (needed > m_capacity) {
         m_capacity = 0;
-        m_text.reset(new (std::nothrow) char[needed]);
-        if (!m_text)
-            return TextError::NoMemory;
+        m_text.reset(new char[needed]);
         m_capacity = needed;
     }
     if (length > 0)
         std::memcpy(m_text.get(), text, length);
     std::memset(m_text.get() + length, 0, simdjson::SIMDJSON_PADDING + 1);
-    return TextError::None;
+    return true;
 }
 
 // `end` may be overwritten: it is a line break or lies behind the text.
-TextError AttributeText::parseLine(char* begin, char* end)
+void AttributeText::parseLine(char* begin, char* end)
 {
     if (begin == end)
-        return TextError::None;
+        return;
     if (*begin != '@')
         return parseAttribute(begin, end);
-    if (!isUtf8(begin, end))
-        return TextError::Malformed;
     closeObject();
     Object object;
-    object.name = view(begin, end);
+    // What belongs to an object whose name cannot be read belongs to no other.
+    if (isUtf8(begin, end))
+        object.name = view(begin, end);
     object.firstAttribute = static_cast<uint32_t>(m_attributes.size());
     object.firstDocument = m_documentCount + 1;
     m_objects.push_back(object);
     *end = '\0';
-    return TextError::None;
 }
 
 void AttributeText::closeObject()
@@ -179,63 +276,68 @@ void AttributeText::closeObject()
     object.endDocument = m_documentCount + 1;
 }
 
-TextError AttributeText::parseAttribute(char* begin, char* end)
+void AttributeText::parseAttribute(char* begin, char* end)
 {
     char* const nameEnd = static_cast<char*>(std::memchr(begin, ':', static_cast<size_t>(end - begin)));
     if (!nameEnd || !isUtf8(begin, nameEnd))
-        return TextError::Malformed;
+        return;
     char* const encoding = nameEnd + 1;
     char* const encodingEnd = static_cast<char*>(std::memchr(encoding, ':', static_cast<size_t>(end - encoding)));
     if (!encodingEnd)
-        return TextError::Malformed;
+        return;
     Attribute attribute;
     attribute.name = view(begin, nameEnd);
     *nameEnd = '\0';
-    const TextError error = parseValue(attribute, view(encoding, encodingEnd), encodingEnd + 1, end);
-    if (error == TextError::None)
+    if (parseValue(attribute, view(encoding, encodingEnd), encodingEnd + 1, end))
         m_attributes.push_back(attribute);
-    return error;
 }
 
-TextError AttributeText::parseValue(Attribute& attribute, std::string_view encoding, char* begin, char* end)
+bool AttributeText::parseValue(Attribute& attribute, std::string_view encoding, char* begin, char* end)
 {
     if (encoding.empty()) {
         if (!isUtf8(begin, end))
-            return TextError::Malformed;
+            return false;
         end = unescape(begin, end);
     } else if (encoding == "b64") {
         const auto decoded = QByteArray::fromBase64Encoding(QByteArray::fromRawData(begin, end - begin),
                                                             QByteArray::AbortOnBase64DecodingErrors);
         if (!decoded)
-            return TextError::Malformed;
+            return false;
         std::memcpy(begin, (*decoded).constData(), static_cast<size_t>((*decoded).size()));
         end = begin + (*decoded).size();
     } else if (encoding == "json" || encoding == "n" || encoding == "b") {
-        if (const TextError error = parseJson(attribute, begin, end); error != TextError::None)
-            return error;
+        if (!parseJson(attribute, begin, end))
+            return false;
         const JsonTape tape(document(attribute.document));
-        const bool isAllowed =
-            encoding == "json" || (encoding == "n" ? tape.isNumber(JsonTape::top) : tape.isBool(JsonTape::top));
-        return isAllowed ? TextError::None : TextError::Malformed;
+        return encoding == "json" || (encoding == "n" ? tape.isNumber(JsonTape::top) : tape.isBool(JsonTape::top));
     } else {
         attribute.isKnown = false;
     }
     *end = '\0';
     attribute.text = view(begin, end);
-    return TextError::None;
+    return true;
 }
 
-TextError AttributeText::parseJson(Attribute& attribute, char* begin, char* end)
+bool AttributeText::parseJson(Attribute& attribute, char* begin, char* end)
 {
     repairSurrogates(begin, end);
     if (m_documentCount == m_documents.size())
         m_documents.push_back(std::make_unique<simdjson::dom::document>());
     simdjson::dom::document& document = *m_documents[m_documentCount];
-    const auto error = m_parser.parse_into_document(document, begin, static_cast<size_t>(end - begin), false).error();
-    if (error)
-        return error == simdjson::MEMALLOC ? TextError::NoMemory : TextError::Malformed;
+    simdjson::error_code error = parseInto(document, begin, end);
+    if (error != simdjson::SUCCESS && error != simdjson::MEMALLOC && repairNumbers(begin, end))
+        error = parseInto(document, begin, end);
+    if (error == simdjson::MEMALLOC)
+        throw std::bad_alloc();
+    if (error != simdjson::SUCCESS)
+        return false;
     attribute.document = ++m_documentCount;
-    return TextError::None;
+    return true;
+}
+
+simdjson::error_code AttributeText::parseInto(simdjson::dom::document& document, const char* begin, const char* end)
+{
+    return m_parser.parse_into_document(document, begin, static_cast<size_t>(end - begin), false).error();
 }
 
 } // namespace device

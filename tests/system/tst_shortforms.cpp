@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <device/Decoder.h>
+#include <device/Log.h>
+#include <device/Object.h>
+#include <iface/JsonMember.h>
+#include <zel/JsonWriter.h>
+#include <zel/PpsJsonSource.h>
+
+#include <QTest>
+
+#include <cerrno>
+
+/// What becomes of what the platform's calls have no form for.
+class TstShortForms : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void textsGoOutUpToTheirFirstNul()
+    {
+        const auto text = [](const char* utf8, qsizetype size) { return QString::fromUtf8(utf8, size); };
+        zel::JsonWriter writer(QStringLiteral("m"), QStringLiteral("zel"));
+        writer.addAttribute(text("na\0me", 5), text("va\0lue", 6));
+        writer.addAttribute(QStringLiteral("long"), QString(300, u'x'));
+        writer.addAttribute(QStringLiteral("empty"), QString());
+        QCOMPARE(writer.toString(),
+                 QStringLiteral(R"({"m":{"na":"va","long":"%1","empty":""}})").arg(QString(300, u'x')));
+    }
+
+    void textsComeInUpToTheirFirstNul()
+    {
+        device::Decoder decoder(R"(dat:json:{"a\u0000b":"c\u0000d","e":"\u0000"})");
+        QVERIFY(decoder.isValid());
+        QCOMPARE(pps_decoder_push(decoder.get(), "dat"), PPS_DECODER_OK);
+        QVERIFY(device::currentName(decoder.get()) == "a");
+        zel::PpsJsonSource source(decoder.get());
+        const iface::JsonNodeReader reader = source.startParsing();
+        QString value;
+        QVERIFY(reader[0].read(value));
+        QCOMPARE(value, QStringLiteral("c"));
+        QVERIFY(reader.readString("e", value));
+        QVERIFY(value.isEmpty() && !value.isNull());
+        // The text itself ends there, too, and what is left of it is none.
+        QVERIFY(!device::Decoder(QByteArray("dat:json:{\"a\":\0 1}", 18)).isValid());
+    }
+
+    void membersAreNotShownButFoundByName()
+    {
+        struct Nothing final : iface::JsonMemberVisitor
+        {
+            void member(const iface::JsonMember&) override { QFAIL("shown"); }
+        } visitor;
+        device::Decoder decoder(R"(dat:json:{"a":1,"b":"two"})");
+        QCOMPARE(pps_decoder_push(decoder.get(), "dat"), PPS_DECODER_OK);
+        zel::PpsJsonSource source(decoder.get());
+        const iface::JsonNodeReader reader = source.startParsing();
+        QVERIFY(!reader.visitMembers(visitor));
+        int a = 0;
+        QString b;
+        QCOMPARE(reader.readFields("b", b, "a", a), 2);
+        QCOMPARE(a, 1);
+        QCOMPARE(b, QStringLiteral("two"));
+    }
+
+    void everyLineIsHandedToTheLog() { QVERIFY(device::isLogged(7)); }
+
+    void anObjectThatIsNotThereFailsToOpenAsAnyFile()
+    {
+        QCOMPARE(device::openObject("/pps/services/absent"), -1);
+        QCOMPARE(errno, ENOENT);
+    }
+};
+
+QTEST_APPLESS_MAIN(TstShortForms)
+#include "tst_shortforms.moc"
