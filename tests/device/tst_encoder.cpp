@@ -67,7 +67,7 @@ public:
     {
         static const char32_t edges[] = {0,     1,     0x1F,   '"',    '\\',   '/',    0x7F,    0x80,
                                          0x7FF, 0x800, 0xD7FF, 0xE000, 0xFFFD, 0xFFFF, 0x10000, 0x10FFFF};
-        QString text;
+        QString text = QStringLiteral(""); // not null: with such a name beside others, Qt 6.8's object crashes
         for (int i = m_random.bounded(24); i > 0; --i) {
             const char32_t plain = U' ' + char32_t(m_random.bounded(95));
             const char32_t edge = edges[m_random.bounded(int(std::size(edges)))];
