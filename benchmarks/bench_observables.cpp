@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What observing costs, beside what Qt's own signals and properties cost in the same run: compare the ratios.
+#include <iface/Follower.h>
 #include <iface/LazyLoaderValue.h>
-#include <iface/LightObserver.h>
 #include <iface/ObservableMonitor.h>
 #include <iface/ObservableTracker.h>
 #include <iface/ObservableValue.h>
@@ -44,13 +44,13 @@ public:
     int calls = 0;
 };
 
-class LightReceiver : public iface::LightObserver
+class Receiving : public iface::Follower
 {
 public:
     int calls = 0;
 
 protected:
-    void observableChanged() override { ++calls; }
+    void mark(const iface::Change&) override { ++calls; }
 };
 
 void notifyByBareSignal(benchmark::State& state)
@@ -75,16 +75,16 @@ void notifyOneObserver(benchmark::State& state)
 }
 BENCHMARK(notifyOneObserver);
 
-void notifyOneLightObserver(benchmark::State& state)
+void notifyOneFollower(benchmark::State& state)
 {
     const Value value(new Writable);
-    LightReceiver receiver;
-    receiver.observe(*value);
+    Receiving receiver;
+    receiver.follow(*value);
     for (auto _ : state)
         value->notifyObservers();
     benchmark::DoNotOptimize(receiver.calls);
 }
-BENCHMARK(notifyOneLightObserver);
+BENCHMARK(notifyOneFollower);
 
 void hookByConnection(benchmark::State& state)
 {
@@ -107,16 +107,16 @@ void hookOneObserver(benchmark::State& state)
 }
 BENCHMARK(hookOneObserver);
 
-void hookOneLightObserver(benchmark::State& state)
+void hookOneFollower(benchmark::State& state)
 {
     const Value value(new Writable);
-    LightReceiver receiver;
+    Receiving receiver;
     for (auto _ : state) {
-        receiver.observe(*value);
+        receiver.follow(*value);
         receiver.detach();
     }
 }
-BENCHMARK(hookOneLightObserver);
+BENCHMARK(hookOneFollower);
 
 // A monitor whose runs read one value or another in turn: one dependency goes, one comes.
 void hookOneDependency(benchmark::State& state)
@@ -201,10 +201,10 @@ void memoryPerValue(benchmark::State& state)
         const auto before = mallinfo2().uordblks;
         std::vector<QExplicitlySharedDataPointer<Loaded>> values;
         values.reserve(Count);
-        std::vector<LightReceiver> receivers(Count);
+        std::vector<Receiving> receivers(Count);
         for (int i = 0; i < Count; ++i) {
             values.emplace_back(new Loaded);
-            receivers[static_cast<std::size_t>(i)].observe(*values.back());
+            receivers[static_cast<std::size_t>(i)].follow(*values.back());
         }
         bytes = static_cast<double>(mallinfo2().uordblks - before) / Count;
     }

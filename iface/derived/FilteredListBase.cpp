@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <iface/detail/FilteredListBase.h>
 
-#include "IndexTranslation.h"
-#include "ItemDependencies.h"
+#include "derived/IndexTranslation.h"
+#include "observables/Dependencies.h"
 
 #include <iface/ObservableTracker.h>
 #include <iface/PrecomputedMapper.h>
 #include <iface/detail/IndexedSequence.h>
-#include <iface/detail/ListFollower.h>
-
-#include <QtDebug>
+#include <iface/detail/Intake.h>
 
 #include <algorithm>
 #include <exception>
@@ -17,243 +15,120 @@
 
 namespace iface::detail {
 
-namespace {
-
-/// A filter that changes what it reads, or the input, is given this many runs to settle.
-constexpr int MaximumRounds = 16;
-
-/// What is to be announced.
-struct Change
-{
-    enum Kind { None, Added, Updated, Removed, Wholesale };
-    using Type = ObservableListImpl::ChangeType::Type;
-
-    static Change item(Kind kind, int index) { return {kind, index, Type(), nullptr}; }
-    static Change wholesale(Type type, const QSharedPointer<ObservableListImpl::IndexMapper>& mapper)
-    {
-        return {Wholesale, -1, type, mapper};
-    }
-
-    Kind kind = None;
-    int index = -1;
-    Type type = ObservableListImpl::ChangeType::Reset;
-    QSharedPointer<ObservableListImpl::IndexMapper> mapper;
-};
-
-} // namespace
-
 /// One place per input item, marked if the item passes, with a node if its verdict depends on anything.
-///
-/// Everything that calls the filter is a step: while it runs, no change of the input is taken in (the step then ends
-/// with the list made anew) and items that become dirty wait for the step's end. So places and nodes stay put for as
-/// long as the filter runs, whatever it does, and all is whole before anything is announced.
-struct FilteredListBase::Private
+struct FilteredListBase::Private : Intake
 {
-    using Node = ItemDependencies::Node;
-
-    class Input : public ListFollower
-    {
-    public:
-        explicit Input(Private* owner)
-            : d(owner)
-        {
-        }
-
-    protected:
-        void heard(const ListChange& change, bool isNext) override
-        {
-            d->perform([&] { return isNext ? deliver(change, *d) : d->outOfStep(); });
-        }
-
-    private:
-        Private* const d;
-    };
+    using Node = Dependencies::Node;
 
     Private(FilteredListBase* list, ObservableListImpl* inputList);
-    ~Private()
+    ~Private() override
     {
-        isStepping = true; // letting go of what was read may run anything: nothing is taken in any more
+        close(); // letting go of what was read may run anything
         releaseNodes(places);
     }
 
-    int inputCount() const { return input ? input->childCount(QVariantList()) : 0; }
+    void take(const Change& change) override;
+    void settleOthers() override { dependencies.settle(); }
 
+    Change takeInput(const Change& change);
     Change added(int index);
     Change updated(int index);
     Change removed(int index);
-    Change changed(ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper);
-    Change rebuilt(ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper);
+    Change rebuilt(const Change& change);
     Change remapped(const IndexMapper& mapper);
     Change judgedAnew();
-    Change outOfStep();
 
-    bool isInStep(int index, int growth) const;
     bool judge(int index);
     void setNode(int index, Node* node);
     void releaseNodes(IndexedSequence& sequence);
     FilterFlips flips();
 
-    template <class Step>
-    void perform(Step step);
-    template <class Step>
-    void finishStep(Step step, std::exception_ptr& exception);
-    template <class Step>
-    Change takeStep(Step step, std::exception_ptr& exception);
-    void announce(const Change& change);
-
     FilteredListBase* const q;
     ObservableListImpl* const input;
     IndexedSequence places;
-    ItemDependencies dependencies;
-    Input follower;
+    Dependencies dependencies;
     std::vector<int> turned;
-    bool isStepping = false;
-    bool isOutOfStep = false;
-    std::exception_ptr thrown; ///< by the filter in the step under way
+    std::exception_ptr thrown; ///< by the filter, the first time since take() began
 };
 
 FilteredListBase::Private::Private(FilteredListBase* list, ObservableListImpl* inputList)
-    : q(list)
+    : Intake(*list)
+    , q(list)
     , input(inputList)
-    , dependencies([this] { isStepping ? void() : perform([this] { return judgedAnew(); }); })
-    , follower(this)
+    , dependencies([this] { markBehind(); })
 {
-    follower.follow(input);
+    follow(input);
 }
 
-template <class Step>
-void FilteredListBase::Private::perform(Step step)
+void FilteredListBase::Private::take(const Change& change)
 {
-    if (isStepping) {
-        isOutOfStep = true;
-        return;
-    }
-    const Announcement announcement(*q);
-    std::exception_ptr exception;
-    finishStep(step, exception);
-    for (int round = 0; announcement.isAlive() && dependencies.hasDirty(); ++round) {
-        if (round == MaximumRounds) {
-            qWarning("iface: a filter keeps changing what it reads; its items stay as they were judged last");
-            dependencies.takeDirty();
-            break;
-        }
-        finishStep([this] { return judgedAnew(); }, exception);
-    }
-    if (exception)
-        std::rethrow_exception(exception);
-}
-
-/// Takes the step and announces it. The first exception, of the filter or of an observer, waits in `exception` until
-/// all is done.
-template <class Step>
-void FilteredListBase::Private::finishStep(Step step, std::exception_ptr& exception)
-{
-    try {
-        const Change change = takeStep(step, exception);
-        announce(change);
-    } catch (...) {
-        exception = exception ? exception : std::current_exception();
-    }
-}
-
-template <class Step>
-Change FilteredListBase::Private::takeStep(Step step, std::exception_ptr& exception)
-{
-    isStepping = true;
-    Change change;
-    try {
-        change = step();
-    } catch (...) {
-        exception = std::current_exception();
-        isOutOfStep = true;
-    }
-    for (int round = 0; std::exchange(isOutOfStep, false); ++round) {
-        if (round == MaximumRounds) {
-            qWarning("iface: a filter keeps changing its input; the filtered list may be incomplete");
-            break;
-        }
-        change = rebuilt(ChangeType::Reset, nullptr);
-    }
-    isStepping = false;
+    Change made = takeInput(fitting(change, places.size()));
+    if (!isOvertaken())
+        made = merged(made, judgedAnew());
+    if (made.kind != Change::None)
+        q->note(made);
     if (thrown)
-        exception = std::exchange(thrown, nullptr);
-    return change;
+        std::rethrow_exception(std::exchange(thrown, nullptr));
 }
 
-void FilteredListBase::Private::announce(const Change& change)
+Change FilteredListBase::Private::takeInput(const Change& change)
 {
     switch (change.kind) {
     case Change::None:
-        break;
+        return change;
     case Change::Added:
-        q->fireItemAdded(change.index);
-        break;
+        return added(change.index);
     case Change::Updated:
-        q->fireItemUpdated(change.index);
-        break;
+        return updated(change.index);
     case Change::Removed:
-        q->fireItemRemoved(change.index);
-        break;
-    case Change::Wholesale:
-        q->fireItemsChanged(change.type, change.mapper);
-        break;
+        return removed(change.index);
+    default:
+        return change.kind == Change::Moved && change.mapper ? remapped(*change.mapper) : rebuilt(change);
     }
 }
 
 Change FilteredListBase::Private::added(int index)
 {
-    if (index > places.size() || !isInStep(index, 1))
-        return outOfStep();
     places.insert(index);
     if (!judge(index))
         return {};
     places.setMarked(index, true);
-    return Change::item(Change::Added, places.rank(index));
+    return {Change::Added, places.rank(index)};
 }
 
 Change FilteredListBase::Private::updated(int index)
 {
-    if (index >= places.size() || !isInStep(index, 0))
-        return outOfStep();
     const bool passed = places.isMarked(index);
     const bool passes = judge(index);
     places.setMarked(index, passes);
     if (!passed && !passes)
         return {};
-    return Change::item(!passes ? Change::Removed : passed ? Change::Updated : Change::Added, places.rank(index));
+    return {!passes ? Change::Removed : passed ? Change::Updated : Change::Added, places.rank(index)};
 }
 
 Change FilteredListBase::Private::removed(int index)
 {
-    if (index >= places.size() || !isInStep(index, -1))
-        return outOfStep();
     const bool passed = places.isMarked(index);
     const int position = places.rank(index);
     setNode(index, nullptr);
     places.remove(index);
-    return passed ? Change::item(Change::Removed, position) : Change();
-}
-
-Change FilteredListBase::Private::changed(ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper)
-{
-    if (type == ChangeType::IndexesChanged && mapper)
-        return remapped(*mapper);
-    return rebuilt(type, mapper);
+    return passed ? Change{Change::Removed, position} : Change();
 }
 
 /// Judges every item. Old nodes go last, so that what is read again stays hooked.
-Change FilteredListBase::Private::rebuilt(ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper)
+Change FilteredListBase::Private::rebuilt(const Change& change)
 {
     const int count = inputCount();
+    dependencies.takeDirty();
     IndexedSequence before;
-    if (type != ChangeType::DataChanged || count != places.size()) {
+    if (change.kind != Change::Data || count != places.size()) {
         before.swap(places);
         places.reset(count);
     }
-    for (int i = 0; i < count && !isOutOfStep; ++i)
+    for (int i = 0; i < count && !isOvertaken(); ++i)
         places.setMarked(i, judge(i));
     releaseNodes(before);
-    return Change::wholesale(type, mapper);
+    return change;
 }
 
 /// Items that the input kept are as they were: their verdicts move along, and only new items are judged.
@@ -283,14 +158,14 @@ Change FilteredListBase::Private::remapped(const IndexMapper& mapper)
         if (before.isMarked(i))
             movedTo.append(to);
     }
-    for (int i = 0; i < count && !isOutOfStep; ++i) {
+    for (int i = 0; i < count && !isOvertaken(); ++i) {
         if (!isKept[i])
             places.setMarked(i, judge(i));
     }
     releaseNodes(before);
     for (int& to : movedTo)
         to = to >= 0 ? places.rank(to) : -1;
-    return Change::wholesale(ChangeType::IndexesChanged, QSharedPointer<PrecomputedMapper>::create(movedTo));
+    return {Change::Moved, -1, QSharedPointer<PrecomputedMapper>::create(movedTo)};
 }
 
 /// Judges the dirty items, with all verdicts taken before any is acted upon.
@@ -298,13 +173,15 @@ Change FilteredListBase::Private::judgedAnew()
 {
     turned.clear();
     for (const Node* const node : dependencies.takeDirty()) {
+        if (isOvertaken())
+            return {};
         const int index = places.indexOf(*node);
         if (judge(index) != places.isMarked(index))
             turned.push_back(index);
     }
-    if (turned.empty() || isOutOfStep)
+    if (turned.empty() || isOvertaken())
         return {};
-    return Change::wholesale(ChangeType::IndexesChanged, q->makeMapper(flips()));
+    return {Change::Moved, -1, q->makeMapper(flips())};
 }
 
 /// Turns the verdicts of the items in `turned`.
@@ -327,22 +204,10 @@ FilterFlips FilteredListBase::Private::flips()
     return result;
 }
 
-/// A change that does not fit what is known: another one, which an observer made in answer to it, was heard of first.
-Change FilteredListBase::Private::outOfStep()
-{
-    isOutOfStep = true;
-    return {};
-}
-
-bool FilteredListBase::Private::isInStep(int index, int growth) const
-{
-    return index >= 0 && inputCount() == places.size() + growth;
-}
-
 bool FilteredListBase::Private::judge(int index)
 {
     auto* const node = static_cast<Node*>(places.item(index));
-    ItemDependencies::Run run(dependencies, node);
+    Dependencies::Run run(dependencies, node);
     bool passes = false;
     try {
         ObservableTracker::runInto(&run, [&] { passes = q->passes(input->itemAt(index)); });
@@ -378,20 +243,18 @@ FilteredListBase::~FilteredListBase() = default;
 
 void FilteredListBase::build()
 {
-    d->perform([this] {
-        d->rebuilt(ChangeType::Reset, nullptr);
-        return Change();
-    });
+    d->reset();
 }
 
 int FilteredListBase::childCount(const QVariantList& indexPath) const
 {
+    d->catchUp();
     return indexPath.isEmpty() ? d->places.markedCount() : 0;
 }
 
 bool FilteredListBase::hasChildren(const QVariantList& indexPath) const
 {
-    return indexPath.isEmpty() && d->places.markedCount() > 0;
+    return indexPath.isEmpty() && childCount(indexPath) > 0;
 }
 
 QVariant FilteredListBase::data(const QVariantList& indexPath) const
@@ -401,6 +264,7 @@ QVariant FilteredListBase::data(const QVariantList& indexPath) const
 
 QVariant FilteredListBase::itemAt(int index) const
 {
+    d->catchUp();
     if (index < 0 || index >= d->places.markedCount())
         return QVariant();
     return d->input->itemAt(d->places.select(index));

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <iface/ObservableMapImplBase.h>
 
+#include <iface/Change.h>
 #include <iface/ObservableMapImplFunctorAdapter.h>
-
-#include <QMetaMethod>
 
 #include <utility>
 
@@ -22,15 +21,7 @@ ObservableMapImplBase::ObservableMapImplBase() = default;
 
 void ObservableMapImplBase::fireChangedKeys(const ChangedKeys& keys)
 {
-    static const QMetaMethod keySignal = QMetaMethod::fromSignal(&ObservableMapImplBase::mapChanged);
-    Announcement announcement(*this);
-    if (keys.isKnown()) {
-        tellLightObservers(announcement, keys);
-        if (announcement.isAlive() && isSignalConnected(keySignal))
-            Q_EMIT mapChanged(keys.toMapChange());
-    }
-    if (announcement.isAlive())
-        doEmit(announcement);
+    note(keys.isKnown() ? Change{Change::Keys, -1, nullptr, &keys} : Change{Change::Plain});
 }
 
 ObservableMapImplFunctorAdapter::ObservableMapImplFunctorAdapter(boost::function<void(MapChange)> function,

@@ -1,55 +1,107 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <iface/LightObserver.h>
 #include <iface/Observable.h>
 #include <iface/ReadRecorder.h>
+#include <iface/detail/IndexedSequence.h>
 
 #include <QHash>
 
 #include <boost/function.hpp>
 
-#include <memory>
 #include <vector>
 
 namespace iface {
 
-class ObserverImpl;
+class ObservableListImpl;
 
-/// What the latest run of a computation read, each observed from the moment it is read.
+/// What computations read, each observed from the moment it is read: for every observable the computations that depend
+/// on it, for every computation the observables. A monitor is one computation; a filtered list has one for each item.
 ///
-/// Between beginRun() and endRun() this records; what was read before and is read again stays observed as it is, so
-/// only differences between two runs cost anything.
-class Dependencies : public ReadRecorder
+/// One follower per observable serves all, and one link of six words stands for one computation's dependence on one
+/// observable. A computation without dependencies has no node, and the link of one that has a single dependency is in
+/// its node. A change makes the computations affected dirty, and says so once however many they are. What is read
+/// again stays as it is, so only differences between two runs cost anything.
+///
+/// Observables of another kind or thread are observed through addObserver(), and so reach this through the event loop
+/// of the thread that reads them.
+class Dependencies
 {
-public:
-    /// `changed` is called for every change of something that the latest run, finished or not, has read. Observables
-    /// that cannot have a light observer (another kind, another thread) call `fallback` instead.
-    Dependencies(ObserverImpl* fallback, boost::function<void()> changed);
-    ~Dependencies() override;
+    class Source;
 
-    void beginRun();
-    void recordRead(const Observable* observable) override;
-    /// Lets go of what was not read since beginRun().
-    void endRun();
-    void clear();
+public:
+    class Node;
+
+private:
+    struct Link
+    {
+        Source* source = nullptr;
+        Node* node = nullptr;
+        Link* previousOfSource = nullptr;
+        Link* nextOfSource = nullptr;
+        Link* nextOfNode = nullptr;
+        unsigned lastRun = 0;
+    };
+
+public:
+    class Node : public detail::IndexedSequence::Item
+    {
+        friend class Dependencies;
+        bool m_isDirty = false;
+        Link* m_first = nullptr;
+        Link* m_last = nullptr;
+        Link m_ownLink; ///< in use while it has a source
+    };
+
+    /// One run of one computation; there is one at a time. Takes its reads from the moment they are made, so that no
+    /// change gets lost between the read and the end.
+    class Run : public ReadRecorder
+    {
+    public:
+        /// `node` is what an earlier run returned, or null.
+        Run(Dependencies& dependencies, Node* node);
+        void recordRead(const Observable* observable) override;
+        /// Lets go of what was not read again. Returns the computation's node; null when it depends on nothing, and
+        /// then a node that it had is to be released.
+        Node* finish();
+
+    private:
+        Q_DISABLE_COPY_MOVE(Run)
+        Link* findEarlier(const Source* source) const;
+
+        Dependencies& m_dependencies;
+        Node* m_node;
+        Link* m_expected;
+        bool m_isFirst;
+    };
+
+    /// `madeDirty` is called in the first step of a round, and only takes note of it.
+    explicit Dependencies(boost::function<void()> madeDirty);
+    ~Dependencies();
+
+    /// Forgets a computation, which must have left its sequence.
+    void release(Node* node);
+
+    /// The dirty computations, which are so no more. Good until the next call.
+    const std::vector<Node*>& takeDirty();
+    /// Brings the lists that were read up to date, in the first step of a round.
+    void settle() const;
 
 private:
     Q_DISABLE_COPY_MOVE(Dependencies)
-    class Link;
+    Link* add(Node* node, Source* source);
+    void unlink(Link* link);
+    void dropUnused(Source* source);
+    Source* source(const Observable* observable);
+    void changed(const Source& source);
 
-    Link* find(const Observable* observable);
-    Link* add(const Observable* observable);
-
-    ObserverImpl* const m_fallback;
-    const boost::function<void()> m_changed;
-    std::vector<std::unique_ptr<Link>> m_links;
-    // Positions in m_links; only filled once there are too many to search through.
-    QHash<const Observable*, std::size_t> m_index;
-    // Where the next read is looked for first: runs mostly read the same things in the same order.
-    std::size_t m_expected = 0;
-    std::size_t m_read = 0;
+    const boost::function<void()> m_madeDirty;
+    QHash<const Observable*, Source*> m_sources;
+    std::vector<const ObservableListImpl*> m_lists; ///< among the sources: what may have something to take in
+    std::vector<Node*> m_dirty;
+    std::vector<Node*> m_taken;
     unsigned m_run = 0;
+    const Node* m_running = nullptr;
 };
 
 } // namespace iface

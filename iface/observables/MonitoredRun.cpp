@@ -1,20 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "MonitoredRun.h"
+#include "observables/MonitoredRun.h"
+
+#include "observables/MostRuns.h"
 
 #include <iface/Logging.h>
+#include <iface/ObservableMonitor.h>
 #include <iface/ObservableTracker.h>
-#include <iface/ObserverImpl.h>
+#include <iface/Round.h>
+#include <iface/RunUntilTrue.h>
+
+#include <QScopeGuard>
 
 #include <utility>
 
 namespace iface {
-
-namespace {
-
-// A function that changes what it reads settles in a few runs. One that does not must not hold up the event loop.
-constexpr int MostRunsAtOnce = 16;
-
-} // namespace
 
 /// A run under way. Leaves everything in order, also when the function throws.
 class MonitoredRun::Running
@@ -30,7 +29,9 @@ public:
     ~Running()
     {
         m_run.m_running = false;
-        if (m_run.m_again && !m_run.isIdle())
+        if (m_run.isIdle())
+            m_run.letGo();
+        else if (m_run.m_again)
             m_run.schedule();
     }
 
@@ -46,11 +47,13 @@ MonitoredRun::MonitoredRun(ObserverImpl* owner, const QString& name, boost::func
     , m_function(std::move(function))
     , m_logFile(logFile)
     , m_logLine(logLine)
-    , m_dependencies(owner, [this] {
-        if (m_owner)
-            m_owner->handleObservableChanged();
-    })
+    , m_dependencies([this] { changed(); })
 {
+}
+
+MonitoredRun::~MonitoredRun()
+{
+    close();
 }
 
 void MonitoredRun::schedule()
@@ -61,18 +64,46 @@ void MonitoredRun::schedule()
     });
 }
 
-void MonitoredRun::handleChange()
+/// Something that was read has changed: in the first step of a round.
+void MonitoredRun::changed()
 {
-    if (isIdle())
-        return;
-    // This run takes the place of one that is still queued.
-    m_realm.remove(std::exchange(m_pendingId, -1));
     if (m_running) {
         m_again = true;
         return;
     }
+    // An outer round need not run it any more: the innermost one does, when everything is in.
+    leaveRound();
+    m_placeInRound = Round::open()->enter(*this);
+}
+
+void MonitoredRun::leaveRound()
+{
+    if (m_placeInRound > 0)
+        Round::strikeOut(std::exchange(m_placeInRound, 0));
+}
+
+void MonitoredRun::runInRound()
+{
+    m_placeInRound = 0;
+    if (m_owner)
+        m_owner->handleObservableChanged();
+}
+
+void MonitoredRun::handleChange()
+{
+    if (isIdle())
+        return;
+    // This run takes the place of those that are still to come.
+    m_realm.remove(std::exchange(m_pendingId, -1));
+    leaveRound();
+    if (m_running) {
+        m_again = true;
+        return;
+    }
+    const std::shared_ptr<MonitoredRun> alive = shared_from_this();
     const Running running(*this);
-    for (int run = 0; run < MostRunsAtOnce; ++run) {
+    // A function that changes what it reads settles in a few runs. One that does not must not hold up the event loop.
+    for (int run = 0; run < MostRuns; ++run) {
         m_again = false;
         runOnce();
         if (!m_again || isIdle())
@@ -82,23 +113,102 @@ void MonitoredRun::handleChange()
 
 void MonitoredRun::runOnce()
 {
-    struct Recording
-    {
-        Dependencies& dependencies;
-        ~Recording() { dependencies.endRun(); }
-    };
-    m_dependencies.beginRun();
-    const Recording recording{m_dependencies};
+    m_dependencies.takeDirty();
+    Dependencies::Run run(m_dependencies, m_node);
+    bool isBroken = false;
+    const auto end = qScopeGuard([&] {
+        Dependencies::Node* const node = run.finish();
+        m_node = node ? node : m_node;
+        if (!node || isBroken)
+            letGo();
+    });
     bool finished = false;
-    if (!ObservableTracker::runInto(&m_dependencies, [&] { finished = m_function(); })) {
+    isBroken = !ObservableTracker::runInto(&run, [&] { finished = m_function(); });
+    m_finished = finished && !isBroken;
+    if (isBroken)
         ZEL_IFACE_LOG(m_logFile, m_logLine, LogLevel::Error, LogCategory::General,
                       QStringLiteral("m_observedList is null! This shouldn't happen."));
-        m_dependencies.beginRun();
-        return;
-    }
-    m_finished = finished;
-    if (isIdle())
-        m_dependencies.beginRun();
+}
+
+/// Depends on nothing any more. That may destroy observables, and so run anything.
+void MonitoredRun::letGo()
+{
+    if (Dependencies::Node* const node = std::exchange(m_node, nullptr))
+        m_dependencies.release(node);
+}
+
+void MonitoredRun::close()
+{
+    m_owner = nullptr;
+    leaveRound();
+    if (!m_running)
+        letGo();
+}
+
+// The two that share it.
+
+class ObservableMonitor::Private : public MonitoredRun
+{
+public:
+    using MonitoredRun::MonitoredRun;
+};
+
+ObservableMonitor::ObservableMonitor(boost::function<void()> function, QObject* parent, const QString& name,
+                                     bool runAtOnce)
+    : ObserverImpl(parent)
+    , d(std::make_shared<Private>(
+          this, name,
+          [function = std::move(function)] {
+              function();
+              return false;
+          },
+          "ObservableMonitor.h", 116))
+{
+    if (runAtOnce)
+        d->schedule();
+}
+
+ObservableMonitor::~ObservableMonitor()
+{
+    d->close();
+}
+
+QString ObservableMonitor::name() const
+{
+    return d->name();
+}
+
+void ObservableMonitor::handleObservableChanged()
+{
+    d->handleChange();
+}
+
+class RunUntilTrue::Private : public MonitoredRun
+{
+public:
+    using MonitoredRun::MonitoredRun;
+};
+
+RunUntilTrue::RunUntilTrue(boost::function<bool()> function, QObject* parent, const QString& name)
+    : ObserverImpl(parent)
+    , d(std::make_shared<Private>(this, name, std::move(function), "RunUntilTrue.h", 88))
+{
+    d->schedule();
+}
+
+RunUntilTrue::~RunUntilTrue()
+{
+    d->close();
+}
+
+QString RunUntilTrue::name() const
+{
+    return d->name();
+}
+
+void RunUntilTrue::handleObservableChanged()
+{
+    d->handleChange();
 }
 
 } // namespace iface

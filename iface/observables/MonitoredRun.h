@@ -1,41 +1,51 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "Dependencies.h"
+#include "observables/Dependencies.h"
+
 #include <iface/QApplicationRealm.h>
 
 #include <QString>
 
 #include <boost/function.hpp>
 
+#include <cstddef>
+#include <memory>
+
 namespace iface {
 
 class ObserverImpl;
 
-/// What ObservableMonitor and RunUntilTrue share: a function that runs again whenever something it read has changed.
+/// What ObservableMonitor and RunUntilTrue share: a function that runs again whenever something it read has changed, at
+/// the end of the round in which it changed.
 ///
-/// Its owner, the observer, holds it by shared pointer, calls handleChange() through a copy of that pointer, and
-/// close() when it is destroyed: so both survive the owner's destruction inside the function.
-class MonitoredRun
+/// Its owner, the observer, holds it and calls close() when it is destroyed, which may be inside the function.
+class MonitoredRun : public std::enable_shared_from_this<MonitoredRun>
 {
 public:
     /// `function` answers true when it need not run any more. `logFile` and `logLine` say where a broken run is logged.
     MonitoredRun(ObserverImpl* owner, const QString& name, boost::function<bool()> function, const char* logFile,
                  int logLine);
+    ~MonitoredRun();
 
     const QString& name() const { return m_name; }
     /// Has the owner told of a change in a later turn of the event loop.
     void schedule();
     /// Runs the function now, or after the run that is under way.
     void handleChange();
-    void close() { m_owner = nullptr; }
+    /// The owner's turn at the end of a round.
+    void runInRound();
+    void close();
 
 private:
     Q_DISABLE_COPY_MOVE(MonitoredRun)
     class Running;
 
     bool isIdle() const { return m_finished || !m_owner; }
+    void changed();
+    void leaveRound();
     void runOnce();
+    void letGo();
 
     ObserverImpl* m_owner;
     const QString m_name;
@@ -43,6 +53,8 @@ private:
     const char* const m_logFile;
     const int m_logLine;
     Dependencies m_dependencies;
+    Dependencies::Node* m_node = nullptr;
+    std::size_t m_placeInRound = 0; ///< at the end of which this runs, counted from 1; 0 if there is none
     bool m_running = false;
     // Something that this run has read has changed since.
     bool m_again = false;

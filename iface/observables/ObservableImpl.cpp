@@ -1,98 +1,88 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <iface/ObservableImpl.h>
 
-#include "CurrentRecorder.h"
-
+#include <iface/Change.h>
+#include <iface/ObservableMapImplBase.h>
+#include <iface/ObservableTracker.h>
 #include <iface/ObserverImpl.h>
+#include <iface/Round.h>
 
-#include <utility>
+#include <QMetaMethod>
+
+#include <exception>
 
 namespace iface {
 
-// LightObserver's part in an announcement is here too: the two share the list of light observers and the rounds
-// through it that are under way.
-
 namespace {
 
-// The innermost announcement under way on this thread, of whatever observable.
-template <class Announcement>
-Announcement*& innermost()
+/// Runs both, also if the first throws; the first exception goes on.
+template <class First, class Second>
+void callBoth(const First& first, const Second& second)
 {
-    [[gnu::tls_model("initial-exec")]] static thread_local Announcement* announcement = nullptr;
-    return announcement;
+    try {
+        first();
+    } catch (...) {
+        const std::exception_ptr thrown = std::current_exception();
+        try {
+            second();
+        } catch (...) {
+        }
+        std::rethrow_exception(thrown);
+    }
+    second();
 }
 
 } // namespace
 
-LightObserver::~LightObserver()
+Follower::~Follower()
 {
     detach();
 }
 
-void LightObserver::listChanged(const ListChange&) {}
-
-void LightObserver::keysChanged(const ChangedKeys&) {}
-
-const LightObserver* LightObserver::firstOf(const ObservableImpl& observable)
+const void* Follower::onBehalfOf() const
 {
-    return observable.m_firstLight;
+    return nullptr;
 }
 
-void LightObserver::observe(const ObservableImpl& observable)
+const void* Follower::firstOf(const ObservableImpl& observable)
+{
+    return observable.m_firstFollower ? observable.m_firstFollower->onBehalfOf() : nullptr;
+}
+
+void Follower::follow(const ObservableImpl& observable)
 {
     detach();
     m_observable = &observable;
-    m_previous = observable.m_lastLight;
-    (m_previous ? m_previous->m_next : observable.m_firstLight) = this;
-    observable.m_lastLight = this;
+    m_previous = observable.m_lastFollower;
+    (m_previous ? m_previous->m_next : observable.m_firstFollower) = this;
+    observable.m_lastFollower = this;
 }
 
-void LightObserver::detach()
+void Follower::detach()
 {
     if (!m_observable)
         return;
-    using Announcement = ObservableImpl::Announcement;
-    for (Announcement* round = innermost<Announcement>(); round; round = round->m_outer) {
-        if (round->m_observable != m_observable)
-            continue;
-        if (round->m_next == this)
-            round->m_next = round->m_last == this ? nullptr : m_next;
-        if (round->m_last == this)
-            round->m_last = m_previous;
-    }
-    (m_previous ? m_previous->m_next : m_observable->m_firstLight) = m_next;
-    (m_next ? m_next->m_previous : m_observable->m_lastLight) = m_previous;
+    (m_previous ? m_previous->m_next : m_observable->m_firstFollower) = m_next;
+    (m_next ? m_next->m_previous : m_observable->m_lastFollower) = m_previous;
     m_observable = nullptr;
     m_previous = nullptr;
     m_next = nullptr;
 }
 
-ObservableImpl::Announcement::Announcement(const ObservableImpl& observable)
-    : m_suspended(std::exchange(t_currentRecorder, nullptr))
-    , m_hold(observable.ref.loadRelaxed() > 0 ? &observable : nullptr)
-    , m_observable(&observable)
-    , m_outer(std::exchange(innermost<Announcement>(), this))
+ObservableImpl::Hold::Hold(const ObservableImpl& observable)
+    : m_counted(observable.ref.loadRelaxed() > 0 ? &observable : nullptr)
+    , m_uncounted(m_counted ? nullptr : &observable)
 {
-}
-
-ObservableImpl::Announcement::~Announcement()
-{
-    innermost<Announcement>() = m_outer;
-    // May destroy the observable, which is nobody's dependency either.
-    m_hold.reset();
-    t_currentRecorder = m_suspended;
 }
 
 ObservableImpl::ObservableImpl() = default;
 
 ObservableImpl::~ObservableImpl()
 {
-    while (m_firstLight)
-        m_firstLight->detach();
-    for (Announcement* round = innermost<Announcement>(); round; round = round->m_outer) {
-        if (round->m_observable == this)
-            round->m_observable = nullptr;
-    }
+    if (m_untold)
+        Round::strikeOut(m_untold);
+    while (m_firstFollower)
+        m_firstFollower->detach();
 }
 
 bool ObservableImpl::addObserver(const ObserverImpl* observer) const
@@ -109,42 +99,77 @@ bool ObservableImpl::removeObserver(const ObserverImpl* observer) const
 
 void ObservableImpl::notifyObservers()
 {
-    doEmit();
+    note({Change::Plain});
 }
 
 void ObservableImpl::doEmit()
 {
-    Announcement announcement(*this);
-    doEmit(announcement);
+    Q_EMIT observableChanged();
 }
 
-template <class Call>
-void ObservableImpl::callLightObservers(Announcement& announcement, const Call& call)
+void ObservableImpl::note(const Change& change, void (*beforeTelling)(ObservableImpl&))
 {
-    announcement.m_next = m_firstLight;
-    announcement.m_last = m_lastLight;
-    // Whoever detaches or attaches meanwhile repairs m_next and m_last; who attaches comes after m_last.
-    while (LightObserver* const observer = announcement.m_next) {
-        announcement.m_next = observer == announcement.m_last ? nullptr : observer->m_next;
-        call(*observer);
+    if (Round* const open = Round::open()) {
+        open->enter(*this, change, beforeTelling);
+        return;
     }
+    if (m_firstFollower || m_untold || beforeTelling) {
+        Round round;
+        round.enter(*this, change, beforeTelling);
+        round.run();
+        return;
+    }
+    // Nothing hangs on it, so there is nothing to be taken in.
+    const ObservableTracker::Suspension untracked;
+    std::vector<MapChange> keys;
+    appendKeys(change, keys);
+    tell(change, keys);
 }
 
-void ObservableImpl::tellLightObservers(Announcement& announcement, const ListChange& change)
+/// Makes the copy of the keys that is announced, if anybody listens.
+void ObservableImpl::appendKeys(const Change& change, std::vector<MapChange>& keys) const
 {
-    callLightObservers(announcement, [&change](LightObserver& observer) { observer.listChanged(change); });
+    static const QMetaMethod keySignal = QMetaMethod::fromSignal(&ObservableMapImplBase::mapChanged);
+    if (change.kind == Change::Keys && isSignalConnected(keySignal))
+        keys.push_back(change.keys->toMapChange());
 }
 
-void ObservableImpl::tellLightObservers(Announcement& announcement, const ChangedKeys& keys)
+void ObservableImpl::tell(const Change& change, const std::vector<MapChange>& keys)
 {
-    callLightObservers(announcement, [&keys](LightObserver& observer) { observer.keysChanged(keys); });
+    const Hold hold(*this);
+    const auto tellOfTheRest = [&] {
+        if (hold.isAlive())
+            doEmit();
+    };
+    if (change.kind <= Change::Keys && keys.empty())
+        tellOfTheRest();
+    else
+        callBoth([&] { tellInParticular(change, keys); }, tellOfTheRest);
 }
 
-void ObservableImpl::doEmit(Announcement& announcement)
+/// Emits what only a map or only a list has to say.
+void ObservableImpl::tellInParticular(const Change& change, const std::vector<MapChange>& keys)
 {
-    callLightObservers(announcement, [](LightObserver& observer) { observer.observableChanged(); });
-    if (announcement.isAlive())
-        Q_EMIT observableChanged();
+    const Hold hold(*this);
+    for (const MapChange& each : keys) {
+        if (hold.isAlive())
+            Q_EMIT static_cast<ObservableMapImplBase*>(this)->mapChanged(each);
+    }
+    auto* const list = static_cast<ObservableListImpl*>(this);
+    // To ask whether a change need be put into a signal's words at all; in the order of the kinds.
+    static const QMetaMethod itemSignals[] = {QMetaMethod::fromSignal(&ObservableListImpl::itemAdded),
+                                              QMetaMethod::fromSignal(&ObservableListImpl::itemUpdated),
+                                              QMetaMethod::fromSignal(&ObservableListImpl::itemRemoved)};
+    if (change.kind >= Change::Moved)
+        Q_EMIT list->itemsChanged(change.type(), change.mapper);
+    else if (change.kind < Change::Added || !isSignalConnected(itemSignals[change.kind - Change::Added]))
+        return;
+    else if (change.kind == Change::Added)
+        Q_EMIT list->itemAdded(ObservableListImpl::pathOf(change.index));
+    else if (change.kind == Change::Updated)
+        Q_EMIT list->itemUpdated(ObservableListImpl::pathOf(change.index));
+    else
+        Q_EMIT list->itemRemoved(ObservableListImpl::pathOf(change.index));
 }
 
 } // namespace iface

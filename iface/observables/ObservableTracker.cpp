@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <iface/ObservableTracker.h>
 
-#include "CurrentRecorder.h"
+#include "observables/CurrentRecorder.h"
 
 #include <iface/Logging.h>
 

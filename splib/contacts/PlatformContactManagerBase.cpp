@@ -14,15 +14,15 @@
 #include <zel/LiveMap.h>
 
 #include <iface/CachedObservableList.h>
+#include <iface/Change.h>
 #include <iface/CompositeMap.h>
 #include <iface/FilteredObservableList.h>
-#include <iface/LightObserver.h>
+#include <iface/Follower.h>
 #include <iface/MapObservableToValue.h>
 #include <iface/ObservableTracker.h>
+#include <iface/Round.h>
 #include <iface/RunUntilTrue.h>
 #include <iface/TransformedObservableList.h>
-
-#include <QScopeGuard>
 
 #include <algorithm>
 #include <functional>
@@ -41,53 +41,27 @@ using ContactView = iface::CachedObservableList<PlatformContact>;
 
 constexpr int debugSeverity = 7;
 
-/// The ids of the contacts; it knows when a new whole list is being announced.
-class ContactIds : public IdList
+/// Knows the last round in which the ids were replaced by a new whole list: what is announced in it is no news of
+/// single contacts.
+class ReplacementMark : public iface::Follower
 {
 public:
-    using IdList::IdList;
-
-    void listChunk(iface::JsonObjectReader body) override
-    {
-        const Pointer alive(this);
-        const auto end = qScopeGuard([this] { isBeingReplaced = false; }); // also when somebody who hears of it throws
-        IdList::listChunk(body);
-    }
-
-    bool isBeingReplaced = false;
-};
-
-/// Notes, when it is its turn among those who follow the ids, that a new whole list is being announced, or has been.
-class ReplacementMark : public iface::LightObserver
-{
-public:
-    explicit ReplacementMark(bool isBeingReplaced)
-        : m_isBeingReplaced(isBeingReplaced)
-    {
-    }
-
-    void follow(ContactIds& ids)
-    {
-        m_ids = &ids;
-        observe(ids);
-    }
+    bool isNow() const { return m_round == iface::Round::number(); }
 
 protected:
-    void observableChanged() override {}
-    void listChanged(const iface::ListChange& change) override
+    void mark(const iface::Change& change) override
     {
-        if (change.kind == iface::ListChange::ItemsChanged)
-            m_ids->isBeingReplaced = m_isBeingReplaced;
+        if (change.kind >= iface::Change::Moved)
+            m_round = iface::Round::number();
     }
 
 private:
-    const bool m_isBeingReplaced;
-    ContactIds* m_ids = nullptr;
+    unsigned m_round = ~0U;
 };
 
 /// Records as the ids have them, those without a handle left out. Every record is held: one that was forgotten could
 /// change without anybody being told.
-iface::ObservableList<PlatformContact> initializedContacts(const QExplicitlySharedDataPointer<ContactIds>& ids,
+iface::ObservableList<PlatformContact> initializedContacts(const QExplicitlySharedDataPointer<IdList>& ids,
                                                            const RecordMap::Pointer& records)
 {
     using Transformed = iface::LazyTransformedObservableListImpl<QString, PlatformContact>;
@@ -108,11 +82,10 @@ struct PlatformContactManagerBase::Private
     QSharedPointer<zel::JsonStream> stream;
     RegistrationHandler* readiness = nullptr;
 
-    QExplicitlySharedDataPointer<ContactIds> ids; ///< this and the records are null until init()
+    QExplicitlySharedDataPointer<IdList> ids; ///< this and the records are null until init()
     RecordMap::Pointer records;
     QExplicitlySharedDataPointer<ContactView> view{new ContactView};
-    ReplacementMark replacementBegin{true};
-    ReplacementMark replacementEnd{false};
+    ReplacementMark replacement;
     AvatarRequests requests;
     EventQueue events;
     bool eventsEnabled = false;
@@ -122,7 +95,7 @@ struct PlatformContactManagerBase::Private
     std::unique_ptr<zel::JsonStreamFunctorAdapter> streamAdapter;
     std::unique_ptr<iface::RunUntilTrue> readinessCheck;
 
-    bool isReporting() const { return eventsEnabled && !ids->isBeingReplaced; }
+    bool isReporting() const { return eventsEnabled && !replacement.isNow(); }
     void report(std::function<void()> event)
     {
         events.post(std::move(event));
@@ -157,15 +130,13 @@ void PlatformContactManagerBase::init()
 {
     if (d->ids)
         return;
-    d->ids = new ContactIds(d->multiplexer, QSharedPointer<PlatformUserJsonAdapter>::create(),
-                            QStringLiteral("platformContact"), {}, IdList::Keys::Distinct);
+    d->ids = new IdList(d->multiplexer, QSharedPointer<PlatformUserJsonAdapter>::create(),
+                        QStringLiteral("platformContact"), {}, IdList::Keys::Distinct);
     d->records = RecordMap::create(d->multiplexer, QSharedPointer<PlatformContactJsonAdapter>::create(),
                                    QStringLiteral("platformUser"), {});
 
-    // One hears of a whole new list before the view does, the other after it.
-    d->replacementBegin.follow(*d->ids);
+    d->replacement.follow(*d->ids);
     d->view->setInput(initializedContacts(d->ids, d->records));
-    d->replacementEnd.follow(*d->ids);
 
     d->view->setRemoveFunction([this](int index, const PlatformContact& contact) { aboutToRemove(index, contact); });
     d->view->setAddFunction([this](int index, const PlatformContact& contact) { aboutToAdd(index, contact); });
@@ -234,7 +205,7 @@ bool PlatformContactManagerBase::checkUserListState()
         return true;
     const int listed = iface::ObservableList<QString>(d->ids.data()).size();
     const int initialized = contactList().size();
-    if (d->ids->isIncomplete() || initialized < listed || d->ids->isBeingReplaced)
+    if (d->ids->isIncomplete() || initialized < listed)
         return false;
     Log<GENERAL_INFO>({}, "PlatformContactManager::checkUserListState(): All contacts are initialized. "
                           "PlatformContact list is ready.");

@@ -6,6 +6,7 @@
 #include <iface/ObservableList.h>
 #include <iface/ObservableMap.h>
 #include <iface/PrecomputedMapper.h>
+#include <iface/Round.h>
 #include <iface/WritableObservableValue.h>
 
 #include <QHash>
@@ -129,8 +130,8 @@ void editAtRandom(EditableList<T>& list, QRandomGenerator& random, const std::fu
     return random.bounded(2) ? list.reset(other) : list.changeWithoutMapper(other);
 }
 
-/// A map that keeps an observable value for every key, and changes as a mirror of a remote list does: first the value
-/// is set, so its own observers hear, and then the map announces the key.
+/// A map that keeps an observable value for every key, and changes as a mirror of a remote list does: the value and
+/// what the map has under the key are one change.
 template <class K, class V>
 class RecordMap : public iface::ObservableMapImpl<K, iface::ObservableValue<V>>
 {
@@ -141,8 +142,10 @@ public:
 
     void set(const K& key, const V& contents)
     {
-        if (value(key)->setValue(contents))
-            this->fireMapChanged(iface::MapChange::createSingle(key));
+        iface::Round::together([&] {
+            if (value(key)->setValue(contents))
+                this->fireMapChanged(iface::MapChange::createSingle(key));
+        });
     }
     /// What is held, without asking as a reader would.
     V peek(const K& key) const { return m_values.contains(key) ? m_values.value(key)->getValue() : V(); }

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "DerivedListFixtures.h"
 
-#include <common/ListMirror.h>
 #include <common/SeededRandom.h>
 
 #include <iface/CachedObservableList.h>
 #include <iface/CompositeMap.h>
 #include <iface/FilteredObservableList.h>
+#include <iface/ListMirror.h>
 #include <iface/MapObservableToValue.h>
 #include <iface/TransformedObservableList.h>
 
@@ -82,7 +82,7 @@ void TstDerivedListChain::announcesEachChangeOfARecordOnce()
 {
     for (const int count : {0, 1, 149, 150, 151, 1000}) {
         Chain chain(count);
-        ListMirror<QString> mirror(chain.view);
+        iface::ListMirror<QString> mirror(chain.view);
         for (int id = 0; id < count; ++id) {
             chain.records->set(id, QStringLiteral("first %1").arg(id));
             QCOMPARE(mirror.take(), QStringList{QStringLiteral("added %1").arg(id)});
@@ -101,8 +101,8 @@ void TstDerivedListChain::announcesEachChangeOfARecordOnce()
         QCOMPARE(mirror.take(), QStringList{QStringLiteral("added %1").arg((count + 1) / 2)});
         chain.ids->remove(count);
         QCOMPARE(mirror.take(), QStringList{QStringLiteral("removed %1").arg((count + 1) / 2)});
-        QCOMPARE(mirror.items, chain.expected());
-        QCOMPARE(mirror.complaint, QString());
+        QCOMPARE(mirror.items(), chain.expected());
+        QCOMPARE(mirror.complaint(), QString());
     }
 }
 
@@ -111,15 +111,15 @@ void TstDerivedListChain::agreesWithANaiveRecomputation()
     QRandomGenerator random = seededRandom();
     const std::function<int()> makeId = [&] { return random.bounded(60); };
     Chain chain(20);
-    ListMirror<QString> mirror(chain.view);
+    iface::ListMirror<QString> mirror(chain.view);
     for (int step = 0; step < 3000; ++step) {
         if (random.bounded(3))
             chain.records->set(makeId(), random.bounded(3) ? QString::number(random.bounded(50)) : QString());
         else
             editAtRandom(*chain.ids, random, makeId);
         QCOMPARE(chain.view.toList(), chain.expected());
-        QCOMPARE(mirror.items, chain.expected());
-        QCOMPARE(mirror.complaint, QString());
+        QCOMPARE(mirror.items(), chain.expected());
+        QCOMPARE(mirror.complaint(), QString());
     }
 }
 
@@ -128,7 +128,7 @@ void TstDerivedListChain::survivesHandlersThatEditAndThrow()
     QRandomGenerator random = seededRandom();
     const std::function<int()> makeId = [&] { return random.bounded(40); };
     Chain chain(10);
-    ListMirror<QString> mirror(chain.view);
+    iface::ListMirror<QString> mirror(chain.view);
     const auto change = [&] {
         if (random.bounded(3))
             chain.records->set(makeId(), random.bounded(3) ? QString::number(random.bounded(50)) : QString());
@@ -154,8 +154,8 @@ void TstDerivedListChain::survivesHandlersThatEditAndThrow()
     connect(chain.view.impl(), &iface::ObservableImpl::observableChanged, this, react);
     for (int step = 0; step < 2000; ++step) {
         change();
-        QCOMPARE(mirror.items, chain.expected());
-        QCOMPARE(mirror.complaint, QString());
+        QCOMPARE(mirror.items(), chain.expected());
+        QCOMPARE(mirror.complaint(), QString());
     }
     // Whoever threw, every list is whole.
     mayThrow = true;
@@ -200,7 +200,8 @@ void TstDerivedListChain::followsAnInputThatAnEarlierObserverEdits()
     const auto doubled = iface::TransformedObservableList::create<int, int>(
         list, ObservableMap<int, int>(doubles.data()),
         iface::LazyTransformedObservableListImpl<int, int>::KeepsEverything);
-    ListMirror<int> mirrors[] = {ListMirror<int>(copy), ListMirror<int>(even), ListMirror<int>(doubled)};
+    iface::ListMirror<int> mirrors[] = {iface::ListMirror<int>(copy), iface::ListMirror<int>(even),
+                                        iface::ListMirror<int>(doubled)};
     for (int step = 0; step < 2000; ++step) {
         editAtRandom(*input, random, makeItem, 20);
         QList<int> expected[3] = {input->items(), {}, {}};
@@ -210,8 +211,8 @@ void TstDerivedListChain::followsAnInputThatAnEarlierObserverEdits()
             expected[2].append(2 * item);
         }
         for (int i = 0; i < 3; ++i) {
-            QCOMPARE(mirrors[i].items, expected[i]);
-            QCOMPARE(mirrors[i].complaint, QString());
+            QCOMPARE(mirrors[i].items(), expected[i]);
+            QCOMPARE(mirrors[i].complaint(), QString());
         }
     }
 }

@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "DerivedListFixtures.h"
 
-#include <common/ListMirror.h>
 #include <common/SeededRandom.h>
 
 #include <iface/FilteredObservableList.h>
+#include <iface/ListMirror.h>
+#include <iface/Logging.h>
 #include <iface/ObservableMonitor.h>
 #include <iface/TransformedObservableList.h>
 
+#include <QRegularExpression>
 #include <QtTest>
 
 #include <algorithm>
@@ -18,7 +20,7 @@ using iface::FilteredObservableList;
 using iface::ObservableList;
 using Flag = iface::WritableObservableValue<bool>;
 using Number = iface::WritableObservableValue<int>;
-using Mirror = ListMirror<int>;
+using Mirror = iface::ListMirror<int>;
 using ChangeType = iface::ObservableListImpl::ChangeType;
 
 namespace {
@@ -143,6 +145,7 @@ private Q_SLOTS:
     void survivesHandlersThatEdit();
     void survivesAFilterThatEditsItsInput();
     void judgesOnceMoreWhatChangesWhileItIsJudged();
+    void givesUpOnAFilterThatNeverSettles();
     void livesThroughAHandlerThatDropsIt();
     void tellsAReaderWhenItsItemsChange();
     void staysRightOverAListThatForgets();
@@ -167,7 +170,7 @@ void TstFilteredObservableList::announcesWhatANaiveFilterWould()
         Mirror mirror(list);
 
         for (int step = 0; step < 600; ++step) {
-            const int plainBefore = mirror.plainChanges;
+            const int plainBefore = mirror.plainChanges();
             const int kind = random.bounded(10);
             if (kind < 5) {
                 editAtRandom(*input, random, makeItem, 100 + 2 * count);
@@ -180,8 +183,8 @@ void TstFilteredObservableList::announcesWhatANaiveFilterWould()
             }
             const QStringList announced = mirror.take();
             QCOMPARE(announced, naive.take());
-            QCOMPARE(mirror.plainChanges - plainBefore, int(announced.size()));
-            QCOMPARE(mirror.complaint, QString());
+            QCOMPARE(mirror.plainChanges() - plainBefore, int(announced.size()));
+            QCOMPARE(mirror.complaint(), QString());
             QCOMPARE(list.size(), int(naive.filteredIndices.size()));
         }
         QList<int> expected;
@@ -248,8 +251,8 @@ void TstFilteredObservableList::staysWholeWhenTheFilterThrows()
     QCOMPARE(list.toList(), QList<int>{3});
     bad->setValue(5);
     QCOMPARE(list.toList(), (QList<int>{1, 3, 1}));
-    QCOMPARE(mirror.items, list.toList());
-    QCOMPARE(mirror.complaint, QString());
+    QCOMPARE(mirror.items(), list.toList());
+    QCOMPARE(mirror.complaint(), QString());
 }
 
 void TstFilteredObservableList::survivesHandlersThatEdit()
@@ -285,8 +288,8 @@ void TstFilteredObservableList::survivesHandlersThatEdit()
                 expected.append(item);
         }
         QCOMPARE(list.toList(), expected);
-        QCOMPARE(mirror.items, expected);
-        QCOMPARE(mirror.complaint, QString());
+        QCOMPARE(mirror.items(), expected);
+        QCOMPARE(mirror.complaint(), QString());
         QCOMPARE(other.toList(), input->items());
     }
 }
@@ -304,7 +307,7 @@ void TstFilteredObservableList::survivesAFilterThatEditsItsInput()
     input->append(2);
     QCOMPARE(list.toList(), (QList<int>{3, 1, 2}));
     QCOMPARE(mirror.take(), QStringList{QStringLiteral("reset")});
-    QCOMPARE(mirror.complaint, QString());
+    QCOMPARE(mirror.complaint(), QString());
 }
 
 void TstFilteredObservableList::judgesOnceMoreWhatChangesWhileItIsJudged()
@@ -322,7 +325,31 @@ void TstFilteredObservableList::judgesOnceMoreWhatChangesWhileItIsJudged()
     input->append(1);
     QCOMPARE(judgements, 2);
     QCOMPARE(list.size(), 0);
-    QCOMPARE(mirror.complaint, QString());
+    QCOMPARE(mirror.complaint(), QString());
+}
+
+void TstFilteredObservableList::givesUpOnAFilterThatNeverSettles()
+{
+    const QExplicitlySharedDataPointer<Number> counter(new Number(0));
+    const EditableListPointer<int> input(new EditableList<int>);
+    bool isRestless = true;
+    const auto list = FilteredObservableList<int>::create(ObservableList<int>(input.data()), [&](int) {
+        if (isRestless)
+            counter->setValue(counter->getValue() + 1);
+        return true;
+    });
+    Mirror mirror(list);
+    // One line, where the library's log can be held back.
+    QTest::ignoreMessage(QtDebugMsg, QRegularExpression(QStringLiteral("^Intake\\.cpp .* keeps changing")));
+    input->append(1);
+    iface::setLogLevel(iface::LogLevel::Type(100));
+    input->append(2);
+    iface::setLogLevel(iface::LogLevel::Info);
+    isRestless = false;
+    input->append(3);
+    QCOMPARE(list.toList(), (QList<int>{1, 2, 3}));
+    QCOMPARE(mirror.items(), list.toList());
+    QCOMPARE(mirror.complaint(), QString());
 }
 
 void TstFilteredObservableList::livesThroughAHandlerThatDropsIt()
@@ -384,7 +411,7 @@ void TstFilteredObservableList::staysRightOverAListThatForgets()
                 expected.append(map->contents.value(k));
         }
         QCOMPARE(list.toList(), expected);
-        QCOMPARE(mirror.complaint, QString());
+        QCOMPARE(mirror.complaint(), QString());
     }
 }
 

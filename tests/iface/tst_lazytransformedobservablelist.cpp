@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "DerivedListFixtures.h"
 
-#include <common/ListMirror.h>
 #include <common/SeededRandom.h>
 
 #include <iface/LazyTransformedObservableList.h>
+#include <iface/ListMirror.h>
 #include <iface/ObservableMonitor.h>
 
 #include <QRegularExpression>
@@ -17,7 +17,7 @@ using iface::ObservableList;
 using iface::ObservableMap;
 using Transformed = iface::LazyTransformedObservableListImpl<int, QString>;
 using Handle = iface::LazyTransformedObservableList<int, QString>;
-using Mirror = ListMirror<QString>;
+using Mirror = iface::ListMirror<QString>;
 using ChangeType = iface::ObservableListImpl::ChangeType;
 
 namespace {
@@ -303,13 +303,13 @@ void TstLazyTransformedObservableList::takesInWhatTheMapDoesWhileItIsAsked()
     };
     desk.map->set({{1, QStringLiteral("one")}});
     QCOMPARE(desk.list.toList(), desk.expected());
-    QCOMPARE(mirror.items, desk.expected());
+    QCOMPARE(mirror.items(), desk.expected());
     // The same while an item is read for the first time.
     isDone = false;
     desk.keys->append(1);
     QCOMPARE(desk.list[2], QStringLiteral("again"));
-    QCOMPARE(mirror.items, desk.expected());
-    QCOMPARE(mirror.complaint, QString());
+    QCOMPARE(mirror.items(), desk.expected());
+    QCOMPARE(mirror.complaint(), QString());
 }
 
 void TstLazyTransformedObservableList::survivesAMapThatEditsTheKeysWhileItIsAsked()
@@ -325,8 +325,8 @@ void TstLazyTransformedObservableList::survivesAMapThatEditsTheKeysWhileItIsAske
     QCOMPARE(edits > 0, true);
     QCOMPARE(desk.list.toList(),
              (QStringList{QStringLiteral("4"), QStringLiteral("1"), QStringLiteral("9"), QStringLiteral("3")}));
-    QCOMPARE(mirror.items, desk.expected());
-    QCOMPARE(mirror.complaint, QString());
+    QCOMPARE(mirror.items(), desk.expected());
+    QCOMPARE(mirror.complaint(), QString());
     // The item that is being read goes away, and another slides into its place.
     Desk other({8, 5});
     other.map->whenAsked = [&](int key) {

@@ -8,12 +8,15 @@
 #include <iface/ObservableMapImplFunctorAdapter.h>
 #include <iface/ObservableTracker.h>
 #include <iface/ObserverFunctorAdapter.h>
+#include <iface/Round.h>
 #include <iface/WritableObservableValue.h>
 
 #include <QHash>
 #include <QPointer>
 #include <QSet>
 #include <QTest>
+
+#include <memory>
 
 using namespace iface;
 
@@ -73,6 +76,7 @@ private Q_SLOTS:
     void survivesItsLastHandleWhileItAnnounces();
 
     void dependsOnBothMaps();
+    void announcesCopiesOfKeys();
 
     void announcesAValueUnderItsHandle();
     void endsWhileAValueAnnounces();
@@ -142,6 +146,32 @@ void TstObservableMap::dependsOnBothMaps()
     Announcements<QString> heard(map.impl());
     first.impl()->fireMapChanged(MapChange::create(QStringList{u"a"_qs, u"b"_qs}));
     QCOMPARE(heard.take(), (QStringList{u"a"_qs, u"b"_qs, u"*"_qs}));
+    // Without keys from either side.
+    first.impl()->fireMapChanged(MapChange());
+    second.impl()->fireMapChanged(MapChange::createSingle(1));
+    QCOMPARE(heard.take(), (QStringList{u"*"_qs, u"*"_qs}));
+}
+
+// The key belongs to whoever made the change, and may be gone before the last has heard of it.
+void TstObservableMap::announcesCopiesOfKeys()
+{
+    const QExplicitlySharedDataPointer<StoredMap<QString, int>> map(new StoredMap<QString, int>);
+    const auto composite = CompositeMap<QString, int, int>::create(ObservableMap<QString, int>(map.data()),
+                                                                   ObservableMap<int, int>(new StoredMap<int, int>));
+    auto key = std::make_unique<QString>(u"a longer key"_qs);
+    ObserverFunctorAdapter frees([&] { key.reset(); });
+    map->addObserver(&frees);
+    Announcements<QString> heard(composite.impl());
+    map->fireKeyChanged(*key);
+    QVERIFY(!key);
+    QCOMPARE(heard.take(), (QStringList{u"a longer key"_qs, u"*"_qs}));
+    // Every change made together is announced under its key.
+    Round::together([&] {
+        map->set(u"b"_qs, 1);
+        map->set(u"c"_qs, 1);
+        QCOMPARE(heard.take(), QStringList());
+    });
+    QCOMPARE(heard.take(), (QStringList{u"b"_qs, u"c"_qs, u"*"_qs}));
 }
 
 void TstObservableMap::announcesAValueUnderItsHandle()

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <common/SeededRandom.h>
 
+#include <iface/BaseListImpl.h>
+#include <iface/FilteredObservableList.h>
 #include <iface/ObservableMonitor.h>
 #include <iface/ObservableTracker.h>
 #include <iface/ObservableValue.h>
@@ -50,6 +52,11 @@ public:
     mutable QList<ObserverImpl*> observers;
 };
 
+struct OneNumber : BaseListImpl<int>
+{
+    OneNumber() { m_list = {1}; }
+};
+
 } // namespace
 
 class TstObservableTracker : public QObject
@@ -68,10 +75,11 @@ private Q_SLOTS:
     void runsOnceMoreAfterAChangeWhileItRuns();
     void settlesWhenItChangesWhatItReads();
     void leavesTheEventLoopAliveWhenItNeverSettles();
-    void mayDestroyItselfInsideItsRun();
+    void mayBeDestroyedInsideItsRunOrAfter();
     void watchesWhatItHadReadWhenItThrew();
     void hooksOnlyWhatChangedBetweenTwoRuns();
     void watchesObservablesOfAnotherThread();
+    void comesToOursByItselfAndToOthersThroughAddObserver();
     void keepsWhatItReadAliveUntilTheNextRun();
     void agreesWithAModelOfRandomReads();
 
@@ -231,24 +239,35 @@ void TstObservableTracker::leavesTheEventLoopAliveWhenItNeverSettles()
     QCOMPARE(value->getValue(), last);
 }
 
-void TstObservableTracker::mayDestroyItselfInsideItsRun()
+// And lets go of everything that it has read, then or later, in whatever way that was observed.
+void TstObservableTracker::mayBeDestroyedInsideItsRunOrAfter()
 {
-    const Value value = makeValue();
-    std::unique_ptr<ObservableMonitor> monitor;
-    int runs = 0;
-    monitor = std::make_unique<ObservableMonitor>(
-        [&] {
-            ++runs;
-            if (value->getValue() == 1) {
-                monitor.reset();
-                value->setValue(2);
-            }
-        },
-        nullptr, QString(), true);
-    turn();
-    value->setValue(1);
-    value->setValue(3);
-    QCOMPARE(runs, 2);
+    for (const bool isInside : {true, false}) {
+        const Value value = makeValue();
+        const QExplicitlySharedDataPointer<ForeignObservable> foreign(new ForeignObservable);
+        std::unique_ptr<ObservableMonitor> monitor;
+        int runs = 0;
+        monitor = std::make_unique<ObservableMonitor>(
+            [&] {
+                ++runs;
+                ObservableTracker::getterCalled(foreign.data());
+                if (value->getValue() == 1 && isInside) {
+                    monitor.reset();
+                    value->setValue(2);
+                    ObservableTracker::getterCalled(foreign.data());
+                }
+            },
+            nullptr, QString(), true);
+        turn();
+        value->setValue(1);
+        monitor.reset();
+        QVERIFY(foreign->observers.isEmpty());
+        QCOMPARE(foreign->ref.loadRelaxed(), 1);
+        QCOMPARE(value->ref.loadRelaxed(), 1);
+        value->setValue(3);
+        foreign->change();
+        QCOMPARE(runs, 2);
+    }
 }
 
 void TstObservableTracker::watchesWhatItHadReadWhenItThrew()
@@ -302,6 +321,7 @@ void TstObservableTracker::hooksOnlyWhatChangedBetweenTwoRuns()
     QCOMPARE(runs, 3);
 }
 
+// Through the event loop of the thread that reads: so do filters.
 void TstObservableTracker::watchesObservablesOfAnotherThread()
 {
     QExplicitlySharedDataPointer<ObservableImpl> elsewhere(new ObservableImpl);
@@ -309,21 +329,48 @@ void TstObservableTracker::watchesObservablesOfAnotherThread()
     elsewhere->moveToThread(&thread);
     thread.start();
     int runs = 0;
+    int judgements = 0;
+    const auto read = [&](int& count) {
+        QCOMPARE(QThread::currentThread(), qApp->thread());
+        ++count;
+        ObservableTracker::getterCalled(elsewhere.data());
+    };
     {
-        ObservableMonitor monitor(
-            [&] {
-                QCOMPARE(QThread::currentThread(), qApp->thread());
-                ++runs;
-                ObservableTracker::getterCalled(elsewhere.data());
-            },
-            nullptr, QString(), true);
+        ObservableMonitor monitor([&] { read(runs); }, nullptr, QString(), true);
+        const ObservableList<int> list(new OneNumber);
+        const auto filtered = FilteredObservableList<int>::create(list, [&](int) {
+            read(judgements);
+            return true;
+        });
         turn();
         QMetaObject::invokeMethod(
             elsewhere.data(), [&] { elsewhere->notifyObservers(); }, Qt::BlockingQueuedConnection);
+        QCOMPARE(judgements, 1);
         QTRY_COMPARE(runs, 2);
+        QTRY_COMPARE(judgements, 2);
     }
     thread.quit();
     QVERIFY(thread.wait());
+}
+
+// What has to know who observes it is an Observable of its own kind, and not one of ours that overrides something.
+void TstObservableTracker::comesToOursByItselfAndToOthersThroughAddObserver()
+{
+    struct Overriding : Writable
+    {
+        bool addObserver(const ObserverImpl*) const override { return false; }
+    };
+    const QExplicitlySharedDataPointer<Overriding> ours(new Overriding);
+    int runs = 0;
+    ObservableMonitor monitor(
+        [&] {
+            ++runs;
+            ours->getValue();
+        },
+        nullptr, QString(), true);
+    turn();
+    ours->setValue(1);
+    QCOMPARE(runs, 2);
 }
 
 void TstObservableTracker::keepsWhatItReadAliveUntilTheNextRun()

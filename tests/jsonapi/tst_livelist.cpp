@@ -3,8 +3,8 @@
 
 #include <common/FakeClock.h>
 #include <common/FakePipe.h>
-#include <common/ListMirror.h>
 #include <common/SeededRandom.h>
+#include <iface/ListMirror.h>
 #include <iface/Logging.h>
 #include <iface/ObservableList.h>
 #include <iface/ObservableMonitor.h>
@@ -69,7 +69,7 @@ private:
     QSharedPointer<zel::ListApiMultiplexer> multiplexer;
     QSharedPointer<CountingAdapter> adapter;
     List::Pointer list;
-    std::unique_ptr<ListMirror<Note>> mirror;
+    std::unique_ptr<iface::ListMirror<Note>> mirror;
 };
 
 void TstLiveList::init()
@@ -79,7 +79,7 @@ void TstLiveList::init()
     multiplexer = QSharedPointer<zel::ListApiMultiplexer>::create(pipe);
     adapter = QSharedPointer<CountingAdapter>::create();
     list = List::create(multiplexer, adapter, u"notes"_qs, QString());
-    mirror = std::make_unique<ListMirror<Note>>(Handle(list));
+    mirror = std::make_unique<iface::ListMirror<Note>>(Handle(list));
 }
 
 void TstLiveList::cleanup()
@@ -165,12 +165,12 @@ void TstLiveList::repeatsARequestUntilItsAnswerHasCome()
 void TstLiveList::announcesAnEqualListOnlyTheFirstTime()
 {
     load({});
-    QCOMPARE(mirror->plainChanges, 1);
+    QCOMPARE(mirror->plainChanges(), 1);
     load({});
-    QCOMPARE(mirror->plainChanges, 1);
+    QCOMPARE(mirror->plainChanges(), 1);
     load({u"a"_qs});
     load({u"a"_qs});
-    QCOMPARE(mirror->plainChanges, 2);
+    QCOMPARE(mirror->plainChanges(), 2);
     QCOMPARE(mirror->take(), QStringList(u"reset"_qs));
 }
 
@@ -309,7 +309,7 @@ void TstLiveList::appliesAMessageWholeBeforeAnExceptionGoesOn()
 void TstLiveList::leavesOutWhatIsNoDistinctKey()
 {
     list = List::create(multiplexer, adapter, u"notes"_qs, QString(), List::Keys::Distinct);
-    mirror = std::make_unique<ListMirror<Note>>(Handle(list));
+    mirror = std::make_unique<iface::ListMirror<Note>>(Handle(list));
     load({u"a"_qs, QString(), u"b"_qs, u"a"_qs});
     QCOMPARE(ids(), QStringList({u"a"_qs, u"b"_qs}));
     load({u"a"_qs, u"b"_qs, u"b"_qs});
@@ -437,7 +437,7 @@ void TstLiveList::equalsAModelUnderRandomMessages()
         }
         const auto where = qPrintable(u"round %1, %2"_qs.arg(round).arg(QLatin1String(message)));
         QVERIFY2(Handle(list).toList() == model.items, where);
-        QVERIFY2(mirror->complaint.isEmpty() && mirror->items == model.items, where);
+        QVERIFY2(mirror->complaint().isEmpty() && mirror->items() == model.items, where);
         QVERIFY2(mirror->take() == std::exchange(model.announced, {}), where);
         const QString key = QString::number(random.bounded(40));
         QVERIFY2(list->locateItem(key) == model.find(key), where);

@@ -22,7 +22,6 @@ public:
     QString itemType(const QVariantList& indexPath) const override;
     /// Invalid for anything but the path of an item that is there.
     QVariant data(const QVariantList& indexPath) const override;
-    QVariant itemAt(int index) const override;
 
 protected:
     QList<T> m_list;
@@ -51,12 +50,7 @@ QString BaseListImpl<T>::itemType(const QVariantList&) const
 template <class T>
 QVariant BaseListImpl<T>::data(const QVariantList& indexPath) const
 {
-    return itemAt(indexOfPath(indexPath));
-}
-
-template <class T>
-QVariant BaseListImpl<T>::itemAt(int index) const
-{
+    const int index = indexOfPath(indexPath);
     return index >= 0 && index < m_list.size() ? QVariant::fromValue(m_list.at(index)) : QVariant();
 }
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <iface/Change.h>
 #include <iface/ObservableList.h>
-#include <iface/ObservableTracker.h>
-#include <iface/detail/ListFollower.h>
+#include <iface/detail/Intake.h>
 
 #include <QList>
 #include <QSharedPointer>
@@ -13,19 +13,20 @@
 #include <exception>
 #include <optional>
 #include <utility>
+#include <vector>
 
 namespace iface {
 
 /// A full copy of an input list, with functions that are called with old and new contents before each announcement.
 ///
 /// It starts without an input, empty, and holds the one it is given until the next. Each change of the input is taken
-/// over, told to the matching function (which does nothing unless one is set), and then announced just as the input
-/// announced it; reading answers from the copy. A list whose input changed behind its back, by a handler that edits the
-/// input before this list heard of the first change, reads everything again and announces a Reset.
+/// over before anybody is told of it (see Round), told to the matching function (which does nothing unless one is set)
+/// and then announced just as the input announced it; reading answers from the copy.
 ///
-/// A function may do whatever an observer may. When it changes the input, the change that it was called for is
-/// announced first and then the other, so that whoever listens can follow. When it throws (an empty one throws
-/// `boost::bad_function_call`) the change is announced, and then the exception goes on. One thread.
+/// The functions are called once for every change that was taken over, in order, though changes of which nobody had
+/// been told yet are announced as one: those made in a round of their own by a function, say, or by whoever heard of
+/// the change before this list announced it. A function may do whatever an observer may. When it throws (an empty one
+/// throws `boost::bad_function_call`) the change is announced, and then the exception goes on. One thread.
 template <class T>
 class CachedObservableList : public ObservableListImpl
 {
@@ -53,59 +54,52 @@ public:
 
     int childCount(const QVariantList& indexPath) const override;
     bool hasChildren(const QVariantList& indexPath) const override;
-    QVariant data(const QVariantList& indexPath) const override;
-    QVariant itemAt(int index) const override;
+    QVariant data(const QVariantList& indexPath) const final;
+    QVariant itemAt(int index) const final;
 
 private:
-    struct Change
-    {
-        void (CachedObservableList::*fire)(int) = nullptr; ///< null for a wholesale change
-        int index = -1;
-        ChangeType::Type type = ChangeType::Reset;
-        QSharedPointer<IndexMapper> mapper;
-    };
-
-    class Input : public detail::ListFollower
+    class Input : public detail::Intake
     {
     public:
         explicit Input(CachedObservableList* owner)
-            : m_owner(owner)
+            : Intake(*owner)
+            , m_owner(owner)
         {
         }
 
     protected:
-        void heard(const ListChange& change, bool isNext) override { m_owner->takeIn(change, isNext); }
+        void take(const Change& change) override
+        {
+            m_owner->takeOver(this->fitting(change, int(m_owner->m_copy.size())));
+        }
 
     private:
         CachedObservableList* const m_owner;
     };
 
-    void takeIn(const ListChange& change, bool isNext);
-    void handleRowItemAdded(int index);
-    void handleRowItemUpdated(int index);
-    void handleRowItemRemoved(int index);
-    void handleRowItemsChanged(ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper);
+    /// A change that the copy shows and no function has been told: one item before and after it, or all.
+    struct TakenOver
+    {
+        Change change;
+        std::optional<T> itemBefore;
+        std::optional<T> itemAfter;
+        QList<T> before;
+        QList<T> after;
+    };
 
-    bool settle();
-    bool begin(int index, int growth);
-    std::optional<T> read(int index);
-    void resynchronise() { handleRowItemsChanged(ChangeType::Reset, nullptr); }
-    template <class Call>
-    void tellAndAnnounce(const Announcement& announcement, Change change, Call call);
-    void announceOutstanding();
+    void takeOver(const Change& change);
+    bool applyToCopy(TakenOver& taken);
+    void callFunctions();
+    void callFunction(const TakenOver& taken) const;
 
     ObservableList<T> m_input;
-    Input m_inputObserver;
-    QList<T> m_cache;
+    Input m_intake;
+    QList<T> m_copy;
+    std::vector<TakenOver> m_untold;
     ItemFunction m_addFunction;
     ItemFunction m_removeFunction;
     UpdateFunction m_updateFunction;
     ChangeFunction m_changeFunction;
-    /// What the copy shows already and nobody has been told: set while one of the functions runs.
-    std::optional<Change> m_outstanding;
-    std::exception_ptr m_thrown; ///< while that was announced
-    int m_changesBegun = 0;
-    bool m_isTakingIn = false; ///< a change has been heard of and the copy does not show it yet
 };
 
 } // namespace iface

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <iface/LightObserver.h>
+#include <iface/Change.h>
+#include <iface/Follower.h>
 #include <iface/ObservableMap.h>
 
 #include <utility>
@@ -10,8 +11,9 @@ namespace iface {
 
 /// A map through two maps: keys to what the first has for them, and that to what the second has for it.
 ///
-/// It holds both maps for its whole life. A change of the first is its own change, under the same keys. The keys of the
-/// second cannot be translated back, so a change there is announced without keys: plain observers alone hear of it.
+/// It holds both maps for its whole life. A change of the first is its own change, under the same keys or without. The
+/// keys of the second cannot be translated back, so a change there is announced without keys: plain observers alone
+/// hear of it.
 template <class K, class M, class V>
 class CompositeMap : public ObservableMapImpl<K, V>
 {
@@ -22,43 +24,29 @@ public:
     bool equals(const V& a, const V& b) const override;
 
 private:
-    class FirstObserver : public LightObserver
+    class Inner : public Follower
     {
     public:
-        explicit FirstObserver(CompositeMap* owner)
+        Inner(CompositeMap* owner, bool isFirst)
             : m_owner(owner)
+            , m_isFirst(isFirst)
         {
         }
 
     protected:
-        void observableChanged() override {}
-        void keysChanged(const ChangedKeys& keys) override { m_owner->fireChangedKeys(keys); }
+        void mark(const Change& change) override { m_owner->note(m_isFirst ? change : Change{Change::Plain}); }
 
     private:
         CompositeMap* const m_owner;
-    };
-
-    class SecondObserver : public LightObserver
-    {
-    public:
-        explicit SecondObserver(CompositeMap* owner)
-            : m_owner(owner)
-        {
-        }
-
-    protected:
-        void observableChanged() override { m_owner->fireMapChanged(MapChange()); }
-
-    private:
-        CompositeMap* const m_owner;
+        const bool m_isFirst;
     };
 
     CompositeMap(const ObservableMap<K, M>& first, const ObservableMap<M, V>& second);
 
     const ObservableMap<K, M> m_first;
     const ObservableMap<M, V> m_second;
-    FirstObserver m_firstObserver;
-    SecondObserver m_secondObserver;
+    Inner m_firstFollower{this, true};
+    Inner m_secondFollower{this, false};
 };
 
 template <class K, class M, class V>
@@ -71,13 +59,11 @@ template <class K, class M, class V>
 CompositeMap<K, M, V>::CompositeMap(const ObservableMap<K, M>& first, const ObservableMap<M, V>& second)
     : m_first(first)
     , m_second(second)
-    , m_firstObserver(this)
-    , m_secondObserver(this)
 {
     if (m_first.impl())
-        m_firstObserver.observe(*m_first.impl());
+        m_firstFollower.follow(*m_first.impl());
     if (m_second.impl())
-        m_secondObserver.observe(*m_second.impl());
+        m_secondFollower.follow(*m_second.impl());
 }
 
 template <class K, class M, class V>

@@ -22,21 +22,13 @@ public:
     {
     }
 
-    bool newIndexPath(QVariantList* newPath, int* removed, const QVariantList& oldPath) const override;
+    bool newIndexPath(QVariantList* newPath, int* removed, const QVariantList& oldPath) const override
+    {
+        return answer(newPath, removed, m_flips.newPosition(ObservableListImpl::indexOfPath(oldPath)));
+    }
 
 private:
     const detail::FilterFlips m_flips;
 };
-
-template <class T>
-bool FilterFunctionIndexMapper<T>::newIndexPath(QVariantList* newPath, int* removed, const QVariantList& oldPath) const
-{
-    const int index = m_flips.newPosition(ObservableListImpl::indexOfPath(oldPath));
-    if (index >= 0 && newPath)
-        *newPath = ObservableListImpl::pathOf(index);
-    if (index < 0 && removed)
-        *removed = -1;
-    return index >= 0;
-}
 
 } // namespace iface

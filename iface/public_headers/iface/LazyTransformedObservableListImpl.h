@@ -12,6 +12,8 @@
 
 #include <algorithm>
 #include <limits>
+#include <memory>
+#include <utility>
 #include <vector>
 
 namespace iface {
@@ -34,15 +36,16 @@ struct KeyHash
 /// and it is announced if it is another by `Eq`; so is a wholesale change of the key list that leaves its length. An
 /// item that nobody has read is not computed and cannot be seen to change; one that was forgotten likewise. A list made
 /// with KeepsEverything forgets nothing, and so announces every change of every item that anybody ever read; whoever
-/// tracks reads of any other list comes to depend on its whole map instead.
+/// tracks reads of any other list comes to depend on its whole map and its key list instead.
 ///
 /// It hears of the map what the map announces under keys. A change without keys reaches plain observers of the map
 /// alone, and not this list.
 ///
-/// It holds keys and map for its whole life. Handlers may do whatever an observer may. What the map does while it is
-/// asked is announced before the answer is returned. Should the key list change while items are computed again, the
-/// list forgets them and announces a Reset. What the map throws goes on to whoever read, or made the change; the item
-/// stays as it was. One thread.
+/// It holds keys and map for its whole life. It takes changes in before anybody is told of them, and announces them all
+/// as one (see Round). Handlers may do whatever an observer may; so may the map while it is asked for an item that is
+/// read, and the answer is then as it is by the time it is given. Should the map change the key list while items are
+/// computed again, the list announces a Reset. What the map throws goes on to whoever read, or made the change; the
+/// item stays as it was. One thread.
 template <class K, class V, class Eq = iEqual<V>, class Hash = KeyHash<K>>
 class LazyTransformedObservableListImpl : public detail::LazyTransformedListBase
 {
@@ -91,15 +94,15 @@ private:
         void insert(ItemInfo& item, int expected);
     };
 
-    Entry* createEntry() const override { return new ItemInfo; }
+    Entry* createEntry(const QVariant& inputItem) const override;
+    void enterKey(Entry& entry) const override { m_index.insert(static_cast<ItemInfo&>(entry), mostEntries()); }
     void destroyEntry(Entry* entry) const override;
-    bool derive(Entry& entry, const Watch& watch, const QVariant* inputItem) const override;
+    bool derive(Entry& entry, const QVariant* inputItem) const override;
     QVariant valueOf(const Entry& entry) const override
     {
         return QVariant::fromValue(static_cast<const ItemInfo&>(entry).value);
     }
     bool findEntries(const ChangedKeys& changed, QVarLengthArray<Entry*, 8>& found) const override;
-    void setKey(ItemInfo& item, const K& key) const;
 
     const ObservableList<K> m_input;
     const ObservableMap<K, V> m_mapping;

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <iface/LightObserver.h>
+#include <iface/Change.h>
+#include <iface/Follower.h>
 #include <iface/ObservableMap.h>
 #include <iface/ObservableValue.h>
 
 #include <boost/unordered_map.hpp>
-
-#include <typeinfo>
 
 namespace iface {
 
@@ -32,7 +31,7 @@ public:
 
 private:
     // Light: there is one per value.
-    class EntryStruct : public LightObserver
+    class EntryStruct : public Follower
     {
     public:
         explicit EntryStruct(MapObservableToValue* owner)
@@ -40,17 +39,16 @@ private:
         {
         }
 
-        /// Whether it is an entry of the map that observes a value before all others, as is the rule. The value is at
+        /// Whether it is an entry of the map that follows a value before all others, as is the rule. The value is at
         /// hand, and the table of entries mostly in no cache.
         static bool isFirst(const ObservableImpl& value, const MapObservableToValue* map)
         {
-            const LightObserver* const first = firstOf(value);
-            return first && typeid(*first) == typeid(EntryStruct) &&
-                   static_cast<const EntryStruct*>(first)->m_owner == map;
+            return firstOf(value) == map;
         }
 
     protected:
-        void observableChanged() override;
+        void mark(const Change& change) override;
+        const void* onBehalfOf() const override { return m_owner; }
 
     private:
         MapObservableToValue* const m_owner;
@@ -75,16 +73,16 @@ V MapObservableToValue<V, Eq>::get(const Handle& handle) const
     if (!EntryStruct::isFirst(*handle.impl(), this)) {
         const auto [entry, isNew] = m_entries.try_emplace(handle, const_cast<MapObservableToValue*>(this));
         if (isNew)
-            entry->second.observe(*handle.impl());
+            entry->second.follow(*handle.impl());
     }
     return handle.getValue();
 }
 
 template <class V, class Eq>
-void MapObservableToValue<V, Eq>::EntryStruct::observableChanged()
+void MapObservableToValue<V, Eq>::EntryStruct::mark(const Change&)
 {
-    // Observed by get() through a handle of this very type; the constness is that of the reader.
-    auto* value = static_cast<const ObservableValueImpl<V>*>(observable());
+    // Followed by get() through a handle of this very type; the constness is that of the reader.
+    auto* value = static_cast<const ObservableValueImpl<V>*>(this->observable());
     m_owner->fireKeyChanged(Handle(const_cast<ObservableValueImpl<V>*>(value)));
 }
 

@@ -1,26 +1,36 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <iface/LightObserver.h>
+#include <iface/Follower.h>
 #include <iface/Observable.h>
-#include <iface/ReadRecorder.h>
 
 #include <QObject>
+#include <QPointer>
+
+#include <vector>
 
 namespace iface {
+
+struct Change;
+struct MapChange;
 
 /// The base of all observables that announce their changes with a signal.
 ///
 /// It has no parent and must not get one: only the reference count rules its life. Changes are announced at once,
-/// inside notifyObservers(): first every LightObserver in the order in which they attached, then the receivers of
-/// observableChanged() in the order in which they connected. Observers of another thread hear through their event
-/// loop. The observable is kept alive for the whole announcement, and what observers read meanwhile is no
-/// dependency of a computation that is being tracked on this thread.
+/// inside notifyObservers(): first everything that is derived from this takes the change in, then the receivers of
+/// observableChanged() are called, in the order in which they connected, and then those of what is derived (see Round).
+/// Observers of another thread hear through their event loop. The observable is kept alive for the whole announcement,
+/// and what observers read meanwhile is no dependency of a computation that is being tracked on this thread.
 ///
-/// Change first, then notify: an observer may read anything. It may also add and remove observers (new ones hear
-/// the next change), change the observable again (that change is announced there and then, in full), drop the last
-/// handle, destroy an observable that is not counted, spin an event loop, or throw. What is thrown reaches the caller
-/// of notifyObservers(); whether later observers were called is then not promised.
+/// Change first, then notify: an observer may read anything, and finds everything in agreement. It may also add and
+/// remove observers (new ones hear the next change), change the observable again (that change is announced there and
+/// then, in full), drop the last handle, destroy an observable that is not counted, spin an event loop, or throw. What
+/// is thrown reaches the caller of notifyObservers() when all has been announced; whether later receivers of the same
+/// signal were called is not promised.
+///
+/// Emitting the signal itself reaches its receivers and nobody else. What follows an observable (derived lists and
+/// maps, filters, monitors) does not come through addObserver() when it lives in the same thread; an observable that
+/// has to know of everybody who observes it derives from Observable.
 class ZEL_EXPORT ObservableImpl : public QObject, public Observable
 {
     Q_OBJECT
@@ -44,46 +54,36 @@ Q_SIGNALS:
     void observableChanged();
 
 protected:
-    /// Held while something is announced: keeps the observable alive (if it is counted) and suspends tracking.
-    class ZEL_EXPORT Announcement
+    /// Keeps an observable alive if it is counted, and otherwise knows whether it is still there.
+    class ZEL_EXPORT Hold
     {
     public:
-        explicit Announcement(const ObservableImpl& observable);
-        ~Announcement();
-        /// Whether the observable is still there. It may be gone only if nobody counted it.
-        bool isAlive() const { return m_observable != nullptr; }
+        explicit Hold(const ObservableImpl& observable);
+        bool isAlive() const { return m_counted || m_uncounted; }
 
     private:
-        Q_DISABLE_COPY_MOVE(Announcement)
-        friend class ObservableImpl;
-        friend class LightObserver;
-
-        ReadRecorder* const m_suspended;
-        ObservablePointer m_hold;
-        const ObservableImpl* m_observable;
-        // The round of light observers under way: the next one to call, and the last one of this round.
-        LightObserver* m_next = nullptr;
-        LightObserver* m_last = nullptr;
-        Announcement* const m_outer;
+        const ObservablePointer m_counted;
+        const QPointer<const QObject> m_uncounted;
     };
 
-    /// Tells the light observers what a list or a map has to say in particular.
-    void tellLightObservers(Announcement& announcement, const ListChange& change);
-    void tellLightObservers(Announcement& announcement, const ChangedKeys& keys);
-    /// The bare announcement, to be made while an Announcement is held.
-    void doEmit(Announcement& announcement);
-    /// The same, with an Announcement of its own.
+    /// To be called at the end of every announcing operation, when the state shows the change: has it taken in and
+    /// announced. `beforeTelling` is called right before the signals.
+    void note(const Change& change, void (*beforeTelling)(ObservableImpl&) = nullptr);
+    /// Emits observableChanged().
     void doEmit();
 
 private:
     Q_DISABLE_COPY_MOVE(ObservableImpl)
-    friend class LightObserver;
+    friend class Follower;
+    friend class Round;
 
-    template <class Call>
-    void callLightObservers(Announcement& announcement, const Call& call);
+    void appendKeys(const Change& change, std::vector<MapChange>& keys) const;
+    void tell(const Change& change, const std::vector<MapChange>& keys);
+    void tellInParticular(const Change& change, const std::vector<MapChange>& keys);
 
-    mutable LightObserver* m_firstLight = nullptr;
-    mutable LightObserver* m_lastLight = nullptr;
+    int m_untold = 0; ///< its number among what rounds have yet to announce, counted from 1
+    mutable Follower* m_firstFollower = nullptr;
+    mutable Follower* m_lastFollower = nullptr;
 };
 
 } // namespace iface

@@ -9,19 +9,21 @@
 
 namespace iface {
 
-struct ListChange;
-
 /// The base of all observable lists, itself an empty one.
 ///
 /// Items are addressed by an index path. All lists are flat: a path holds the item's index as its one element, and the
 /// empty path is the list itself.
 ///
-/// A list changes its items first and then calls the matching fire operation, at once, change by change. Inside that
-/// call those hear first who follow the list as a LightObserver (derived lists do), then come the specific signal and
-/// whatever plain observers hear (see ObservableImpl); the list is kept alive throughout, and what handlers read is no
+/// A list changes its items first and then calls the matching fire operation, change by change. Inside that call every
+/// list that is derived from it takes the change in; then the specific signal comes, and after it whatever plain
+/// observers hear (see ObservableImpl and Round); the list is kept alive throughout, and what handlers read is no
 /// dependency of a tracked computation. A handler may do whatever an observer may. When it changes the list, that
 /// change is announced there and then, in full, before the remaining handlers hear of the first: whoever mirrors a list
-/// by index reads it again after a wholesale change, and must not change it while it mirrors.
+/// by index reads it again after a wholesale change, and must not change it while it mirrors. ListMirror does that, and
+/// complains about a list that does not keep to its announcements.
+///
+/// IndexesChanged moves items and leaves them what they were; an item that changed as well is announced as updated,
+/// too. That an item is announced as updated need not mean that it differs.
 class ZEL_EXPORT ObservableListImpl : public ObservableImpl
 {
     Q_OBJECT
@@ -39,7 +41,8 @@ public:
         };
     };
 
-    /// Tells where items went in a wholesale change: old index paths to new ones.
+    /// Tells where items went in a wholesale change: old index paths to new ones. It answers for every old index, and
+    /// may be kept.
     class ZEL_EXPORT IndexMapper
     {
     public:
@@ -49,6 +52,10 @@ public:
         /// Whether the item at `oldPath` still exists. If so, its new path goes to `newPath`, otherwise -1 to
         /// `removed`; either may be null. Paths that are empty, too long or out of range were no item: false.
         virtual bool newIndexPath(QVariantList* newPath, int* removed, const QVariantList& oldPath) const = 0;
+
+    protected:
+        /// What every mapper says of an item that stands at `newIndex` now, or nowhere if that is below 0.
+        static bool answer(QVariantList* newPath, int* removed, int newIndex);
 
     private:
         Q_DISABLE_COPY_MOVE(IndexMapper)
@@ -61,7 +68,7 @@ public:
     virtual bool hasChildren(const QVariantList& indexPath) const;
     virtual QString itemType(const QVariantList& indexPath) const;
     virtual QVariant data(const QVariantList& indexPath) const;
-    /// The same for the item at an index, for those who read many. Whoever overrides it overrides data() as well.
+    /// The same for the item at an index, for those who read many; made of data() unless a list has a shorter way.
     virtual QVariant itemAt(int index) const;
     /// Whether the list announces a change of every item that anybody ever read. True, as a rule; a list that computes
     /// items on demand and forgets them does not, and whoever depends on its items has to track their reads.
@@ -71,10 +78,6 @@ public:
     static QVariantList pathOf(int index);
     /// The index in a path of exactly one number, otherwise -1.
     static int indexOfPath(const QVariantList& indexPath);
-
-    /// How many changes have been announced so far, those under way included. Who follows a list by index compares it
-    /// with what they have heard: see detail::ListFollower.
-    unsigned announcedChanges() const { return m_announcedChanges; }
 
     // To be called after the change has been made.
     void fireItemAdded(int index);
@@ -90,23 +93,6 @@ Q_SIGNALS:
     void itemsChanged(ObservableListImpl::ChangeType::Type eChangeType = ObservableListImpl::ChangeType::Reset,
                       QSharedPointer<ObservableListImpl::IndexMapper> indexMapper =
                           QSharedPointer<ObservableListImpl::IndexMapper>());
-
-private:
-    void fire(const ListChange& change);
-    void emitSignal(const ListChange& change);
-
-    unsigned m_announcedChanges = 0;
-};
-
-/// What a list announces, as its four signals say it.
-struct ListChange
-{
-    enum Kind { ItemAdded, ItemUpdated, ItemRemoved, ItemsChanged };
-
-    Kind kind;
-    int index;                                                        ///< of the item
-    ObservableListImpl::ChangeType::Type type = {};                   ///< of ItemsChanged
-    QSharedPointer<ObservableListImpl::IndexMapper> mapper = nullptr; ///< of ItemsChanged
 };
 
 } // namespace iface

@@ -9,10 +9,10 @@ namespace iface {
 
 /// What all observable maps share, whatever their types: the announcement of a change.
 ///
-/// A map changes its entries first and then calls fireMapChanged(). Inside that call those hear first who follow the
-/// map as a LightObserver (derived lists and maps do) and then mapChanged() comes, both only if keys are known; then,
-/// in every case, whatever plain observers hear. So a change without keys reaches plain observers alone. What handlers
-/// may do, and how long the map lives, is as ObservableImpl has it.
+/// A map changes its entries first and then calls fireMapChanged(). Inside that call everything that follows the map
+/// (derived lists and maps) takes the change in; then mapChanged() comes, if keys are known, and after it, in every
+/// case, whatever plain observers hear. So a change without keys reaches plain observers alone. Keys and changes that
+/// are announced are copies. What handlers may do, and how long the map lives, is as ObservableImpl has it.
 class ZEL_EXPORT ObservableMapImplBase : public ObservableImpl
 {
     Q_OBJECT

@@ -18,8 +18,8 @@ public:
 
     int childCount(const QVariantList& indexPath) const override;
     bool hasChildren(const QVariantList& indexPath) const override;
-    QVariant data(const QVariantList& indexPath) const override;
-    QVariant itemAt(int index) const override;
+    QVariant data(const QVariantList& indexPath) const final;
+    QVariant itemAt(int index) const final;
     bool announcesEveryReadItem() const override;
 
 protected:

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <iface/detail/IndexedSequence.h>
+#include <iface/ChangedKeys.h>
 #include <iface/ObservableListImpl.h>
 #include <iface/ObservableMapImplBase.h>
+#include <iface/detail/IndexedSequence.h>
 
 #include <QVarLengthArray>
 
@@ -19,8 +20,8 @@ public:
 
     int childCount(const QVariantList& indexPath) const override;
     bool hasChildren(const QVariantList& indexPath) const override;
-    QVariant data(const QVariantList& indexPath) const override;
-    QVariant itemAt(int index) const override;
+    QVariant data(const QVariantList& indexPath) const final;
+    QVariant itemAt(int index) const final;
     bool announcesEveryReadItem() const override;
 
 protected:
@@ -28,26 +29,8 @@ protected:
     class Entry : public IndexedSequence::Item
     {
         friend class LazyTransformedListBase;
-        bool m_isDerived = false;
-        bool m_isBeingDerived = false;
-        bool m_hasChangedMeanwhile = false;
-    };
-
-    /// Tells, while an item is derived, whether its entry is still there: deriving reads, and what is read may do
-    /// anything.
-    class Watch
-    {
-    public:
-        Watch(const LazyTransformedListBase& list, Entry& entry);
-        ~Watch();
-        bool isThere() const { return m_entry != nullptr; }
-
-    private:
-        Q_DISABLE_COPY_MOVE(Watch)
-        friend class LazyTransformedListBase;
-        const LazyTransformedListBase& m_list;
-        Entry* m_entry;
-        Watch* const m_outer;
+        bool m_isDirty = false;    ///< its value may be another
+        bool m_isKeyDirty = false; ///< and so may its key
     };
 
     /// The subclass keeps both alive; either may be null.
@@ -58,12 +41,15 @@ protected:
     void dropEntries();
 
 private:
-    virtual Entry* createEntry() const = 0;
+    /// An entry made of the input's item.
+    virtual Entry* createEntry(const QVariant& inputItem) const = 0;
+    /// Has the entry found by its key; once.
+    virtual void enterKey(Entry& entry) const = 0;
     /// Also takes it out of the keys.
     virtual void destroyEntry(Entry* entry) const = 0;
-    /// Derives the value from the input's item, or from the key that is kept if there is none, and keeps it; tells
+    /// Derives the value of an entry anew, from the input's item or, if there is none, from the key that is kept; tells
     /// whether key or value differ from what was kept.
-    virtual bool derive(Entry& entry, const Watch& watch, const QVariant* inputItem) const = 0;
+    virtual bool derive(Entry& entry, const QVariant* inputItem) const = 0;
     virtual QVariant valueOf(const Entry& entry) const = 0;
     /// Appends the entries under the keys that changed; false when none is known.
     virtual bool findEntries(const ChangedKeys& changed, QVarLengthArray<Entry*, 8>& found) const = 0;

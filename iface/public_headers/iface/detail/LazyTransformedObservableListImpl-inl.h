@@ -13,21 +13,32 @@ void LazyTransformedObservableListImpl<K, V, Eq, Hash>::destroyEntry(Entry* entr
 }
 
 template <class K, class V, class Eq, class Hash>
-bool LazyTransformedObservableListImpl<K, V, Eq, Hash>::derive(Entry& entry, const Watch& watch,
-                                                               const QVariant* inputItem) const
+auto LazyTransformedObservableListImpl<K, V, Eq, Hash>::createEntry(const QVariant& inputItem) const -> Entry*
+{
+    auto item = std::make_unique<ItemInfo>();
+    item->key = inputItem.value<K>();
+    item->value = m_mapping.get(item->key);
+    return item.release();
+}
+
+template <class K, class V, class Eq, class Hash>
+bool LazyTransformedObservableListImpl<K, V, Eq, Hash>::derive(Entry& entry, const QVariant* inputItem) const
 {
     auto& item = static_cast<ItemInfo&>(entry);
-    // A copy: the entry may go while the map is asked.
-    const K key = inputItem ? inputItem->value<K>() : item.key;
-    const bool isOtherKey = !item.is_linked() || !(item.key == key);
-    // Before the map is asked: what it announces meanwhile under this key has to find the item.
-    if (isOtherKey)
-        setKey(item, key);
-    V value = m_mapping.get(key);
-    if (!watch.isThere())
-        return false;
-    const bool isOther = isOtherKey || !Eq()(item.value, value);
-    item.value = std::move(value);
+    bool isOther = false;
+    if (inputItem) {
+        K key = inputItem->value<K>();
+        isOther = !(item.key == key);
+        if (isOther) {
+            // Before the map is asked: what it announces meanwhile under this key has to find the item.
+            m_index.items.erase(m_index.items.iterator_to(item));
+            item.key = std::move(key);
+            enterKey(item);
+        }
+    }
+    V value = m_mapping.get(item.key);
+    isOther = isOther || !Eq()(item.value, value);
+    std::swap(item.value, value); // the old one goes last: that may run anything
     return isOther;
 }
 
@@ -39,15 +50,6 @@ bool LazyTransformedObservableListImpl<K, V, Eq, Hash>::findEntries(const Change
         for (auto [it, end] = m_index.items.equal_range(key); it != end; ++it)
             found.append(&*it);
     });
-}
-
-template <class K, class V, class Eq, class Hash>
-void LazyTransformedObservableListImpl<K, V, Eq, Hash>::setKey(ItemInfo& item, const K& key) const
-{
-    if (item.is_linked())
-        m_index.items.erase(m_index.items.iterator_to(item));
-    item.key = key;
-    m_index.insert(item, mostEntries());
 }
 
 template <class K, class V, class Eq, class Hash>

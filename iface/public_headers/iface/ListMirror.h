@@ -12,19 +12,31 @@
 #include <algorithm>
 #include <utility>
 
-/// Follows a list by its announcements alone, the way a view would, and complains when they do not add up.
+namespace iface {
+
+/// The oracle for whoever writes a list: follows it by its announcements alone, the way a view would, and complains
+/// when they do not add up.
 ///
-/// After a wholesale change it reads the list again, but for what the mapper says where items went. `announced` keeps
-/// what was heard, in words. Attach it before any handler that edits the list.
+/// Every announcement is replayed into `items`, which then has to be what the list answers. After a wholesale change
+/// the list is read again; but where a mapper says that items went, they have to stand, and to be what they were. What
+/// the list announced between two looks shows in words: "added 3", "moved 0 -1 1" (where each old item went), "reset".
+///
+///     iface::ListMirror<int> mirror(list);
+///     ... whatever changes the list ...
+///     QCOMPARE(mirror.complaint(), QString());
+///     QCOMPARE(mirror.take(), QStringList{"added 0"});
+///
+/// It keeps the list alive. Attach it before any handler that changes the list: a mirror, like any view by index, has
+/// to hear of a change before the next one is made. One thread, that of the list.
 template <class T>
 class ListMirror
 {
-    using List = iface::ObservableListImpl;
+    using List = ObservableListImpl;
 
 public:
-    explicit ListMirror(const iface::ObservableList<T>& list)
+    explicit ListMirror(const ObservableList<T>& list)
         : m_list(list)
-        , items(list.toList())
+        , m_items(list.toList())
     {
         QObject::connect(list.impl(), &List::itemAdded, &m_context,
                          [this](const QVariantList& path) { added(List::indexOfPath(path)); });
@@ -36,11 +48,17 @@ public:
                          [this](List::ChangeType::Type type, const QSharedPointer<List::IndexMapper>& mapper) {
                              changed(type, mapper.data());
                          });
-        QObject::connect(list.impl(), &List::observableChanged, &m_context, [this] { ++plainChanges; });
+        QObject::connect(list.impl(), &List::observableChanged, &m_context, [this] { ++m_plainChanges; });
     }
 
-    /// What was heard since the last call.
-    QStringList take() { return std::exchange(announced, {}); }
+    /// What the list holds, as far as it was announced.
+    const QList<T>& items() const { return m_items; }
+    /// The first thing that did not add up; empty if everything does.
+    const QString& complaint() const { return m_complaint; }
+    /// What was announced since the last call, in words.
+    QStringList take() { return std::exchange(m_announced, {}); }
+    /// How often plain observers heard.
+    int plainChanges() const { return m_plainChanges; }
 
     /// Where a mapper says that each of `count` items went, -1 for those gone.
     static QList<int> indexesOf(const List::IndexMapper& mapper, int count)
@@ -68,51 +86,48 @@ public:
     }
 
 private:
-    const iface::ObservableList<T> m_list;
+    const ObservableList<T> m_list;
     QObject m_context;
+    QList<T> m_items;
+    QStringList m_announced;
+    int m_plainChanges = 0;
+    QString m_complaint;
 
-public:
-    QList<T> items;
-    QStringList announced;
-    int plainChanges = 0;
-    QString complaint; ///< the first thing that did not add up
-
-private:
     void check(bool holds, const QString& what)
     {
-        if (!holds && complaint.isEmpty())
-            complaint = what;
+        if (!holds && m_complaint.isEmpty())
+            m_complaint = what;
     }
 
     void compare(const QString& announcement)
     {
-        announced.append(announcement);
+        m_announced.append(announcement);
         const QList<T> now = m_list.toList();
         // Not by the lists' own operator, which passes null pointers to memcmp() when they are empty.
-        check(std::equal(items.begin(), items.end(), now.begin(), now.end()),
+        check(std::equal(m_items.begin(), m_items.end(), now.begin(), now.end()),
               QStringLiteral("the list is another than announced: ") + announcement);
     }
 
     void added(int index)
     {
-        check(index >= 0 && index <= items.size(), QStringLiteral("added where nothing can be"));
-        items.insert(qBound(0, index, int(items.size())), m_list[index]);
+        check(index >= 0 && index <= m_items.size(), QStringLiteral("added where nothing can be"));
+        m_items.insert(qBound(0, index, int(m_items.size())), m_list[index]);
         compare(QStringLiteral("added %1").arg(index));
     }
 
     void updated(int index)
     {
-        check(index >= 0 && index < items.size(), QStringLiteral("updated what is not there"));
-        if (index >= 0 && index < items.size())
-            items[index] = m_list[index];
+        check(index >= 0 && index < m_items.size(), QStringLiteral("updated what is not there"));
+        if (index >= 0 && index < m_items.size())
+            m_items[index] = m_list[index];
         compare(QStringLiteral("updated %1").arg(index));
     }
 
     void removed(int index)
     {
-        check(index >= 0 && index < items.size(), QStringLiteral("removed what is not there"));
-        if (index >= 0 && index < items.size())
-            items.removeAt(index);
+        check(index >= 0 && index < m_items.size(), QStringLiteral("removed what is not there"));
+        if (index >= 0 && index < m_items.size())
+            m_items.removeAt(index);
         compare(QStringLiteral("removed %1").arg(index));
     }
 
@@ -121,16 +136,18 @@ private:
         QList<T> now = m_list.toList();
         QList<int> indexes;
         if (type == List::ChangeType::IndexesChanged && mapper) {
-            indexes = indexesOf(*mapper, int(items.size()));
-            for (int i = 0; i < items.size(); ++i) {
+            indexes = indexesOf(*mapper, int(m_items.size()));
+            for (int i = 0; i < m_items.size(); ++i) {
                 const int to = indexes.at(i);
                 check(to < now.size() && indexes.count(to) == (to < 0 ? indexes.count(-1) : 1),
                       QStringLiteral("items moved to where nothing is, or to one place"));
-                check(to < 0 || to >= now.size() || now.at(to) == items.at(i),
+                check(to < 0 || to >= now.size() || now.at(to) == m_items.at(i),
                       QStringLiteral("another item stands where one moved to"));
             }
         }
-        items.swap(now);
+        m_items.swap(now);
         compare(inWords(type, indexes));
     }
 };
+
+} // namespace iface

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <iface/Change.h>
+
+namespace iface {
+
+namespace {
+
+/// Two changes in a row, each of which moved items.
+class ComposedMapper : public ObservableListImpl::IndexMapper
+{
+public:
+    ComposedMapper(const Change::Mapper& first, const Change::Mapper& second)
+        : m_first(first)
+        , m_second(second)
+    {
+    }
+
+    bool newIndexPath(QVariantList* newPath, int* removed, const QVariantList& oldPath) const override
+    {
+        QVariantList between;
+        return m_first->newIndexPath(&between, removed, oldPath) && m_second->newIndexPath(newPath, removed, between);
+    }
+
+private:
+    const Change::Mapper m_first;
+    const Change::Mapper m_second;
+};
+
+bool leavesIndexes(const Change& change)
+{
+    return change.kind == Change::Updated || change.kind == Change::Data;
+}
+
+} // namespace
+
+Change Change::wholesale(Type type, const Mapper& mapper)
+{
+    using Types = ObservableListImpl::ChangeType;
+    return {type == Types::Reset ? Reset : type == Types::DataChanged ? Data : Moved, -1, mapper};
+}
+
+Change::Type Change::type() const
+{
+    using Types = ObservableListImpl::ChangeType;
+    return kind == Moved ? Types::IndexesChanged : kind == Data ? Types::DataChanged : Types::Reset;
+}
+
+Change merged(const Change& first, const Change& second)
+{
+    // A plain change says nothing that any other does not say.
+    if (first.kind <= Change::Plain)
+        return second.kind == Change::None ? first : second;
+    if (second.kind <= Change::Keys)
+        return first;
+    if (first.kind == Change::Moved && second.kind == Change::Moved && first.mapper && second.mapper)
+        return {Change::Moved, -1, Change::Mapper(new ComposedMapper(first.mapper, second.mapper))};
+    if (leavesIndexes(first) && leavesIndexes(second))
+        return first.kind == second.kind && first.index == second.index ? second : Change{Change::Data};
+    return {Change::Reset};
+}
+
+} // namespace iface

@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <iface/Export.h>
+
+#include <QtGlobal>
+
+#include <cstddef>
+#include <exception>
+#include <utility>
+
+namespace iface {
+
+class MonitoredRun;
+class ObservableImpl;
+struct Change;
+
+namespace detail {
+class Intake;
+} // namespace detail
+
+/// One change, or several made together, and all that follows from it. It goes in two steps: everything that is derived
+/// from what changed takes the change in, and then everything that changed is announced, once, in the order in which it
+/// changed; monitors run last. So nobody who is called finds one list ahead of another.
+///
+/// fire...() and notifyObservers() make a round by themselves. A change made while one is being announced is a round of
+/// its own, announced in full before the other goes on, together with what that had not yet announced of the same
+/// containers. A change made during the first step (by a filter that does more than judge) joins the round.
+///
+/// What handlers throw does not keep anything from being announced: the first exception goes on when all has been done.
+/// Rounds of different threads have nothing to do with each other.
+class ZEL_EXPORT Round
+{
+public:
+    /// Makes the changes that `function` makes one: nothing is announced before it has returned, whatever it throws.
+    /// What it reads meanwhile is as it will be announced.
+    template <class Function>
+    static void together(Function&& function);
+
+    /// Tells rounds of this thread apart: that of the innermost one under way, 0 if there is none.
+    static unsigned number();
+
+private:
+    friend class ObservableImpl;
+    friend class MonitoredRun;
+    friend class detail::Intake;
+    struct State;
+    struct Untold;
+    using BeforeTelling = void (*)(ObservableImpl&);
+
+    Round();
+    ~Round();
+    Q_DISABLE_COPY_MOVE(Round)
+
+    static State& state();
+    /// The round that is being taken in, if any: all changes join it.
+    static Round* open();
+    /// Whether anything has yet to take in a change.
+    static bool isAnyBehind();
+    static void strikeOut(int untold);
+    static void strikeOut(const detail::Intake& intake);
+    static void strikeOut(std::size_t placeOfMonitor);
+
+    void enter(ObservableImpl& observable, const Change& change, BeforeTelling beforeTelling);
+    void enter(detail::Intake& intake);
+    std::size_t enter(MonitoredRun& run);
+    void run();
+    void takeIn();
+    void tellNext(std::size_t place);
+    void runMonitor(std::size_t place);
+    void keepException();
+
+    State& m_state;
+    Round* const m_outer;
+    const std::size_t m_firstUntold;
+    const std::size_t m_firstMonitor;
+    const unsigned m_number;
+    bool m_isOpen = true;
+    bool m_isBeingMade = false; ///< together() is calling the function
+    std::exception_ptr m_thrown;
+};
+
+template <class Function>
+void Round::together(Function&& function)
+{
+    if (open()) {
+        std::forward<Function>(function)();
+        return;
+    }
+    Round round;
+    round.m_isBeingMade = true;
+    try {
+        std::forward<Function>(function)();
+    } catch (...) {
+        round.keepException();
+    }
+    round.m_isBeingMade = false;
+    round.run();
+}
+
+} // namespace iface
