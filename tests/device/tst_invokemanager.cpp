@@ -23,10 +23,60 @@ class TstInvokeManager : public QObject
 
 private Q_SLOTS:
     void initTestCase() { qputenv("PPS_ROOT", m_root.path().toLocal8Bit()); }
-    void handsTheRequestToItsTarget();
-    void answersFalseWhenNobodyListens();
-    void answersFalseWhenTheTargetHangs();
-    void refusesNamesThatAreNoTargets();
+    void handsTheRequestToItsTarget()
+    {
+        ObjectServer target;
+        QVERIFY(target.listen(QStringLiteral("/pps/services/invocation/app.viewer"), nullptr));
+        QSignalSpy received(&target, &ObjectServer::recordReceived);
+        QVERIFY(InvokeManager().invoke(request(QStringLiteral("app.viewer"))));
+        QTRY_COMPARE(received.size(), 1);
+        QCOMPARE(received.first().at(1).toByteArray(),
+                 QByteArray("{\"target\":\"app.viewer\",\"action\":\"open\",\"mimeType\":\"text/plain\","
+                            "\"data\":\"{\\\"a\\\":\\\"\xC3\xA4\\\"}\\n\"}"));
+    }
+
+    void answersFalseWhenNobodyListens()
+    {
+        const SlogCapture log(3);
+        QVERIFY(!InvokeManager().invoke(request(QStringLiteral("app.absent"))));
+        QCOMPARE(log.lines().size(), 1);
+        QVERIFY(log.lines().first().startsWith(QStringLiteral("3: cannot invoke \"app.absent\"")));
+
+        RawServer stale(file(QStringLiteral("app.stale")));
+        QVERIFY(stale.isListening);
+        stale.stop();
+        QVERIFY(!InvokeManager().invoke(request(QStringLiteral("app.stale"))));
+        QCOMPARE(log.lines().size(), 2);
+    }
+
+    void answersFalseWhenTheTargetHangs()
+    {
+        const SlogCapture log(3);
+        const RawServer target(file(QStringLiteral("app.hung")), 0);
+        QVERIFY(InvokeManager().invoke(request(QStringLiteral("app.hung"))));
+        QElapsedTimer timer;
+        timer.start();
+        QVERIFY(!InvokeManager().invoke(request(QStringLiteral("app.hung"))));
+        QVERIFY(timer.elapsed() < 4000);
+        QCOMPARE(log.lines().size(), 1);
+    }
+
+    void refusesNamesThatAreNoTargets()
+    {
+        const SlogCapture log(3);
+        ObjectServer target;
+        QVERIFY(target.listen(QStringLiteral("/pps/services/invocation/app.viewer"), nullptr));
+        const QStringList names{QString(),
+                                QStringLiteral(".."),
+                                QStringLiteral("."),
+                                QStringLiteral("../invocation/app.viewer"),
+                                QStringLiteral("app.viewer") + QChar(0) + u'x',
+                                QString(256, u'x')};
+        for (const QString& name : names)
+            QVERIFY2(!InvokeManager().invoke(request(name)), qPrintable(name));
+        QCOMPARE(log.lines().size(), names.size());
+        QVERIFY(target.clients().isEmpty());
+    }
 
 private:
     static InvokeRequest request(const QString& target)
@@ -45,61 +95,6 @@ private:
 
     QTemporaryDir m_root;
 };
-
-void TstInvokeManager::handsTheRequestToItsTarget()
-{
-    ObjectServer target;
-    QVERIFY(target.listen(QStringLiteral("/pps/services/invocation/app.viewer"), nullptr));
-    QSignalSpy received(&target, &ObjectServer::recordReceived);
-    QVERIFY(InvokeManager().invoke(request(QStringLiteral("app.viewer"))));
-    QTRY_COMPARE(received.size(), 1);
-    QCOMPARE(received.first().at(1).toByteArray(),
-             QByteArray("{\"target\":\"app.viewer\",\"action\":\"open\",\"mimeType\":\"text/plain\","
-                        "\"data\":\"{\\\"a\\\":\\\"\xC3\xA4\\\"}\\n\"}"));
-}
-
-void TstInvokeManager::answersFalseWhenNobodyListens()
-{
-    const SlogCapture log(3);
-    QVERIFY(!InvokeManager().invoke(request(QStringLiteral("app.absent"))));
-    QCOMPARE(log.lines().size(), 1);
-    QVERIFY(log.lines().first().startsWith(QStringLiteral("3: cannot invoke \"app.absent\"")));
-
-    RawServer stale(file(QStringLiteral("app.stale")));
-    QVERIFY(stale.isListening);
-    stale.stop();
-    QVERIFY(!InvokeManager().invoke(request(QStringLiteral("app.stale"))));
-    QCOMPARE(log.lines().size(), 2);
-}
-
-void TstInvokeManager::answersFalseWhenTheTargetHangs()
-{
-    const SlogCapture log(3);
-    const RawServer target(file(QStringLiteral("app.hung")), 0);
-    QVERIFY(InvokeManager().invoke(request(QStringLiteral("app.hung"))));
-    QElapsedTimer timer;
-    timer.start();
-    QVERIFY(!InvokeManager().invoke(request(QStringLiteral("app.hung"))));
-    QVERIFY(timer.elapsed() < 4000);
-    QCOMPARE(log.lines().size(), 1);
-}
-
-void TstInvokeManager::refusesNamesThatAreNoTargets()
-{
-    const SlogCapture log(3);
-    ObjectServer target;
-    QVERIFY(target.listen(QStringLiteral("/pps/services/invocation/app.viewer"), nullptr));
-    const QStringList names{QString(),
-                            QStringLiteral(".."),
-                            QStringLiteral("."),
-                            QStringLiteral("../invocation/app.viewer"),
-                            QStringLiteral("app.viewer") + QChar(0) + u'x',
-                            QString(256, u'x')};
-    for (const QString& name : names)
-        QVERIFY2(!InvokeManager().invoke(request(name)), qPrintable(name));
-    QCOMPARE(log.lines().size(), names.size());
-    QVERIFY(target.clients().isEmpty());
-}
 
 QTEST_GUILESS_MAIN(TstInvokeManager)
 #include "tst_invokemanager.moc"

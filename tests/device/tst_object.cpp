@@ -14,6 +14,7 @@
 #include <fcntl.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 
 using vx::system::ObjectServer;
 
@@ -97,27 +98,360 @@ class TstObject : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void cleanup();
+    void initTestCase()
+    {
+        // The default: a write that raises SIGPIPE ends this program.
+        ::signal(SIGPIPE, SIG_DFL);
+    }
 
-    void carriesRecordsBothWays();
-    void carriesEmptyRecordsNowhere();
-    void givesEachOpenerItsOwnStream();
+    void init()
+    {
+        m_root = std::make_unique<QTemporaryDir>();
+        qputenv("PPS_ROOT", m_root->path().toLocal8Bit());
+        m_threads = threadCount();
+    }
 
-    void failsToOpenWhatIsNotServed();
-    void opensOtherFilesPlainly();
-    void opensAtPathsOfAnyLength();
-    void isClosedOnExec();
+    void cleanup() { QTRY_COMPARE(threadCount(), m_threads); }
 
-    void isQuietWhileTheServerIsAway();
-    void deliversWhatTheServerSaidBeforeItWent();
-    void callsAServerThatHangsUpOnlyNowAndThen();
-    void neverRaisesPipeSignals();
-    void losesOnlyWhatIsPastTheLimitOfAServerThatDoesNotRead();
-    void holdsTheServerBackWhileTheCallerDoesNotRead();
-    void closingEndsTheThreadAndTheConnection();
-    void deliversWhatWasWrittenBeforeClosing();
+    void carriesRecordsBothWays()
+    {
+        EchoServer server;
+        QVERIFY(server.start());
+        const Object object;
+        QVERIFY(object.descriptor >= 0);
+        for (const int size : {4096, 65535, 65536, 65537, 200000, 1}) {
+            const QByteArray record = numbered(size, size);
+            QVERIFY(object.write(record));
+            // What the read has no room for is gone: the next record is the next one.
+            QCOMPARE(object.read(), record.left(65536));
+            QCOMPARE(server.received.last(), record);
+        }
+        QCOMPARE(server.received.size(), 6);
+    }
+
+    void carriesEmptyRecordsNowhere()
+    {
+        makeFolder();
+        RawServer server(file());
+        const Object object;
+        QVERIFY(server.accept());
+        QVERIFY(::send(object.descriptor, "", 0, 0) == 0);
+        QVERIFY(server.send(QByteArray()));
+        QVERIFY(object.write("a"));
+        QVERIFY(server.send("b"));
+        QCOMPARE(server.receive(), QByteArray("a"));
+        QCOMPARE(object.read(), QByteArray("b"));
+    }
+
+    void givesEachOpenerItsOwnStream()
+    {
+        EchoServer server;
+        QVERIFY(server.start());
+        const Object first;
+        const Object second;
+        QTRY_COMPARE(server.clients().size(), 2);
+        QVERIFY(second.write("second"));
+        QVERIFY(first.write("first"));
+        QCOMPARE(first.read(), QByteArray("first"));
+        QCOMPARE(second.read(), QByteArray("second"));
+        QVERIFY(!first.isReadable() && !second.isReadable());
+    }
+
+    void failsToOpenWhatIsNotServed()
+    {
+        QCOMPARE(Object().error, ENOENT);
+        makeFolder();
+        {
+            RawServer server(file());
+            QVERIFY(server.isListening);
+            server.stop();
+            QVERIFY(QFile::exists(file()));
+            QCOMPARE(Object().error, ECONNREFUSED);
+        }
+        {
+            // Nobody accepts, and there is no more room to wait in: a moment's patience, no more.
+            const RawServer server(file(), 0);
+            const Object waiting;
+            QCOMPARE(waiting.error, 0);
+            QElapsedTimer timer;
+            timer.start();
+            QCOMPARE(Object().error, ETIMEDOUT);
+            QVERIFY(timer.elapsed() < 4000);
+        }
+        QCOMPARE(Object(nullptr).error, EINVAL);
+    }
+
+    void opensOtherFilesPlainly()
+    {
+        makeFolder();
+        QVERIFY(::mkfifo(QFile::encodeName(file()).constData(), 0600) == 0);
+        const Object object(objectPath, O_RDWR);
+        QVERIFY(object.write("pipe"));
+        QCOMPARE(object.read(), QByteArray("pipe"));
+        QCOMPARE(threadCount(), m_threads);
+        // The root belongs to the first name alone, not to one that begins like it; unset, paths are taken as they
+        // stand.
+        QVERIFY(QDir().mkpath(m_root->filePath(QStringLiteral("x"))));
+        QCOMPARE(Object("/ppsx", O_RDONLY).error, ENOENT);
+        QCOMPARE(Object("/pps/x", O_RDONLY | O_DIRECTORY).error, 0);
+        QCOMPARE(Object(QFile::encodeName(m_root->path()).constData(), O_RDONLY | O_DIRECTORY).error, 0);
+        qunsetenv("PPS_ROOT");
+        QCOMPARE(Object("/pps/x", O_RDONLY | O_DIRECTORY).error, ENOENT);
+    }
+
+    void opensAtPathsOfAnyLength()
+    {
+        qputenv("PPS_ROOT", m_root->filePath(QString(100, u'r')).toLocal8Bit());
+        const QByteArray name = "/pps/" + QByteArray(120, 'd') + '/' + QByteArray(200, 'o');
+        EchoServer server;
+        QString error;
+        QVERIFY2(server.listen(QString::fromLatin1(name), &error), qPrintable(error));
+        QVERIFY(server.path().endsWith(QString(200, u'o')));
+        const Object object(name.constData());
+        QCOMPARE(object.error, 0);
+        QVERIFY(object.write("far"));
+        QCOMPARE(object.read(), QByteArray("far"));
+        server.close();
+        QVERIFY(!QFile::exists(server.path()));
+        QVERIFY(server.listen(QString::fromLatin1(name), &error));
+        QSignalSpy connected(&server, &ObjectServer::clientConnected);
+        QVERIFY(connected.wait());
+    }
+
+    void isClosedOnExec()
+    {
+        EchoServer server;
+        QVERIFY(server.start());
+        const Object object;
+        QTRY_COMPARE(server.clients().size(), 1);
+        int sockets = 0;
+        for (int descriptor = 3; descriptor < 100; ++descriptor) {
+            struct stat status;
+            if (::fstat(descriptor, &status) != 0 || !S_ISSOCK(status.st_mode))
+                continue;
+            ++sockets;
+            QVERIFY(::fcntl(descriptor, F_GETFD) & FD_CLOEXEC);
+        }
+        QVERIFY(sockets >= 4);
+    }
+
+    void isQuietWhileTheServerIsAway()
+    {
+        EchoServer server;
+        QVERIFY(server.start());
+        const Object object;
+        for (int round = 0; round < 3; ++round) {
+            QVERIFY(object.write("before"));
+            QCOMPARE(object.read(), QByteArray("before"));
+            server.close();
+            QVERIFY(object.write("lost"));
+            QVERIFY(!QTest::qWaitFor([&] { return object.isReadable(); }, 50));
+            server.received.clear();
+
+            QSignalSpy connected(&server, &ObjectServer::clientConnected);
+            QVERIFY(server.start());
+            QVERIFY(connected.wait(1500));
+            QVERIFY(object.write("after"));
+            QCOMPARE(object.read(), QByteArray("after"));
+            QCOMPARE(server.received, QList<QByteArray>{"after"});
+        }
+    }
+
+    void deliversWhatTheServerSaidBeforeItWent()
+    {
+        makeFolder();
+        RawServer server(file());
+        const Object object;
+        QVERIFY(server.accept());
+        // As much as is taken while the caller does not read; and the server does not read before it goes.
+        const timeval patience = {0, 200000};
+        QCOMPARE(::setsockopt(server.client(), SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience), 0);
+        int said = 0;
+        while (said < 1000 && server.send(numbered(said, 35000)))
+            ++said;
+        QVERIFY(object.write("unread"));
+        QTRY_COMPARE(object.waiting(), 0);
+        server.stop();
+        for (int i = 0; i < said; ++i)
+            QCOMPARE(object.read(), numbered(i, 35000));
+    }
+
+    void picksUpAServiceThatRestartsWhileTheCallerIsBusy()
+    {
+        makeFolder();
+        RawServer server(file());
+        const Object object;
+        QVERIFY(server.accept());
+        // Twice, and the second is read only after all that the first said.
+        const timeval patience = {0, 200000};
+        int said = 0;
+        for (int round = 0; round < 2; ++round) {
+            QCOMPARE(::setsockopt(server.client(), SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience), 0);
+            for (const int until = said + 1000; said < until && server.send(numbered(said, 35000));)
+                ++said;
+            if (round == 0) {
+                server.hangUp();
+                QVERIFY(server.accept());
+                QVERIFY(object.write("heard"));
+                QCOMPARE(server.receive(), QByteArray("heard"));
+            }
+        }
+        server.hangUp();
+        for (int i = 0; i < said; ++i)
+            QCOMPARE(object.read(), numbered(i, 35000));
+        QVERIFY(server.accept());
+        QVERIFY(object.write("again"));
+        QCOMPARE(server.receive(), QByteArray("again"));
+    }
+
+    void callsAServerThatHangsUpOnlyNowAndThen()
+    {
+        makeFolder();
+        RawServer server(file());
+        const Object object;
+        QElapsedTimer timer;
+        timer.start();
+        int calls = 0;
+        for (; calls < 4; ++calls)
+            QVERIFY(server.accept());
+        // The first call is the opening; the others come one by one.
+        QVERIFY2(timer.elapsed() >= 500, qPrintable(QString::number(timer.elapsed())));
+    }
+
+    void neverRaisesPipeSignals()
+    {
+        makeFolder();
+        RawServer server(file());
+        const Object object;
+        QVERIFY(server.accept());
+        ::shutdown(server.client(), SHUT_RDWR);
+        for (int i = 0; i < 100; ++i) {
+            QVERIFY(object.write("into the dark"));
+            if (i == 50)
+                server.stop();
+        }
+        QVERIFY(!object.isReadable());
+    }
+
+    void losesOnlyWhatIsPastTheLimitOfAServerThatDoesNotRead()
+    {
+        constexpr int size = 50000;
+        constexpr int count = 200;
+        makeFolder();
+        RawServer server(file());
+        const Object object;
+        QVERIFY(server.accept());
+        QElapsedTimer timer;
+        timer.start();
+        for (int i = 0; i < count; ++i)
+            QVERIFY(object.write(numbered(i, size)));
+        QVERIFY(timer.elapsed() < 5000);
+
+        // Before any room is made, or the last ones would find it.
+        QTRY_COMPARE(object.waiting(), 0);
+        int received = 0;
+        for (QByteArray record = server.receive(); !record.isEmpty(); record = server.receive(500))
+            QCOMPARE(record, numbered(received++, size));
+        // The queue's 1 MiB and what the kernel holds, in order and without a gap.
+        QVERIFY2(received >= 1024 * 1024 / (size + 64) && received < 60, qPrintable(QString::number(received)));
+        QVERIFY(object.write("still there"));
+        QCOMPARE(server.receive(), QByteArray("still there"));
+    }
+
+    void holdsTheServerBackWhileTheCallerDoesNotRead()
+    {
+        constexpr int size = 50000;
+        constexpr int count = 400;
+        ObjectServer server;
+        QVERIFY(server.listen(QString::fromLatin1(objectPath), nullptr));
+        server.setQueueLimit(qint64(size) * count);
+        const Object object;
+        QTRY_COMPARE(server.clients().size(), 1);
+        for (int i = 0; i < count; ++i)
+            QVERIFY(server.send(server.clients().first(), numbered(i, size)));
+        // Meanwhile the other direction is free.
+        QSignalSpy received(&server, &ObjectServer::recordReceived);
+        QVERIFY(object.write("ask"));
+        QTRY_COMPARE(received.size(), 1);
+        for (int i = 0; i < count; ++i)
+            QCOMPARE(object.read(), numbered(i, size));
+    }
+
+    void aChildOfTheProcessHasNoPartInIt()
+    {
+        EchoServer server;
+        QVERIFY(server.start());
+        Object object;
+        QTRY_COMPARE(server.clients().size(), 1);
+        int stop[2];
+        QVERIFY(::pipe2(stop, O_CLOEXEC) == 0);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            ::signal(SIGALRM, SIG_DFL);
+            ::alarm(10);
+            for (int i = 0; i < 1000; ++i) {
+                if (::write(object.descriptor, "from the child", 14) >= 0)
+                    ::_exit(1);
+            }
+            if (object.isReadable())
+                ::_exit(2);
+            ::close(stop[1]);
+            char byte;
+            ::_exit(::read(stop[0], &byte, 1) == 0 ? 0 : 3);
+        }
+        QVERIFY(object.write("from the parent"));
+        QCOMPARE(object.read(), QByteArray("from the parent"));
+        QCOMPARE(server.received, QList<QByteArray>{"from the parent"});
+        // The connection ends with the parent's descriptor, whatever the child does.
+        object.close();
+        QTRY_VERIFY(server.clients().isEmpty());
+        ::close(stop[1]);
+        ::close(stop[0]);
+        int status = -1;
+        QCOMPARE(::waitpid(child, &status, 0), child);
+        QCOMPARE(status, 0);
+    }
+
+    void closingEndsTheThreadAndTheConnection()
+    {
+        ObjectServer server;
+        QVERIFY(server.listen(QString::fromLatin1(objectPath), nullptr));
+        QSignalSpy disconnected(&server, &ObjectServer::clientDisconnected);
+        Object object;
+        QTRY_COMPARE(server.clients().size(), 1);
+        QCOMPARE(threadCount(), m_threads + 1);
+        object.close();
+        QTRY_COMPARE(disconnected.size(), 1);
+        QTRY_COMPARE(threadCount(), m_threads);
+
+        // Also while the server is away.
+        Object again;
+        server.close();
+        again.close();
+        QTRY_COMPARE(threadCount(), m_threads);
+    }
+
+    void deliversWhatWasWrittenBeforeClosing()
+    {
+        EchoServer server;
+        QVERIFY(server.start());
+        Object object;
+        QTRY_COMPARE(server.clients().size(), 1);
+        QVERIFY(server.send(server.clients().first(), "unread"));
+        QTRY_VERIFY(object.isReadable());
+        for (int i = 0; i < 30; ++i)
+            QVERIFY(object.write(numbered(i, 1000)));
+        // Longer than one read of the library, and still whole.
+        QVERIFY(object.write(numbered(30, 400000)));
+        // More than a socket holds: the service, busy here, has not taken it by the time of closing.
+        for (int i = 31; i < 36; ++i)
+            QVERIFY(object.write(numbered(i, 100000)));
+        object.close();
+        QTRY_COMPARE(server.received.size(), 36);
+        QCOMPARE(server.received.at(30), numbered(30, 400000));
+        QCOMPARE(server.received.last(), numbered(35, 100000));
+        QTRY_COMPARE(server.clients().size(), 0);
+    }
 
 private:
     QString file() const { return QString::fromLatin1(qgetenv("PPS_ROOT")) + QStringLiteral("/services/test/object"); }
@@ -126,300 +460,6 @@ private:
     std::unique_ptr<QTemporaryDir> m_root;
     int m_threads = 0;
 };
-
-void TstObject::initTestCase()
-{
-    // The default: a write that raises SIGPIPE ends this program.
-    ::signal(SIGPIPE, SIG_DFL);
-}
-
-void TstObject::init()
-{
-    m_root = std::make_unique<QTemporaryDir>();
-    qputenv("PPS_ROOT", m_root->path().toLocal8Bit());
-    m_threads = threadCount();
-}
-
-void TstObject::cleanup()
-{
-    QTRY_COMPARE(threadCount(), m_threads);
-}
-
-void TstObject::carriesRecordsBothWays()
-{
-    EchoServer server;
-    QVERIFY(server.start());
-    const Object object;
-    QVERIFY(object.descriptor >= 0);
-    for (const int size : {4096, 65535, 65536, 65537, 200000, 1}) {
-        const QByteArray record = numbered(size, size);
-        QVERIFY(object.write(record));
-        // What the read has no room for is gone: the next record is the next one.
-        QCOMPARE(object.read(), record.left(65536));
-        QCOMPARE(server.received.last(), record);
-    }
-    QCOMPARE(server.received.size(), 6);
-}
-
-void TstObject::carriesEmptyRecordsNowhere()
-{
-    makeFolder();
-    RawServer server(file());
-    const Object object;
-    QVERIFY(server.accept());
-    QVERIFY(::send(object.descriptor, "", 0, 0) == 0);
-    QVERIFY(server.send(QByteArray()));
-    QVERIFY(object.write("a"));
-    QVERIFY(server.send("b"));
-    QCOMPARE(server.receive(), QByteArray("a"));
-    QCOMPARE(object.read(), QByteArray("b"));
-}
-
-void TstObject::givesEachOpenerItsOwnStream()
-{
-    EchoServer server;
-    QVERIFY(server.start());
-    const Object first;
-    const Object second;
-    QTRY_COMPARE(server.clients().size(), 2);
-    QVERIFY(second.write("second"));
-    QVERIFY(first.write("first"));
-    QCOMPARE(first.read(), QByteArray("first"));
-    QCOMPARE(second.read(), QByteArray("second"));
-    QVERIFY(!first.isReadable() && !second.isReadable());
-}
-
-void TstObject::failsToOpenWhatIsNotServed()
-{
-    QCOMPARE(Object().error, ENOENT);
-    makeFolder();
-    {
-        RawServer server(file());
-        QVERIFY(server.isListening);
-        server.stop();
-        QVERIFY(QFile::exists(file()));
-        QCOMPARE(Object().error, ECONNREFUSED);
-    }
-    {
-        // Nobody accepts, and there is no more room to wait in: a moment's patience, no more.
-        const RawServer server(file(), 0);
-        const Object waiting;
-        QCOMPARE(waiting.error, 0);
-        QElapsedTimer timer;
-        timer.start();
-        QCOMPARE(Object().error, ETIMEDOUT);
-        QVERIFY(timer.elapsed() < 4000);
-    }
-    QCOMPARE(Object(nullptr).error, EINVAL);
-}
-
-void TstObject::opensOtherFilesPlainly()
-{
-    makeFolder();
-    QVERIFY(::mkfifo(QFile::encodeName(file()).constData(), 0600) == 0);
-    const Object object(objectPath, O_RDWR);
-    QVERIFY(object.write("pipe"));
-    QCOMPARE(object.read(), QByteArray("pipe"));
-    QCOMPARE(threadCount(), m_threads);
-    // The root belongs to the first name alone, not to one that begins like it; unset, paths are taken as they stand.
-    QVERIFY(QDir().mkpath(m_root->filePath(QStringLiteral("x"))));
-    QCOMPARE(Object("/ppsx", O_RDONLY).error, ENOENT);
-    QCOMPARE(Object("/pps/x", O_RDONLY | O_DIRECTORY).error, 0);
-    QCOMPARE(Object(QFile::encodeName(m_root->path()).constData(), O_RDONLY | O_DIRECTORY).error, 0);
-    qunsetenv("PPS_ROOT");
-    QCOMPARE(Object("/pps/x", O_RDONLY | O_DIRECTORY).error, ENOENT);
-}
-
-void TstObject::opensAtPathsOfAnyLength()
-{
-    qputenv("PPS_ROOT", m_root->filePath(QString(100, u'r')).toLocal8Bit());
-    const QByteArray name = "/pps/" + QByteArray(120, 'd') + '/' + QByteArray(200, 'o');
-    EchoServer server;
-    QString error;
-    QVERIFY2(server.listen(QString::fromLatin1(name), &error), qPrintable(error));
-    QVERIFY(server.path().endsWith(QString(200, u'o')));
-    const Object object(name.constData());
-    QCOMPARE(object.error, 0);
-    QVERIFY(object.write("far"));
-    QCOMPARE(object.read(), QByteArray("far"));
-    server.close();
-    QVERIFY(!QFile::exists(server.path()));
-    QVERIFY(server.listen(QString::fromLatin1(name), &error));
-    QSignalSpy connected(&server, &ObjectServer::clientConnected);
-    QVERIFY(connected.wait());
-}
-
-void TstObject::isClosedOnExec()
-{
-    EchoServer server;
-    QVERIFY(server.start());
-    const Object object;
-    QTRY_COMPARE(server.clients().size(), 1);
-    int sockets = 0;
-    for (int descriptor = 3; descriptor < 100; ++descriptor) {
-        struct stat status;
-        if (::fstat(descriptor, &status) != 0 || !S_ISSOCK(status.st_mode))
-            continue;
-        ++sockets;
-        QVERIFY(::fcntl(descriptor, F_GETFD) & FD_CLOEXEC);
-    }
-    QVERIFY(sockets >= 4);
-}
-
-void TstObject::isQuietWhileTheServerIsAway()
-{
-    EchoServer server;
-    QVERIFY(server.start());
-    const Object object;
-    for (int round = 0; round < 3; ++round) {
-        QVERIFY(object.write("before"));
-        QCOMPARE(object.read(), QByteArray("before"));
-        server.close();
-        QVERIFY(object.write("lost"));
-        QVERIFY(!QTest::qWaitFor([&] { return object.isReadable(); }, 50));
-        server.received.clear();
-
-        QSignalSpy connected(&server, &ObjectServer::clientConnected);
-        QVERIFY(server.start());
-        QVERIFY(connected.wait(1500));
-        QVERIFY(object.write("after"));
-        QCOMPARE(object.read(), QByteArray("after"));
-        QCOMPARE(server.received, QList<QByteArray>{"after"});
-    }
-}
-
-void TstObject::deliversWhatTheServerSaidBeforeItWent()
-{
-    makeFolder();
-    RawServer server(file());
-    const Object object;
-    QVERIFY(server.accept());
-    // As much as is taken while the caller does not read; and the server does not read before it goes.
-    const timeval patience = {0, 200000};
-    QCOMPARE(::setsockopt(server.client(), SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience), 0);
-    int said = 0;
-    while (said < 1000 && server.send(numbered(said, 35000)))
-        ++said;
-    QVERIFY(object.write("unread"));
-    QTRY_COMPARE(object.waiting(), 0);
-    server.stop();
-    for (int i = 0; i < said; ++i)
-        QCOMPARE(object.read(), numbered(i, 35000));
-}
-
-void TstObject::callsAServerThatHangsUpOnlyNowAndThen()
-{
-    makeFolder();
-    RawServer server(file());
-    const Object object;
-    QElapsedTimer timer;
-    timer.start();
-    int calls = 0;
-    for (; calls < 4; ++calls)
-        QVERIFY(server.accept());
-    // The first call is the opening; the others come one by one.
-    QVERIFY2(timer.elapsed() >= 500, qPrintable(QString::number(timer.elapsed())));
-}
-
-void TstObject::neverRaisesPipeSignals()
-{
-    makeFolder();
-    RawServer server(file());
-    const Object object;
-    QVERIFY(server.accept());
-    ::shutdown(server.client(), SHUT_RDWR);
-    for (int i = 0; i < 100; ++i) {
-        QVERIFY(object.write("into the dark"));
-        if (i == 50)
-            server.stop();
-    }
-    QVERIFY(!object.isReadable());
-}
-
-void TstObject::losesOnlyWhatIsPastTheLimitOfAServerThatDoesNotRead()
-{
-    constexpr int size = 50000;
-    constexpr int count = 200;
-    makeFolder();
-    RawServer server(file());
-    const Object object;
-    QVERIFY(server.accept());
-    QElapsedTimer timer;
-    timer.start();
-    for (int i = 0; i < count; ++i)
-        QVERIFY(object.write(numbered(i, size)));
-    QVERIFY(timer.elapsed() < 5000);
-
-    // Before any room is made, or the last ones would find it.
-    QTRY_COMPARE(object.waiting(), 0);
-    int received = 0;
-    for (QByteArray record = server.receive(); !record.isEmpty(); record = server.receive(500))
-        QCOMPARE(record, numbered(received++, size));
-    // The queue's 1 MiB and what the kernel holds, in order and without a gap.
-    QVERIFY2(received >= 1024 * 1024 / (size + 64) && received < 60, qPrintable(QString::number(received)));
-    QVERIFY(object.write("still there"));
-    QCOMPARE(server.receive(), QByteArray("still there"));
-}
-
-void TstObject::holdsTheServerBackWhileTheCallerDoesNotRead()
-{
-    constexpr int size = 50000;
-    constexpr int count = 400;
-    ObjectServer server;
-    QVERIFY(server.listen(QString::fromLatin1(objectPath), nullptr));
-    server.setQueueLimit(qint64(size) * count);
-    const Object object;
-    QTRY_COMPARE(server.clients().size(), 1);
-    for (int i = 0; i < count; ++i)
-        QVERIFY(server.send(server.clients().first(), numbered(i, size)));
-    // Meanwhile the other direction is free.
-    QSignalSpy received(&server, &ObjectServer::recordReceived);
-    QVERIFY(object.write("ask"));
-    QTRY_COMPARE(received.size(), 1);
-    for (int i = 0; i < count; ++i)
-        QCOMPARE(object.read(), numbered(i, size));
-}
-
-void TstObject::closingEndsTheThreadAndTheConnection()
-{
-    ObjectServer server;
-    QVERIFY(server.listen(QString::fromLatin1(objectPath), nullptr));
-    QSignalSpy disconnected(&server, &ObjectServer::clientDisconnected);
-    Object object;
-    QTRY_COMPARE(server.clients().size(), 1);
-    QCOMPARE(threadCount(), m_threads + 1);
-    object.close();
-    QTRY_COMPARE(disconnected.size(), 1);
-    QTRY_COMPARE(threadCount(), m_threads);
-
-    // Also while the server is away.
-    Object again;
-    server.close();
-    again.close();
-    QTRY_COMPARE(threadCount(), m_threads);
-}
-
-void TstObject::deliversWhatWasWrittenBeforeClosing()
-{
-    EchoServer server;
-    QVERIFY(server.start());
-    Object object;
-    QTRY_COMPARE(server.clients().size(), 1);
-    QVERIFY(server.send(server.clients().first(), "unread"));
-    QTRY_VERIFY(object.isReadable());
-    for (int i = 0; i < 30; ++i)
-        QVERIFY(object.write(numbered(i, 1000)));
-    // Longer than one read of the library, and still whole.
-    QVERIFY(object.write(numbered(30, 400000)));
-    // More than a socket holds: the service, busy here, has not taken it by the time of closing.
-    for (int i = 31; i < 36; ++i)
-        QVERIFY(object.write(numbered(i, 100000)));
-    object.close();
-    QTRY_COMPARE(server.received.size(), 36);
-    QCOMPARE(server.received.at(30), numbered(30, 400000));
-    QCOMPARE(server.received.last(), numbered(35, 100000));
-    QTRY_COMPARE(server.clients().size(), 0);
-}
 
 QTEST_GUILESS_MAIN(TstObject)
 #include "tst_object.moc"

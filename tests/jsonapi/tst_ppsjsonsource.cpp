@@ -38,6 +38,7 @@ private Q_SLOTS:
     void readersDoNotDisturbEachOther();
     void invalidReadersFailQuietly();
     void readsSeveralFieldsAtOnce();
+    void readsEveryTextWhole();
     void showsAllMembersInOrder();
     void anAttributeWithoutASourceIsLoggedAndInvalid();
 };
@@ -139,6 +140,29 @@ void TstPpsJsonSource::readsSeveralFieldsAtOnce()
     QVERIFY(!empty.isNull());
     QVERIFY(root["m"].object()["text"].read(empty));
     QCOMPARE(empty, text);
+}
+
+void TstPpsJsonSource::readsEveryTextWhole()
+{
+    for (const QString& piece : {u"a"_qs, u"\uFEFF"_qs, u"\u00E9"_qs, u"\u65E5"_qs, u"\U0001F600"_qs}) {
+        for (const int count : {1, 2, 60, 256, 257, 1000}) {
+            const QString text = piece.repeated(count) + u"z\uFEFF"_qs;
+            Message message("[\"" + text.toUtf8() + "\"]");
+            zel::PpsJsonSource source(&message.decoder);
+            QString read;
+            QVERIFY(source.startParsing().readString(0, read));
+            QCOMPARE(read, text);
+        }
+    }
+    // An attribute may hold any bytes; more of them become characters than in any text.
+    const QByteArray bytes(300, '\x80');
+    pps_decoder_t decoder = {};
+    pps_decoder_initialize(&decoder, ("raw:b64:" + bytes.toBase64()).constData());
+    zel::PpsJsonSource source(&decoder);
+    QString read;
+    QVERIFY(source.startParsing().readString("raw", read));
+    QCOMPARE(read, QString(300, QChar::ReplacementCharacter));
+    pps_decoder_cleanup(&decoder);
 }
 
 void TstPpsJsonSource::showsAllMembersInOrder()

@@ -69,15 +69,19 @@ void TstPPSManager::dispatchesTheFirstMember()
     };
     m_manager->addListener(&owner, QStringLiteral("m"), hear);
     m_manager->addListener(&owner, QStringLiteral("other"), hear);
-    const QStringList texts{QStringLiteral("@platform\nmsg::zel\ndat:json:{\"m\":{\"a\":\"1\"}}\nx:n:1\n"),
-                            QStringLiteral("@platform\ndat:json:{\"m\":{\"a\":\"2\"},\"other\":{}}\n"),
-                            QStringLiteral("@x\ndat:json:{\"other\":{}}\n@platform\ndat:json:{\"m\":{\"a\":\"3\"}}")};
+    const QStringList texts{
+        QStringLiteral("@platform\nmsg::zel\ndat:json:{\"m\":{\"a\":\"1\"}}\nx:n:1\n"),
+        QStringLiteral("@platform\ndat:json:{\"m\":{\"a\":\"2\"},\"other\":{}}\n"),
+        QStringLiteral("@x\ndat:json:{\"other\":{}}\n@platform\ndat:json:{\"m\":{\"a\":\"3\"}}"),
+        // What is broken beside it costs nothing.
+        QStringLiteral("@x\nno form\n@platform\nbad:json:{\ndat:json:{\"m\":{\"n\":1e309,\"b\":[99999999999999999999],"
+                       "\"a\":\"4\"}}\nworse:n:x\n")};
     for (const QString& text : texts)
         m_manager->dispatchMessageReceived(text);
-    QCOMPARE(heard.join(u' '), QStringLiteral("1 2 3"));
+    QCOMPARE(heard.join(u' '), QStringLiteral("1 2 3 4"));
     m_manager->removeListeners(&owner);
     m_manager->dispatchMessageReceived(texts.first());
-    QCOMPARE(heard.size(), 3);
+    QCOMPARE(heard.size(), 4);
 }
 
 void TstPPSManager::dropsWhatItCannotDecode()

@@ -76,14 +76,13 @@ std::string temporaryName()
 
 } // namespace
 
-// Makes a socket that listens under a name of its own.
-bool ListeningSocket::prepare(const std::string& folder, const std::string& name)
+// Makes a socket that listens under a name of its own; `file` is the two together.
+bool ListeningSocket::prepare(const std::string& folder, const std::string& name, const std::string& file)
 {
     const SocketAddress address = SocketAddress::inFolder(folder, name);
     if (!address.isValid())
         return false;
     m_socket.reset(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    const std::string file = folder + '/' + name;
     struct stat status;
     // The socket's own mode is what its file is made with, so that it is private from the first moment.
     if (!m_socket || ::fchmod(m_socket.get(), 0600) == -1 ||
@@ -119,20 +118,21 @@ bool ListeningSocket::open(const std::string& path, std::string* reason)
     ::flock(lock.get(), LOCK_EX);
     if (!makeRoom(path, reason))
         return false;
-    const std::string temporary = temporaryName();
-    if (!prepare(folder, temporary)) {
-        *reason = path + ": " + std::strerror(errno);
-        m_socket.reset();
-        return false;
-    }
-    if (!moveWithoutReplacing(folder + '/' + temporary, path)) {
-        *reason = errno == EEXIST ? path + " is served already" : path + ": " + std::strerror(errno);
-        ::unlink((folder + '/' + temporary).c_str());
-        m_socket.reset();
-        return false;
-    }
+    // Whatever may run out of memory comes before there is anything to be left behind.
     m_path = path;
-    return true;
+    const std::string ownName = temporaryName();
+    const std::string temporary = folder + '/' + ownName;
+    if (prepare(folder, ownName, temporary)) {
+        if (moveWithoutReplacing(temporary, path))
+            return true;
+        const int savedError = errno;
+        ::unlink(temporary.c_str());
+        errno = savedError;
+    }
+    m_socket.reset();
+    m_path.clear();
+    *reason = errno == EEXIST ? path + " is served already" : path + ": " + std::strerror(errno);
+    return false;
 }
 
 void ListeningSocket::close()

@@ -29,7 +29,7 @@ public:
     const std::string& path() const { return m_path; }
 
 private:
-    bool prepare(const std::string& folder, const std::string& name);
+    bool prepare(const std::string& folder, const std::string& name, const std::string& file);
 
     Descriptor m_socket;
     std::string m_path;

@@ -100,6 +100,16 @@ size_t longestRecord()
     return static_cast<size_t>(askedBuffer) * 2;
 }
 
+size_t longestRecord(int socket)
+{
+    // What the kernel keeps of a socket's buffer for itself.
+    constexpr int reserved = 32;
+    int buffer = 0;
+    socklen_t size = sizeof buffer;
+    const bool isKnown = ::getsockopt(socket, SOL_SOCKET, SO_SNDBUF, &buffer, &size) == 0 && buffer > reserved;
+    return isKnown ? static_cast<size_t>(buffer - reserved) : longestRecord();
+}
+
 bool mayReadOn(int error)
 {
     return error == EAGAIN || error == EINTR || error == ECONNRESET;

@@ -44,6 +44,8 @@ Descriptor connectToObject(const std::string& path, std::chrono::milliseconds ti
 void allowLongRecords(int socket);
 // No record is longer than this.
 size_t longestRecord();
+// The longest that can ever be sent through this socket.
+size_t longestRecord(int socket);
 
 // Whether reading may go on after it failed with this error. When the other side closes with words of ours unread, that
 // is told once, as an error, before what it had said itself can be read.

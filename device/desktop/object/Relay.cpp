@@ -4,6 +4,7 @@
 #include "ObjectSocket.h"
 
 #include <algorithm>
+#include <new>
 
 #include <sys/ioctl.h>
 #include <sys/socket.h>
@@ -30,25 +31,22 @@ Relay::Relay(Descriptor caller, Descriptor server, std::string path)
     , m_path(std::move(path))
     , m_bufferSize(longestRecord())
     , m_buffer(new char[m_bufferSize])
+    , m_held(new char[m_bufferSize])
 {
 }
 
 void Relay::run()
 {
     for (;;) {
-        pollfd ends[2];
+        pollfd ends[3];
         preparePoll(ends);
-        if (::poll(ends, 2, timeout()) < 0)
+        if (::poll(ends, 3, timeout()) < 0)
             continue;
-        // What the server said before it went counts, so its side comes first, and while a record is held for the
-        // caller the server stays, if only to be read to its end.
-        if (ends[1].revents & POLLIN)
-            takeFromServer();
-        else if (ends[1].revents & gone)
-            m_held.empty() ? dropServer() : clearQueue();
-        else if (ends[1].revents & POLLOUT)
-            flushQueue();
-        if (ends[0].revents & POLLOUT)
+        // What a server said before it went counts, so its side comes first.
+        if (ends[2].revents && !takeFrom(m_former))
+            m_former.reset();
+        heedServer(ends[1].revents);
+        if (isHolding() && ends[0].revents & POLLOUT)
             passHeld();
         if (ends[0].revents & (POLLIN | gone)) {
             m_isPassing = true;
@@ -91,13 +89,39 @@ bool Relay::isDrained() const
     return ::ioctl(m_caller.get(), FIONREAD, &unread) == -1 || (unread == 0 && !m_isPassing);
 }
 
-void Relay::preparePoll(pollfd (&ends)[2]) const
+void Relay::closeInChild() const
 {
-    const bool isHolding = !m_held.empty();
-    ends[0] = {m_caller.get(), static_cast<short>(POLLIN | (isHolding ? POLLOUT : 0)), 0};
-    const short wanted = static_cast<short>((isHolding ? 0 : POLLIN) | (m_queue.empty() ? 0 : POLLOUT));
-    // A hang-up is reported even to who asks for nothing, again and again: with nothing wanted do not look at all.
-    ends[1] = {wanted ? m_server.get() : -1, wanted, 0};
+    for (const Descriptor* const descriptor : {&m_caller, &m_server, &m_former}) {
+        if (*descriptor)
+            ::close(descriptor->get());
+    }
+}
+
+void Relay::preparePoll(pollfd (&ends)[3]) const
+{
+    ends[0] = {m_caller.get(), static_cast<short>(POLLIN | (isHolding() ? POLLOUT : 0)), 0};
+    const bool mayRead = !isHolding() && !m_former;
+    const short wanted = static_cast<short>((mayRead ? POLLIN : 0) | (m_queue.empty() ? 0 : POLLOUT));
+    // A hang-up is reported even to who asks for nothing, again and again: with nothing wanted, and one server to be
+    // read to its end already, do not look at all.
+    ends[1] = {wanted || !m_former ? m_server.get() : -1, wanted, 0};
+    ends[2] = {isHolding() ? -1 : m_former.get(), POLLIN, 0};
+}
+
+void Relay::heedServer(short events)
+{
+    if (events & POLLIN) {
+        if (!takeFrom(m_server))
+            dropServer();
+    } else if (events & gone) {
+        if (m_former)
+            return clearQueue();
+        if (isHolding())
+            m_former = std::move(m_server);
+        dropServer();
+    } else if (events & POLLOUT) {
+        flushQueue();
+    }
 }
 
 int Relay::timeout() const
@@ -134,28 +158,23 @@ bool Relay::takeFromCaller()
     return true;
 }
 
-void Relay::takeFromServer()
+// False when the server will never say anything again.
+bool Relay::takeFrom(const Descriptor& server)
 {
-    const ssize_t size = ::recv(m_server.get(), m_buffer.get(), m_bufferSize, MSG_DONTWAIT);
-    if (size < 0) {
-        if (!mayReadOn(errno))
-            dropServer();
-        return;
-    }
-    if (size == 0) {
-        if (isHungUp(m_server.get()))
-            dropServer();
-        return;
-    }
-    const auto length = static_cast<size_t>(size);
-    if (send(m_caller.get(), m_buffer.get(), length) == Sent::NotNow)
-        m_held.assign(m_buffer.get(), m_buffer.get() + length);
+    const ssize_t size = ::recv(server.get(), m_held.get(), m_bufferSize, MSG_DONTWAIT);
+    if (size < 0)
+        return mayReadOn(errno);
+    if (size == 0)
+        return !isHungUp(server.get());
+    m_heldSize = static_cast<size_t>(size);
+    passHeld();
+    return true;
 }
 
 void Relay::passHeld()
 {
-    if (!m_held.empty() && send(m_caller.get(), m_held.data(), m_held.size()) != Sent::NotNow)
-        m_held = Record();
+    if (send(m_caller.get(), m_held.get(), m_heldSize) != Sent::NotNow)
+        m_heldSize = 0;
 }
 
 void Relay::flushQueue()
@@ -173,8 +192,12 @@ void Relay::enqueue(const char* data, size_t size)
 {
     if (m_queuedBytes + size + recordCost > queueLimit)
         return;
-    m_queue.emplace_back(data, data + size);
-    m_queuedBytes += size + recordCost;
+    try {
+        m_queue.emplace_back(data, data + size);
+        m_queuedBytes += size + recordCost;
+    } catch (const std::bad_alloc&) {
+        // No room is no room, whatever the limit says.
+    }
 }
 
 void Relay::clearQueue()
@@ -197,7 +220,11 @@ void Relay::reconnect()
         return;
     m_lastAttempt = now;
     // Without waiting: meanwhile nobody would take what the caller writes.
-    m_server = connectToObject(m_path, std::chrono::milliseconds(0));
+    try {
+        m_server = connectToObject(m_path, std::chrono::milliseconds(0));
+    } catch (const std::bad_alloc&) {
+        // Another time, then.
+    }
 }
 
 } // namespace device

@@ -17,7 +17,9 @@
 #include <climits>
 #include <csignal>
 #include <fcntl.h>
+#include <pthread.h>
 #include <sys/stat.h>
+#include <sys/timerfd.h>
 
 using device::Descriptor;
 using device::Relay;
@@ -36,7 +38,8 @@ std::string absolute(const std::string& path)
 }
 
 // The relays at work. A program may write its last words and end at once, and its threads with it: so the end waits, a
-// moment at most, until what was written is on its way.
+// moment at most, until what was written is on its way. A child that goes on without another program's code has the
+// descriptors of its parent, and no threads: its objects are put out of use.
 class Relays
 {
 public:
@@ -47,21 +50,53 @@ public:
         return *relays;
     }
 
-    void add(Relay* relay)
+    // `descriptor` is the caller's end.
+    void add(Relay* relay, int descriptor)
     {
+        const Opened opened = {relay, descriptor, inodeOf(descriptor)};
         const std::lock_guard lock(m_mutex);
-        m_relays.push_back(relay);
+        m_opened.push_back(opened);
     }
     void remove(Relay* relay)
     {
         const std::lock_guard lock(m_mutex);
-        m_relays.remove(relay);
+        m_opened.remove_if([relay](const Opened& opened) { return opened.relay == relay; });
     }
 
 private:
+    struct Opened
+    {
+        Relay* relay;
+        int descriptor;
+        ino_t inode; // the descriptor may have been closed, and its number given to another file
+    };
+
     Relays()
     {
         std::atexit([] { instance().drain(); });
+        ::pthread_atfork([] { instance().m_mutex.lock(); }, [] { instance().m_mutex.unlock(); },
+                         [] { instance().leaveToParent(); });
+    }
+
+    static ino_t inodeOf(int descriptor)
+    {
+        struct stat status;
+        return ::fstat(descriptor, &status) == 0 ? status.st_ino : 0;
+    }
+
+    // In the child. A timer that never runs is a descriptor from which nothing ever comes and to which nothing can be
+    // written; what would be written to the parent's could wait for ever once the parent is gone.
+    void leaveToParent()
+    {
+        const int quiet = ::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC);
+        for (const Opened& opened : m_opened) {
+            opened.relay->closeInChild();
+            if (inodeOf(opened.descriptor) == opened.inode)
+                ::dup3(quiet, opened.descriptor, O_CLOEXEC);
+        }
+        ::close(quiet);
+        m_opened.clear();
+        m_mutex.unlock();
     }
 
     void drain()
@@ -73,24 +108,25 @@ private:
     bool isDrained()
     {
         const std::lock_guard lock(m_mutex);
-        return std::all_of(m_relays.begin(), m_relays.end(), [](const Relay* relay) { return relay->isDrained(); });
+        return std::all_of(m_opened.begin(), m_opened.end(),
+                           [](const Opened& opened) { return opened.relay->isDrained(); });
     }
 
     static constexpr std::chrono::milliseconds longestDrain{200};
     std::mutex m_mutex;
-    std::list<Relay*> m_relays;
+    std::list<Opened> m_opened;
 };
 
 // Starts a thread in which every signal is blocked: a program's handlers run in threads of its own. A new thread
 // inherits the mask.
-void startWithoutSignals(std::unique_ptr<Relay> relay)
+void startWithoutSignals(std::unique_ptr<Relay> relay, int callersEnd)
 {
+    Relay* const added = relay.get();
+    Relays::instance().add(added, callersEnd);
     sigset_t all;
     sigset_t saved;
     sigfillset(&all);
     pthread_sigmask(SIG_SETMASK, &all, &saved);
-    Relay* const added = relay.get();
-    Relays::instance().add(added);
     try {
         std::thread([relay = std::move(relay)] {
             pthread_setname_np(pthread_self(), "pps-object");
@@ -120,7 +156,7 @@ int openServed(const std::string& path, int flags)
         device::allowLongRecords(end);
     if (flags & O_NONBLOCK)
         ::fcntl(callers.get(), F_SETFL, ::fcntl(callers.get(), F_GETFL) | O_NONBLOCK);
-    startWithoutSignals(std::make_unique<Relay>(std::move(ours), std::move(server), absolute(path)));
+    startWithoutSignals(std::make_unique<Relay>(std::move(ours), std::move(server), absolute(path)), callers.get());
     return callers.release();
 }
 

@@ -28,6 +28,9 @@ extern "C" {
  *   is not passed on.
  * - close() ends it. What was written before is delivered, if the service takes it within a second; a program that
  *   ends waits for that for 200 ms at most.
+ * A child made with fork() that runs no other program has no part in its parent's objects: nothing comes from the
+ * descriptor there, and a write() fails at once. It opens its own.
+ *
  * A thread of the library's own carries the records; it takes no signals and ends after the descriptor is closed.
  *
  * Anything else at the path (a terminal, a pipe, a file) is opened as it is, and none of the above is promised for it.

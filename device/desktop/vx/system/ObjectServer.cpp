@@ -117,13 +117,14 @@ void ObjectServerPrivate::adopt(device::Descriptor socket)
 {
     device::allowLongRecords(socket.get());
     const int id = ++lastClient;
-    Client& client = clients[id];
+    Client client;
     client.socket = std::move(socket);
     client.reader.reset(new QSocketNotifier(client.socket.get(), QSocketNotifier::Read, q));
     client.writer.reset(new QSocketNotifier(client.socket.get(), QSocketNotifier::Write, q));
     client.writer->setEnabled(false);
     QObject::connect(client.reader.get(), &QSocketNotifier::activated, q, [this, id] { takeRecords(id); });
     QObject::connect(client.writer.get(), &QSocketNotifier::activated, q, [this, id] { flush(id); });
+    clients.emplace(id, std::move(client));
     Q_EMIT q->clientConnected(id);
 }
 
@@ -175,7 +176,8 @@ void ObjectServerPrivate::flush(int id)
 
 bool ObjectServerPrivate::queueRecord(Client& client, const QByteArray& record)
 {
-    if (client.queuedBytes + record.size() > queueLimit)
+    const bool isTooLong = size_t(record.size()) > device::longestRecord(client.socket.get());
+    if (isTooLong || client.queuedBytes + record.size() > queueLimit)
         return false;
     client.queue.push_back(record);
     client.queuedBytes += record.size();
