@@ -214,11 +214,7 @@ int Simulator::contactCount() const
 
 bool Simulator::sendInvitation(const QString& handle)
 {
-    QString problem;
-    const Person* person = d->world.findContact(handle, &problem);
-    if (person)
-        d->invite(QString(person->userId));
-    return d->accepted(problem);
+    return d->accepted(d->invite(handle));
 }
 
 void Simulator::setActivity(Activity activity, double perSecond, quint32 seed)

@@ -164,9 +164,13 @@ void SimulatorPrivate::refuse(const QString& line)
     Q_EMIT q->refused(line);
 }
 
-void SimulatorPrivate::invite(const QString& userId)
+QString SimulatorPrivate::invite(const QString& contact)
 {
-    service.context().broadcast("connectionInvitationReceived"_L1, wire::text(QJsonObject{{u"userId"_s, userId}}));
+    QString problem;
+    if (const Person* person = world.findContact(contact, &problem))
+        service.context().broadcast("connectionInvitationReceived"_L1,
+                                    wire::text(QJsonObject{{u"userId"_s, person->userId}}));
+    return problem;
 }
 
 bool SimulatorPrivate::load(const QString& scenario, QString* error)

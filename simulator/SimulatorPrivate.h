@@ -38,7 +38,8 @@ public:
 
     /// Takes a scenario, all or nothing.
     bool load(const QString& scenario, QString* error);
-    void invite(const QString& userId);
+    /// A contact, by handle or user id, invites the user. Empty, or why not.
+    QString invite(const QString& contact);
 
     Simulator* const q;
     World world;

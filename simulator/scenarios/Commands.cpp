@@ -11,22 +11,17 @@
 
 #include <QtCore/QFile>
 #include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
 #include <QtCore/QTimer>
 
 #include <algorithm>
+#include <variant>
 
 using namespace Qt::StringLiterals;
 
 namespace zelcore {
 
 namespace {
-
-/// What commands act on.
-struct Target
-{
-    World& world;
-    SimulatorPrivate* live; ///< Null when they are only tried.
-};
 
 /// What a command answers: why it cannot be done, or else what there is to say.
 struct Answer
@@ -44,6 +39,11 @@ Answer done(const QString& problem, const QString& text = {})
 Answer say(const QString& text)
 {
     return {QString(), text};
+}
+
+QJsonObject objectOf(const QString& json)
+{
+    return QJsonDocument::fromJson(json.toUtf8()).object();
 }
 
 /// Rows of words under each other. Names of people come last: how wide a script is, is for the terminal to know.
@@ -64,15 +64,15 @@ QString table(const QList<QStringList>& rows)
     return text;
 }
 
-/// A file, a made-up picture of so many bytes, or "none".
+/// A file, or a made-up picture of so many bytes; none for "none".
 QString readPicture(const QString& word, QByteArray* data)
 {
     bool isSize = false;
     const int size = word.toInt(&isSize);
     data->clear();
+    if (isSize && (size < 0 || size > World::largestPicture))
+        return u"a picture has 1 to %1 bytes"_s.arg(World::largestPicture);
     if (isSize) {
-        if (size < 0 || size > World::largestPicture)
-            return u"a picture has 1 to %1 bytes"_s.arg(World::largestPicture);
         *data = PeopleMaker::picture(size, quint32(size));
     } else if (word != "none"_L1) {
         QFile file(word);
@@ -85,46 +85,40 @@ QString readPicture(const QString& word, QByteArray* data)
 
 // --- The application's registration ------------------------------------------------------------------------------
 
-Answer setState(const Target& target, const QStringList& args)
+Answer setState(SimulatorPrivate& service, const QStringList& args)
 {
-    if (target.live)
-        target.live->service.setRegistrationState(args.first());
+    service.service.setRegistrationState(args.first());
     return say(Simulator::registrationStates().contains(args.first())
                    ? QString()
                    : u"done, but applications do not know the state \"%1\""_s.arg(args.first()));
 }
 
-Answer setRegistration(const Target& target, const QStringList& args)
+Answer setRegistration(SimulatorPrivate& service, const QStringList& args)
 {
     using Policy = Simulator::RegistrationPolicy;
     const QString& name = args.first();
     const Policy policy = name == "auto"_L1 ? Policy::Automatic : name == "manual"_L1 ? Policy::Manual : Policy::Fixed;
-    if (policy == Policy::Fixed && !Simulator::registrationStates().contains(name))
-        return done(u"\"%1\" is none of auto, manual, %2"_s.arg(name, Simulator::registrationStates().join(", "_L1)));
-    if (target.live)
-        target.live->service.registrar().setPolicy(policy, name, args.value(1).toInt());
+    service.service.registrar().setPolicy(policy, name, args.value(1).toInt());
     return {};
 }
 
-Answer setPermission(const Target& target, const QStringList& args)
+Answer setPermission(World& world, const QStringList& args)
 {
-    Permissions permissions = target.world.permissions();
+    Permissions permissions = world.permissions();
     bool& member = args.first() == "showAppBox"_L1   ? permissions.showAppBox
                    : args.first() == "zelInvites"_L1 ? permissions.zelInvites
                                                      : permissions.zelSetup;
     member = args.last() == "on"_L1;
-    target.world.setPermissions(permissions);
+    world.setPermissions(permissions);
     return {};
 }
 
-Answer showClients(const Target& target, const QStringList&)
+Answer showClients(SimulatorPrivate& service, const QStringList&)
 {
     QList<QStringList> rows;
-    if (target.live) {
-        for (const auto& [client, session] : target.live->service.context().sessions)
-            rows.append({u"application %1"_s.arg(client), session->state,
-                         session->uuid.isEmpty() ? u"(no UUID yet)"_s : session->uuid});
-    }
+    for (const auto& [client, session] : service.service.context().sessions)
+        rows.append({u"application %1"_s.arg(client), session->state,
+                     session->uuid.isEmpty() ? u"(no UUID yet)"_s : session->uuid});
     return say(table(rows) + u"%1 applications"_s.arg(rows.size()));
 }
 
@@ -153,99 +147,69 @@ QString readPerson(World& world, const QStringList& fields, Person& person, bool
     return problem;
 }
 
-Answer changeProfile(const Target& target, const QStringList& fields)
+Answer changeProfile(World& world, const QStringList& fields)
 {
-    Person person = target.world.profile();
-    const QString problem = readPerson(target.world, fields, person);
-    return done(problem.isEmpty() ? target.world.setProfile(person) : problem);
+    Person person = world.profile();
+    const QString problem = readPerson(world, fields, person);
+    return done(problem.isEmpty() ? world.setProfile(person) : problem);
 }
 
-Answer changeProfilePicture(const Target& target, const QStringList& args)
-{
-    QByteArray data;
-    const QString problem = readPicture(args.first(), &data);
-    return done(problem.isEmpty() ? target.world.setProfilePicture(data) : problem);
-}
-
-Answer addContact(const Target& target, const QStringList& args)
+Answer addContact(World& world, const QStringList& args)
 {
     Person person;
     person.handle = args.first();
     bool installed = true;
-    const QString problem = readPerson(target.world, args.mid(1), person, &installed);
-    return done(problem.isEmpty() ? target.world.addContact(person, installed) : problem);
+    const QString problem = readPerson(world, args.mid(1), person, &installed);
+    return done(problem.isEmpty() ? world.addContact(person, installed) : problem);
 }
 
-Answer changeContact(const Target& target, const QStringList& args)
+Answer changeContact(World& world, const QStringList& args)
 {
     QString problem;
-    const Person* before = target.world.findContact(args.first(), &problem);
+    const Person* before = world.findContact(args.first(), &problem);
     if (!before)
         return done(problem);
     Person person = *before;
-    problem = readPerson(target.world, args.mid(1), person);
+    problem = readPerson(world, args.mid(1), person);
     if (problem.isEmpty() && person.userId != before->userId)
         problem = u"a contact's userId never changes"_s;
-    return done(problem.isEmpty() ? target.world.changeContact(person) : problem);
+    return done(problem.isEmpty() ? world.changeContact(person) : problem);
 }
 
-Answer changeContactPicture(const Target& target, const QStringList& args)
-{
-    QByteArray data;
-    const QString problem = readPicture(args.last(), &data);
-    return done(problem.isEmpty() ? target.world.setContactPicture(args.first(), data) : problem);
-}
-
-Answer showContact(const Target& target, const QStringList& args)
+Answer showContact(World& world, const QStringList& args)
 {
     QString problem;
-    const Person* person = target.world.findContact(args.first(), &problem);
+    const Person* person = world.findContact(args.first(), &problem);
     return {problem, person ? table(describePerson(*person)).chopped(1) : QString()};
 }
 
-Answer showContacts(const Target& target, const QStringList&)
+Answer showContacts(World& world, const QStringList&)
 {
     QList<QStringList> rows;
-    for (const QString& userId : target.world.everybody()) {
-        const Person& person = *target.world.contact(userId);
-        rows.append({person.handle, target.world.isInstalled(userId) ? u"installed"_s : u"not installed"_s,
-                     person.displayName});
+    for (const QString& userId : world.everybody()) {
+        const Person& person = *world.contact(userId);
+        rows.append(
+            {person.handle, world.isInstalled(userId) ? u"installed"_s : u"not installed"_s, person.displayName});
     }
     return say(table(rows) +
-               u"%1 contacts, %2 of them run the application"_s.arg(rows.size()).arg(target.world.installed().size()));
+               u"%1 contacts, %2 of them run the application"_s.arg(rows.size()).arg(world.installed().size()));
 }
 
-Answer setRate(const Target& target, const QStringList& args)
+Answer setRate(SimulatorPrivate& service, const QStringList& args)
 {
     using Activity = Simulator::Activity;
-    static const QHash<QString, Activity> activities{{u"mixed"_s, Activity::Mixed},
-                                                     {u"changes"_s, Activity::Changes},
+    static const QHash<QString, Activity> activities{{u"changes"_s, Activity::Changes},
                                                      {u"installs"_s, Activity::Installs},
                                                      {u"uninstalls"_s, Activity::Uninstalls},
                                                      {u"invitations"_s, Activity::Invitations}};
-    bool isNumber = false;
-    const double perSecond = args.first().toDouble(&isNumber);
-    if (!isNumber || !(perSecond >= 0 && perSecond <= 100000))
-        return done(u"a rate is a number from 0 to 100000, not \"%1\""_s.arg(args.first()));
-    if (target.live)
-        target.live->activity.set(activities.value(args.value(1), Activity::Mixed), perSecond, 1);
+    service.activity.set(activities.value(args.value(1), Activity::Mixed), args.first().toDouble(), 1);
     return {};
-}
-
-Answer invite(const Target& target, const QStringList& args)
-{
-    QString problem;
-    const Person* person = target.world.findContact(args.first(), &problem);
-    if (person && target.live)
-        target.live->invite(QString(person->userId));
-    return done(problem);
 }
 
 // --- The box and eco identifiers ---------------------------------------------------------------------------------
 
-Answer showBox(const Target& target, const QStringList&)
+Answer showBox(World& world, const QStringList&)
 {
-    const World& world = target.world;
     QList<QStringList> rows;
     for (const BoxItem& item : world.boxItems())
         rows.append({item.id, u"icon "_s + (item.iconId.isEmpty() ? u"none"_s : item.iconId),
@@ -255,16 +219,16 @@ Answer showBox(const Target& target, const QStringList&)
     return say(table(rows) + u"%1 items, %2 icons"_s.arg(world.boxItems().size()).arg(world.boxIcons().size()));
 }
 
-Answer addItem(const Target& target, const QStringList& args)
+Answer addItem(World& world, const QStringList& args)
 {
     BoxItem item{QString(), args.first(), args.value(1), args.value(2)};
-    const QString problem = target.world.addBoxItem(item);
+    const QString problem = world.addBoxItem(item);
     return done(problem, item.id);
 }
 
-Answer changeItem(const Target& target, const QStringList& args)
+Answer changeItem(World& world, const QStringList& args)
 {
-    const BoxItem* before = target.world.boxItem(args.first());
+    const BoxItem* before = world.boxItem(args.first());
     BoxItem item = before ? *before : BoxItem{args.first(), {}, {}, {}};
     for (const QString& field : args.mid(1)) {
         const QString name = field.section(u'=', 0, 0);
@@ -276,76 +240,38 @@ Answer changeItem(const Target& target, const QStringList& args)
             return done(u"no field \"%1\"; there are: text, cookie, icon"_s.arg(name));
         item.*member = field.section(u'=', 1);
     }
-    return done(before || target.live ? target.world.changeBoxItem(item) : QString());
+    return done(world.changeBoxItem(item));
 }
 
-Answer removeItem(const Target& target, const QStringList& args)
-{
-    const QString problem = target.world.removeBoxItem(args.first());
-    return done(target.live ? problem : QString());
-}
-
-Answer clearBox(const Target& target, const QStringList&)
-{
-    target.world.clearBox();
-    return {};
-}
-
-Answer setIcon(const Target& target, const QStringList& args)
+Answer addIcon(World& world, const QStringList& args)
 {
     QByteArray data;
-    QString problem;
-    if (args.last() == "none"_L1) {
-        problem = target.world.removeBoxIcon(args.first());
-        return done(target.live ? problem : QString());
-    }
-    problem = readPicture(args.last(), &data);
-    return done(problem.isEmpty() ? target.world.addBoxIcon(args.first(), data) : problem);
+    const QString problem = readPicture(args.last(), &data);
+    return done(problem.isEmpty() ? world.addBoxIcon(args.first(), data) : problem);
 }
 
 // --- Trouble -----------------------------------------------------------------------------------------------------
 
-template <Simulator::Fault kind, bool hasAmount = false>
-Answer fault(const Target& target, const QStringList& args)
+template <Simulator::Fault kind>
+Answer orderFault(SimulatorPrivate& service, const QStringList& args)
 {
-    if (target.live)
-        target.live->outbox.addFault(kind, hasAmount ? args.first().toInt() : 0, args.value(hasAmount ? 1 : 0));
+    const bool hasAmount = kind == Simulator::Fault::Delay || kind == Simulator::Fault::Truncate;
+    service.outbox.addFault(kind, hasAmount ? args.first().toInt() : 0, args.value(hasAmount ? 1 : 0));
     return {};
 }
 
-Answer sendMessage(const Target& target, const QStringList& args)
-{
-    const QJsonDocument body = QJsonDocument::fromJson(args.at(1).toUtf8());
-    if (!body.isObject())
-        return done(u"the body is no JSON object"_s);
-    if (target.live)
-        target.live->q->sendMessage(args.first(), body.object());
-    return {};
-}
-
-Answer sendRecord(const Target& target, const QStringList& args)
-{
-    if (target.live)
-        target.live->q->sendRecord(args.first().toUtf8());
-    return {};
-}
-
-Answer comeBack(const Target& target, const QStringList&)
+Answer comeBack(SimulatorPrivate& service, const QStringList&)
 {
     QString problem;
-    if (target.live)
-        target.live->comeBack(&problem);
+    service.comeBack(&problem);
     return done(problem);
 }
 
-Answer goAway(const Target& target, const QStringList& args)
+Answer goAway(SimulatorPrivate& service, const QStringList& args)
 {
-    SimulatorPrivate* const d = target.live;
-    if (!d)
-        return {};
-    d->goAway();
+    service.goAway();
     if (!args.isEmpty()) {
-        QTimer::singleShot(args.first().toInt(), d->q, [d] {
+        QTimer::singleShot(args.first().toInt(), service.q, [d = &service] {
             QString problem;
             if (d->running && !d->comeBack(&problem))
                 d->refuse(problem);
@@ -354,88 +280,92 @@ Answer goAway(const Target& target, const QStringList& args)
     return {};
 }
 
-Answer quit(const Target& target, const QStringList&)
-{
-    if (target.live)
-        Q_EMIT target.live->q->quitRequested();
-    return {};
-}
-
 // --- The table ---------------------------------------------------------------------------------------------------
 
-/// One form of a command. Arguments: [X] may be missing, X... may be many; MS, COUNT, SEED and BYTES are numbers from
-/// 0, FIELD=VALUE says itself, and words of small letters with bars between them are the only ones that may stand.
+using InWorld = Answer (*)(World&, const QStringList&);
+using InService = Answer (*)(SimulatorPrivate&, const QStringList&);
+
+/// One form of a command. Arguments: [X] may be missing, X... may be many; wordProblem() says which names mean more
+/// than any word. A row comes before those that take its words for something else.
 struct Form
 {
     const char16_t* name;
     const char16_t* arguments;
     const char16_t* what;
-    Answer (*run)(const Target&, const QStringList&);
+    std::variant<InWorld, InService> run;
+    bool ofApplications = false; ///< About what applications may have made: there is nothing to try it on.
 };
 
 using Fault = Simulator::Fault;
+using S = SimulatorPrivate;
+using W = World;
+using A = QStringList;
 
 const Form forms[] = {
-    {u"help", u"", u"this text", [](const Target&, const QStringList&) { return say(Commands::help()); }},
+    {u"help", u"", u"this text", [](W&, const A&) { return say(Commands::help()); }},
     {u"state", u"", u"the registration of the application that connected last",
-     [](const Target& t, const QStringList&) { return say(t.live ? t.live->service.registrationState() : QString()); }},
+     [](S& s, const A&) { return say(s.service.registrationState()); }},
     {u"state", u"STATE", u"sets that of every application, as it stands on the wire: Success, ...", setState},
-    {u"registration", u"auto|manual|STATE [MS]", u"what becomes of a request: Pending, and after MS the outcome",
+    {u"registration", u"POLICY [MS]", u"auto, manual, or the outcome of requests: Pending, and after MS that",
      setRegistration},
     {u"permission", u"showAppBox|zelInvites|zelSetup on|off", u"what the user allows", setPermission},
     {u"clients", u"", u"the applications that are connected", showClients},
     {u"profile", u"", u"shows the device's own user",
-     [](const Target& t, const QStringList&) { return say(table(describePerson(t.world.profile())).chopped(1)); }},
+     [](W& w, const A&) { return say(table(describePerson(w.profile())).chopped(1)); }},
     {u"profile", u"FIELD=VALUE...", u"changes it", changeProfile},
     {u"profile", u"FIELD VALUE", u"changes one field",
-     [](const Target& t, const QStringList& args) { return changeProfile(t, {args.join(u'=')}); }},
-    {u"picture", u"FILE|SIZE|none", u"the own picture; SIZE makes one up", changeProfilePicture},
+     [](W& w, const A& args) { return changeProfile(w, {args.join(u'=')}); }},
+    {u"picture", u"FILE|SIZE|none", u"the own picture; SIZE makes one up",
+     [](W& w, const A& args) { return changeProfile(w, {u"picture="_s + args.first()}); }},
     {u"contact", u"HANDLE", u"shows a contact", showContact},
     {u"contact add", u"HANDLE [FIELD=VALUE]... [installed=off]", u"adds one, who runs the application or does not",
      addContact},
     {u"contact change", u"HANDLE FIELD=VALUE...", u"changes one", changeContact},
     {u"contact install", u"HANDLE", u"begins to run the application",
-     [](const Target& t, const QStringList& args) { return done(t.world.setInstalled(args.first(), true)); }},
+     [](W& w, const A& args) { return done(w.setInstalled(args.first(), true)); }},
     {u"contact uninstall", u"HANDLE", u"ends to run the application",
-     [](const Target& t, const QStringList& args) { return done(t.world.setInstalled(args.first(), false)); }},
+     [](W& w, const A& args) { return done(w.setInstalled(args.first(), false)); }},
     {u"contact remove", u"HANDLE", u"is a contact no more",
-     [](const Target& t, const QStringList& args) { return done(t.world.removeContact(args.first())); }},
-    {u"contact picture", u"HANDLE FILE|SIZE|none", u"changes the picture", changeContactPicture},
+     [](W& w, const A& args) { return done(w.removeContact(args.first())); }},
+    {u"contact picture", u"HANDLE FILE|SIZE|none", u"changes the picture",
+     [](W& w, const A& args) {
+         return changeContact(w, {args.first(), u"picture="_s + args.last()});
+     }},
     {u"contacts", u"", u"all of them", showContacts},
     {u"generate", u"COUNT [SEED]", u"adds made-up contacts",
-     [](const Target& t, const QStringList& args) {
-         return done(addPeople(t.world, args.first().toInt(), args.value(1, u"1"_s).toUInt()));
-     }},
+     [](W& w, const A& args) { return done(addPeople(w, args.first().toInt(), args.value(1, u"1"_s).toUInt())); }},
     {u"rate", u"PER-SECOND [mixed|changes|installs|uninstalls|invitations]", u"lets contacts live; 0 stops it",
      setRate},
-    {u"invite", u"HANDLE", u"this contact sends a connection invitation", invite},
+    {u"invite", u"HANDLE", u"this contact sends a connection invitation",
+     [](S& s, const A& args) { return done(s.invite(args.first())); }},
     {u"box", u"", u"shows the profile box", showBox},
     {u"box add", u"TEXT [COOKIE] [ICON]", u"adds an item", addItem},
-    {u"box change", u"ID text|cookie|icon=VALUE...", u"changes one", changeItem},
-    {u"box remove", u"ID", u"removes one", removeItem},
-    {u"box clear", u"", u"removes all", clearBox},
-    {u"box icon", u"ID FILE|SIZE|none", u"registers an icon, or removes it", setIcon},
-    {u"eco", u"PPID", u"the eco identifier of a ppId",
-     [](const Target& t, const QStringList& args) { return say(t.world.ecoId(args.first())); }},
+    {u"box change", u"ID text|cookie|icon=VALUE...", u"changes one", changeItem, true},
+    {u"box remove", u"ID", u"removes one", [](W& w, const A& args) { return done(w.removeBoxItem(args.first())); },
+     true},
+    {u"box clear", u"", u"removes all", [](W& w, const A&) { return w.clearBox(), Answer(); }},
+    {u"box icon", u"ID none", u"removes an icon",
+     [](W& w, const A& args) { return done(w.removeBoxIcon(args.first())); }, true},
+    {u"box icon", u"ID FILE|SIZE", u"registers one", addIcon},
+    {u"eco", u"PPID", u"the eco identifier of a ppId", [](W& w, const A& args) { return say(w.ecoId(args.first())); }},
     {u"eco", u"PPID ECOID", u"sets it",
-     [](const Target& t, const QStringList& args) {
-         t.world.setEcoId(args.first(), args.last());
-         return Answer();
-     }},
+     [](W& w, const A& args) { return w.setEcoId(args.first(), args.last()), Answer(); }},
     {u"eco-status", u"ECOID", u"how the user stands with its owner",
-     [](const Target& t, const QStringList& args) { return say(t.world.ecoIdStatus(args.first())); }},
+     [](W& w, const A& args) { return say(w.ecoIdStatus(args.first())); }},
     {u"eco-status", u"ECOID Unknown|ContactExists|PendingContactExists", u"sets it",
-     [](const Target& t, const QStringList& args) { return done(t.world.setEcoIdStatus(args.first(), args.last())); }},
-    {u"drop", u"[TYPE]", u"the next message (of this type) is lost", fault<Fault::Drop>},
-    {u"delay", u"MS [TYPE]", u"... comes late, after others", fault<Fault::Delay, true>},
-    {u"duplicate", u"[TYPE]", u"... comes twice", fault<Fault::Duplicate>},
-    {u"truncate", u"BYTES [TYPE]", u"... is cut", fault<Fault::Truncate, true>},
-    {u"garble", u"[TYPE]", u"... is unreadable", fault<Fault::Garble>},
-    {u"send", u"TYPE 'JSON'", u"sends any message to all applications", sendMessage},
-    {u"raw", u"'TEXT'", u"sends any record", sendRecord},
+     [](W& w, const A& args) { return done(w.setEcoIdStatus(args.first(), args.last())); }},
+    {u"drop", u"[TYPE]", u"the next message (of this type) is lost", orderFault<Fault::Drop>},
+    {u"delay", u"MS [TYPE]", u"... comes late, after others", orderFault<Fault::Delay>},
+    {u"duplicate", u"[TYPE]", u"... comes twice", orderFault<Fault::Duplicate>},
+    {u"truncate", u"BYTES [TYPE]", u"... is cut", orderFault<Fault::Truncate>},
+    {u"garble", u"[TYPE]", u"... is unreadable", orderFault<Fault::Garble>},
+    {u"send", u"TYPE JSON", u"sends any message to all applications",
+     [](S& s, const A& args) { return s.q->sendMessage(args.first(), objectOf(args.last())), Answer(); }},
+    {u"raw", u"TEXT", u"sends any record",
+     [](S& s, const A& args) { return s.q->sendRecord(args.first().toUtf8()), Answer(); }},
     {u"away", u"[MS]", u"the service goes away (for so long)", goAway},
     {u"back", u"", u"it returns", comeBack},
-    {u"quit", u"", u"ends the program", quit},
+    {u"quit", u"", u"ends the program", [](S& s, const A&) { return s.q->quitRequested(), Answer(); }},
 };
 
 QString usageOf(const Form& form)
@@ -443,18 +373,25 @@ QString usageOf(const Form& form)
     return (QString::fromUtf16(form.name) + u' ' + QString::fromUtf16(form.arguments)).trimmed();
 }
 
-/// What is wrong with \a word as the argument \a name.
+/// What is wrong with \a word as the argument \a name. Words of small letters, with bars between them, are the only
+/// ones that may stand.
 QString wordProblem(const QString& name, const QString& word)
 {
     static const QStringList numbers{u"MS"_s, u"COUNT"_s, u"SEED"_s, u"BYTES"_s};
+    static const QStringList policies = QStringList{u"auto"_s, u"manual"_s} + Simulator::registrationStates();
     bool isNumber = false;
+    const double number = word.toDouble(&isNumber);
     if (numbers.contains(name) && (word.toInt(&isNumber) < 0 || !isNumber))
         return u"%1 is a number from 0, not \"%2\""_s.arg(name, word);
+    if (name == "PER-SECOND"_L1 && !(isNumber && number >= 0 && number <= 100000))
+        return u"%1 is a number from 0 to 100000, not \"%2\""_s.arg(name, word);
+    if (name == "JSON"_L1 && objectOf(word).isEmpty() && word.simplified().remove(u' ') != "{}"_L1)
+        return u"\"%1\" is no JSON object"_s.arg(word.left(60));
     if (name.contains(u'='))
         return word.indexOf(u'=') < 1 ? u"fields are given as FIELD=VALUE"_s : QString();
-    const QStringList choices = name.split(u'|');
+    const QStringList choices = name == "POLICY"_L1 ? policies : name.split(u'|');
     const bool isChoice =
-        choices.size() > 1 &&
+        name == "POLICY"_L1 ||
         std::all_of(choices.cbegin(), choices.cend(), [](const QString& choice) { return choice.front().isLower(); });
     return isChoice && !choices.contains(word) ? u"\"%1\" is none of %2"_s.arg(word, choices.join(", "_L1)) : QString();
 }
@@ -537,7 +474,17 @@ bool Commands::run(const QStringList& words, QString* reply) const
         *reply = words.isEmpty() ? u"no command"_s : usageProblem(words, problem);
         return false;
     }
-    const Answer answer = fitting->run({m_world, m_simulator}, words.mid(longestName));
+    const QStringList args = words.mid(longestName);
+    reply->clear();
+    const bool isServices = std::holds_alternative<InService>(fitting->run);
+    if (!m_simulator && (fitting->ofApplications || isServices)) {
+        // Whoever is named must be there all the same.
+        if (isServices && QStringView(fitting->arguments) == u"HANDLE")
+            m_world.findContact(args.first(), reply);
+        return reply->isEmpty();
+    }
+    const auto* inWorld = std::get_if<InWorld>(&fitting->run);
+    const Answer answer = inWorld ? (*inWorld)(m_world, args) : std::get<InService>(fitting->run)(*m_simulator, args);
     *reply = answer.problem.isEmpty() ? answer.text : answer.problem;
     return answer.problem.isEmpty();
 }

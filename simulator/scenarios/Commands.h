@@ -17,8 +17,8 @@ class Commands
 public:
     /// For a service that is there.
     explicit Commands(SimulatorPrivate& simulator);
-    /// To try commands on a world: what concerns the service is checked and not done, and a command about what
-    /// applications make (items, icons) may be about something that is not there yet.
+    /// To try commands on a world. What concerns the service, or items and icons that applications may have made, is
+    /// only checked by its form.
     explicit Commands(World& world)
         : m_world(world)
     {

@@ -21,6 +21,16 @@ namespace {
 /// an application is to find a service that came back.
 constexpr int silence = 200;
 
+QString missingText(const RequestHandler& handler, const QJsonObject& body)
+{
+    for (const QString& key : QString::fromLatin1(handler.texts).split(u' ', Qt::SkipEmptyParts)) {
+        const QJsonValue member = body.value(key);
+        if (!member.isString())
+            return u"\"%1\" is %2"_s.arg(key, member.isUndefined() ? u"missing"_s : u"no string"_s);
+    }
+    return {};
+}
+
 } // namespace
 
 CoreService::CoreService(World& world, Outbox& outbox, QObject* parent)
@@ -30,26 +40,26 @@ CoreService::CoreService(World& world, Outbox& outbox, QObject* parent)
     , m_registrar(m_context, m_lists)
     , m_profiles(m_context)
 {
-    const auto bind = [](auto& service, auto operation) -> RequestHandler {
-        return [&service, operation](Session& session, const QJsonObject& body) {
-            return (service.*operation)(session, body);
-        };
+    const auto bind = [](const char* texts, auto& service, auto operation) -> RequestHandler {
+        return {texts, [&service, operation](Session& session, const QJsonObject& body) {
+                    return (service.*operation)(session, body);
+                }};
     };
     m_handlers = {
         // Which kind of library it is makes no difference here.
-        {u"tpaApi"_s, [](Session&, const QJsonObject&) { return QString(); }},
-        {u"registrationRequest"_s, bind(m_registrar, &Registrar::request)},
-        {u"requestListAll"_s, bind(m_lists, &ListService::requestAll)},
-        {u"requestListElements"_s, bind(m_lists, &ListService::requestElements)},
-        {u"requestListRemove"_s, bind(m_lists, &ListService::requestRemove)},
-        {u"requestListChange"_s, bind(m_profiles, &ProfileService::requestChange)},
-        {u"requestUserAvatar"_s, bind(m_profiles, &ProfileService::requestUserPicture)},
-        {u"createProfileBoxItem"_s, bind(m_profiles, &ProfileService::createBoxItem)},
-        {u"createProfileBoxImage"_s, bind(m_profiles, &ProfileService::createBoxIcon)},
-        {u"requestProfileBoxImage"_s, bind(m_profiles, &ProfileService::requestBoxIcon)},
-        {u"stream"_s, bind(m_profiles, &ProfileService::stream)},
-        {u"requestEcoId"_s, bind(*this, &CoreService::requestEcoId)},
-        {u"requestEcoIdStatus"_s, bind(*this, &CoreService::requestEcoIdStatus)},
+        {u"tpaApi"_s, {"", [](Session&, const QJsonObject&) { return QString(); }}},
+        {u"registrationRequest"_s, bind("uuid", m_registrar, &Registrar::request)},
+        {u"requestListAll"_s, bind("type", m_lists, &ListService::requestAll)},
+        {u"requestListElements"_s, bind("type", m_lists, &ListService::requestElements)},
+        {u"requestListRemove"_s, bind("type", m_lists, &ListService::requestRemove)},
+        {u"requestListChange"_s, bind("type", m_profiles, &ProfileService::requestChange)},
+        {u"requestUserAvatar"_s, bind("userId streamId", m_profiles, &ProfileService::requestUserPicture)},
+        {u"createProfileBoxItem"_s, bind("text cookie", m_profiles, &ProfileService::createBoxItem)},
+        {u"createProfileBoxImage"_s, bind("imageHash imageId", m_profiles, &ProfileService::createBoxIcon)},
+        {u"requestProfileBoxImage"_s, bind("streamId imageId", m_profiles, &ProfileService::requestBoxIcon)},
+        {u"stream"_s, bind("id value", m_profiles, &ProfileService::stream)},
+        {u"requestEcoId"_s, bind("ppid", *this, &CoreService::requestEcoId)},
+        {u"requestEcoIdStatus"_s, bind("ecoId", *this, &CoreService::requestEcoIdStatus)},
     };
 }
 
@@ -122,7 +132,9 @@ void CoreService::received(int client, const QByteArray& record)
 
     Q_EMIT messageReceived(client, message->type, message->json);
     const auto handler = m_handlers.constFind(message->type);
-    problem = handler == m_handlers.cend() ? u"no such message is known"_s : (*handler)(*session, message->body);
+    problem = handler == m_handlers.cend() ? u"no such message is known"_s : missingText(*handler, message->body);
+    if (problem.isEmpty())
+        problem = handler->answer(*session, message->body);
     if (!problem.isEmpty())
         refuse(client, message->type, problem);
 }
@@ -146,10 +158,7 @@ QString CoreService::registrationState() const
 
 QString CoreService::requestEcoId(Session& session, const QJsonObject& body)
 {
-    QString ppId;
-    QString problem;
-    if (!readString(body, "ppid"_L1, &ppId, &problem))
-        return problem;
+    const QString ppId = textOf(body, "ppid"_L1);
     const QJsonObject answer{{u"ppid"_s, ppId}, {u"ecoId"_s, m_context.world.ecoId(ppId)}};
     m_context.outbox.send(session.client, "requestEcoIdResponse"_L1, wire::text(answer));
     return {};
@@ -157,10 +166,7 @@ QString CoreService::requestEcoId(Session& session, const QJsonObject& body)
 
 QString CoreService::requestEcoIdStatus(Session& session, const QJsonObject& body)
 {
-    QString ecoId;
-    QString problem;
-    if (!readString(body, "ecoId"_L1, &ecoId, &problem))
-        return problem;
+    const QString ecoId = textOf(body, "ecoId"_L1);
     const QJsonObject answer{{u"ecoId"_s, ecoId}, {u"status"_s, m_context.world.ecoIdStatus(ecoId)}};
     m_context.outbox.send(session.client, "requestEcoIdStatusResponse"_L1, wire::text(answer));
     return {};

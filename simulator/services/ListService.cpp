@@ -20,15 +20,14 @@ constexpr QLatin1String listAdd("listAdd");
 constexpr QLatin1String listChange("listChange");
 constexpr QLatin1String listRemove("listRemove");
 
-/// Reads which list a request is about.
-bool readList(const QJsonObject& body, QString* list, QString* problem)
+/// Why there is no list as a request is about.
+QString listProblem(const QJsonObject& body)
 {
-    if (!readString(body, "type"_L1, list, problem))
-        return false;
+    const QString list = textOf(body, "type"_L1);
     const QString id = body.value("id"_L1).toString();
-    if (Lists::keyMember(*list).isEmpty() || !id.isEmpty())
-        *problem = u"there is no list \"%1/%2\""_s.arg(list->left(40), id.left(40));
-    return problem->isEmpty();
+    return Lists::keyMember(list).isEmpty() || !id.isEmpty()
+               ? u"there is no list \"%1/%2\""_s.arg(list.left(40), id.left(40))
+               : QString();
 }
 
 /// The keys that a request names, in its order.
@@ -90,9 +89,9 @@ ListService::ListService(ServiceContext& context, QObject* parent)
 
 QString ListService::requestAll(Session& session, const QJsonObject& body)
 {
-    QString problem;
-    QString list;
-    if (!readList(body, &list, &problem))
+    const QString list = textOf(body, "type"_L1);
+    const QString problem = listProblem(body);
+    if (!problem.isEmpty())
         return problem;
     session.unannounced.remove(list);
     transfer(session, listAll, list, {}, m_context.lists.elements(list, session.state));
@@ -101,9 +100,9 @@ QString ListService::requestAll(Session& session, const QJsonObject& body)
 
 QString ListService::requestElements(Session& session, const QJsonObject& body)
 {
-    QString problem;
-    QString list;
-    if (!readList(body, &list, &problem))
+    const QString list = textOf(body, "type"_L1);
+    QString problem = listProblem(body);
+    if (!problem.isEmpty())
         return problem;
     const QStringList keys = readKeys(body, list, &problem);
     if (!problem.isEmpty())
@@ -125,9 +124,9 @@ QString ListService::requestElements(Session& session, const QJsonObject& body)
 
 QString ListService::requestRemove(Session&, const QJsonObject& body)
 {
-    QString problem;
-    QString list;
-    if (!readList(body, &list, &problem))
+    const QString list = textOf(body, "type"_L1);
+    QString problem = listProblem(body);
+    if (!problem.isEmpty())
         return problem;
     const bool isItem = list == Lists::profileBoxItem;
     if (!isItem && list != Lists::profileBoxImage)

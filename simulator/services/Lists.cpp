@@ -12,14 +12,6 @@ using namespace Qt::StringLiterals;
 
 namespace zelcore {
 
-const QString Lists::global = u"global"_s;
-const QString Lists::platformContact = u"platformContact"_s;
-const QString Lists::platformUser = u"platformUser"_s;
-const QString Lists::profileBoxItem = u"profileBoxItem"_s;
-const QString Lists::profileBoxImage = u"profileBoxImage"_s;
-const QString Lists::permission = u"permission"_s;
-const QString Lists::platformProfile = u"platformProfile"_s;
-
 const QStringList& Lists::all()
 {
     static const QStringList names{global, platformContact, platformUser, profileBoxItem, profileBoxImage};

@@ -13,14 +13,15 @@ namespace zelcore {
 class Lists
 {
 public:
-    static const QString global;          ///< "permission" and "platformProfile", by "name".
-    static const QString platformContact; ///< The ids of those who run the application, by "userId".
-    static const QString platformUser;    ///< Their records, by "userId".
-    static const QString profileBoxItem;  ///< By "itemId".
-    static const QString profileBoxImage; ///< By "imageId".
+    static inline const QString global = QStringLiteral("global"); ///< "permission" and "platformProfile", by "name".
+    static inline const QString platformContact =
+        QStringLiteral("platformContact"); ///< The ids of those who run the application, by "userId".
+    static inline const QString platformUser = QStringLiteral("platformUser");       ///< Their records, by "userId".
+    static inline const QString profileBoxItem = QStringLiteral("profileBoxItem");   ///< By "itemId".
+    static inline const QString profileBoxImage = QStringLiteral("profileBoxImage"); ///< By "imageId".
 
-    static const QString permission;
-    static const QString platformProfile;
+    static inline const QString permission = QStringLiteral("permission");
+    static inline const QString platformProfile = QStringLiteral("platformProfile");
 
     /// \a world must outlive it.
     explicit Lists(const World& world)

@@ -31,16 +31,14 @@ const QString boxIsOff = u"the user does not let applications use the profile bo
 
 QString ProfileService::requestChange(Session& session, const QJsonObject& body)
 {
-    QString problem;
-    QString list;
-    if (!readString(body, "type"_L1, &list, &problem))
-        return problem;
+    const QString list = textOf(body, "type"_L1);
     const QJsonValue elements = body.value("elements"_L1);
     if (list != Lists::global)
         return u"applications may not change \"%1\""_s.arg(list.left(40));
     if (!elements.isArray())
         return u"\"elements\" is missing or no array"_s;
 
+    QString problem;
     const QJsonArray array = elements.toArray();
     for (const QJsonValue element : array) {
         const QJsonObject object = element.toObject();
@@ -110,14 +108,10 @@ QString ProfileService::answerChange(const Session& session, const QString& prob
 
 QString ProfileService::createBoxItem(Session&, const QJsonObject& body)
 {
-    BoxItem item;
-    QString problem;
-    readString(body, "text"_L1, &item.text, &problem);
-    readString(body, "cookie"_L1, &item.cookie, &problem);
-    if (body.contains("imageId"_L1))
-        readString(body, "imageId"_L1, &item.iconId, &problem);
-    if (!problem.isEmpty())
-        return problem;
+    const QJsonValue iconId = body.value("imageId"_L1);
+    if (!iconId.isUndefined() && !iconId.isString())
+        return u"\"imageId\" is no string"_s;
+    BoxItem item{QString(), textOf(body, "text"_L1), textOf(body, "cookie"_L1), iconId.toString()};
     World& world = m_context.world;
     if (!world.permissions().showAppBox)
         return boxIsOff;
@@ -125,7 +119,7 @@ QString ProfileService::createBoxItem(Session&, const QJsonObject& body)
     ExpectedPicture* coming = world.boxIcon(item.iconId) ? nullptr : expectedIcon(item.iconId);
     if (!coming)
         return world.addBoxItem(item);
-    problem = coming->items.size() < mostExpected ? world.boxItemProblem(item, true) : tooManyItems;
+    const QString problem = coming->items.size() < mostExpected ? world.boxItemProblem(item, true) : tooManyItems;
     if (problem.isEmpty())
         coming->items.append(item);
     return problem;
@@ -143,16 +137,13 @@ ExpectedPicture* ProfileService::expectedIcon(const QString& iconId) const
 
 QString ProfileService::createBoxIcon(Session& session, const QJsonObject& body)
 {
-    ExpectedPicture picture;
-    QString problem;
-    readString(body, "imageHash"_L1, &picture.hash, &problem);
-    if (!readString(body, "imageId"_L1, &picture.iconId, &problem))
-        return problem;
+    ExpectedPicture picture{textOf(body, "imageHash"_L1), textOf(body, "imageId"_L1), {}};
     if (!m_context.world.permissions().showAppBox)
         return boxIsOff;
     if (!isHash(picture.hash))
         return u"\"imageHash\" is no SHA-1"_s;
-    problem = session.expected.size() < mostExpected ? m_context.world.boxIconProblem(picture.iconId) : tooManyExpected;
+    const QString problem =
+        session.expected.size() < mostExpected ? m_context.world.boxIconProblem(picture.iconId) : tooManyExpected;
     if (!problem.isEmpty())
         return problem;
 
@@ -166,17 +157,14 @@ QString ProfileService::createBoxIcon(Session& session, const QJsonObject& body)
 
 QString ProfileService::stream(Session& session, const QJsonObject& body)
 {
-    QString id;
-    QString value;
-    QString problem;
-    readString(body, "id"_L1, &id, &problem);
-    if (!readString(body, "value"_L1, &value, &problem))
-        return problem;
+    const QString id = textOf(body, "id"_L1);
+    const QString value = textOf(body, "value"_L1);
     const auto expected = session.expected.find(id);
     if (expected == session.expected.end())
         return u"nobody asked for the stream \"%1\""_s.arg(id.left(60));
 
     const auto decoded = QByteArray::fromBase64Encoding(value.toLatin1(), QByteArray::AbortOnBase64DecodingErrors);
+    QString problem;
     if (!decoded)
         problem = u"\"value\" is not base64 text"_s;
     else if (value.size() > wire::streamChunk)
@@ -215,12 +203,8 @@ QString ProfileService::finish(const Session& session, const ExpectedPicture& pi
 
 QString ProfileService::requestUserPicture(Session& session, const QJsonObject& body)
 {
-    QString userId;
-    QString streamId;
-    QString problem;
-    readString(body, "userId"_L1, &userId, &problem);
-    if (!readString(body, "streamId"_L1, &streamId, &problem))
-        return problem;
+    const QString userId = textOf(body, "userId"_L1);
+    const QString streamId = textOf(body, "streamId"_L1);
     const World& world = m_context.world;
     const Person* person = userId == world.profile().userId ? &world.profile() : world.contact(userId);
     if (!person)
@@ -235,16 +219,11 @@ QString ProfileService::requestUserPicture(Session& session, const QJsonObject& 
 
 QString ProfileService::requestBoxIcon(Session& session, const QJsonObject& body)
 {
-    QString streamId;
-    QString iconId;
-    QString problem;
-    readString(body, "streamId"_L1, &streamId, &problem);
-    if (!readString(body, "imageId"_L1, &iconId, &problem))
-        return problem;
+    const QString iconId = textOf(body, "imageId"_L1);
     const BoxIcon* icon = m_context.world.boxIcon(iconId);
     if (!icon)
         return u"no icon has the id \"%1\""_s.arg(iconId.left(40));
-    sendPicture(session, streamId, m_context.world.picture(icon->hash));
+    sendPicture(session, textOf(body, "streamId"_L1), m_context.world.picture(icon->hash));
     return {};
 }
 

@@ -36,10 +36,8 @@ void Registrar::setPolicy(Simulator::RegistrationPolicy policy, const QString& f
 
 QString Registrar::request(Session& session, const QJsonObject& body)
 {
-    QString uuid;
+    const QString uuid = textOf(body, "uuid"_L1);
     QString problem;
-    if (!readString(body, "uuid"_L1, &uuid, &problem))
-        return problem;
     if (!body.value("silent"_L1).isBool())
         return u"\"silent\" is missing or neither true nor false"_s;
 
@@ -51,6 +49,8 @@ QString Registrar::request(Session& session, const QJsonObject& body)
     } else if (session.state == "Success"_L1) {
         // Nothing changes, but whoever asks wants to hear.
         m_lists.sendPermission(session);
+    } else if (m_policy == Simulator::RegistrationPolicy::Automatic && m_registered.contains(uuid.toLower())) {
+        setState(session, m_outcome);
     } else {
         // A silent request asks the user nothing, so there is nothing to wait for.
         if (!silent)
@@ -76,6 +76,7 @@ void Registrar::conclude(int client)
 void Registrar::setState(const QString& state)
 {
     m_initialState = state;
+    m_registered.clear();
     const auto everyone = m_context.sessions;
     for (const auto& [client, session] : everyone)
         setState(*session, state);
@@ -86,6 +87,8 @@ void Registrar::setState(const QString& state)
 void Registrar::setState(Session& session, const QString& state)
 {
     session.state = state;
+    if (state == "Success"_L1)
+        m_registered.insert(session.uuid.toLower());
     m_lists.sendPermission(session);
     Q_EMIT stateChanged(state);
 }

@@ -5,6 +5,7 @@
 #include <simulator/services/ListService.h>
 
 #include <QtCore/QObject>
+#include <QtCore/QSet>
 
 namespace zelcore {
 
@@ -37,6 +38,7 @@ private:
     Simulator::RegistrationPolicy m_policy = Simulator::RegistrationPolicy::Automatic;
     QString m_outcome = QStringLiteral("Success");
     int m_delay = 0;
+    QSet<QString> m_registered; ///< The UUIDs that the user need not be asked about again.
 };
 
 } // namespace zelcore

@@ -50,18 +50,16 @@ struct ServiceContext
 };
 
 /// Answers one kind of request. Empty, or the sentence that says why the request is refused.
-using RequestHandler = std::function<QString(Session&, const QJsonObject&)>;
-
-/// The string under \a key. False, with a sentence in \a problem, when there is none; a problem that there is already
-/// stays and counts as failure, so that several reads can be checked at once.
-inline bool readString(const QJsonObject& body, QLatin1String key, QString* value, QString* problem)
+struct RequestHandler
 {
-    const QJsonValue member = body.value(key);
-    if (problem->isEmpty() && !member.isString())
-        *problem = QStringLiteral("\"%1\" is %2")
-                       .arg(key, member.isUndefined() ? QStringLiteral("missing") : QStringLiteral("no string"));
-    *value = member.toString();
-    return problem->isEmpty();
+    const char* texts; ///< The members of the body, between blanks, that must be there and be texts.
+    std::function<QString(Session&, const QJsonObject&)> answer;
+};
+
+/// A member of a body that is a text; the handler's row has seen to that.
+inline QString textOf(const QJsonObject& body, QLatin1String key)
+{
+    return body.value(key).toString();
 }
 
 } // namespace zelcore

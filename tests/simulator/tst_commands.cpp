@@ -173,7 +173,9 @@ private Q_SLOTS:
             {R"({"world":{"ecoIdStatus":{"e":"Friend"}}})", "world.ecoIdStatus.e: "},
             {R"({"world":{"contacts":[{"handle":"a"}]},"timeline":[{"at":0,"command":"dance"}]})", "timeline[0]: "},
             {R"({"timeline":[{"command":"away"},{"command":"contact remove nobody"}]})", "timeline[1]: "},
+            {R"({"timeline":[{"command":"invite nobody"}]})", "nobody"},
             {R"({"timeline":[{"command":"delay soon"}]})", "MS"},
+            {R"({"timeline":[{"command":"registration lunch"}]})", "timeline[0]: "},
             {R"({"timeline":[{"command":"profile x \\"}]})", "timeline[0].command"},
             {R"({"timeline":[{"after":"lunch","command":"away"}]})", "after"},
             {R"({"timeline":[{"at":-1,"command":"away"}]})", "timeline[0].at"}};

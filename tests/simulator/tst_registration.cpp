@@ -43,6 +43,22 @@ private Q_SLOTS:
         QCOMPARE(m_application->nextState(), u"BlockedByTov"_s);
     }
 
+    void asksNobodyTwiceAboutTheSameUuid()
+    {
+        m_application->send("registrationRequest", goodRequest);
+        QCOMPARE(m_application->nextState(), u"Pending"_s);
+        QCOMPARE(m_application->nextState(), u"Success"_s);
+        QVERIFY(m_application->reconnect(m_simulator->root()));
+        m_application->begin();
+        m_application->send("registrationRequest", goodRequest);
+        QCOMPARE(m_application->nextState(), u"Success"_s);
+        // Until the registration of everybody is set anew.
+        m_simulator->setRegistrationState(u"Expired"_s);
+        QCOMPARE(m_application->nextState(), u"Expired"_s);
+        m_application->send("registrationRequest", goodRequest);
+        QCOMPARE(m_application->nextState(), u"Pending"_s);
+    }
+
     void takesNoMalformedUuid()
     {
         for (const char* uuid : {"", "{6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b}", "6a0fd1e93a4a4c4e8b6f0c1d2e3f4a5b",

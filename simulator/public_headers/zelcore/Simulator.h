@@ -45,7 +45,8 @@ class ZELCORE_EXPORT Simulator : public QObject
 public:
     /// What becomes of a registration request.
     enum class RegistrationPolicy {
-        Automatic, ///< "Pending", then "Success"; a silent request goes straight to "Success".
+        Automatic, ///< "Pending", then "Success"; a silent request, or one of a UUID that the service has registered
+                   ///< before, goes straight to "Success".
         Manual,    ///< "Pending" until setRegistrationState(); a silent request changes nothing by itself.
         Fixed      ///< As Automatic, but ends in the state given with the policy.
     };
@@ -95,7 +96,8 @@ public:
 
     /// \a fixedState counts for RegistrationPolicy::Fixed; \a delay passes between "Pending" and the outcome.
     void setRegistrationPolicy(RegistrationPolicy policy, const QString& fixedState = QString(), int delay = 0);
-    /// Sets the state of every connected application, and the state in which new ones begin ("Unregistered").
+    /// Sets the state of every connected application, and the state in which new ones begin ("Unregistered"), and
+    /// forgets who was registered before.
     /// Any text may be sent, also one that applications do not know; see registrationStates().
     void setRegistrationState(const QString& state);
     /// The state of the application that connected last; the beginning state without one.
