@@ -2,6 +2,7 @@
 #pragma once
 
 #include <deque>
+#include <exception>
 #include <functional>
 #include <utility>
 
@@ -13,7 +14,8 @@ namespace zelsplib {
 /// posts all of them, its own state being whole by then, and delivers: what an interrupted delivery has left over
 /// comes first, so every event is told once and in the order in which they were posted, however deep it nests.
 ///
-/// An event that throws is not told again; those behind it wait for the next delivery.
+/// An event that throws is not told again, and keeps no other from being told: the first exception goes on when none
+/// is left.
 class EventQueue
 {
 public:
@@ -21,11 +23,18 @@ public:
 
     void deliver()
     {
+        std::exception_ptr thrown;
         while (!m_events.empty()) {
             const auto event = std::move(m_events.front());
             m_events.pop_front();
-            event();
+            try {
+                event();
+            } catch (...) {
+                thrown = thrown ? thrown : std::current_exception();
+            }
         }
+        if (thrown)
+            std::rethrow_exception(thrown);
     }
 
 private:

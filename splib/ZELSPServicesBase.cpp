@@ -19,6 +19,8 @@ namespace {
 int noArgumentCount = 0;
 char* noArguments[] = {nullptr};
 
+const QString success = QStringLiteral("Success");
+
 constexpr std::array<QStringView, 6> statesThatAllowToRegister{
     u"Unregistered", u"NoDataConnection", u"UnexpectedError", u"InvalidUuid", u"TemporaryError", u"CancelledByUser"};
 
@@ -50,19 +52,16 @@ bool ZELSPServicesBase::canRegister() const
 
 void ZELSPServicesBase::registered()
 {
-    if (m_registered) {
-        // Every further notice is told again, whether or not the gates have told it; the contact list is not.
-        if (m_userProfileReady && prv_profileBoxIsReady() && m_userProfileAvatarReady)
-            globalsManager()->pushRegistrationEvent(QStringLiteral("Success"));
-        return;
+    if (!m_registered) {
+        m_registered = true;
+        globalsManager()->init();
+        profileBoxManager()->init();
+        contactManager()->init();
+        initMessaging();
     }
-    m_registered = true;
-    globalsManager()->init();
-    profileBoxManager()->init();
-    contactManager()->init();
-    initMessaging();
-    if (!m_successPushed && m_userProfileReady && m_userProfileAvatarReady && prv_profileBoxIsReady())
-        pushSuccessOnce();
+    m_successOwed = true;
+    if (mayTellSuccess())
+        pushSuccess();
 }
 
 void ZELSPServicesBase::userProfileIsReady()
@@ -86,7 +85,7 @@ void ZELSPServicesBase::profileBoxIsReady()
 void ZELSPServicesBase::contactsIsReady()
 {
     m_contactsReady = true;
-    if (m_registered && m_successPushed)
+    if (m_successPushed)
         pushContactList();
 }
 
@@ -102,27 +101,44 @@ bool ZELSPServicesBase::prv_profileBoxIsReady() const
 
 void ZELSPServicesBase::prv_pushRegistarationSuccess(const QString& trigger)
 {
-    if (!m_registered || m_successPushed || !m_userProfileReady || !prv_profileBoxIsReady() ||
-        !m_userProfileAvatarReady)
+    if (!mayTellSuccess())
         return;
     logging::Log<logging::GENERAL_DEBUG_INFO>(
         {}, QString(QStringLiteral("ZELSPServices::prv_pushRegistrationSuccess() triggered by ") + trigger));
-    pushSuccessOnce();
+    pushSuccess();
 }
 
-void ZELSPServicesBase::pushSuccessOnce()
+bool ZELSPServicesBase::mayTellSuccess() const
 {
+    return m_successOwed && m_userProfileReady && prv_profileBoxIsReady() && m_userProfileAvatarReady &&
+           globalsManager()->getAccessCode() == success;
+}
+
+void ZELSPServicesBase::pushSuccess()
+{
+    m_successOwed = false;
+    const bool isListOwed = !m_listenersTold;
     m_successPushed = true;
-    globalsManager()->pushRegistrationEvent(QStringLiteral("Success"));
+    // Two events: what a slot of the first throws does not keep the second from being told.
+    m_events.post([this] {
+        m_successOwed = globalsManager()->getAccessCode() != success; // slots of earlier events may have taken long
+        if (!m_successOwed)
+            globalsManager()->pushRegistrationEvent(success);
+    });
     // Contacts that became ready meanwhile, in an event loop of the application's own, were told to whoever listened
     // by then: again only if somebody has come since.
-    if (m_contactsReady && contactManager()->listenersSoFar() != m_listenersTold)
-        pushContactList();
+    if (isListOwed) {
+        m_events.post([this] {
+            if (m_contactsReady && m_listenersTold != contactManager()->listenerCount())
+                pushContactList();
+        });
+    }
+    m_events.deliver();
 }
 
 void ZELSPServicesBase::pushContactList()
 {
-    m_listenersTold = contactManager()->listenersSoFar();
+    m_listenersTold = contactManager()->listenerCount();
     contactManager()->getContactList();
 }
 

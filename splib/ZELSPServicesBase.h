@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <splib/EventQueue.h>
 #include <splib/RegistrationHandler.h>
 
 #include <QCoreApplication>
 #include <QSharedPointer>
 #include <QString>
+
+#include <optional>
 
 namespace zelsplib {
 
@@ -15,10 +18,11 @@ class ProfileBoxManagerBase;
 
 /// The readiness gates of ZELSPServices: when an application may register, and when it counts as registered.
 ///
-/// "Success" is told only once the own profile, its picture and, where it may be shown, the profile box are there;
-/// the contact list is told when both it and the success are, and so that whoever begins to listen to contacts while
-/// the success is being told, in whatever order with the list, hears of the whole list after that. No flag ever turns
-/// back.
+/// "Success" is told only while it is what the service said last, and only once the own profile, its picture and,
+/// where it may be shown, the profile box are there. One that could not be told then is owed, and told by whichever
+/// gate or notice finds everything in. The contact list is told when both it and a success are, once; but whoever
+/// begins to listen to contacts while the success is being told, in whatever order with the list, hears of the whole
+/// list after that. No gate ever closes again.
 class ZELSPServicesBase : public RegistrationHandler
 {
 public:
@@ -50,7 +54,8 @@ private:
     bool prv_profileBoxIsReady() const;
     // The letters of this name are what they are; its log line spells the word right.
     void prv_pushRegistarationSuccess(const QString& trigger);
-    void pushSuccessOnce();
+    bool mayTellSuccess() const;
+    void pushSuccess();
     void pushContactList();
 
     QSharedPointer<QCoreApplication> m_application; ///< only when the program had none
@@ -61,7 +66,9 @@ private:
     bool m_profileBoxReady = false;
     bool m_contactsReady = false;
     bool m_successPushed = false;
-    int m_listenersTold = -1; ///< how many there were when the whole list was told; -1: it was not
+    bool m_successOwed = false;
+    std::optional<int> m_listenersTold; ///< how many there were when the whole contact list was told last
+    EventQueue m_events;
 };
 
 } // namespace zelsplib

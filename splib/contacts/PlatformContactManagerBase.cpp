@@ -3,7 +3,8 @@
 
 #include <splib/EventQueue.h>
 #include <splib/RegistrationHandler.h>
-#include <splib/contacts/AvatarRequests.h>
+#include <splib/channel/StreamRequests.h>
+#include <splib/contacts/AvatarRequest.h>
 #include <splib/contacts/PlatformContactJsonAdapter.h>
 #include <splib/contacts/PlatformUserJsonAdapter.h>
 #include <splib/log/Logging.h>
@@ -79,21 +80,29 @@ iface::ObservableList<PlatformContact> initializedContacts(const QExplicitlyShar
 struct PlatformContactManagerBase::Private
 {
     QSharedPointer<zel::ListApiMultiplexer> multiplexer;
-    QSharedPointer<zel::JsonStream> stream;
+    const QSharedPointer<zel::JsonStream> stream;
     RegistrationHandler* readiness = nullptr;
 
     QExplicitlySharedDataPointer<IdList> ids; ///< this and the records are null until init()
     RecordMap::Pointer records;
     QExplicitlySharedDataPointer<ContactView> view{new ContactView};
     ReplacementMark replacement;
-    AvatarRequests requests;
+    StreamRequests avatarRequests; ///< by user
     EventQueue events;
     bool eventsEnabled = false;
-    int listenersSoFar = 0;
+    int listenerCount = 0;
     bool listReady = false;
 
     std::unique_ptr<zel::JsonStreamFunctorAdapter> streamAdapter;
     std::unique_ptr<iface::RunUntilTrue> readinessCheck;
+
+    Private(PlatformContactManagerBase* manager, const QSharedPointer<zel::JsonStream>& jsonStream)
+        : stream(jsonStream)
+        , avatarRequests(jsonStream, [manager](const QString& userId, const QString& streamId) {
+            manager->sendRequest(streamId, userId);
+        })
+    {
+    }
 
     bool isReporting() const { return eventsEnabled && !replacement.isNow(); }
     void report(std::function<void()> event)
@@ -107,10 +116,9 @@ PlatformContactManagerBase::PlatformContactManagerBase(const QSharedPointer<zel:
                                                        const QSharedPointer<zel::JsonStream>& stream,
                                                        RegistrationHandler* readiness, QObject* parent)
     : QObject(parent)
-    , d(new Private)
+    , d(new Private(this, stream))
 {
     d->multiplexer = multiplexer;
-    d->stream = stream;
     d->readiness = readiness;
 }
 
@@ -161,7 +169,7 @@ void PlatformContactManagerBase::setEventsEnabled(bool enabled)
 {
     d->eventsEnabled = enabled;
     if (enabled)
-        ++d->listenersSoFar;
+        ++d->listenerCount;
 }
 
 bool PlatformContactManagerBase::eventsEnabled() const
@@ -169,9 +177,9 @@ bool PlatformContactManagerBase::eventsEnabled() const
     return d->eventsEnabled;
 }
 
-int PlatformContactManagerBase::listenersSoFar() const
+int PlatformContactManagerBase::listenerCount() const
 {
-    return d->listenersSoFar;
+    return d->listenerCount;
 }
 
 bool PlatformContactManagerBase::isListReady() const
@@ -289,7 +297,7 @@ bool PlatformContactManagerBase::retrieveAvatar(const QString& userId)
         requestAvatar(contact.getAvatarId(), userId);
         return true;
     }
-    d->requests.cancel(userId);
+    d->avatarRequests.cancel(userId);
     if (contact.getAvatarId().isEmpty())
         contact.setAvatarData({});
     d->report([this, contact] { reportAvatar(contact); });
@@ -298,22 +306,33 @@ bool PlatformContactManagerBase::retrieveAvatar(const QString& userId)
 
 void PlatformContactManagerBase::requestAvatar(const QString& streamId, const QString& userId)
 {
-    Log<ZELSP_AVATAR_REQUEST_SEND>({}, userId, streamId);
-    d->requests.add(streamId, userId);
-    const auto request =
-        QSharedPointer<zel::JsonWriter>::create(QStringLiteral("requestUserAvatar"), QStringLiteral("zel"));
-    request->addAttribute(QStringLiteral("userId"), userId);
-    request->addAttribute(QStringLiteral("streamId"), streamId);
-    d->stream->pipe()->send(request);
+    d->avatarRequests.request(userId, streamId);
+}
+
+/// Also for what has had no answer, by when the contact may have another picture.
+void PlatformContactManagerBase::sendRequest(const QString& streamId, const QString& userId)
+{
+    const PlatformContact contact = getContact(userId);
+    if (contact.isInitialized() && contact.getAvatarId() != streamId)
+        retrieveAvatar(userId);
+    else
+        sendAvatarRequest(*d->stream->pipe(), userId, streamId);
 }
 
 void PlatformContactManagerBase::streamDataAvailable(const QString& streamId, const QVariant& data)
 {
-    const QStringList users = d->requests.take(streamId);
+    const QByteArray bytes = data.toByteArray();
+    const QStringList users = d->avatarRequests.take(streamId);
     for (const QString& userId : users) {
         PlatformContact contact = getContact(userId);
-        contact.setAvatarData(data.toByteArray());
-        Log<ZELSP_AVATAR_RECEIVED>({}, userId, streamId, contact.getAvatarData().size());
+        if (!contact.isInitialized())
+            continue;
+        if (contact.getAvatarId() != streamId) {
+            retrieveAvatar(userId);
+            continue;
+        }
+        contact.setAvatarData(bytes);
+        Log<ZELSP_AVATAR_RECEIVED>({}, userId, streamId, bytes.size());
         if (d->eventsEnabled)
             d->events.post([this, contact] { reportAvatar(contact); });
     }

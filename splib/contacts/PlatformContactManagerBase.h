@@ -47,8 +47,8 @@ public:
     /// begins to listen turns events on, also when they are on already.
     void setEventsEnabled(bool enabled);
     bool eventsEnabled() const;
-    /// How often events were turned on: has it grown, somebody listens who did not before.
-    int listenersSoFar() const;
+    /// How many have begun to listen.
+    int listenerCount() const;
     /// Whether every listed user's record has been there once; never turns back.
     bool isListReady() const;
 
@@ -60,7 +60,8 @@ public:
     iface::ObservableList<PlatformContact> contactList() const;
 
     /// Has the contact's picture reported: at once, and whether or not events are enabled, when the contact has none;
-    /// else when it has arrived, and only if they are enabled then. False when there is no such contact.
+    /// else when it has arrived, and only if they are enabled then and the contact still has a handle. It is asked for
+    /// until it comes; if the contact has another by then, that one is asked for. False when there is no such contact.
     bool retrieveAvatar(const QString& userId);
     void requestAvatar(const QString& streamId, const QString& userId);
 
@@ -87,6 +88,7 @@ private:
     void aboutToChange(ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper,
                        const QList<PlatformContact>& before, const QList<PlatformContact>& after);
     void followAvatar(const PlatformContact& before, const PlatformContact& after);
+    void sendRequest(const QString& streamId, const QString& userId);
     void streamDataAvailable(const QString& streamId, const QVariant& data);
     void connInvitationReceivedCallback(QObject* sender, const iface::JsonReaderAttribute& message);
     void invitationReceived(const QString& userId);

@@ -3,8 +3,10 @@
 
 #include <splib/EventQueue.h>
 #include <splib/RegistrationHandler.h>
+#include <splib/contacts/AvatarRequest.h>
 #include <splib/globals/GlobalNames.h>
 #include <splib/globals/GlobalVarsJsonAdapter.h>
+#include <splib/globals/OwnPicture.h>
 #include <splib/log/Logging.h>
 
 #include <zel/JsonStreamFunctorAdapter.h>
@@ -12,11 +14,8 @@
 #include <zel/LiveMap.h>
 
 #include <iface/ObserverFunctorAdapter.h>
-#include <iface/RetryTimer.h>
 
-#include <QExplicitlySharedDataPointer>
 #include <QMetaObject>
-#include <QSharedDataPointer>
 #include <QStringView>
 
 #include <functional>
@@ -36,10 +35,9 @@ struct GlobalsManagerBase::Private
 {
     using GlobalMap = zel::LiveMap<QString, GlobalVar>;
 
-    QSharedPointer<zel::ListApiMultiplexer> listApi;
-    QSharedPointer<zel::JsonStream> jsonStream;
-    RegistrationHandler* registrationHandler;
-    GlobalMap::Pointer globalMap;
+    const QSharedPointer<zel::JsonStream> jsonStream;
+    RegistrationHandler* const registrationHandler;
+    const GlobalMap::Pointer globalMap;
     std::unique_ptr<zel::JsonStreamFunctorAdapter> streamAdapter;
     EventQueue events;
 
@@ -47,13 +45,20 @@ struct GlobalsManagerBase::Private
     PlatformContact profile;         ///< as last told, without its picture
     bool profileInitialized = false;
 
-    QByteArray picture;                          ///< the own picture as last told
-    QSharedDataPointer<Avatar> pendingPicture;   ///< set by the application, not confirmed yet; null when none is
-    QSharedDataPointer<Avatar> confirmedPicture; ///< the last one that was; the service may still ask for its bytes
-    /// A request that was lost while the service was away would be pending for ever, and no other picture be taken.
-    iface::RetryTimer pictureRetry{[this] { sendPendingPicture(); }};
-    QString requestedAvatarId; ///< the stream that the profile's picture was asked for on, empty when it came
-    QString announcedStreamId; ///< a stream that the service means to send the picture on, empty when it came
+    OwnPicture ownPicture;
+    QByteArray picture; ///< as last told
+
+    Private(GlobalsManagerBase* manager, const QSharedPointer<zel::ListApiMultiplexer>& listApi,
+            const QSharedPointer<zel::JsonStream>& stream, RegistrationHandler* handler)
+        : jsonStream(stream)
+        , registrationHandler(handler)
+        , globalMap(
+              GlobalMap::create(listApi, QSharedPointer<GlobalVarsJsonAdapter>::create(), QStringLiteral("global"), {}))
+        , ownPicture(stream, {[this](const Avatar& avatar) { sendAvatar(avatar); },
+                              [this](const QString& streamId) { sendAvatarRequest(streamId); },
+                              [manager](const QByteArray& data) { manager->postAvatar(data); }})
+    {
+    }
 
     void sendProfile(const PlatformContact& change) const
     {
@@ -61,18 +66,17 @@ struct GlobalsManagerBase::Private
         globalMap->requestListChange(changes);
     }
 
-    void sendPendingPicture() const
+    void sendAvatar(const Avatar& avatar) const
     {
         PlatformContact change;
-        change.setAvatarId(pendingPicture->getHash());
-        change.setAvatarMimeType(pendingPicture->getMimeType());
+        change.setAvatarId(avatar.getHash());
+        change.setAvatarMimeType(avatar.getMimeType());
         sendProfile(change);
     }
 
-    QSharedDataPointer<Avatar> takePendingPicture()
+    void sendAvatarRequest(const QString& streamId) const
     {
-        pictureRetry.stop();
-        return std::exchange(pendingPicture, {});
+        zelsplib::sendAvatarRequest(*jsonStream->pipe(), profile.getUri(), streamId);
     }
 
     /// The values are watched directly and not by a monitor: a monitor runs again only when its function has returned,
@@ -89,16 +93,11 @@ struct GlobalsManagerBase::Private
 GlobalsManagerBase::GlobalsManagerBase(QSharedPointer<zel::ListApiMultiplexer> listApi,
                                        QSharedPointer<zel::JsonStream> jsonStream,
                                        RegistrationHandler* registrationHandler)
-    : d(new Private)
+    : d(new Private(this, listApi, jsonStream, registrationHandler))
 {
     qRegisterMetaType<PlatformPermissions>("zelsplib::PlatformPermissions");
     qRegisterMetaType<PlatformContact>("zelsplib::PlatformContact");
 
-    d->listApi = std::move(listApi);
-    d->jsonStream = std::move(jsonStream);
-    d->registrationHandler = registrationHandler;
-    d->globalMap = Private::GlobalMap::create(d->listApi, QSharedPointer<GlobalVarsJsonAdapter>::create(),
-                                              QStringLiteral("global"), {});
     d->follow(this, globalnames::permission(), [this] { permissionCallback(); });
 
     const auto pipe = d->jsonStream->pipe();
@@ -168,40 +167,12 @@ void GlobalsManagerBase::setMyProfile(const PlatformContact& contact)
 
 bool GlobalsManagerBase::setProfileAvatar(Avatar::ImageType type, const char* data, unsigned int size)
 {
-    if (size == 0) {
-        Log<GENERAL_ERROR>({}, "Avatar size == 0");
-        return false;
-    }
-    if (!data) {
-        Log<GENERAL_ERROR>({}, "Avatar data is null");
-        return false;
-    }
-    if (size > DEFAULT_MAX_AVATAR_DATA_SIZE) {
-        Log<GENERAL_ERROR>({}, QStringLiteral("Avatar size %1 exceeds %2").arg(size).arg(DEFAULT_MAX_AVATAR_DATA_SIZE));
-        return false;
-    }
-    if (d->pendingPicture) {
-        Log<GENERAL_ERROR>({},
-                           "m_pendingAvatarSetRequest != 0; this request will be ignored since a request is already "
-                           "pending");
-        return false;
-    }
-    d->pendingPicture = new Avatar(type, QByteArray(data, static_cast<qsizetype>(size)));
-    d->pictureRetry.start();
-    d->sendPendingPicture();
-    return true;
+    return d->ownPicture.offer(type, data, size);
 }
 
 void GlobalsManagerBase::requestProfileAvatar()
 {
-    const QString userId = d->profile.getUri();
-    d->requestedAvatarId = d->profile.getAvatarId();
-    const auto request =
-        QSharedPointer<zel::JsonWriter>::create(QStringLiteral("requestUserAvatar"), QStringLiteral("zel"));
-    request->addAttribute(QStringLiteral("userId"), userId);
-    request->addAttribute(QStringLiteral("streamId"), d->requestedAvatarId);
-    Log<ZELSP_AVATAR_REQUEST_SEND>({}, userId, d->requestedAvatarId);
-    d->jsonStream->pipe()->send(request);
+    d->ownPicture.request(d->profile.getAvatarId());
 }
 
 void GlobalsManagerBase::setUserProfileAvatar(const QByteArray& data)
@@ -220,24 +191,9 @@ void GlobalsManagerBase::postAvatar(const QByteArray& data)
     d->events.post([this] { d->registrationHandler->userProfileAvatarIsReady(); });
 }
 
-void GlobalsManagerBase::postConfirmedAvatar()
-{
-    d->confirmedPicture = d->takePendingPicture();
-    postAvatar(d->confirmedPicture.constData()->getData());
-}
-
 void GlobalsManagerBase::avatarRequested(const QString& streamId)
 {
-    if (streamId.isEmpty())
-        return;
-    const Avatar* pending = d->pendingPicture.constData();
-    const Avatar* confirmed = d->confirmedPicture.constData();
-    if (pending)
-        d->jsonStream->send(streamId, pending->getData());
-    else if (confirmed && confirmed->getHash() == streamId)
-        d->jsonStream->send(streamId, confirmed->getData());
-    else
-        d->announcedStreamId = streamId;
+    d->ownPicture.takeRequest(streamId);
 }
 
 void GlobalsManagerBase::pushRegistrationEvent(const QString& state)
@@ -275,7 +231,7 @@ void GlobalsManagerBase::platformProfileCallback()
             postAvatar({});
     }
     if (avatarChanged)
-        followAvatar(profile.getAvatarId());
+        d->ownPicture.follow(profile.getAvatarId());
     d->events.deliver();
 }
 
@@ -291,22 +247,6 @@ void GlobalsManagerBase::postProfileChanges(const PlatformContact& before, const
         d->events.post([this, profile] { pushStatusChanged(profile); });
 }
 
-void GlobalsManagerBase::followAvatar(const QString& avatarId)
-{
-    // Whatever was asked for is no longer the profile's picture.
-    d->requestedAvatarId.clear();
-    if (d->pendingPicture) {
-        postConfirmedAvatar();
-    } else if (avatarId.isEmpty()) {
-        postAvatar({});
-    } else {
-        d->events.post([this, avatarId] {
-            if (d->profile.getAvatarId() == avatarId)
-                requestProfileAvatar();
-        });
-    }
-}
-
 void GlobalsManagerBase::requestUserAvatarCallback(QObject*, iface::JsonReaderAttribute message)
 {
     QString streamId;
@@ -316,30 +256,19 @@ void GlobalsManagerBase::requestUserAvatarCallback(QObject*, iface::JsonReaderAt
 
 void GlobalsManagerBase::profileChangeResponseCallback(QObject*, iface::JsonReaderAttribute message)
 {
-    if (!d->pendingPicture)
-        return;
     QString status;
-    if (message.object().readString("status", status) && status != success) {
-        Log<GENERAL_WARNING_INFO>({}, "the own picture was refused");
-        d->takePendingPicture();
-    } else if (d->pendingPicture.constData()->getHash() == d->profile.getAvatarId()) {
-        // Setting the picture that the profile already has changes nothing that could confirm it.
-        postConfirmedAvatar();
-        d->events.deliver();
-    }
+    const bool isRefused = message.object().readString("status", status) && status != success;
+    d->ownPicture.takeResponse(isRefused, d->profile.getAvatarId());
+    d->events.deliver();
 }
 
 void GlobalsManagerBase::streamDataAvailable(const QString& streamId, const QVariant& data)
 {
-    if (streamId.isEmpty() || (streamId != d->requestedAvatarId && streamId != d->announcedStreamId))
-        return;
-    for (QString* asked : {&d->requestedAvatarId, &d->announcedStreamId}) {
-        if (*asked == streamId)
-            asked->clear();
-    }
     const QByteArray picture = data.toByteArray();
+    if (!d->ownPicture.takeData(streamId, picture))
+        return;
     Log<ZELSP_AVATAR_RECEIVED>({}, d->profile.getUri(), streamId, static_cast<unsigned>(picture.size()));
-    setUserProfileAvatar(picture);
+    d->events.deliver();
 }
 
 } // namespace zelsplib

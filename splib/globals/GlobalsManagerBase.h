@@ -23,9 +23,6 @@ namespace zelsplib {
 
 class RegistrationHandler;
 
-/// The largest own picture that the service takes, in bytes.
-inline constexpr unsigned int DEFAULT_MAX_AVATAR_DATA_SIZE = 32768;
-
 /// What GlobalsManager does whatever its event handlers are: mirrors the "global" list, asks for the registration,
 /// and keeps the own profile and its picture.
 ///
@@ -60,7 +57,7 @@ public:
     /// waits to be confirmed.
     bool setProfileAvatar(Avatar::ImageType type, const char* data, unsigned int size);
 
-    /// Asks for the picture that the own profile names.
+    /// Asks for the picture that the own profile names, and again until it comes.
     void requestProfileAvatar();
     /// Takes `data` as the own picture and tells so.
     void setUserProfileAvatar(const QByteArray& data);
@@ -82,9 +79,7 @@ private:
     virtual void pushAvatarChanged(const PlatformContact& profile) = 0;
 
     void postAvatar(const QByteArray& data);
-    void postConfirmedAvatar();
     void postProfileChanges(const PlatformContact& before, const PlatformContact& after);
-    void followAvatar(const QString& avatarId);
 
     void permissionCallback();
     void platformProfileCallback();

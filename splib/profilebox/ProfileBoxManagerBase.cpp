@@ -3,6 +3,8 @@
 
 #include <splib/EventQueue.h>
 #include <splib/RegistrationHandler.h>
+#include <splib/channel/Retries.h>
+#include <splib/channel/StreamRequests.h>
 #include <splib/log/Logging.h>
 #include <splib/profilebox/ProfileBoxImageJsonAdapter.h>
 #include <splib/profilebox/ProfileBoxItemJsonAdapter.h>
@@ -14,12 +16,12 @@
 
 #include <iface/ObservableListImplFunctorAdapter.h>
 #include <iface/ObserverFunctorAdapter.h>
-#include <iface/RetryTimer.h>
 
 #include <QCryptographicHash>
 #include <QHash>
 #include <QSharedDataPointer>
 
+#include <algorithm>
 #include <utility>
 
 namespace zelsplib {
@@ -54,9 +56,9 @@ struct ProfileBoxManagerBase::Private
     using ItemList = zel::LiveList<ProfileBoxItem, QString>;
     using ImageList = zel::LiveList<ProfileBoxImage, QString>;
 
-    QSharedPointer<zel::ListApiMultiplexer> listApi;
-    QSharedPointer<zel::JsonStream> jsonStream;
-    RegistrationHandler* registrationHandler;
+    const QSharedPointer<zel::ListApiMultiplexer> listApi;
+    const QSharedPointer<zel::JsonStream> jsonStream;
+    RegistrationHandler* const registrationHandler;
 
     ItemList::Pointer itemList; ///< both lists are null until init()
     ImageList::Pointer imageList;
@@ -64,12 +66,24 @@ struct ProfileBoxManagerBase::Private
     EventQueue events;
     ProfileBoxState state = ProfileBoxState::Loading;
 
-    ProfileBoxMirror<ProfileBoxItem> items; ///< what the application has been told of
-    ProfileBoxMirror<ProfileBoxImage> images;
+    // What the application has been told of.
+    ProfileBoxMirror<ProfileBoxItem, &ProfileBoxItem::getItemId> items;
+    ProfileBoxMirror<ProfileBoxImage, &ProfileBoxImage::getImageId> images;
+
     QHash<QString, QSharedDataPointer<Avatar>> pendingIcons; ///< announced but not listed yet, by icon id
-    /// A request that was lost while the service was away would keep the icon's id from being used for ever.
-    iface::RetryTimer iconRetry{[this] { sendPendingIcons(); }};
-    QHash<QString, QList<int>> retrievals; ///< icon ids that wait for data, by stream id, in order of request
+    Retries announcements;     ///< of the pending icons whose bytes the service has not asked for yet
+    StreamRequests retrievals; ///< of the data of icons, by icon id
+
+    Private(const QSharedPointer<zel::ListApiMultiplexer>& multiplexer, const QSharedPointer<zel::JsonStream>& stream,
+            RegistrationHandler* handler)
+        : listApi(multiplexer)
+        , jsonStream(stream)
+        , registrationHandler(handler)
+        , announcements([this](const QString& imageId) { sendIcon(imageId); })
+        , retrievals(stream,
+                     [this](const QString& imageId, const QString& streamId) { sendRetrieval(imageId, streamId); })
+    {
+    }
 
     void sendIcon(const QString& imageId) const
     {
@@ -80,22 +94,42 @@ struct ProfileBoxManagerBase::Private
         jsonStream->pipe()->send(request);
     }
 
-    void sendPendingIcons()
+    void sendRetrieval(const QString& imageId, const QString& streamId) const
     {
-        if (pendingIcons.isEmpty())
-            iconRetry.stop();
-        const QStringList ids = pendingIcons.keys();
-        for (const QString& id : ids)
-            sendIcon(id);
+        const auto request =
+            QSharedPointer<zel::JsonWriter>::create(QStringLiteral("requestProfileBoxImage"), QStringLiteral("zel"));
+        request->addAttribute(QStringLiteral("streamId"), streamId);
+        request->addAttribute(QStringLiteral("imageId"), imageId);
+        jsonStream->pipe()->send(request);
+    }
+
+    /// Whose data it is that has come, with this hash, on a stream that several icons may share; empty when nobody's.
+    QString retrievalOf(const QString& streamId, const QString& hash) const
+    {
+        const QStringList waiting = retrievals.waiting(streamId);
+        bool isRepeated = false; // the answer for an icon that has had one
+        for (const ProfileBoxImage& image : images.records()) {
+            const QString imageId = image.getImageId();
+            if (image.getImageHash() != hash || retrievalStreamId(imageId.toInt()) != streamId)
+                continue;
+            if (waiting.contains(imageId))
+                return imageId;
+            isRepeated = true;
+        }
+        if (isRepeated)
+            return {};
+        const auto unlisted = std::find_if(waiting.begin(), waiting.end(),
+                                           [this](const QString& imageId) { return !images.find(imageId); });
+        return unlisted != waiting.end() ? *unlisted : waiting.value(0);
     }
 
     ProfileBoxItem itemAt(int index) const { return itemList->data(ItemList::pathOf(index)).value<ProfileBoxItem>(); }
 
     /// The icon with its data, as far as that is known.
-    ProfileBoxImage imageAt(int index)
+    ProfileBoxImage imageAt(int index) const
     {
         auto image = imageList->data(ImageList::pathOf(index)).value<ProfileBoxImage>();
-        const auto pending = pendingIcons.take(image.getImageId());
+        const auto pending = pendingIcons.value(image.getImageId());
         if (pending)
             image.setImage(pending);
         else if (const ProfileBoxImage* known = images.find(image.getImageId());
@@ -112,23 +146,27 @@ struct ProfileBoxManagerBase::Private
         return all;
     }
 
-    QList<ProfileBoxImage> allImages()
+    QList<ProfileBoxImage> allImages() const
     {
         QList<ProfileBoxImage> all;
         for (int i = 0, count = imageList->childCount({}); i < count; ++i)
             all.append(imageAt(i));
         return all;
     }
+
+    /// An icon is listed, and was told with its data.
+    void settle(const ProfileBoxImage& image)
+    {
+        pendingIcons.remove(image.getImageId());
+        announcements.end(image.getImageId());
+    }
 };
 
 ProfileBoxManagerBase::ProfileBoxManagerBase(QSharedPointer<zel::ListApiMultiplexer> listApi,
                                              QSharedPointer<zel::JsonStream> jsonStream,
                                              RegistrationHandler* registrationHandler)
-    : d(new Private)
+    : d(new Private(listApi, jsonStream, registrationHandler))
 {
-    d->listApi = std::move(listApi);
-    d->jsonStream = std::move(jsonStream);
-    d->registrationHandler = registrationHandler;
 }
 
 ProfileBoxManagerBase::~ProfileBoxManagerBase() = default;
@@ -208,20 +246,14 @@ bool ProfileBoxManagerBase::createProfileBoxImage(int iconId, Avatar::ImageType 
 
     const QSharedDataPointer<Avatar> icon(new Avatar(type, QByteArray(data, static_cast<qsizetype>(size))));
     d->pendingIcons.insert(imageId, icon);
-    d->iconRetry.start();
+    d->announcements.begin(imageId);
     d->sendIcon(imageId);
     return true;
 }
 
 void ProfileBoxManagerBase::retrieveProfileBoxImage(int iconId)
 {
-    const QString streamId = retrievalStreamId(iconId);
-    d->retrievals[streamId].append(iconId);
-    const auto request =
-        QSharedPointer<zel::JsonWriter>::create(QStringLiteral("requestProfileBoxImage"), QStringLiteral("zel"));
-    request->addAttribute(QStringLiteral("streamId"), streamId);
-    request->addAttribute(QStringLiteral("imageId"), QString::number(iconId));
-    d->jsonStream->pipe()->send(request);
+    d->retrievals.request(QString::number(iconId), retrievalStreamId(iconId));
 }
 
 void ProfileBoxManagerBase::removeProfileBoxItem(const QString& itemId)
@@ -302,6 +334,7 @@ void ProfileBoxManagerBase::handleImageAdded(const QVariantList& indexPath)
         return;
     }
     const ProfileBoxImage image = d->imageAt(index);
+    d->settle(image);
     d->images.insert(index, image);
     d->events.post([this, image] { pushImageAdded(image); });
     d->events.deliver();
@@ -310,8 +343,11 @@ void ProfileBoxManagerBase::handleImageAdded(const QVariantList& indexPath)
 void ProfileBoxManagerBase::handleImageUpdated(const QVariantList& indexPath)
 {
     const int index = Private::ImageList::indexOfPath(indexPath);
-    if (index != -1)
-        d->images.replace(index, d->imageAt(index));
+    if (index == -1)
+        return;
+    const ProfileBoxImage image = d->imageAt(index);
+    d->settle(image);
+    d->images.replace(index, image);
 }
 
 void ProfileBoxManagerBase::handleImageRemoved(const QVariantList& indexPath)
@@ -324,7 +360,15 @@ void ProfileBoxManagerBase::handleImageRemoved(const QVariantList& indexPath)
 
 void ProfileBoxManagerBase::handleImagesChanged()
 {
-    const auto changes = d->images.replaceAll(d->allImages());
+    const QList<ProfileBoxImage> images = d->allImages();
+    for (const ProfileBoxImage& image : images)
+        d->settle(image);
+    // The service may have lost what it had been sent. If it has not, the icon will be listed before long.
+    if (d->images.isComplete()) {
+        for (auto icon = d->pendingIcons.keyBegin(); icon != d->pendingIcons.keyEnd(); ++icon)
+            d->announcements.begin(*icon);
+    }
+    const auto changes = d->images.replaceAll(images);
     for (const ProfileBoxImage& image : changes.removed)
         d->events.post([this, image] { pushImageRemoved(image); });
     for (const ProfileBoxImage& image : changes.added)
@@ -360,22 +404,22 @@ void ProfileBoxManagerBase::handleProfileBoxImageRequest(const QString& imageId,
         return;
     }
     const QByteArray data = (*pending)->getData();
+    d->announcements.end(imageId);
     d->jsonStream->send(streamId, data);
 }
 
 void ProfileBoxManagerBase::streamDataAvailable(const QString& streamId, const QVariant& data)
 {
-    const auto waiting = d->retrievals.find(streamId);
-    if (waiting == d->retrievals.end())
+    if (d->retrievals.waiting(streamId).isEmpty())
         return;
-    const QString imageId = QString::number(waiting->takeFirst());
-    if (waiting->isEmpty())
-        d->retrievals.erase(waiting);
-
     const QByteArray bytes = data.toByteArray();
     const QSharedDataPointer<Avatar> icon(new Avatar(Avatar::imageTypeOf(bytes), bytes));
+    const QString imageId = d->retrievalOf(streamId, icon.constData()->getHash());
+    if (imageId.isEmpty())
+        return;
+    d->retrievals.cancel(imageId);
     Log<ZELSP_PROFILE_BOX_IMG_DATA_RECEIVED>({}, imageId, streamId, static_cast<unsigned>(bytes.size()));
-    const ProfileBoxImage image = ProfileBoxImage::create(imageId, icon->getHash(), icon);
+    const ProfileBoxImage image = ProfileBoxImage::create(imageId, icon.constData()->getHash(), icon);
     d->events.post([this, image] { pushImageRetrieved(image); });
     d->events.deliver();
 }

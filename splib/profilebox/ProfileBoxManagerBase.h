@@ -50,7 +50,8 @@ public:
     /// Each false, with a line in the log, when the request cannot be one. What is created shows in the lists later.
     bool createProfileBoxItem(const QString& text, const boost::optional<int>& iconId, const QString& cookie);
     bool createProfileBoxImage(int iconId, Avatar::ImageType type, const char* data, unsigned size);
-    /// Asks for an icon's data, which comes as an event. Requests are answered in their order.
+    /// Asks for an icon's data, and again until it comes as an event. Of icons that share a stream, the data is that
+    /// one's whose listed hash it has, else that of the one that has waited longest.
     void retrieveProfileBoxImage(int iconId);
     /// Asks for an item's removal; nothing is sent before init().
     void removeProfileBoxItem(const QString& itemId);

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <splib/profilebox/ProfileBoxImage.h>
-#include <splib/profilebox/ProfileBoxItem.h>
-
 #include <QList>
 #include <QSet>
 #include <QString>
@@ -14,18 +11,9 @@
 
 namespace zelsplib {
 
-inline QString profileBoxKey(const ProfileBoxItem& item)
-{
-    return item.getItemId();
-}
-inline QString profileBoxKey(const ProfileBoxImage& image)
-{
-    return image.getImageId();
-}
-
 /// A copy of one of the box's lists, in list order: what the application has been told of. It is what a removal, or a
 /// list that came whole again, is compared with. Boxes are small, so looking up walks.
-template <typename Record>
+template <typename Record, QString (Record::*key)() const>
 class ProfileBoxMirror
 {
 public:
@@ -37,12 +25,12 @@ public:
 
     const QList<Record>& records() const { return m_records; }
 
-    /// Null when there is none; good until the next change.
-    const Record* find(const QString& key) const
+    /// The last one with this key; null when there is none. Good until the next change.
+    const Record* find(const QString& wanted) const
     {
-        const auto found = std::find_if(m_records.cbegin(), m_records.cend(),
-                                        [&key](const Record& record) { return profileBoxKey(record) == key; });
-        return found == m_records.cend() ? nullptr : &*found;
+        const auto found = std::find_if(m_records.crbegin(), m_records.crend(),
+                                        [&wanted](const Record& record) { return (record.*key)() == wanted; });
+        return found == m_records.crend() ? nullptr : &*found;
     }
 
     void insert(int index, const Record& record) { m_records.insert(qBound(0, index, size()), record); }
@@ -81,10 +69,10 @@ private:
     {
         QSet<QString> keys;
         for (const Record& other : others)
-            keys.insert(profileBoxKey(other));
+            keys.insert((other.*key)());
         QList<Record> rest;
         for (const Record& record : records) {
-            if (!keys.contains(profileBoxKey(record)))
+            if (!keys.contains((record.*key)()))
                 rest.append(record);
         }
         return rest;

@@ -32,7 +32,9 @@ private Q_SLOTS:
     void confirmsAPictureByTheChangedProfile();
     void confirmsTheSamePictureByTheResponse();
     void dropsARefusedPicture();
-    void asksAgainWhenAPictureHasNoAnswer();
+    void asksAgainWhileAPictureHasNoAnswer();
+    void asksAgainForTheOwnPicture();
+    void forgetsHalfAPicture();
     void takesAnAnnouncedStream();
     void sendsAPictureWhoseRecordChangedFirst();
 };
@@ -281,14 +283,25 @@ void TstGlobalsManager::dropsARefusedPicture()
 {
     Fixture f;
     f.initWithProfile();
+    const QByteArray id = sha1("mine");
     QVERIFY(f.setPicture("mine"));
     f.pipe->inject(R"({"profileChangeResponse":{"status":"Failure"}})");
     QCOMPARE(f.log.take(), QStringList());
-    QVERIFY(f.setPicture("mine"));
     QCOMPARE(f.manager->getMyAvatar(), QByteArray("old"));
+
+    // What was refused was another change: the picture goes on its way.
+    f.pipe->clearSent();
+    f.pipe->inject(R"({"requestNewAvatarImage":{"streamId":")" + id + R"("}})");
+    QVERIFY(f.pipe->expectSentText(R"({"stream":{"id":")" + id + R"(","value":"bWluZQ==","last":true}})"));
+    f.profile(R"("avatarId":")" + id + R"(","avatarMimeType":"image/gif")");
+    QVERIFY(f.pipe->expectSentText(R"({"requestUserAvatar":{"userId":"me","streamId":")" + id + R"("}})"));
+    f.stream(id, "mine");
+    QCOMPARE(f.log.take(),
+             QStringList({QString::fromLatin1("picture " + id + " image/gif mine"), QStringLiteral("gate picture")}));
+    QVERIFY(f.setPicture("next"));
 }
 
-void TstGlobalsManager::asksAgainWhenAPictureHasNoAnswer()
+void TstGlobalsManager::asksAgainWhileAPictureHasNoAnswer()
 {
     const auto clock = FakeClock::install();
     const auto uninstall = qScopeGuard(&FakeClock::uninstall);
@@ -306,6 +319,52 @@ void TstGlobalsManager::asksAgainWhenAPictureHasNoAnswer()
     f.pipe->clearSent();
     clock->advance(10 * 60 * 1000);
     QVERIFY(f.pipe->expectNothingSent());
+}
+
+void TstGlobalsManager::asksAgainForTheOwnPicture()
+{
+    const auto clock = FakeClock::install();
+    const auto uninstall = qScopeGuard(&FakeClock::uninstall);
+    Fixture f;
+    f.init();
+    f.answer(R"({"name":"platformProfile","value":{"userId":"me","avatarId":"p0"}})");
+    const QByteArray request = R"({"requestUserAvatar":{"userId":"me","streamId":"p0"}})";
+    QVERIFY(f.pipe->expectSentText(request));
+    f.manager->requestProfileAvatar(); // goes out, and waits with the one before
+    QVERIFY(f.pipe->expectSentText(request));
+    clock->advance(30 * 1000 - 1);
+    QVERIFY(f.pipe->expectNothingSent());
+    clock->advance(60 * 1000 + 1);
+    QVERIFY(f.pipe->expectSentText(request));
+    QVERIFY(f.pipe->expectSentText(request));
+    f.stream("p0", "old");
+    QCOMPARE(f.log.take(), lines({"gate profile", "picture p0  old", "gate picture"}));
+    f.profile(R"("avatarId":"p1")");
+    f.profile(R"("avatarId":"")");
+    f.pipe->clearSent();
+    clock->advance(10 * 60 * 1000);
+    QVERIFY(f.pipe->expectNothingSent());
+}
+
+void TstGlobalsManager::forgetsHalfAPicture()
+{
+    const auto clock = FakeClock::install();
+    const auto uninstall = qScopeGuard(&FakeClock::uninstall);
+    Fixture f;
+    f.initWithProfile();
+    const auto half = [&f](const QByteArray& id) {
+        f.pipe->inject(R"({"stream":{"id":")" + id + R"(","value":"aGFsZg=="}})");
+    };
+    half("p1");
+    f.profile(R"("avatarId":"p1")");
+    half("p1");
+    clock->advance(30 * 1000);
+    f.stream("p1", "whole");
+    half("s7");
+    f.pipe->inject(R"({"requestNewAvatarImage":{"streamId":"s7"}})");
+    f.stream("s7", "theirs");
+    QCOMPARE(f.log.take(),
+             lines({"picture p1 image/png whole", "gate picture", "picture p1 image/png theirs", "gate picture"}));
 }
 
 void TstGlobalsManager::takesAnAnnouncedStream()

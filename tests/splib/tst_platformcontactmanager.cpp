@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/contacts/PlatformContactManager.h>
 
+#include <splib/channel/StreamRequests.h>
+
+#include <common/FakeClock.h>
 #include <common/FakePipe.h>
 #include <common/RecordingHandlers.h>
 #include <common/SeededRandom.h>
@@ -9,6 +12,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QScopeGuard>
 #include <QtTest>
 
 #include <map>
@@ -179,6 +183,8 @@ private Q_SLOTS:
     void retrievesThePictureOfAChangedContact();
     void answersAllWhoWaitForOnePicture();
     void dropsThePictureThatWasOvertaken();
+    void asksAgainForPictures();
+    void leavesAloneWhatOthersWaitFor();
     void reportsInvitations();
     void leavesItsViewToOthers();
 };
@@ -435,6 +441,84 @@ void TstPlatformContactManager::dropsThePictureThatWasOvertaken()
     f.log.take();
     f.sendPicture("last", "L");
     QCOMPARE(f.log.take(), lines({"picture h0 last L"}));
+
+    // Nobody follows the picture of somebody who is away.
+    QVERIFY(f.manager.retrieveAvatar(userId(0)));
+    f.changeRecord(withPicture(record(0), QStringLiteral("newer")));
+    f.addId(0);
+    f.pipe->clearSent();
+    f.sendPicture("last", "L");
+    QVERIFY(f.pipe->expectSentText(R"({"requestUserAvatar":{"userId":"user0","streamId":"newer"}})"));
+    f.sendPicture("newer", "N");
+    QCOMPARE(f.log.take(), lines({"install h0", "picture h0 newer N"}));
+
+    // Without a handle there is nobody whose picture it could be.
+    QVERIFY(f.manager.retrieveAvatar(userId(0)));
+    f.changeRecord({{QStringLiteral("userId"), userId(0)}, {QStringLiteral("handle"), QString()}});
+    f.sendPicture("newer", "N");
+    QCOMPARE(f.log.take(), lines({"uninstall h0"}));
+}
+
+void TstPlatformContactManager::asksAgainForPictures()
+{
+    const auto clock = FakeClock::install();
+    const auto uninstall = qScopeGuard(&FakeClock::uninstall);
+    Fixture f;
+    f.becomeReady(3);
+    const auto request = [](int number, const QByteArray& streamId) {
+        return R"({"requestUserAvatar":{"userId":")" + userId(number).toUtf8() + R"(","streamId":")" + streamId +
+               R"("}})";
+    };
+    f.pipe->clearSent();
+    f.changeRecord(withPicture(record(0), QStringLiteral("p"))); // fetched by the library itself
+    QVERIFY(f.pipe->expectSentText(request(0, "p")));
+    f.changeRecord(withPicture(record(1), QStringLiteral("p")));
+    f.changeRecord(withPicture(record(2), QStringLiteral("q")));
+    f.pipe->clearSent();
+    clock->advance(20 * 1000);
+    QVERIFY(f.manager.retrieveAvatar(userId(0))); // begins no second wait
+    QVERIFY(f.pipe->expectSentText(request(0, "p")));
+    const auto half = [&f](const char* streamId) {
+        f.inject("stream", {{QStringLiteral("id"), QLatin1String(streamId)},
+                            {QStringLiteral("value"), QStringLiteral("aGFsZg==")}});
+    };
+    half("p"); // and is cut
+    f.sendPicture("q", "Q");
+    clock->advance(10 * 1000);
+    QVERIFY(f.pipe->expectSentText(request(0, "p")));
+    QVERIFY(f.pipe->expectSentText(request(1, "p")));
+    f.sendPicture("p", "P");
+    clock->advance(10 * 60 * 1000);
+    QVERIFY(f.pipe->expectNothingSent());
+    f.log.take();
+
+    // What is asked for again may be another picture by then.
+    QVERIFY(f.manager.retrieveAvatar(userId(2)));
+    f.removeId(2);
+    f.changeRecord(withPicture(record(2), QStringLiteral("r")));
+    f.pipe->clearSent();
+    clock->advance(30 * 1000);
+    QVERIFY(f.pipe->expectSentText(request(2, "r")));
+    half("r");
+    QVERIFY(f.manager.retrieveAvatar(userId(2)));
+    f.sendPicture("r", "R");
+    QCOMPARE(f.log.take(), lines({"uninstall h2", "picture h2 r R"}));
+}
+
+// Two managers that wait for the same picture.
+void TstPlatformContactManager::leavesAloneWhatOthersWaitFor()
+{
+    Fixture f;
+    f.becomeReady(1);
+    f.addRecord(withPicture(record(0), QStringLiteral("p")));
+    zelsplib::StreamRequests others(f.stream, [](const QString&, const QString&) {});
+    others.request(QStringLiteral("me"), QStringLiteral("p"));
+    f.log.take();
+    f.inject("stream",
+             {{QStringLiteral("id"), QStringLiteral("p")}, {QStringLiteral("value"), QStringLiteral("aGFsZg==")}});
+    QVERIFY(f.manager.retrieveAvatar(userId(0)));
+    f.sendPicture("p", " more");
+    QCOMPARE(f.log.take(), lines({"picture h0 p half more"}));
 }
 
 void TstPlatformContactManager::reportsInvitations()

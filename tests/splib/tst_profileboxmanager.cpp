@@ -25,13 +25,15 @@ private Q_SLOTS:
     void checksItems();
     void checksIcons();
     void sendsAPendingIconsData();
-    void asksAgainForAnIconThatIsNotListed();
+    void asksAgainUntilAnIconsBytesHaveGone();
     void joinsAListedIconWithItsData();
     void followsTheItems();
     void tellsWhatAWholeListChanges();
     void keepsOrderWhileASlotSpins();
     void ignoresAnIconThatItHas();
     void retrievesIconsInRequestOrder();
+    void tellsIconsOfOneStreamApart();
+    void asksAgainForIconsThatHaveNotCome();
 };
 
 namespace {
@@ -201,18 +203,34 @@ void TstProfileBoxManager::sendsAPendingIconsData()
                                  "6: zelcore request user profile box image, imageId:3, streamId:s"}));
 }
 
-void TstProfileBoxManager::asksAgainForAnIconThatIsNotListed()
+void TstProfileBoxManager::asksAgainUntilAnIconsBytesHaveGone()
 {
     const auto clock = FakeClock::install();
     const auto uninstall = qScopeGuard(&FakeClock::uninstall);
     Fixture f;
     f.initWithBox();
     f.createIcon(3, "icon");
-    const QByteArray request = f.pipe->sent().last();
+    const QByteArray request = f.pipe->takeSent();
+    // Whoever registers steadily has the older ones asked for again as well.
+    for (int id = 10; id < 13; ++id) {
+        clock->advance(9 * 1000);
+        f.createIcon(id, "other");
+    }
     f.pipe->clearSent();
+    clock->advance(3 * 1000);
+    QVERIFY(f.pipe->expectSentText(request));
+    QVERIFY(f.pipe->expectNothingSent());
+
+    for (const char* id : {"3", "10", "11", "12"})
+        f.pipe->inject(QByteArray(R"({"requestNewProfileBoxImage":{"streamId":"s","imageId":")") + id + "\"}}");
+    f.pipe->clearSent();
+    clock->advance(10 * 60 * 1000);
+    QVERIFY(f.pipe->expectNothingSent());
+
+    // A service that begins anew may know nothing of it.
+    f.whole("profileBoxImage", R"({"imageId":"10"},{"imageId":"11"},{"imageId":"12"})");
     clock->advance(30 * 1000);
     QVERIFY(f.pipe->expectSentText(request));
-    f.pipe->clearSent();
     f.message("listAdd", "profileBoxImage", R"({"imageId":"3","imageHash":"h"})");
     clock->advance(10 * 60 * 1000);
     QVERIFY(f.pipe->expectNothingSent());
@@ -300,6 +318,42 @@ void TstProfileBoxManager::retrievesIconsInRequestOrder()
     f.stream(streamIdOf(1), "d");
     QCOMPARE(f.log.take(), lines({"icon retrieved 200 image/jpeg c", "icon retrieved 1 image/jpeg a",
                                   "icon retrieved 257 image/jpeg b"}));
+}
+
+void TstProfileBoxManager::tellsIconsOfOneStreamApart()
+{
+    Fixture f;
+    f.initWithBox();
+    const auto listed = [](const char* id, const char* data) {
+        const QByteArray hash = QCryptographicHash::hash(data, QCryptographicHash::Sha1).toHex();
+        return QByteArray(R"({"imageId":")") + id + R"(","imageHash":")" + hash + "\"}";
+    };
+    f.whole("profileBoxImage", listed("0", "a") + ',' + listed("256", "b") + ',' + listed("512", "c"));
+    f.log.take();
+    for (const int id : {0, 256, 512, 768, 0})
+        f.manager.retrieveProfileBoxImage(id);
+    // The answer for 0 comes late, and twice; 768 is in no list.
+    for (const char* data : {"b", "a", "a", "d", "c"})
+        f.stream(streamIdOf(0), data);
+    QCOMPARE(f.log.take(), lines({"icon retrieved 256 image/jpeg b", "icon retrieved 0 image/jpeg a",
+                                  "icon retrieved 768 image/jpeg d", "icon retrieved 512 image/jpeg c"}));
+}
+
+void TstProfileBoxManager::asksAgainForIconsThatHaveNotCome()
+{
+    const auto clock = FakeClock::install();
+    const auto uninstall = qScopeGuard(&FakeClock::uninstall);
+    Fixture f;
+    f.initWithBox();
+    f.manager.retrieveProfileBoxImage(7);
+    const QByteArray request = f.pipe->takeSent();
+    f.pipe->inject(R"({"stream":{"id":")" + streamIdOf(7) + R"(","value":"aGFsZg=="}})");
+    clock->advance(30 * 1000);
+    QVERIFY(f.pipe->expectSentText(request));
+    f.stream(streamIdOf(7), "whole");
+    QCOMPARE(f.log.take(), lines({"icon retrieved 7 image/jpeg whole"}));
+    clock->advance(10 * 60 * 1000);
+    QVERIFY(f.pipe->expectNothingSent());
 }
 
 QTEST_GUILESS_MAIN(TstProfileBoxManager)

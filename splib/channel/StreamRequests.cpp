@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <splib/channel/StreamRequests.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace zelsplib {
+
+StreamRequests::StreamRequests(const QSharedPointer<zel::JsonStream>& stream, Send send)
+    : QObject(stream.data())
+    , m_stream(*stream)
+    , m_send(std::move(send))
+    , m_retries([this](const QString& key) { requestAgain(key); })
+{
+}
+
+void StreamRequests::request(const QString& key, const QString& streamId)
+{
+    if (m_streams.value(key) != streamId)
+        cancel(key);
+    if (!isAwaitedByOthers(key, streamId))
+        m_stream.forget(streamId);
+    if (!m_streams.contains(key)) {
+        m_streams.insert(key, streamId);
+        m_keys[streamId].append(key);
+        m_retries.begin(key);
+    }
+    m_send(key, streamId);
+}
+
+void StreamRequests::cancel(const QString& key)
+{
+    m_retries.end(key);
+    const auto keys = m_keys.find(m_streams.take(key));
+    if (keys == m_keys.end())
+        return;
+    keys->removeOne(key);
+    if (keys->isEmpty())
+        m_keys.erase(keys);
+}
+
+QStringList StreamRequests::take(const QString& streamId)
+{
+    const QStringList keys = waiting(streamId);
+    for (const QString& key : keys)
+        cancel(key);
+    return keys;
+}
+
+bool StreamRequests::isAwaitedByOthers(const QString& key, const QString& streamId) const
+{
+    const auto all = m_stream.findChildren<StreamRequests*>(QString(), Qt::FindDirectChildrenOnly);
+    return std::any_of(all.begin(), all.end(), [&](const StreamRequests* requests) {
+        const QStringList keys = requests->waiting(streamId);
+        return !keys.isEmpty() && (requests != this || keys != QStringList(key));
+    });
+}
+
+/// What has come so far is forgotten whoever else waits: it has not gone on for so long that it never will.
+void StreamRequests::requestAgain(const QString& key)
+{
+    const QString streamId = m_streams.value(key);
+    m_stream.forget(streamId);
+    m_send(key, streamId);
+}
+
+} // namespace zelsplib
