@@ -8,18 +8,15 @@ namespace vx::platform::zel {
 class ServiceBridge;
 
 /// Hands invitations and chats to the applications that are there for them. A value held by the connections manager;
-/// needs no bridge for what it does.
+/// is introduced to the bridge like its fellows, and needs none for what it does.
 class InvocationManager
 {
 public:
-    void setMessageServiceBridge(ServiceBridge* bridge) { m_bridge = bridge; }
+    void setMessageServiceBridge(ServiceBridge*) {}
 
     /// Each answers whether the other application took the request.
     bool sendContactInvitation(const QString& ecoId, const QString& displayName, const QString& message) const;
     bool invokeChat(const QString& ecoId) const;
-
-private:
-    ServiceBridge* m_bridge = nullptr;
 };
 
 } // namespace vx::platform::zel

@@ -47,10 +47,9 @@ void ProfileBoxEventHandler::pushRetrievedProfileBoxImageEvent(const zelsplib::P
     auto* box = delegate();
     if (!box)
         return;
-    // Icons travel without their type; only the bytes tell it.
-    const QByteArray data = image.getImage()->getData();
-    box->notifyIconRetrieved(image.getImageId().toInt(),
-                             HelperUtils::pictureTypeForAvatar(zelsplib::Avatar::imageTypeOf(data)), data);
+    const auto icon = image.getImage();
+    box->notifyIconRetrieved(image.getImageId().toInt(), HelperUtils::pictureTypeForAvatar(icon->getImageType()),
+                             icon->getData());
 }
 
 } // namespace vx::platform::zel

@@ -1,7 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <splib/ecoid/EcoIdManagerBase.h>
+#include <zel/JsonPipe.h>
+#include <zel/JsonWriter.h>
+
+#include <iface/JsonReaderAttribute.h>
+
+#include <QObject>
+#include <QSharedPointer>
+#include <QString>
 
 #include <concepts>
 #include <utility>
@@ -18,23 +25,38 @@ concept EcoIdEvents = std::default_initializable<T> && requires(T handler, const
 /// Asks the core service for the eco identifier that belongs to a ppId. Nothing is remembered between a request and
 /// its answer: answers are told as they come, asked for or not. Owned by the facade.
 template <EcoIdEvents Handler>
-class EcoIdManager final : public EcoIdManagerBase
+class EcoIdManager final : public QObject
 {
 public:
     explicit EcoIdManager(QSharedPointer<zel::JsonPipe> pipe)
-        : EcoIdManagerBase(std::move(pipe))
+        : m_pipe(std::move(pipe))
     {
+        m_pipe->addListener(
+            this, QStringLiteral("requestEcoIdResponse"),
+            [this](QObject* sender, iface::JsonReaderAttribute message) { ecoIdResponseCallback(sender, message); });
+    }
+
+    void requestEcoId(const QString& ppid)
+    {
+        const auto request =
+            QSharedPointer<zel::JsonWriter>::create(QStringLiteral("requestEcoId"), QStringLiteral("zel"));
+        request->addAttribute(QStringLiteral("ppid"), ppid);
+        m_pipe->send(request);
     }
 
     Handler& eventHandler() { return m_handler; }
 
 private:
-    void pushEcoIdResponse(const QString& ppid, const QString& ecoId) override
+    void ecoIdResponseCallback(QObject*, const iface::JsonReaderAttribute& message)
     {
+        QString ppid;
+        QString ecoId;
+        message.object().readFields("ppid", ppid, "ecoId", ecoId);
         m_handler.pushEcoIdResponse(ppid, ecoId);
     }
 
     Handler m_handler;
+    QSharedPointer<zel::JsonPipe> m_pipe;
 };
 
 } // namespace zelsplib

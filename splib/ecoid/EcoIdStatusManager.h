@@ -1,7 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <splib/ecoid/EcoIdStatusManagerBase.h>
+#include <zel/JsonPipe.h>
+#include <zel/JsonWriter.h>
+
+#include <iface/JsonReaderAttribute.h>
+
+#include <QObject>
+#include <QSharedPointer>
+#include <QString>
 
 #include <concepts>
 #include <utility>
@@ -19,23 +26,39 @@ concept EcoIdStatusEvents = std::default_initializable<T> &&
 /// Asks the core service whether an eco identifier is a contact already or has been invited. Nothing is remembered
 /// between a request and its answer: answers are told as they come, asked for or not. Owned by the facade.
 template <EcoIdStatusEvents Handler>
-class EcoIdStatusManager final : public EcoIdStatusManagerBase
+class EcoIdStatusManager final : public QObject
 {
 public:
     explicit EcoIdStatusManager(QSharedPointer<zel::JsonPipe> pipe)
-        : EcoIdStatusManagerBase(std::move(pipe))
+        : m_pipe(std::move(pipe))
     {
+        m_pipe->addListener(this, QStringLiteral("requestEcoIdStatusResponse"),
+                            [this](QObject* sender, iface::JsonReaderAttribute message) {
+                                ecoIdStatusResponseCallback(sender, message);
+                            });
+    }
+
+    void requestEcoIdStatus(const QString& ecoId)
+    {
+        const auto request =
+            QSharedPointer<zel::JsonWriter>::create(QStringLiteral("requestEcoIdStatus"), QStringLiteral("zel"));
+        request->addAttribute(QStringLiteral("ecoId"), ecoId);
+        m_pipe->send(request);
     }
 
     Handler& eventHandler() { return m_handler; }
 
 private:
-    void pushEcoIdStatusResponse(const QString& ecoId, const QString& status) override
+    void ecoIdStatusResponseCallback(QObject*, const iface::JsonReaderAttribute& message)
     {
+        QString ecoId;
+        QString status;
+        message.object().readFields("status", status, "ecoId", ecoId);
         m_handler.pushEcoIdStatusResponse(ecoId, status);
     }
 
     Handler m_handler;
+    QSharedPointer<zel::JsonPipe> m_pipe;
 };
 
 } // namespace zelsplib

@@ -12,7 +12,6 @@
 #include <QString>
 
 #include <concepts>
-#include <utility>
 
 namespace zelsplib {
 
@@ -39,12 +38,8 @@ template <ConnectionEvents Connections, InvocationRequests Invocations>
 class PlatformMessagingManager final
 {
 public:
-    PlatformMessagingManager(QSharedPointer<zel::ListApiMultiplexer> listApi,
-                             QSharedPointer<zel::JsonStream> jsonStream)
-        : m_listApi(std::move(listApi))
-        , m_jsonStream(std::move(jsonStream))
-    {
-    }
+    /// Made from what every manager is made from; invitations and chats need neither.
+    PlatformMessagingManager(const QSharedPointer<zel::ListApiMultiplexer>&, const QSharedPointer<zel::JsonStream>&) {}
 
     /// Shares the contact manager's list. Called once, by the facade.
     void init(const iface::ObservableList<PlatformContact>& contacts) { m_contacts = contacts; }
@@ -62,8 +57,6 @@ public:
 private:
     Connections m_connections;
     Invocations m_invocations;
-    QSharedPointer<zel::ListApiMultiplexer> m_listApi;
-    QSharedPointer<zel::JsonStream> m_jsonStream;
     iface::ObservableList<PlatformContact> m_contacts;
 };
 
