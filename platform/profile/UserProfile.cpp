@@ -81,42 +81,45 @@ void UserProfilePrivate::announceProperties()
     Q_EMIT q->profileChanged(UserProfile::QPrivateSignal());
 }
 
-// In each of these the signal comes last: a slot may destroy the public object and this one with it.
+// What was told last, not what this signal says: where a slot of another profile has spun an event loop meanwhile, that
+// is older. In each of these the signal comes last: a slot may destroy the public object and this one with it.
 
-void UserProfilePrivate::displayNameUpdated(QString value)
+void UserProfilePrivate::displayNameUpdated(QString)
 {
     qCDebug(lcPlatform) << "inside UserProfilePrivate::displayNameUpdated";
+    const QString value = delegate->told().getDisplayName();
     profile->setDisplayName(value);
     Q_EMIT q->displayNameUpdated(value);
 }
 
-void UserProfilePrivate::personalMessageUpdated(QString value)
+void UserProfilePrivate::personalMessageUpdated(QString)
 {
+    const QString value = delegate->told().getPersonalMessage();
     profile->setPersonalMessage(value);
     Q_EMIT q->personalMessageUpdated(value);
 }
 
-void UserProfilePrivate::statusUpdated(vx::platform::zel::UserStatus::Type status, QString statusMessage)
+void UserProfilePrivate::statusUpdated(vx::platform::zel::UserStatus::Type, QString)
 {
     qCDebug(lcPlatform) << "UserProfilePrivate::statusUpdated";
-    profile->setShowBusy(status == UserStatus::Busy);
+    const bool isBusy = delegate->told().getShowBusy();
+    const QString statusMessage = delegate->told().getStatusMessage();
+    profile->setShowBusy(isBusy);
     profile->setStatusMessage(statusMessage);
-    Q_EMIT q->statusUpdated(status, statusMessage);
+    Q_EMIT q->statusUpdated(isBusy ? UserStatus::Busy : UserStatus::Available, statusMessage);
 }
 
-void UserProfilePrivate::avatarUpdated(QString avatarId, vx::platform::zel::ImageType::Type avatarMimeType,
-                                       QByteArray avatar)
+void UserProfilePrivate::avatarUpdated(QString, vx::platform::zel::ImageType::Type, QByteArray)
 {
     qCDebug(lcPlatform) << "UserProfilePrivate::avatarUpdated";
-    profile->setAvatarId(avatarId);
-    profile->setAvatarMimeType(avatarMimeType == ImageType::Unsupported
-                                   ? QString() // "image/jpeg" would turn a picture of unknown format into a JPEG
-                                   : HelperUtils::imageTypeToString(avatarMimeType));
-    profile->setAvatarData(avatar);
-    Q_EMIT q->displayPictureUpdated(avatarMimeType, avatar);
+    const zelsplib::PlatformContact told = delegate->told();
+    profile->setAvatarId(told.getAvatarId());
+    profile->setAvatarMimeType(told.getAvatarMimeType());
+    profile->setAvatarData(told.getAvatarData());
+    Q_EMIT q->displayPictureUpdated(HelperUtils::imageTypeFromString(told.getAvatarMimeType()), told.getAvatarData());
 }
 
-/// A profile that is made while \a context gives no access, or without one, stays without data for its life.
+/// A profile that is made while \a context gives no access, or without one, answers defaults for its life.
 UserProfile::UserProfile(Context* context, QObject* parent)
     : QObject(parent)
     , d(std::make_unique<UserProfilePrivate>(context, this))
@@ -125,17 +128,19 @@ UserProfile::UserProfile(Context* context, QObject* parent)
 
 UserProfile::~UserProfile() = default;
 
+/// The name that the user goes by.
 QString UserProfile::displayName() const
 {
     return d->isAllowed() ? d->profile->getDisplayName() : QString();
 }
 
+/// The line that the user has written about themselves.
 QString UserProfile::personalMessage() const
 {
     return d->isAllowed() ? d->profile->getPersonalMessage() : QString();
 }
 
-/// Available without access.
+/// Whether the user may be disturbed. Available without access.
 UserStatus::Type UserProfile::status() const
 {
     if (!d->isAllowed())
@@ -145,6 +150,7 @@ UserStatus::Type UserProfile::status() const
     return busy ? UserStatus::Busy : UserStatus::Available;
 }
 
+/// What the user says about the status.
 QString UserProfile::statusMessage() const
 {
     if (!d->isAllowed())
@@ -153,17 +159,20 @@ QString UserProfile::statusMessage() const
     return d->profile->getStatusMessage();
 }
 
+/// The user's identifier across applications, as it was when this object was made.
 QString UserProfile::ppId() const
 {
     return d->isAllowed() ? d->profile->getPpid() : QString();
 }
 
+/// The user's name within the application, as it was when this object was made.
 QString UserProfile::handle() const
 {
     return d->isAllowed() ? d->profile->getHandle() : QString();
 }
 
-/// Unsupported without access, and for a picture whose format the service does not name or this version does not know.
+/// The format of displayPicture(). Unsupported without access, and for a picture whose format the service does not name
+/// or this version does not know.
 ImageType::Type UserProfile::displayPictureMimeType() const
 {
     return d->isAllowed() ? HelperUtils::imageTypeFromString(d->profile->getAvatarMimeType()) : ImageType::Unsupported;
@@ -175,12 +184,13 @@ QByteArray UserProfile::displayPicture() const
     return d->isAllowed() ? d->delegate->getAvatar() : QByteArray();
 }
 
+/// The version of the application as the service knows it, as it was when this object was made.
 QString UserProfile::applicationVersion() const
 {
     return d->isAllowed() ? d->profile->getAppVersion() : QString();
 }
 
-/// The version of the messaging service; 0 without access.
+/// The version of the messaging service, as it was when this object was made; 0 without access.
 int UserProfile::zelVersion() const
 {
     return d->isAllowed() ? d->profile->getZelVersion() : 0;
@@ -192,6 +202,7 @@ int UserProfile::sdkVersion() const
     return 200;
 }
 
+/// Asks for another personal message; see personalMessageUpdated(). False without access.
 bool UserProfile::requestUpdatePersonalMessage(const QString& personalMessage)
 {
     if (!d->isAllowed())
@@ -210,7 +221,8 @@ bool UserProfile::requestUpdateStatus(UserStatus::Type status, const QString& st
 }
 
 /// Takes a picture of 1 to 32768 bytes; it goes out as a JPEG when \a type is Unsupported. Also false while an earlier
-/// picture waits for the service to take it.
+/// picture waits for the service to take it. While it waits it is asked for again; when the service refuses any change
+/// of the profile meanwhile, it counts as given up, and another may be set.
 bool UserProfile::requestUpdateDisplayPicture(ImageType::Type type, const QByteArray& displayPicture)
 {
     return d->isAllowed() && d->delegate->setAvatar(type, displayPicture);

@@ -50,18 +50,22 @@ bool UserProfileDelegate::setAvatar(ImageType::Type type, const QByteArray& avat
 void UserProfileDelegate::notifyDisplayNameUpdated(const QString& value)
 {
     qCDebug(lcPlatform) << "displayNameUpdated";
+    m_told.setDisplayName(value);
     Q_EMIT displayNameUpdated(value);
 }
 
 void UserProfileDelegate::notifyPersonalMessageUpdated(const QString& value)
 {
     qCDebug(lcPlatform) << "personalMessageUpdated";
+    m_told.setPersonalMessage(value);
     Q_EMIT personalMessageUpdated(value);
 }
 
 void UserProfileDelegate::notifyStatusUpdated(UserStatus::Type status, const QString& statusMessage)
 {
     qCDebug(lcPlatform) << "UserProfileDelegate::notifyStatusUpdated";
+    m_told.setShowBusy(status == UserStatus::Busy);
+    m_told.setStatusMessage(statusMessage);
     Q_EMIT statusUpdated(status, statusMessage);
 }
 
@@ -69,6 +73,11 @@ void UserProfileDelegate::notifyAvatarUpdated(const QString& avatarId, ImageType
                                               const QByteArray& avatar)
 {
     qCDebug(lcPlatform) << "avatar changed - id: " << avatarId;
+    m_told.setAvatarId(avatarId);
+    m_told.setAvatarMimeType(avatarMimeType == ImageType::Unsupported
+                                 ? QString() // "image/jpeg" would turn a picture of unknown format into a JPEG
+                                 : HelperUtils::imageTypeToString(avatarMimeType));
+    m_told.setAvatarData(avatar);
     Q_EMIT avatarUpdated(avatarId, avatarMimeType, avatar);
 }
 

@@ -14,7 +14,9 @@
 namespace vx::platform::zel {
 
 /// The own profile for all profile objects of the process. Made and owned by the bridge; lives on its thread. A slot of
-/// its signals may do anything.
+/// its signals may do anything, also spin an event loop in which the next change is told: of two announcements that
+/// nest, the outer one reaches the last of its slots after the inner one, with what is no longer true. Slots take what
+/// was told last from here.
 class UserProfileDelegate : public QObject
 {
     Q_OBJECT
@@ -26,6 +28,9 @@ public:
     std::unique_ptr<zelsplib::PlatformContact> userProfile() const;
     /// The own picture as it is now.
     QByteArray getAvatar() const;
+
+    /// What was told last of each: display name, personal message, status, and the picture with its id and type.
+    const zelsplib::PlatformContact& told() const { return m_told; }
 
     void setPersonalMessage(const QString& personalMessage);
     void setStatus(UserStatus::Type status, const QString& statusMessage);
@@ -44,6 +49,7 @@ Q_SIGNALS:
 
 private:
     Services* const m_services;
+    zelsplib::PlatformContact m_told;
 };
 
 } // namespace vx::platform::zel

@@ -238,6 +238,9 @@ void TstUserProfile::maySpinAnEventLoopInASlot()
 {
     QStringList heard;
     QObject owner;
+    profile();
+    const UserProfile second(m_context.get());
+    QSignalSpy messages(&second, &UserProfile::personalMessageUpdated);
     connect(&profile(), &UserProfile::personalMessageUpdated, &owner, [&](const QString& value) {
         heard += value;
         if (value != QLatin1String("first"))
@@ -254,6 +257,10 @@ void TstUserProfile::maySpinAnEventLoopInASlot()
     m_desk.changeProfile(R"({"personalMessage":"first"})");
     QTRY_COMPARE(heard.size(), 3);
     QCOMPARE(heard, QStringList({QStringLiteral("first"), QStringLiteral("second"), QStringLiteral("B/second")}));
+    // The first change reached the other profile after the second one had.
+    QCOMPARE(messages.size(), 2);
+    QCOMPARE(messages.last().at(0).toString(), QStringLiteral("second"));
+    QCOMPARE(second.personalMessage(), QStringLiteral("second"));
     QVERIFY(m_context->isAccessAllowed());
 }
 

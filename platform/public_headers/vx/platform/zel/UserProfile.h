@@ -45,6 +45,7 @@ class ZEL_EXPORT UserProfile : public QObject
     Q_PROPERTY(int sdkVersion READ sdkVersion CONSTANT)
 
 public:
+    /// The profile of the user for whom \a context gives access.
     explicit UserProfile(Context* context, QObject* parent = nullptr);
     ~UserProfile() override;
 
@@ -67,11 +68,16 @@ public:
 Q_SIGNALS:
     // Each comes after this object shows the new value, and while access is lost, too. A change that the application
     // requested itself is announced like any other, once the service has taken it; what changes nothing is not, but for
-    // a picture.
+    // a picture. Each carries what is true when it comes: where a slot of another profile has spun an event loop in
+    // which the same has changed again, both announcements carry the newer value.
 
+    /// displayName() is another one.
     void displayNameUpdated(QString value);
+    /// personalMessage() is another one.
     void personalMessageUpdated(QString value);
+    /// status() or statusMessage() is another one.
     void statusUpdated(vx::platform::zel::UserStatus::Type status, QString statusMessage);
+    /// The picture has come, or was replaced. An empty one: there is none.
     void displayPictureUpdated(vx::platform::zel::ImageType::Type displayPictureMimeType, QByteArray displayPicture);
 
     /// For bindings: after each of those above, and when access was lost or came back, with which every property
