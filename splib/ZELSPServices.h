@@ -7,7 +7,6 @@
 #include <splib/ecoid/EcoIdManager.h>
 #include <splib/ecoid/EcoIdStatusManager.h>
 #include <splib/globals/GlobalsManager.h>
-#include <splib/log/Logging.h>
 #include <splib/messaging/PlatformMessagingManager.h>
 #include <splib/profilebox/ProfileBoxManager.h>
 
@@ -60,11 +59,11 @@ private:
     ZELSPServices()
     {
         try {
-            m_ppsManager = QSharedPointer<PPSManager>::create(QStringLiteral("/pps/services/zelcore/platform"),
-                                                              QStringLiteral("platform"), QStringLiteral("zel"));
+            m_ppsManager =
+                QSharedPointer<PPSManager>::create(objectPath(), QStringLiteral("platform"), QStringLiteral("zel"));
             build(m_ppsManager);
         } catch (int error) {
-            logging::Log<logging::ZELSP_SVC_INIT_FAILURE>({}, error);
+            setInitializationError(error);
         }
     }
 

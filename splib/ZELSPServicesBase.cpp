@@ -34,6 +34,12 @@ ZELSPServicesBase::ZELSPServicesBase()
 
 ZELSPServicesBase::~ZELSPServicesBase() = default;
 
+void ZELSPServicesBase::setInitializationError(int error)
+{
+    m_initializationError = error;
+    logging::Log<logging::ZELSP_SVC_INIT_FAILURE>({}, error);
+}
+
 bool ZELSPServicesBase::canRegister() const
 {
     using namespace logging;

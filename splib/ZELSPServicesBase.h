@@ -26,8 +26,13 @@ class ProfileBoxManagerBase;
 class ZELSPServicesBase : public RegistrationHandler
 {
 public:
+    /// The core service's object.
+    static QString objectPath() { return QStringLiteral("/pps/services/zelcore/platform"); }
+
     /// False when the core service's object could not be opened; no manager exists then.
     bool isInitialized() const { return m_initialized; }
+    /// The number of the error with which opening the object failed; 0 when it did not.
+    int initializationError() const { return m_initializationError; }
     /// Whether what the core service last said of the registration allows to ask for it. False until it has spoken.
     bool canRegister() const;
 
@@ -44,6 +49,7 @@ protected:
     ZELSPServicesBase& operator=(const ZELSPServicesBase&) = delete;
 
     void setInitialized() { m_initialized = true; }
+    void setInitializationError(int error);
 
 private:
     virtual GlobalsManagerBase* globalsManager() const = 0;
@@ -60,6 +66,7 @@ private:
 
     QSharedPointer<QCoreApplication> m_application; ///< only when the program had none
     bool m_initialized = false;
+    int m_initializationError = 0;
     bool m_registered = false;
     bool m_userProfileReady = false;
     bool m_userProfileAvatarReady = false;

@@ -3,8 +3,10 @@
 
 #include <platform/channel/Trace.h>
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QPointer>
 #include <QtCore/QSocketNotifier>
+#include <QtCore/QThread>
 
 #include <unistd.h>
 
@@ -13,14 +15,35 @@
 namespace vx::platform::zel {
 
 namespace {
+
 constexpr int readBufferSize = 65536;
+
+QPointer<PPSMonitor>& monitorOfTheProcess()
+{
+    static QPointer<PPSMonitor> monitor;
+    return monitor;
 }
+
+} // namespace
 
 PPSMonitor::PPSMonitor(int ppsDescriptor, QObject* parent)
     : QObject(parent)
     , m_descriptor(ppsDescriptor)
-    , m_notifier(new QSocketNotifier(ppsDescriptor, QSocketNotifier::Read, this))
 {
+    watch();
+    monitorOfTheProcess() = this;
+    // Called for each application object that is made from now on, and now.
+    qAddPreRoutine([] {
+        PPSMonitor* const monitor = monitorOfTheProcess();
+        if (monitor && monitor->thread() == QThread::currentThread())
+            monitor->watch();
+    });
+}
+
+void PPSMonitor::watch()
+{
+    delete m_notifier;
+    m_notifier = new QSocketNotifier(m_descriptor, QSocketNotifier::Read, this);
     m_notifier->setEnabled(true);
     connect(m_notifier, &QSocketNotifier::activated, this, &PPSMonitor::readyRead);
 }

@@ -12,6 +12,9 @@ namespace vx::platform::zel {
 ///
 /// The descriptor is borrowed and never closed. Lives on the thread that made it and needs that thread's event loop; a
 /// slot may run a nested loop, in which the next notification is read and announced before the first returns.
+///
+/// A notifier ends with the application object under which it was made. A process may make another one after that: the
+/// monitor, of which there is one, then watches anew.
 class PPSMonitor : public QObject
 {
     Q_OBJECT
@@ -27,8 +30,10 @@ private Q_SLOTS:
     void readyRead();
 
 private:
+    void watch();
+
     int const m_descriptor;
-    QSocketNotifier* const m_notifier;
+    QSocketNotifier* m_notifier = nullptr;
     QByteArray m_buffer; ///< memory for the next read
 };
 

@@ -17,12 +17,16 @@
 
 #include <QtCore/QMutex>
 #include <QtCore/QMutexLocker>
+#include <QtCore/QScopeGuard>
+
+#include <cerrno>
 
 namespace vx::platform::zel {
 
 // Both are constant-initialised: they are whole before any code of the library can run.
 static ServiceBridge* _pinstance = nullptr;
 static QMutex contextEventHandlerMutex;
+static thread_local ServiceBridge* beingMade = nullptr;
 
 static void registerMetaTypes()
 {
@@ -36,9 +40,15 @@ static void registerMetaTypes()
 
 ServiceBridge* ServiceBridge::instance()
 {
-    const QMutexLocker locker(&contextEventHandlerMutex);
-    if (!_pinstance)
-        _pinstance = new ServiceBridge(nullptr);
+    if (beingMade)
+        return beingMade;
+    QMutexLocker locker(&contextEventHandlerMutex);
+    if (_pinstance)
+        return _pinstance;
+    _pinstance = new ServiceBridge(nullptr);
+    locker.unlock();
+    if (!_pinstance->isInitialized())
+        _pinstance->warnThatThereIsNoService();
     return _pinstance;
 }
 
@@ -49,16 +59,13 @@ ServiceBridge::ServiceBridge(QObject* parent)
     m_services = Services::getServices();
 
     m_registrar = new ApplicationDelegate(m_services, this);
+    beingMade = this;
+    const auto made = qScopeGuard([] { beingMade = nullptr; });
     connect(m_registrar, &ApplicationDelegate::registrationEventReceived, this,
             &ServiceBridge::registrationAccessStatusUpdated);
 
     if (!m_services->isInitialized()) {
         qCDebug(lcPlatform) << "ZELSP Services not initialized -- Abort ";
-        // The reason is in the system log, which few look into first; a developer has to learn it here.
-        qCWarning(lcPlatform,
-                  "cannot open %s/services/zelcore/platform: start the core service, or a simulated one "
-                  "and set PPS_ROOT to its folder, before the application",
-                  qEnvironmentVariableIsEmpty("PPS_ROOT") ? "/pps" : qgetenv("PPS_ROOT").constData());
         return;
     }
 
@@ -71,6 +78,20 @@ ServiceBridge::ServiceBridge(QObject* parent)
 }
 
 ServiceBridge::~ServiceBridge() = default;
+
+/// The reason is in the system log, which few look into first; a developer has to learn it here.
+void ServiceBridge::warnThatThereIsNoService() const
+{
+    QString path = Services::objectPath();
+    if (!qEnvironmentVariableIsEmpty("PPS_ROOT"))
+        path.replace(0, qstrlen("/pps"), qEnvironmentVariable("PPS_ROOT"));
+    const int error = m_services->initializationError();
+    const bool isAbsent = error == ENOENT || error == ENOTDIR || error == ECONNREFUSED;
+    qCWarning(lcPlatform, "cannot open %ls: %ls%s", qUtf16Printable(path), qUtf16Printable(qt_error_string(error)),
+              isAbsent ? "; start the core service, or a simulated one and set PPS_ROOT to its folder, before the "
+                         "application"
+                       : "");
+}
 
 void ServiceBridge::createDelegates()
 {

@@ -25,8 +25,8 @@ class UtilsDelegate;
 /// there and every other accessor answers null.
 ///
 /// Thread: instance() may be called from any thread. Whatever it makes lives on the thread that called it first and
-/// needs that thread's event loop. Nothing that runs while the bridge is being made may call instance(): it would wait
-/// for itself.
+/// needs that thread's event loop. What runs on that thread while the bridge is being made, a message handler of the
+/// application, gets the bridge as far as it is made by then: the registrar is there.
 class ServiceBridge : public QObject
 {
     Q_OBJECT
@@ -50,6 +50,7 @@ private Q_SLOTS:
     void registrationAccessStatusUpdated(vx::platform::zel::RegistrationState::Type state);
 
 private:
+    void warnThatThereIsNoService() const;
     void createDelegates();
     void introduceToEventHandlers();
     void startMonitor();

@@ -7,7 +7,6 @@
 #include <vx/platform/zel/Utils.h>
 
 #include <QtCore/QLoggingCategory>
-#include <QtCore/QRegularExpression>
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
@@ -33,12 +32,22 @@ void TstNotInitialized::initTestCase()
 {
     qputenv("PPS_ROOT", m_root.path().toLocal8Bit());
     QLoggingCategory::setFilterRules(QStringLiteral("zel.platform.debug=true"));
-    QTest::ignoreMessage(QtDebugMsg, "ZELSP Services not initialized -- Abort ");
-    QTest::ignoreMessage(QtWarningMsg,
-                         QRegularExpression(QStringLiteral("^cannot open %1/services/zelcore/platform: .*PPS_ROOT")
-                                                .arg(QRegularExpression::escape(m_root.path()))));
+    // An application that shows what it is told may use the library to do so.
+    static QStringList messages;
+    const auto before = qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& text) {
+        const Context context(QUuid::createUuid());
+        messages.append(QStringLiteral("%1: %2").arg(context.registrationState()).arg(text));
+    });
     m_context = std::make_unique<Context>(QUuid::createUuid());
+    qInstallMessageHandler(before);
     QLoggingCategory::setFilterRules({});
+    QCOMPARE(messages,
+             QStringList({QStringLiteral("4: ZELSP Services not initialized -- Abort "),
+                          QStringLiteral(
+                              "4: cannot open %1/services/zelcore/platform: No such file or directory; start the core "
+                              "service, or a simulated one and set PPS_ROOT to its folder, before the "
+                              "application")
+                              .arg(m_root.path())}));
 }
 
 void TstNotInitialized::isBlockedByTheUserAndRegistersNothing()
