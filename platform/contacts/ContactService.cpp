@@ -74,8 +74,8 @@ void ContactServicePrivate::announceProperties()
         Q_EMIT q->contactCountChanged(ContactService::QPrivateSignal());
 }
 
-/// A service that is made while \a context gives no access, or without one, stays without contacts for its life. The
-/// list that has come so far is there when this returns; it was announced to the services made before.
+/// A service that is made while \a context gives no access, or without one, answers defaults for its life. The list
+/// that has come so far is there when this returns; it was announced to the services made before.
 ContactService::ContactService(Context* context, QObject* parent)
     : QObject(parent)
     , d(std::make_unique<ContactServicePrivate>(context, this))
@@ -109,13 +109,14 @@ QList<vx::platform::zel::Contact> ContactService::contacts() const
     return d->isAllowed() ? d->delegate->allContacts() : QList<Contact>();
 }
 
+/// How many contacts() answers.
 int ContactService::contactCount() const
 {
     return d->contactCount();
 }
 
 /// Asks for a contact's picture, which comes with displayPictureUpdated(); for a contact without one that happens
-/// before this returns. False without access or without such a contact.
+/// before this returns. A lost answer is asked for again. False without access or without such a contact.
 bool ContactService::requestDisplayPicture(const QString& handle) const
 {
     return d->isAllowed() && d->delegate->requestAvatar(handle);

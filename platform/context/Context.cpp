@@ -68,17 +68,20 @@ bool Context::requestRegisterApplicationSilent()
     return d->requestRegistration(true);
 }
 
-/// What the service said last. Unknown before it said anything, BlockedByUser when there is no service.
+/// What the service said last. Unknown before it said anything, BlockedByUser when there was none to be opened.
 RegistrationState::Type Context::registrationState() const
 {
     return d->delegate->registrationAccessState();
 }
 
+/// Whether the service's last word is Allowed, and the other public classes give access. It turns true before
+/// registrationStateUpdated(Allowed) comes, and false right with any other state.
 bool Context::isAccessAllowed() const
 {
     return registrationState() == RegistrationState::Allowed;
 }
 
+/// The version of this library, 200. UserProfile::sdkVersion() is the same number.
 int Context::platformVersion() const
 {
     return 200;

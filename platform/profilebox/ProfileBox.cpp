@@ -69,7 +69,7 @@ ProfileBox::ProfileBox(Context* context, QObject* parent)
 
 ProfileBox::~ProfileBox() = default;
 
-/// Asks for a new item with an icon, which has to be registered. The service names the item; see itemAdded(). True
+/// Asks for a new item with an icon. The service names the item; see itemAdded(). True
 /// whenever there is access: a text or cookie against the rules is refused in the log only, and no signal follows.
 bool ProfileBox::requestAddItem(const QString& text, int iconId, const QString& cookie)
 {
@@ -82,6 +82,8 @@ bool ProfileBox::requestAddItem(const QString& text, const QString& cookie)
     return d->isAllowed() && d->delegate->addItemRequest(text, boost::none, cookie);
 }
 
+/// Asks for the removal of an item; see itemRemoved(). True whenever there is access; nothing follows for an item that
+/// is not there.
 bool ProfileBox::requestRemoveItem(const QString& itemId)
 {
     return d->isAllowed() && d->delegate->removeItemRequest(itemId);
@@ -99,11 +101,13 @@ ProfileBoxItem ProfileBox::item(const QString& itemId) const
     return d->isAllowed() ? d->delegate->item(itemId) : ProfileBoxItem();
 }
 
+/// All items, in the order of the service's list.
 QList<ProfileBoxItem> ProfileBox::items() const
 {
     return d->isAllowed() ? d->delegate->items() : QList<ProfileBoxItem>();
 }
 
+/// How many items() answers.
 int ProfileBox::itemCount() const
 {
     return d->itemCount();
@@ -116,7 +120,7 @@ bool ProfileBox::requestRegisterIcon(int iconId, ImageType::Type type, const QBy
     return d->isAllowed() && d->delegate->iconRegistrationRequest(iconId, type, icon);
 }
 
-/// Asks for the data of a registered icon; see iconRetrieved().
+/// Asks for the data of a registered icon; see iconRetrieved(). A lost answer is asked for again.
 bool ProfileBox::requestRetrieveIcon(int iconId) const
 {
     return d->isAllowed() && d->delegate->iconRetrievalRequest(iconId);

@@ -25,6 +25,7 @@ class ZEL_EXPORT ApplicationPermissions : public QObject
     Q_OBJECT
 
 public:
+    /// The permissions of the application that \a context registers.
     explicit ApplicationPermissions(Context* context, QObject* parent = nullptr);
     ~ApplicationPermissions() override;
 

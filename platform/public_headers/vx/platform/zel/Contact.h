@@ -36,25 +36,38 @@ class ZEL_EXPORT Contact
     Q_PROPERTY(int zelVersion READ zelVersion CONSTANT)
 
 public:
+    /// Nobody.
     Contact();
+    /// Shares the record.
     Contact(const Contact& other);
+    /// Shares the record.
     Contact& operator=(const Contact& other);
     ~Contact();
 
+    /// The name that the contact goes by.
     QString displayName() const;
+    /// The line that the contact has written about themselves.
     QString personalMessage() const;
+    /// Whether the contact may be disturbed.
     UserStatus::Type status() const;
+    /// What the contact says about that.
     QString statusMessage() const;
+    /// The contact's name within the application; ContactService goes by it. The service may give another one.
     QString handle() const;
+    /// The contact's identifier across applications; Utils::requestEcoId() takes it.
     QString ppId() const;
+    /// The version of the application that the contact runs.
     QString applicationVersion() const;
     /// The version of this library on the contact's device; sdkVersion() is the same number.
     int platformVersion() const;
+    /// The version of this library on the contact's device.
     int sdkVersion() const;
+    /// The version of the messaging service on the contact's device.
     int zelVersion() const;
 
     /// Whether all that the service says of the two is the same.
     ZEL_EXPORT friend bool operator==(const Contact& left, const Contact& right);
+    /// Whether anything differs.
     friend bool operator!=(const Contact& left, const Contact& right) { return !(left == right); }
 
 private:

@@ -25,11 +25,16 @@ class ContactServicePrivate;
 ///
 /// What has come by the time it is made is there at once. One that is made in the slot of the first Allowed hears one
 /// contactListUpdated() when the list is whole; for one that is made later, when it is whole already, none need follow.
-/// So show contacts() right after making it, and again at each contactListUpdated().
+/// So show contacts() right after making it, and again at each contactListUpdated() and at each Allowed. The list is
+/// whole when the record of every contact has come: one who is listed and never gets a record with a handle holds it
+/// back, though those who are there are shown by a service that is made later.
 ///
-/// Contacts are named by their handle. A contact who removes the application is announced and stays in contacts()
-/// until the list is read anew, which happens whenever a ContactService is made, and by nothing that the service sends
-/// after the first whole list. To have a fresh list, make another one.
+/// Contacts are named by their handle. One whose handle changes is announced under the new one, and stays in contacts()
+/// under the old one as well; one who removes the application is announced and stays, too, until the list is read anew.
+/// That happens whenever a ContactService is made, and by nothing that the service sends after the first whole list. To
+/// have a fresh list, make another one.
+///
+/// Invitations that contacts send to the user are answered in the messaging application; no signal tells of them.
 ///
 /// Thread: that of the context. In a slot anything may be done, including destroying this object.
 class ZEL_EXPORT ContactService : public QObject
@@ -53,10 +58,14 @@ Q_SIGNALS:
     // Each but applicationDisabled() comes after contact() and contacts() show what it tells, and while access is lost,
     // too, when they answer defaults.
 
-    /// The list is whole, or was read anew because another ContactService was made. Read contacts() again.
+    /// The list is whole, with the record of every contact, or was read anew because another ContactService was made.
+    /// Read contacts() again.
     void contactListUpdated();
-    /// The answer to requestDisplayPicture(), or a picture that changed. An empty picture: the contact has none.
+    /// The answer to requestDisplayPicture(), or a picture that changed. An empty picture: the contact has none. It is
+    /// the contact's present one; an answer that a change has overtaken is not told.
     void displayPictureUpdated(QString handle, vx::platform::zel::ImageType::Type imageType, QByteArray displayPicture);
+    /// The record of a contact changed, perhaps in nothing that Contact shows. After a change of the handle this is the
+    /// new one.
     void contactUpdated(QString handle);
     /// A contact installed the application, or someone who has it became a contact.
     void applicationEnabled(QString handle);

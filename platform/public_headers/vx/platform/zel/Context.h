@@ -22,17 +22,25 @@ class ContextPrivate;
 /// owns its contexts. Other public objects hold theirs guarded: after a context is gone they answer as without access.
 /// Destroying a context does not unregister anything.
 ///
+/// A service that is not there when the first public object is made is never looked for again: the state is
+/// BlockedByUser for the life of the process. One that goes away later and comes back is picked up by itself.
+///
 /// Thread: the application's event loop thread, the one that makes the first public object. Nothing arrives unless
 /// that loop runs. Inside a slot anything may be done: make and destroy public objects, this context included, send
-/// requests, run a nested event loop (a dialog), in which further events arrive.
+/// requests, run a nested event loop (a dialog), in which further events arrive. Slots behind it are called when that
+/// loop has ended: what a signal carries may be older by then than what the readers answer.
+///
+/// A process that ends its QCoreApplication may make another: the connection is read on with that one. What the first
+/// had still to do is lost with it, such as asking again for what has had no answer.
 ///
 /// Two things to know:
 /// - Registration can be requested only after the service has told how things stand: until then
 ///   requestRegisterApplication() answers false. Wait for the first registrationStateUpdated(), and look at its state.
 /// - isAccessAllowed() turns true with the service's answer, before registrationStateUpdated(Allowed), which is held
-///   back until the user's own profile, picture and (where the application may show one) profile box have come. Make
-///   the other public objects in the slot of that signal, not as soon as isAccessAllowed() happens to be true: an
-///   object that is made too early stays empty for its life.
+///   back until the user's own profile, picture and (where the application may show one) profile box have come, and
+///   comes only while that is the state. Make the other public objects in the slot of that signal, not as soon as
+///   isAccessAllowed() happens to be true. A UserProfile, a ContactService or ApplicationPermissions made while it is
+///   false answer defaults for their life.
 ///
 /// \code
 /// Context context(QUuid(u"6f8d2c4e-5b0a-4a37-9d0e-0c8f3f1f2a10"_qs));
@@ -53,6 +61,7 @@ class ZEL_EXPORT Context : public QObject
     Q_PROPERTY(int platformVersion READ platformVersion CONSTANT)
 
 public:
+    /// The application's context under its UUID, which every registration carries.
     explicit Context(const QUuid& uuid, QObject* parent = nullptr);
     ~Context() override;
 

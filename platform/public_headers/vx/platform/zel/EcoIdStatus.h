@@ -13,6 +13,7 @@ class ZEL_EXPORT EcoIdStatus
     Q_GADGET
 
 public:
+    /// How the user stands with the owner of an eco identifier.
     enum Type : int {
         Unknown = 0,                    ///< Not a contact, or not known to the service.
         ContactExists = 1,              ///< Already a contact.

@@ -13,6 +13,7 @@ class ZEL_EXPORT ImageType
     Q_GADGET
 
 public:
+    /// The formats.
     enum Type : int {
         Unsupported = 0, ///< Not known. A picture that is set with this type travels as a JPEG.
         Jpg = 1,         ///< "image/jpeg"

@@ -13,6 +13,7 @@ class ZEL_EXPORT Permission
     Q_GADGET
 
 public:
+    /// What may be allowed.
     enum Type : int {
         ProfileUpdatesAllowed = 1,     ///< The application may show its profile box in the user's profile.
         ContactInvitationsAllowed = 2, ///< The application may invite people to become contacts.

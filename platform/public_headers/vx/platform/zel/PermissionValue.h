@@ -13,6 +13,7 @@ class ZEL_EXPORT PermissionValue
     Q_GADGET
 
 public:
+    /// Whether it is.
     enum Type : int {
         Allowed = 1,
         Denied = 2,

@@ -24,10 +24,12 @@ class ProfileBoxPrivate;
 /// completes, except for an application that may not show a box: registration does not wait for it then. All boxes of
 /// a process show the same items. The context is held guarded and may go first.
 ///
-/// Requests are answered by the service through the signals. Its rules: a text of 1 to 100 characters with at most two
-/// line breaks ("\r\n" counts as two), a cookie of at most 128 characters, an icon of 1 to 32768 bytes under an id of
-/// 0 or more that is not registered yet. What breaks them is refused: an icon by false, an item only by a line in the
-/// log. An item with an icon that is not registered is never added; one without takes the form without the id.
+/// Requests are answered by the service through the signals. Its rules: a text of 1 to 100 characters (those of
+/// QString::size(), so one beyond the first 65536 counts as two) with at most two line breaks ("\r\n" counts as two), a
+/// cookie of at most 128 characters, an icon of 1 to 32768 bytes under an id of 0 or more that is not registered yet.
+/// What breaks them is refused: an icon by false, an item only by a line in the log. Which icon an item may name is for
+/// the service to judge: one that is registered, or on its way. For an item without an icon take the form without the
+/// id.
 ///
 /// Thread: that of the context. In a slot anything may be done, including destroying this object.
 class ZEL_EXPORT ProfileBox : public QObject
@@ -36,6 +38,7 @@ class ZEL_EXPORT ProfileBox : public QObject
     Q_PROPERTY(int itemCount READ itemCount NOTIFY itemCountChanged)
 
 public:
+    /// The box of the application that \a context registers.
     explicit ProfileBox(Context* context, QObject* parent = nullptr);
     ~ProfileBox() override;
 
@@ -52,7 +55,9 @@ public:
 Q_SIGNALS:
     // Each comes after item() and items() show what it tells, and while access is lost, too, when they answer defaults.
 
+    /// There is a new item.
     void itemAdded(QString itemId);
+    /// An item is gone.
     void itemRemoved(QString itemId);
     /// The service has the icon; items may use it.
     void iconRegistered(int iconId);

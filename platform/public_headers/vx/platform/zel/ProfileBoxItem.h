@@ -28,20 +28,26 @@ class ZEL_EXPORT ProfileBoxItem
     Q_PROPERTY(int iconId READ iconId CONSTANT)
 
 public:
+    /// An invalid item.
     ProfileBoxItem();
+    /// Shares the record.
     ProfileBoxItem(const ProfileBoxItem& other);
+    /// Shares the record.
     ProfileBoxItem& operator=(const ProfileBoxItem& other);
     ~ProfileBoxItem();
 
     /// The service's name for the item; ProfileBox::requestRemoveItem() takes it.
     QString id() const;
+    /// The line that the profile shows.
     QString text() const;
     /// The application's own text that came with the item.
     QString cookie() const;
     /// -1 when the item has no icon.
     int iconId() const;
 
+    /// Whether all that the service says of the two is the same.
     ZEL_EXPORT friend bool operator==(const ProfileBoxItem& left, const ProfileBoxItem& right);
+    /// Whether anything differs.
     friend bool operator!=(const ProfileBoxItem& left, const ProfileBoxItem& right) { return !(left == right); }
 
 private:

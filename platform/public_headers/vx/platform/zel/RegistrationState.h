@@ -14,12 +14,13 @@ class ZEL_EXPORT RegistrationState
     Q_GADGET
 
 public:
+    /// What the service says of the application's registration.
     enum Type : int {
         Allowed = 0,                     ///< Registered; the public classes give access.
         Unknown = 1,                     ///< Nothing heard yet, or a state that this version does not know.
         Unregistered = 2,                ///< Registration may be requested.
         Pending = 3,                     ///< A registration is under way.
-        BlockedByUser = 4,               ///< Refused by the user; also the answer while no service can be reached.
+        BlockedByUser = 4,               ///< Refused by the user. Also: there was no service to be opened at start.
         BlockedByTOV = 5,                ///< Refused by the service's operator.
         NoDataConnection = 6,            ///< No network; may be requested again.
         UnexpectedError = 7,             ///< May be requested again.

@@ -14,6 +14,7 @@ class ZEL_EXPORT UserStatus
     Q_GADGET
 
 public:
+    /// Whether the user may be disturbed.
     enum Type : int {
         Available = 1,
         Busy = 2,

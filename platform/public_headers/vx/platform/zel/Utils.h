@@ -20,12 +20,16 @@ class UtilsPrivate;
 /// is sent. The context is held guarded and may go first. Answers name what was asked for and nothing more: each Utils
 /// hears the answers to the requests of all.
 ///
+/// sendContactInvitation() and invokeChat() wait until the other application has taken the request or has not for two
+/// seconds; the event loop stands still meanwhile.
+///
 /// Thread: that of the context. In a slot anything may be done, including destroying this object.
 class ZEL_EXPORT Utils : public QObject
 {
     Q_OBJECT
 
 public:
+    /// Looks up what \a context gives access to.
     explicit Utils(Context* context, QObject* parent = nullptr);
     ~Utils() override;
 
