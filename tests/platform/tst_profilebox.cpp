@@ -3,8 +3,6 @@
 
 #include <vx/platform/zel/ProfileBox.h>
 
-#include <QtCore/QPointer>
-
 using namespace vx::platform::zel;
 
 /// One process, one bridge: the cases build on each other.
@@ -13,17 +11,13 @@ class TstProfileBox : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void answersDefaultsWithoutAccess();
     void holdsAllowedBackUntilTheBoxIsThere();
     void showsWhatTheBoxHeldBefore();
     void announcesItemsAsTheyComeAndGo();
     void asksForTheRemovalOfItems();
     void retrievesAnIcon();
-    void mayBeDestroyedInItsOwnSlot();
-    void answersDefaultsAfterItsContextIsGone();
 
 private:
-    static void compareWithDefaults(ProfileBox& box);
     static QJsonObject item(const QString& id, const QString& text, const QString& icon = {},
                             const QString& cookie = {})
     {
@@ -49,31 +43,10 @@ private:
     std::unique_ptr<ProfileBox> m_box;
 };
 
-void TstProfileBox::compareWithDefaults(ProfileBox& box)
-{
-    QVERIFY(!box.requestAddItem(QStringLiteral("text"), QString()));
-    QVERIFY(!box.requestAddItem(QStringLiteral("text"), 1, QString()));
-    QVERIFY(!box.requestRemoveItem(QStringLiteral("1")));
-    QVERIFY(!box.requestRemoveAllItems());
-    QCOMPARE(box.item(QStringLiteral("1")), ProfileBoxItem());
-    QCOMPARE(box.items().size(), 0);
-    QCOMPARE(box.itemCount(), 0);
-    QVERIFY(!box.requestRegisterIcon(1, ImageType::Png, "x"));
-    QVERIFY(!box.requestRetrieveIcon(1));
-}
-
-void TstProfileBox::answersDefaultsWithoutAccess()
-{
-    ProfileBox withoutContext(nullptr);
-    compareWithDefaults(withoutContext);
-    m_context = std::make_unique<Context>(QUuid::createUuid());
-    m_box = std::make_unique<ProfileBox>(m_context.get());
-    compareWithDefaults(*m_box);
-    QVERIFY(m_desk.nothingWritten());
-}
-
 void TstProfileBox::holdsAllowedBackUntilTheBoxIsThere()
 {
+    m_context = std::make_unique<Context>(QUuid::createUuid());
+    m_box = std::make_unique<ProfileBox>(m_context.get());
     QSignalSpy states(m_context.get(), &Context::registrationStateUpdated);
     QSignalSpy added(m_box.get(), &ProfileBox::itemAdded);
     QSignalSpy counts(m_box.get(), SIGNAL(itemCountChanged()));
@@ -176,24 +149,6 @@ void TstProfileBox::retrievesAnIcon()
         QCOMPARE(retrieved.at(0).at(1).value<ImageType::Type>(), type);
         QCOMPARE(retrieved.at(0).at(2).toByteArray(), data);
     }
-}
-
-void TstProfileBox::mayBeDestroyedInItsOwnSlot()
-{
-    QPointer<ProfileBox> doomed = new ProfileBox(m_context.get());
-    connect(doomed, &ProfileBox::itemAdded, doomed, [&] { delete doomed; });
-    sendItems(QStringLiteral("listAdd"), {item(QStringLiteral("5"), QStringLiteral("five"))});
-    QTRY_COMPARE(m_box->itemCount(), 1);
-    QVERIFY(!doomed);
-}
-
-void TstProfileBox::answersDefaultsAfterItsContextIsGone()
-{
-    auto context = std::make_unique<Context>(QUuid::createUuid());
-    ProfileBox box(context.get());
-    QCOMPARE(box.itemCount(), 1);
-    context.reset();
-    compareWithDefaults(box);
 }
 
 QTEST_GUILESS_MAIN(TstProfileBox)

@@ -3,8 +3,6 @@
 
 #include <vx/platform/zel/Utils.h>
 
-#include <QtCore/QPointer>
-
 using namespace vx::platform::zel;
 
 class TstUtils : public QObject
@@ -12,39 +10,22 @@ class TstUtils : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void refusesEverythingWithoutAccess();
+    void initTestCase();
     void asksForEcoIdsAndTheirStatus();
     void passesOnAnswersAsTheyCome();
     void readsEveryStatus();
-    void mayBeDestroyedInItsOwnSlot();
-    void refusesEverythingAfterItsContextIsGone();
 
 private:
-    static void verifyRefusesEverything(Utils& utils);
-
     Desk m_desk;
     std::unique_ptr<Context> m_context;
     std::unique_ptr<Utils> m_utils;
 };
 
-void TstUtils::verifyRefusesEverything(Utils& utils)
+void TstUtils::initTestCase()
 {
-    QVERIFY(!utils.requestEcoId(QStringLiteral("p")));
-    QVERIFY(!utils.requestEcoIdStatus(QStringLiteral("e")));
-    QVERIFY(!utils.sendContactInvitation(QStringLiteral("e"), QStringLiteral("n"), QStringLiteral("m")));
-    QVERIFY(!utils.invokeChat(QStringLiteral("e")));
-}
-
-void TstUtils::refusesEverythingWithoutAccess()
-{
-    Utils withoutContext(nullptr);
-    verifyRefusesEverything(withoutContext);
-
     m_context = std::make_unique<Context>(QUuid::createUuid());
     m_utils = std::make_unique<Utils>(m_context.get());
-    verifyRefusesEverything(*m_utils);
-    QVERIFY(m_desk.nothingWritten());
-    QVERIFY(m_desk.becomeAllowed()); // and from here on the same object works
+    QVERIFY(m_desk.becomeAllowed());
 }
 
 void TstUtils::asksForEcoIdsAndTheirStatus()
@@ -90,23 +71,6 @@ void TstUtils::readsEveryStatus()
         QCOMPARE(answers.at(0).at(0).toString(), QStringLiteral("e"));
         QCOMPARE(answers.at(0).at(1).value<EcoIdStatus::Type>(), status);
     }
-}
-
-void TstUtils::mayBeDestroyedInItsOwnSlot()
-{
-    QPointer<Utils> doomed = new Utils(m_context.get());
-    connect(doomed, &Utils::ecoIdUpdated, doomed, [&] { delete doomed; });
-    QVERIFY(m_desk.settle());
-    QVERIFY(!doomed);
-}
-
-void TstUtils::refusesEverythingAfterItsContextIsGone()
-{
-    auto context = std::make_unique<Context>(QUuid::createUuid());
-    Utils utils(context.get());
-    QVERIFY(utils.requestEcoId(QStringLiteral("p")));
-    context.reset();
-    verifyRefusesEverything(utils);
 }
 
 QTEST_GUILESS_MAIN(TstUtils)
