@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <iface/detail/FirstException.h>
+
 #include <deque>
-#include <exception>
 #include <functional>
 #include <utility>
 
@@ -23,18 +24,13 @@ public:
 
     void deliver()
     {
-        std::exception_ptr thrown;
+        iface::detail::FirstException thrown;
         while (!m_events.empty()) {
             const auto event = std::move(m_events.front());
             m_events.pop_front();
-            try {
-                event();
-            } catch (...) {
-                thrown = thrown ? thrown : std::current_exception();
-            }
+            thrown.guard(event);
         }
-        if (thrown)
-            std::rethrow_exception(thrown);
+        thrown.rethrow();
     }
 
 private:
