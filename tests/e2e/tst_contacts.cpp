@@ -15,134 +15,123 @@ class TstContacts : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init()
+    {
+        m_simulator = std::make_unique<zelcore::Simulator>();
+        QVERIFY(m_simulator->start());
+    }
 
-    void reportsEachChangeOnce_data();
-    void reportsEachChangeOnce();
-    void reportsTheLastUninstall();
+    void cleanup()
+    {
+        m_shell.reset();
+        m_simulator.reset();
+    }
+
+    void reportsEachChangeOnce_data()
+    {
+        QTest::addColumn<int>("count");
+        // What fits one request for records, what the derived lists keep by default, and more than both.
+        for (const int count : {1, 20, 21, 149, 150, 151, 500})
+            QTest::addRow("%d contacts", count) << count;
+    }
+
+    void reportsEachChangeOnce()
+    {
+        QFETCH(int, count);
+        fill(count);
+        const QJsonObject list = m_shell->ask("contacts");
+        QCOMPARE(list.value("count"_L1).toInt(), count);
+        QCOMPARE(list.value("contacts"_L1).toArray().size(), count);
+
+        QStringList expected;
+        for (const QString& handle : handles()) {
+            zelcore::Person person = m_simulator->contact(handle);
+            person.statusMessage += u" and more"_s;
+            QVERIFY(m_simulator->changeContact(person));
+            expected += u"contactUpdated "_s + handle;
+        }
+        QCOMPARE(happened(expected.size()), expected);
+
+        expected.clear();
+        const int some = qMin(count, 50);
+        for (int i = 0; i < some; ++i) {
+            zelcore::Person person;
+            person.handle = u"new-%1"_s.arg(i);
+            person.displayName = u"New %1"_s.arg(i);
+            QVERIFY(!m_simulator->addContact(person).isEmpty());
+            expected += u"applicationEnabled new-%1"_s.arg(i);
+        }
+        QCOMPARE(happened(expected.size()), expected);
+        QCOMPARE(m_shell->ask("contacts").value("count"_L1).toInt(), count + some);
+
+        // From the end, the middle and the front, so that the places of the others shift.
+        expected.clear();
+        for (int i = 0; i < some; ++i) {
+            const QStringList present = handles();
+            const QString handle = present.at((i % 3) * (present.size() - 1) / 2);
+            QVERIFY(i % 2 ? m_simulator->uninstallApplication(handle) : m_simulator->removeContact(handle));
+            expected += u"applicationDisabled "_s + handle;
+        }
+        QCOMPARE(happened(expected.size()), expected);
+    }
+
+    void reportsTheLastUninstall()
+    {
+        fill(0);
+        QCOMPARE(m_shell->ask("contacts").value("valid"_L1), QJsonValue(true));
+        zelcore::Person person;
+        person.handle = u"only"_s;
+        person.displayName = u"Only"_s;
+        m_simulator->addContact(person);
+        QCOMPARE(happened(1), QStringList{u"applicationEnabled only"_s});
+        m_simulator->uninstallApplication(u"only"_s);
+        QCOMPARE(happened(1), QStringList{u"applicationDisabled only"_s});
+        m_simulator->installApplication(u"only"_s);
+        QCOMPARE(happened(1), QStringList{u"applicationEnabled only"_s});
+    }
 
 private:
-    void fill(int count);
+    void fill(int count)
+    {
+        m_simulator->generateContacts(count, 7);
+        m_shell = std::make_unique<ZelctlProcess>(m_simulator->root());
+        m_shell->startShell();
+        m_shell->takeUntil(u"Unregistered"_s);
+        m_shell->write("register");
+        m_shell->takeUntil(u"Allowed"_s);
+        QCOMPARE(m_shell->take().value("signal"_L1).toString(), u"contactListUpdated"_s);
+    }
+
     /// "signal handle" of so many lines, and of those that follow up to the change of the own display name that is
     /// made then. (A change announces itself at once; a new contact is asked for first.)
-    QStringList happened(qsizetype expected);
-    QStringList handles() const;
+    QStringList happened(qsizetype expected)
+    {
+        QStringList result;
+        for (;;) {
+            if (result.size() == expected) {
+                zelcore::Person own = m_simulator->profile();
+                own.displayName += u'.';
+                m_simulator->setProfile(own);
+            }
+            const QJsonObject line = m_shell->take();
+            const QString signal = line.value("signal"_L1).toString();
+            if (signal.isEmpty() || signal == "displayNameUpdated"_L1)
+                return result;
+            result += signal + u' ' + line.value("handle"_L1).toString();
+        }
+    }
+
+    QStringList handles() const
+    {
+        QStringList result;
+        for (const zelcore::Person& person : m_simulator->contacts())
+            result += person.handle;
+        return result;
+    }
 
     std::unique_ptr<zelcore::Simulator> m_simulator;
     std::unique_ptr<ZelctlProcess> m_shell;
 };
-
-void TstContacts::init()
-{
-    m_simulator = std::make_unique<zelcore::Simulator>();
-    QVERIFY(m_simulator->start());
-}
-
-void TstContacts::cleanup()
-{
-    m_shell.reset();
-    m_simulator.reset();
-}
-
-void TstContacts::fill(int count)
-{
-    m_simulator->generateContacts(count, 7);
-    m_shell = std::make_unique<ZelctlProcess>(m_simulator->root());
-    m_shell->startShell();
-    m_shell->takeUntil(u"Unregistered"_s);
-    m_shell->write("register");
-    m_shell->takeUntil(u"Allowed"_s);
-    QCOMPARE(m_shell->take().value("signal"_L1).toString(), u"contactListUpdated"_s);
-}
-
-QStringList TstContacts::handles() const
-{
-    QStringList result;
-    for (const zelcore::Person& person : m_simulator->contacts())
-        result += person.handle;
-    return result;
-}
-
-QStringList TstContacts::happened(qsizetype expected)
-{
-    QStringList result;
-    for (;;) {
-        if (result.size() == expected) {
-            zelcore::Person own = m_simulator->profile();
-            own.displayName += u'.';
-            m_simulator->setProfile(own);
-        }
-        const QJsonObject line = m_shell->take();
-        const QString signal = line.value("signal"_L1).toString();
-        if (signal.isEmpty() || signal == "displayNameUpdated"_L1)
-            return result;
-        result += signal + u' ' + line.value("handle"_L1).toString();
-    }
-}
-
-void TstContacts::reportsEachChangeOnce_data()
-{
-    QTest::addColumn<int>("count");
-    // What fits one request for records, what the derived lists keep by default, and more than both.
-    for (const int count : {1, 20, 21, 149, 150, 151, 500})
-        QTest::addRow("%d contacts", count) << count;
-}
-
-void TstContacts::reportsEachChangeOnce()
-{
-    QFETCH(int, count);
-    fill(count);
-    const QJsonObject list = m_shell->ask("contacts");
-    QCOMPARE(list.value("count"_L1).toInt(), count);
-    QCOMPARE(list.value("contacts"_L1).toArray().size(), count);
-
-    QStringList expected;
-    for (const QString& handle : handles()) {
-        zelcore::Person person = m_simulator->contact(handle);
-        person.statusMessage += u" and more"_s;
-        QVERIFY(m_simulator->changeContact(person));
-        expected += u"contactUpdated "_s + handle;
-    }
-    QCOMPARE(happened(expected.size()), expected);
-
-    expected.clear();
-    const int some = qMin(count, 50);
-    for (int i = 0; i < some; ++i) {
-        zelcore::Person person;
-        person.handle = u"new-%1"_s.arg(i);
-        person.displayName = u"New %1"_s.arg(i);
-        QVERIFY(!m_simulator->addContact(person).isEmpty());
-        expected += u"applicationEnabled new-%1"_s.arg(i);
-    }
-    QCOMPARE(happened(expected.size()), expected);
-    QCOMPARE(m_shell->ask("contacts").value("count"_L1).toInt(), count + some);
-
-    // From the end, the middle and the front, so that the places of the others shift.
-    expected.clear();
-    for (int i = 0; i < some; ++i) {
-        const QStringList present = handles();
-        const QString handle = present.at((i % 3) * (present.size() - 1) / 2);
-        QVERIFY(i % 2 ? m_simulator->uninstallApplication(handle) : m_simulator->removeContact(handle));
-        expected += u"applicationDisabled "_s + handle;
-    }
-    QCOMPARE(happened(expected.size()), expected);
-}
-
-void TstContacts::reportsTheLastUninstall()
-{
-    fill(0);
-    QCOMPARE(m_shell->ask("contacts").value("valid"_L1), QJsonValue(true));
-    zelcore::Person person;
-    person.handle = u"only"_s;
-    person.displayName = u"Only"_s;
-    m_simulator->addContact(person);
-    QCOMPARE(happened(1), QStringList{u"applicationEnabled only"_s});
-    m_simulator->uninstallApplication(u"only"_s);
-    QCOMPARE(happened(1), QStringList{u"applicationDisabled only"_s});
-    m_simulator->installApplication(u"only"_s);
-    QCOMPARE(happened(1), QStringList{u"applicationEnabled only"_s});
-}
 
 QTEST_GUILESS_MAIN(TstContacts)
 #include "tst_contacts.moc"

@@ -115,148 +115,134 @@ class TstRegistration : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init()
+    {
+        m_core = std::make_unique<Core>();
+        m_zelctl = std::make_unique<ZelctlProcess>(m_core->root());
+    }
 
-    void beginsWithItsNameAndAsksForThePermission();
-    void followsTheWholeWayToAllowed();
-    void takesTheStateBlockedWithoutAnObject();
-    void sendsWhatWasAskedForBeforeTheEnd();
-    void survivesAServiceThatGoesAwayAndReturns();
-    void takesMessagesUpToOneRead();
+    void cleanup()
+    {
+        m_zelctl.reset();
+        m_core.reset();
+    }
+
+    void beginsWithItsNameAndAsksForThePermission()
+    {
+        m_core->leaveToTest(u"requestListElements"_s);
+        startShell();
+        QCOMPARE(m_zelctl->lines().first(),
+                 "{\"ready\":true,\"registrationState\":\"Unknown\",\"accessAllowed\":false,\"zelSetup\":false,"
+                 "\"platformVersion\":200}");
+        QCOMPARE(m_core->nextRecord(), "msg::zel\ndat:json:{\"tpaApi\":{\"apiType\":\"Qt\"}}\n");
+        const QByteArray request = m_core->nextMessage();
+        const QByteArray cookie =
+            Core::json(request)["requestListElements"_L1].toObject()["cookie"_L1].toString().toUtf8();
+        QCOMPARE(request, "{\"requestListElements\":{\"cookie\":\"" + cookie +
+                              "\",\"elements\":[{\"name\":\"permission\"}],\"type\":\"global\"}}");
+        QCOMPARE(m_zelctl->ask("register"), answer(u"register"_s, false)); // nothing is known yet
+    }
+
+    void followsTheWholeWayToAllowed()
+    {
+        beUnregistered();
+        m_core->globals.insert(u"platformProfile"_s,
+                               QJsonObject{{u"userId"_s, u"own"_s}, {u"displayName"_s, u"Ada"_s}});
+        m_core->serveEmptyLists();
+
+        QCOMPARE(m_zelctl->ask("register"), answer(u"register"_s, true));
+        QCOMPARE(m_core->take("registrationRequest"),
+                 "{\"registrationRequest\":{\"uuid\":\"" + uuidText + "\",\"silent\":false}}");
+        m_core->changeState(u"Pending"_s);
+        QCOMPARE(m_zelctl->take(), stateSignal(u"Pending"_s));
+        QCOMPARE(m_zelctl->ask("register"), answer(u"register"_s, false));
+        m_core->changeState(u"Success"_s);
+        QCOMPARE(m_zelctl->take(), stateSignal(u"Allowed"_s));
+
+        // What was made in the slot of that signal is alive.
+        const auto answerTo = [this](const QByteArray& command) {
+            QJsonObject line = m_zelctl->ask(command);
+            while (line.value("source"_L1).toString() == "ContactService"_L1)
+                line = m_zelctl->take();
+            return line;
+        };
+        QCOMPARE(answerTo("profile").value("displayName"_L1).toString(), u"Ada"_s);
+        const QJsonObject permissions = answerTo("permissions");
+        QCOMPARE(permissions.value("profileUpdates"_L1).toString(), u"Denied"_s);
+        QCOMPARE(permissions.value("contactInvitations"_L1).toString(), u"Allowed"_s);
+    }
+
+    void takesTheStateBlockedWithoutAnObject()
+    {
+        const QString path = m_core->server().path();
+        m_core->die(); // and leaves a socket behind that nobody serves
+        const QJsonObject ready = startShell();
+        QCOMPARE(ready.value("ready"_L1), QJsonValue(true));
+        QCOMPARE(ready.value("registrationState"_L1).toString(), u"BlockedByUser"_s);
+        QCOMPARE(ready.value("zelSetup"_L1), QJsonValue(false));
+        QCOMPARE(m_zelctl->ask("register"), answer(u"register"_s, false));
+        QCOMPARE(m_zelctl->ask("contacts").value("valid"_L1), QJsonValue(false));
+        QCOMPARE(m_zelctl->ask("box-add hello"), answer(u"box-add"_s, false));
+        QCOMPARE(m_zelctl->finish(), 0);
+        QVERIFY2(m_zelctl->diagnostics().contains("There is no core service at " + path.toUtf8()),
+                 m_zelctl->diagnostics().constData());
+    }
+
+    void sendsWhatWasAskedForBeforeTheEnd()
+    {
+        beUnregistered();
+        m_zelctl->write("register\nquit");
+        QCOMPARE(m_zelctl->finish(), 0);
+        QVERIFY(!m_core->take("registrationRequest").isEmpty());
+    }
+
+    void survivesAServiceThatGoesAwayAndReturns()
+    {
+        beUnregistered();
+        m_core->server().close();
+        QCOMPARE(m_zelctl->ask("register"), answer(u"register"_s, true)); // handed on, and lost without notice
+        QCOMPARE(m_zelctl->ask("state").value("registrationState"_L1).toString(), u"Unregistered"_s);
+
+        QVERIFY(m_core->server().listen(u"/pps/services/zelcore/platform"_s, nullptr));
+        QTRY_VERIFY(m_core->hasClient());
+        m_core->changeState(u"TemporaryError"_s);
+        QCOMPARE(m_zelctl->take(), stateSignal(u"TemporaryError"_s));
+        QCOMPARE(m_zelctl->ask("register"), answer(u"register"_s, true));
+        QVERIFY(!m_core->take("registrationRequest").isEmpty());
+        m_core->changeState(u"Pending"_s);
+        QCOMPARE(m_zelctl->take(), stateSignal(u"Pending"_s));
+    }
+
+    void takesMessagesUpToOneRead()
+    {
+        beUnregistered();
+        m_core->sendRecord(stateRecordOfSize(u"Expired"_s, 65536));
+        QCOMPARE(m_zelctl->take(), stateSignal(u"Expired"_s));
+        m_core->sendRecord(stateRecordOfSize(u"TemporaryError"_s, 65537)); // only the line break is cut off
+        QCOMPARE(m_zelctl->take(), stateSignal(u"TemporaryError"_s));
+        QByteArray open = stateRecordOfSize(u"Expired"_s, 65538); // the last brace is
+        open.chop(1);
+        m_core->sendRecord(open);
+        m_core->changeState(u"ZelDisabled"_s);
+        QCOMPARE(m_zelctl->take(), stateSignal(u"ZelDisabled"_s));
+        m_core->sendRecord(stateRecordOfSize(u"Expired"_s, 400) + QByteArray("\0{[", 3));
+        QCOMPARE(m_zelctl->take(), stateSignal(u"Expired"_s));
+    }
 
 private:
-    QJsonObject startShell();
-    void beUnregistered();
+    QJsonObject startShell() { return m_zelctl->startShell({u"--uuid"_s, QString::fromLatin1(uuidText)}); }
+
+    /// A shell that waits for its user to register.
+    void beUnregistered()
+    {
+        m_core->globals.insert(u"permission"_s, permission(u"Unregistered"_s));
+        QCOMPARE(startShell().value("ready"_L1), QJsonValue(true));
+        QCOMPARE(m_zelctl->take(), stateSignal(u"Unregistered"_s));
+    }
 
     std::unique_ptr<Core> m_core;
     std::unique_ptr<ZelctlProcess> m_zelctl;
 };
-
-void TstRegistration::init()
-{
-    m_core = std::make_unique<Core>();
-    m_zelctl = std::make_unique<ZelctlProcess>(m_core->root());
-}
-
-void TstRegistration::cleanup()
-{
-    m_zelctl.reset();
-    m_core.reset();
-}
-
-QJsonObject TstRegistration::startShell()
-{
-    return m_zelctl->startShell({u"--uuid"_s, QString::fromLatin1(uuidText)});
-}
-
-/// A shell that waits for its user to register.
-void TstRegistration::beUnregistered()
-{
-    m_core->globals.insert(u"permission"_s, permission(u"Unregistered"_s));
-    QCOMPARE(startShell().value("ready"_L1), QJsonValue(true));
-    QCOMPARE(m_zelctl->take(), stateSignal(u"Unregistered"_s));
-}
-
-void TstRegistration::beginsWithItsNameAndAsksForThePermission()
-{
-    m_core->leaveToTest(u"requestListElements"_s);
-    startShell();
-    QCOMPARE(m_zelctl->lines().first(),
-             "{\"ready\":true,\"registrationState\":\"Unknown\",\"accessAllowed\":false,\"zelSetup\":false,"
-             "\"platformVersion\":200}");
-    QCOMPARE(m_core->nextRecord(), "msg::zel\ndat:json:{\"tpaApi\":{\"apiType\":\"Qt\"}}\n");
-    const QByteArray request = m_core->nextMessage();
-    const QByteArray cookie = Core::json(request)["requestListElements"_L1].toObject()["cookie"_L1].toString().toUtf8();
-    QCOMPARE(request, "{\"requestListElements\":{\"cookie\":\"" + cookie +
-                          "\",\"elements\":[{\"name\":\"permission\"}],\"type\":\"global\"}}");
-    QCOMPARE(m_zelctl->ask("register"), answer(u"register"_s, false)); // nothing is known yet
-}
-
-void TstRegistration::followsTheWholeWayToAllowed()
-{
-    beUnregistered();
-    m_core->globals.insert(u"platformProfile"_s, QJsonObject{{u"userId"_s, u"own"_s}, {u"displayName"_s, u"Ada"_s}});
-    m_core->serveEmptyLists();
-
-    QCOMPARE(m_zelctl->ask("register"), answer(u"register"_s, true));
-    QCOMPARE(m_core->take("registrationRequest"),
-             "{\"registrationRequest\":{\"uuid\":\"" + uuidText + "\",\"silent\":false}}");
-    m_core->changeState(u"Pending"_s);
-    QCOMPARE(m_zelctl->take(), stateSignal(u"Pending"_s));
-    QCOMPARE(m_zelctl->ask("register"), answer(u"register"_s, false));
-    m_core->changeState(u"Success"_s);
-    QCOMPARE(m_zelctl->take(), stateSignal(u"Allowed"_s));
-
-    // What was made in the slot of that signal is alive.
-    const auto answerTo = [this](const QByteArray& command) {
-        QJsonObject line = m_zelctl->ask(command);
-        while (line.value("source"_L1).toString() == "ContactService"_L1)
-            line = m_zelctl->take();
-        return line;
-    };
-    QCOMPARE(answerTo("profile").value("displayName"_L1).toString(), u"Ada"_s);
-    const QJsonObject permissions = answerTo("permissions");
-    QCOMPARE(permissions.value("profileUpdates"_L1).toString(), u"Denied"_s);
-    QCOMPARE(permissions.value("contactInvitations"_L1).toString(), u"Allowed"_s);
-}
-
-void TstRegistration::takesTheStateBlockedWithoutAnObject()
-{
-    const QString path = m_core->server().path();
-    m_core->die(); // and leaves a socket behind that nobody serves
-    const QJsonObject ready = startShell();
-    QCOMPARE(ready.value("ready"_L1), QJsonValue(true));
-    QCOMPARE(ready.value("registrationState"_L1).toString(), u"BlockedByUser"_s);
-    QCOMPARE(ready.value("zelSetup"_L1), QJsonValue(false));
-    QCOMPARE(m_zelctl->ask("register"), answer(u"register"_s, false));
-    QCOMPARE(m_zelctl->ask("contacts").value("valid"_L1), QJsonValue(false));
-    QCOMPARE(m_zelctl->ask("box-add hello"), answer(u"box-add"_s, false));
-    QCOMPARE(m_zelctl->finish(), 0);
-    QVERIFY2(m_zelctl->diagnostics().contains("There is no core service at " + path.toUtf8()),
-             m_zelctl->diagnostics().constData());
-}
-
-void TstRegistration::sendsWhatWasAskedForBeforeTheEnd()
-{
-    beUnregistered();
-    m_zelctl->write("register\nquit");
-    QCOMPARE(m_zelctl->finish(), 0);
-    QVERIFY(!m_core->take("registrationRequest").isEmpty());
-}
-
-void TstRegistration::survivesAServiceThatGoesAwayAndReturns()
-{
-    beUnregistered();
-    m_core->server().close();
-    QCOMPARE(m_zelctl->ask("register"), answer(u"register"_s, true)); // handed on, and lost without notice
-    QCOMPARE(m_zelctl->ask("state").value("registrationState"_L1).toString(), u"Unregistered"_s);
-
-    QVERIFY(m_core->server().listen(u"/pps/services/zelcore/platform"_s, nullptr));
-    QTRY_VERIFY(m_core->hasClient());
-    m_core->changeState(u"TemporaryError"_s);
-    QCOMPARE(m_zelctl->take(), stateSignal(u"TemporaryError"_s));
-    QCOMPARE(m_zelctl->ask("register"), answer(u"register"_s, true));
-    QVERIFY(!m_core->take("registrationRequest").isEmpty());
-    m_core->changeState(u"Pending"_s);
-    QCOMPARE(m_zelctl->take(), stateSignal(u"Pending"_s));
-}
-
-void TstRegistration::takesMessagesUpToOneRead()
-{
-    beUnregistered();
-    m_core->sendRecord(stateRecordOfSize(u"Expired"_s, 65536));
-    QCOMPARE(m_zelctl->take(), stateSignal(u"Expired"_s));
-    m_core->sendRecord(stateRecordOfSize(u"TemporaryError"_s, 65537)); // only the line break is cut off
-    QCOMPARE(m_zelctl->take(), stateSignal(u"TemporaryError"_s));
-    QByteArray open = stateRecordOfSize(u"Expired"_s, 65538); // the last brace is
-    open.chop(1);
-    m_core->sendRecord(open);
-    m_core->changeState(u"ZelDisabled"_s);
-    QCOMPARE(m_zelctl->take(), stateSignal(u"ZelDisabled"_s));
-    m_core->sendRecord(stateRecordOfSize(u"Expired"_s, 400) + QByteArray("\0{[", 3));
-    QCOMPARE(m_zelctl->take(), stateSignal(u"Expired"_s));
-}
 
 QTEST_GUILESS_MAIN(TstRegistration)
 #include "tst_registration.moc"

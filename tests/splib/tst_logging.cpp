@@ -13,51 +13,48 @@ class TstLogging : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void writesEachCodesLineAtItsSeverity();
-    void fillsInNothingThatAnArgumentHolds();
-    void formatsNothingThatIsNotTaken();
+    void writesEachCodesLineAtItsSeverity()
+    {
+        const SlogCapture log;
+        QVERIFY(Log<GENERAL_INFO>({}, "\xc3\xa4"));
+        QVERIFY(Log<GENERAL_WARNING_INFO>({}, "m"));
+        QVERIFY(Log<GENERAL_ERROR>(QStringLiteral("p "), QStringLiteral("m")));
+        QVERIFY(Log<ZELSP_AVATAR_RECEIVED>({}, QStringLiteral("u"), QStringLiteral("s"), 4000000000U));
+        QVERIFY(Log<ZELSP_PROFILE_BOX_IMG_ADDED_CALLBACK_FAILURE>({}, 1U, 2U, 3U));
+        QCOMPARE(
+            log.lines(),
+            (QStringList{QStringLiteral("5: \u00e4"), QStringLiteral("3: Warning:m"), QStringLiteral("2: p Error:m"),
+                         QStringLiteral("6: received avatar: userId=[u], streamId[s], avatarSize[4000000000]"),
+                         QStringLiteral("3: failed to add image into user profile box image list: livelistsize=[1], "
+                                        "imgCacheSize=[2], addedIndex=[3]")}));
+    }
+
+    void fillsInNothingThatAnArgumentHolds()
+    {
+        const SlogCapture log;
+        Log<ZELSP_PPS_SEND_JSONDATA>({}, QStringLiteral("%1 %s"));
+        Log<ZELSP_AVATAR_REQUEST_SEND>(QStringLiteral("%2 "), QStringLiteral("%2"), QStringLiteral("%1"));
+        QCOMPARE(log.lines(6), (QStringList{QStringLiteral("sending json string to zelcore ==>: %1 %s"),
+                                            QStringLiteral("%2 sending avatar request: userId=[%2], streamId[%1]")}));
+    }
+
+    void formatsNothingThatIsNotTaken()
+    {
+        const SlogCapture log(5);
+        const QString huge(20 * 1000 * 1000, u'x');
+        QElapsedTimer timer;
+        timer.start();
+        QVERIFY(!huge.toUtf8().isEmpty());
+        const qint64 once = timer.nsecsElapsed();
+        timer.restart();
+        for (int i = 0; i < 100; ++i)
+            QVERIFY(Log<ZELSP_PPS_SEND_JSONDATA>({}, huge));
+        QVERIFY2(timer.nsecsElapsed() < once, "a hundred lines that nobody takes cost more than the text of one");
+        QCOMPARE(log.lines(), QStringList());
+        Log<GENERAL_INFO>({}, "taken");
+        QCOMPARE(log.lines(), QStringList{QStringLiteral("5: taken")});
+    }
 };
-
-void TstLogging::writesEachCodesLineAtItsSeverity()
-{
-    const SlogCapture log;
-    QVERIFY(Log<GENERAL_INFO>({}, "\xc3\xa4"));
-    QVERIFY(Log<GENERAL_WARNING_INFO>({}, "m"));
-    QVERIFY(Log<GENERAL_ERROR>(QStringLiteral("p "), QStringLiteral("m")));
-    QVERIFY(Log<ZELSP_AVATAR_RECEIVED>({}, QStringLiteral("u"), QStringLiteral("s"), 4000000000U));
-    QVERIFY(Log<ZELSP_PROFILE_BOX_IMG_ADDED_CALLBACK_FAILURE>({}, 1U, 2U, 3U));
-    QCOMPARE(log.lines(),
-             (QStringList{QStringLiteral("5: \u00e4"), QStringLiteral("3: Warning:m"), QStringLiteral("2: p Error:m"),
-                          QStringLiteral("6: received avatar: userId=[u], streamId[s], avatarSize[4000000000]"),
-                          QStringLiteral("3: failed to add image into user profile box image list: livelistsize=[1], "
-                                         "imgCacheSize=[2], addedIndex=[3]")}));
-}
-
-void TstLogging::fillsInNothingThatAnArgumentHolds()
-{
-    const SlogCapture log;
-    Log<ZELSP_PPS_SEND_JSONDATA>({}, QStringLiteral("%1 %s"));
-    Log<ZELSP_AVATAR_REQUEST_SEND>(QStringLiteral("%2 "), QStringLiteral("%2"), QStringLiteral("%1"));
-    QCOMPARE(log.lines(6), (QStringList{QStringLiteral("sending json string to zelcore ==>: %1 %s"),
-                                        QStringLiteral("%2 sending avatar request: userId=[%2], streamId[%1]")}));
-}
-
-void TstLogging::formatsNothingThatIsNotTaken()
-{
-    const SlogCapture log(5);
-    const QString huge(20 * 1000 * 1000, u'x');
-    QElapsedTimer timer;
-    timer.start();
-    QVERIFY(!huge.toUtf8().isEmpty());
-    const qint64 once = timer.nsecsElapsed();
-    timer.restart();
-    for (int i = 0; i < 100; ++i)
-        QVERIFY(Log<ZELSP_PPS_SEND_JSONDATA>({}, huge));
-    QVERIFY2(timer.nsecsElapsed() < once, "a hundred lines that nobody takes cost more than the text of one");
-    QCOMPARE(log.lines(), QStringList());
-    Log<GENERAL_INFO>({}, "taken");
-    QCOMPARE(log.lines(), QStringList{QStringLiteral("5: taken")});
-}
 
 QTEST_GUILESS_MAIN(TstLogging)
 #include "tst_logging.moc"

@@ -41,131 +41,125 @@ class TstPlatformContact : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void comparesByDataAndNotByMarks();
-    void loadsEveryField();
-    void keepsWhatIsMissingOrOfAnotherType();
-    void tellsAMissingTextFromAnEmptyOne();
-    void sharesTextsThatRepeat();
-    void sharesTheIdThatItWasAskedBy();
-    void writesEveryMemberInOrder();
-    void writesOnlyMarkedMembersOfAChange();
+    void comparesByDataAndNotByMarks()
+    {
+        QCOMPARE(loaded(R"({"handle":"h"})"), [] {
+            PlatformContact c;
+            c.setHandle(QStringLiteral("h"));
+            return c;
+        }());
+        // Each field on its own tells two records apart.
+        const char* changes[] = {R"({"userId":"x"})",        R"({"handle":"x"})",      R"({"ppid":"x"})",
+                                 R"({"appVersion":"x"})",    R"({"displayName":"x"})", R"({"personalMessage":"x"})",
+                                 R"({"currentStatus":"x"})", R"({"avatarId":"x"})",    R"({"avatarMimeType":"x"})",
+                                 R"({"TimeZone":"x"})",      R"({"CountryCode":"x"})", R"({"platformVersion":99})",
+                                 R"({"clientVersion":99})",  R"({"showBusy":false})"};
+        for (const char* change : changes)
+            QVERIFY2(loaded(change, numbered()) != numbered(), change);
+        PlatformContact picture = numbered();
+        picture.setAvatarData("x");
+        QVERIFY(picture != numbered());
+        QVERIFY(QVariant::fromValue(numbered()) == QVariant::fromValue(numbered()));
+        QVERIFY(QVariant::fromValue(picture) != QVariant::fromValue(numbered()));
+    }
+
+    void loadsEveryField()
+    {
+        const PlatformContact contact =
+            loaded(R"({"userId":"1","handle":"2","ppid":"3","appVersion":"4","displayName":"5","personalMessage":"6",)"
+                   R"("currentStatus":"7","avatarId":"8","avatarMimeType":"9","TimeZone":"10","CountryCode":"11",)"
+                   R"("platformVersion":12,"clientVersion":14,"showBusy":true,"statusMessage":"no","timeZone":"no"})");
+        QCOMPARE(contact, numbered());
+        QVERIFY(!contact.isModified());
+        QVERIFY(contact.isInitialized());
+    }
+
+    void keepsWhatIsMissingOrOfAnotherType()
+    {
+        const PlatformContact contact = loaded(
+            R"({"userId":5,"displayName":"new","platformVersion":"12","showBusy":1,"clientVersion":1.5})", numbered());
+        PlatformContact expected = numbered();
+        expected.setDisplayName(QStringLiteral("new"));
+        QCOMPARE(contact, expected);
+        QCOMPARE(loaded(R"({"handle":"first","handle":"second"})").getHandle(), QStringLiteral("first"));
+        QCOMPARE(loaded("[]", numbered()), numbered());
+        QCOMPARE(loaded("7", numbered()), numbered());
+    }
+
+    void tellsAMissingTextFromAnEmptyOne()
+    {
+        QVERIFY(loaded("{}").getUri().isNull());
+        const PlatformContact contact = loaded(R"({"userId":""})");
+        QVERIFY(contact.getUri().isEmpty() && !contact.getUri().isNull());
+    }
+
+    void sharesTextsThatRepeat()
+    {
+        const QByteArray json =
+            R"({"CountryCode":"NZ","TimeZone":"Pacific/Auckland","appVersion":"1.0.0","handle":"h"})";
+        const PlatformContact first = loaded(json);
+        const PlatformContact second = loaded(json);
+        QCOMPARE(second.getCountryCode().constData(), first.getCountryCode().constData());
+        QCOMPARE(second.getTimeZone().constData(), first.getTimeZone().constData());
+        QCOMPARE(second.getAppVersion().constData(), first.getAppVersion().constData());
+        QCOMPARE(loaded(R"({"CountryCode":"CA"})").getCountryCode(), QStringLiteral("CA"));
+        QCOMPARE(first.getCountryCode(), QStringLiteral("NZ"));
+        // A missing text must not become an empty one on the way.
+        loaded(R"({"CountryCode":""})");
+        QVERIFY(loaded("{}").getCountryCode().isNull());
+    }
+
+    void sharesTheIdThatItWasAskedBy()
+    {
+        PlatformContactJsonAdapter adapter;
+        const QString ids[] = {QString::number(1), QString::number(2), QString::number(3)};
+        const auto root =
+            QSharedPointer<zel::JsonWriter>::create(QStringLiteral("m"), zel::JsonWriter::Array, QString());
+        for (const QString& id : ids)
+            adapter.idToIdJson(id, root->addChild({}, zel::JsonWriter::Object));
+        const auto uri = [&adapter](const QByteArray& json) {
+            PlatformContact contact;
+            read(json, [&](const iface::JsonReaderAttribute& message) {
+                contact = adapter.jsonToElement(message.object(), PlatformContact());
+            });
+            return contact.getUri();
+        };
+        QCOMPARE(uri(R"({"userId":"1"})").constData(), ids[0].constData());
+        QCOMPARE(uri(R"({"userId":"2"})").constData(), ids[1].constData());
+        QCOMPARE(uri(R"({"userId":"unasked"})"), QStringLiteral("unasked"));
+        QCOMPARE(uri("{}"), QString());
+        QCOMPARE(uri(R"({"userId":"3"})"), ids[2]);
+    }
+
+    void writesEveryMemberInOrder()
+    {
+        const auto root =
+            QSharedPointer<zel::JsonWriter>::create(QStringLiteral("m"), zel::JsonWriter::Array, QString());
+        PlatformContact contact = numbered();
+        contact.setAvatarData("picture");
+        PlatformContactJsonAdapter().elementToJson(contact, root);
+        PlatformContactJsonAdapter().elementToJson({}, root);
+        QCOMPARE(root->toString().toUtf8(),
+                 QByteArray(R"({"m":[{"userId":"1","handle":"2","ppid":"3","appVersion":"4","displayName":"5",)"
+                            R"("personalMessage":"6","currentStatus":"7","avatarId":"8","avatarMimeType":"9",)"
+                            R"("TimeZone":"10","CountryCode":"11","platformVersion":12,"showBusy":true},)"
+                            R"({"userId":"","handle":"","ppid":"","appVersion":"","displayName":"",)"
+                            R"("personalMessage":"","currentStatus":"","avatarId":"","avatarMimeType":"",)"
+                            R"("TimeZone":"","CountryCode":"","platformVersion":0,"showBusy":false}]})"));
+    }
+
+    void writesOnlyMarkedMembersOfAChange()
+    {
+        PlatformContact change;
+        change.setShowBusy(false);
+        change.setStatusMessage(QStringLiteral("\"quoted\"\n\U0001F600"));
+        change.setZelVersion(3);
+        zel::JsonWriter object(QStringLiteral("m"), QString());
+        zelsplib::writeContactMembers(change, object, true);
+        QCOMPARE(object.toString().toUtf8(),
+                 QByteArray("{\"m\":{\"currentStatus\":\"\\\"quoted\\\"\\n\xF0\x9F\x98\x80\",\"showBusy\":false}}"));
+    }
 };
-
-void TstPlatformContact::comparesByDataAndNotByMarks()
-{
-    QCOMPARE(loaded(R"({"handle":"h"})"), [] {
-        PlatformContact c;
-        c.setHandle(QStringLiteral("h"));
-        return c;
-    }());
-    // Each field on its own tells two records apart.
-    const char* changes[] = {R"({"userId":"x"})",        R"({"handle":"x"})",      R"({"ppid":"x"})",
-                             R"({"appVersion":"x"})",    R"({"displayName":"x"})", R"({"personalMessage":"x"})",
-                             R"({"currentStatus":"x"})", R"({"avatarId":"x"})",    R"({"avatarMimeType":"x"})",
-                             R"({"TimeZone":"x"})",      R"({"CountryCode":"x"})", R"({"platformVersion":99})",
-                             R"({"clientVersion":99})",  R"({"showBusy":false})"};
-    for (const char* change : changes)
-        QVERIFY2(loaded(change, numbered()) != numbered(), change);
-    PlatformContact picture = numbered();
-    picture.setAvatarData("x");
-    QVERIFY(picture != numbered());
-    QVERIFY(QVariant::fromValue(numbered()) == QVariant::fromValue(numbered()));
-    QVERIFY(QVariant::fromValue(picture) != QVariant::fromValue(numbered()));
-}
-
-void TstPlatformContact::loadsEveryField()
-{
-    const PlatformContact contact =
-        loaded(R"({"userId":"1","handle":"2","ppid":"3","appVersion":"4","displayName":"5","personalMessage":"6",)"
-               R"("currentStatus":"7","avatarId":"8","avatarMimeType":"9","TimeZone":"10","CountryCode":"11",)"
-               R"("platformVersion":12,"clientVersion":14,"showBusy":true,"statusMessage":"no","timeZone":"no"})");
-    QCOMPARE(contact, numbered());
-    QVERIFY(!contact.isModified());
-    QVERIFY(contact.isInitialized());
-}
-
-void TstPlatformContact::keepsWhatIsMissingOrOfAnotherType()
-{
-    const PlatformContact contact = loaded(
-        R"({"userId":5,"displayName":"new","platformVersion":"12","showBusy":1,"clientVersion":1.5})", numbered());
-    PlatformContact expected = numbered();
-    expected.setDisplayName(QStringLiteral("new"));
-    QCOMPARE(contact, expected);
-    QCOMPARE(loaded(R"({"handle":"first","handle":"second"})").getHandle(), QStringLiteral("first"));
-    QCOMPARE(loaded("[]", numbered()), numbered());
-    QCOMPARE(loaded("7", numbered()), numbered());
-}
-
-void TstPlatformContact::tellsAMissingTextFromAnEmptyOne()
-{
-    QVERIFY(loaded("{}").getUri().isNull());
-    const PlatformContact contact = loaded(R"({"userId":""})");
-    QVERIFY(contact.getUri().isEmpty() && !contact.getUri().isNull());
-}
-
-void TstPlatformContact::sharesTextsThatRepeat()
-{
-    const QByteArray json = R"({"CountryCode":"NZ","TimeZone":"Pacific/Auckland","appVersion":"1.0.0","handle":"h"})";
-    const PlatformContact first = loaded(json);
-    const PlatformContact second = loaded(json);
-    QCOMPARE(second.getCountryCode().constData(), first.getCountryCode().constData());
-    QCOMPARE(second.getTimeZone().constData(), first.getTimeZone().constData());
-    QCOMPARE(second.getAppVersion().constData(), first.getAppVersion().constData());
-    QCOMPARE(loaded(R"({"CountryCode":"CA"})").getCountryCode(), QStringLiteral("CA"));
-    QCOMPARE(first.getCountryCode(), QStringLiteral("NZ"));
-    // A missing text must not become an empty one on the way.
-    loaded(R"({"CountryCode":""})");
-    QVERIFY(loaded("{}").getCountryCode().isNull());
-}
-
-void TstPlatformContact::sharesTheIdThatItWasAskedBy()
-{
-    PlatformContactJsonAdapter adapter;
-    const QString ids[] = {QString::number(1), QString::number(2), QString::number(3)};
-    const auto root = QSharedPointer<zel::JsonWriter>::create(QStringLiteral("m"), zel::JsonWriter::Array, QString());
-    for (const QString& id : ids)
-        adapter.idToIdJson(id, root->addChild({}, zel::JsonWriter::Object));
-    const auto uri = [&adapter](const QByteArray& json) {
-        PlatformContact contact;
-        read(json, [&](const iface::JsonReaderAttribute& message) {
-            contact = adapter.jsonToElement(message.object(), PlatformContact());
-        });
-        return contact.getUri();
-    };
-    QCOMPARE(uri(R"({"userId":"1"})").constData(), ids[0].constData());
-    QCOMPARE(uri(R"({"userId":"2"})").constData(), ids[1].constData());
-    QCOMPARE(uri(R"({"userId":"unasked"})"), QStringLiteral("unasked"));
-    QCOMPARE(uri("{}"), QString());
-    QCOMPARE(uri(R"({"userId":"3"})"), ids[2]);
-}
-
-void TstPlatformContact::writesEveryMemberInOrder()
-{
-    const auto root = QSharedPointer<zel::JsonWriter>::create(QStringLiteral("m"), zel::JsonWriter::Array, QString());
-    PlatformContact contact = numbered();
-    contact.setAvatarData("picture");
-    PlatformContactJsonAdapter().elementToJson(contact, root);
-    PlatformContactJsonAdapter().elementToJson({}, root);
-    QCOMPARE(root->toString().toUtf8(),
-             QByteArray(R"({"m":[{"userId":"1","handle":"2","ppid":"3","appVersion":"4","displayName":"5",)"
-                        R"("personalMessage":"6","currentStatus":"7","avatarId":"8","avatarMimeType":"9",)"
-                        R"("TimeZone":"10","CountryCode":"11","platformVersion":12,"showBusy":true},)"
-                        R"({"userId":"","handle":"","ppid":"","appVersion":"","displayName":"",)"
-                        R"("personalMessage":"","currentStatus":"","avatarId":"","avatarMimeType":"",)"
-                        R"("TimeZone":"","CountryCode":"","platformVersion":0,"showBusy":false}]})"));
-}
-
-void TstPlatformContact::writesOnlyMarkedMembersOfAChange()
-{
-    PlatformContact change;
-    change.setShowBusy(false);
-    change.setStatusMessage(QStringLiteral("\"quoted\"\n\U0001F600"));
-    change.setZelVersion(3);
-    zel::JsonWriter object(QStringLiteral("m"), QString());
-    zelsplib::writeContactMembers(change, object, true);
-    QCOMPARE(object.toString().toUtf8(),
-             QByteArray("{\"m\":{\"currentStatus\":\"\\\"quoted\\\"\\n\xF0\x9F\x98\x80\",\"showBusy\":false}}"));
-}
 
 QTEST_GUILESS_MAIN(TstPlatformContact)
 #include "tst_platformcontact.moc"
