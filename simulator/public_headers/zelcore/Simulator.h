@@ -185,7 +185,7 @@ public:
     /// The description of all commands.
     static QString commandHelp();
     /// Cuts a line into words as a shell does, for programs with a command language of their own: blanks separate,
-    /// '...' is literal, within "..." a backslash escapes the quote and itself and \n and \t are a line break and a
+    /// '...' is literal, within "..." a backslash escapes the quote and itself and makes n and t a line break and a
     /// tab, elsewhere it makes the next character an ordinary one. Empty, with a sentence in \a error, when a quote is
     /// not closed or the line ends in a backslash.
     static std::optional<QStringList> splitWords(const QString& line, QString* error = nullptr);
