@@ -97,7 +97,7 @@ private:
     using Progress = typename Value::Progress;
     enum class Request { Batch, Refresh };
 
-    ValuePointer create(const K& key);
+    ValuePointer provide(const K& key, bool* isNew);
     bool isBatchWaiting() const;
     void performRequestAll();
     void repeatBatch();

@@ -16,24 +16,27 @@ LazyLoader<K, V>::LazyLoader(LoadFunction loadFunction, V defaultValue, int batc
 {
 }
 
+/// The value of a key, made if there is none: one look into the hash.
 template <class K, class V>
-auto LazyLoader<K, V>::create(const K& key) -> ValuePointer
+auto LazyLoader<K, V>::provide(const K& key, bool* isNew) -> ValuePointer
 {
-    ValuePointer created(new Value(m_defaultValue));
-    m_values.insert(key, created);
-    return created;
+    ValuePointer& value = m_values[key];
+    *isNew = !value;
+    if (!value)
+        value = ValuePointer(new Value(m_defaultValue));
+    return value;
 }
 
 template <class K, class V>
 ObservableValue<V> LazyLoader<K, V>::getObservableValue(const K& key)
 {
-    ValuePointer found = m_values.value(key);
-    if (!found) {
-        found = create(key);
-        m_pending.append({key, found});
+    bool isNew = false;
+    const ValuePointer value = provide(key, &isNew);
+    if (isNew) {
+        m_pending.append({key, value});
         requestAll();
     }
-    return ObservableValue<V>(found.data());
+    return ObservableValue<V>(value.data());
 }
 
 template <class K, class V>
@@ -42,9 +45,8 @@ void LazyLoader<K, V>::store(const K& key, const V& contents, Function whenChang
 {
     if (m_outdated.remove(key) && m_outdated.isEmpty())
         endRefresh();
-    ValuePointer found = m_values.value(key);
-    if (!found)
-        found = create(key);
+    bool isNew = false;
+    const ValuePointer found = provide(key, &isNew);
     // Contents that come for a key in flight settle with their request; a key that still waits need not be requested.
     const bool settles = found->m_progress == Progress::Waiting;
     if (settles)
@@ -88,13 +90,15 @@ template <class K, class V>
 void LazyLoader<K, V>::performRequestAll()
 {
     QList<K> keys;
+    keys.reserve(m_batchLimit);
+    m_inFlight.reserve(m_batchLimit);
     while (!m_pending.isEmpty() && keys.size() < m_batchLimit) {
-        const Waiting waiting = m_pending.takeFirst();
+        Waiting waiting = m_pending.takeFirst();
         if (waiting.value->m_progress != Progress::Waiting)
             continue;
         waiting.value->m_progress = Progress::InFlight;
-        m_inFlight.append(waiting);
         keys.append(waiting.key);
+        m_inFlight.append(std::move(waiting));
     }
     if (m_pending.isEmpty())
         m_pending = {}; // gives back what so many keys took

@@ -2,10 +2,9 @@
 #pragma once
 
 #include <zel/LiveList.h>
+#include <zel/detail/DistinctKeys.h>
 #include <zel/detail/KeepAlive.h>
 #include <zel/detail/MessageOrder.h>
-
-#include <QSet>
 
 #include <utility>
 
@@ -165,13 +164,21 @@ void LiveList<T, Key>::finishFullList(QList<T> received)
 template <class T, class Key>
 void LiveList<T, Key>::keepDistinct(QList<T>& received) const
 {
-    QSet<QString> known;
-    known.reserve(received.size());
-    received.removeIf([&](const T& element) {
-        const QString key = m_adapter->elementToId(element);
-        const qsizetype before = known.size();
-        known.insert(key);
-        return key.isEmpty() || known.size() == before;
+    detail::DistinctKeys distinct(received.size(),
+                                  [&](int index) { return m_adapter->elementToId(received.at(index)); });
+    QList<int> leftOut;
+    for (int i = 0; i < int(received.size()); ++i) {
+        if (distinct.isLeftOut(i)) {
+            leftOut.append(i);
+        }
+    }
+    int index = 0;
+    auto next = leftOut.cbegin();
+    received.removeIf([&](const T&) {
+        const bool isNext = next != leftOut.cend() && *next == index;
+        ++index;
+        next += isNext;
+        return isNext;
     });
 }
 
