@@ -155,6 +155,8 @@ void ObservableImpl::tellInParticular(const Change& change, const std::vector<Ma
         if (hold.isAlive())
             Q_EMIT static_cast<ObservableMapImplBase*>(this)->mapChanged(each);
     }
+    if (change.kind <= Change::Keys)
+        return;
     auto* const list = static_cast<ObservableListImpl*>(this);
     // To ask whether a change need be put into a signal's words at all; in the order of the kinds.
     static const QMetaMethod itemSignals[] = {QMetaMethod::fromSignal(&ObservableListImpl::itemAdded),
@@ -162,7 +164,7 @@ void ObservableImpl::tellInParticular(const Change& change, const std::vector<Ma
                                               QMetaMethod::fromSignal(&ObservableListImpl::itemRemoved)};
     if (change.kind >= Change::Moved)
         Q_EMIT list->itemsChanged(change.type(), change.mapper);
-    else if (change.kind < Change::Added || !isSignalConnected(itemSignals[change.kind - Change::Added]))
+    else if (!isSignalConnected(itemSignals[change.kind - Change::Added]))
         return;
     else if (change.kind == Change::Added)
         Q_EMIT list->itemAdded(ObservableListImpl::pathOf(change.index));
