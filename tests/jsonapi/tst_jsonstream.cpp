@@ -44,152 +44,141 @@ private Q_SLOTS:
         });
     }
 
-    void writesMembersInOrder();
-    void reassemblesWhatItSends_data();
-    void reassemblesWhatItSends();
-    void keepsInterleavedStreamsApart();
-    void takesMissingMembersAsEmpty();
-    void aNestedTransferOfTheSameIdStartsAfresh();
-    void forgetsHalfATransfer();
-    void noReceiverHearsOfTheNextTransferFirst();
-    void aReceiverMayDestroyTheStream();
-    void adaptersHearUntilTheyGo();
+    void writesMembersInOrder()
+    {
+        stream->send(u"s1"_qs, "abc");
+        QVERIFY(pipe->expectSentText(R"({"stream":{"id":"s1","value":"YWJj","last":true}})"));
+    }
+
+    void reassemblesWhatItSends_data()
+    {
+        QTest::addColumn<int>("bytes");
+        QTest::addColumn<QList<int>>("characters");
+        QTest::newRow("nothing") << 0 << QList<int>();
+        QTest::newRow("one byte") << 1 << QList<int>{4};
+        QTest::newRow("20480 characters") << 15360 << QList<int>{20480};
+        QTest::newRow("20484 characters") << 15361 << QList<int>{20480, 4};
+        QTest::newRow("32768 bytes") << 32768 << QList<int>{20480, 20480, 2732};
+    }
+
+    void reassemblesWhatItSends()
+    {
+        QFETCH(int, bytes);
+        QFETCH(QList<int>, characters);
+        const QByteArray data = randomBytes(bytes);
+        stream->send(u"id"_qs, data);
+        for (const int size : characters) {
+            QVERIFY(received.isEmpty());
+            const QByteArray message = pipe->takeSent();
+            const QJsonObject body = QJsonDocument::fromJson(message).object().value(u"stream"_qs).toObject();
+            QCOMPARE(body.value(u"value"_qs).toString().size(), size);
+            QCOMPARE(body.contains(u"last"_qs), pipe->sentCount() == 0);
+            pipe->inject(message);
+        }
+        QVERIFY(pipe->expectNothingSent());
+        const QList<QPair<QString, QByteArray>> whole{{u"id"_qs, data}};
+        QVERIFY(bytes > 0 ? received == whole : received.isEmpty());
+    }
+
+    void keepsInterleavedStreamsApart()
+    {
+        pipe->inject(chunk(u"a"_qs, "a1", false));
+        pipe->inject(chunk(u"b"_qs, "b1", false));
+        pipe->inject(chunk(u"a"_qs, "a2", false));
+        pipe->inject(chunk(u"c"_qs, "c1", true));
+        pipe->inject(chunk(u"b"_qs, "b2", true));
+        pipe->inject(chunk(u"a"_qs, "a3", true));
+        pipe->inject(chunk(u"a"_qs, "again", true));
+        const QList<QPair<QString, QByteArray>> expected{
+            {u"c"_qs, "c1"}, {u"b"_qs, "b1b2"}, {u"a"_qs, "a1a2a3"}, {u"a"_qs, "again"}};
+        QCOMPARE(received, expected);
+    }
+
+    void takesMissingMembersAsEmpty()
+    {
+        pipe->inject(R"({"stream":{"last":true}})");
+        pipe->inject(R"({"stream":{"id":5,"value":[],"last":"true"}})");
+        pipe->inject(R"({"stream":{"id":"x","value":"!not base64!","last":true}})");
+        QCOMPARE(received.size(), 2);
+        QCOMPARE(received.at(0), qMakePair(QString(), QByteArray()));
+        QCOMPARE(received.at(1).first, u"x"_qs);
+    }
+
+    void aNestedTransferOfTheSameIdStartsAfresh()
+    {
+        bool nested = false;
+        connect(stream.data(), &zel::JsonStream::dataReceived, this, [&](const QString&, const QVariant&) {
+            if (!std::exchange(nested, true)) {
+                QVERIFY(received.isEmpty()); // the signal comes before the callback
+                pipe->inject(chunk(u"a"_qs, "new ", false));
+            }
+        });
+        pipe->inject(chunk(u"a"_qs, "old", true));
+        pipe->inject(chunk(u"a"_qs, "data", true));
+        const QList<QPair<QString, QByteArray>> expected{{u"a"_qs, "old"}, {u"a"_qs, "new data"}};
+        QCOMPARE(received, expected);
+    }
+
+    void forgetsHalfATransfer()
+    {
+        pipe->inject(chunk(u"a"_qs, "half", false));
+        pipe->inject(chunk(u"b"_qs, "kept ", false));
+        stream->forget(u"a"_qs);
+        pipe->inject(chunk(u"a"_qs, "whole", true));
+        pipe->inject(chunk(u"b"_qs, "whole", true));
+        const QList<QPair<QString, QByteArray>> expected{{u"a"_qs, "whole"}, {u"b"_qs, "kept whole"}};
+        QCOMPARE(received, expected);
+    }
+
+    void noReceiverHearsOfTheNextTransferFirst()
+    {
+        QStringList heard;
+        // The first spins an event loop, in which more arrives, and throws.
+        const zel::JsonStreamFunctorAdapter first(stream, [&](const QString& id, const QVariant&) {
+            heard.append(u"1"_qs + id);
+            if (id == u"a")
+                pipe->inject(chunk(u"b"_qs, "y", true));
+            else
+                throw std::runtime_error("receiver");
+        });
+        const zel::JsonStreamFunctorAdapter second(
+            stream, [&](const QString& id, const QVariant&) { heard.append(u"2"_qs + id); });
+        QVERIFY_THROWS_EXCEPTION(std::runtime_error, pipe->inject(chunk(u"a"_qs, "x", true)));
+        QCOMPARE(heard.join(u' '), u"1a 2a 1b 2b"_qs);
+        QCOMPARE(received.size(), 2);
+    }
+
+    void aReceiverMayDestroyTheStream()
+    {
+        connect(stream.data(), &zel::JsonStream::dataReceived, this,
+                [this](const QString&, const QVariant&) { stream.reset(); });
+        pipe->inject(chunk(u"a"_qs, "x", true));
+        QVERIFY(received.isEmpty());
+        pipe->inject(chunk(u"a"_qs, "x", true));
+        QCOMPARE(pipe->listenerCount(u"stream"_qs), 0);
+    }
+
+    void adaptersHearUntilTheyGo()
+    {
+        QStringList heard;
+        std::unique_ptr<zel::JsonStreamFunctorAdapter> second;
+        zel::JsonStreamFunctorAdapter first(stream, [&](const QString& id, const QVariant& data) {
+            heard.append(u"1:"_qs + id + QString::fromUtf8(data.toByteArray()));
+        });
+        second = std::make_unique<zel::JsonStreamFunctorAdapter>(stream, [&](const QString& id, const QVariant&) {
+            second.reset(); // in the middle of its own call
+            heard.append(u"2:"_qs + id);
+        });
+        pipe->inject(chunk(u"a"_qs, "x", true));
+        pipe->inject(chunk(u"b"_qs, "y", true));
+        QCOMPARE(heard, QStringList({u"1:ax"_qs, u"2:a"_qs, u"1:by"_qs}));
+    }
 
 private:
     QSharedPointer<FakePipe> pipe;
     QSharedPointer<zel::JsonStream> stream;
     QList<QPair<QString, QByteArray>> received;
 };
-
-void TstJsonStream::writesMembersInOrder()
-{
-    stream->send(u"s1"_qs, "abc");
-    QVERIFY(pipe->expectSentText(R"({"stream":{"id":"s1","value":"YWJj","last":true}})"));
-}
-
-void TstJsonStream::reassemblesWhatItSends_data()
-{
-    QTest::addColumn<int>("bytes");
-    QTest::addColumn<QList<int>>("characters");
-    QTest::newRow("nothing") << 0 << QList<int>();
-    QTest::newRow("one byte") << 1 << QList<int>{4};
-    QTest::newRow("20480 characters") << 15360 << QList<int>{20480};
-    QTest::newRow("20484 characters") << 15361 << QList<int>{20480, 4};
-    QTest::newRow("32768 bytes") << 32768 << QList<int>{20480, 20480, 2732};
-}
-
-void TstJsonStream::reassemblesWhatItSends()
-{
-    QFETCH(int, bytes);
-    QFETCH(QList<int>, characters);
-    const QByteArray data = randomBytes(bytes);
-    stream->send(u"id"_qs, data);
-    for (const int size : characters) {
-        QVERIFY(received.isEmpty());
-        const QByteArray message = pipe->takeSent();
-        const QJsonObject body = QJsonDocument::fromJson(message).object().value(u"stream"_qs).toObject();
-        QCOMPARE(body.value(u"value"_qs).toString().size(), size);
-        QCOMPARE(body.contains(u"last"_qs), pipe->sentCount() == 0);
-        pipe->inject(message);
-    }
-    QVERIFY(pipe->expectNothingSent());
-    const QList<QPair<QString, QByteArray>> whole{{u"id"_qs, data}};
-    QVERIFY(bytes > 0 ? received == whole : received.isEmpty());
-}
-
-void TstJsonStream::keepsInterleavedStreamsApart()
-{
-    pipe->inject(chunk(u"a"_qs, "a1", false));
-    pipe->inject(chunk(u"b"_qs, "b1", false));
-    pipe->inject(chunk(u"a"_qs, "a2", false));
-    pipe->inject(chunk(u"c"_qs, "c1", true));
-    pipe->inject(chunk(u"b"_qs, "b2", true));
-    pipe->inject(chunk(u"a"_qs, "a3", true));
-    pipe->inject(chunk(u"a"_qs, "again", true));
-    const QList<QPair<QString, QByteArray>> expected{
-        {u"c"_qs, "c1"}, {u"b"_qs, "b1b2"}, {u"a"_qs, "a1a2a3"}, {u"a"_qs, "again"}};
-    QCOMPARE(received, expected);
-}
-
-void TstJsonStream::takesMissingMembersAsEmpty()
-{
-    pipe->inject(R"({"stream":{"last":true}})");
-    pipe->inject(R"({"stream":{"id":5,"value":[],"last":"true"}})");
-    pipe->inject(R"({"stream":{"id":"x","value":"!not base64!","last":true}})");
-    QCOMPARE(received.size(), 2);
-    QCOMPARE(received.at(0), qMakePair(QString(), QByteArray()));
-    QCOMPARE(received.at(1).first, u"x"_qs);
-}
-
-void TstJsonStream::aNestedTransferOfTheSameIdStartsAfresh()
-{
-    bool nested = false;
-    connect(stream.data(), &zel::JsonStream::dataReceived, this, [&](const QString&, const QVariant&) {
-        if (!std::exchange(nested, true)) {
-            QVERIFY(received.isEmpty()); // the signal comes before the callback
-            pipe->inject(chunk(u"a"_qs, "new ", false));
-        }
-    });
-    pipe->inject(chunk(u"a"_qs, "old", true));
-    pipe->inject(chunk(u"a"_qs, "data", true));
-    const QList<QPair<QString, QByteArray>> expected{{u"a"_qs, "old"}, {u"a"_qs, "new data"}};
-    QCOMPARE(received, expected);
-}
-
-void TstJsonStream::forgetsHalfATransfer()
-{
-    pipe->inject(chunk(u"a"_qs, "half", false));
-    pipe->inject(chunk(u"b"_qs, "kept ", false));
-    stream->forget(u"a"_qs);
-    pipe->inject(chunk(u"a"_qs, "whole", true));
-    pipe->inject(chunk(u"b"_qs, "whole", true));
-    const QList<QPair<QString, QByteArray>> expected{{u"a"_qs, "whole"}, {u"b"_qs, "kept whole"}};
-    QCOMPARE(received, expected);
-}
-
-void TstJsonStream::noReceiverHearsOfTheNextTransferFirst()
-{
-    QStringList heard;
-    // The first spins an event loop, in which more arrives, and throws.
-    const zel::JsonStreamFunctorAdapter first(stream, [&](const QString& id, const QVariant&) {
-        heard.append(u"1"_qs + id);
-        if (id == u"a")
-            pipe->inject(chunk(u"b"_qs, "y", true));
-        else
-            throw std::runtime_error("receiver");
-    });
-    const zel::JsonStreamFunctorAdapter second(stream,
-                                               [&](const QString& id, const QVariant&) { heard.append(u"2"_qs + id); });
-    QVERIFY_THROWS_EXCEPTION(std::runtime_error, pipe->inject(chunk(u"a"_qs, "x", true)));
-    QCOMPARE(heard.join(u' '), u"1a 2a 1b 2b"_qs);
-    QCOMPARE(received.size(), 2);
-}
-
-void TstJsonStream::aReceiverMayDestroyTheStream()
-{
-    connect(stream.data(), &zel::JsonStream::dataReceived, this,
-            [this](const QString&, const QVariant&) { stream.reset(); });
-    pipe->inject(chunk(u"a"_qs, "x", true));
-    QVERIFY(received.isEmpty());
-    pipe->inject(chunk(u"a"_qs, "x", true));
-    QCOMPARE(pipe->listenerCount(u"stream"_qs), 0);
-}
-
-void TstJsonStream::adaptersHearUntilTheyGo()
-{
-    QStringList heard;
-    std::unique_ptr<zel::JsonStreamFunctorAdapter> second;
-    zel::JsonStreamFunctorAdapter first(stream, [&](const QString& id, const QVariant& data) {
-        heard.append(u"1:"_qs + id + QString::fromUtf8(data.toByteArray()));
-    });
-    second = std::make_unique<zel::JsonStreamFunctorAdapter>(stream, [&](const QString& id, const QVariant&) {
-        second.reset(); // in the middle of its own call
-        heard.append(u"2:"_qs + id);
-    });
-    pipe->inject(chunk(u"a"_qs, "x", true));
-    pipe->inject(chunk(u"b"_qs, "y", true));
-    QCOMPARE(heard, QStringList({u"1:ax"_qs, u"2:a"_qs, u"1:by"_qs}));
-}
 
 QTEST_GUILESS_MAIN(TstJsonStream)
 #include "tst_jsonstream.moc"

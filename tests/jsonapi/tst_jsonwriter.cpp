@@ -27,115 +27,109 @@ class TstJsonWriter : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void keysTheMessageByTheRootsName();
-    void writesMembersInCallOrderWithDuplicates();
-    void dropsNamesInArrays();
-    void closesAChildOnceWhenItIsAskedForItsText();
-    void refusesMembersAfterTheText();
-    void carriesAnyCharacter();
-    void childrenOutliveTheirRoot();
+    void keysTheMessageByTheRootsName()
+    {
+        QCOMPARE(makeRoot(u"N"_qs, JsonWriter::Object)->toString(), u"{\"N\":{}}"_qs);
+        QCOMPARE(makeRoot(u"N"_qs, JsonWriter::Array)->toString(), u"{\"N\":[]}"_qs);
+        QCOMPARE(makeRoot(u"N"_qs, JsonWriter::Null)->toString(), u"{\"N\":null}"_qs);
+        for (const QString& name : {u"json"_qs, u"dat:json:"_qs, u"json:{"_qs, u"a\nb"_qs, QString()}) {
+            JsonWriter root(name, u"json:"_qs);
+            root.addAttribute(u"json:"_qs, u"json:"_qs);
+            const QJsonObject message = parsed(root.toString());
+            QCOMPARE(message.keys(), QStringList(name));
+            QCOMPARE(message.value(name).toObject().value(u"json:"_qs).toString(), u"json:"_qs);
+        }
+    }
+
+    void writesMembersInCallOrderWithDuplicates()
+    {
+        JsonWriter root(u"m"_qs, u"zel"_qs);
+        root.addAttribute(u"z"_qs, true);
+        root.addAttribute(u"a"_qs, QStringLiteral("text"));
+        root.addAttribute(u"z"_qs, -2147483647 - 1);
+        root.addAttribute(u"n"_qs);
+        root.addAttribute(u"c"_qs, "chars");
+        root.addAttribute(u"c"_qs, static_cast<const char*>(nullptr));
+        QCOMPARE(root.toString(),
+                 u"{\"m\":{\"z\":true,\"a\":\"text\",\"z\":-2147483648,\"n\":null,\"c\":\"chars\",\"c\":\"\"}}"_qs);
+    }
+
+    void dropsNamesInArrays()
+    {
+        const auto root = makeRoot(u"m"_qs, JsonWriter::Array);
+        root->addAttribute(u"ignored"_qs, 5);
+        root->addAttribute(u"ignored"_qs);
+        root->addAttribute(u"ignored"_qs, false);
+        root->addAttribute(u"ignored"_qs, u"s"_qs);
+        root->addChild(u"ignored"_qs, JsonWriter::Null);
+        root->addChild(u"ignored"_qs, JsonWriter::AttributeType(99));
+        zel::JsonWriterAttribute(root, "ignored").array()->addAttribute(u"ignored"_qs, 2);
+        // An array without a name has an empty one; an object or null never gets here without.
+        const auto object = root->addChild(u"ignored"_qs, JsonWriter::Object);
+        object->addChild(QString(), JsonWriter::Array)->addChild(QString(), JsonWriter::Object);
+        zel::JsonWriterAttribute(object, "gr\xc3\xbc\xc3\x9f").object()->addAttribute(u"x"_qs);
+        QVERIFY(object->toString().endsWith(u'}'));
+        QCOMPARE(root->toString(),
+                 u"{\"m\":[5,null,false,\"s\",null,[2],{\"\":[{}],\"gr\u00fc\u00df\":{\"x\":null}}]}"_qs);
+    }
+
+    void closesAChildOnceWhenItIsAskedForItsText()
+    {
+        const auto root = makeRoot(u"m"_qs);
+        auto child = root->addChild(u"c"_qs, JsonWriter::Object);
+        const QString soFar = child->toString();
+        QVERIFY(soFar.endsWith(u"{\"m\":{\"c\":{}"_qs));
+        QCOMPARE(child->length(), soFar.toUtf8().size());
+        QCOMPARE(child->toString(), soFar);
+        child.reset();
+        root->addAttribute(u"d"_qs, 1);
+        QCOMPARE(root->toString(), u"{\"m\":{\"c\":{},\"d\":1}}"_qs);
+    }
+
+    void refusesMembersAfterTheText()
+    {
+        JsonWriter root(u"the name"_qs, QString());
+        QVERIFY(!root.isReadOnly());
+        const QString text = root.toString();
+        const char error[] =
+            "JsonWriter::isReadOnly error: cannot addAttribute or addChild on a JsonWriterobject after "
+            "toString() has been called\n Name:  \"the name\" \nType:  4";
+        for (int i = 0; i < 3; ++i)
+            QTest::ignoreMessage(QtCriticalMsg, error);
+        QVERIFY(root.isReadOnly());
+        root.addAttribute(u"a"_qs, 1);
+        QVERIFY(root.addChild(u"c"_qs, JsonWriter::Object).isNull());
+        const int length = root.length();
+        QCOMPARE(root.toString(), text);
+        QCOMPARE(root.length(), length);
+    }
+
+    void carriesAnyCharacter()
+    {
+        QStringList values{u"\"quoted\" \\ /"_qs, u"\b\f\n\r\t\u0001\u001f\u007f"_qs, QString::fromUtf16(u"a\0b", 3),
+                           u"\U0001f600 \u05e9\u05dc\u05d5\u05dd \u4f60\u597d"_qs, QString(100000, u'x')};
+        for (int size = 254; size <= 258; ++size)
+            values << QString(size, u'y') << QString(size, u'\u00e4');
+        for (const QString& value : std::as_const(values)) {
+            JsonWriter root(value, QString());
+            root.addAttribute(value, value);
+            const QJsonObject message = parsed(root.toString());
+            QCOMPARE(message.keys(), QStringList(value));
+            QCOMPARE(message.value(value).toObject().value(value).toString(), value);
+        }
+    }
+
+    void childrenOutliveTheirRoot()
+    {
+        auto root = makeRoot(u"m"_qs);
+        auto child = root->addChild(u"c"_qs, JsonWriter::Array);
+        const auto grandChild = child->addChild(QString(), JsonWriter::Object);
+        root.reset();
+        child.reset();
+        grandChild->addAttribute(u"a"_qs, 1);
+        QVERIFY(grandChild->length() > 0);
+    }
 };
-
-void TstJsonWriter::keysTheMessageByTheRootsName()
-{
-    QCOMPARE(makeRoot(u"N"_qs, JsonWriter::Object)->toString(), u"{\"N\":{}}"_qs);
-    QCOMPARE(makeRoot(u"N"_qs, JsonWriter::Array)->toString(), u"{\"N\":[]}"_qs);
-    QCOMPARE(makeRoot(u"N"_qs, JsonWriter::Null)->toString(), u"{\"N\":null}"_qs);
-    for (const QString& name : {u"json"_qs, u"dat:json:"_qs, u"json:{"_qs, u"a\nb"_qs, QString()}) {
-        JsonWriter root(name, u"json:"_qs);
-        root.addAttribute(u"json:"_qs, u"json:"_qs);
-        const QJsonObject message = parsed(root.toString());
-        QCOMPARE(message.keys(), QStringList(name));
-        QCOMPARE(message.value(name).toObject().value(u"json:"_qs).toString(), u"json:"_qs);
-    }
-}
-
-void TstJsonWriter::writesMembersInCallOrderWithDuplicates()
-{
-    JsonWriter root(u"m"_qs, u"zel"_qs);
-    root.addAttribute(u"z"_qs, true);
-    root.addAttribute(u"a"_qs, QStringLiteral("text"));
-    root.addAttribute(u"z"_qs, -2147483647 - 1);
-    root.addAttribute(u"n"_qs);
-    root.addAttribute(u"c"_qs, "chars");
-    root.addAttribute(u"c"_qs, static_cast<const char*>(nullptr));
-    QCOMPARE(root.toString(),
-             u"{\"m\":{\"z\":true,\"a\":\"text\",\"z\":-2147483648,\"n\":null,\"c\":\"chars\",\"c\":\"\"}}"_qs);
-}
-
-void TstJsonWriter::dropsNamesInArrays()
-{
-    const auto root = makeRoot(u"m"_qs, JsonWriter::Array);
-    root->addAttribute(u"ignored"_qs, 5);
-    root->addAttribute(u"ignored"_qs);
-    root->addAttribute(u"ignored"_qs, false);
-    root->addAttribute(u"ignored"_qs, u"s"_qs);
-    root->addChild(u"ignored"_qs, JsonWriter::Null);
-    root->addChild(u"ignored"_qs, JsonWriter::AttributeType(99));
-    zel::JsonWriterAttribute(root, "ignored").array()->addAttribute(u"ignored"_qs, 2);
-    // An array without a name has an empty one; an object or null never gets here without.
-    const auto object = root->addChild(u"ignored"_qs, JsonWriter::Object);
-    object->addChild(QString(), JsonWriter::Array)->addChild(QString(), JsonWriter::Object);
-    zel::JsonWriterAttribute(object, "gr\xc3\xbc\xc3\x9f").object()->addAttribute(u"x"_qs);
-    QVERIFY(object->toString().endsWith(u'}'));
-    QCOMPARE(root->toString(), u"{\"m\":[5,null,false,\"s\",null,[2],{\"\":[{}],\"gr\u00fc\u00df\":{\"x\":null}}]}"_qs);
-}
-
-void TstJsonWriter::closesAChildOnceWhenItIsAskedForItsText()
-{
-    const auto root = makeRoot(u"m"_qs);
-    auto child = root->addChild(u"c"_qs, JsonWriter::Object);
-    const QString soFar = child->toString();
-    QVERIFY(soFar.endsWith(u"{\"m\":{\"c\":{}"_qs));
-    QCOMPARE(child->length(), soFar.toUtf8().size());
-    QCOMPARE(child->toString(), soFar);
-    child.reset();
-    root->addAttribute(u"d"_qs, 1);
-    QCOMPARE(root->toString(), u"{\"m\":{\"c\":{},\"d\":1}}"_qs);
-}
-
-void TstJsonWriter::refusesMembersAfterTheText()
-{
-    JsonWriter root(u"the name"_qs, QString());
-    QVERIFY(!root.isReadOnly());
-    const QString text = root.toString();
-    const char error[] = "JsonWriter::isReadOnly error: cannot addAttribute or addChild on a JsonWriterobject after "
-                         "toString() has been called\n Name:  \"the name\" \nType:  4";
-    for (int i = 0; i < 3; ++i)
-        QTest::ignoreMessage(QtCriticalMsg, error);
-    QVERIFY(root.isReadOnly());
-    root.addAttribute(u"a"_qs, 1);
-    QVERIFY(root.addChild(u"c"_qs, JsonWriter::Object).isNull());
-    const int length = root.length();
-    QCOMPARE(root.toString(), text);
-    QCOMPARE(root.length(), length);
-}
-
-void TstJsonWriter::carriesAnyCharacter()
-{
-    QStringList values{u"\"quoted\" \\ /"_qs, u"\b\f\n\r\t\u0001\u001f\u007f"_qs, QString::fromUtf16(u"a\0b", 3),
-                       u"\U0001f600 \u05e9\u05dc\u05d5\u05dd \u4f60\u597d"_qs, QString(100000, u'x')};
-    for (int size = 254; size <= 258; ++size)
-        values << QString(size, u'y') << QString(size, u'\u00e4');
-    for (const QString& value : std::as_const(values)) {
-        JsonWriter root(value, QString());
-        root.addAttribute(value, value);
-        const QJsonObject message = parsed(root.toString());
-        QCOMPARE(message.keys(), QStringList(value));
-        QCOMPARE(message.value(value).toObject().value(value).toString(), value);
-    }
-}
-
-void TstJsonWriter::childrenOutliveTheirRoot()
-{
-    auto root = makeRoot(u"m"_qs);
-    auto child = root->addChild(u"c"_qs, JsonWriter::Array);
-    const auto grandChild = child->addChild(QString(), JsonWriter::Object);
-    root.reset();
-    child.reset();
-    grandChild->addAttribute(u"a"_qs, 1);
-    QVERIFY(grandChild->length() > 0);
-}
 
 QTEST_GUILESS_MAIN(TstJsonWriter)
 #include "tst_jsonwriter.moc"

@@ -55,12 +55,98 @@ private Q_SLOTS:
         log.clear();
     }
 
-    void handsEachMessageToItsOperation();
-    void goesByTypeAndId();
-    void removesHandlers();
-    void movesAHandlerToAnotherList();
-    void asksBeforeEachCallWhetherAHandlerIsStillThere();
-    void leavesThePipeWhenItGoes();
+    void handsEachMessageToItsOperation()
+    {
+        Handler handler(u"h"_qs, &log);
+        multiplexer->addHandler(u"T"_qs, QString(), &handler);
+        for (const char* operation : {"Add", "All", "Change", "Chunk", "Elements", "Remove", "Window"}) {
+            pipe->inject(QByteArray("{\"list") + operation + "\":{\"type\":\"T\"}}");
+            QCOMPARE(std::exchange(log, {}), QStringList(u"h:"_qs + QLatin1String(operation)));
+        }
+    }
+
+    void goesByTypeAndId()
+    {
+        Handler plain(u"plain"_qs, &log);
+        Handler withId(u"withId"_qs, &log);
+        Handler nameless(u"nameless"_qs, &log);
+        multiplexer->addHandler(u"T"_qs, QString(), &plain);
+        multiplexer->addHandler(u"T"_qs, u"x"_qs, &withId);
+        multiplexer->addHandler(QString(), QString(), &nameless);
+        say("T");
+        say("T", "x");
+        say("T", "y");
+        say("U");
+        pipe->inject(R"({"listAdd":{}})");
+        pipe->inject(R"({"listAdd":5})");
+        pipe->inject(R"({"listAdd":{"type":7,"id":null}})");
+        QCOMPARE(log.join(u' '), u"plain:Add withId:Add nameless:Add nameless:Add nameless:Add"_qs);
+    }
+
+    void removesHandlers()
+    {
+        Handler first(u"1"_qs, &log);
+        Handler second(u"2"_qs, &log);
+        Handler never(u"3"_qs, &log);
+        multiplexer->addHandler(u"T"_qs, QString(), &second);
+        multiplexer->addHandler(u"T"_qs, QString(), &first);
+        multiplexer->removeHandler(&never);
+        say("T");
+        QCOMPARE(log.join(u' '), u"2:Add 1:Add"_qs);
+        multiplexer->removeHandler(&first);
+        say("T");
+        QCOMPARE(log.join(u' '), u"2:Add 1:Add 2:Add"_qs);
+        multiplexer->removeHandler(&second);
+        multiplexer->removeHandler(&second);
+        say("T");
+        QCOMPARE(log.size(), 3);
+    }
+
+    void movesAHandlerToAnotherList()
+    {
+        Handler handler(u"h"_qs, &log);
+        multiplexer->addHandler(u"T"_qs, QString(), &handler);
+        multiplexer->addHandler(u"U"_qs, QString(), &handler);
+        say("T");
+        QVERIFY(log.isEmpty());
+        say("U");
+        QCOMPARE(log.size(), 1);
+        multiplexer->removeHandler(&handler);
+        say("T");
+        say("U");
+        QCOMPARE(log.size(), 1);
+    }
+
+    void asksBeforeEachCallWhetherAHandlerIsStillThere()
+    {
+        Handler first(u"1"_qs, &log);
+        auto second = std::make_unique<Handler>(u"2"_qs, &log);
+        Handler third(u"3"_qs, &log);
+        Handler added(u"added"_qs, &log);
+        first.then = [&] {
+            multiplexer->removeHandler(second.get());
+            second.reset();
+            multiplexer->addHandler(u"U"_qs, QString(), &third);
+            multiplexer->addHandler(u"T"_qs, QString(), &added);
+        };
+        multiplexer->addHandler(u"T"_qs, QString(), &first);
+        multiplexer->addHandler(u"T"_qs, QString(), second.get());
+        multiplexer->addHandler(u"T"_qs, QString(), &third);
+        say("T");
+        QCOMPARE(log.join(u' '), u"1:Add"_qs);
+        say("T");
+        QCOMPARE(log.join(u' '), u"1:Add 1:Add added:Add"_qs);
+    }
+
+    void leavesThePipeWhenItGoes()
+    {
+        Handler handler(u"h"_qs, &log);
+        multiplexer->addHandler(u"T"_qs, QString(), &handler);
+        multiplexer.reset();
+        say("T");
+        QVERIFY(log.isEmpty());
+        QCOMPARE(pipe->listenerCount(u"listAdd"_qs), 0);
+    }
 
 private:
     void say(const char* type, const char* id = "")
@@ -72,99 +158,6 @@ private:
     QSharedPointer<zel::ListApiMultiplexer> multiplexer;
     QStringList log;
 };
-
-void TstListApiMultiplexer::handsEachMessageToItsOperation()
-{
-    Handler handler(u"h"_qs, &log);
-    multiplexer->addHandler(u"T"_qs, QString(), &handler);
-    for (const char* operation : {"Add", "All", "Change", "Chunk", "Elements", "Remove", "Window"}) {
-        pipe->inject(QByteArray("{\"list") + operation + "\":{\"type\":\"T\"}}");
-        QCOMPARE(std::exchange(log, {}), QStringList(u"h:"_qs + QLatin1String(operation)));
-    }
-}
-
-void TstListApiMultiplexer::goesByTypeAndId()
-{
-    Handler plain(u"plain"_qs, &log);
-    Handler withId(u"withId"_qs, &log);
-    Handler nameless(u"nameless"_qs, &log);
-    multiplexer->addHandler(u"T"_qs, QString(), &plain);
-    multiplexer->addHandler(u"T"_qs, u"x"_qs, &withId);
-    multiplexer->addHandler(QString(), QString(), &nameless);
-    say("T");
-    say("T", "x");
-    say("T", "y");
-    say("U");
-    pipe->inject(R"({"listAdd":{}})");
-    pipe->inject(R"({"listAdd":5})");
-    pipe->inject(R"({"listAdd":{"type":7,"id":null}})");
-    QCOMPARE(log.join(u' '), u"plain:Add withId:Add nameless:Add nameless:Add nameless:Add"_qs);
-}
-
-void TstListApiMultiplexer::removesHandlers()
-{
-    Handler first(u"1"_qs, &log);
-    Handler second(u"2"_qs, &log);
-    Handler never(u"3"_qs, &log);
-    multiplexer->addHandler(u"T"_qs, QString(), &second);
-    multiplexer->addHandler(u"T"_qs, QString(), &first);
-    multiplexer->removeHandler(&never);
-    say("T");
-    QCOMPARE(log.join(u' '), u"2:Add 1:Add"_qs);
-    multiplexer->removeHandler(&first);
-    say("T");
-    QCOMPARE(log.join(u' '), u"2:Add 1:Add 2:Add"_qs);
-    multiplexer->removeHandler(&second);
-    multiplexer->removeHandler(&second);
-    say("T");
-    QCOMPARE(log.size(), 3);
-}
-
-void TstListApiMultiplexer::movesAHandlerToAnotherList()
-{
-    Handler handler(u"h"_qs, &log);
-    multiplexer->addHandler(u"T"_qs, QString(), &handler);
-    multiplexer->addHandler(u"U"_qs, QString(), &handler);
-    say("T");
-    QVERIFY(log.isEmpty());
-    say("U");
-    QCOMPARE(log.size(), 1);
-    multiplexer->removeHandler(&handler);
-    say("T");
-    say("U");
-    QCOMPARE(log.size(), 1);
-}
-
-void TstListApiMultiplexer::asksBeforeEachCallWhetherAHandlerIsStillThere()
-{
-    Handler first(u"1"_qs, &log);
-    auto second = std::make_unique<Handler>(u"2"_qs, &log);
-    Handler third(u"3"_qs, &log);
-    Handler added(u"added"_qs, &log);
-    first.then = [&] {
-        multiplexer->removeHandler(second.get());
-        second.reset();
-        multiplexer->addHandler(u"U"_qs, QString(), &third);
-        multiplexer->addHandler(u"T"_qs, QString(), &added);
-    };
-    multiplexer->addHandler(u"T"_qs, QString(), &first);
-    multiplexer->addHandler(u"T"_qs, QString(), second.get());
-    multiplexer->addHandler(u"T"_qs, QString(), &third);
-    say("T");
-    QCOMPARE(log.join(u' '), u"1:Add"_qs);
-    say("T");
-    QCOMPARE(log.join(u' '), u"1:Add 1:Add added:Add"_qs);
-}
-
-void TstListApiMultiplexer::leavesThePipeWhenItGoes()
-{
-    Handler handler(u"h"_qs, &log);
-    multiplexer->addHandler(u"T"_qs, QString(), &handler);
-    multiplexer.reset();
-    say("T");
-    QVERIFY(log.isEmpty());
-    QCOMPARE(pipe->listenerCount(u"listAdd"_qs), 0);
-}
 
 QTEST_GUILESS_MAIN(TstListApiMultiplexer)
 #include "tst_listapimultiplexer.moc"

@@ -33,293 +33,6 @@ public:
     int keysTaken = 0;
 };
 
-} // namespace
-
-class TstLiveList : public QObject
-{
-    Q_OBJECT
-
-private Q_SLOTS:
-    void init();
-    void cleanup();
-
-    void asksForTheListInALaterTurn();
-    void goesBeforeItsRequestDoes();
-    void asksAgainAfterAReconnectionAndKeepsItsItems();
-    void repeatsARequestUntilItsAnswerHasCome();
-    void announcesAnEqualListOnlyTheFirstTime();
-    void isIncompleteUntilItsFirstWholeList();
-    void logsUpdatesOfUnknownItems();
-    void callsBackOnceForACookie();
-    void rebuildsNoIndexForWhatDidNotShift();
-    void keepsTheOrderOfNestedMessages();
-    void mayBeDroppedWhileItAnnounces();
-    void isReachedByNothingOnceItDies();
-    void appliesAMessageWholeBeforeAnExceptionGoesOn();
-    void leavesOutWhatIsNoDistinctKey();
-    void equalsAModelUnderRandomMessages();
-
-private:
-    void load(const QStringList& ids);
-    QStringList ids() const;
-    void turn() { QCoreApplication::processEvents(); }
-
-    QSharedPointer<FakeClock> clock;
-    QSharedPointer<FakePipe> pipe;
-    QSharedPointer<zel::ListApiMultiplexer> multiplexer;
-    QSharedPointer<CountingAdapter> adapter;
-    List::Pointer list;
-    std::unique_ptr<iface::ListMirror<Note>> mirror;
-};
-
-void TstLiveList::init()
-{
-    clock = FakeClock::install();
-    pipe = QSharedPointer<FakePipe>::create();
-    multiplexer = QSharedPointer<zel::ListApiMultiplexer>::create(pipe);
-    adapter = QSharedPointer<CountingAdapter>::create();
-    list = List::create(multiplexer, adapter, u"notes"_qs, QString());
-    mirror = std::make_unique<iface::ListMirror<Note>>(Handle(list));
-}
-
-void TstLiveList::cleanup()
-{
-    mirror.reset();
-    list.reset();
-    FakeClock::uninstall();
-}
-
-QStringList TstLiveList::ids() const
-{
-    QStringList result;
-    for (const Note& note : Handle(list).toList())
-        result.append(note.id);
-    return result;
-}
-
-/// Loads a whole list of notes, with their ids for texts, in one chunk.
-void TstLiveList::load(const QStringList& wanted)
-{
-    QJsonArray elements;
-    for (const QString& id : wanted)
-        elements.append(noteJson(id, id));
-    pipe->inject(listMessage("listAll", {}));
-    pipe->inject(listMessage("listChunk", elements, {{u"last"_qs, true}}));
-}
-
-void TstLiveList::asksForTheListInALaterTurn()
-{
-    QVERIFY(pipe->expectNothingSent());
-    const auto named = List::create(multiplexer, adapter, u"notes"_qs, u"x"_qs);
-    QTRY_COMPARE(pipe->sentCount(), 2);
-    QVERIFY(pipe->expectSentText(R"({"requestListAll":{"type":"notes"}})"));
-    QVERIFY(pipe->expectSentText(R"({"requestListAll":{"type":"notes","id":"x"}})"));
-}
-
-void TstLiveList::goesBeforeItsRequestDoes()
-{
-    cleanup();
-    turn();
-    pipe->setConnected(false);
-    pipe->setConnected(true);
-    turn();
-    QVERIFY(pipe->expectNothingSent());
-}
-
-void TstLiveList::asksAgainAfterAReconnectionAndKeepsItsItems()
-{
-    load({u"a"_qs});
-    turn();
-    pipe->clearSent();
-    pipe->inject(listMessage("listAll", {}));
-    pipe->setConnected(false);
-    clock->advance(60 * 1000);
-    turn();
-    pipe->setConnected(true);
-    QVERIFY(pipe->expectNothingSent());
-    QTRY_COMPARE(pipe->sentCount(), 1);
-    QVERIFY(pipe->expectSentText(R"({"requestListAll":{"type":"notes"}})"));
-    pipe->inject(listMessage("listChunk", {}, {{u"last"_qs, true}})); // the rest of what was cut
-    QCOMPARE(ids(), QStringList(u"a"_qs));
-    QCOMPARE(mirror->take(), QStringList(u"reset"_qs));
-}
-
-void TstLiveList::repeatsARequestUntilItsAnswerHasCome()
-{
-    QTRY_COMPARE(pipe->sentCount(), 1);
-    clock->advance(30 * 1000);
-    QCOMPARE(pipe->sentCount(), 2);
-    pipe->inject(listMessage("listAll", {}));
-    for (int i = 0; i < 10; ++i) {
-        pipe->inject(listMessage("listChunk", {noteJson(QString::number(i), QString())}));
-        clock->advance(29 * 1000);
-    }
-    QCOMPARE(pipe->sentCount(), 2);
-    clock->advance(1000); // the last chunk was lost
-    QCOMPARE(pipe->sentCount(), 3);
-    load({});
-    clock->advance(3600 * 1000);
-    QCOMPARE(pipe->sentCount(), 3);
-}
-
-void TstLiveList::announcesAnEqualListOnlyTheFirstTime()
-{
-    load({});
-    QCOMPARE(mirror->plainChanges(), 1);
-    load({});
-    QCOMPARE(mirror->plainChanges(), 1);
-    load({u"a"_qs});
-    load({u"a"_qs});
-    QCOMPARE(mirror->plainChanges(), 2);
-    QCOMPARE(mirror->take(), QStringList(u"reset"_qs));
-}
-
-void TstLiveList::isIncompleteUntilItsFirstWholeList()
-{
-    QList<bool> seen;
-    iface::ObservableMonitor monitor([&] { seen.append(list->isIncomplete()); }, nullptr, u"complete"_qs, true);
-    QTRY_COMPARE(seen, QList<bool>{true});
-    pipe->inject(listMessage("listAdd", {noteJson(u"a"_qs, u"a"_qs)}));
-    pipe->inject(listMessage("listChunk", {}, {{u"last"_qs, true}}));
-    QVERIFY(list->isIncomplete());
-    load({u"a"_qs});
-    QCOMPARE(seen.last(), false);
-}
-
-void TstLiveList::logsUpdatesOfUnknownItems()
-{
-    const auto text = [](const char* line) {
-        return QRegularExpression(u"LiveList.*List notes/Ignored attempt to update nonexistent element:"_qs +
-                                  QLatin1String(line));
-    };
-    pipe->inject(listMessage("listElements", {}));
-    QTest::ignoreMessage(QtDebugMsg, text(" x$"));
-    pipe->inject(listMessage("listChunk", {noteJson(u"x"_qs, u"?"_qs)}, {{u"last"_qs, true}}));
-    QTest::ignoreMessage(QtDebugMsg, text("  x$"));
-    pipe->inject(listMessage("listChange", {noteJson(u"x"_qs, QString())}));
-}
-
-void TstLiveList::callsBackOnceForACookie()
-{
-    QList<QStringList> calls;
-    const auto call = [&](const QList<QString>& keys) { calls.append(QStringList(keys)); };
-    list->addCookieCallback(u"c"_qs, call);
-    list->addCookieCallback(u"c"_qs, call);
-    list->addCookieCallback(u"other"_qs, call);
-    pipe->inject(listMessage("listAdd", {noteJson(u"x"_qs, QString())}));
-    QVERIFY(calls.isEmpty());
-    const QByteArray message =
-        listMessage("listAdd", {noteJson(u"a"_qs, QString()), noteJson(u"b"_qs, QString())}, {{u"cookie"_qs, u"c"_qs}});
-    pipe->inject(message);
-    pipe->inject(message);
-    QCOMPARE(calls, QList<QStringList>({{u"a"_qs, u"b"_qs}, {u"a"_qs, u"b"_qs}}));
-
-    list->addCookieCallback(u"d"_qs, [&](const auto&) { list->addCookieCallback(u"d"_qs, call); });
-    list->notifyAndClearCookie(u"d"_qs, {});
-    QCOMPARE(calls.size(), 2);
-    list->notifyAndClearCookie(u"d"_qs, {});
-    QCOMPARE(calls.size(), 3);
-}
-
-void TstLiveList::rebuildsNoIndexForWhatDidNotShift()
-{
-    QStringList many;
-    for (int i = 0; i < 1000; ++i)
-        many.append(QString::number(i));
-    load(many);
-    QCOMPARE(list->locateItem(u"500"_qs), 500);
-    adapter->keysTaken = 0;
-    QJsonArray gone;
-    for (int i = 0; i < 1000; i += 4)
-        gone.append(noteJson(QString::number(i), QString()));
-    pipe->inject(listMessage("listRemove", gone));
-    QCOMPARE(list->locateItem(u"999"_qs), 749);
-    QCOMPARE(list->locateItem(u"501"_qs), 375);
-    QCOMPARE(adapter->keysTaken, 0);
-}
-
-void TstLiveList::keepsTheOrderOfNestedMessages()
-{
-    const auto second = List::create(multiplexer, adapter, u"notes"_qs, QString());
-    load({u"a"_qs});
-    bool nested = false;
-    connect(list.data(), &iface::ObservableListImpl::itemAdded, this, [&] {
-        if (!std::exchange(nested, true)) {
-            pipe->inject(listMessage("listRemove", {noteJson(u"c"_qs, QString()), noteJson(u"a"_qs, QString())}));
-            QCOMPARE(ids(), QStringList(u"b"_qs));
-        }
-    });
-    pipe->inject(listMessage("listAdd", {noteJson(u"b"_qs, QString()), noteJson(u"c"_qs, QString())}));
-    QCOMPARE(mirror->take(),
-             QStringList({u"reset"_qs, u"added 1"_qs, u"added 2"_qs, u"removed 2"_qs, u"removed 0"_qs}));
-    QCOMPARE(Handle(second).toList(), Handle(list).toList());
-}
-
-void TstLiveList::mayBeDroppedWhileItAnnounces()
-{
-    mirror.reset();
-    int added = 0;
-    connect(list.data(), &iface::ObservableListImpl::itemAdded, this, [&] {
-        ++added;
-        list.reset();
-    });
-    pipe->inject(listMessage("listAdd", {noteJson(u"a"_qs, QString()), noteJson(u"b"_qs, QString())}));
-    pipe->inject(listMessage("listAdd", {noteJson(u"c"_qs, QString())}));
-    QCOMPARE(added, 2);
-}
-
-void TstLiveList::isReachedByNothingOnceItDies()
-{
-    mirror.reset();
-    load({u"a"_qs});
-    turn();
-    pipe->inject(listMessage("listAll", {}));
-    pipe->clearSent();
-    connect(list.data(), &QObject::destroyed, this, [&] {
-        load({u"b"_qs});
-        pipe->setConnected(false);
-        pipe->setConnected(true);
-        clock->advance(60 * 1000);
-        turn();
-    });
-    list.reset();
-    QVERIFY(pipe->expectNothingSent());
-}
-
-void TstLiveList::appliesAMessageWholeBeforeAnExceptionGoesOn()
-{
-    load({u"a"_qs, u"b"_qs, u"c"_qs});
-    int called = 0;
-    const auto throws = [&] {
-        ++called;
-        throw std::runtime_error("handler");
-    };
-    connect(list.data(), &iface::ObservableListImpl::itemRemoved, this, throws);
-    connect(list.data(), &iface::ObservableListImpl::itemAdded, this, throws);
-    list->addCookieCallback(u"d"_qs, [&](const QList<QString>&) { throws(); });
-    list->addCookieCallback(u"d"_qs, [&](const QList<QString>& keys) { called += int(keys.size()); });
-    const QJsonArray both{noteJson(u"a"_qs, QString()), noteJson(u"b"_qs, QString())};
-    QVERIFY_THROWS_EXCEPTION(std::runtime_error, pipe->inject(listMessage("listRemove", both)));
-    QCOMPARE(ids(), QStringList(u"c"_qs));
-    QVERIFY_THROWS_EXCEPTION(std::runtime_error, pipe->inject(listMessage("listAdd", both, {{u"cookie"_qs, u"d"_qs}})));
-    QCOMPARE(ids(), QStringList({u"c"_qs, u"a"_qs, u"b"_qs}));
-    QCOMPARE(called, 2 + 2 + 1 + 2);
-}
-
-void TstLiveList::leavesOutWhatIsNoDistinctKey()
-{
-    list = List::create(multiplexer, adapter, u"notes"_qs, QString(), List::Keys::Distinct);
-    mirror = std::make_unique<iface::ListMirror<Note>>(Handle(list));
-    load({u"a"_qs, QString(), u"b"_qs, u"a"_qs});
-    QCOMPARE(ids(), QStringList({u"a"_qs, u"b"_qs}));
-    load({u"a"_qs, u"b"_qs, u"b"_qs});
-    pipe->inject(listMessage("listAdd", {noteJson(QString(), QString()), noteJson(u"b"_qs, u"b"_qs)}));
-    QCOMPARE(ids(), QStringList({u"a"_qs, u"b"_qs}));
-    QCOMPARE(mirror->take(), QStringList(u"reset"_qs));
-}
-
-namespace {
-
 /// What a list should hold and have announced after each message, worked out the slow way.
 struct Model
 {
@@ -417,33 +130,297 @@ QJsonValue randomElement(QRandomGenerator& random)
 
 } // namespace
 
-void TstLiveList::equalsAModelUnderRandomMessages()
+class TstLiveList : public QObject
 {
-    iface::setLogLevel(iface::LogLevel::Type(3)); // unknown keys are ordinary here
-    QRandomGenerator random = seededRandom();
-    Model model;
-    const char* const names[] = {"listAll", "listElements", "listChunk",  "listChunk",  "listChunk", "listAdd",
-                                 "listAdd", "listChange",   "listChange", "listRemove", "listWindow"};
-    for (int round = 0; round < 5000; ++round) {
-        const char* const name = names[random.bounded(int(std::size(names)))];
-        QJsonArray elements;
-        for (int i = 0, n = random.bounded(8); i < n; ++i)
-            elements.append(randomElement(random));
-        const bool last = random.bounded(3) == 0;
-        const QByteArray message = listMessage(name, elements, last ? QJsonObject{{u"last"_qs, true}} : QJsonObject());
-        for (int i = random.bounded(10) == 0 ? 2 : 1; i > 0; --i) { // some come twice
-            pipe->inject(message);
-            model.apply(name, elements, last);
-        }
-        const auto where = qPrintable(u"round %1, %2"_qs.arg(round).arg(QLatin1String(message)));
-        QVERIFY2(Handle(list).toList() == model.items, where);
-        QVERIFY2(mirror->complaint().isEmpty() && mirror->items() == model.items, where);
-        QVERIFY2(mirror->take() == std::exchange(model.announced, {}), where);
-        const QString key = QString::number(random.bounded(40));
-        QVERIFY2(list->locateItem(key) == model.find(key), where);
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        clock = FakeClock::install();
+        pipe = QSharedPointer<FakePipe>::create();
+        multiplexer = QSharedPointer<zel::ListApiMultiplexer>::create(pipe);
+        adapter = QSharedPointer<CountingAdapter>::create();
+        list = List::create(multiplexer, adapter, u"notes"_qs, QString());
+        mirror = std::make_unique<iface::ListMirror<Note>>(Handle(list));
     }
-    iface::setLogLevel(iface::LogLevel::Info);
-}
+
+    void cleanup()
+    {
+        mirror.reset();
+        list.reset();
+        FakeClock::uninstall();
+    }
+
+    void asksForTheListInALaterTurn()
+    {
+        QVERIFY(pipe->expectNothingSent());
+        const auto named = List::create(multiplexer, adapter, u"notes"_qs, u"x"_qs);
+        QTRY_COMPARE(pipe->sentCount(), 2);
+        QVERIFY(pipe->expectSentText(R"({"requestListAll":{"type":"notes"}})"));
+        QVERIFY(pipe->expectSentText(R"({"requestListAll":{"type":"notes","id":"x"}})"));
+    }
+
+    void goesBeforeItsRequestDoes()
+    {
+        cleanup();
+        turn();
+        pipe->setConnected(false);
+        pipe->setConnected(true);
+        turn();
+        QVERIFY(pipe->expectNothingSent());
+    }
+
+    void asksAgainAfterAReconnectionAndKeepsItsItems()
+    {
+        load({u"a"_qs});
+        turn();
+        pipe->clearSent();
+        pipe->inject(listMessage("listAll", {}));
+        pipe->setConnected(false);
+        clock->advance(60 * 1000);
+        turn();
+        pipe->setConnected(true);
+        QVERIFY(pipe->expectNothingSent());
+        QTRY_COMPARE(pipe->sentCount(), 1);
+        QVERIFY(pipe->expectSentText(R"({"requestListAll":{"type":"notes"}})"));
+        pipe->inject(listMessage("listChunk", {}, {{u"last"_qs, true}})); // the rest of what was cut
+        QCOMPARE(ids(), QStringList(u"a"_qs));
+        QCOMPARE(mirror->take(), QStringList(u"reset"_qs));
+    }
+
+    void repeatsARequestUntilItsAnswerHasCome()
+    {
+        QTRY_COMPARE(pipe->sentCount(), 1);
+        clock->advance(30 * 1000);
+        QCOMPARE(pipe->sentCount(), 2);
+        pipe->inject(listMessage("listAll", {}));
+        for (int i = 0; i < 10; ++i) {
+            pipe->inject(listMessage("listChunk", {noteJson(QString::number(i), QString())}));
+            clock->advance(29 * 1000);
+        }
+        QCOMPARE(pipe->sentCount(), 2);
+        clock->advance(1000); // the last chunk was lost
+        QCOMPARE(pipe->sentCount(), 3);
+        load({});
+        clock->advance(3600 * 1000);
+        QCOMPARE(pipe->sentCount(), 3);
+    }
+
+    void announcesAnEqualListOnlyTheFirstTime()
+    {
+        load({});
+        QCOMPARE(mirror->plainChanges(), 1);
+        load({});
+        QCOMPARE(mirror->plainChanges(), 1);
+        load({u"a"_qs});
+        load({u"a"_qs});
+        QCOMPARE(mirror->plainChanges(), 2);
+        QCOMPARE(mirror->take(), QStringList(u"reset"_qs));
+    }
+
+    void isIncompleteUntilItsFirstWholeList()
+    {
+        QList<bool> seen;
+        iface::ObservableMonitor monitor([&] { seen.append(list->isIncomplete()); }, nullptr, u"complete"_qs, true);
+        QTRY_COMPARE(seen, QList<bool>{true});
+        pipe->inject(listMessage("listAdd", {noteJson(u"a"_qs, u"a"_qs)}));
+        pipe->inject(listMessage("listChunk", {}, {{u"last"_qs, true}}));
+        QVERIFY(list->isIncomplete());
+        load({u"a"_qs});
+        QCOMPARE(seen.last(), false);
+    }
+
+    void logsUpdatesOfUnknownItems()
+    {
+        const auto text = [](const char* line) {
+            return QRegularExpression(u"LiveList.*List notes/Ignored attempt to update nonexistent element:"_qs +
+                                      QLatin1String(line));
+        };
+        pipe->inject(listMessage("listElements", {}));
+        QTest::ignoreMessage(QtDebugMsg, text(" x$"));
+        pipe->inject(listMessage("listChunk", {noteJson(u"x"_qs, u"?"_qs)}, {{u"last"_qs, true}}));
+        QTest::ignoreMessage(QtDebugMsg, text("  x$"));
+        pipe->inject(listMessage("listChange", {noteJson(u"x"_qs, QString())}));
+    }
+
+    void callsBackOnceForACookie()
+    {
+        QList<QStringList> calls;
+        const auto call = [&](const QList<QString>& keys) { calls.append(QStringList(keys)); };
+        list->addCookieCallback(u"c"_qs, call);
+        list->addCookieCallback(u"c"_qs, call);
+        list->addCookieCallback(u"other"_qs, call);
+        pipe->inject(listMessage("listAdd", {noteJson(u"x"_qs, QString())}));
+        QVERIFY(calls.isEmpty());
+        const QByteArray message = listMessage("listAdd", {noteJson(u"a"_qs, QString()), noteJson(u"b"_qs, QString())},
+                                               {{u"cookie"_qs, u"c"_qs}});
+        pipe->inject(message);
+        pipe->inject(message);
+        QCOMPARE(calls, QList<QStringList>({{u"a"_qs, u"b"_qs}, {u"a"_qs, u"b"_qs}}));
+
+        list->addCookieCallback(u"d"_qs, [&](const auto&) { list->addCookieCallback(u"d"_qs, call); });
+        list->notifyAndClearCookie(u"d"_qs, {});
+        QCOMPARE(calls.size(), 2);
+        list->notifyAndClearCookie(u"d"_qs, {});
+        QCOMPARE(calls.size(), 3);
+    }
+
+    void rebuildsNoIndexForWhatDidNotShift()
+    {
+        QStringList many;
+        for (int i = 0; i < 1000; ++i)
+            many.append(QString::number(i));
+        load(many);
+        QCOMPARE(list->locateItem(u"500"_qs), 500);
+        adapter->keysTaken = 0;
+        QJsonArray gone;
+        for (int i = 0; i < 1000; i += 4)
+            gone.append(noteJson(QString::number(i), QString()));
+        pipe->inject(listMessage("listRemove", gone));
+        QCOMPARE(list->locateItem(u"999"_qs), 749);
+        QCOMPARE(list->locateItem(u"501"_qs), 375);
+        QCOMPARE(adapter->keysTaken, 0);
+    }
+
+    void keepsTheOrderOfNestedMessages()
+    {
+        const auto second = List::create(multiplexer, adapter, u"notes"_qs, QString());
+        load({u"a"_qs});
+        bool nested = false;
+        connect(list.data(), &iface::ObservableListImpl::itemAdded, this, [&] {
+            if (!std::exchange(nested, true)) {
+                pipe->inject(listMessage("listRemove", {noteJson(u"c"_qs, QString()), noteJson(u"a"_qs, QString())}));
+                QCOMPARE(ids(), QStringList(u"b"_qs));
+            }
+        });
+        pipe->inject(listMessage("listAdd", {noteJson(u"b"_qs, QString()), noteJson(u"c"_qs, QString())}));
+        QCOMPARE(mirror->take(),
+                 QStringList({u"reset"_qs, u"added 1"_qs, u"added 2"_qs, u"removed 2"_qs, u"removed 0"_qs}));
+        QCOMPARE(Handle(second).toList(), Handle(list).toList());
+    }
+
+    void mayBeDroppedWhileItAnnounces()
+    {
+        mirror.reset();
+        int added = 0;
+        connect(list.data(), &iface::ObservableListImpl::itemAdded, this, [&] {
+            ++added;
+            list.reset();
+        });
+        pipe->inject(listMessage("listAdd", {noteJson(u"a"_qs, QString()), noteJson(u"b"_qs, QString())}));
+        pipe->inject(listMessage("listAdd", {noteJson(u"c"_qs, QString())}));
+        QCOMPARE(added, 2);
+    }
+
+    void isReachedByNothingOnceItDies()
+    {
+        mirror.reset();
+        load({u"a"_qs});
+        turn();
+        pipe->inject(listMessage("listAll", {}));
+        pipe->clearSent();
+        connect(list.data(), &QObject::destroyed, this, [&] {
+            load({u"b"_qs});
+            pipe->setConnected(false);
+            pipe->setConnected(true);
+            clock->advance(60 * 1000);
+            turn();
+        });
+        list.reset();
+        QVERIFY(pipe->expectNothingSent());
+    }
+
+    void appliesAMessageWholeBeforeAnExceptionGoesOn()
+    {
+        load({u"a"_qs, u"b"_qs, u"c"_qs});
+        int called = 0;
+        const auto throws = [&] {
+            ++called;
+            throw std::runtime_error("handler");
+        };
+        connect(list.data(), &iface::ObservableListImpl::itemRemoved, this, throws);
+        connect(list.data(), &iface::ObservableListImpl::itemAdded, this, throws);
+        list->addCookieCallback(u"d"_qs, [&](const QList<QString>&) { throws(); });
+        list->addCookieCallback(u"d"_qs, [&](const QList<QString>& keys) { called += int(keys.size()); });
+        const QJsonArray both{noteJson(u"a"_qs, QString()), noteJson(u"b"_qs, QString())};
+        QVERIFY_THROWS_EXCEPTION(std::runtime_error, pipe->inject(listMessage("listRemove", both)));
+        QCOMPARE(ids(), QStringList(u"c"_qs));
+        QVERIFY_THROWS_EXCEPTION(std::runtime_error,
+                                 pipe->inject(listMessage("listAdd", both, {{u"cookie"_qs, u"d"_qs}})));
+        QCOMPARE(ids(), QStringList({u"c"_qs, u"a"_qs, u"b"_qs}));
+        QCOMPARE(called, 2 + 2 + 1 + 2);
+    }
+
+    void leavesOutWhatIsNoDistinctKey()
+    {
+        list = List::create(multiplexer, adapter, u"notes"_qs, QString(), List::Keys::Distinct);
+        mirror = std::make_unique<iface::ListMirror<Note>>(Handle(list));
+        load({u"a"_qs, QString(), u"b"_qs, u"a"_qs});
+        QCOMPARE(ids(), QStringList({u"a"_qs, u"b"_qs}));
+        load({u"a"_qs, u"b"_qs, u"b"_qs});
+        pipe->inject(listMessage("listAdd", {noteJson(QString(), QString()), noteJson(u"b"_qs, u"b"_qs)}));
+        QCOMPARE(ids(), QStringList({u"a"_qs, u"b"_qs}));
+        QCOMPARE(mirror->take(), QStringList(u"reset"_qs));
+    }
+
+    void equalsAModelUnderRandomMessages()
+    {
+        iface::setLogLevel(iface::LogLevel::Type(3)); // unknown keys are ordinary here
+        QRandomGenerator random = seededRandom();
+        Model model;
+        const char* const names[] = {"listAll", "listElements", "listChunk",  "listChunk",  "listChunk", "listAdd",
+                                     "listAdd", "listChange",   "listChange", "listRemove", "listWindow"};
+        for (int round = 0; round < 5000; ++round) {
+            const char* const name = names[random.bounded(int(std::size(names)))];
+            QJsonArray elements;
+            for (int i = 0, n = random.bounded(8); i < n; ++i)
+                elements.append(randomElement(random));
+            const bool last = random.bounded(3) == 0;
+            const QByteArray message =
+                listMessage(name, elements, last ? QJsonObject{{u"last"_qs, true}} : QJsonObject());
+            for (int i = random.bounded(10) == 0 ? 2 : 1; i > 0; --i) { // some come twice
+                pipe->inject(message);
+                model.apply(name, elements, last);
+            }
+            const auto where = qPrintable(u"round %1, %2"_qs.arg(round).arg(QLatin1String(message)));
+            QVERIFY2(Handle(list).toList() == model.items, where);
+            QVERIFY2(mirror->complaint().isEmpty() && mirror->items() == model.items, where);
+            QVERIFY2(mirror->take() == std::exchange(model.announced, {}), where);
+            const QString key = QString::number(random.bounded(40));
+            QVERIFY2(list->locateItem(key) == model.find(key), where);
+        }
+        iface::setLogLevel(iface::LogLevel::Info);
+    }
+
+private:
+    /// Loads a whole list of notes, with their ids for texts, in one chunk.
+    void load(const QStringList& wanted)
+    {
+        QJsonArray elements;
+        for (const QString& id : wanted)
+            elements.append(noteJson(id, id));
+        pipe->inject(listMessage("listAll", {}));
+        pipe->inject(listMessage("listChunk", elements, {{u"last"_qs, true}}));
+    }
+
+    QStringList ids() const
+    {
+        QStringList result;
+        for (const Note& note : Handle(list).toList())
+            result.append(note.id);
+        return result;
+    }
+
+    void turn() { QCoreApplication::processEvents(); }
+
+    QSharedPointer<FakeClock> clock;
+    QSharedPointer<FakePipe> pipe;
+    QSharedPointer<zel::ListApiMultiplexer> multiplexer;
+    QSharedPointer<CountingAdapter> adapter;
+    List::Pointer list;
+    std::unique_ptr<iface::ListMirror<Note>> mirror;
+};
 
 QTEST_GUILESS_MAIN(TstLiveList)
 #include "tst_livelist.moc"

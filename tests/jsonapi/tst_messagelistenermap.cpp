@@ -18,13 +18,111 @@ private Q_SLOTS:
         calls.clear();
     }
 
-    void callsTheListenersOfATypeInOrder();
-    void forgetsOwnersThatAreGone();
-    void aListenerThatIsRemovedIsNotCalledAnyMore();
-    void threeNestedMessagesReachEveryListenerInOrder();
-    void keepsItsReadsFromAWaitingComputation();
-    void survivesItsOwnEnd();
-    void whatAListenerThrowsEndsNoMessage();
+    void callsTheListenersOfATypeInOrder()
+    {
+        listen(&a, "t", u"1"_qs, [&] {
+            if (calls.size() == 1)
+                listen(&b, "t", u"added"_qs); // and hears from the next message on
+        });
+        listen(&b, "t", u"2"_qs);
+        listen(&a, "other", u"x"_qs);
+        listen(&a, "t", u"3"_qs);
+        pipe->inject(R"({"t":{}})");
+        QCOMPARE(calls.join(u' '), u"1 2 3"_qs);
+        pipe->inject(R"({"nobody":{}})");
+        pipe->inject(R"({"t":{}})");
+        QCOMPARE(calls.join(u' '), u"1 2 3 1 2 3 added"_qs);
+    }
+
+    void forgetsOwnersThatAreGone()
+    {
+        auto owner = std::make_unique<QObject>();
+        listen(owner.get(), "t", u"gone"_qs);
+        listen(&a, "t", u"1"_qs);
+        owner.reset();
+        QCOMPARE(pipe->listenerCount(u"t"_qs), 2);
+        pipe->inject(R"({"t":{}})");
+        QCOMPARE(calls, QStringList(u"1"_qs));
+        QCOMPARE(pipe->listenerCount(u"t"_qs), 1);
+    }
+
+    void aListenerThatIsRemovedIsNotCalledAnyMore()
+    {
+        auto owner = std::make_unique<QObject>();
+        listen(&a, "t", u"a"_qs, [&] {
+            pipe->removeListeners(&a); // itself, while it runs, and the next but one
+            owner.reset();
+        });
+        listen(owner.get(), "t", u"gone"_qs);
+        listen(&a, "t", u"a2"_qs);
+        listen(&b, "t", u"b"_qs);
+        listen(&a, "u", u"a"_qs);
+        pipe->inject(R"({"t":{}})");
+        pipe->inject(R"({"u":{}})");
+        QCOMPARE(calls, QStringList({u"a"_qs, u"b"_qs}));
+        QCOMPARE(pipe->listenerCount(u"t"_qs), 1);
+        QCOMPARE(pipe->listenerCount(u"u"_qs), 0);
+    }
+
+    void threeNestedMessagesReachEveryListenerInOrder()
+    {
+        // The second message arrives while the first is at its first listener, the third while what is left of the
+        // first is being made up for.
+        int arrived = 1;
+        const auto next = [&] {
+            if (arrived < 3) {
+                const QString last = u"c%1"_qs.arg(++arrived);
+                pipe->inject("{\"t\":{\"n\":\"" + QByteArray::number(arrived) + "\"}}");
+                QVERIFY(calls.contains(last)); // handled within, as a nested event loop would
+            }
+        };
+        for (const char* name : {"a", "b", "c"})
+            listen(&a, "t", QString::fromLatin1(name), next);
+        pipe->inject(R"({"t":{"n":"1"}})");
+        QCOMPARE(calls.join(u' '), u"a1 b1 c1 a2 b2 c2 a3 b3 c3"_qs);
+    }
+
+    void keepsItsReadsFromAWaitingComputation()
+    {
+        listen(&a, "t", u"a"_qs, [&] { QVERIFY(pipe->isConnected().getValue()); });
+        const auto read = iface::ObservableTracker::runAndMonitor([&] { pipe->inject(R"({"t":{}})"); });
+        QCOMPARE(calls.size(), 1);
+        QVERIFY(read->isEmpty());
+    }
+
+    void survivesItsOwnEnd()
+    {
+        listen(&a, "t", u"a"_qs, [&] { pipe.reset(); });
+        listen(&b, "t", u"b"_qs);
+        pipe->inject(R"({"t":{}})");
+        QCOMPARE(calls, QStringList(u"a"_qs));
+    }
+
+    void whatAListenerThrowsEndsNoMessage()
+    {
+        const auto thrownBy = [](const std::function<void()>& call) {
+            try {
+                call();
+            } catch (const std::runtime_error& error) {
+                return QString::fromLatin1(error.what());
+            }
+            return QString();
+        };
+        const auto throwLast = [&] { throw std::runtime_error(qPrintable(calls.last())); };
+        QString nested;
+        listen(&a, "t", u"a"_qs, [&] {
+            if (calls.size() == 1)
+                nested = thrownBy([&] { pipe->inject(R"({"t":{"n":"2"}})"); });
+            else
+                throwLast();
+        });
+        listen(&b, "t", u"b"_qs, throwLast);
+        listen(&b, "t", u"c"_qs, throwLast);
+        // The rest of the first message is made up for within the second, and is not its fault.
+        QCOMPARE(thrownBy([&] { pipe->inject(R"({"t":{"n":"1"}})"); }), u"b1"_qs);
+        QCOMPARE(nested, u"a2"_qs);
+        QCOMPARE(calls.join(u' '), u"a1 b1 c1 a2 b2 c2"_qs);
+    }
 
 private:
     void listen(QObject* owner, const char* type, const QString& name, const std::function<void()>& then = {})
@@ -44,112 +142,6 @@ private:
     QStringList calls;
     QObject a, b;
 };
-
-void TstMessageListenerMap::callsTheListenersOfATypeInOrder()
-{
-    listen(&a, "t", u"1"_qs, [&] {
-        if (calls.size() == 1)
-            listen(&b, "t", u"added"_qs); // and hears from the next message on
-    });
-    listen(&b, "t", u"2"_qs);
-    listen(&a, "other", u"x"_qs);
-    listen(&a, "t", u"3"_qs);
-    pipe->inject(R"({"t":{}})");
-    QCOMPARE(calls.join(u' '), u"1 2 3"_qs);
-    pipe->inject(R"({"nobody":{}})");
-    pipe->inject(R"({"t":{}})");
-    QCOMPARE(calls.join(u' '), u"1 2 3 1 2 3 added"_qs);
-}
-
-void TstMessageListenerMap::forgetsOwnersThatAreGone()
-{
-    auto owner = std::make_unique<QObject>();
-    listen(owner.get(), "t", u"gone"_qs);
-    listen(&a, "t", u"1"_qs);
-    owner.reset();
-    QCOMPARE(pipe->listenerCount(u"t"_qs), 2);
-    pipe->inject(R"({"t":{}})");
-    QCOMPARE(calls, QStringList(u"1"_qs));
-    QCOMPARE(pipe->listenerCount(u"t"_qs), 1);
-}
-
-void TstMessageListenerMap::aListenerThatIsRemovedIsNotCalledAnyMore()
-{
-    auto owner = std::make_unique<QObject>();
-    listen(&a, "t", u"a"_qs, [&] {
-        pipe->removeListeners(&a); // itself, while it runs, and the next but one
-        owner.reset();
-    });
-    listen(owner.get(), "t", u"gone"_qs);
-    listen(&a, "t", u"a2"_qs);
-    listen(&b, "t", u"b"_qs);
-    listen(&a, "u", u"a"_qs);
-    pipe->inject(R"({"t":{}})");
-    pipe->inject(R"({"u":{}})");
-    QCOMPARE(calls, QStringList({u"a"_qs, u"b"_qs}));
-    QCOMPARE(pipe->listenerCount(u"t"_qs), 1);
-    QCOMPARE(pipe->listenerCount(u"u"_qs), 0);
-}
-
-void TstMessageListenerMap::threeNestedMessagesReachEveryListenerInOrder()
-{
-    // The second message arrives while the first is at its first listener, the third while what is left of the first
-    // is being made up for.
-    int arrived = 1;
-    const auto next = [&] {
-        if (arrived < 3) {
-            const QString last = u"c%1"_qs.arg(++arrived);
-            pipe->inject("{\"t\":{\"n\":\"" + QByteArray::number(arrived) + "\"}}");
-            QVERIFY(calls.contains(last)); // handled within, as a nested event loop would
-        }
-    };
-    for (const char* name : {"a", "b", "c"})
-        listen(&a, "t", QString::fromLatin1(name), next);
-    pipe->inject(R"({"t":{"n":"1"}})");
-    QCOMPARE(calls.join(u' '), u"a1 b1 c1 a2 b2 c2 a3 b3 c3"_qs);
-}
-
-void TstMessageListenerMap::keepsItsReadsFromAWaitingComputation()
-{
-    listen(&a, "t", u"a"_qs, [&] { QVERIFY(pipe->isConnected().getValue()); });
-    const auto read = iface::ObservableTracker::runAndMonitor([&] { pipe->inject(R"({"t":{}})"); });
-    QCOMPARE(calls.size(), 1);
-    QVERIFY(read->isEmpty());
-}
-
-void TstMessageListenerMap::survivesItsOwnEnd()
-{
-    listen(&a, "t", u"a"_qs, [&] { pipe.reset(); });
-    listen(&b, "t", u"b"_qs);
-    pipe->inject(R"({"t":{}})");
-    QCOMPARE(calls, QStringList(u"a"_qs));
-}
-
-void TstMessageListenerMap::whatAListenerThrowsEndsNoMessage()
-{
-    const auto thrownBy = [](const std::function<void()>& call) {
-        try {
-            call();
-        } catch (const std::runtime_error& error) {
-            return QString::fromLatin1(error.what());
-        }
-        return QString();
-    };
-    const auto throwLast = [&] { throw std::runtime_error(qPrintable(calls.last())); };
-    QString nested;
-    listen(&a, "t", u"a"_qs, [&] {
-        if (calls.size() == 1)
-            nested = thrownBy([&] { pipe->inject(R"({"t":{"n":"2"}})"); });
-        else
-            throwLast();
-    });
-    listen(&b, "t", u"b"_qs, throwLast);
-    listen(&b, "t", u"c"_qs, throwLast);
-    // The rest of the first message is made up for within the second, and is not its fault.
-    QCOMPARE(thrownBy([&] { pipe->inject(R"({"t":{"n":"1"}})"); }), u"b1"_qs);
-    QCOMPARE(nested, u"a2"_qs);
-    QCOMPARE(calls.join(u' '), u"a1 b1 c1 a2 b2 c2"_qs);
-}
 
 QTEST_GUILESS_MAIN(TstMessageListenerMap)
 #include "tst_messagelistenermap.moc"
