@@ -4,6 +4,8 @@
 #include <platform/channel/Trace.h>
 #include <platform/context/HelperUtils.h>
 
+#include <limits>
+
 namespace vx::platform::zel {
 
 UserProfileDelegate::UserProfileDelegate(Services* services, QObject* parent)
@@ -41,7 +43,8 @@ void UserProfileDelegate::setStatus(UserStatus::Type status, const QString& stat
 
 bool UserProfileDelegate::setAvatar(ImageType::Type type, const QByteArray& avatar)
 {
-    if (avatar.isEmpty())
+    // Beyond what the manager can count a picture would go out cut.
+    if (avatar.isEmpty() || avatar.size() > std::numeric_limits<unsigned int>::max())
         return false;
     return m_services->globals()->setProfileAvatar(HelperUtils::avatarTypeForPicture(type), avatar.constData(),
                                                    static_cast<unsigned int>(avatar.size()));

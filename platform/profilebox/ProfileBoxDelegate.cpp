@@ -5,6 +5,8 @@
 #include <platform/context/HelperUtils.h>
 #include <platform/profilebox/ProfileBoxItemPrivate.h>
 
+#include <limits>
+
 namespace vx::platform::zel {
 
 // The blank at the start of each trace belongs to it.
@@ -69,8 +71,10 @@ int ProfileBoxDelegate::itemCount() const
 bool ProfileBoxDelegate::iconRegistrationRequest(int iconId, ImageType::Type type, const QByteArray& icon)
 {
     qCDebug(lcPlatform) << " ProfileBoxDelegate::iconRegistrationRequest";
+    // What is too long for the manager to count is too long for an icon in any case.
+    const auto size = static_cast<unsigned int>(qMin<qsizetype>(icon.size(), std::numeric_limits<unsigned int>::max()));
     return m_services->profileBox()->createProfileBoxImage(iconId, HelperUtils::avatarTypeForPicture(type),
-                                                           icon.constData(), static_cast<unsigned int>(icon.size()));
+                                                           icon.constData(), size);
 }
 
 bool ProfileBoxDelegate::iconRetrievalRequest(int iconId) const
