@@ -85,20 +85,20 @@ QString readPicture(const QString& word, QByteArray* data)
 
 // --- The application's registration ------------------------------------------------------------------------------
 
-Answer setState(SimulatorPrivate& service, const QStringList& args)
+Answer setState(SimulatorPrivate& simulator, const QStringList& args)
 {
-    service.service.setRegistrationState(args.first());
+    simulator.service.setRegistrationState(args.first());
     return say(Simulator::registrationStates().contains(args.first())
                    ? QString()
                    : u"done, but applications do not know the state \"%1\""_s.arg(args.first()));
 }
 
-Answer setRegistration(SimulatorPrivate& service, const QStringList& args)
+Answer setRegistration(SimulatorPrivate& simulator, const QStringList& args)
 {
     using Policy = Simulator::RegistrationPolicy;
     const QString& name = args.first();
     const Policy policy = name == "auto"_L1 ? Policy::Automatic : name == "manual"_L1 ? Policy::Manual : Policy::Fixed;
-    service.service.registrar().setPolicy(policy, name, args.value(1).toInt());
+    simulator.service.registrar().setPolicy(policy, name, args.value(1).toInt());
     return {};
 }
 
@@ -113,10 +113,10 @@ Answer setPermission(World& world, const QStringList& args)
     return {};
 }
 
-Answer showClients(SimulatorPrivate& service, const QStringList&)
+Answer showClients(SimulatorPrivate& simulator, const QStringList&)
 {
     QList<QStringList> rows;
-    for (const auto& [client, session] : service.service.context().sessions)
+    for (const auto& [client, session] : simulator.service.context().sessions)
         rows.append({u"application %1"_s.arg(client), session->state,
                      session->uuid.isEmpty() ? u"(no UUID yet)"_s : session->uuid});
     return say(table(rows) + u"%1 applications"_s.arg(rows.size()));
@@ -195,14 +195,14 @@ Answer showContacts(World& world, const QStringList&)
                u"%1 contacts, %2 of them run the application"_s.arg(rows.size()).arg(world.installed().size()));
 }
 
-Answer setRate(SimulatorPrivate& service, const QStringList& args)
+Answer setRate(SimulatorPrivate& simulator, const QStringList& args)
 {
     using Activity = Simulator::Activity;
     static const QHash<QString, Activity> activities{{u"changes"_s, Activity::Changes},
                                                      {u"installs"_s, Activity::Installs},
                                                      {u"uninstalls"_s, Activity::Uninstalls},
                                                      {u"invitations"_s, Activity::Invitations}};
-    service.activity.set(activities.value(args.value(1), Activity::Mixed), args.first().toDouble(), 1);
+    simulator.activity.set(activities.value(args.value(1), Activity::Mixed), args.first().toDouble(), 1);
     return {};
 }
 
@@ -253,25 +253,25 @@ Answer addIcon(World& world, const QStringList& args)
 // --- Trouble -----------------------------------------------------------------------------------------------------
 
 template <Simulator::Fault kind>
-Answer orderFault(SimulatorPrivate& service, const QStringList& args)
+Answer orderFault(SimulatorPrivate& simulator, const QStringList& args)
 {
     const bool hasAmount = kind == Simulator::Fault::Delay || kind == Simulator::Fault::Truncate;
-    service.outbox.addFault(kind, hasAmount ? args.first().toInt() : 0, args.value(hasAmount ? 1 : 0));
+    simulator.outbox.addFault(kind, hasAmount ? args.first().toInt() : 0, args.value(hasAmount ? 1 : 0));
     return {};
 }
 
-Answer comeBack(SimulatorPrivate& service, const QStringList&)
+Answer comeBack(SimulatorPrivate& simulator, const QStringList&)
 {
     QString problem;
-    service.comeBack(&problem);
+    simulator.comeBack(&problem);
     return done(problem);
 }
 
-Answer goAway(SimulatorPrivate& service, const QStringList& args)
+Answer goAway(SimulatorPrivate& simulator, const QStringList& args)
 {
-    service.goAway();
+    simulator.goAway();
     if (!args.isEmpty()) {
-        QTimer::singleShot(args.first().toInt(), service.q, [d = &service] {
+        QTimer::singleShot(args.first().toInt(), simulator.q, [d = &simulator] {
             QString problem;
             if (d->running && !d->comeBack(&problem))
                 d->refuse(problem);

@@ -24,10 +24,29 @@ const QString unknown = u"Unknown"_s;
 const QString contactExists = u"ContactExists"_s;
 const QString pending = u"PendingContactExists"_s;
 
+/// Null when there is none.
 template <typename Record>
-auto findById(const QList<Record>& records, const QString& id)
+const Record* findById(const QList<Record>& records, const QString& id)
 {
-    return std::find_if(records.cbegin(), records.cend(), [&](const Record& record) { return record.id == id; });
+    const auto found =
+        std::find_if(records.cbegin(), records.cend(), [&](const Record& record) { return record.id == id; });
+    return found == records.cend() ? nullptr : &*found;
+}
+
+template <typename Record>
+bool removeById(QList<Record>& records, const QString& id)
+{
+    return records.removeIf([&](const Record& record) { return record.id == id; }) > 0;
+}
+
+QString noItem(const QString& id)
+{
+    return u"no item has the id \"%1\""_s.arg(id);
+}
+
+QString noIcon(const QString& id)
+{
+    return u"no icon has the id \"%1\""_s.arg(id);
 }
 
 QString tooLong(const QByteArray& json)
@@ -286,22 +305,28 @@ const Person* World::findContact(const QString& contact, QString* problem) const
     return found ? &found->person : nullptr;
 }
 
-const Person* World::contact(const QString& userId) const
+const World::Contact* World::entry(const QString& userId) const
 {
     const auto found = m.contacts.find(userId);
-    return found == m.contacts.end() ? nullptr : &found->second.person;
+    return found == m.contacts.end() ? nullptr : &found->second;
+}
+
+const Person* World::contact(const QString& userId) const
+{
+    const Contact* found = entry(userId);
+    return found ? &found->person : nullptr;
 }
 
 QByteArray World::contactJson(const QString& userId) const
 {
-    const auto found = m.contacts.find(userId);
-    return found == m.contacts.end() ? QByteArray() : found->second.json;
+    const Contact* found = entry(userId);
+    return found ? found->json : QByteArray();
 }
 
 bool World::isInstalled(const QString& userId) const
 {
-    const auto found = m.contacts.find(userId);
-    return found != m.contacts.end() && found->second.installed;
+    const Contact* found = entry(userId);
+    return found && found->installed;
 }
 
 // --- Profile box ------------------------------------------------------------------------------------------------
@@ -317,7 +342,7 @@ QString World::boxItemProblem(const BoxItem& item, bool iconIsComing) const
     if (item.cookie.size() > longestItemCookie)
         return u"an item's cookie has at most %1 characters, not %2"_s.arg(longestItemCookie).arg(item.cookie.size());
     if (!item.iconId.isEmpty() && !iconIsComing && !boxIcon(item.iconId))
-        return u"no icon has the id \"%1\""_s.arg(item.iconId);
+        return noIcon(item.iconId);
     return {};
 }
 
@@ -334,25 +359,20 @@ QString World::addBoxItem(BoxItem& item)
 
 QString World::changeBoxItem(const BoxItem& item)
 {
-    const auto found = findById(m.items, item.id);
-    if (found == m.items.cend())
-        return u"no item has the id \"%1\""_s.arg(item.id);
-    const QString problem = boxItemProblem(item);
-    if (!problem.isEmpty() || *found == item)
+    const BoxItem* before = boxItem(item.id);
+    const QString problem = before ? boxItemProblem(item) : noItem(item.id);
+    if (!problem.isEmpty() || *before == item)
         return problem;
-    m.items[found - m.items.cbegin()] = item;
+    m.items[before - m.items.constData()] = item;
     Q_EMIT boxItemChanged(item.id);
     return {};
 }
 
-QString World::removeBoxItem(const QString& id)
+QString World::removeBoxItem(QString id)
 {
-    const auto found = findById(m.items, id);
-    if (found == m.items.cend())
-        return u"no item has the id \"%1\""_s.arg(id);
-    const QString removed = found->id;
-    m.items.erase(found);
-    Q_EMIT boxItemRemoved(removed);
+    if (!removeById(m.items, id))
+        return noItem(id);
+    Q_EMIT boxItemRemoved(id);
     return {};
 }
 
@@ -384,27 +404,22 @@ QString World::addBoxIcon(const QString& id, const QByteArray& data)
     return {};
 }
 
-QString World::removeBoxIcon(const QString& id)
+QString World::removeBoxIcon(QString id)
 {
-    const auto found = findById(m.icons, id);
-    if (found == m.icons.cend())
-        return u"no icon has the id \"%1\""_s.arg(id);
-    const QString removed = found->id;
-    m.icons.erase(found);
-    Q_EMIT boxIconRemoved(removed);
+    if (!removeById(m.icons, id))
+        return noIcon(id);
+    Q_EMIT boxIconRemoved(id);
     return {};
 }
 
 const BoxItem* World::boxItem(const QString& id) const
 {
-    const auto found = findById(m.items, id);
-    return found == m.items.cend() ? nullptr : &*found;
+    return findById(m.items, id);
 }
 
 const BoxIcon* World::boxIcon(const QString& id) const
 {
-    const auto found = findById(m.icons, id);
-    return found == m.icons.cend() ? nullptr : &*found;
+    return findById(m.icons, id);
 }
 
 // --- Eco identifiers --------------------------------------------------------------------------------------------

@@ -87,12 +87,12 @@ public:
     /// Gives \a item its id.
     QString addBoxItem(BoxItem& item);
     QString changeBoxItem(const BoxItem& item);
-    QString removeBoxItem(const QString& id);
+    QString removeBoxItem(QString id);
     void clearBox();
     /// Whether an icon of this id may be registered now.
     QString boxIconProblem(const QString& id) const;
     QString addBoxIcon(const QString& id, const QByteArray& data);
-    QString removeBoxIcon(const QString& id);
+    QString removeBoxIcon(QString id);
     /// Null when there is none; until the next change of the box.
     const BoxItem* boxItem(const QString& id) const;
     const BoxIcon* boxIcon(const QString& id) const;
@@ -146,6 +146,7 @@ private:
     };
 
     Contact* find(const QString& contact, QString* problem);
+    const Contact* entry(const QString& userId) const;
     QString contactProblem(const Person& person, const QByteArray& json) const;
     void index(const Person& person);
     void unindex(const Person& person);
