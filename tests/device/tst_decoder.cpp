@@ -17,7 +17,7 @@ public:
     operator pps_decoder_t*() { return get(); }
 
     bool enter(const char* name) { return pps_decoder_push(get(), name) == PPS_DECODER_OK; }
-    bool enter(std::initializer_list<const char*> names)
+    bool enter(const QList<const char*>& names)
     {
         return std::all_of(names.begin(), names.end(), [this](const char* name) { return enter(name); });
     }
@@ -299,14 +299,13 @@ private Q_SLOTS:
     {
         Decoder d("@platform\ndat:json:{\"a\":{\"x\":1,\"deep\":{\"x\":2}},\"b\":[{\"x\":4}],\"x\":5}\n");
         const uintptr_t root = d.position();
-        const std::pair<std::initializer_list<const char*>, std::optional<int>> paths[] = {
-            {{}, {}},
-            {{"@platform"}, {}},
-            {{"@platform", "dat"}, 5},
-            {{"@platform", "dat", "a"}, 1},
-            {{"@platform", "dat", "a", "deep"}, 2},
-            {{"@platform", "dat", "b"}, {}},
-            {{"@platform", "dat", "b", nullptr}, 4}};
+        const std::pair<QList<const char*>, std::optional<int>> paths[] = {{{}, {}},
+                                                                           {{"@platform"}, {}},
+                                                                           {{"@platform", "dat"}, 5},
+                                                                           {{"@platform", "dat", "a"}, 1},
+                                                                           {{"@platform", "dat", "a", "deep"}, 2},
+                                                                           {{"@platform", "dat", "b"}, {}},
+                                                                           {{"@platform", "dat", "b", nullptr}, 4}};
         std::vector<std::pair<uintptr_t, std::optional<int>>> expected;
         for (const auto& [names, value] : paths) {
             QVERIFY(d.restore(root));
