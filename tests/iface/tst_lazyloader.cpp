@@ -8,6 +8,8 @@
 
 #include <stdexcept>
 
+using namespace Qt::StringLiterals;
+
 using namespace iface;
 using Loader = LazyLoader<QString, int>;
 
@@ -15,7 +17,7 @@ namespace {
 
 QString key(int number)
 {
-    return u"k%1"_qs.arg(number);
+    return u"k%1"_s.arg(number);
 }
 
 /// A loader whose requests are written down.
@@ -79,16 +81,16 @@ private Q_SLOTS:
         f.ask(0, 2);
         turn();
         QStringList heard;
-        ObserverFunctorAdapter answered([&] { heard << u"answered %1"_qs.arg(f.loader->value(key(0))->state()); });
-        ObserverFunctorAdapter missing([&] { heard << u"missing %1"_qs.arg(f.loader->value(key(1))->state()); });
+        ObserverFunctorAdapter answered([&] { heard << u"answered %1"_s.arg(f.loader->value(key(0))->state()); });
+        ObserverFunctorAdapter missing([&] { heard << u"missing %1"_s.arg(f.loader->value(key(1))->state()); });
         f.loader->value(key(0))->addObserver(&answered);
         f.loader->value(key(1))->addObserver(&missing);
         f.store(0, 3);
-        QCOMPARE(heard, QStringList{u"answered 2"_qs});
+        QCOMPARE(heard, QStringList{u"answered 2"_s});
         QVERIFY2(f.loader->isLoaded(key(0)), "as soon as contents are there");
         QVERIFY(!f.loader->isLoaded(key(1)));
         f.loader->updateDone();
-        QCOMPARE(heard, (QStringList{u"answered 2"_qs, u"answered 1"_qs, u"missing 1"_qs}));
+        QCOMPARE(heard, (QStringList{u"answered 2"_s, u"answered 1"_s, u"missing 1"_s}));
         QVERIFY2(f.loader->isLoaded(key(1)), "answered, though without contents");
         QVERIFY2(!f.store(9, 0), "unasked, and as the default contents are");
         QCOMPARE(f.loader->value(key(9))->state(), 1);

@@ -3,6 +3,8 @@
 
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 using namespace iface;
 
 class TstLogging : public QObject
@@ -21,13 +23,13 @@ void TstLogging::cleanup()
 {
     setLogLevel(LogLevel::Info);
     setLogCategory(LogCategory::General);
-    setFilenameFilter(QRegExp(u"*"_qs, Qt::CaseInsensitive, QRegExp::Wildcard));
+    setFilenameFilter(QRegExp(u"*"_s, Qt::CaseInsensitive, QRegExp::Wildcard));
 }
 
 void TstLogging::takesTheFileNameBehindTheLastSeparator()
 {
     for (const char* path : {"/a/b/Realm.cpp", "a/b\\Realm.cpp", "a\\b/Realm.cpp", "Realm.cpp"})
-        QCOMPARE(filterFilename(path), u"Realm.cpp"_qs);
+        QCOMPARE(filterFilename(path), u"Realm.cpp"_s);
     QCOMPARE(filterFilename("a/"), QString());
 }
 
@@ -44,20 +46,20 @@ void TstLogging::matchesWholeFileNamesAsWildcardsOfAnyCase()
 {
     const auto passes = [](const char* path) { return loggingEnabled(path, LogLevel::Error, LogCategory::General); };
     // As a plain expression this would mean something else.
-    setFilenameFilter(QRegExp(u"observable*"_qs, Qt::CaseSensitive, QRegExp::RegExp));
+    setFilenameFilter(QRegExp(u"observable*"_s, Qt::CaseSensitive, QRegExp::RegExp));
     QVERIFY(passes("/src/ObservableTracker.h"));
     QVERIFY(!passes("/src/Realm.cpp"));
     QVERIFY(!passes("/src/MyObservable.h"));
-    setFilenameFilter(QRegExp(u"*("_qs, Qt::CaseInsensitive, QRegExp::RegExp)); // invalid
+    setFilenameFilter(QRegExp(u"*("_s, Qt::CaseInsensitive, QRegExp::RegExp)); // invalid
     QVERIFY(passes("/src/ObservableTracker.h") && !passes("/src/Realm.cpp"));
-    setFilenameFilter(QRegExp(u"Realm"_qs));
+    setFilenameFilter(QRegExp(u"Realm"_s));
     QVERIFY(!passes("/src/Realm.cpp"));
 }
 
 void TstLogging::writesOneLineInItsForm()
 {
     QTest::ignoreMessage(QtDebugMsg, "List.h [ 42 ]:  gone \"x\"");
-    ZEL_IFACE_LOG("/src/List.h", 42, LogLevel::Error, LogCategory::General, u"gone \"x\""_qs);
+    ZEL_IFACE_LOG("/src/List.h", 42, LogLevel::Error, LogCategory::General, u"gone \"x\""_s);
     bool composed = false;
     ZEL_IFACE_LOG("List.h", 1, LogLevel::Debug, LogCategory::General, QString::number(composed = true));
     QVERIFY(!composed);

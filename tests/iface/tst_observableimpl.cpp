@@ -11,6 +11,8 @@
 #include <memory>
 #include <stdexcept>
 
+using namespace Qt::StringLiterals;
+
 using namespace iface;
 using Observables = QExplicitlySharedDataPointer<ObservableImpl>;
 
@@ -57,7 +59,7 @@ struct Pair
     Observables second{new ObservableImpl};
     QStringList log;
     FunctionFollower follower{[this] {
-        log << u"mark"_qs;
+        log << u"mark"_s;
         second->notifyObservers();
     }};
 };
@@ -134,14 +136,14 @@ private Q_SLOTS:
     {
         Pair pair;
         ObserverFunctorAdapter first([&] {
-            pair.log << u"first"_qs;
+            pair.log << u"first"_s;
             QVERIFY(Round::number() != 0);
         });
-        ObserverFunctorAdapter second([&] { pair.log << u"second"_qs; });
+        ObserverFunctorAdapter second([&] { pair.log << u"second"_s; });
         pair.second->addObserver(&second);
         pair.first->addObserver(&first);
         pair.first->notifyObservers();
-        QCOMPARE(pair.take(), (QStringList{u"mark"_qs, u"first"_qs, u"second"_qs}));
+        QCOMPARE(pair.take(), (QStringList{u"mark"_s, u"first"_s, u"second"_s}));
         QCOMPARE(Round::number(), 0U);
         // Several changes made together are announced once each, whatever is thrown meanwhile.
         const auto several = [&] {
@@ -149,12 +151,12 @@ private Q_SLOTS:
                 pair.second->notifyObservers();
                 pair.first->notifyObservers();
                 Round::together([&] { pair.first->notifyObservers(); });
-                QCOMPARE(pair.take(), (QStringList{u"mark"_qs, u"mark"_qs}));
+                QCOMPARE(pair.take(), (QStringList{u"mark"_s, u"mark"_s}));
                 throw std::runtime_error("no");
             });
         };
         QVERIFY_THROWS_EXCEPTION(std::runtime_error, several());
-        QCOMPARE(pair.take(), (QStringList{u"second"_qs, u"first"_qs}));
+        QCOMPARE(pair.take(), (QStringList{u"second"_s, u"first"_s}));
     }
 
     // What the outer change has not announced by then is announced with the inner one.
@@ -163,18 +165,17 @@ private Q_SLOTS:
         Pair pair;
         bool isDone = false;
         ObserverFunctorAdapter first([&] {
-            pair.log << u"first"_qs;
+            pair.log << u"first"_s;
             if (!std::exchange(isDone, true)) {
                 pair.first->notifyObservers();
-                pair.log << u"done"_qs;
+                pair.log << u"done"_s;
             }
         });
-        ObserverFunctorAdapter second([&] { pair.log << u"second"_qs; });
+        ObserverFunctorAdapter second([&] { pair.log << u"second"_s; });
         pair.first->addObserver(&first);
         pair.second->addObserver(&second);
         pair.first->notifyObservers();
-        QCOMPARE(pair.take(),
-                 (QStringList{u"mark"_qs, u"first"_qs, u"mark"_qs, u"first"_qs, u"second"_qs, u"done"_qs}));
+        QCOMPARE(pair.take(), (QStringList{u"mark"_s, u"first"_s, u"mark"_s, u"first"_s, u"second"_s, u"done"_s}));
     }
 
     void passesTheFirstExceptionOnWhenAllHasBeenTold()

@@ -16,6 +16,8 @@
 #include <QTest>
 #include <QThread>
 
+using namespace Qt::StringLiterals;
+
 using namespace iface;
 using ChangeType = ObservableListImpl::ChangeType;
 using Mapper = QSharedPointer<ObservableListImpl::IndexMapper>;
@@ -55,7 +57,7 @@ void TstObservableList::readsItemsThroughPaths()
     QCOMPARE(list->childCount({}), 2);
     QVERIFY(list->hasChildren({}));
     QCOMPARE(list->data(path(1)), QVariant(5));
-    for (const QVariantList& bad : {QVariantList(), path(2), path(-1), QVariantList{0, 0}, QVariantList{u"x"_qs}})
+    for (const QVariantList& bad : {QVariantList(), path(2), path(-1), QVariantList{0, 0}, QVariantList{u"x"_s}})
         QVERIFY(!list->data(bad).isValid());
     // As it stands: nobody counts the children of an item.
     QCOMPARE(list->childCount(path(0)), 0);
@@ -99,29 +101,29 @@ void TstObservableList::announcesTheItemFirstThenThePlainChange()
 {
     const Lists list(new IntList({0, 1, 2}));
     QStringList log;
-    ObserverFunctorAdapter plain([&] { log << u"changed"_qs; });
+    ObserverFunctorAdapter plain([&] { log << u"changed"_s; });
     list->addObserver(&plain);
     connect(list.data(), &ObservableListImpl::itemAdded, &plain, [&](const QVariantList& at) {
         QCOMPARE(at, QVariantList{3});
         QCOMPARE(list->data(at), QVariant(9));
-        log << u"added"_qs;
+        log << u"added"_s;
     });
     connect(list.data(), &ObservableListImpl::itemUpdated, &plain, [&](const QVariantList& at) {
         QCOMPARE(list->data(at), QVariant(10));
-        log << u"updated"_qs;
+        log << u"updated"_s;
     });
     connect(list.data(), &ObservableListImpl::itemRemoved, &plain, [&](const QVariantList& at) {
         QCOMPARE(at, QVariantList{0});
         QCOMPARE(list->items().size(), 3);
-        log << u"removed"_qs;
+        log << u"removed"_s;
     });
-    connect(list.data(), &ObservableListImpl::itemsChanged, &plain, [&] { log << u"wholesale"_qs; });
+    connect(list.data(), &ObservableListImpl::itemsChanged, &plain, [&] { log << u"wholesale"_s; });
     list->insert(3, 9);
     list->update(1, 10);
     list->remove(0);
     list->reset({});
-    QCOMPARE(log, (QStringList{u"added"_qs, u"changed"_qs, u"updated"_qs, u"changed"_qs, u"removed"_qs, u"changed"_qs,
-                               u"wholesale"_qs, u"changed"_qs}));
+    QCOMPARE(log, (QStringList{u"added"_s, u"changed"_s, u"updated"_s, u"changed"_s, u"removed"_s, u"changed"_s,
+                               u"wholesale"_s, u"changed"_s}));
 }
 
 // A spy connects by the signal's number, and the list learns nothing of that.
@@ -225,9 +227,9 @@ void TstObservableList::sendsChangesToAnotherThread()
     QThread thread;
     QStringList log;
     auto* adapter = new ObservableListImplFunctorAdapter(
-        list.data(), [&](const QVariantList& at) { log << u"+%1"_qs.arg(at.first().toInt()); }, {}, {},
+        list.data(), [&](const QVariantList& at) { log << u"+%1"_s.arg(at.first().toInt()); }, {}, {},
         [&](ChangeType::Type type, const Mapper& mapper) {
-            log << u"*%1 %2"_qs.arg(type).arg(ListMirror<int>::indexesOf(*mapper, 1).first());
+            log << u"*%1 %2"_s.arg(type).arg(ListMirror<int>::indexesOf(*mapper, 1).first());
             QThread::currentThread()->quit();
         });
     adapter->moveToThread(&thread);
@@ -236,7 +238,7 @@ void TstObservableList::sendsChangesToAnotherThread()
     list->move(0, 1);
     thread.start();
     QVERIFY(thread.wait(10000));
-    QCOMPARE(log, (QStringList{u"+2"_qs, u"*1 1"_qs}));
+    QCOMPARE(log, (QStringList{u"+2"_s, u"*1 1"_s}));
 }
 
 void TstObservableList::outlivesItsLastHandleWhileItAnnounces()

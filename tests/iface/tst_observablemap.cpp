@@ -18,6 +18,8 @@
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 using namespace iface;
 
 namespace {
@@ -50,7 +52,7 @@ struct Announcements
             for (const K& key : change.keys<K>())
                 log << (QVariant::fromValue(key).toString());
         })
-        , plain([this] { log << u"*"_qs; })
+        , plain([this] { log << u"*"_s; })
     {
         keys.startListening(map);
         map->addObserver(&plain);
@@ -86,13 +88,13 @@ private Q_SLOTS:
 void TstObservableMap::answersDefaultsForMissingKeys()
 {
     const ObservableMap<QString, int> plain(new ObservableMapImpl<QString, int>);
-    QCOMPARE(plain.get(u"x"_qs), 0);
+    QCOMPARE(plain.get(u"x"_s), 0);
     QVERIFY(plain.impl()->equals(3, 3));
     QVERIFY(!plain.impl()->equals(3, 4));
-    QCOMPARE((ObservableMap<QString, int>()).get(u"x"_qs), 0);
+    QCOMPARE((ObservableMap<QString, int>()).get(u"x"_s), 0);
     for (const auto& values :
          {ObservableMap<QString, Value>(new ObservableMapImpl<QString, Value>), ObservableMap<QString, Value>()}) {
-        const Value missing = values.get(u"x"_qs);
+        const Value missing = values.get(u"x"_s);
         QVERIFY(missing.impl());
         QCOMPARE(missing.getValue(), 0);
     }
@@ -103,21 +105,21 @@ void TstObservableMap::announcesKeysFirstThenThePlainChange()
     const QExplicitlySharedDataPointer<StoredMap<QString, int>> map(new StoredMap<QString, int>);
     QVERIFY(map->metaObject()->indexOfSignal("mapChanged(MapChange)") >= 0);
     Announcements<QString> heard(map.data());
-    map->fireMapChanged(MapChange::create(QStringList{u"b"_qs, u"c"_qs}));
-    QCOMPARE(heard.take(), (QStringList{u"b"_qs, u"c"_qs, u"*"_qs}));
+    map->fireMapChanged(MapChange::create(QStringList{u"b"_s, u"c"_s}));
+    QCOMPARE(heard.take(), (QStringList{u"b"_s, u"c"_s, u"*"_s}));
     QVERIFY2(MapChange::createSingle(1).keys<QString>().isEmpty(), "keys are known by their type");
     // Without keys there is nothing to tell those who listen for keys.
     ObservableMapImplFunctorAdapter empty({});
     empty.startListening(nullptr);
     empty.startListening(map.data());
     map->fireMapChanged(MapChange());
-    QCOMPARE(heard.take(), QStringList{u"*"_qs});
-    QVERIFY_THROWS_EXCEPTION(boost::bad_function_call, map->set(u"a"_qs, 1));
+    QCOMPARE(heard.take(), QStringList{u"*"_s});
+    QVERIFY_THROWS_EXCEPTION(boost::bad_function_call, map->set(u"a"_s, 1));
     empty.stopListening(map.data());
     empty.stopListening(nullptr);
     heard.take();
-    map->set(u"a"_qs, 2);
-    QCOMPARE(heard.take(), (QStringList{u"a"_qs, u"*"_qs}));
+    map->set(u"a"_s, 2);
+    QCOMPARE(heard.take(), (QStringList{u"a"_s, u"*"_s}));
 }
 
 void TstObservableMap::survivesItsLastHandleWhileItAnnounces()
@@ -140,16 +142,16 @@ void TstObservableMap::dependsOnBothMaps()
     const ObservableMap<QString, int, First> first(new First);
     const ObservableMap<int, QString> second(new StoredMap<int, QString>);
     const auto map = CompositeMap<QString, int, QString>::create(first, second);
-    const auto read = ObservableTracker::runAndMonitor([&] { map.get(u"a"_qs); });
+    const auto read = ObservableTracker::runAndMonitor([&] { map.get(u"a"_s); });
     QVERIFY(read->size() == 3 && read->contains(map.impl()));
     QVERIFY(read->contains(first.impl()) && read->contains(second.impl()));
     Announcements<QString> heard(map.impl());
-    first.impl()->fireMapChanged(MapChange::create(QStringList{u"a"_qs, u"b"_qs}));
-    QCOMPARE(heard.take(), (QStringList{u"a"_qs, u"b"_qs, u"*"_qs}));
+    first.impl()->fireMapChanged(MapChange::create(QStringList{u"a"_s, u"b"_s}));
+    QCOMPARE(heard.take(), (QStringList{u"a"_s, u"b"_s, u"*"_s}));
     // Without keys from either side.
     first.impl()->fireMapChanged(MapChange());
     second.impl()->fireMapChanged(MapChange::createSingle(1));
-    QCOMPARE(heard.take(), (QStringList{u"*"_qs, u"*"_qs}));
+    QCOMPARE(heard.take(), (QStringList{u"*"_s, u"*"_s}));
 }
 
 // The key belongs to whoever made the change, and may be gone before the last has heard of it.
@@ -158,20 +160,20 @@ void TstObservableMap::announcesCopiesOfKeys()
     const QExplicitlySharedDataPointer<StoredMap<QString, int>> map(new StoredMap<QString, int>);
     const auto composite = CompositeMap<QString, int, int>::create(ObservableMap<QString, int>(map.data()),
                                                                    ObservableMap<int, int>(new StoredMap<int, int>));
-    auto key = std::make_unique<QString>(u"a longer key"_qs);
+    auto key = std::make_unique<QString>(u"a longer key"_s);
     ObserverFunctorAdapter frees([&] { key.reset(); });
     map->addObserver(&frees);
     Announcements<QString> heard(composite.impl());
     map->fireKeyChanged(*key);
     QVERIFY(!key);
-    QCOMPARE(heard.take(), (QStringList{u"a longer key"_qs, u"*"_qs}));
+    QCOMPARE(heard.take(), (QStringList{u"a longer key"_s, u"*"_s}));
     // Every change made together is announced under its key.
     Round::together([&] {
-        map->set(u"b"_qs, 1);
-        map->set(u"c"_qs, 1);
+        map->set(u"b"_s, 1);
+        map->set(u"c"_s, 1);
         QCOMPARE(heard.take(), QStringList());
     });
-    QCOMPARE(heard.take(), (QStringList{u"b"_qs, u"c"_qs, u"*"_qs}));
+    QCOMPARE(heard.take(), (QStringList{u"b"_s, u"c"_s, u"*"_s}));
 }
 
 void TstObservableMap::announcesAValueUnderItsHandle()
@@ -238,10 +240,10 @@ void TstObservableMap::agreesWithAModelThroughAChainOfMaps()
         if (random.bounded(2)) {
             model[key] = value;
             records.impl()->set(key, Value(values[value].data()));
-            QCOMPARE(heard.take(), (QStringList{QString::number(key), u"*"_qs}));
+            QCOMPARE(heard.take(), (QStringList{QString::number(key), u"*"_s}));
         } else {
             const bool differs = values[value]->setValue(random.bounded(3));
-            QCOMPARE(heard.take(), differs && asked.contains(value) ? QStringList{u"*"_qs} : QStringList());
+            QCOMPARE(heard.take(), differs && asked.contains(value) ? QStringList{u"*"_s} : QStringList());
         }
         const int read = random.bounded(Keys);
         if (model[read] >= 0)

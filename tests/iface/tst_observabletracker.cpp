@@ -18,6 +18,8 @@
 #include <stdexcept>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 using namespace iface;
 using Writable = WritableObservableValue<int>;
 using Value = QExplicitlySharedDataPointer<Writable>;
@@ -148,10 +150,10 @@ void TstObservableTracker::reportsASetThatWasTakenAway()
 void TstObservableTracker::runsFirstInALaterTurnIfAsked()
 {
     int runs = 0;
-    const ObservableMonitor asked([&] { ++runs; }, nullptr, u"asked"_qs, true);
-    ObservableMonitor waits([&] { runs += 100; }, nullptr, u"waits"_qs, false);
+    const ObservableMonitor asked([&] { ++runs; }, nullptr, u"asked"_s, true);
+    ObservableMonitor waits([&] { runs += 100; }, nullptr, u"waits"_s, false);
     QCOMPARE(runs, 0);
-    QCOMPARE(asked.name(), u"asked"_qs);
+    QCOMPARE(asked.name(), u"asked"_s);
     turn();
     QCOMPARE(runs, 1);
     waits.handleObservableChanged();
@@ -445,7 +447,7 @@ void TstObservableTracker::waitsUntilTrueAndThenStaysIdle()
             ++runs;
             return value->getValue() >= 2;
         },
-        nullptr, u"two"_qs);
+        nullptr, u"two"_s);
     QCOMPARE(runs, 0);
     turn();
     value->setValue(1);

@@ -13,6 +13,8 @@
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 using iface::QApplicationRealm;
 using iface::Realm;
 using iface::RetryTimer;
@@ -45,32 +47,32 @@ void TstRealm::runsOneFunctionPerTurnInOrder()
     QStringList log;
     QSignalSpy queued(&realm, &QApplicationRealm::itemQueued);
     const int first = realm.asyncExec([&] {
-        log << u"first"_qs;
-        realm.asyncExec([&] { log << u"later"_qs; });
-        log << u"end of first"_qs;
+        log << u"first"_s;
+        realm.asyncExec([&] { log << u"later"_s; });
+        log << u"end of first"_s;
     });
     QVERIFY(first > 0);
     QCOMPARE(other.asyncExec({}), first + 1);
-    QCOMPARE(realm.asyncExec([&] { log << u"second"_qs; }), first + 2);
+    QCOMPARE(realm.asyncExec([&] { log << u"second"_s; }), first + 2);
     QCOMPARE(log, QStringList());
     QCOMPARE(queued.count(), 2);
     realm.execute();
-    QCOMPARE(log, (QStringList{u"first"_qs, u"end of first"_qs}));
+    QCOMPARE(log, (QStringList{u"first"_s, u"end of first"_s}));
     QVERIFY_THROWS_EXCEPTION(boost::bad_function_call, other.execute());
-    QTRY_COMPARE(log, (QStringList{u"first"_qs, u"end of first"_qs, u"second"_qs, u"later"_qs}));
+    QTRY_COMPARE(log, (QStringList{u"first"_s, u"end of first"_s, u"second"_s, u"later"_s}));
 }
 
 void TstRealm::leavesOutWhatWasRemoved()
 {
     QApplicationRealm realm;
     QStringList log;
-    const int removed = realm.asyncExec([&] { log << u"removed"_qs; });
-    realm.asyncExec([&] { log << u"kept"_qs; });
+    const int removed = realm.asyncExec([&] { log << u"removed"_s; });
+    realm.asyncExec([&] { log << u"kept"_s; });
     realm.remove(removed);
     realm.remove(removed);
     realm.remove(-1);
     turn(); // one call more than there are functions
-    QCOMPARE(log, QStringList{u"kept"_qs});
+    QCOMPARE(log, QStringList{u"kept"_s});
 }
 
 void TstRealm::survivesItsOwnDestructionInAFunction()
@@ -119,11 +121,11 @@ void TstRealm::postsOnlyToThoseWhoAreStillThere()
     QObject stays;
     auto goes = std::make_unique<QObject>();
     QStringList log;
-    Realm::postGuarded(goes.get(), [&] { log << u"gone"_qs; });
-    Realm::postGuarded(&stays, [&] { log << u"there"_qs; });
+    Realm::postGuarded(goes.get(), [&] { log << u"gone"_s; });
+    Realm::postGuarded(&stays, [&] { log << u"there"_s; });
     goes.reset();
     turn();
-    QCOMPARE(log, QStringList{u"there"_qs});
+    QCOMPARE(log, QStringList{u"there"_s});
 }
 
 void TstRealm::remindsWithDoublingDelays()

@@ -6,13 +6,15 @@
 #include <QJsonObject>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 using zel::JsonWriter;
 
 namespace {
 
 QSharedPointer<JsonWriter> makeRoot(const QString& name, JsonWriter::AttributeType type = JsonWriter::Object)
 {
-    return QSharedPointer<JsonWriter>::create(name, type, u"zel"_qs);
+    return QSharedPointer<JsonWriter>::create(name, type, u"zel"_s);
 }
 
 QJsonObject parsed(const QString& text)
@@ -29,66 +31,66 @@ class TstJsonWriter : public QObject
 private Q_SLOTS:
     void keysTheMessageByTheRootsName()
     {
-        QCOMPARE(makeRoot(u"N"_qs, JsonWriter::Object)->toString(), u"{\"N\":{}}"_qs);
-        QCOMPARE(makeRoot(u"N"_qs, JsonWriter::Array)->toString(), u"{\"N\":[]}"_qs);
-        QCOMPARE(makeRoot(u"N"_qs, JsonWriter::Null)->toString(), u"{\"N\":null}"_qs);
-        for (const QString& name : {u"json"_qs, u"dat:json:"_qs, u"json:{"_qs, u"a\nb"_qs, QString()}) {
-            JsonWriter root(name, u"json:"_qs);
-            root.addAttribute(u"json:"_qs, u"json:"_qs);
+        QCOMPARE(makeRoot(u"N"_s, JsonWriter::Object)->toString(), u"{\"N\":{}}"_s);
+        QCOMPARE(makeRoot(u"N"_s, JsonWriter::Array)->toString(), u"{\"N\":[]}"_s);
+        QCOMPARE(makeRoot(u"N"_s, JsonWriter::Null)->toString(), u"{\"N\":null}"_s);
+        for (const QString& name : {u"json"_s, u"dat:json:"_s, u"json:{"_s, u"a\nb"_s, QString()}) {
+            JsonWriter root(name, u"json:"_s);
+            root.addAttribute(u"json:"_s, u"json:"_s);
             const QJsonObject message = parsed(root.toString());
             QCOMPARE(message.keys(), QStringList(name));
-            QCOMPARE(message.value(name).toObject().value(u"json:"_qs).toString(), u"json:"_qs);
+            QCOMPARE(message.value(name).toObject().value(u"json:"_s).toString(), u"json:"_s);
         }
     }
 
     void writesMembersInCallOrderWithDuplicates()
     {
-        JsonWriter root(u"m"_qs, u"zel"_qs);
-        root.addAttribute(u"z"_qs, true);
-        root.addAttribute(u"a"_qs, QStringLiteral("text"));
-        root.addAttribute(u"z"_qs, -2147483647 - 1);
-        root.addAttribute(u"n"_qs);
-        root.addAttribute(u"c"_qs, "chars");
-        root.addAttribute(u"c"_qs, static_cast<const char*>(nullptr));
+        JsonWriter root(u"m"_s, u"zel"_s);
+        root.addAttribute(u"z"_s, true);
+        root.addAttribute(u"a"_s, QStringLiteral("text"));
+        root.addAttribute(u"z"_s, -2147483647 - 1);
+        root.addAttribute(u"n"_s);
+        root.addAttribute(u"c"_s, "chars");
+        root.addAttribute(u"c"_s, static_cast<const char*>(nullptr));
         QCOMPARE(root.toString(),
-                 u"{\"m\":{\"z\":true,\"a\":\"text\",\"z\":-2147483648,\"n\":null,\"c\":\"chars\",\"c\":\"\"}}"_qs);
+                 u"{\"m\":{\"z\":true,\"a\":\"text\",\"z\":-2147483648,\"n\":null,\"c\":\"chars\",\"c\":\"\"}}"_s);
     }
 
     void dropsNamesInArrays()
     {
-        const auto root = makeRoot(u"m"_qs, JsonWriter::Array);
-        root->addAttribute(u"ignored"_qs, 5);
-        root->addAttribute(u"ignored"_qs);
-        root->addAttribute(u"ignored"_qs, false);
-        root->addAttribute(u"ignored"_qs, u"s"_qs);
-        root->addChild(u"ignored"_qs, JsonWriter::Null);
-        root->addChild(u"ignored"_qs, JsonWriter::AttributeType(99));
-        zel::JsonWriterAttribute(root, "ignored").array()->addAttribute(u"ignored"_qs, 2);
+        const auto root = makeRoot(u"m"_s, JsonWriter::Array);
+        root->addAttribute(u"ignored"_s, 5);
+        root->addAttribute(u"ignored"_s);
+        root->addAttribute(u"ignored"_s, false);
+        root->addAttribute(u"ignored"_s, u"s"_s);
+        root->addChild(u"ignored"_s, JsonWriter::Null);
+        root->addChild(u"ignored"_s, JsonWriter::AttributeType(99));
+        zel::JsonWriterAttribute(root, "ignored").array()->addAttribute(u"ignored"_s, 2);
         // An array without a name has an empty one; an object or null never gets here without.
-        const auto object = root->addChild(u"ignored"_qs, JsonWriter::Object);
+        const auto object = root->addChild(u"ignored"_s, JsonWriter::Object);
         object->addChild(QString(), JsonWriter::Array)->addChild(QString(), JsonWriter::Object);
-        zel::JsonWriterAttribute(object, "gr\xc3\xbc\xc3\x9f").object()->addAttribute(u"x"_qs);
+        zel::JsonWriterAttribute(object, "gr\xc3\xbc\xc3\x9f").object()->addAttribute(u"x"_s);
         QVERIFY(object->toString().endsWith(u'}'));
         QCOMPARE(root->toString(),
-                 u"{\"m\":[5,null,false,\"s\",null,[2],{\"\":[{}],\"gr\u00fc\u00df\":{\"x\":null}}]}"_qs);
+                 u"{\"m\":[5,null,false,\"s\",null,[2],{\"\":[{}],\"gr\u00fc\u00df\":{\"x\":null}}]}"_s);
     }
 
     void closesAChildOnceWhenItIsAskedForItsText()
     {
-        const auto root = makeRoot(u"m"_qs);
-        auto child = root->addChild(u"c"_qs, JsonWriter::Object);
+        const auto root = makeRoot(u"m"_s);
+        auto child = root->addChild(u"c"_s, JsonWriter::Object);
         const QString soFar = child->toString();
-        QVERIFY(soFar.endsWith(u"{\"m\":{\"c\":{}"_qs));
+        QVERIFY(soFar.endsWith(u"{\"m\":{\"c\":{}"_s));
         QCOMPARE(child->length(), soFar.toUtf8().size());
         QCOMPARE(child->toString(), soFar);
         child.reset();
-        root->addAttribute(u"d"_qs, 1);
-        QCOMPARE(root->toString(), u"{\"m\":{\"c\":{},\"d\":1}}"_qs);
+        root->addAttribute(u"d"_s, 1);
+        QCOMPARE(root->toString(), u"{\"m\":{\"c\":{},\"d\":1}}"_s);
     }
 
     void refusesMembersAfterTheText()
     {
-        JsonWriter root(u"the name"_qs, QString());
+        JsonWriter root(u"the name"_s, QString());
         QVERIFY(!root.isReadOnly());
         const QString text = root.toString();
         const char error[] =
@@ -97,8 +99,8 @@ private Q_SLOTS:
         for (int i = 0; i < 3; ++i)
             QTest::ignoreMessage(QtCriticalMsg, error);
         QVERIFY(root.isReadOnly());
-        root.addAttribute(u"a"_qs, 1);
-        QVERIFY(root.addChild(u"c"_qs, JsonWriter::Object).isNull());
+        root.addAttribute(u"a"_s, 1);
+        QVERIFY(root.addChild(u"c"_s, JsonWriter::Object).isNull());
         const int length = root.length();
         QCOMPARE(root.toString(), text);
         QCOMPARE(root.length(), length);
@@ -106,8 +108,8 @@ private Q_SLOTS:
 
     void carriesAnyCharacter()
     {
-        QStringList values{u"\"quoted\" \\ /"_qs, u"\b\f\n\r\t\u0001\u001f\u007f"_qs, QString::fromUtf16(u"a\0b", 3),
-                           u"\U0001f600 \u05e9\u05dc\u05d5\u05dd \u4f60\u597d"_qs, QString(100000, u'x')};
+        QStringList values{u"\"quoted\" \\ /"_s, u"\b\f\n\r\t\u0001\u001f\u007f"_s, QString::fromUtf16(u"a\0b", 3),
+                           u"\U0001f600 \u05e9\u05dc\u05d5\u05dd \u4f60\u597d"_s, QString(100000, u'x')};
         for (int size = 254; size <= 258; ++size)
             values << QString(size, u'y') << QString(size, u'\u00e4');
         for (const QString& value : std::as_const(values)) {
@@ -121,12 +123,12 @@ private Q_SLOTS:
 
     void childrenOutliveTheirRoot()
     {
-        auto root = makeRoot(u"m"_qs);
-        auto child = root->addChild(u"c"_qs, JsonWriter::Array);
+        auto root = makeRoot(u"m"_s);
+        auto child = root->addChild(u"c"_s, JsonWriter::Array);
         const auto grandChild = child->addChild(QString(), JsonWriter::Object);
         root.reset();
         child.reset();
-        grandChild->addAttribute(u"a"_qs, 1);
+        grandChild->addAttribute(u"a"_s, 1);
         QVERIFY(grandChild->length() > 0);
     }
 };

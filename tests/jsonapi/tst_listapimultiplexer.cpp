@@ -7,6 +7,8 @@
 #include <functional>
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// Writes down what it is called for.
@@ -57,21 +59,21 @@ private Q_SLOTS:
 
     void handsEachMessageToItsOperation()
     {
-        Handler handler(u"h"_qs, &log);
-        multiplexer->addHandler(u"T"_qs, QString(), &handler);
+        Handler handler(u"h"_s, &log);
+        multiplexer->addHandler(u"T"_s, QString(), &handler);
         for (const char* operation : {"Add", "All", "Change", "Chunk", "Elements", "Remove", "Window"}) {
             pipe->inject(QByteArray("{\"list") + operation + "\":{\"type\":\"T\"}}");
-            QCOMPARE(std::exchange(log, {}), QStringList(u"h:"_qs + QLatin1String(operation)));
+            QCOMPARE(std::exchange(log, {}), QStringList(u"h:"_s + QLatin1String(operation)));
         }
     }
 
     void goesByTypeAndId()
     {
-        Handler plain(u"plain"_qs, &log);
-        Handler withId(u"withId"_qs, &log);
-        Handler nameless(u"nameless"_qs, &log);
-        multiplexer->addHandler(u"T"_qs, QString(), &plain);
-        multiplexer->addHandler(u"T"_qs, u"x"_qs, &withId);
+        Handler plain(u"plain"_s, &log);
+        Handler withId(u"withId"_s, &log);
+        Handler nameless(u"nameless"_s, &log);
+        multiplexer->addHandler(u"T"_s, QString(), &plain);
+        multiplexer->addHandler(u"T"_s, u"x"_s, &withId);
         multiplexer->addHandler(QString(), QString(), &nameless);
         say("T");
         say("T", "x");
@@ -80,22 +82,22 @@ private Q_SLOTS:
         pipe->inject(R"({"listAdd":{}})");
         pipe->inject(R"({"listAdd":5})");
         pipe->inject(R"({"listAdd":{"type":7,"id":null}})");
-        QCOMPARE(log.join(u' '), u"plain:Add withId:Add nameless:Add nameless:Add nameless:Add"_qs);
+        QCOMPARE(log.join(u' '), u"plain:Add withId:Add nameless:Add nameless:Add nameless:Add"_s);
     }
 
     void removesHandlers()
     {
-        Handler first(u"1"_qs, &log);
-        Handler second(u"2"_qs, &log);
-        Handler never(u"3"_qs, &log);
-        multiplexer->addHandler(u"T"_qs, QString(), &second);
-        multiplexer->addHandler(u"T"_qs, QString(), &first);
+        Handler first(u"1"_s, &log);
+        Handler second(u"2"_s, &log);
+        Handler never(u"3"_s, &log);
+        multiplexer->addHandler(u"T"_s, QString(), &second);
+        multiplexer->addHandler(u"T"_s, QString(), &first);
         multiplexer->removeHandler(&never);
         say("T");
-        QCOMPARE(log.join(u' '), u"2:Add 1:Add"_qs);
+        QCOMPARE(log.join(u' '), u"2:Add 1:Add"_s);
         multiplexer->removeHandler(&first);
         say("T");
-        QCOMPARE(log.join(u' '), u"2:Add 1:Add 2:Add"_qs);
+        QCOMPARE(log.join(u' '), u"2:Add 1:Add 2:Add"_s);
         multiplexer->removeHandler(&second);
         multiplexer->removeHandler(&second);
         say("T");
@@ -104,9 +106,9 @@ private Q_SLOTS:
 
     void movesAHandlerToAnotherList()
     {
-        Handler handler(u"h"_qs, &log);
-        multiplexer->addHandler(u"T"_qs, QString(), &handler);
-        multiplexer->addHandler(u"U"_qs, QString(), &handler);
+        Handler handler(u"h"_s, &log);
+        multiplexer->addHandler(u"T"_s, QString(), &handler);
+        multiplexer->addHandler(u"U"_s, QString(), &handler);
         say("T");
         QVERIFY(log.isEmpty());
         say("U");
@@ -119,33 +121,33 @@ private Q_SLOTS:
 
     void asksBeforeEachCallWhetherAHandlerIsStillThere()
     {
-        Handler first(u"1"_qs, &log);
-        auto second = std::make_unique<Handler>(u"2"_qs, &log);
-        Handler third(u"3"_qs, &log);
-        Handler added(u"added"_qs, &log);
+        Handler first(u"1"_s, &log);
+        auto second = std::make_unique<Handler>(u"2"_s, &log);
+        Handler third(u"3"_s, &log);
+        Handler added(u"added"_s, &log);
         first.then = [&] {
             multiplexer->removeHandler(second.get());
             second.reset();
-            multiplexer->addHandler(u"U"_qs, QString(), &third);
-            multiplexer->addHandler(u"T"_qs, QString(), &added);
+            multiplexer->addHandler(u"U"_s, QString(), &third);
+            multiplexer->addHandler(u"T"_s, QString(), &added);
         };
-        multiplexer->addHandler(u"T"_qs, QString(), &first);
-        multiplexer->addHandler(u"T"_qs, QString(), second.get());
-        multiplexer->addHandler(u"T"_qs, QString(), &third);
+        multiplexer->addHandler(u"T"_s, QString(), &first);
+        multiplexer->addHandler(u"T"_s, QString(), second.get());
+        multiplexer->addHandler(u"T"_s, QString(), &third);
         say("T");
-        QCOMPARE(log.join(u' '), u"1:Add"_qs);
+        QCOMPARE(log.join(u' '), u"1:Add"_s);
         say("T");
-        QCOMPARE(log.join(u' '), u"1:Add 1:Add added:Add"_qs);
+        QCOMPARE(log.join(u' '), u"1:Add 1:Add added:Add"_s);
     }
 
     void leavesThePipeWhenItGoes()
     {
-        Handler handler(u"h"_qs, &log);
-        multiplexer->addHandler(u"T"_qs, QString(), &handler);
+        Handler handler(u"h"_s, &log);
+        multiplexer->addHandler(u"T"_s, QString(), &handler);
         multiplexer.reset();
         say("T");
         QVERIFY(log.isEmpty());
-        QCOMPARE(pipe->listenerCount(u"listAdd"_qs), 0);
+        QCOMPARE(pipe->listenerCount(u"listAdd"_s), 0);
     }
 
 private:

@@ -16,6 +16,8 @@
 #include <memory>
 #include <stdexcept>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using List = zel::LiveList<Note>;
@@ -53,9 +55,9 @@ struct Model
     static Note read(const QJsonValue& json, Note note)
     {
         const QJsonObject object = json.toObject();
-        note.id = object.value(u"id"_qs).toString(note.id);
-        note.text = object.value(u"text"_qs).toString(note.text);
-        note.stars = object.value(u"stars"_qs).toInt(note.stars);
+        note.id = object.value(u"id"_s).toString(note.id);
+        note.text = object.value(u"text"_s).toString(note.text);
+        note.stars = object.value(u"stars"_s).toInt(note.stars);
         return note;
     }
 
@@ -84,12 +86,12 @@ struct Model
             for (const Note& note : received) {
                 if (const int at = find(note.id); at >= 0) {
                     items[at] = note;
-                    announced.append(u"updated %1"_qs.arg(at));
+                    announced.append(u"updated %1"_s.arg(at));
                 }
             }
         } else if (items != received) {
             items = received;
-            announced.append(u"reset"_qs);
+            announced.append(u"reset"_s);
         }
         transfer = 0;
         received.clear();
@@ -99,15 +101,15 @@ struct Model
     {
         const int at = find(read(element, {}).id);
         if (name == "listAdd" && at < 0) {
-            announced.append(u"added %1"_qs.arg(items.size()));
+            announced.append(u"added %1"_s.arg(items.size()));
             items.append(read(element, {}));
         } else if (name == "listRemove" && at >= 0) {
-            announced.append(u"removed %1"_qs.arg(at));
+            announced.append(u"removed %1"_s.arg(at));
             items.removeAt(at);
         } else if ((name == "listAdd" || name == "listChange") && at >= 0) {
             const Note note = read(element, name == "listAdd" ? Note() : items.at(at));
             if (!(note == items.at(at))) {
-                announced.append(u"updated %1"_qs.arg(at));
+                announced.append(u"updated %1"_s.arg(at));
                 items[at] = note;
             }
         }
@@ -120,11 +122,11 @@ QJsonValue randomElement(QRandomGenerator& random)
         return 5; // no object at all
     QJsonObject element;
     if (random.bounded(20) > 0)
-        element.insert(u"id"_qs, QString::number(random.bounded(40)));
+        element.insert(u"id"_s, QString::number(random.bounded(40)));
     if (random.bounded(2))
-        element.insert(u"text"_qs, QString::number(random.bounded(3)));
+        element.insert(u"text"_s, QString::number(random.bounded(3)));
     if (random.bounded(3))
-        element.insert(u"stars"_qs, random.bounded(3));
+        element.insert(u"stars"_s, random.bounded(3));
     return element;
 }
 
@@ -141,7 +143,7 @@ private Q_SLOTS:
         pipe = QSharedPointer<FakePipe>::create();
         multiplexer = QSharedPointer<zel::ListApiMultiplexer>::create(pipe);
         adapter = QSharedPointer<CountingAdapter>::create();
-        list = List::create(multiplexer, adapter, u"notes"_qs, QString());
+        list = List::create(multiplexer, adapter, u"notes"_s, QString());
         mirror = std::make_unique<iface::ListMirror<Note>>(Handle(list));
     }
 
@@ -155,7 +157,7 @@ private Q_SLOTS:
     void asksForTheListInALaterTurn()
     {
         QVERIFY(pipe->expectNothingSent());
-        const auto named = List::create(multiplexer, adapter, u"notes"_qs, u"x"_qs);
+        const auto named = List::create(multiplexer, adapter, u"notes"_s, u"x"_s);
         QTRY_COMPARE(pipe->sentCount(), 2);
         QVERIFY(pipe->expectSentText(R"({"requestListAll":{"type":"notes"}})"));
         QVERIFY(pipe->expectSentText(R"({"requestListAll":{"type":"notes","id":"x"}})"));
@@ -173,7 +175,7 @@ private Q_SLOTS:
 
     void asksAgainAfterAReconnectionAndKeepsItsItems()
     {
-        load({u"a"_qs});
+        load({u"a"_s});
         turn();
         pipe->clearSent();
         pipe->inject(listMessage("listAll", {}));
@@ -184,9 +186,9 @@ private Q_SLOTS:
         QVERIFY(pipe->expectNothingSent());
         QTRY_COMPARE(pipe->sentCount(), 1);
         QVERIFY(pipe->expectSentText(R"({"requestListAll":{"type":"notes"}})"));
-        pipe->inject(listMessage("listChunk", {}, {{u"last"_qs, true}})); // the rest of what was cut
-        QCOMPARE(ids(), QStringList(u"a"_qs));
-        QCOMPARE(mirror->take(), QStringList(u"reset"_qs));
+        pipe->inject(listMessage("listChunk", {}, {{u"last"_s, true}})); // the rest of what was cut
+        QCOMPARE(ids(), QStringList(u"a"_s));
+        QCOMPARE(mirror->take(), QStringList(u"reset"_s));
     }
 
     void repeatsARequestUntilItsAnswerHasCome()
@@ -213,56 +215,56 @@ private Q_SLOTS:
         QCOMPARE(mirror->plainChanges(), 1);
         load({});
         QCOMPARE(mirror->plainChanges(), 1);
-        load({u"a"_qs});
-        load({u"a"_qs});
+        load({u"a"_s});
+        load({u"a"_s});
         QCOMPARE(mirror->plainChanges(), 2);
-        QCOMPARE(mirror->take(), QStringList(u"reset"_qs));
+        QCOMPARE(mirror->take(), QStringList(u"reset"_s));
     }
 
     void isIncompleteUntilItsFirstWholeList()
     {
         QList<bool> seen;
-        iface::ObservableMonitor monitor([&] { seen.append(list->isIncomplete()); }, nullptr, u"complete"_qs, true);
+        iface::ObservableMonitor monitor([&] { seen.append(list->isIncomplete()); }, nullptr, u"complete"_s, true);
         QTRY_COMPARE(seen, QList<bool>{true});
-        pipe->inject(listMessage("listAdd", {noteJson(u"a"_qs, u"a"_qs)}));
-        pipe->inject(listMessage("listChunk", {}, {{u"last"_qs, true}}));
+        pipe->inject(listMessage("listAdd", {noteJson(u"a"_s, u"a"_s)}));
+        pipe->inject(listMessage("listChunk", {}, {{u"last"_s, true}}));
         QVERIFY(list->isIncomplete());
-        load({u"a"_qs});
+        load({u"a"_s});
         QCOMPARE(seen.last(), false);
     }
 
     void logsUpdatesOfUnknownItems()
     {
         const auto text = [](const char* line) {
-            return QRegularExpression(u"LiveList.*List notes/Ignored attempt to update nonexistent element:"_qs +
+            return QRegularExpression(u"LiveList.*List notes/Ignored attempt to update nonexistent element:"_s +
                                       QLatin1String(line));
         };
         pipe->inject(listMessage("listElements", {}));
         QTest::ignoreMessage(QtDebugMsg, text(" x$"));
-        pipe->inject(listMessage("listChunk", {noteJson(u"x"_qs, u"?"_qs)}, {{u"last"_qs, true}}));
+        pipe->inject(listMessage("listChunk", {noteJson(u"x"_s, u"?"_s)}, {{u"last"_s, true}}));
         QTest::ignoreMessage(QtDebugMsg, text("  x$"));
-        pipe->inject(listMessage("listChange", {noteJson(u"x"_qs, QString())}));
+        pipe->inject(listMessage("listChange", {noteJson(u"x"_s, QString())}));
     }
 
     void callsBackOnceForACookie()
     {
         QList<QStringList> calls;
         const auto call = [&](const QList<QString>& keys) { calls.append(QStringList(keys)); };
-        list->addCookieCallback(u"c"_qs, call);
-        list->addCookieCallback(u"c"_qs, call);
-        list->addCookieCallback(u"other"_qs, call);
-        pipe->inject(listMessage("listAdd", {noteJson(u"x"_qs, QString())}));
+        list->addCookieCallback(u"c"_s, call);
+        list->addCookieCallback(u"c"_s, call);
+        list->addCookieCallback(u"other"_s, call);
+        pipe->inject(listMessage("listAdd", {noteJson(u"x"_s, QString())}));
         QVERIFY(calls.isEmpty());
-        const QByteArray message = listMessage("listAdd", {noteJson(u"a"_qs, QString()), noteJson(u"b"_qs, QString())},
-                                               {{u"cookie"_qs, u"c"_qs}});
+        const QByteArray message =
+            listMessage("listAdd", {noteJson(u"a"_s, QString()), noteJson(u"b"_s, QString())}, {{u"cookie"_s, u"c"_s}});
         pipe->inject(message);
         pipe->inject(message);
-        QCOMPARE(calls, QList<QStringList>({{u"a"_qs, u"b"_qs}, {u"a"_qs, u"b"_qs}}));
+        QCOMPARE(calls, QList<QStringList>({{u"a"_s, u"b"_s}, {u"a"_s, u"b"_s}}));
 
-        list->addCookieCallback(u"d"_qs, [&](const auto&) { list->addCookieCallback(u"d"_qs, call); });
-        list->notifyAndClearCookie(u"d"_qs, {});
+        list->addCookieCallback(u"d"_s, [&](const auto&) { list->addCookieCallback(u"d"_s, call); });
+        list->notifyAndClearCookie(u"d"_s, {});
         QCOMPARE(calls.size(), 2);
-        list->notifyAndClearCookie(u"d"_qs, {});
+        list->notifyAndClearCookie(u"d"_s, {});
         QCOMPARE(calls.size(), 3);
     }
 
@@ -272,31 +274,30 @@ private Q_SLOTS:
         for (int i = 0; i < 1000; ++i)
             many.append(QString::number(i));
         load(many);
-        QCOMPARE(list->locateItem(u"500"_qs), 500);
+        QCOMPARE(list->locateItem(u"500"_s), 500);
         adapter->keysTaken = 0;
         QJsonArray gone;
         for (int i = 0; i < 1000; i += 4)
             gone.append(noteJson(QString::number(i), QString()));
         pipe->inject(listMessage("listRemove", gone));
-        QCOMPARE(list->locateItem(u"999"_qs), 749);
-        QCOMPARE(list->locateItem(u"501"_qs), 375);
+        QCOMPARE(list->locateItem(u"999"_s), 749);
+        QCOMPARE(list->locateItem(u"501"_s), 375);
         QCOMPARE(adapter->keysTaken, 0);
     }
 
     void keepsTheOrderOfNestedMessages()
     {
-        const auto second = List::create(multiplexer, adapter, u"notes"_qs, QString());
-        load({u"a"_qs});
+        const auto second = List::create(multiplexer, adapter, u"notes"_s, QString());
+        load({u"a"_s});
         bool nested = false;
         connect(list.data(), &iface::ObservableListImpl::itemAdded, this, [&] {
             if (!std::exchange(nested, true)) {
-                pipe->inject(listMessage("listRemove", {noteJson(u"c"_qs, QString()), noteJson(u"a"_qs, QString())}));
-                QCOMPARE(ids(), QStringList(u"b"_qs));
+                pipe->inject(listMessage("listRemove", {noteJson(u"c"_s, QString()), noteJson(u"a"_s, QString())}));
+                QCOMPARE(ids(), QStringList(u"b"_s));
             }
         });
-        pipe->inject(listMessage("listAdd", {noteJson(u"b"_qs, QString()), noteJson(u"c"_qs, QString())}));
-        QCOMPARE(mirror->take(),
-                 QStringList({u"reset"_qs, u"added 1"_qs, u"added 2"_qs, u"removed 2"_qs, u"removed 0"_qs}));
+        pipe->inject(listMessage("listAdd", {noteJson(u"b"_s, QString()), noteJson(u"c"_s, QString())}));
+        QCOMPARE(mirror->take(), QStringList({u"reset"_s, u"added 1"_s, u"added 2"_s, u"removed 2"_s, u"removed 0"_s}));
         QCOMPARE(Handle(second).toList(), Handle(list).toList());
     }
 
@@ -308,20 +309,20 @@ private Q_SLOTS:
             ++added;
             list.reset();
         });
-        pipe->inject(listMessage("listAdd", {noteJson(u"a"_qs, QString()), noteJson(u"b"_qs, QString())}));
-        pipe->inject(listMessage("listAdd", {noteJson(u"c"_qs, QString())}));
+        pipe->inject(listMessage("listAdd", {noteJson(u"a"_s, QString()), noteJson(u"b"_s, QString())}));
+        pipe->inject(listMessage("listAdd", {noteJson(u"c"_s, QString())}));
         QCOMPARE(added, 2);
     }
 
     void isReachedByNothingOnceItDies()
     {
         mirror.reset();
-        load({u"a"_qs});
+        load({u"a"_s});
         turn();
         pipe->inject(listMessage("listAll", {}));
         pipe->clearSent();
         connect(list.data(), &QObject::destroyed, this, [&] {
-            load({u"b"_qs});
+            load({u"b"_s});
             pipe->setConnected(false);
             pipe->setConnected(true);
             clock->advance(60 * 1000);
@@ -333,7 +334,7 @@ private Q_SLOTS:
 
     void appliesAMessageWholeBeforeAnExceptionGoesOn()
     {
-        load({u"a"_qs, u"b"_qs, u"c"_qs});
+        load({u"a"_s, u"b"_s, u"c"_s});
         int called = 0;
         const auto throws = [&] {
             ++called;
@@ -341,27 +342,27 @@ private Q_SLOTS:
         };
         connect(list.data(), &iface::ObservableListImpl::itemRemoved, this, throws);
         connect(list.data(), &iface::ObservableListImpl::itemAdded, this, throws);
-        list->addCookieCallback(u"d"_qs, [&](const QList<QString>&) { throws(); });
-        list->addCookieCallback(u"d"_qs, [&](const QList<QString>& keys) { called += int(keys.size()); });
-        const QJsonArray both{noteJson(u"a"_qs, QString()), noteJson(u"b"_qs, QString())};
+        list->addCookieCallback(u"d"_s, [&](const QList<QString>&) { throws(); });
+        list->addCookieCallback(u"d"_s, [&](const QList<QString>& keys) { called += int(keys.size()); });
+        const QJsonArray both{noteJson(u"a"_s, QString()), noteJson(u"b"_s, QString())};
         QVERIFY_THROWS_EXCEPTION(std::runtime_error, pipe->inject(listMessage("listRemove", both)));
-        QCOMPARE(ids(), QStringList(u"c"_qs));
+        QCOMPARE(ids(), QStringList(u"c"_s));
         QVERIFY_THROWS_EXCEPTION(std::runtime_error,
-                                 pipe->inject(listMessage("listAdd", both, {{u"cookie"_qs, u"d"_qs}})));
-        QCOMPARE(ids(), QStringList({u"c"_qs, u"a"_qs, u"b"_qs}));
+                                 pipe->inject(listMessage("listAdd", both, {{u"cookie"_s, u"d"_s}})));
+        QCOMPARE(ids(), QStringList({u"c"_s, u"a"_s, u"b"_s}));
         QCOMPARE(called, 2 + 2 + 1 + 2);
     }
 
     void leavesOutWhatIsNoDistinctKey()
     {
-        list = List::create(multiplexer, adapter, u"notes"_qs, QString(), List::Keys::Distinct);
+        list = List::create(multiplexer, adapter, u"notes"_s, QString(), List::Keys::Distinct);
         mirror = std::make_unique<iface::ListMirror<Note>>(Handle(list));
-        load({u"a"_qs, QString(), u"b"_qs, u"a"_qs});
-        QCOMPARE(ids(), QStringList({u"a"_qs, u"b"_qs}));
-        load({u"a"_qs, u"b"_qs, u"b"_qs});
-        pipe->inject(listMessage("listAdd", {noteJson(QString(), QString()), noteJson(u"b"_qs, u"b"_qs)}));
-        QCOMPARE(ids(), QStringList({u"a"_qs, u"b"_qs}));
-        QCOMPARE(mirror->take(), QStringList(u"reset"_qs));
+        load({u"a"_s, QString(), u"b"_s, u"a"_s});
+        QCOMPARE(ids(), QStringList({u"a"_s, u"b"_s}));
+        load({u"a"_s, u"b"_s, u"b"_s});
+        pipe->inject(listMessage("listAdd", {noteJson(QString(), QString()), noteJson(u"b"_s, u"b"_s)}));
+        QCOMPARE(ids(), QStringList({u"a"_s, u"b"_s}));
+        QCOMPARE(mirror->take(), QStringList(u"reset"_s));
     }
 
     void equalsAModelUnderRandomMessages()
@@ -378,12 +379,12 @@ private Q_SLOTS:
                 elements.append(randomElement(random));
             const bool last = random.bounded(3) == 0;
             const QByteArray message =
-                listMessage(name, elements, last ? QJsonObject{{u"last"_qs, true}} : QJsonObject());
+                listMessage(name, elements, last ? QJsonObject{{u"last"_s, true}} : QJsonObject());
             for (int i = random.bounded(10) == 0 ? 2 : 1; i > 0; --i) { // some come twice
                 pipe->inject(message);
                 model.apply(name, elements, last);
             }
-            const auto where = qPrintable(u"round %1, %2"_qs.arg(round).arg(QLatin1String(message)));
+            const auto where = qPrintable(u"round %1, %2"_s.arg(round).arg(QLatin1String(message)));
             QVERIFY2(Handle(list).toList() == model.items, where);
             QVERIFY2(mirror->complaint().isEmpty() && mirror->items() == model.items, where);
             QVERIFY2(mirror->take() == std::exchange(model.announced, {}), where);
@@ -401,7 +402,7 @@ private:
         for (const QString& id : wanted)
             elements.append(noteJson(id, id));
         pipe->inject(listMessage("listAll", {}));
-        pipe->inject(listMessage("listChunk", elements, {{u"last"_qs, true}}));
+        pipe->inject(listMessage("listChunk", elements, {{u"last"_s, true}}));
     }
 
     QStringList ids() const

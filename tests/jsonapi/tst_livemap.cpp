@@ -16,6 +16,8 @@
 #include <memory>
 #include <stdexcept>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using Map = zel::LiveMap<QString, Note>;
@@ -26,7 +28,7 @@ struct Fixture
 {
     QSharedPointer<FakePipe> pipe = QSharedPointer<FakePipe>::create();
     Map::Pointer map = Map::create(QSharedPointer<zel::ListApiMultiplexer>::create(pipe),
-                                   QSharedPointer<NoteAdapter>::create(), u"notes"_qs, QString());
+                                   QSharedPointer<NoteAdapter>::create(), u"notes"_s, QString());
     QStringList changed;
     iface::ObservableMapImplFunctorAdapter listener{[this](const iface::MapChange& change) {
         const QList<QString> keys = change.keys<QString>();
@@ -48,18 +50,18 @@ struct Fixture
     {
         QStringList elements;
         for (const QString& key : keys)
-            elements.append(u"{\"id\":\"%1\"}"_qs.arg(key));
-        return u"{\"requestListElements\":{\"cookie\":\"%1\",\"elements\":[%2],\"type\":\"notes\"}}"_qs
+            elements.append(u"{\"id\":\"%1\"}"_s.arg(key));
+        return u"{\"requestListElements\":{\"cookie\":\"%1\",\"elements\":[%2],\"type\":\"notes\"}}"_s
             .arg(map->cookie(), elements.join(u','))
             .toUtf8();
     }
-    void header() { pipe->inject(listMessage("listElements", {}, {{u"cookie"_qs, map->cookie()}})); }
+    void header() { pipe->inject(listMessage("listElements", {}, {{u"cookie"_s, map->cookie()}})); }
     void chunk(const QStringList& keys, bool last = true)
     {
         QJsonArray elements;
         for (const QString& key : keys)
-            elements.append(noteJson(key, u"text of "_qs + key));
-        pipe->inject(listMessage("listChunk", elements, {{u"last"_qs, last}}));
+            elements.append(noteJson(key, u"text of "_s + key));
+        pipe->inject(listMessage("listChunk", elements, {{u"last"_s, last}}));
     }
     void answer(const QStringList& keys)
     {
@@ -85,7 +87,7 @@ public:
         : m_random(seed)
     {
         for (int i = m_random.bounded(120); i >= 0; --i)
-            m_notes.insert(QString::number(i), {QString::number(i), u"first"_qs, i});
+            m_notes.insert(QString::number(i), {QString::number(i), u"first"_s, i});
         QObject::connect(f.map.data(), &iface::ObservableMapImplBase::mapChanged, &m_context,
                          [this](const iface::MapChange& change) { keyChanged(change.keys<QString>().value(0)); });
     }
@@ -103,13 +105,13 @@ public:
         // A request that was lost goes out again after five minutes at most, and then there is nothing more to be done.
         for (int rounds = 0; !isAtRest(); ++rounds) {
             if (rounds > 30)
-                return u"never comes to rest"_qs;
+                return u"never comes to rest"_s;
             pass(5 * 60 * 1000);
             deliver();
         }
         for (const QString& key : std::as_const(m_asked)) {
             if (!f.map->isLoaded(key) || !(f.get(key).getValue() == m_notes.value(key)))
-                return key + u" did not come"_qs;
+                return key + u" did not come"_s;
         }
         return m_complaint;
     }
@@ -195,7 +197,7 @@ private:
             if (!(std::exchange(watch.seen, value.getValue()) == value.getValue()))
                 return;
             if (std::exchange(watch.settled, true))
-                complain(u"a value is announced twice"_qs);
+                complain(u"a value is announced twice"_s);
             misbehave();
         });
         value.impl()->addObserver(watch.observer.get());
@@ -205,7 +207,7 @@ private:
     {
         const Note now = f.get(key).getValue();
         if (m_told.value(key) == now)
-            complain(u"a key is announced without a change"_qs);
+            complain(u"a key is announced without a change"_s);
         m_told.insert(key, now);
         misbehave();
     }
@@ -242,7 +244,7 @@ private:
     static QJsonObject json(const Note& note)
     {
         QJsonObject element = noteJson(note.id, note.text);
-        element.insert(u"stars"_qs, note.stars);
+        element.insert(u"stars"_s, note.stars);
         return element;
     }
 
@@ -262,10 +264,10 @@ private:
     {
         while (f.pipe->sentCount() > 0) {
             const auto body =
-                QJsonDocument::fromJson(f.pipe->takeSent()).object().value(u"requestListElements"_qs).toObject();
+                QJsonDocument::fromJson(f.pipe->takeSent()).object().value(u"requestListElements"_s).toObject();
             QStringList keys;
-            for (const QJsonValue& element : body.value(u"elements"_qs).toArray())
-                keys.append(element.toObject().value(u"id"_qs).toString());
+            for (const QJsonValue& element : body.value(u"elements"_s).toArray())
+                keys.append(element.toObject().value(u"id"_s).toString());
             lookAt(keys);
             const int kind = m_isCalm ? 9 : m_random.bounded(10);
             if (kind == 0)
@@ -283,7 +285,7 @@ private:
         for (const QString& key : keys) {
             const auto before = m_requestedAt.constFind(key);
             if (before != m_requestedAt.cend() && m_clock->now() - *before < 29000)
-                complain(u"%1 is asked for again after %2 ms"_qs.arg(key).arg(m_clock->now() - *before));
+                complain(u"%1 is asked for again after %2 ms"_s.arg(key).arg(m_clock->now() - *before));
             m_requestedAt.insert(key, m_clock->now());
         }
     }
@@ -307,7 +309,7 @@ private:
         QJsonArray elements;
         for (const QString& key : keys)
             elements.append(json(m_notes.value(key)));
-        f.pipe->inject(listMessage("listChunk", elements, {{u"last"_qs, last}}));
+        f.pipe->inject(listMessage("listChunk", elements, {{u"last"_s, last}}));
     }
 
     struct Watch
@@ -346,11 +348,11 @@ private Q_SLOTS:
     void asksOnceForAllKeysOfATurn()
     {
         Fixture f;
-        const Value a = f.get(u"a"_qs);
-        f.get(u"b"_qs);
-        QVERIFY(f.get(u"a"_qs) == a);
+        const Value a = f.get(u"a"_s);
+        f.get(u"b"_s);
+        QVERIFY(f.get(u"a"_s) == a);
         QTRY_COMPARE(f.pipe->sentCount(), 1);
-        QVERIFY(f.pipe->expectSentText(f.request({u"a"_qs, u"b"_qs})));
+        QVERIFY(f.pipe->expectSentText(f.request({u"a"_s, u"b"_s})));
         QCOMPARE(f.map->cookie(), QString::number(qint32(quintptr(f.map.data()))));
     }
 
@@ -358,52 +360,52 @@ private Q_SLOTS:
     {
         Fixture f;
         const auto named = Map::create(QSharedPointer<zel::ListApiMultiplexer>::create(f.pipe),
-                                       QSharedPointer<NoteAdapter>::create(), u"notes"_qs, u"box"_qs);
-        named->requestListElements({u"k"_qs}, QString());
+                                       QSharedPointer<NoteAdapter>::create(), u"notes"_s, u"box"_s);
+        named->requestListElements({u"k"_s}, QString());
         QVERIFY(
             f.pipe->expectSentText(R"({"requestListElements":{"elements":[{"id":"k"}],"type":"notes","id":"box"}})"));
-        f.map->requestListElements({}, u"c"_qs);
+        f.map->requestListElements({}, u"c"_s);
         QVERIFY(f.pipe->expectSentText(R"({"requestListElements":{"cookie":"c","elements":[],"type":"notes"}})"));
     }
 
     void announcesTheValueAndThenItsKey()
     {
         Fixture f;
-        const Value a = f.get(u"a"_qs);
+        const Value a = f.get(u"a"_s);
         iface::ObserverFunctorAdapter observer([&] {
             QVERIFY(f.changed.isEmpty());
-            f.changed.append(u"value "_qs + a.getValue().text);
+            f.changed.append(u"value "_s + a.getValue().text);
         });
         a.impl()->addObserver(&observer);
         connect(f.map.data(), &iface::ObservableMapImplBase::mapChanged, this,
-                [&] { f.changed.append(f.text(u"b"_qs)); });
-        f.pipe->inject(listMessage("listChunk", {noteJson(u"a"_qs, u"1"_qs), noteJson(u"b"_qs, u"2"_qs)}));
+                [&] { f.changed.append(f.text(u"b"_s)); });
+        f.pipe->inject(listMessage("listChunk", {noteJson(u"a"_s, u"1"_s), noteJson(u"b"_s, u"2"_s)}));
         // One key at a time: "b" is still as it was when "a" is announced.
-        QCOMPARE(f.changed, QStringList({u"value 1"_qs, u"a"_qs, QString(), u"b"_qs, u"2"_qs}));
+        QCOMPARE(f.changed, QStringList({u"value 1"_s, u"a"_s, QString(), u"b"_s, u"2"_s}));
     }
 
     void settlesAnAnsweredRequestOnce()
     {
         Fixture f;
-        const Value a = f.get(u"a"_qs);
-        const Value unknown = f.get(u"unknown"_qs);
+        const Value a = f.get(u"a"_s);
+        const Value unknown = f.get(u"unknown"_s);
         QTRY_COMPARE(f.pipe->sentCount(), 1);
         int told = 0;
         iface::ObserverFunctorAdapter observer([&] { ++told; });
         unknown.impl()->addObserver(&observer);
 
-        f.pipe->inject(listMessage("listElements", {}, {{u"cookie"_qs, u"another"_qs}}));
+        f.pipe->inject(listMessage("listElements", {}, {{u"cookie"_s, u"another"_s}}));
         f.chunk({});
         f.header();
-        f.chunk({u"a"_qs}, false);
-        QVERIFY(f.map->isLoaded(u"a"_qs));
-        QVERIFY(!f.map->isLoaded(u"unknown"_qs));
+        f.chunk({u"a"_s}, false);
+        QVERIFY(f.map->isLoaded(u"a"_s));
+        QVERIFY(!f.map->isLoaded(u"unknown"_s));
         for (int i = 0; i < 2; ++i) {
             f.chunk({});
-            QVERIFY(f.map->isLoaded(u"unknown"_qs));
+            QVERIFY(f.map->isLoaded(u"unknown"_s));
             QCOMPARE(told, 1);
         }
-        QCOMPARE(f.changed, QStringList(u"a"_qs));
+        QCOMPARE(f.changed, QStringList(u"a"_s));
     }
 
     void asksForMoreBeforeItStoresAnAnswer()
@@ -424,12 +426,12 @@ private Q_SLOTS:
         QCOMPARE(f.pipe->sentCount(), 1);
         f.chunk(keys.mid(10, 10));
         QCOMPARE(f.pipe->sentCount(), 2);
-        QVERIFY(f.map->isLoaded(u"139"_qs));
+        QVERIFY(f.map->isLoaded(u"139"_s));
         QTRY_COMPARE(f.pipe->sentCount(), 3);
         QVERIFY2(!sentWhenStored.mid(10).contains(1), "asked for after the answer was stored");
         QCOMPARE(f.changed, keys.mid(0, 40));
         f.answer(keys.mid(40));
-        QVERIFY(f.map->isLoaded(u"144"_qs));
+        QVERIFY(f.map->isLoaded(u"144"_s));
         turn();
         QCOMPARE(f.pipe->sentCount(), 3);
     }
@@ -451,7 +453,7 @@ private Q_SLOTS:
         const auto quick = QSharedPointer<QuickPipe>::create();
         f.pipe = quick;
         f.map = Map::create(QSharedPointer<zel::ListApiMultiplexer>::create(quick),
-                            QSharedPointer<NoteAdapter>::create(), u"notes"_qs, QString());
+                            QSharedPointer<NoteAdapter>::create(), u"notes"_s, QString());
         f.listener.startListening(f.map.data());
         const QStringList keys = numbered(90);
         quick->answer = [&] {
@@ -464,9 +466,9 @@ private Q_SLOTS:
         quick->answer = [&] { f.answer(keys); };
         quick->setConnected(false);
         quick->setConnected(true);
-        f.get(u"a"_qs);
-        quick->answer = [&] { f.answer({u"a"_qs}); };
-        QTRY_VERIFY(f.map->isLoaded(u"a"_qs));
+        f.get(u"a"_s);
+        quick->answer = [&] { f.answer({u"a"_s}); };
+        QTRY_VERIFY(f.map->isLoaded(u"a"_s));
     }
 
     void appliesAMessageWholeBeforeAnExceptionGoesOn()
@@ -476,7 +478,7 @@ private Q_SLOTS:
         f.get(keys);
         QTRY_COMPARE(f.pipe->sentCount(), 1);
         iface::ObserverFunctorAdapter throwing([] { throw std::runtime_error("no"); });
-        f.get(u"105"_qs).impl()->addObserver(&throwing);
+        f.get(u"105"_s).impl()->addObserver(&throwing);
         QVERIFY_THROWS_EXCEPTION(std::runtime_error, f.answer(keys.mid(0, 20)));
         QCOMPARE(f.changed, keys.mid(0, 20));
         QCOMPARE(f.pipe->sentCount(), 2);
@@ -515,7 +517,7 @@ private Q_SLOTS:
         QFETCH(QString, script);
         const auto clock = FakeClock::install();
         Fixture f;
-        for (const QString& line : script.split(u"; "_qs)) {
+        for (const QString& line : script.split(u"; "_s)) {
             QStringList words = line.split(u' ');
             const QString first = words.takeFirst();
             if (first == u"ask") {
@@ -537,7 +539,7 @@ private Q_SLOTS:
             } else if (first == u"sent") {
                 QVERIFY2(f.pipe->sentCount() == words.first().toInt(), qPrintable(line));
             } else {
-                QVERIFY2(f.map->isLoaded(first) == line.endsWith(u"is there"_qs), qPrintable(line));
+                QVERIFY2(f.map->isLoaded(first) == line.endsWith(u"is there"_s), qPrintable(line));
             }
         }
     }
@@ -545,35 +547,35 @@ private Q_SLOTS:
     void changesOnlyWhatIsLoaded()
     {
         Fixture f;
-        const Value asked = f.get(u"asked"_qs);
-        f.pipe->inject(listMessage("listChange", {noteJson(u"asked"_qs, u"1"_qs), noteJson(u"never"_qs, u"1"_qs)}));
+        const Value asked = f.get(u"asked"_s);
+        f.pipe->inject(listMessage("listChange", {noteJson(u"asked"_s, u"1"_s), noteJson(u"never"_s, u"1"_s)}));
         QVERIFY(asked.getValue() == Note());
-        QVERIFY(!f.map->isLoaded(u"asked"_qs) && !f.map->isLoaded(u"never"_qs));
+        QVERIFY(!f.map->isLoaded(u"asked"_s) && !f.map->isLoaded(u"never"_s));
         QVERIFY(f.changed.isEmpty());
     }
 
     void asksAgainForEverythingAfterAReconnection()
     {
         Fixture f;
-        f.get(u"a"_qs);
+        f.get(u"a"_s);
         QTRY_COMPARE(f.pipe->sentCount(), 1);
-        f.answer({u"a"_qs});
-        f.pipe->inject(listMessage("listAdd", {noteJson(u"b"_qs, u"1"_qs)}));
+        f.answer({u"a"_s});
+        f.pipe->inject(listMessage("listAdd", {noteJson(u"b"_s, u"1"_s)}));
         f.pipe->clearSent();
         f.pipe->setConnected(false);
         QVERIFY(f.pipe->expectNothingSent());
         f.pipe->setConnected(true);
         QCOMPARE(f.pipe->sentCount(), 1);
-        const auto body = QJsonDocument::fromJson(f.pipe->takeSent()).object().value(u"requestListElements"_qs);
-        QCOMPARE(body[u"elements"_qs].toArray().size(), 2);
-        QCOMPARE(body[u"cookie"_qs].toString(), f.map->cookie());
+        const auto body = QJsonDocument::fromJson(f.pipe->takeSent()).object().value(u"requestListElements"_s);
+        QCOMPARE(body[u"elements"_s].toArray().size(), 2);
+        QCOMPARE(body[u"cookie"_s].toString(), f.map->cookie());
     }
 
     void mayBeDroppedWhileItAnnounces()
     {
         Fixture f;
         connect(f.map.data(), &iface::ObservableMapImplBase::mapChanged, this, [&] { f.map.reset(); });
-        f.chunk({u"a"_qs, u"b"_qs});
+        f.chunk({u"a"_s, u"b"_s});
         QVERIFY(!f.map);
     }
 
@@ -584,13 +586,13 @@ private Q_SLOTS:
         f.get(numbered(30));
         QTRY_COMPARE(f.pipe->sentCount(), 1);
         const auto dialog = [&] {
-            f.chunk({u"100"_qs, u"z"_qs});
+            f.chunk({u"100"_s, u"z"_s});
             f.pipe->setConnected(false);
             f.pipe->setConnected(true);
             clock->advance(60000);
             turn();
         };
-        connect(f.get(u"100"_qs).impl(), &QObject::destroyed, this, dialog);
+        connect(f.get(u"100"_s).impl(), &QObject::destroyed, this, dialog);
         connect(f.map.data(), &QObject::destroyed, this, dialog);
         f.map.reset();
         QCOMPARE(f.pipe->sentCount(), 1);
@@ -601,7 +603,7 @@ private Q_SLOTS:
     {
         Fixture f;
         QRandomGenerator random = seededRandom();
-        const auto where = [&](int round) { return qPrintable(u"round %1"_qs.arg(round)); };
+        const auto where = [&](int round) { return qPrintable(u"round %1"_s.arg(round)); };
         QHash<QString, Note> model;
         QHash<QString, Note> mirror;
         connect(f.map.data(), &iface::ObservableMapImplBase::mapChanged, this, [&](const iface::MapChange& change) {
@@ -617,16 +619,16 @@ private Q_SLOTS:
                 const QString key = random.bounded(12) == 0 ? QString() : QString::number(random.bounded(30));
                 QJsonObject element;
                 if (!key.isEmpty())
-                    element.insert(u"id"_qs, key);
+                    element.insert(u"id"_s, key);
                 Note note = isChange ? model.value(key) : Note();
                 note.id = key;
                 if (random.bounded(2)) {
                     note.text = QString::number(random.bounded(3));
-                    element.insert(u"text"_qs, note.text);
+                    element.insert(u"text"_s, note.text);
                 }
                 if (random.bounded(2)) {
                     note.stars = random.bounded(3);
-                    element.insert(u"stars"_qs, note.stars);
+                    element.insert(u"stars"_s, note.stars);
                 }
                 elements.append(element);
                 if (!isChange || model.contains(key))
@@ -637,7 +639,7 @@ private Q_SLOTS:
             f.pipe->inject(listMessage(strange[random.bounded(3)], elements));
             const char* const names[] = {"listAdd", "listChunk", "listChange"};
             f.pipe->inject(listMessage(names[isChange ? 2 : random.bounded(2)], elements,
-                                       random.bounded(3) ? QJsonObject() : QJsonObject{{u"last"_qs, true}}));
+                                       random.bounded(3) ? QJsonObject() : QJsonObject{{u"last"_s, true}}));
             for (auto note = model.cbegin(); note != model.cend(); ++note) {
                 QVERIFY2(f.get(note.key()).getValue() == note.value(), where(round));
                 QVERIFY2(mirror.value(note.key()) == note.value(), where(round));
@@ -653,7 +655,7 @@ private Q_SLOTS:
         for (int i = 0; i < 100; ++i) {
             const quint32 seed = random.generate();
             const QString complaint = Weather(seed).run(300);
-            QVERIFY2(complaint.isEmpty(), qPrintable(u"%1 (run %2)"_qs.arg(complaint).arg(i)));
+            QVERIFY2(complaint.isEmpty(), qPrintable(u"%1 (run %2)"_s.arg(complaint).arg(i)));
         }
     }
 };

@@ -7,6 +7,8 @@
 #include <memory>
 #include <stdexcept>
 
+using namespace Qt::StringLiterals;
+
 class TstMessageListenerMap : public QObject
 {
     Q_OBJECT
@@ -20,48 +22,48 @@ private Q_SLOTS:
 
     void callsTheListenersOfATypeInOrder()
     {
-        listen(&a, "t", u"1"_qs, [&] {
+        listen(&a, "t", u"1"_s, [&] {
             if (calls.size() == 1)
-                listen(&b, "t", u"added"_qs); // and hears from the next message on
+                listen(&b, "t", u"added"_s); // and hears from the next message on
         });
-        listen(&b, "t", u"2"_qs);
-        listen(&a, "other", u"x"_qs);
-        listen(&a, "t", u"3"_qs);
+        listen(&b, "t", u"2"_s);
+        listen(&a, "other", u"x"_s);
+        listen(&a, "t", u"3"_s);
         pipe->inject(R"({"t":{}})");
-        QCOMPARE(calls.join(u' '), u"1 2 3"_qs);
+        QCOMPARE(calls.join(u' '), u"1 2 3"_s);
         pipe->inject(R"({"nobody":{}})");
         pipe->inject(R"({"t":{}})");
-        QCOMPARE(calls.join(u' '), u"1 2 3 1 2 3 added"_qs);
+        QCOMPARE(calls.join(u' '), u"1 2 3 1 2 3 added"_s);
     }
 
     void forgetsOwnersThatAreGone()
     {
         auto owner = std::make_unique<QObject>();
-        listen(owner.get(), "t", u"gone"_qs);
-        listen(&a, "t", u"1"_qs);
+        listen(owner.get(), "t", u"gone"_s);
+        listen(&a, "t", u"1"_s);
         owner.reset();
-        QCOMPARE(pipe->listenerCount(u"t"_qs), 2);
+        QCOMPARE(pipe->listenerCount(u"t"_s), 2);
         pipe->inject(R"({"t":{}})");
-        QCOMPARE(calls, QStringList(u"1"_qs));
-        QCOMPARE(pipe->listenerCount(u"t"_qs), 1);
+        QCOMPARE(calls, QStringList(u"1"_s));
+        QCOMPARE(pipe->listenerCount(u"t"_s), 1);
     }
 
     void aListenerThatIsRemovedIsNotCalledAnyMore()
     {
         auto owner = std::make_unique<QObject>();
-        listen(&a, "t", u"a"_qs, [&] {
+        listen(&a, "t", u"a"_s, [&] {
             pipe->removeListeners(&a); // itself, while it runs, and the next but one
             owner.reset();
         });
-        listen(owner.get(), "t", u"gone"_qs);
-        listen(&a, "t", u"a2"_qs);
-        listen(&b, "t", u"b"_qs);
-        listen(&a, "u", u"a"_qs);
+        listen(owner.get(), "t", u"gone"_s);
+        listen(&a, "t", u"a2"_s);
+        listen(&b, "t", u"b"_s);
+        listen(&a, "u", u"a"_s);
         pipe->inject(R"({"t":{}})");
         pipe->inject(R"({"u":{}})");
-        QCOMPARE(calls, QStringList({u"a"_qs, u"b"_qs}));
-        QCOMPARE(pipe->listenerCount(u"t"_qs), 1);
-        QCOMPARE(pipe->listenerCount(u"u"_qs), 0);
+        QCOMPARE(calls, QStringList({u"a"_s, u"b"_s}));
+        QCOMPARE(pipe->listenerCount(u"t"_s), 1);
+        QCOMPARE(pipe->listenerCount(u"u"_s), 0);
     }
 
     void threeNestedMessagesReachEveryListenerInOrder()
@@ -71,7 +73,7 @@ private Q_SLOTS:
         int arrived = 1;
         const auto next = [&] {
             if (arrived < 3) {
-                const QString last = u"c%1"_qs.arg(++arrived);
+                const QString last = u"c%1"_s.arg(++arrived);
                 pipe->inject("{\"t\":{\"n\":\"" + QByteArray::number(arrived) + "\"}}");
                 QVERIFY(calls.contains(last)); // handled within, as a nested event loop would
             }
@@ -79,12 +81,12 @@ private Q_SLOTS:
         for (const char* name : {"a", "b", "c"})
             listen(&a, "t", QString::fromLatin1(name), next);
         pipe->inject(R"({"t":{"n":"1"}})");
-        QCOMPARE(calls.join(u' '), u"a1 b1 c1 a2 b2 c2 a3 b3 c3"_qs);
+        QCOMPARE(calls.join(u' '), u"a1 b1 c1 a2 b2 c2 a3 b3 c3"_s);
     }
 
     void keepsItsReadsFromAWaitingComputation()
     {
-        listen(&a, "t", u"a"_qs, [&] { QVERIFY(pipe->isConnected().getValue()); });
+        listen(&a, "t", u"a"_s, [&] { QVERIFY(pipe->isConnected().getValue()); });
         const auto read = iface::ObservableTracker::runAndMonitor([&] { pipe->inject(R"({"t":{}})"); });
         QCOMPARE(calls.size(), 1);
         QVERIFY(read->isEmpty());
@@ -92,10 +94,10 @@ private Q_SLOTS:
 
     void survivesItsOwnEnd()
     {
-        listen(&a, "t", u"a"_qs, [&] { pipe.reset(); });
-        listen(&b, "t", u"b"_qs);
+        listen(&a, "t", u"a"_s, [&] { pipe.reset(); });
+        listen(&b, "t", u"b"_s);
         pipe->inject(R"({"t":{}})");
-        QCOMPARE(calls, QStringList(u"a"_qs));
+        QCOMPARE(calls, QStringList(u"a"_s));
     }
 
     void whatAListenerThrowsEndsNoMessage()
@@ -110,18 +112,18 @@ private Q_SLOTS:
         };
         const auto throwLast = [&] { throw std::runtime_error(qPrintable(calls.last())); };
         QString nested;
-        listen(&a, "t", u"a"_qs, [&] {
+        listen(&a, "t", u"a"_s, [&] {
             if (calls.size() == 1)
                 nested = thrownBy([&] { pipe->inject(R"({"t":{"n":"2"}})"); });
             else
                 throwLast();
         });
-        listen(&b, "t", u"b"_qs, throwLast);
-        listen(&b, "t", u"c"_qs, throwLast);
+        listen(&b, "t", u"b"_s, throwLast);
+        listen(&b, "t", u"c"_s, throwLast);
         // The rest of the first message is made up for within the second, and is not its fault.
-        QCOMPARE(thrownBy([&] { pipe->inject(R"({"t":{"n":"1"}})"); }), u"b1"_qs);
-        QCOMPARE(nested, u"a2"_qs);
-        QCOMPARE(calls.join(u' '), u"a1 b1 c1 a2 b2 c2"_qs);
+        QCOMPARE(thrownBy([&] { pipe->inject(R"({"t":{"n":"1"}})"); }), u"b1"_s);
+        QCOMPARE(nested, u"a2"_s);
+        QCOMPARE(calls.join(u' '), u"a1 b1 c1 a2 b2 c2"_s);
     }
 
 private:

@@ -7,6 +7,8 @@
 #include <QRegularExpression>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// A decoder that stands in the value of "dat".
@@ -56,7 +58,7 @@ void TstPpsJsonSource::readsValuesOfTheRightTypeAndLeavesOthersAlone()
         int i = -1;
         double d = -1;
         bool b = false;
-        QString s = u"preset"_qs;
+        QString s = u"preset"_s;
         QCOMPARE(root.readInt(name, i), kinds.contains('i'));
         QCOMPARE(root.readDouble(name, d), kinds.contains('d'));
         QCOMPARE(root.readBool(name, b), kinds.contains('b'));
@@ -64,7 +66,7 @@ void TstPpsJsonSource::readsValuesOfTheRightTypeAndLeavesOthersAlone()
         QCOMPARE(i, kinds.contains('i') ? 7 : -1);
         QCOMPARE(d, kinds == "id" ? 7.0 : kinds == "d" ? 1.5 : -1.0);
         QCOMPARE(b, kinds.contains('b'));
-        QCOMPARE(s, kinds.contains('s') ? u"text"_qs : u"preset"_qs);
+        QCOMPARE(s, kinds.contains('s') ? u"text"_s : u"preset"_s);
         QCOMPARE(root[name].object().isValid(), kinds.contains('c'));
         QCOMPARE(root[name].array().isValid(), kinds.contains('c'));
     }
@@ -85,11 +87,11 @@ void TstPpsJsonSource::readersDoNotDisturbEachOther()
         return text;
     };
     for (int i = 0; i < 2; ++i) {
-        QCOMPARE(textOf(outer, "id"), u"out"_qs);
-        QCOMPARE(textOf(list, 2), u"l2"_qs);
-        QCOMPARE(textOf(inner, "id"), u"in"_qs);
-        QCOMPARE(textOf(list[1].array(), 0), u"l1"_qs);
-        QCOMPARE(textOf(list[0].object(), "id"), u"l0"_qs);
+        QCOMPARE(textOf(outer, "id"), u"out"_s);
+        QCOMPARE(textOf(list, 2), u"l2"_s);
+        QCOMPARE(textOf(inner, "id"), u"in"_s);
+        QCOMPARE(textOf(list[1].array(), 0), u"l1"_s);
+        QCOMPARE(textOf(list[0].object(), "id"), u"l0"_s);
         QCOMPARE(list.numChildren(), 3);
     }
     QString text;
@@ -106,10 +108,10 @@ void TstPpsJsonSource::invalidReadersFailQuietly()
     const iface::JsonNodeReader root = source.startParsing();
     const iface::JsonObjectReader invalid = root["m"].object();
     QVERIFY(!invalid.isValid());
-    QString text = u"preset"_qs;
+    QString text = u"preset"_s;
     QVERIFY(!invalid.readString("m", text));
     QVERIFY(!invalid.readString(0, text));
-    QCOMPARE(text, u"preset"_qs);
+    QCOMPARE(text, u"preset"_s);
     QCOMPARE(invalid.numChildren(), 0);
     QVERIFY(!invalid["m"].object()["x"].array()[0].object().isValid());
     // Straight at the source, as a handler with a stale handle would.
@@ -144,9 +146,9 @@ void TstPpsJsonSource::readsSeveralFieldsAtOnce()
 
 void TstPpsJsonSource::readsEveryTextWhole()
 {
-    for (const QString& piece : {u"a"_qs, u"\uFEFF"_qs, u"\u00E9"_qs, u"\u65E5"_qs, u"\U0001F600"_qs}) {
+    for (const QString& piece : {u"a"_s, u"\uFEFF"_s, u"\u00E9"_s, u"\u65E5"_s, u"\U0001F600"_s}) {
         for (const int count : {1, 2, 60, 256, 257, 1000}) {
-            const QString text = piece.repeated(count) + u"z\uFEFF"_qs;
+            const QString text = piece.repeated(count) + u"z\uFEFF"_s;
             Message message("[\"" + text.toUtf8() + "\"]");
             zel::PpsJsonSource source(&message.decoder);
             QString read;
@@ -176,9 +178,9 @@ void TstPpsJsonSource::showsAllMembersInOrder()
             bool b = false;
             QString s;
             const QString value = member.read(i)   ? QString::number(i)
-                                  : member.read(b) ? u"bool %1"_qs.arg(b)
+                                  : member.read(b) ? u"bool %1"_s.arg(b)
                                   : member.read(s) ? s
-                                                   : u"-"_qs;
+                                                   : u"-"_s;
             words.append(QString::fromStdString(std::string(member.name())) + u'=' + value);
         }
         QStringList words;
@@ -189,7 +191,7 @@ void TstPpsJsonSource::showsAllMembersInOrder()
     const iface::JsonNodeReader root = source.startParsing();
     Words seen;
     QVERIFY(root.visitMembers(seen));
-    QCOMPARE(seen.words.join(u' '), u"s=t\u00e9\U0001F600xt i=-7 big=- d=- b=bool 1 o=- a=- i=8"_qs);
+    QCOMPARE(seen.words.join(u' '), u"s=t\u00e9\U0001F600xt i=-7 big=- d=- b=bool 1 o=- a=- i=8"_s);
     QVERIFY(!root["a"].array().visitMembers(seen));
     QVERIFY(!iface::JsonNodeReader().visitMembers(seen));
     QCOMPARE(seen.words.size(), 8);
@@ -198,11 +200,11 @@ void TstPpsJsonSource::showsAllMembersInOrder()
 void TstPpsJsonSource::anAttributeWithoutASourceIsLoggedAndInvalid()
 {
     const iface::JsonObjectReader nothing(nullptr, nullptr, true);
-    QTest::ignoreMessage(QtDebugMsg, QRegularExpression(u"JsonSource.*\\[ ?57 ?\\]: .*NULL source!!"_qs));
+    QTest::ignoreMessage(QtDebugMsg, QRegularExpression(u"JsonSource.*\\[ ?57 ?\\]: .*NULL source!!"_s));
     QVERIFY(!nothing["a"].object().isValid());
-    QTest::ignoreMessage(QtDebugMsg, QRegularExpression(u"JsonSource.*\\[ ?35 ?\\]: .*NULL source!!"_qs));
+    QTest::ignoreMessage(QtDebugMsg, QRegularExpression(u"JsonSource.*\\[ ?35 ?\\]: .*NULL source!!"_s));
     QVERIFY(!nothing["a"].array().isValid());
-    QTest::ignoreMessage(QtDebugMsg, QRegularExpression(u"JsonSource.*\\[ ?57 ?\\]: .*NULL source!!"_qs));
+    QTest::ignoreMessage(QtDebugMsg, QRegularExpression(u"JsonSource.*\\[ ?57 ?\\]: .*NULL source!!"_s));
     QVERIFY(!iface::JsonReaderAttribute("a", nullptr).object().isValid());
 }
 

@@ -24,7 +24,7 @@ namespace iface {
 /// that settles (should it not settle, the further runs come in later turns of the event loop). It may destroy the
 /// monitor: that ends it. When it throws, the monitor observes what had been read by then.
 ///
-///     new iface::ObservableMonitor([=] { label->setText(name.getValue()); }, this, u"name"_qs, true);
+///     new iface::ObservableMonitor([=] { label->setText(name.getValue()); }, this, u"name"_s, true);
 class ZEL_EXPORT ObservableMonitor : public ObserverImpl
 {
     Q_OBJECT

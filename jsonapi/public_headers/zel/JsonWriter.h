@@ -20,10 +20,10 @@ namespace zel {
 ///
 /// The buffer lives as long as any writer of the tree, so a child may outlive its root. One thread.
 ///
-///     auto request = QSharedPointer<zel::JsonWriter>::create(u"requestListRemove"_qs, u"zel"_qs);
+///     auto request = QSharedPointer<zel::JsonWriter>::create(u"requestListRemove"_s, u"zel"_s);
 ///     {
 ///         auto elements = zel::JsonWriterAttribute(request, "elements").array();
-///         elements->addChild({}, zel::JsonWriter::Object)->addAttribute(u"id"_qs, id);
+///         elements->addChild({}, zel::JsonWriter::Object)->addAttribute(u"id"_s, id);
 ///     }
 ///     pipe->send(request);
 class ZEL_EXPORT JsonWriter

@@ -43,7 +43,7 @@ class ContextPrivate;
 ///   false answer defaults for their life.
 ///
 /// \code
-/// Context context(QUuid(u"6f8d2c4e-5b0a-4a37-9d0e-0c8f3f1f2a10"_qs));
+/// Context context(QUuid("6f8d2c4e-5b0a-4a37-9d0e-0c8f3f1f2a10"));
 /// QObject::connect(&context, &Context::registrationStateUpdated, &app, [&](RegistrationState::Type state) {
 ///     if (state == RegistrationState::Allowed)
 ///         start();
