@@ -70,17 +70,17 @@ void Follower::detach()
 }
 
 ObservableImpl::Hold::Hold(const ObservableImpl& observable)
-    : m_counted(observable.ref.loadRelaxed() > 0 ? &observable : nullptr)
-    , m_uncounted(m_counted ? nullptr : &observable)
 {
+    if (observable.ref.loadRelaxed() > 0)
+        m_counted = ObservablePointer(&observable);
+    else
+        m_uncounted = &observable;
 }
 
 ObservableImpl::ObservableImpl() = default;
 
 ObservableImpl::~ObservableImpl()
 {
-    if (m_untold)
-        Round::strikeOut(m_untold);
     while (m_firstFollower)
         m_firstFollower->detach();
 }
@@ -122,35 +122,33 @@ void ObservableImpl::note(const Change& change, void (*beforeTelling)(Observable
     // Nothing hangs on it, so there is nothing to be taken in.
     const ObservableTracker::Suspension untracked;
     std::vector<MapChange> keys;
-    appendKeys(change, keys);
-    tell(change, keys);
+    if (change.kind == Change::Keys)
+        appendKeys(*change.keys, keys);
+    tell(change, keys, Hold(*this));
 }
 
 /// Makes the copy of the keys that is announced, if anybody listens.
-void ObservableImpl::appendKeys(const Change& change, std::vector<MapChange>& keys) const
+void ObservableImpl::appendKeys(const ChangedKeys& changed, std::vector<MapChange>& keys) const
 {
     static const QMetaMethod keySignal = QMetaMethod::fromSignal(&ObservableMapImplBase::mapChanged);
-    if (change.kind == Change::Keys && isSignalConnected(keySignal))
-        keys.push_back(change.keys->toMapChange());
+    if (isSignalConnected(keySignal))
+        keys.push_back(changed.toMapChange());
 }
 
-void ObservableImpl::tell(const Change& change, const std::vector<MapChange>& keys)
+void ObservableImpl::tell(const Change& change, const std::vector<MapChange>& keys, const Hold& hold)
 {
-    const Hold hold(*this);
-    const auto tellOfTheRest = [&] {
-        if (hold.isAlive())
-            doEmit();
-    };
     if (change.kind <= Change::Keys && keys.empty())
-        tellOfTheRest();
-    else
-        callBoth([&] { tellInParticular(change, keys); }, tellOfTheRest);
+        return doEmit();
+    callBoth([&] { tellInParticular(change, keys, hold); },
+             [&] {
+                 if (hold.isAlive())
+                     doEmit();
+             });
 }
 
 /// Emits what only a map or only a list has to say.
-void ObservableImpl::tellInParticular(const Change& change, const std::vector<MapChange>& keys)
+void ObservableImpl::tellInParticular(const Change& change, const std::vector<MapChange>& keys, const Hold& hold)
 {
-    const Hold hold(*this);
     for (const MapChange& each : keys) {
         if (hold.isAlive())
             Q_EMIT static_cast<ObservableMapImplBase*>(this)->mapChanged(each);

@@ -65,24 +65,20 @@ void Round::enter(ObservableImpl& observable, const Change& change, BeforeTellin
     auto& untold = m_state.untold;
     const auto known = std::size_t(observable.m_untold);
     if (known <= m_firstUntold) {
-        untold.push_back({ObservablePointer(observable.ref.loadRelaxed() > 0 ? &observable : nullptr),
-                          &observable,
-                          Change(),
-                          {},
-                          nullptr});
-        observable.m_untold = int(untold.size());
+        Untold& added = untold.emplace_back();
         if (known > 0) {
             // An outer round has not come to announce an earlier change of it: that is announced with this one.
-            Untold& earlier = untold[known - 1];
-            earlier.observable = nullptr;
-            untold.back().change = std::move(earlier.change);
-            untold.back().keys = std::move(earlier.keys);
-            untold.back().beforeTelling = earlier.beforeTelling;
+            std::swap(added, untold[known - 1]);
+        } else {
+            added.hold = ObservableImpl::Hold(observable);
+            added.observable = &observable;
         }
+        observable.m_untold = int(untold.size());
     }
     Untold& entry = untold[std::size_t(observable.m_untold) - 1];
-    observable.appendKeys(change, entry.keys);
-    entry.change = merged(entry.change, change);
+    if (change.kind == Change::Keys)
+        observable.appendKeys(*change.keys, entry.keys);
+    entry.change = entry.change.kind == Change::None ? change : merged(entry.change, change);
     entry.change.keys = nullptr;
     if (beforeTelling)
         entry.beforeTelling = beforeTelling;
@@ -102,11 +98,6 @@ std::size_t Round::enter(MonitoredRun& run)
 {
     m_state.monitors.push_back(&run);
     return m_state.monitors.size();
-}
-
-void Round::strikeOut(int untold)
-{
-    state().untold[std::size_t(untold) - 1].observable = nullptr;
 }
 
 void Round::strikeOut(const detail::Intake& intake)
@@ -151,25 +142,22 @@ void Round::takeIn()
 
 void Round::tellNext(std::size_t place)
 {
-    // What is told may make rounds of its own, which add to the list: nothing in it stays where it is.
-    Untold entry = std::move(m_state.untold[place]);
-    if (!entry.observable)
-        return;
-    if (entry.beforeTelling) {
-        m_state.untold[place] = entry;
+    // What is told may make rounds of its own, which add to the list and may tell this: nothing stays where it is.
+    const auto isThere = [&] { return m_state.untold[place].observable && m_state.untold[place].hold.isAlive(); };
+    if (isThere() && m_state.untold[place].beforeTelling) {
+        const ObservableImpl::Hold hold = m_state.untold[place].hold;
         try {
-            entry.beforeTelling(*entry.observable);
+            m_state.untold[place].beforeTelling(*m_state.untold[place].observable);
         } catch (...) {
             keepException();
         }
-        entry = std::move(m_state.untold[place]);
-        if (!entry.observable)
-            return;
     }
-    m_state.untold[place].observable = nullptr;
+    if (!isThere())
+        return;
+    const Untold entry = std::exchange(m_state.untold[place], Untold());
     entry.observable->m_untold = 0;
     try {
-        entry.observable->tell(entry.change, entry.keys);
+        entry.observable->tell(entry.change, entry.keys, entry.hold);
     } catch (...) {
         keepException();
     }

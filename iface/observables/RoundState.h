@@ -3,7 +3,7 @@
 
 #include <iface/Change.h>
 #include <iface/MapChange.h>
-#include <iface/Observable.h>
+#include <iface/ObservableImpl.h>
 #include <iface/Round.h>
 
 #include <vector>
@@ -13,8 +13,8 @@ namespace iface {
 /// What a round has yet to announce of one observable.
 struct Round::Untold
 {
-    ObservablePointer hold;               ///< null if nobody counts it: then it strikes itself out when it dies
-    ObservableImpl* observable = nullptr; ///< null once it was told, struck out, or has gone over to an inner round
+    ObservableImpl::Hold hold;
+    ObservableImpl* observable = nullptr; ///< null once it was told or has gone over to an inner round
     Change change;
     std::vector<MapChange> keys; ///< copies, each of them announced; none if nobody listens
     BeforeTelling beforeTelling = nullptr;

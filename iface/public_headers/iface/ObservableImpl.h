@@ -11,6 +11,7 @@
 
 namespace iface {
 
+class ChangedKeys;
 struct Change;
 struct MapChange;
 
@@ -58,12 +59,13 @@ protected:
     class ZEL_EXPORT Hold
     {
     public:
+        Hold() = default;
         explicit Hold(const ObservableImpl& observable);
         bool isAlive() const { return m_counted || m_uncounted; }
 
     private:
-        const ObservablePointer m_counted;
-        const QPointer<const QObject> m_uncounted;
+        ObservablePointer m_counted;
+        QPointer<const QObject> m_uncounted;
     };
 
     /// To be called at the end of every announcing operation, when the state shows the change: has it taken in and
@@ -77,9 +79,9 @@ private:
     friend class Follower;
     friend class Round;
 
-    void appendKeys(const Change& change, std::vector<MapChange>& keys) const;
-    void tell(const Change& change, const std::vector<MapChange>& keys);
-    void tellInParticular(const Change& change, const std::vector<MapChange>& keys);
+    void appendKeys(const ChangedKeys& changed, std::vector<MapChange>& keys) const;
+    void tell(const Change& change, const std::vector<MapChange>& keys, const Hold& hold);
+    void tellInParticular(const Change& change, const std::vector<MapChange>& keys, const Hold& hold);
 
     int m_untold = 0; ///< its number among what rounds have yet to announce, counted from 1
     mutable Follower* m_firstFollower = nullptr;

@@ -57,7 +57,6 @@ private:
     static Round* open();
     /// Whether anything has yet to take in a change.
     static bool isAnyBehind();
-    static void strikeOut(int untold);
     static void strikeOut(const detail::Intake& intake);
     static void strikeOut(std::size_t placeOfMonitor);
 
