@@ -27,8 +27,9 @@ namespace zel {
 /// Lifetime: held by the pointer that create() returns and by handles made from it; keeps the multiplexer. Values
 /// outlive the map as long as somebody holds them. One thread.
 ///
-/// Announcements: for every record whose contents changed, first the observers of its value hear, then the map fires
-/// mapChanged() with that one key; never a batch. That the request of a key was answered is announced by the value
+/// Announcements: a record whose contents changed is one change of its value and of the map, which everything derived
+/// from either takes in before anybody is told (see iface::Round): then the observers of the value hear, and then the
+/// map fires mapChanged() with that one key; never a batch. That the request of a key was answered is announced by the value
 /// alone. A handler may do anything, spin a nested event loop in which further messages are applied included; what it
 /// throws goes on once the message has been applied whole.
 ///

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <iface/Round.h>
 #include <zel/LiveMap.h>
 #include <zel/detail/KeepAlive.h>
 #include <zel/detail/MessageOrder.h>
@@ -174,7 +175,7 @@ void LiveMap<Key, T>::takeRecord(const T& record)
 template <class Key, class T>
 void LiveMap<Key, T>::store(const Key& key, const T& record)
 {
-    m_loader.store(key, record, [this, &key] { this->fireKeyChanged(key); });
+    iface::Round::together([&] { m_loader.store(key, record, [this, &key] { this->fireKeyChanged(key); }); });
 }
 
 template <class Key, class T>
