@@ -21,7 +21,7 @@ Intake::~Intake()
 
 bool Intake::isAnyBehind()
 {
-    return Round::isAnyBehind();
+    return t_behindCount > 0;
 }
 
 void Intake::follow(ObservableListImpl* input)
@@ -100,7 +100,7 @@ void Intake::settle()
         if (!m_isBehind)
             return;
         m_isBehind = false;
-        --round.m_state.behindCount;
+        --t_behindCount;
         if (!mayTakeAgain()) {
             ZEL_IFACE_LOG("Intake.cpp", __LINE__, LogLevel::Error, LogCategory::General,
                           QStringLiteral("A derived list keeps changing what it is made of; it may be incomplete"));

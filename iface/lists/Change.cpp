@@ -45,11 +45,11 @@ Change::Type Change::type() const
     return kind == Moved ? Types::IndexesChanged : kind == Data ? Types::DataChanged : Types::Reset;
 }
 
-Change merged(const Change& first, const Change& second)
+Change detail::mergedBoth(const Change& first, const Change& second)
 {
     // A plain change says nothing that any other does not say.
-    if (first.kind <= Change::Plain)
-        return second.kind == Change::None ? first : second;
+    if (first.kind == Change::Plain)
+        return second;
     if (second.kind <= Change::Keys)
         return first;
     if (first.kind == Change::Moved && second.kind == Change::Moved && first.mapper && second.mapper)

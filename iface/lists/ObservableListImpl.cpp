@@ -45,9 +45,9 @@ QVariant ObservableListImpl::data(const QVariantList&) const
 QVariant ObservableListImpl::itemAt(int index) const
 {
     // Reads come in long rows: the path is made once, and again only for reads within a read.
-    thread_local QVariantList spare = pathOf(0);
+    [[gnu::tls_model("initial-exec")]] static thread_local QVariantList spare = pathOf(0);
     QVariantList path = std::exchange(spare, {});
-    if (path.isEmpty() || path.isDetached() == false)
+    if (path.isEmpty() || !path.isDetached())
         path = pathOf(index);
     else
         path[0] = index;

@@ -2,6 +2,7 @@
 #include "observables/MonitoredRun.h"
 
 #include "observables/MostRuns.h"
+#include "observables/RoundState.h"
 
 #include <iface/Logging.h>
 #include <iface/ObservableMonitor.h>

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <iface/ObservableImpl.h>
 
+#include "observables/RoundState.h"
+
 #include <iface/Change.h>
 #include <iface/ObservableMapImplBase.h>
 #include <iface/ObservableTracker.h>

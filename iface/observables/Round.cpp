@@ -14,39 +14,29 @@
 
 namespace iface {
 
+constinit thread_local Round* t_innermostRound = nullptr;
+constinit thread_local int t_behindCount = 0;
+
 Round::State& Round::state()
 {
-    // Looked at for every change and every read of a derived list: so without a guard, and the owner aside.
-    [[gnu::tls_model("initial-exec")]] static constinit thread_local State* current = nullptr;
-    if (!current) {
-        static thread_local std::unique_ptr<State> owner;
-        owner = std::make_unique<State>();
-        current = owner.get();
-    }
-    return *current;
+    static thread_local State state;
+    return state;
 }
 
-Round* Round::open()
+bool Round::isOpen()
 {
-    Round* const innermost = state().innermost;
-    return innermost && innermost->m_isOpen ? innermost : nullptr;
+    return open();
 }
 
 unsigned Round::number()
 {
-    const Round* const innermost = state().innermost;
-    return innermost ? innermost->m_number : 0;
-}
-
-bool Round::isAnyBehind()
-{
-    return state().behindCount > 0;
+    return t_innermostRound ? t_innermostRound->m_number : 0;
 }
 
 Round::Round()
     : m_state(state())
-    , m_outer(std::exchange(m_state.innermost, this))
-    , m_firstUntold(m_state.untold.size())
+    , m_outer(std::exchange(t_innermostRound, this))
+    , m_firstUntold(m_state.untoldCount)
     , m_firstMonitor(m_state.monitors.size())
     , m_number(++m_state.lastNumber)
 {
@@ -54,31 +44,30 @@ Round::Round()
 
 Round::~Round()
 {
-    m_state.untold.resize(m_firstUntold);
+    m_state.untoldCount = m_firstUntold;
     m_state.monitors.resize(m_firstMonitor);
-    m_state.innermost = m_outer;
+    t_innermostRound = m_outer;
 }
 
 /// Queues what changed for announcing, once, and has it marked by all who follow it.
 void Round::enter(ObservableImpl& observable, const Change& change, BeforeTelling beforeTelling)
 {
-    auto& untold = m_state.untold;
     const auto known = std::size_t(observable.m_untold);
     if (known <= m_firstUntold) {
-        Untold& added = untold.emplace_back();
+        Untold& added = nextUntold();
         if (known > 0) {
             // An outer round has not come to announce an earlier change of it: that is announced with this one.
-            std::swap(added, untold[known - 1]);
+            std::swap(added, *m_state.untold[known - 1]);
         } else {
             added.hold = ObservableImpl::Hold(observable);
             added.observable = &observable;
         }
-        observable.m_untold = int(untold.size());
+        observable.m_untold = int(m_state.untoldCount);
     }
-    Untold& entry = untold[std::size_t(observable.m_untold) - 1];
+    Untold& entry = *m_state.untold[std::size_t(observable.m_untold) - 1];
     if (change.kind == Change::Keys)
         observable.appendKeys(*change.keys, entry.keys);
-    entry.change = entry.change.kind == Change::None ? change : merged(entry.change, change);
+    entry.change = merged(entry.change, change);
     entry.change.keys = nullptr;
     if (beforeTelling)
         entry.beforeTelling = beforeTelling;
@@ -86,12 +75,20 @@ void Round::enter(ObservableImpl& observable, const Change& change, BeforeTellin
         follower->mark(change);
 }
 
+/// An empty one.
+Round::Untold& Round::nextUntold()
+{
+    if (m_state.untold.size() == m_state.untoldCount)
+        m_state.untold.push_back(std::make_unique<Untold>());
+    return *m_state.untold[m_state.untoldCount++];
+}
+
 void Round::enter(detail::Intake& intake)
 {
     if (std::exchange(intake.m_isBehind, true))
         return;
     m_state.behind.push_back(&intake);
-    ++m_state.behindCount;
+    ++t_behindCount;
 }
 
 std::size_t Round::enter(MonitoredRun& run)
@@ -102,8 +99,10 @@ std::size_t Round::enter(MonitoredRun& run)
 
 void Round::strikeOut(const detail::Intake& intake)
 {
+    if (!t_innermostRound)
+        return;
     State& now = state();
-    now.behindCount -= intake.m_isBehind;
+    t_behindCount -= intake.m_isBehind;
     std::replace_if(
         now.behind.begin(), now.behind.end(), [&](const auto* other) { return other == &intake; }, nullptr);
 }
@@ -119,7 +118,7 @@ void Round::run()
     m_isOpen = false;
     {
         const ObservableTracker::Suspension untracked;
-        for (std::size_t place = m_firstUntold; place < m_state.untold.size(); ++place)
+        for (std::size_t place = m_firstUntold; place < m_state.untoldCount; ++place)
             tellNext(place);
         for (std::size_t place = m_firstMonitor; place < m_state.monitors.size(); ++place)
             runMonitor(place);
@@ -142,25 +141,25 @@ void Round::takeIn()
 
 void Round::tellNext(std::size_t place)
 {
-    // What is told may make rounds of its own, which add to the list and may tell this: nothing stays where it is.
-    const auto isThere = [&] { return m_state.untold[place].observable && m_state.untold[place].hold.isAlive(); };
-    if (isThere() && m_state.untold[place].beforeTelling) {
-        const ObservableImpl::Hold hold = m_state.untold[place].hold;
+    Untold& entry = *m_state.untold[place];
+    const auto guarded = [this](const auto& call) {
         try {
-            m_state.untold[place].beforeTelling(*m_state.untold[place].observable);
+            call();
         } catch (...) {
             keepException();
         }
+    };
+    if (entry.isThere() && entry.beforeTelling) {
+        // The list may be told meanwhile, by a round that its functions make.
+        const ObservableImpl::Hold hold = entry.hold;
+        guarded([&] { entry.beforeTelling(*entry.observable); });
     }
-    if (!isThere())
-        return;
-    const Untold entry = std::exchange(m_state.untold[place], Untold());
-    entry.observable->m_untold = 0;
-    try {
-        entry.observable->tell(entry.change, entry.keys, entry.hold);
-    } catch (...) {
-        keepException();
+    if (entry.isThere()) {
+        ObservableImpl& observable = *std::exchange(entry.observable, nullptr);
+        observable.m_untold = 0;
+        guarded([&] { observable.tell(entry.change, entry.keys, entry.hold); });
     }
+    entry = Untold();
 }
 
 void Round::runMonitor(std::size_t place)

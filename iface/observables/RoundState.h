@@ -6,6 +6,8 @@
 #include <iface/ObservableImpl.h>
 #include <iface/Round.h>
 
+#include <cstddef>
+#include <memory>
 #include <vector>
 
 namespace iface {
@@ -13,6 +15,8 @@ namespace iface {
 /// What a round has yet to announce of one observable.
 struct Round::Untold
 {
+    bool isThere() const { return observable && hold.isAlive(); }
+
     ObservableImpl::Hold hold;
     ObservableImpl* observable = nullptr; ///< null once it was told or has gone over to an inner round
     Change change;
@@ -24,14 +28,24 @@ struct Round::Untold
 /// gone before the outer ones go on.
 struct Round::State
 {
-    Round* innermost = nullptr;
     unsigned lastNumber = 0;
-    std::vector<Untold> untold;
+    /// Each stays where it is while inner rounds add to them, and is used again.
+    std::vector<std::unique_ptr<Untold>> untold;
+    std::size_t untoldCount = 0;
     std::vector<MonitoredRun*> monitors;
     /// Only the innermost round can be open, so these are its own.
     std::vector<detail::Intake*> behind;
     std::size_t nextBehind = 0;
-    int behindCount = 0; ///< how many really are; who was read has taken in already
 };
+
+/// Looked at for every change and every read of a derived list: the innermost round under way on this thread, and how
+/// many have yet to take something in (of those that stand in `behind`; who was read has done so already).
+[[gnu::tls_model("initial-exec")]] extern constinit thread_local Round* t_innermostRound;
+[[gnu::tls_model("initial-exec")]] extern constinit thread_local int t_behindCount;
+
+inline Round* Round::open()
+{
+    return t_innermostRound && t_innermostRound->m_isOpen ? t_innermostRound : nullptr;
+}
 
 } // namespace iface

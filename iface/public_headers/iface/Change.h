@@ -36,7 +36,16 @@ struct ZEL_EXPORT Change
     const ChangedKeys* keys = nullptr; ///< of Keys; good as long as Follower::mark() lasts
 };
 
+namespace detail {
+ZEL_EXPORT Change mergedBoth(const Change& first, const Change& second);
+} // namespace detail
+
 /// Two changes of one container, of which nobody was told, as one: at worst a Reset.
-ZEL_EXPORT Change merged(const Change& first, const Change& second);
+inline Change merged(const Change& first, const Change& second)
+{
+    return first.kind == Change::None    ? second
+           : second.kind == Change::None ? first
+                                         : detail::mergedBoth(first, second);
+}
 
 } // namespace iface

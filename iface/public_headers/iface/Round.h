@@ -55,14 +55,14 @@ private:
     static State& state();
     /// The round that is being taken in, if any: all changes join it.
     static Round* open();
-    /// Whether anything has yet to take in a change.
-    static bool isAnyBehind();
+    static bool isOpen();
     static void strikeOut(const detail::Intake& intake);
     static void strikeOut(std::size_t placeOfMonitor);
 
     void enter(ObservableImpl& observable, const Change& change, BeforeTelling beforeTelling);
     void enter(detail::Intake& intake);
     std::size_t enter(MonitoredRun& run);
+    Untold& nextUntold();
     void run();
     void takeIn();
     void tellNext(std::size_t place);
@@ -82,7 +82,7 @@ private:
 template <class Function>
 void Round::together(Function&& function)
 {
-    if (open()) {
+    if (isOpen()) {
         std::forward<Function>(function)();
         return;
     }
