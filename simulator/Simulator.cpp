@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <zelcore/Simulator.h>
 
+#include <simulator/ClientLibrary.h>
 #include <simulator/scenarios/Commands.h>
 #include <simulator/SimulatorPrivate.h>
 #include <simulator/scenarios/Words.h>
@@ -36,9 +37,15 @@ QString Simulator::root() const
     return d->root;
 }
 
-bool Simulator::exportRoot() const
+bool Simulator::exportRoot(QString* error) const
 {
-    return !d->root.isEmpty() && qputenv("PPS_ROOT", QFile::encodeName(d->root));
+    const QString problem =
+        d->root.isEmpty() ? u"no root: call setRoot() or start() first"_s : clientlibrary::freeFor(d->root);
+    if (error)
+        *error = problem;
+    else if (!problem.isEmpty())
+        d->warn(problem);
+    return problem.isEmpty() && qputenv("PPS_ROOT", QFile::encodeName(d->root));
 }
 
 bool Simulator::start(QString* error)
@@ -327,6 +334,33 @@ bool Simulator::loadScenario(const QString& scenario, QString* error)
 QStringList Simulator::scenarioNames()
 {
     return Scenario::names();
+}
+
+// --- The timeline of a scenario ---------------------------------------------------------------------------------
+
+void Simulator::setTimelinePaused(bool paused)
+{
+    d->timeline.setPaused(paused);
+}
+
+bool Simulator::isTimelinePaused() const
+{
+    return d->timeline.isPaused();
+}
+
+bool Simulator::stepTimeline()
+{
+    return d->timeline.step();
+}
+
+int Simulator::runTimelineUntil(int time)
+{
+    return d->timeline.runUntil(time);
+}
+
+int Simulator::timelineTime() const
+{
+    return d->timeline.time();
 }
 
 } // namespace zelcore

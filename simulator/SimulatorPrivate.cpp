@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <simulator/SimulatorPrivate.h>
 
+#include <simulator/ClientLibrary.h>
 #include <simulator/scenarios/Commands.h>
 #include <simulator/wire/Wire.h>
 
@@ -90,6 +91,20 @@ bool SimulatorPrivate::makeRoot(QString* error)
     return true;
 }
 
+/// An application of this process that is to come here must be able to. One that was here with an earlier service, and
+/// is gone, leaves nothing behind.
+bool SimulatorPrivate::freeProcess(QString* error)
+{
+    QString problem;
+    if (clientlibrary::isConnectedTo(root))
+        clientlibrary::letGo();
+    else if (QFile::decodeName(qgetenv("PPS_ROOT")) == root)
+        problem = clientlibrary::freeFor(root);
+    if (!problem.isEmpty())
+        *error = problem;
+    return problem.isEmpty();
+}
+
 bool SimulatorPrivate::listen(QString* error)
 {
     return server.listen(root + u"/services/zelcore/platform"_s, error);
@@ -99,7 +114,7 @@ bool SimulatorPrivate::start(QString* error)
 {
     if (running)
         return true;
-    if (!makeRoot(error) || !listen(error))
+    if (!makeRoot(error) || !freeProcess(error) || !listen(error))
         return false;
     if (!targets.start(root, error)) {
         server.close();
@@ -160,8 +175,13 @@ bool SimulatorPrivate::accepted(const QString& problem)
 
 void SimulatorPrivate::refuse(const QString& line)
 {
-    qCWarning(lcZelcore).noquote() << line;
+    warn(line);
     Q_EMIT q->refused(line);
+}
+
+void SimulatorPrivate::warn(const QString& line) const
+{
+    qCWarning(lcZelcore).noquote() << line;
 }
 
 QString SimulatorPrivate::invite(const QString& contact)

@@ -31,10 +31,12 @@ public:
     void goAway();
     bool comeBack(QString* error);
     bool makeRoot(QString* error);
+    bool freeProcess(QString* error);
 
     /// True for an empty problem; any other is told to whoever watches.
     bool accepted(const QString& problem);
     void refuse(const QString& line);
+    void warn(const QString& line) const;
 
     /// Takes a scenario, all or nothing.
     bool load(const QString& scenario, QString* error);

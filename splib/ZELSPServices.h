@@ -13,6 +13,8 @@
 #include <zel/JsonStream.h>
 #include <zel/ListApiMultiplexer.h>
 
+#include <memory>
+
 namespace zelsplib {
 
 /// The root of the services core: opens the channel to the core service, builds every manager and owns them.
@@ -34,9 +36,13 @@ public:
 
     static ZELSPServices* getServices()
     {
-        static ZELSPServices services;
-        return &services;
+        auto& services = servicesOfTheProcess();
+        if (!services)
+            services.reset(new ZELSPServices);
+        return services.get();
     }
+    /// The next call of getServices() makes everything anew. On the thread of the services, when nobody uses them.
+    static void forgetServices() { servicesOfTheProcess().reset(); }
 
     explicit ZELSPServices(const QSharedPointer<PPSManager>& channel)
         : m_ppsManager(channel)
@@ -56,6 +62,12 @@ public:
     QSharedPointer<EcoIdStatusManager<EcoIdStatus>> ecoIdStatus() const { return m_ecoIdStatus; }
 
 private:
+    static std::unique_ptr<ZELSPServices>& servicesOfTheProcess()
+    {
+        static std::unique_ptr<ZELSPServices> services(new ZELSPServices);
+        return services;
+    }
+
     ZELSPServices()
     {
         try {

@@ -26,18 +26,21 @@ QPointer<PPSMonitor>& monitorOfTheProcess()
 
 } // namespace
 
+/// Called for each application object that the process makes.
+void PPSMonitor::watchAnew()
+{
+    PPSMonitor* const monitor = monitorOfTheProcess();
+    if (monitor && monitor->thread() == QThread::currentThread())
+        monitor->watch();
+}
+
 PPSMonitor::PPSMonitor(int ppsDescriptor, QObject* parent)
     : QObject(parent)
     , m_descriptor(ppsDescriptor)
 {
     watch();
     monitorOfTheProcess() = this;
-    // Called for each application object that is made from now on, and now.
-    qAddPreRoutine([] {
-        PPSMonitor* const monitor = monitorOfTheProcess();
-        if (monitor && monitor->thread() == QThread::currentThread())
-            monitor->watch();
-    });
+    [[maybe_unused]] static const bool isAdded = (qAddPreRoutine(watchAnew), true);
 }
 
 void PPSMonitor::watch()

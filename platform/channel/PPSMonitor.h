@@ -30,6 +30,7 @@ private Q_SLOTS:
     void readyRead();
 
 private:
+    static void watchAnew();
     void watch();
 
     int const m_descriptor;

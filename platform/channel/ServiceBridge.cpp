@@ -15,11 +15,15 @@
 #include <vx/platform/zel/PermissionValue.h>
 #include <vx/platform/zel/UserStatus.h>
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QMutex>
 #include <QtCore/QMutexLocker>
 #include <QtCore/QScopeGuard>
+#include <QtCore/QScopedValueRollback>
+#include <QtCore/QThread>
 
 #include <cerrno>
+#include <utility>
 
 namespace vx::platform::zel {
 
@@ -52,10 +56,41 @@ ServiceBridge* ServiceBridge::instance()
     return _pinstance;
 }
 
+static void letGoWithTheApplication()
+{
+    ServiceBridge::letGo();
+}
+
+bool ServiceBridge::letGo()
+{
+    QMutexLocker locker(&contextEventHandlerMutex);
+    if (!_pinstance)
+        return true;
+    if (_pinstance->m_hold.use_count() > 1 || _pinstance->m_dispatching > 0 ||
+        _pinstance->thread() != QThread::currentThread())
+        return false;
+    // The monitor watches what the services close, and the services report to the delegates: in this order.
+    const std::unique_ptr<ServiceBridge> last(std::exchange(_pinstance, nullptr));
+    locker.unlock(); // a message handler of the application may use the library
+    delete std::exchange(last->m_monitor, nullptr);
+    Services::forgetServices();
+    qRemovePostRoutine(letGoWithTheApplication);
+    return true;
+}
+
+const char* ServiceBridge::root()
+{
+    const QMutexLocker locker(&contextEventHandlerMutex);
+    return _pinstance ? _pinstance->m_root.constData() : nullptr;
+}
+
 ServiceBridge::ServiceBridge(QObject* parent)
     : QObject(parent)
 {
     registerMetaTypes();
+    // Not with an application object that the services make for themselves: that one goes with them.
+    if (QCoreApplication::instance())
+        qAddPostRoutine(letGoWithTheApplication);
     m_services = Services::getServices();
 
     m_registrar = new ApplicationDelegate(m_services, this);
@@ -123,6 +158,7 @@ void ServiceBridge::startMonitor()
 /// event loop.
 void ServiceBridge::dispatchPpsMessage(QByteArray ppsMessage)
 {
+    const QScopedValueRollback dispatching(m_dispatching, m_dispatching + 1);
     const auto ppsManager = m_services->ppsManager();
     const auto length = qstrnlen(ppsMessage.constData(), static_cast<size_t>(ppsMessage.size()));
     ppsMessage.truncate(static_cast<qsizetype>(length));

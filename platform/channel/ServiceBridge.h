@@ -7,6 +7,8 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QObject>
 
+#include <memory>
+
 namespace vx::platform::zel {
 
 class ApplicationDelegate;
@@ -17,11 +19,13 @@ class ProfileBoxDelegate;
 class UserProfileDelegate;
 class UtilsDelegate;
 
-/// Ties the public classes to the services core: one per process, made by the first call of instance() and never
-/// destroyed. It owns the delegates of the public classes and the monitor of the platform object, and is the way of
-/// every incoming message.
+/// Ties the public classes to the services core: one per process, made by the first call of instance(). It owns the
+/// delegates of the public classes and the monitor of the platform object, and is the way of every incoming message.
 ///
-/// Whether the object could be opened is settled by then, for good: if not, isInitialized() is false, registrar() is
+/// It stays for as long as the process has a Context. Without one it goes with the application object, or when
+/// letGo() asks for it, and the next call of instance() begins as in a new process.
+///
+/// Whether the object could be opened is settled when it is made: if not, isInitialized() is false, registrar() is
 /// there and every other accessor answers null.
 ///
 /// Thread: instance() may be called from any thread. Whatever it makes lives on the thread that called it first and
@@ -33,9 +37,17 @@ class ServiceBridge : public QObject
 
 public:
     static ServiceBridge* instance();
+    /// Forgets the service and everything that it said. False, with nothing done, while hold() is in force, while a
+    /// message is being handed out and on any thread but the bridge's. True as well when there is nothing to forget.
+    static bool letGo();
+    /// The value of PPS_ROOT with which the process's bridge was made; null when there is no bridge.
+    static const char* root();
 
     explicit ServiceBridge(QObject* parent);
     ~ServiceBridge() override;
+
+    /// Keeps the bridge for as long as somebody has it.
+    std::shared_ptr<const void> hold() const { return m_hold; }
 
     bool isInitialized() const { return m_initialized; }
     ApplicationDelegate* registrar() const { return m_registrar; }
@@ -55,6 +67,9 @@ private:
     void introduceToEventHandlers();
     void startMonitor();
 
+    const QByteArray m_root = qgetenv("PPS_ROOT");
+    const std::shared_ptr<const void> m_hold = std::make_shared<char>();
+    int m_dispatching = 0; ///< messages that are being handed out, one within the other
     bool m_initialized = false;
     Services* m_services = nullptr;
     PPSMonitor* m_monitor = nullptr;

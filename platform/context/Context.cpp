@@ -2,6 +2,7 @@
 #include <vx/platform/zel/Context.h>
 
 #include <platform/channel/ServiceBridge.h>
+#include <platform/channel/Trace.h>
 #include <platform/context/ApplicationDelegate.h>
 
 namespace vx::platform::zel {
@@ -19,6 +20,7 @@ public:
     {
         connect(delegate, &ApplicationDelegate::registrationEventReceived, this,
                 &ContextPrivate::registrationEventReceived);
+        remarkThatAllIsTold();
     }
 
     bool requestRegistration(bool silent)
@@ -30,8 +32,23 @@ public:
         return delegate->registerApplication(uuid, silent);
     }
 
+    /// Whoever waits for a state, as the application before did, waits in vain: a test that makes the application anew
+    /// for each function is told at once.
+    void remarkThatAllIsTold() const
+    {
+        static bool isSaid = false;
+        const bool isSuccessor = hold.use_count() == 2; // the bridge's and this
+        if (isSaid || !isSuccessor || delegate->registrationAccessState() != RegistrationState::Allowed)
+            return;
+        isSaid = true;
+        qCInfo(lcPlatform, "Context: the process is registered already, and registrationStateUpdated() tells changes "
+                           "only; look at registrationState() first, and in a test make a zelcore::TestService for "
+                           "each function");
+    }
+
     QUuid const uuid;
     Context* const q;
+    const std::shared_ptr<const void> hold = ServiceBridge::instance()->hold();
     ApplicationDelegate* const delegate;
 
 public Q_SLOTS:
@@ -42,7 +59,7 @@ public Q_SLOTS:
 };
 
 /// The first public object of the process opens the connection to the service; if there is none to be opened, the
-/// process stays without and registrationState() is BlockedByUser.
+/// process stays without for as long as it has a Context, and registrationState() is BlockedByUser.
 Context::Context(const QUuid& uuid, QObject* parent)
     : QObject(parent)
     , d(std::make_unique<ContextPrivate>(uuid, this))

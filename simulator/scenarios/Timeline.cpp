@@ -1,11 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <simulator/scenarios/Timeline.h>
 
-#include <QtCore/QTimer>
-
-#include <utility>
+#include <algorithm>
+#include <limits>
 
 namespace zelcore {
+
+Timeline::Timeline()
+{
+    m_timer.setSingleShot(true);
+    m_timer.setTimerType(Qt::PreciseTimer);
+    connect(&m_timer, &QTimer::timeout, this, [this] {
+        while (m_running && !m_paused && takeNext(time())) {
+        }
+        schedule();
+    });
+}
 
 void Timeline::setSteps(const QList<Scenario::Step>& steps)
 {
@@ -15,34 +25,103 @@ void Timeline::setSteps(const QList<Scenario::Step>& steps)
 
 void Timeline::start()
 {
-    ++m_run;
     m_running = true;
-    m_registered = false;
-    schedule(false);
+    m_registeredAt.reset();
+    m_pending = m_steps;
+    setTime(0);
 }
 
 void Timeline::stop()
 {
-    ++m_run;
     m_running = false;
+    m_pending.clear();
+    schedule();
 }
 
 void Timeline::registered()
 {
-    if (m_running && !std::exchange(m_registered, true))
-        schedule(true);
+    if (!m_running || m_registeredAt)
+        return;
+    m_registeredAt = time();
+    schedule();
 }
 
-void Timeline::schedule(bool afterRegistration)
+void Timeline::setPaused(bool paused)
 {
-    for (const Scenario::Step& step : std::as_const(m_steps)) {
-        if (step.afterRegistration != afterRegistration)
-            continue;
-        QTimer::singleShot(step.at, this, [this, step, run = m_run] {
-            if (run == m_run)
-                Q_EMIT due(step);
-        });
-    }
+    const int now = time();
+    m_paused = paused;
+    setTime(now);
+}
+
+int Timeline::time() const
+{
+    return m_running && !m_paused ? m_time + int(m_clock.elapsed()) : m_time;
+}
+
+bool Timeline::step()
+{
+    setPaused(true);
+    return takeNext(std::numeric_limits<int>::max());
+}
+
+int Timeline::runUntil(int time)
+{
+    setPaused(true);
+    int taken = 0;
+    while (m_running && takeNext(time))
+        ++taken;
+    if (m_running && m_paused && time > m_time)
+        setTime(time);
+    return taken;
+}
+
+/// Empty while it is not known.
+std::optional<int> Timeline::dueTime(const Scenario::Step& step) const
+{
+    if (!step.afterRegistration)
+        return step.at;
+    return m_registeredAt ? std::optional(*m_registeredAt + step.at) : std::nullopt;
+}
+
+/// The first of those that are due first, in the order of the file; the end when nothing is known to follow.
+QList<Scenario::Step>::iterator Timeline::next()
+{
+    const auto first = std::min_element(m_pending.begin(), m_pending.end(), [this](const auto& one, const auto& other) {
+        constexpr int never = std::numeric_limits<int>::max();
+        return dueTime(one).value_or(never) < dueTime(other).value_or(never);
+    });
+    return first != m_pending.end() && dueTime(*first) ? first : m_pending.end();
+}
+
+/// Whoever is told may do anything here, stop and start included.
+bool Timeline::takeNext(int latest)
+{
+    const auto found = next();
+    if (found == m_pending.end() || *dueTime(*found) > latest)
+        return false;
+    const Scenario::Step step = *found;
+    const int when = *dueTime(step);
+    m_pending.erase(found);
+    if (m_paused && when > m_time)
+        setTime(when);
+    Q_EMIT due(step);
+    return true;
+}
+
+void Timeline::setTime(int time)
+{
+    m_time = time;
+    m_clock.start();
+    schedule();
+}
+
+void Timeline::schedule()
+{
+    const auto found = next();
+    if (!m_running || m_paused || found == m_pending.end())
+        m_timer.stop();
+    else
+        m_timer.start(std::max(0, *dueTime(*found) - time()));
 }
 
 } // namespace zelcore

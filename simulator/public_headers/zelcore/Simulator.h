@@ -75,10 +75,13 @@ public:
     void setRoot(const QString& folder);
     /// Empty before start() unless setRoot() was called: start() then makes a private temporary folder.
     QString root() const;
-    /// Sets the environment variable PPS_ROOT of this process to root(); false without a root.
-    bool exportRoot() const;
+    /// Sets the environment variable PPS_ROOT of this process to root(), where an application that begins finds it. A
+    /// process whose library was connected to another folder begins anew. False, with a sentence in \a error, without
+    /// a root, and when it is too late: an application of this process has a Context that is connected elsewhere.
+    bool exportRoot(QString* error = nullptr) const;
 
-    /// Serves. False, with a sentence in \a error, when the folder cannot be made or another service lives there.
+    /// Serves. False, with a sentence in \a error, when the folder cannot be made, when another service lives there,
+    /// and, with PPS_ROOT set to root() already, when it is too late as for exportRoot().
     bool start(QString* error = nullptr);
     /// Closes everything; the world stays as it is, start() serves it again.
     void stop();
@@ -196,6 +199,20 @@ public:
     /// their times; a faulty file changes nothing and leaves a sentence in \a error that says where and why.
     bool loadScenario(const QString& scenario, QString* error = nullptr);
     static QStringList scenarioNames();
+
+    // --- The timeline of a scenario -----------------------------------------------------------------------------
+
+    /// The timeline runs by the clock, and so races a test that looks at what comes of it. Pause it, before start() or
+    /// at any time, and take its entries one by one; without a pause it goes on from where it stands.
+    void setTimelinePaused(bool paused);
+    bool isTimelinePaused() const;
+    /// Pauses, and runs the next entry at once. False when none follows; those that wait for a registration do not
+    /// before an application has registered.
+    bool stepTimeline();
+    /// Pauses, and runs everything up to \a time, in milliseconds from the start. How many entries that were.
+    int runTimelineUntil(int time);
+    /// Milliseconds of the timeline from the start; it stands still while it is paused.
+    int timelineTime() const;
 
 Q_SIGNALS:
     void runningChanged(bool running);

@@ -4,14 +4,18 @@
 #include "../../object/ListeningSocket.h"
 #include "../../object/ObjectSocket.h"
 
+#include <QCoreApplication>
 #include <QFile>
+#include <QMutex>
 #include <QPointer>
 #include <QSocketNotifier>
+#include <QThread>
 #include <QTimer>
 
 #include <cstring>
 #include <deque>
 #include <map>
+#include <utility>
 
 namespace vx {
 namespace system {
@@ -70,6 +74,8 @@ public:
     void startAccepting();
     void accept();
     void adopt(device::Descriptor socket);
+    void watch(int id, Client& client);
+    void watchAnew();
     void takeRecords(int id);
     void flush(int id);
     bool queueRecord(Client& client, const QByteArray& record);
@@ -119,13 +125,27 @@ void ObjectServerPrivate::adopt(device::Descriptor socket)
     const int id = ++lastClient;
     Client client;
     client.socket = std::move(socket);
-    client.reader.reset(new QSocketNotifier(client.socket.get(), QSocketNotifier::Read, q));
-    client.writer.reset(new QSocketNotifier(client.socket.get(), QSocketNotifier::Write, q));
-    client.writer->setEnabled(false);
-    QObject::connect(client.reader.get(), &QSocketNotifier::activated, q, [this, id] { takeRecords(id); });
-    QObject::connect(client.writer.get(), &QSocketNotifier::activated, q, [this, id] { flush(id); });
+    watch(id, client);
     clients.emplace(id, std::move(client));
     Q_EMIT q->clientConnected(id);
+}
+
+void ObjectServerPrivate::watch(int id, Client& client)
+{
+    client.reader.reset(new QSocketNotifier(client.socket.get(), QSocketNotifier::Read, q));
+    client.writer.reset(new QSocketNotifier(client.socket.get(), QSocketNotifier::Write, q));
+    client.writer->setEnabled(!client.queue.empty());
+    QObject::connect(client.reader.get(), &QSocketNotifier::activated, q, [this, id] { takeRecords(id); });
+    QObject::connect(client.writer.get(), &QSocketNotifier::activated, q, [this, id] { flush(id); });
+}
+
+/// Notifiers end with the application object under which they were made. A process may make another one after that.
+void ObjectServerPrivate::watchAnew()
+{
+    if (listening.isOpen())
+        startAccepting();
+    for (auto& [id, client] : clients)
+        watch(id, client);
 }
 
 // One record; an empty one, with `isOver` saying whether the client is gone, when there is none.
@@ -185,14 +205,38 @@ bool ObjectServerPrivate::queueRecord(Client& client, const QByteArray& record)
     return true;
 }
 
+namespace {
+
+QMutex serversMutex;
+QList<ObjectServerPrivate*> servers; ///< of the process
+
+/// Called for each application object that the process makes.
+void watchAnew()
+{
+    const QMutexLocker lock(&serversMutex);
+    for (ObjectServerPrivate* const server : std::as_const(servers)) {
+        if (server->q->thread() == QThread::currentThread())
+            server->watchAnew();
+    }
+}
+
+} // namespace
+
 ObjectServer::ObjectServer(QObject* parent)
     : QObject(parent)
     , d(std::make_unique<ObjectServerPrivate>(this))
 {
+    [[maybe_unused]] static const bool isAdded = (qAddPreRoutine(watchAnew), true);
+    const QMutexLocker lock(&serversMutex);
+    servers.append(d.get());
 }
 
 ObjectServer::~ObjectServer()
 {
+    {
+        const QMutexLocker lock(&serversMutex);
+        servers.removeOne(d.get());
+    }
     blockSignals(true);
     close();
 }

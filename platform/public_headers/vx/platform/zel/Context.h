@@ -18,20 +18,22 @@ class ContextPrivate;
 /// isAccessAllowed() is true.
 ///
 /// Any number of contexts may exist. They share one connection to the service, which the first public object of any
-/// kind opens and which lasts until the process ends; each context hears every registration event. The application
-/// owns its contexts. Other public objects hold theirs guarded: after a context is gone they answer as without access.
+/// kind opens and which lasts at least as long as the process has a context; each context hears every registration
+/// event. The application owns its contexts. Other public objects hold theirs guarded: after a context is gone they
+/// answer as without access.
 /// Destroying a context does not unregister anything.
 ///
 /// A service that is not there when the first public object is made is never looked for again: the state is
-/// BlockedByUser for the life of the process. One that goes away later and comes back is picked up by itself.
+/// BlockedByUser for as long as the process has a context. One that goes away later and comes back is picked up by itself.
 ///
 /// Thread: the application's event loop thread, the one that makes the first public object. Nothing arrives unless
 /// that loop runs. Inside a slot anything may be done: make and destroy public objects, this context included, send
 /// requests, run a nested event loop (a dialog), in which further events arrive. Slots behind it are called when that
 /// loop has ended: what a signal carries may be older by then than what the readers answer.
 ///
-/// A process that ends its QCoreApplication may make another: the connection is read on with that one. What the first
-/// had still to do is lost with it, such as asking again for what has had no answer.
+/// A process that ends its QCoreApplication may make another. With a context that lives on, the connection is read on
+/// with that one; what the first had still to do is lost with it, such as asking again for what has had no answer.
+/// Without a context everything is forgotten, the registration too, and the next context begins as in a new process.
 ///
 /// Two things to know:
 /// - Registration can be requested only after the service has told how things stand: until then

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <simulator/ClientLibrary.h>
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QDir>
+#include <QtCore/QEvent>
+#include <QtCore/QFile>
+
+#include <dlfcn.h>
+
+using namespace Qt::StringLiterals;
+
+namespace zelcore::clientlibrary {
+
+namespace {
+
+template <typename Function>
+Function find(const char* name)
+{
+    return reinterpret_cast<Function>(::dlsym(RTLD_DEFAULT, name));
+}
+
+/// Null when the process is not connected.
+QString connectedRoot()
+{
+    const auto root = find<const char* (*)()>("zel_platform_root");
+    const char* const folder = root ? root() : nullptr;
+    if (!folder)
+        return {};
+    return *folder ? QFile::decodeName(folder) : u"/pps"_s;
+}
+
+} // namespace
+
+bool isConnectedTo(const QString& root)
+{
+    const QString connected = connectedRoot();
+    return !connected.isNull() && QDir(connected).absolutePath() == QDir(root).absolutePath();
+}
+
+bool letGo()
+{
+    const auto letGo = find<bool (*)()>("zel_platform_let_go");
+    if (!letGo || letGo())
+        return true;
+    // What the application deletes later is as good as gone.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    return letGo();
+}
+
+QString freeFor(const QString& root)
+{
+    const QString connected = connectedRoot();
+    if (connected.isNull() || isConnectedTo(root) || letGo())
+        return {};
+    return u"too late: this process is connected to %1, and the application still has a Context: delete its objects "
+           u"before another service begins (zelcore::TestService has the recipe)"_s.arg(connected);
+}
+
+} // namespace zelcore::clientlibrary
