@@ -1,21 +1,50 @@
 # SPDX-License-Identifier: Apache-2.0
-# What is installed: the two shared libraries, the public headers, the programs and the package files.
+# What is installed: the components, each with its target, headers and package files, and the programs.
 include(CMakePackageConfigHelpers)
 
-set(zel_headers "${CMAKE_INSTALL_INCLUDEDIR}/zelplatform")
 set(zel_package "${CMAKE_INSTALL_LIBDIR}/cmake/ZelPlatform")
+# The package files find their prefix from where they stand, so that an installed tree may be moved.
+file(RELATIVE_PATH ZEL_PC_TO_PREFIX "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 
-set(libraries zelplatform)
+# zel_install_component(<Component> TARGET target PKGCONFIG name DESCRIPTION text [REQUIRES module...] [FLAGS flag...]
+#                       [LIBRARY name] HEADERS folder...)
+# A component of the package: the target ZelPlatform::<Component>, its headers in a folder of their own, and a
+# pkg-config file. What a target needs of others' is found by ZelPlatformConfig.cmake.in.
+function(zel_install_component component)
+    cmake_parse_arguments(arg "" "TARGET;PKGCONFIG;DESCRIPTION;LIBRARY" "REQUIRES;FLAGS;HEADERS" ${ARGN})
+    string(TOLOWER "${component}" folder)
+    install(TARGETS ${arg_TARGET} EXPORT ZelPlatform${component} LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+    install(EXPORT ZelPlatform${component} NAMESPACE ZelPlatform:: DESTINATION "${zel_package}")
+    foreach(headers IN LISTS arg_HEADERS)
+        install(DIRECTORY "${PROJECT_SOURCE_DIR}/${headers}/" DESTINATION "${zel_headers}/${folder}"
+                FILES_MATCHING PATTERN "*.h" PATTERN "iface/Export.h" EXCLUDE)
+    endforeach()
+
+    set(ZEL_PC_NAME "${arg_PKGCONFIG}")
+    set(ZEL_PC_DESCRIPTION "${arg_DESCRIPTION}")
+    list(JOIN arg_REQUIRES " " ZEL_PC_REQUIRES)
+    list(TRANSFORM arg_LIBRARY PREPEND "-L\${libdir} -l" OUTPUT_VARIABLE ZEL_PC_LIBS)
+    list(JOIN arg_FLAGS " " ZEL_PC_FLAGS)
+    set(ZEL_PC_HEADERS "${zel_headers}/${folder}")
+    configure_file("${PROJECT_SOURCE_DIR}/cmake/component.pc.in" "${PROJECT_BINARY_DIR}/${arg_PKGCONFIG}.pc" @ONLY)
+    install(FILES "${PROJECT_BINARY_DIR}/${arg_PKGCONFIG}.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+endfunction()
+
+list(TRANSFORM ZEL_SYSTEM_INCLUDE_DIRS PREPEND "-I" OUTPUT_VARIABLE system_flags)
+zel_install_component(Platform TARGET zelplatform LIBRARY zelplatform PKGCONFIG zelplatform
+    DESCRIPTION "${PROJECT_DESCRIPTION}" REQUIRES Qt6Core HEADERS platform/public_headers)
+install(FILES "${PROJECT_SOURCE_DIR}/iface/public_headers/iface/Export.h" DESTINATION "${zel_headers}/platform/iface")
+zel_install_component(Containers TARGET zelcontainers PKGCONFIG zelplatform-containers
+    DESCRIPTION "The observable containers, the list protocol and the device's calls beneath zelplatform"
+    REQUIRES zelplatform Qt6Core5Compat FLAGS ${system_flags} HEADERS ${zel_container_headers})
 if(TARGET zelcoresim)
-    list(APPEND libraries zelcoresim)
-    list(APPEND zel_floor_headers simulator/public_headers)
+    zel_install_component(Simulator TARGET zelcoresim LIBRARY zelcoresim PKGCONFIG zelplatform-simulator
+        DESCRIPTION "A simulated core service for tests of applications" REQUIRES Qt6Core
+        HEADERS simulator/public_headers)
     install(DIRECTORY "${PROJECT_SOURCE_DIR}/simulator/scenarios" DESTINATION "${CMAKE_INSTALL_DATADIR}/zelplatform"
             FILES_MATCHING PATTERN "*.json")
 endif()
-install(TARGETS ${libraries} EXPORT ZelPlatformTargets LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
-foreach(folder IN LISTS zel_floor_headers)
-    install(DIRECTORY "${PROJECT_SOURCE_DIR}/${folder}/" DESTINATION "${zel_headers}" FILES_MATCHING PATTERN "*.h")
-endforeach()
+
 # The programs find the libraries beside them, wherever the tree was installed or moved to.
 file(RELATIVE_PATH bin_to_libraries "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
 foreach(program IN ITEMS zelctl zelcore-sim)
@@ -25,17 +54,9 @@ foreach(program IN ITEMS zelctl zelcore-sim)
     endif()
 endforeach()
 
-install(EXPORT ZelPlatformTargets NAMESPACE ZelPlatform:: DESTINATION "${zel_package}")
 configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/ZelPlatformConfig.cmake.in"
     "${PROJECT_BINARY_DIR}/ZelPlatformConfig.cmake" INSTALL_DESTINATION "${zel_package}")
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/ZelPlatformConfigVersion.cmake"
     COMPATIBILITY SameMajorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/ZelPlatformConfig.cmake" "${PROJECT_BINARY_DIR}/ZelPlatformConfigVersion.cmake"
         DESTINATION "${zel_package}")
-
-# The package file finds its prefix from where it stands, so that an installed tree may be moved.
-list(TRANSFORM ZEL_SYSTEM_INCLUDE_DIRS PREPEND " -I" OUTPUT_VARIABLE ZEL_PC_SYSTEM_FLAGS)
-list(JOIN ZEL_PC_SYSTEM_FLAGS "" ZEL_PC_SYSTEM_FLAGS)
-file(RELATIVE_PATH ZEL_PC_TO_PREFIX "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
-configure_file("${PROJECT_SOURCE_DIR}/cmake/zelplatform.pc.in" "${PROJECT_BINARY_DIR}/zelplatform.pc" @ONLY)
-install(FILES "${PROJECT_BINARY_DIR}/zelplatform.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
