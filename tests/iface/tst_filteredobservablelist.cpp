@@ -142,7 +142,6 @@ private Q_SLOTS:
     void callsTheFilterOnlyForWhatChanged();
     void refusesToReadPastItsEnd();
     void staysWholeWhenTheFilterThrows();
-    void survivesHandlersThatEdit();
     void survivesAFilterThatEditsItsInput();
     void judgesOnceMoreWhatChangesWhileItIsJudged();
     void givesUpOnAFilterThatNeverSettles();
@@ -253,45 +252,6 @@ void TstFilteredObservableList::staysWholeWhenTheFilterThrows()
     QCOMPARE(list.toList(), (QList<int>{1, 3, 1}));
     QCOMPARE(mirror.items(), list.toList());
     QCOMPARE(mirror.complaint(), QString());
-}
-
-void TstFilteredObservableList::survivesHandlersThatEdit()
-{
-    QRandomGenerator random = seededRandom();
-    const Flags flags(30);
-    const std::function<int()> makeItem = [&] { return random.bounded(30); };
-    const EditableListPointer<int> input(new EditableList<int>);
-    const auto list = FilteredObservableList<int>::create(ObservableList<int>(input.data()),
-                                                          [&](int item) { return flags.passes(item); });
-    // A second one over the same input hears of nested edits before it hears of the first.
-    const auto other = FilteredObservableList<int>::create(ObservableList<int>(input.data()), [](int) { return true; });
-    Mirror mirror(list);
-    int depth = 0;
-    connect(list.impl(), &iface::ObservableImpl::observableChanged, this, [&] {
-        if (depth >= 3 || random.bounded(2))
-            return;
-        ++depth;
-        if (random.bounded(2))
-            editAtRandom(*input, random, makeItem);
-        else
-            flags.flags.at(makeItem())->setValue(random.bounded(2));
-        --depth;
-    });
-    for (int step = 0; step < 2000; ++step) {
-        if (step % 3)
-            editAtRandom(*input, random, makeItem);
-        else
-            flags.flags.at(makeItem())->setValue(random.bounded(2));
-        QList<int> expected;
-        for (const int item : input->items()) {
-            if (flags.passes(item))
-                expected.append(item);
-        }
-        QCOMPARE(list.toList(), expected);
-        QCOMPARE(mirror.items(), expected);
-        QCOMPARE(mirror.complaint(), QString());
-        QCOMPARE(other.toList(), input->items());
-    }
 }
 
 void TstFilteredObservableList::survivesAFilterThatEditsItsInput()

@@ -27,6 +27,9 @@ namespace iface {
 /// such an input read to make its items counts as read by the filter, so the verdicts stay right all the same; but that
 /// an item that passes has another content is then announced only if the input announces it.
 ///
+/// What turns in one round is judged before anybody is told, and announced as one change (see Round). A filter may read
+/// other derived lists, and finds them up to date.
+///
 /// It holds its input for its whole life. Handlers may do whatever an observer may. The filter should only judge:
 /// should it change the input while it is called, the list is made anew and announced as a Reset; an item for which it
 /// throws does not pass, and the exception goes on to whoever made the change, after the list has been announced.

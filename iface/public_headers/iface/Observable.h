@@ -24,7 +24,8 @@ public:
     Observable() = default;
     virtual ~Observable();
 
-    /// Registers an observer once more; answers whether that worked. The observer stays its owner's.
+    /// Registers an observer once more; answers whether that worked. The observer stays its owner's. Filters and
+    /// monitors come through this to what is no ObservableImpl, or lives in another thread.
     virtual bool addObserver(const ObserverImpl* observer) const = 0;
     /// Takes all registrations of an observer back; answers whether there was one.
     virtual bool removeObserver(const ObserverImpl* observer) const = 0;

@@ -11,7 +11,8 @@
 
 namespace iface {
 
-/// Runs a function again whenever something that its last run read has changed.
+/// Runs a function again whenever something that its last run read has changed: once for a change, however much of what
+/// it read is another, when everything has taken the change in and has announced it (see Round).
 ///
 /// Its parent or its maker owns it; it keeps alive what its function read. Everything happens on its own thread. With
 /// `runAtOnce` the first run comes in a later turn of the event loop, never inside the constructor; without it, call
@@ -22,7 +23,8 @@ namespace iface {
 /// function may spin an event loop. A change of something that it has read while it is still running makes it run
 /// exactly once more when it has returned, never inside itself; so may a function that changes what it reads, until
 /// that settles (should it not settle, the further runs come in later turns of the event loop). It may destroy the
-/// monitor: that ends it. When it throws, the monitor observes what had been read by then.
+/// monitor: that ends it, and everything that was read is let go of. When it throws, the monitor observes what had been
+/// read by then.
 ///
 ///     new iface::ObservableMonitor([=] { label->setText(name.getValue()); }, this, u"name"_s, true);
 class ZEL_EXPORT ObservableMonitor : public ObserverImpl
