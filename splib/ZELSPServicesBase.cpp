@@ -56,6 +56,11 @@ bool ZELSPServicesBase::canRegister() const
     return allowed;
 }
 
+bool ZELSPServicesBase::isReady() const
+{
+    return m_successPushed && !m_successOwed && globalsManager()->getAccessCode() == success;
+}
+
 void ZELSPServicesBase::registered()
 {
     if (!m_registered) {

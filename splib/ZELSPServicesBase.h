@@ -35,6 +35,9 @@ public:
     int initializationError() const { return m_initializationError; }
     /// Whether what the core service last said of the registration allows to ask for it. False until it has spoken.
     bool canRegister() const;
+    /// Whether the application is registered and everything is in that its success waits for. It turns with what the
+    /// registration event handler is told: true before it hears of a success, false before it hears of anything else.
+    bool isReady() const;
 
     void registered() override;
     void userProfileIsReady() override;

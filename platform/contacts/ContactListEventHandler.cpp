@@ -23,6 +23,13 @@ void ContactListEventHandler::pushGetPlatformContactListEvent(const QList<Platfo
         m_delegate->setContactList(contacts);
 }
 
+void ContactListEventHandler::pushPlatformContactListResentEvent() const
+{
+    qCDebug(lcPlatform) << "ContactListEventHandler::pushPlatformContactListResentEvent";
+    if (m_delegate)
+        m_delegate->notifyContactListResent();
+}
+
 void ContactListEventHandler::pushPlatformContactInstallAppEvent(const PlatformContact& contact) const
 {
     qCDebug(lcPlatform) << "ContactListEventHandler::pushPlatformContactInstallAppEvent";

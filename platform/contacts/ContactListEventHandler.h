@@ -20,6 +20,7 @@ public:
     void setContactServiceBridge(ServiceBridge* bridge);
 
     void pushGetPlatformContactListEvent(const QList<zelsplib::PlatformContact>& contacts) const;
+    void pushPlatformContactListResentEvent() const;
     void pushPlatformContactInstallAppEvent(const zelsplib::PlatformContact& contact) const;
     void pushPlatformContactUninstallAppEvent(const zelsplib::PlatformContact& contact) const;
     void pushPlatformContactUpdateEvent(const zelsplib::PlatformContact& before,

@@ -27,11 +27,13 @@ public:
         delegate->updateContactList();
         connectDelegate();
         m_wasValid = isValid();
+        m_wasComplete = isComplete();
         m_countBefore = contactCount();
     }
 
     bool isAllowed() const { return context && context->isAccessAllowed() && delegate; }
     bool isValid() const { return isAllowed() && delegate->isContactListInitialized(); }
+    bool isComplete() const { return isAllowed() && delegate->isContactListComplete(); }
     int contactCount() const { return isAllowed() ? delegate->contactCount() : 0; }
 
     ContactService* const q;
@@ -43,12 +45,14 @@ private:
     void announceProperties();
 
     bool m_wasValid = false;
+    bool m_wasComplete = false;
     int m_countBefore = 0;
 };
 
 void ContactServicePrivate::connectDelegate()
 {
     connect(delegate, &ContactServiceDelegate::contactListUpdated, q, &ContactService::contactListUpdated);
+    connect(delegate, &ContactServiceDelegate::contactListResent, q, &ContactService::contactListResent);
     connect(delegate, &ContactServiceDelegate::avatarUpdated, q, &ContactService::displayPictureUpdated);
     connect(delegate, &ContactServiceDelegate::contactUpdated, q, &ContactService::contactUpdated);
     connect(delegate, &ContactServiceDelegate::applicationEnabled, q, &ContactService::applicationEnabled);
@@ -64,12 +68,15 @@ void ContactServicePrivate::connectDelegate()
 
 void ContactServicePrivate::announceProperties()
 {
-    const int count = contactCount();
-    const bool isOtherCount = std::exchange(m_countBefore, count) != count;
-    const bool isNowValid = isValid();
+    const auto isOther = [](auto& before, auto now) { return std::exchange(before, now) != now; };
+    const bool isOtherCount = isOther(m_countBefore, contactCount());
+    const bool isOtherValid = isOther(m_wasValid, isValid());
+    const bool isOtherComplete = isOther(m_wasComplete, isComplete());
     const QPointer<ContactServicePrivate> alive(this);
-    if (std::exchange(m_wasValid, isNowValid) != isNowValid)
+    if (isOtherValid)
         Q_EMIT q->validChanged(ContactService::QPrivateSignal());
+    if (alive && isOtherComplete)
+        Q_EMIT q->completeChanged(ContactService::QPrivateSignal());
     if (alive && isOtherCount)
         Q_EMIT q->contactCountChanged(ContactService::QPrivateSignal());
 }
@@ -85,19 +92,33 @@ ContactService::ContactService(Context* context, QObject* parent)
 ContactService::~ContactService() = default;
 
 /// Whether the service shows contacts: true at once in one that was made with access, and for as long as there is
-/// access. It does not tell whether the list is whole.
+/// access. Whether these are all of them is told by isComplete().
 bool ContactService::isValid() const
 {
     return d->isValid();
 }
 
-/// Whether there is a contact with that one's handle.
+/// Whether contacts() has everybody whom the list named when it was whole. It turns true with contactListUpdated() and
+/// stays so while there is access: who comes later is announced by applicationEnabled().
+bool ContactService::isComplete() const
+{
+    return d->isComplete();
+}
+
+/// Whether contacts() has one with the handle of \a contact.
 bool ContactService::containsContact(const vx::platform::zel::Contact& contact) const
 {
     return d->isAllowed() && d->delegate->containsContact(contact);
 }
 
-/// A default contact when there is none with this handle.
+/// Whether the contact who goes by \a handle in contacts() has the application by now. False for one who has removed
+/// it, is a contact no more or goes by another handle, and is kept in contacts() until the list is read anew.
+bool ContactService::hasApplication(const QString& handle) const
+{
+    return d->isAllowed() && d->delegate->hasApplication(handle);
+}
+
+/// The contact with this \a handle; a default one when there is none.
 vx::platform::zel::Contact ContactService::contact(const QString& handle) const
 {
     return d->isAllowed() ? d->delegate->contact(handle) : Contact();
@@ -115,8 +136,20 @@ int ContactService::contactCount() const
     return d->contactCount();
 }
 
-/// Asks for a contact's picture, which comes with displayPictureUpdated(); for a contact without one that happens
-/// before this returns. A lost answer is asked for again. False without access or without such a contact.
+/// Reads the list anew from what the library knows by now: who has removed the application is gone from contacts()
+/// after that, as is whoever went by another handle. Every ContactService hears contactListUpdated() before this
+/// returns. Nothing is asked of the service. False without access.
+bool ContactService::refresh()
+{
+    if (!d->isAllowed())
+        return false;
+    d->delegate->readContactList();
+    return true;
+}
+
+/// Asks for the picture of the contact with this \a handle, which comes with displayPictureUpdated(); for a contact
+/// without one that happens before this returns. A lost answer is asked for again. False without access or without such
+/// a contact.
 bool ContactService::requestDisplayPicture(const QString& handle) const
 {
     return d->isAllowed() && d->delegate->requestAvatar(handle);

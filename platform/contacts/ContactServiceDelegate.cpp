@@ -76,8 +76,14 @@ void ContactServiceDelegate::setContactList(const QList<PlatformContact>& record
 {
     m_contacts = inHandleOrder(records);
     m_initialized = true;
+    m_complete = m_services->contacts()->isListReady();
     qCDebug(lcPlatform) << "List Updated! - size " << m_contacts.size();
     Q_EMIT contactListUpdated();
+}
+
+void ContactServiceDelegate::notifyContactListResent()
+{
+    Q_EMIT contactListResent();
 }
 
 void ContactServiceDelegate::notifyApplicationEnabled(const PlatformContact& record)
@@ -109,14 +115,24 @@ void ContactServiceDelegate::notifyInvitationReceived(const QString& handle)
     Q_EMIT invitationReceived(handle);
 }
 
+bool ContactServiceDelegate::hasApplication(const QString& handle) const
+{
+    const Contact* const known = find(handle);
+    return known && m_services->contacts()->hasApplication(known->d->record);
+}
+
 /// Turns on the reports about contacts and has the list as far as it is there reported within this call.
 void ContactServiceDelegate::updateContactList()
 {
-    const auto manager = m_services->contacts();
-    manager->setEventsEnabled(true);
+    m_services->contacts()->setEventsEnabled(true);
+    readContactList();
+}
+
+void ContactServiceDelegate::readContactList()
+{
     qCDebug(lcPlatform) << "ContactServiceDelegate"
                         << "::updateContactList(): Updating Contact List";
-    manager->getContactList();
+    m_services->contacts()->getContactList();
 }
 
 const QString& ContactServiceDelegate::handleOf(const Contact& contact)

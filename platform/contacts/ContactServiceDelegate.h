@@ -23,14 +23,20 @@ public:
 
     /// Whether a list has been set; never turns back.
     bool isContactListInitialized() const { return m_initialized; }
+    /// Whether the list that was set last had the record of every contact.
+    bool isContactListComplete() const { return m_complete; }
     bool containsContact(const Contact& contact) const { return find(contact.handle()) != nullptr; }
     Contact contact(const QString& handle) const;
     int contactCount() const { return static_cast<int>(m_contacts.size()); }
     /// In handle order.
     QList<Contact> allContacts() const { return m_contacts; }
     bool requestAvatar(const QString& handle) const;
+    /// Whether the contact with this handle has the application by now; the map keeps those who removed it.
+    bool hasApplication(const QString& handle) const;
+    void readContactList();
 
     void setContactList(const QList<zelsplib::PlatformContact>& records);
+    void notifyContactListResent();
     void notifyApplicationEnabled(const zelsplib::PlatformContact& record);
     void notifyApplicationDisabled(const zelsplib::PlatformContact& record);
     void notifyContactUpdated(const zelsplib::PlatformContact& record);
@@ -43,6 +49,7 @@ public Q_SLOTS:
 
 Q_SIGNALS:
     void contactListUpdated();
+    void contactListResent();
     void contactUpdated(QString handle);
     void applicationEnabled(QString handle);
     void applicationDisabled(QString handle);
@@ -59,6 +66,7 @@ private:
 
     Services* const m_services;
     bool m_initialized = false;
+    bool m_complete = false;
     /// In handle order. A list takes a tenth of a map's memory, and handing it out whole copies nothing.
     QList<Contact> m_contacts;
 };

@@ -24,6 +24,7 @@ public:
     bool registerApplication(const QUuid& uuid, bool silent);
     void notifyRegistrationEvent(const QString& code);
     RegistrationState::Type registrationAccessState() const;
+    bool isReady() const { return m_services->isReady(); }
     bool isZelSetup() const;
     bool zelInvitationsAllowed() const;
     bool isProfileBoxAllowed() const;

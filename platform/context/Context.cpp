@@ -5,6 +5,10 @@
 #include <platform/channel/Trace.h>
 #include <platform/context/ApplicationDelegate.h>
 
+#include <QtCore/QPointer>
+
+#include <utility>
+
 namespace vx::platform::zel {
 
 class ContextPrivate : public QObject
@@ -17,6 +21,7 @@ public:
         , uuid(applicationUuid)
         , q(context)
         , delegate(ServiceBridge::instance()->registrar())
+        , m_wasReady(delegate->isReady())
     {
         connect(delegate, &ApplicationDelegate::registrationEventReceived, this,
                 &ContextPrivate::registrationEventReceived);
@@ -54,8 +59,22 @@ public:
 public Q_SLOTS:
     void registrationEventReceived(vx::platform::zel::RegistrationState::Type state)
     {
-        Q_EMIT q->registrationStateUpdated(state); // last: a slot may destroy the context
+        const QPointer<ContextPrivate> alive(this); // a slot may destroy the context
+        Q_EMIT q->registrationStateUpdated(state);
+        if (alive)
+            announceReady();
     }
+
+private:
+    /// Whatever turns it is a registration event, too.
+    void announceReady()
+    {
+        const bool isReady = delegate->isReady();
+        if (std::exchange(m_wasReady, isReady) != isReady)
+            Q_EMIT q->readyChanged(Context::QPrivateSignal());
+    }
+
+    bool m_wasReady;
 };
 
 /// The first public object of the process opens the connection to the service; if there is none to be opened, the
@@ -98,6 +117,14 @@ bool Context::isAccessAllowed() const
     return registrationState() == RegistrationState::Allowed;
 }
 
+/// Whether access is allowed and everything is in that registrationStateUpdated(Allowed) waits for: true in the slot of
+/// that signal and in whatever is called after it, false again with any other state. It says the same in every context
+/// of the process, also in one that is made later.
+bool Context::isReady() const
+{
+    return d->delegate->isReady();
+}
+
 /// The version of this library, 200. UserProfile::sdkVersion() is the same number.
 int Context::platformVersion() const
 {
@@ -109,6 +136,20 @@ int Context::platformVersion() const
 bool Context::isZelSetup() const
 {
     return d->delegate->isZelSetup();
+}
+
+void detail::callWhenReady(Context* context, const QObject* receiver, const std::function<void()>& function)
+{
+    if (!context || !receiver)
+        return;
+    if (context->isReady()) {
+        function();
+        return;
+    }
+    // Asks again when it is told: where a slot before this one has spun an event loop, it may be over by then.
+    QObject::connect(
+        context, &Context::readyChanged, receiver,
+        [context, receiver, function] { callWhenReady(context, receiver, function); }, Qt::SingleShotConnection);
 }
 
 } // namespace vx::platform::zel

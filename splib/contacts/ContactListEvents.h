@@ -9,13 +9,14 @@
 
 namespace zelsplib {
 
-/// What the contact manager reports to: the whole list, a contact that got, lost or changed the application's
-/// profile, an invitation from one, and a picture that arrived.
+/// What the contact manager reports to: the whole list, that the service has sent it again, a contact that got, lost or
+/// changed the application's profile, an invitation from one, and a picture that arrived.
 template <class Handler>
 concept ContactListEvents = std::default_initializable<Handler> &&
     requires(Handler& handler, const QList<PlatformContact>& contacts, const PlatformContact& contact)
 {
     handler.pushGetPlatformContactListEvent(contacts);
+    handler.pushPlatformContactListResentEvent();
     handler.pushPlatformContactInstallAppEvent(contact);
     handler.pushPlatformContactUninstallAppEvent(contact);
     handler.pushPlatformContactUpdateEvent(contact, contact);

@@ -27,6 +27,7 @@ private:
     {
         m_eventHandler.pushGetPlatformContactListEvent(contacts);
     }
+    void reportListResent() override { m_eventHandler.pushPlatformContactListResentEvent(); }
     void reportInstalled(const PlatformContact& contact) override
     {
         m_eventHandler.pushPlatformContactInstallAppEvent(contact);

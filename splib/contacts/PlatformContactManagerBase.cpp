@@ -24,6 +24,7 @@
 #include <iface/Round.h>
 #include <iface/RunUntilTrue.h>
 #include <iface/TransformedObservableList.h>
+#include <iface/detail/FirstException.h>
 
 #include <algorithm>
 #include <functional>
@@ -35,7 +36,7 @@ using namespace logging;
 
 namespace {
 
-using IdList = zel::LiveList<QString, QString>;
+using Ids = zel::LiveList<QString, QString>;
 using RecordMap = zel::LiveMap<QString, PlatformContact>;
 using RecordValue = iface::ObservableValue<PlatformContact>;
 using ContactView = iface::CachedObservableList<PlatformContact>;
@@ -58,6 +59,41 @@ protected:
 
 private:
     unsigned m_round = ~0U;
+};
+
+/// The ids of the contacts, which tells of each whole list that the service sends after the first.
+class IdList : public Ids
+{
+public:
+    using Ids::Ids;
+
+    /// Called when the list shows what was sent, also when that is what it held before.
+    void setResentFunction(std::function<void()> resent) { m_resent = std::move(resent); }
+
+    void listAll(iface::JsonObjectReader body) override
+    {
+        m_isWhole = true;
+        Ids::listAll(body);
+    }
+    void listElements(iface::JsonObjectReader body) override
+    {
+        m_isWhole = false;
+        Ids::listElements(body);
+    }
+    void listChunk(iface::JsonObjectReader body) override
+    {
+        const QExplicitlySharedDataPointer<IdList> keep(this);
+        const bool isLater = m_isWhole && isTransferring() && !m_firstListPending;
+        iface::detail::FirstException thrown;
+        thrown.guard([&] { Ids::listChunk(body); });
+        if (isLater && !isTransferring())
+            thrown.guard([this] { m_resent(); });
+        thrown.rethrow();
+    }
+
+private:
+    std::function<void()> m_resent = [] {};
+    bool m_isWhole = false; ///< what is being transferred, if anything is
 };
 
 /// Records as the ids have them, those without a handle left out. Every record is held: one that was forgotten could
@@ -130,8 +166,10 @@ PlatformContactManagerBase::~PlatformContactManagerBase()
     d->view->setUpdateFunction([](int, const PlatformContact&, const PlatformContact&) {});
     d->view->setChangeFunction([](ChangeType::Type, const QSharedPointer<IndexMapper>&, const QList<PlatformContact>&,
                                   const QList<PlatformContact>&) {});
-    if (d->ids)
-        d->stream->pipe()->removeListeners(this);
+    if (!d->ids)
+        return;
+    d->ids->setResentFunction([] {});
+    d->stream->pipe()->removeListeners(this);
 }
 
 void PlatformContactManagerBase::init()
@@ -140,6 +178,7 @@ void PlatformContactManagerBase::init()
         return;
     d->ids = new IdList(d->multiplexer, QSharedPointer<PlatformUserJsonAdapter>::create(),
                         QStringLiteral("platformContact"), {}, IdList::Keys::Distinct);
+    d->ids->setResentFunction([this] { listResent(); });
     d->records = RecordMap::create(d->multiplexer, QSharedPointer<PlatformContactJsonAdapter>::create(),
                                    QStringLiteral("platformUser"), {});
 
@@ -187,6 +226,12 @@ bool PlatformContactManagerBase::isListReady() const
     return d->listReady;
 }
 
+bool PlatformContactManagerBase::hasApplication(const PlatformContact& contact) const
+{
+    const QString userId = contact.getUri();
+    return d->ids && d->ids->locateItem(userId) != -1 && getContact(userId).getHandle() == contact.getHandle();
+}
+
 PlatformContact PlatformContactManagerBase::getContact(const QString& userId) const
 {
     return iface::ObservableMap<QString, RecordValue>(d->records.data()).get(userId).getValue();
@@ -221,6 +266,12 @@ bool PlatformContactManagerBase::checkUserListState()
     // Reading is what the check depends on; what the application then does is not.
     iface::ObservableTracker::runUntracked([this] { d->readiness->contactsIsReady(); });
     return true;
+}
+
+void PlatformContactManagerBase::listResent()
+{
+    if (d->eventsEnabled)
+        d->report([this] { reportListResent(); });
 }
 
 void PlatformContactManagerBase::aboutToAdd(int, const PlatformContact& contact)

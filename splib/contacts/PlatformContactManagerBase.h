@@ -32,7 +32,8 @@ class RegistrationHandler;
 /// arrive; reports then still come once each and in order, and what the manager answers is already the new state.
 ///
 /// A list that the core service sends anew as a whole is no news of single contacts: nothing is reported while the
-/// view follows it. Contacts whose records arrive after that are reported as installs.
+/// view follows it, but that it has come once the view shows it. Contacts whose records arrive after that are reported
+/// as installs.
 class PlatformContactManagerBase : public QObject
 {
     Q_OBJECT
@@ -52,6 +53,8 @@ public:
     /// Whether every listed user's record has been there once; never turns back.
     bool isListReady() const;
 
+    /// Whether the user of a record that was reported is still listed, and under the handle that stands in it.
+    bool hasApplication(const PlatformContact& contact) const;
     /// The record of a user, or a default one. A tracked computation that asks runs again when the record changes.
     PlatformContact getContact(const QString& userId) const;
     /// Reports the records of the view in list order, whether or not events are enabled.
@@ -75,6 +78,7 @@ private:
     using IndexMapper = iface::ObservableListImpl::IndexMapper;
 
     virtual void reportList(const QList<PlatformContact>& contacts) = 0;
+    virtual void reportListResent() = 0;
     virtual void reportInstalled(const PlatformContact& contact) = 0;
     virtual void reportUninstalled(const PlatformContact& contact) = 0;
     virtual void reportUpdated(const PlatformContact& before, const PlatformContact& after) = 0;
@@ -82,6 +86,7 @@ private:
     virtual void reportAvatar(const PlatformContact& contact) = 0;
 
     bool checkUserListState();
+    void listResent();
     void aboutToAdd(int index, const PlatformContact& contact);
     void aboutToRemove(int index, const PlatformContact& contact);
     void aboutToUpdate(int index, const PlatformContact& before, const PlatformContact& after);

@@ -98,6 +98,7 @@ struct RecordingContactList : RecordingHandler
             handles.append(contact.getHandle());
         note("contacts", handles);
     }
+    void pushPlatformContactListResentEvent() const { note("resent", {}); }
     void pushPlatformContactInstallAppEvent(const Contact& c) const { note("install", {c.getHandle()}); }
     void pushPlatformContactUninstallAppEvent(const Contact& c) const { note("uninstall", {c.getHandle()}); }
     void pushPlatformContactUpdateEvent(const Contact& before, const Contact& after) const

@@ -175,8 +175,10 @@ private Q_SLOTS:
         QSignalSpy states(m_context.get(), &Context::registrationStateUpdated);
         m_desk.heldBack = QStringList{QStringLiteral("platformContact")};
         m_desk.profile().insert(QStringLiteral("avatarId"), QStringLiteral("picture-1"));
+        awaitReady();
         m_desk.changeState(QStringLiteral("Success"));
         QVERIFY(m_desk.settle());
+        QVERIFY(!m_context->isReady());
         QVERIFY(m_context->isAccessAllowed()); // the service's word counts at once,
         QCOMPARE(states.size(), 0);            // the signal waits for what the other classes show
 
@@ -198,9 +200,67 @@ private Q_SLOTS:
         QVERIFY(m_desk.settle());
         QCOMPARE(states.size(), 1);
         QCOMPARE(lists->size(), 1);
+        QCOMPARE(m_ready, QStringList({QStringLiteral("first"), QStringLiteral("member"), QStringLiteral("told 1")}));
+    }
+
+    void saysToALaterContextWhetherItIsReady()
+    {
+        Context later(QUuid::createUuid());
+        QVERIFY(later.isReady());
+        QSignalSpy turns(&later, SIGNAL(readyChanged()));
+        int calls = 0;
+        whenReady(&later, this, [&] { ++calls; });
+        QCOMPARE(calls, 1);
+        m_desk.changeState(QStringLiteral("NoDataConnection"));
+        QVERIFY(m_desk.settle());
+        QVERIFY(!later.isReady());
+        whenReady(&later, this, [&] { ++calls; });
+        m_desk.changeState(QStringLiteral("Pending"));
+        QVERIFY(m_desk.settle());
+        QCOMPARE(turns.size(), 1);
+        QCOMPARE(calls, 1);
+        for (const char* state : {"Success", "TemporaryError", "Success"})
+            m_desk.changeState(QString::fromLatin1(state));
+        QVERIFY(m_desk.settle());
+        QCOMPARE(turns.size(), 4);
+        QCOMPARE(calls, 2);
+    }
+
+    // The first who hears of it has a dialog open, in which it is over, and then true again.
+    void callsNobodyWhileItIsNotReady()
+    {
+        m_desk.changeState(QStringLiteral("Pending"));
+        QVERIFY(m_desk.settle());
+        QStringList heard;
+        whenReady(m_context.get(), this, [&] {
+            m_desk.changeState(QStringLiteral("Pending"));
+            QVERIFY(m_desk.settle());
+            heard.append(QStringLiteral("over"));
+        });
+        whenReady(m_context.get(), this, [&] { heard.append(QStringLiteral("behind")); });
+        m_desk.changeState(QStringLiteral("Success"));
+        QTRY_COMPARE(heard, QStringList(QStringLiteral("over")));
+        QVERIFY(m_desk.settle());
+        QCOMPARE(heard.size(), 1);
+        m_desk.changeState(QStringLiteral("Success"));
+        QTRY_COMPARE(heard.value(1), QStringLiteral("behind"));
     }
 
 private:
+    void noteMember() { m_ready.append(QStringLiteral("member")); }
+
+    /// Everything that waits is called, but for what goes with its receiver or its context.
+    void awaitReady()
+    {
+        whenReady(m_context.get(), this, [this] { m_ready.append(QStringLiteral("first")); });
+        whenReady(m_context.get(), this, &TstContext::noteMember);
+        connect(m_context.get(), &Context::readyChanged, this,
+                [this] { m_ready.append(QStringLiteral("told %1").arg(m_context->isReady())); });
+        const auto never = [this] { m_ready.append(QStringLiteral("never")); };
+        whenReady(m_context.get(), std::make_unique<QObject>().get(), never);
+        whenReady(std::make_unique<Context>(m_uuid).get(), this, never);
+    }
+
     static QList<State> statesOf(const QSignalSpy& spy)
     {
         QList<State> states;
@@ -212,6 +272,7 @@ private:
     Desk m_desk;
     QUuid const m_uuid{QStringLiteral("{6F8D2C4E-5B0A-4A37-9D0E-0C8F3F1F2A10}")};
     std::unique_ptr<Context> m_context;
+    QStringList m_ready; ///< what awaitReady() has waited for
 };
 
 QTEST_GUILESS_MAIN(TstContext)

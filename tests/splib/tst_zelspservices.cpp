@@ -151,6 +151,7 @@ private Q_SLOTS:
                             expected.append(u'C');
                         }
                         QVERIFY2(f.after(step) == expected, qPrintable(done));
+                        QVERIFY2(f.services.isReady() == (state == u's' && isTold && !isOwed), qPrintable(done));
                     }
                 }
             }

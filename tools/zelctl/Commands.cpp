@@ -91,6 +91,7 @@ Answer contacts(Session& session, const Arguments&)
     const ContactService& service = session.contacts();
     return {Record()
                 .add(u"valid"_s, service.isValid())
+                .add(u"complete"_s, service.isComplete())
                 .add(u"count"_s, service.contactCount())
                 .add(u"contacts"_s, readAll(service.contacts(), contactMembers))};
 }
@@ -152,7 +153,9 @@ std::vector<Command> makeCommands()
          u"where the application stands with the service"_s,
          u"state"_s,
          Needs::State,
-         [](S& session, const A&) { return Answer{stateRecord(session)}; }},
+         [](S& session, const A&) {
+             return Answer{stateRecord(session).add(u"ready"_s, session.context().isReady())};
+         }},
         {u"register"_s, u"[--silent]"_s, u"register the application"_s, u"register"_s, Needs::State,
          [](S& session, const A& arguments) {
              return request(arguments.has(u"--silent"_s) ? session.context().requestRegisterApplicationSilent()

@@ -106,6 +106,7 @@ void Session::makeLiveObjects()
     relay(profile(), &UserProfile::statusUpdated);
     relay(profile(), &UserProfile::displayPictureUpdated);
     relay(contacts(), &ContactService::contactListUpdated);
+    relay(contacts(), &ContactService::contactListResent);
     relay(contacts(), &ContactService::displayPictureUpdated);
     relay(contacts(), &ContactService::contactUpdated);
     relay(contacts(), &ContactService::applicationEnabled);

@@ -7,7 +7,10 @@
 #include <QtCore/QObject>
 #include <QtCore/QUuid>
 
+#include <functional>
 #include <memory>
+#include <type_traits>
+#include <utility>
 
 namespace vx::platform::zel {
 
@@ -40,18 +43,18 @@ class ContextPrivate;
 ///   requestRegisterApplication() answers false. Wait for the first registrationStateUpdated(), and look at its state.
 /// - isAccessAllowed() turns true with the service's answer, before registrationStateUpdated(Allowed), which is held
 ///   back until the user's own profile, picture and (where the application may show one) profile box have come, and
-///   comes only while that is the state. Make the other public objects in the slot of that signal, not as soon as
-///   isAccessAllowed() happens to be true. A UserProfile, a ContactService or ApplicationPermissions made while it is
-///   false answer defaults for their life.
+///   comes only while that is the state. Make the other public objects when the context is ready, which is from that
+///   signal on, not as soon as isAccessAllowed() happens to be true: whenReady() calls a function then, or now if it
+///   is. A UserProfile, a ContactService or ApplicationPermissions made while access is not allowed answer defaults for
+///   their life.
 ///
 /// \code
 /// Context context(QUuid("6f8d2c4e-5b0a-4a37-9d0e-0c8f3f1f2a10"));
 /// QObject::connect(&context, &Context::registrationStateUpdated, &app, [&](RegistrationState::Type state) {
-///     if (state == RegistrationState::Allowed)
-///         start();
-///     else if (state == RegistrationState::Unregistered)
+///     if (state == RegistrationState::Unregistered)
 ///         context.requestRegisterApplication();
 /// });
+/// whenReady(&context, &app, [&] { start(); });
 /// \endcode
 class ZEL_EXPORT Context : public QObject
 {
@@ -59,6 +62,7 @@ class ZEL_EXPORT Context : public QObject
     Q_PROPERTY(vx::platform::zel::RegistrationState::Type registrationState READ registrationState NOTIFY
                    registrationStateUpdated)
     Q_PROPERTY(bool accessAllowed READ isAccessAllowed NOTIFY registrationStateUpdated)
+    Q_PROPERTY(bool ready READ isReady NOTIFY readyChanged)
     Q_PROPERTY(bool zelSetup READ isZelSetup NOTIFY registrationStateUpdated)
     Q_PROPERTY(int platformVersion READ platformVersion CONSTANT)
 
@@ -71,6 +75,7 @@ public:
     bool requestRegisterApplicationSilent();
     RegistrationState::Type registrationState() const;
     bool isAccessAllowed() const;
+    bool isReady() const;
     int platformVersion() const;
     bool isZelSetup() const;
 
@@ -79,10 +84,31 @@ Q_SIGNALS:
     /// the service). registrationState() already answers what the service said last; for Allowed it may have done so
     /// for a while. The same state may be announced again.
     void registrationStateUpdated(vx::platform::zel::RegistrationState::Type state);
+    /// isReady() is another answer than before. After the registrationStateUpdated() that brought it about.
+    void readyChanged(QPrivateSignal);
 
 private:
     friend class ContextPrivate;
     std::unique_ptr<ContextPrivate> const d;
 };
+
+namespace detail {
+ZEL_EXPORT void callWhenReady(Context* context, const QObject* receiver, const std::function<void()>& function);
+}
+
+/// Calls \a function once: now if \a context is ready, else as soon as it is, right after registrationStateUpdated().
+/// Whichever of \a context and \a receiver is destroyed first takes the call with it. The function is anything that can
+/// be called without arguments, or a member of the receiver. All of it belongs to the thread of the context.
+template <typename Receiver, typename Function>
+requires(std::is_base_of_v<QObject, Receiver> &&
+         (std::is_invocable_v<Function&> ||
+          std::is_invocable_v<Function&, Receiver*>)) void whenReady(Context* context, Receiver* receiver,
+                                                                     Function function)
+{
+    if constexpr (std::is_invocable_v<Function&>)
+        detail::callWhenReady(context, receiver, std::move(function));
+    else
+        detail::callWhenReady(context, receiver, [receiver, function] { std::invoke(function, receiver); });
+}
 
 } // namespace vx::platform::zel
