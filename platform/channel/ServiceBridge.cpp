@@ -7,6 +7,7 @@
 #include <platform/context/ApplicationDelegate.h>
 #include <platform/ecoid/UtilsDelegate.h>
 #include <platform/messaging/MessageServiceDelegate.h>
+#include <platform/mistakes/Mistakes.h>
 #include <platform/profile/UserProfileDelegate.h>
 #include <platform/profilebox/ProfileBoxDelegate.h>
 #include <vx/platform/zel/EcoIdStatus.h>
@@ -152,6 +153,8 @@ void ServiceBridge::startMonitor()
 {
     m_monitor = new PPSMonitor(m_services->ppsManager()->getPpsHandle(), this);
     connect(m_monitor, &PPSMonitor::ppsMessageReceived, this, &ServiceBridge::dispatchPpsMessage);
+    connect(m_services->ppsManager().data(), &zelsplib::PPSManager::messageTooLong, this,
+            [] { mistakes::warnOfLongMessage(); });
 }
 
 /// Hands one read to the listeners of its type; they all run inside this call, which may be entered again from a nested

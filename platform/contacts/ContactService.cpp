@@ -3,6 +3,7 @@
 
 #include <platform/channel/ServiceBridge.h>
 #include <platform/contacts/ContactServiceDelegate.h>
+#include <platform/mistakes/Mistakes.h>
 #include <vx/platform/zel/Context.h>
 
 #include <QtCore/QPointer>
@@ -21,6 +22,7 @@ public:
         , q(contactService)
         , context(givenContext)
     {
+        mistakes::checkMaking("ContactService", context, mistakes::Needs::Access);
         if (!context || !context->isAccessAllowed())
             return;
         delegate = ServiceBridge::instance()->contactService();
@@ -32,6 +34,7 @@ public:
     }
 
     bool isAllowed() const { return context && context->isAccessAllowed() && delegate; }
+    bool mayRequest(const char* where) const { return mistakes::mayRequest(where, context, isAllowed()); }
     bool isValid() const { return isAllowed() && delegate->isContactListInitialized(); }
     bool isComplete() const { return isAllowed() && delegate->isContactListComplete(); }
     int contactCount() const { return isAllowed() ? delegate->contactCount() : 0; }
@@ -141,7 +144,7 @@ int ContactService::contactCount() const
 /// returns. Nothing is asked of the service. False without access.
 bool ContactService::refresh()
 {
-    if (!d->isAllowed())
+    if (!d->mayRequest("ContactService::refresh"))
         return false;
     d->delegate->readContactList();
     return true;
@@ -152,7 +155,9 @@ bool ContactService::refresh()
 /// a contact.
 bool ContactService::requestDisplayPicture(const QString& handle) const
 {
-    return d->isAllowed() && d->delegate->requestAvatar(handle);
+    constexpr const char* where = "ContactService::requestDisplayPicture";
+    return d->mayRequest(where) && (d->delegate->requestAvatar(handle) ||
+                                    mistakes::warn(where, "no contact has this handle; take it from contacts()"));
 }
 
 } // namespace vx::platform::zel

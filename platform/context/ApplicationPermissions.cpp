@@ -4,6 +4,7 @@
 #include <platform/channel/ServiceBridge.h>
 #include <platform/channel/Trace.h>
 #include <platform/context/ApplicationDelegate.h>
+#include <platform/mistakes/Mistakes.h>
 #include <vx/platform/zel/Context.h>
 
 #include <QtCore/QPointer>
@@ -20,6 +21,7 @@ public:
         , q(permissions)
         , context(givenContext)
     {
+        mistakes::checkMaking("ApplicationPermissions", context, mistakes::Needs::Access);
         if (!context)
             return;
         // Taken once and never again: permissions that were made too early answer Denied for their life.

@@ -4,6 +4,7 @@
 #include <platform/channel/ServiceBridge.h>
 #include <platform/channel/Trace.h>
 #include <platform/context/ApplicationDelegate.h>
+#include <platform/mistakes/Mistakes.h>
 
 #include <QtCore/QPointer>
 
@@ -25,16 +26,18 @@ public:
     {
         connect(delegate, &ApplicationDelegate::registrationEventReceived, this,
                 &ContextPrivate::registrationEventReceived);
+        mistakes::isRightThread("Context");
         remarkThatAllIsTold();
     }
 
     bool requestRegistration(bool silent)
     {
         if (uuid.isNull()) {
+            mistakes::warn(registering, "the UUID is null; give the context the one of the application");
             delegate->notifyRegistrationEvent(QStringLiteral("InvalidUuid"));
             return false;
         }
-        return delegate->registerApplication(uuid, silent);
+        return delegate->registerApplication(uuid, silent) || mistakes::warn(registering, whyNotNow());
     }
 
     /// Whoever waits for a state, as the application before did, waits in vain: a test that makes the application anew
@@ -66,6 +69,25 @@ public Q_SLOTS:
     }
 
 private:
+    static constexpr const char* registering = "Context::requestRegisterApplication";
+
+    QString whyNotNow() const
+    {
+        switch (q->registrationState()) {
+        case RegistrationState::Unknown:
+            return QStringLiteral("the service has not said yet how things stand, or nothing that this version knows; "
+                                  "wait for registrationStateUpdated()");
+        case RegistrationState::Allowed:
+            return QStringLiteral("the application is registered already; whenReady() tells when it can be used");
+        case RegistrationState::Pending:
+            return QStringLiteral("a registration is under way; wait for registrationStateUpdated()");
+        default:
+            return QStringLiteral(
+                "the present registration state does not allow it; request it in one of those that do, "
+                "such as Unregistered");
+        }
+    }
+
     /// Whatever turns it is a registration event, too.
     void announceReady()
     {
@@ -140,8 +162,11 @@ bool Context::isZelSetup() const
 
 void detail::callWhenReady(Context* context, const QObject* receiver, const std::function<void()>& function)
 {
-    if (!context || !receiver)
+    if (!context || !receiver) {
+        mistakes::warn("whenReady", "there is no context or no receiver, so nothing will be called; give it both");
         return;
+    }
+    mistakes::isRightThread("whenReady");
     if (context->isReady()) {
         function();
         return;

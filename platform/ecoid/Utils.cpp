@@ -4,6 +4,7 @@
 #include <platform/channel/ServiceBridge.h>
 #include <platform/channel/Trace.h>
 #include <platform/ecoid/UtilsDelegate.h>
+#include <platform/mistakes/Mistakes.h>
 #include <vx/platform/zel/Context.h>
 
 #include <QtCore/QPointer>
@@ -22,6 +23,7 @@ public:
         , delegate(givenContext ? ServiceBridge::instance()->utils() : nullptr)
     {
         qCDebug(lcPlatform) << "entering UtilsPrivate::UtilsPrivate";
+        mistakes::checkMaking("Utils", givenContext, mistakes::Needs::Context);
         if (!delegate)
             return;
         connect(delegate, &UtilsDelegate::ecoIdUpdated, q, &Utils::ecoIdUpdated);
@@ -29,6 +31,16 @@ public:
     }
 
     bool isAllowed() const { return context && context->isAccessAllowed() && delegate; }
+    /// Whether a request about somebody whom `id` names may be made. One about nobody may, and is told of.
+    bool mayRequest(const char* where, const QString& id) const
+    {
+        if (!mistakes::mayRequest(where, context, isAllowed()))
+            return false;
+        if (id.isEmpty())
+            mistakes::warn(where, "the identifier is empty, so it names nobody; take ppIds from contacts and eco "
+                                  "identifiers from ecoIdUpdated()");
+        return true;
+    }
 
     QPointer<Context> const context;
     Utils* const q;
@@ -46,26 +58,27 @@ Utils::~Utils() = default;
 /// Asks for the eco identifier that belongs to a ppId; see ecoIdUpdated().
 bool Utils::requestEcoId(const QString& ppId)
 {
-    return d->isAllowed() && d->delegate->ecoIdRequest(ppId);
+    return d->mayRequest("Utils::requestEcoId", ppId) && d->delegate->ecoIdRequest(ppId);
 }
 
 /// Asks how the user stands with an eco identifier's owner; see ecoIdStatusUpdated(). False also for an empty one.
 bool Utils::requestEcoIdStatus(const QString& ecoId)
 {
-    return d->isAllowed() && d->delegate->ecoIdStatusRequest(ecoId);
+    return d->mayRequest("Utils::requestEcoIdStatus", ecoId) && d->delegate->ecoIdStatusRequest(ecoId);
 }
 
 /// Has the messaging application invite the owner of an eco identifier, showing the user's \a displayName and a
 /// \a message. False also when that application cannot be reached.
 bool Utils::sendContactInvitation(const QString& ecoId, const QString& displayName, const QString& message)
 {
-    return d->isAllowed() && d->delegate->sendContactInvitation(ecoId, displayName, message);
+    return d->mayRequest("Utils::sendContactInvitation", ecoId) &&
+           d->delegate->sendContactInvitation(ecoId, displayName, message);
 }
 
 /// Has the messaging application open a chat. False also when that application cannot be reached.
 bool Utils::invokeChat(const QString& ecoId)
 {
-    return d->isAllowed() && d->delegate->invokeChat(ecoId);
+    return d->mayRequest("Utils::invokeChat", ecoId) && d->delegate->invokeChat(ecoId);
 }
 
 } // namespace vx::platform::zel

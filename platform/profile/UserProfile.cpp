@@ -4,6 +4,7 @@
 #include <platform/channel/ServiceBridge.h>
 #include <platform/channel/Trace.h>
 #include <platform/context/HelperUtils.h>
+#include <platform/mistakes/Mistakes.h>
 #include <platform/profile/UserProfileDelegate.h>
 #include <splib/contacts/PlatformContact.h>
 #include <vx/platform/zel/Context.h>
@@ -21,6 +22,7 @@ public:
     UserProfilePrivate(Context* givenContext, UserProfile* userProfile);
 
     bool isAllowed() const { return context && context->isAccessAllowed() && profile; }
+    bool mayRequest(const char* where) const { return mistakes::mayRequest(where, context, isAllowed()); }
 
     UserProfile* const q;
     QPointer<Context> const context;
@@ -47,6 +49,7 @@ UserProfilePrivate::UserProfilePrivate(Context* givenContext, UserProfile* userP
     , context(givenContext)
 {
     qCDebug(lcPlatform) << "entering UserProfilePrivate::UserProfilePrivate";
+    mistakes::checkMaking("UserProfile", context, mistakes::Needs::Readiness);
     if (!context || !context->isAccessAllowed())
         return;
     delegate = ServiceBridge::instance()->userProfile();
@@ -205,7 +208,7 @@ int UserProfile::sdkVersion() const
 /// Asks for another personal message; see personalMessageUpdated(). False without access.
 bool UserProfile::requestUpdatePersonalMessage(const QString& personalMessage)
 {
-    if (!d->isAllowed())
+    if (!d->mayRequest("UserProfile::requestUpdatePersonalMessage"))
         return false;
     d->delegate->setPersonalMessage(personalMessage);
     return true;
@@ -214,7 +217,7 @@ bool UserProfile::requestUpdatePersonalMessage(const QString& personalMessage)
 /// Any status but Busy means available. Changes these two and nothing else of the profile.
 bool UserProfile::requestUpdateStatus(UserStatus::Type status, const QString& statusMessage)
 {
-    if (!d->isAllowed())
+    if (!d->mayRequest("UserProfile::requestUpdateStatus"))
         return false;
     d->delegate->setStatus(status, statusMessage);
     return true;
@@ -225,7 +228,9 @@ bool UserProfile::requestUpdateStatus(UserStatus::Type status, const QString& st
 /// of the profile meanwhile, it counts as given up, and another may be set.
 bool UserProfile::requestUpdateDisplayPicture(ImageType::Type type, const QByteArray& displayPicture)
 {
-    return d->isAllowed() && d->delegate->setAvatar(type, displayPicture);
+    constexpr const char* where = "UserProfile::requestUpdateDisplayPicture";
+    return d->mayRequest(where) && (d->delegate->setAvatar(type, displayPicture) ||
+                                    mistakes::warn(where, UserProfileDelegate::whyRefused(displayPicture)));
 }
 
 } // namespace vx::platform::zel

@@ -3,6 +3,7 @@
 
 #include <platform/channel/Trace.h>
 #include <platform/context/HelperUtils.h>
+#include <splib/globals/OwnPicture.h>
 
 #include <limits>
 
@@ -48,6 +49,15 @@ bool UserProfileDelegate::setAvatar(ImageType::Type type, const QByteArray& avat
         return false;
     return m_services->globals()->setProfileAvatar(HelperUtils::avatarTypeForPicture(type), avatar.constData(),
                                                    static_cast<unsigned int>(avatar.size()));
+}
+
+const char* UserProfileDelegate::whyRefused(const QByteArray& avatar)
+{
+    if (avatar.isEmpty())
+        return "the picture is empty; give it 1 to 32768 bytes";
+    if (avatar.size() > qsizetype(zelsplib::DEFAULT_MAX_AVATAR_DATA_SIZE))
+        return "the picture is too big; give it 1 to 32768 bytes";
+    return "another picture is under way; wait for displayPictureUpdated()";
 }
 
 void UserProfileDelegate::notifyDisplayNameUpdated(const QString& value)

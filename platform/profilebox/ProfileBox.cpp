@@ -2,10 +2,13 @@
 #include <vx/platform/zel/ProfileBox.h>
 
 #include <platform/channel/ServiceBridge.h>
+#include <platform/mistakes/Mistakes.h>
 #include <platform/profilebox/ProfileBoxDelegate.h>
 #include <vx/platform/zel/Context.h>
 
 #include <QtCore/QPointer>
+
+#include <utility>
 
 namespace vx::platform::zel {
 
@@ -20,13 +23,17 @@ public:
         , context(givenContext)
         , delegate(givenContext ? ServiceBridge::instance()->profileBox() : nullptr)
     {
+        mistakes::checkMaking("ProfileBox", givenContext, mistakes::Needs::Context);
         if (delegate)
             connectDelegate();
         m_countBefore = itemCount();
+        m_iconsBefore = registeredIcons();
     }
 
     bool isAllowed() const { return context && context->isAccessAllowed() && delegate; }
+    bool mayRequest(const char* where) const { return mistakes::mayRequest(where, context, isAllowed()); }
     int itemCount() const { return isAllowed() ? delegate->itemCount() : 0; }
+    QList<int> registeredIcons() const { return isAllowed() ? delegate->registeredIcons() : QList<int>(); }
 
     ProfileBox* const q;
     QPointer<Context> const context;
@@ -35,8 +42,10 @@ public:
 private:
     void connectDelegate();
     void announceCount();
+    void announceIcons();
 
     int m_countBefore = 0;
+    QList<int> m_iconsBefore;
 };
 
 void ProfileBoxPrivate::connectDelegate()
@@ -50,6 +59,10 @@ void ProfileBoxPrivate::connectDelegate()
     connect(delegate, &ProfileBoxDelegate::itemAdded, this, &ProfileBoxPrivate::announceCount);
     connect(delegate, &ProfileBoxDelegate::itemRemoved, this, &ProfileBoxPrivate::announceCount);
     connect(context, &Context::registrationStateUpdated, this, &ProfileBoxPrivate::announceCount);
+
+    connect(delegate, &ProfileBoxDelegate::iconRegistered, this, &ProfileBoxPrivate::announceIcons);
+    connect(delegate, &ProfileBoxDelegate::iconRemoved, this, &ProfileBoxPrivate::announceIcons);
+    connect(context, &Context::registrationStateUpdated, this, &ProfileBoxPrivate::announceIcons);
 }
 
 void ProfileBoxPrivate::announceCount()
@@ -59,6 +72,13 @@ void ProfileBoxPrivate::announceCount()
         return;
     m_countBefore = count;
     Q_EMIT q->itemCountChanged(ProfileBox::QPrivateSignal());
+}
+
+void ProfileBoxPrivate::announceIcons()
+{
+    const QList<int> icons = registeredIcons();
+    if (std::exchange(m_iconsBefore, icons) != icons)
+        Q_EMIT q->registeredIconsChanged(ProfileBox::QPrivateSignal());
 }
 
 ProfileBox::ProfileBox(Context* context, QObject* parent)
@@ -73,26 +93,26 @@ ProfileBox::~ProfileBox() = default;
 /// whenever there is access: a text or cookie against the rules is refused in the log only, and no signal follows.
 bool ProfileBox::requestAddItem(const QString& text, int iconId, const QString& cookie)
 {
-    return d->isAllowed() && d->delegate->addItemRequest(text, iconId, cookie);
+    return d->mayRequest("ProfileBox::requestAddItem") && d->delegate->addItemRequest(text, iconId, cookie);
 }
 
 /// The same without an icon.
 bool ProfileBox::requestAddItem(const QString& text, const QString& cookie)
 {
-    return d->isAllowed() && d->delegate->addItemRequest(text, boost::none, cookie);
+    return d->mayRequest("ProfileBox::requestAddItem") && d->delegate->addItemRequest(text, boost::none, cookie);
 }
 
 /// Asks for the removal of an item; see itemRemoved(). True whenever there is access; nothing follows for an item that
 /// is not there.
 bool ProfileBox::requestRemoveItem(const QString& itemId)
 {
-    return d->isAllowed() && d->delegate->removeItemRequest(itemId);
+    return d->mayRequest("ProfileBox::requestRemoveItem") && d->delegate->removeItemRequest(itemId);
 }
 
 /// Asks for the removal of every item that is there now, one by one in list order.
 bool ProfileBox::requestRemoveAllItems()
 {
-    return d->isAllowed() && d->delegate->removeAllItemsRequest();
+    return d->mayRequest("ProfileBox::requestRemoveAllItems") && d->delegate->removeAllItemsRequest();
 }
 
 /// An invalid item when there is none with this id.
@@ -113,17 +133,23 @@ int ProfileBox::itemCount() const
     return d->itemCount();
 }
 
+/// The ids of the icons that items may name, in the order of the service's list. Those on their way are not among them.
+QList<int> ProfileBox::registeredIcons() const
+{
+    return d->registeredIcons();
+}
+
 /// Gives the service an icon for items to use; see iconRegistered(). False, with a line in the log, when the icon is
 /// against the rules or its id is registered or being registered.
 bool ProfileBox::requestRegisterIcon(int iconId, ImageType::Type type, const QByteArray& icon)
 {
-    return d->isAllowed() && d->delegate->iconRegistrationRequest(iconId, type, icon);
+    return d->mayRequest("ProfileBox::requestRegisterIcon") && d->delegate->iconRegistrationRequest(iconId, type, icon);
 }
 
 /// Asks for the data of a registered icon; see iconRetrieved(). A lost answer is asked for again.
 bool ProfileBox::requestRetrieveIcon(int iconId) const
 {
-    return d->isAllowed() && d->delegate->iconRetrievalRequest(iconId);
+    return d->mayRequest("ProfileBox::requestRetrieveIcon") && d->delegate->iconRetrievalRequest(iconId);
 }
 
 } // namespace vx::platform::zel

@@ -3,11 +3,46 @@
 
 #include <platform/channel/Trace.h>
 #include <platform/context/HelperUtils.h>
+#include <platform/mistakes/Mistakes.h>
 #include <platform/profilebox/ProfileBoxItemPrivate.h>
 
 #include <limits>
 
 namespace vx::platform::zel {
+
+namespace {
+
+constexpr const char* addingItem = "ProfileBox::requestAddItem";
+constexpr const char* registeringIcon = "ProfileBox::requestRegisterIcon";
+
+const char* wordsOf(zelsplib::BoxRefusal refusal, bool isEmpty = false)
+{
+    using zelsplib::BoxRefusal;
+    switch (refusal) {
+    case BoxRefusal::TextIsEmpty:
+        return "the text is empty; give it 1 to 100 characters";
+    case BoxRefusal::TextIsTooLong:
+        return "the text is too long; give it 1 to 100 characters, those of QString::size()";
+    case BoxRefusal::TextHasTooManyLines:
+        return "the text has more than two line breaks, a carriage return and a line feed counting as two; take some "
+               "out";
+    case BoxRefusal::CookieIsTooLong:
+        return "the cookie is too long; give it at most 128 characters";
+    case BoxRefusal::IconIdIsNegative:
+        return "the icon id is negative; take one from 0 on";
+    case BoxRefusal::IconIsNull: // never from a QByteArray
+    case BoxRefusal::IconHasWrongSize:
+        return isEmpty ? "the icon is empty; give it 1 to 32768 bytes"
+                       : "the icon is too big; give it 1 to 32768 bytes";
+    case BoxRefusal::IconIsUnderWay:
+        return "an icon with this id is under way; wait for iconRegistered()";
+    case BoxRefusal::IconIsRegistered:
+        return "an icon with this id is registered already; registeredIcons() has them";
+    }
+    Q_UNREACHABLE();
+}
+
+} // namespace
 
 // The blank at the start of each trace belongs to it.
 
@@ -21,13 +56,25 @@ ProfileBoxDelegate::ProfileBoxDelegate(Services* services, QObject* parent)
 bool ProfileBoxDelegate::addItemRequest(const QString& text, const boost::optional<int>& iconId, const QString& cookie)
 {
     qCDebug(lcPlatform) << " ProfileBoxDelegate::addItemRequest";
-    m_services->profileBox()->createProfileBoxItem(text, iconId, cookie);
+    const auto box = m_services->profileBox();
+    if (const auto refusal = box->refusalOfItem(text, cookie))
+        mistakes::warn(addingItem, wordsOf(*refusal));
+    else if (iconId && *iconId < 0)
+        mistakes::warn(addingItem, "the icon id is negative; for an item without an icon leave the id out");
+    else if (iconId && isLoaded() && !box->isIconKnown(*iconId))
+        mistakes::warn(addingItem, "no icon with this id is registered or under way; call requestRegisterIcon() first");
+    warnOfHiddenBox(addingItem);
+    box->createProfileBoxItem(text, iconId, cookie);
     return true;
 }
 
 bool ProfileBoxDelegate::removeItemRequest(const QString& itemId)
 {
     qCDebug(lcPlatform) << " ProfileBoxDelegate::removeItemRequest";
+    zelsplib::ProfileBoxItem record;
+    if (isLoaded() && !m_services->profileBox()->getProfileBoxItemByItemId(itemId, &record))
+        mistakes::warn("ProfileBox::requestRemoveItem",
+                       "there is no item with this id; take it from items() or itemAdded()");
     m_services->profileBox()->removeProfileBoxItem(itemId);
     return true;
 }
@@ -73,13 +120,42 @@ bool ProfileBoxDelegate::iconRegistrationRequest(int iconId, ImageType::Type typ
     qCDebug(lcPlatform) << " ProfileBoxDelegate::iconRegistrationRequest";
     // What is too long for the manager to count is too long for an icon in any case.
     const auto size = static_cast<unsigned int>(qMin<qsizetype>(icon.size(), std::numeric_limits<unsigned int>::max()));
-    return m_services->profileBox()->createProfileBoxImage(iconId, HelperUtils::avatarTypeForPicture(type),
-                                                           icon.constData(), size);
+    const auto box = m_services->profileBox();
+    if (const auto refusal = box->refusalOfIcon(iconId, icon.constData(), size))
+        mistakes::warn(registeringIcon, wordsOf(*refusal, icon.isEmpty()));
+    warnOfHiddenBox(registeringIcon);
+    return box->createProfileBoxImage(iconId, HelperUtils::avatarTypeForPicture(type), icon.constData(), size);
+}
+
+void ProfileBoxDelegate::warnOfHiddenBox(const char* where) const
+{
+    if (!m_services->globals()->getPermissions().showAppBox)
+        mistakes::warn(where, "the user does not allow the application to show a box, so the service will refuse; "
+                              "ApplicationPermissions tells");
+}
+
+bool ProfileBoxDelegate::isLoaded() const
+{
+    return m_services->profileBox()->profileBoxState() == zelsplib::ProfileBoxState::Ready;
+}
+
+QList<int> ProfileBoxDelegate::registeredIcons() const
+{
+    QList<zelsplib::ProfileBoxImage> records;
+    m_services->profileBox()->buildProfileBoxImageList(records);
+    QList<int> ids;
+    ids.reserve(records.size());
+    for (const zelsplib::ProfileBoxImage& record : std::as_const(records))
+        ids.append(record.getImageId().toInt());
+    return ids;
 }
 
 bool ProfileBoxDelegate::iconRetrievalRequest(int iconId) const
 {
     qCDebug(lcPlatform) << " ProfileBoxDelegate::iconRetrievalRequest";
+    if (isLoaded() && !m_services->profileBox()->isIconKnown(iconId))
+        mistakes::warn("ProfileBox::requestRetrieveIcon",
+                       "no icon with this id is registered; registeredIcons() has those that are");
     m_services->profileBox()->retrieveProfileBoxImage(iconId);
     return true;
 }

@@ -29,6 +29,8 @@ public:
     ProfileBoxItem item(const QString& itemId) const;
     QList<ProfileBoxItem> items() const;
     int itemCount() const;
+    /// The ids of the icons that are registered, in list order.
+    QList<int> registeredIcons() const;
     bool iconRegistrationRequest(int iconId, ImageType::Type type, const QByteArray& icon);
     bool iconRetrievalRequest(int iconId) const;
 
@@ -47,6 +49,10 @@ Q_SIGNALS:
     void iconRetrieved(int iconId, vx::platform::zel::ImageType::Type iconType, QByteArray iconData);
 
 private:
+    /// Whether it is known what the box holds.
+    bool isLoaded() const;
+    void warnOfHiddenBox(const char* where) const;
+
     Services* const m_services;
 };
 

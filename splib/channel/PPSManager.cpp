@@ -22,6 +22,8 @@ using namespace logging;
 
 namespace {
 
+constexpr std::size_t largestRecord = 65536;
+
 int openObject(const QString& path)
 {
     const int descriptor = device::openObject(path.toUtf8().constData());
@@ -78,6 +80,8 @@ void PPSManager::send(const QString& json)
     const std::string_view record = encoder.text();
     // A message is written once or not at all; the object gives no sign of what becomes of it.
     [[maybe_unused]] const ssize_t written = ::write(m_ppsHandle, record.data(), record.size());
+    if (record.size() > largestRecord)
+        Q_EMIT messageTooLong();
 }
 
 void PPSManager::addListener(QObject* owner, const QString& messageType, const Listener& listener)

@@ -49,6 +49,10 @@ public:
     /// The message's text, for the log only.
     QString getJsonFromPps(const QString& ppsText) const;
 
+Q_SIGNALS:
+    /// A message has gone out that is longer than the 65536 bytes which the other side reads: it is lost there.
+    void messageTooLong();
+
 private:
     bool dispatchText(const QByteArray& ppsText);
 

@@ -35,9 +35,34 @@ constexpr qsizetype maxTextBreaks = 2;
 constexpr qsizetype maxCookieLength = 128;
 constexpr unsigned maxIconSize = 32768;
 
-bool refuse(const QString& reason)
+/// `value` is the icon's id or its size, whichever the line names.
+bool refuse(BoxRefusal refusal, const QString& value = {})
 {
-    Log<GENERAL_ERROR>({}, reason);
+    const auto line = [refusal] {
+        switch (refusal) {
+        case BoxRefusal::TextIsEmpty:
+            return QStringLiteral("Failed to create profile box item: text is null or empty");
+        case BoxRefusal::TextIsTooLong:
+            return QStringLiteral("Failed to create profile box item: text > 100 chars");
+        case BoxRefusal::TextHasTooManyLines:
+            return QStringLiteral("Failed to create profile box item: text contains more than 2 new line chars");
+        case BoxRefusal::CookieIsTooLong:
+            return QStringLiteral("Failed to create profile box item: cookie > 128 chars");
+        case BoxRefusal::IconIdIsNegative:
+            return QStringLiteral("Failed to register profile box icon: icon ID is invalid");
+        case BoxRefusal::IconIsNull:
+            return QStringLiteral("Failed to register profile box icon: null pointer found");
+        case BoxRefusal::IconHasWrongSize:
+            return QStringLiteral("Failed to register profile box icon: icon size=%1 is invalid");
+        case BoxRefusal::IconIsUnderWay:
+            return QStringLiteral("Failed to register profile box icon ID=%1: registration of icon with same ID "
+                                  "already in progress");
+        case BoxRefusal::IconIsRegistered:
+            return QStringLiteral("Failed to register a profile box icon with id=%1; already registered");
+        }
+        Q_UNREACHABLE();
+    }();
+    Log<GENERAL_ERROR>({}, line.contains(QLatin1String("%1")) ? line.arg(value) : line);
     return false;
 }
 
@@ -138,6 +163,8 @@ struct ProfileBoxManagerBase::Private
         return image;
     }
 
+    bool isListed(const QString& imageId) const { return imageList && imageList->locateItem(imageId) != -1; }
+
     QList<ProfileBoxItem> allItems() const
     {
         QList<ProfileBoxItem> all;
@@ -204,19 +231,47 @@ ProfileBoxState ProfileBoxManagerBase::profileBoxState() const
     return d->state;
 }
 
+std::optional<BoxRefusal> ProfileBoxManagerBase::refusalOfItem(const QString& text, const QString& cookie)
+{
+    if (text.isEmpty())
+        return BoxRefusal::TextIsEmpty;
+    if (text.size() > maxTextLength)
+        return BoxRefusal::TextIsTooLong;
+    // Both characters count, so a pair of them counts twice.
+    if (text.count(u'\n') + text.count(u'\r') > maxTextBreaks)
+        return BoxRefusal::TextHasTooManyLines;
+    if (cookie.size() > maxCookieLength)
+        return BoxRefusal::CookieIsTooLong;
+    return std::nullopt;
+}
+
+std::optional<BoxRefusal> ProfileBoxManagerBase::refusalOfIcon(int iconId, const char* data, unsigned size) const
+{
+    const QString imageId = QString::number(iconId);
+    if (iconId < 0)
+        return BoxRefusal::IconIdIsNegative;
+    if (!data)
+        return BoxRefusal::IconIsNull;
+    if (size == 0 || size > maxIconSize)
+        return BoxRefusal::IconHasWrongSize;
+    if (d->pendingIcons.contains(imageId))
+        return BoxRefusal::IconIsUnderWay;
+    if (d->isListed(imageId))
+        return BoxRefusal::IconIsRegistered;
+    return std::nullopt;
+}
+
+bool ProfileBoxManagerBase::isIconKnown(int iconId) const
+{
+    const QString imageId = QString::number(iconId);
+    return d->pendingIcons.contains(imageId) || d->isListed(imageId);
+}
+
 bool ProfileBoxManagerBase::createProfileBoxItem(const QString& text, const boost::optional<int>& iconId,
                                                  const QString& cookie)
 {
-    if (text.isEmpty())
-        return refuse(QStringLiteral("Failed to create profile box item: text is null or empty"));
-    if (text.size() > maxTextLength)
-        return refuse(QStringLiteral("Failed to create profile box item: text > 100 chars"));
-    // Both characters count, so a pair of them counts twice.
-    if (text.count(u'\n') + text.count(u'\r') > maxTextBreaks)
-        return refuse(QStringLiteral("Failed to create profile box item: text contains more than 2 new line chars"));
-    if (cookie.size() > maxCookieLength)
-        return refuse(QStringLiteral("Failed to create profile box item: cookie > 128 chars"));
-
+    if (const auto refusal = refusalOfItem(text, cookie))
+        return refuse(*refusal);
     const auto request =
         QSharedPointer<zel::JsonWriter>::create(QStringLiteral("createProfileBoxItem"), QStringLiteral("zel"));
     request->addAttribute(QStringLiteral("text"), text);
@@ -230,20 +285,8 @@ bool ProfileBoxManagerBase::createProfileBoxItem(const QString& text, const boos
 bool ProfileBoxManagerBase::createProfileBoxImage(int iconId, Avatar::ImageType type, const char* data, unsigned size)
 {
     const QString imageId = QString::number(iconId);
-    if (iconId < 0)
-        return refuse(QStringLiteral("Failed to register profile box icon: icon ID is invalid"));
-    if (!data)
-        return refuse(QStringLiteral("Failed to register profile box icon: null pointer found"));
-    if (size == 0 || size > maxIconSize)
-        return refuse(QStringLiteral("Failed to register profile box icon: icon size=%1 is invalid").arg(size));
-    if (d->pendingIcons.contains(imageId))
-        return refuse(QStringLiteral("Failed to register profile box icon ID=%1: registration of icon with same ID "
-                                     "already in progress")
-                          .arg(imageId));
-    if (d->imageList && d->imageList->locateItem(imageId) != -1)
-        return refuse(
-            QStringLiteral("Failed to register a profile box icon with id=%1; already registered").arg(imageId));
-
+    if (const auto refusal = refusalOfIcon(iconId, data, size))
+        return refuse(*refusal, *refusal == BoxRefusal::IconHasWrongSize ? QString::number(size) : imageId);
     const QSharedDataPointer<Avatar> icon(new Avatar(type, QByteArray(data, static_cast<qsizetype>(size))));
     d->pendingIcons.insert(imageId, icon);
     d->announcements.begin(imageId);

@@ -20,6 +20,7 @@
 #include <boost/optional.hpp>
 
 #include <memory>
+#include <optional>
 
 namespace zelsplib {
 
@@ -29,6 +30,19 @@ class RegistrationHandler;
 enum class ProfileBoxState {
     Loading, ///< at least one of the two lists has not been received whole yet
     Ready,
+};
+
+/// Why a request for an item or an icon cannot be one.
+enum class BoxRefusal {
+    TextIsEmpty,
+    TextIsTooLong,
+    TextHasTooManyLines,
+    CookieIsTooLong,
+    IconIdIsNegative,
+    IconIsNull,
+    IconHasWrongSize,
+    IconIsUnderWay,
+    IconIsRegistered,
 };
 
 /// What ProfileBoxManager does whatever its event handler is: mirrors the box's items and icons, checks and sends
@@ -50,6 +64,11 @@ public:
     /// Each false, with a line in the log, when the request cannot be one. What is created shows in the lists later.
     bool createProfileBoxItem(const QString& text, const boost::optional<int>& iconId, const QString& cookie);
     bool createProfileBoxImage(int iconId, Avatar::ImageType type, const char* data, unsigned size);
+    /// The first reason for which the one or the other would answer false now.
+    static std::optional<BoxRefusal> refusalOfItem(const QString& text, const QString& cookie);
+    std::optional<BoxRefusal> refusalOfIcon(int iconId, const char* data, unsigned size) const;
+    /// Whether an icon is registered or on its way to the service. Before both lists have come nobody knows.
+    bool isIconKnown(int iconId) const;
     /// Asks for an icon's data, and again until it comes as an event. Of icons that share a stream, the data is that
     /// one's whose listed hash it has, else that of the one that has waited longest.
     void retrieveProfileBoxImage(int iconId);

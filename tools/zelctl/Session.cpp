@@ -39,7 +39,7 @@ struct Session::Objects
 Session::Session(const QUuid& uuid, QObject* parent)
     : QObject(parent)
     , m_context(uuid)
-    , m_objects(std::make_unique<Objects>(nullptr))
+    , m_objects(std::make_unique<Objects>(&m_context))
     , m_hasService(m_context.registrationState() != RegistrationState::BlockedByUser)
 {
     connect(&m_context, &Context::registrationStateUpdated, this, &Session::registrationStateUpdated);

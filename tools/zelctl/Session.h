@@ -24,7 +24,7 @@ namespace zelctl {
 
 /// The application that zelctl is: the context, and the public objects as an application makes them.
 ///
-/// Until the first Allowed the objects are ones without a context, which answer their defaults and refuse requests.
+/// Until the first Allowed the objects are ones made too early, which answer their defaults and refuse requests.
 /// In the slot of that signal they give way to live ones: references from the accessors do not outlive it.
 class Session : public QObject
 {

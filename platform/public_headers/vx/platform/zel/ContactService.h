@@ -26,8 +26,8 @@ class ContactServicePrivate;
 /// What has come by the time it is made is there at once. One that is made in the slot of the first Allowed hears one
 /// contactListUpdated() when the list is whole; for one that is made later, when it is whole already, none need follow.
 /// So show contacts() right after making it, and again at each contactListUpdated() and at each Allowed; isComplete()
-/// says whether these are all. The list is whole when the record of every contact has come: one who is listed and never gets a record with a handle holds it
-/// back, though those who are there are shown by a service that is made later.
+/// says whether these are all. The list is whole when the record of every contact has come: one who is listed and never
+/// gets a record with a handle holds it back, though those who are there are shown by a service that is made later.
 ///
 /// Contacts are named by their handle. One whose handle changes is announced under the new one, and stays in contacts()
 /// under the old one as well; one who removes the application is announced and stays, too, until the list is read anew.
@@ -35,8 +35,8 @@ class ContactServicePrivate;
 /// first whole list does. hasApplication() tells meanwhile who has left.
 ///
 /// A service that was away and has come back sends its list again. Single changes since then are not known, so none are
-/// announced; contactListResent() is, whether or not anything differs. Whoever is new and has no record yet is announced
-/// by applicationEnabled() after that.
+/// announced; contactListResent() is, whether or not anything differs. Whoever is new and has no record yet is
+/// announced by applicationEnabled() after that.
 ///
 /// Invitations that contacts send to the user are answered in the messaging application; no signal tells of them.
 ///
@@ -72,8 +72,8 @@ Q_SIGNALS:
     /// The list is whole, with the record of every contact, or was read anew by refresh() or because another
     /// ContactService was made. Read contacts() again.
     void contactListUpdated();
-    /// The service has sent the whole list again: it was away, as a rule. contacts() are as they were until refresh() is
-    /// called, which a slot may do; hasApplication() tells who has left, and so does comparing the two lists.
+    /// The service has sent the whole list again: it was away, as a rule. contacts() are as they were until refresh()
+    /// is called, which a slot may do; hasApplication() tells who has left, and so does comparing the two lists.
     void contactListResent();
     /// The answer to requestDisplayPicture(), or a picture that changed. An empty picture: the contact has none. It is
     /// the contact's present one; an answer that a change has overtaken is not told.
@@ -88,7 +88,8 @@ Q_SIGNALS:
 
     /// For bindings to valid: access was lost or won back, which a registration state of the context tells.
     void validChanged(QPrivateSignal);
-    /// For bindings to complete: the list has become whole, or access was lost or won back. After what brought it about.
+    /// For bindings to complete: the list has become whole, or access was lost or won back. After what brought it
+    /// about.
     void completeChanged(QPrivateSignal);
     /// For bindings to contactCount, which is another number than before. It comes right after what brought that
     /// about: contactListUpdated(), applicationEnabled(), contactUpdated(), or a registration state of the context by

@@ -27,15 +27,16 @@ class ProfileBoxPrivate;
 /// Requests are answered by the service through the signals. Its rules: a text of 1 to 100 characters (those of
 /// QString::size(), so one beyond the first 65536 counts as two) with at most two line breaks ("\r\n" counts as two), a
 /// cookie of at most 128 characters, an icon of 1 to 32768 bytes under an id of 0 or more that is not registered yet.
-/// What breaks them is refused: an icon by false, an item only by a line in the log. Which icon an item may name is for
-/// the service to judge: one that is registered, or on its way. For an item without an icon take the form without the
-/// id.
+/// What breaks them is refused: an icon by false, an item only by a line in the log; a warning says why, once. Which
+/// icon an item may name is for the service to judge: one that is registered, or on its way. For an item without an
+/// icon take the form without the id.
 ///
 /// Thread: that of the context. In a slot anything may be done, including destroying this object.
 class ZEL_EXPORT ProfileBox : public QObject
 {
     Q_OBJECT
     Q_PROPERTY(int itemCount READ itemCount NOTIFY itemCountChanged)
+    Q_PROPERTY(QList<int> registeredIcons READ registeredIcons NOTIFY registeredIconsChanged)
 
 public:
     /// The box of the application that \a context registers.
@@ -49,6 +50,7 @@ public:
     ProfileBoxItem item(const QString& itemId) const;
     QList<ProfileBoxItem> items() const;
     int itemCount() const;
+    QList<int> registeredIcons() const;
     bool requestRegisterIcon(int iconId, ImageType::Type type, const QByteArray& icon);
     bool requestRetrieveIcon(int iconId) const;
 
@@ -67,6 +69,8 @@ Q_SIGNALS:
     /// For bindings: itemCount() is another number than before. After the signal that brought it about; a box that is
     /// first received after registration brings none.
     void itemCountChanged(QPrivateSignal);
+    /// For bindings: registeredIcons() is another list than before, also when an icon is gone. Like itemCountChanged().
+    void registeredIconsChanged(QPrivateSignal);
 
 private:
     friend class ProfileBoxPrivate;

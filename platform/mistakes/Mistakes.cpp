@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <platform/mistakes/Mistakes.h>
+
+#include <platform/channel/ServiceBridge.h>
+#include <platform/channel/Trace.h>
+#include <vx/platform/zel/Context.h>
+
+#include <QtCore/QMetaEnum>
+#include <QtCore/QMutex>
+#include <QtCore/QMutexLocker>
+#include <QtCore/QSet>
+#include <QtCore/QThread>
+
+#include <atomic>
+
+namespace vx::platform::zel::mistakes {
+
+namespace {
+
+/// What was asked for last. Requests are written within the call, so a message that is too long is its.
+std::atomic<const char*> lastRequest = "a request";
+
+bool isNew(const QString& text)
+{
+    static QMutex mutex;
+    static QSet<QString> told;
+    const QMutexLocker locker(&mutex); // let go before anybody is told: a message handler may make mistakes, too
+    const qsizetype before = told.size();
+    told.insert(text);
+    return told.size() != before;
+}
+
+QString withoutAccess(const Context& context)
+{
+    if (!ServiceBridge::instance()->isInitialized())
+        return QStringLiteral("there is no core service; start one before the application");
+    const RegistrationState::Type state = context.registrationState();
+    if (state == RegistrationState::Unknown)
+        return QStringLiteral("the service has not said yet how things stand; wait for registrationStateUpdated() or "
+                              "use whenReady()");
+    if (state == RegistrationState::Allowed)
+        return QStringLiteral("made before access was allowed, it refuses requests for its life; make it when the "
+                              "context is ready, as whenReady() tells");
+    const QString name =
+        QString::fromLatin1(QMetaEnum::fromType<RegistrationState::Type>().valueToKey(static_cast<int>(state)));
+    return QStringLiteral("access is not allowed, the registration state is %1; wait until the context is ready, as "
+                          "whenReady() tells")
+        .arg(name);
+}
+
+} // namespace
+
+bool warn(const char* where, const QString& what)
+{
+    const QString text = QLatin1String(where) + QLatin1String(": ") + what;
+    if (isNew(text))
+        qCWarning(lcPlatform, "%ls", qUtf16Printable(text));
+    return false;
+}
+
+bool warn(const char* where, const char* what)
+{
+    return warn(where, QString::fromLatin1(what));
+}
+
+bool isRightThread(const char* where)
+{
+    return ServiceBridge::instance()->thread() == QThread::currentThread() ||
+           warn(where, "used from another thread; every public object belongs to the one that made the first");
+}
+
+void checkMaking(const char* where, const Context* context, Needs needs)
+{
+    if (!context) {
+        warn(where, "made without a context, it answers defaults for its life; give it the application's Context");
+        return;
+    }
+    isRightThread(where);
+    if (needs != Needs::Context && !context->isAccessAllowed())
+        warn(where, "made before access was allowed, it answers defaults for its life; make it when the context is "
+                    "ready, as whenReady() tells");
+    else if (needs == Needs::Readiness && !context->isReady())
+        warn(where,
+             "made before the context was ready, it misses what has not come yet; make it when whenReady() tells");
+}
+
+bool mayRequest(const char* where, const Context* context, bool isAllowed)
+{
+    if (!context)
+        return warn(where, "there is no context; give the object one, and keep it for as long as the object is used");
+    isRightThread(where);
+    lastRequest = where;
+    return isAllowed || warn(where, withoutAccess(*context));
+}
+
+void warnOfLongMessage()
+{
+    warn(lastRequest, "the message has more than 65536 bytes, which the object does not carry; the text has to be "
+                      "shorter");
+}
+
+} // namespace vx::platform::zel::mistakes

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QtCore/QString>
+
+class QObject;
+
+namespace vx::platform::zel {
+
+class Context;
+
+/// Says what an application does that can never work: one warning in the category "zel.platform", which names the class
+/// and the call, the reason and the remedy. Each text once for the process, however often it happens. Changes nothing
+/// of what the call does. May be called on any thread, and by a message handler that uses the library.
+namespace mistakes {
+
+/// `where` is the class, or the class and the call. Answers false: what a request does that was refused.
+bool warn(const char* where, const QString& what);
+bool warn(const char* where, const char* what);
+
+/// What an object was made for, as far as it counts whether that was too early.
+enum class Needs { Context, Access, Readiness };
+
+/// An object of the class `where` has been made.
+void checkMaking(const char* where, const Context* context, Needs needs);
+/// A request is made: whether it may be, which is `isAllowed`. Says why, if it may not.
+bool mayRequest(const char* where, const Context* context, bool isAllowed);
+/// The message of the request that was made last is longer than the object takes.
+void warnOfLongMessage();
+
+/// Whether this is the thread on which the library lives; says so, if it is another.
+bool isRightThread(const char* where);
+
+} // namespace mistakes
+} // namespace vx::platform::zel
