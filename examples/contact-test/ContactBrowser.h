@@ -18,8 +18,12 @@ public:
     ContactBrowser()
         : m_context(QUuid(0x6f8d2c4e, 0x5b0a, 0x4a37, 0x9d, 0x0e, 0x0c, 0x8f, 0x3f, 0x1f, 0x2a, 0x10))
     {
-        using vx::platform::zel::Context;
-        connect(&m_context, &Context::registrationStateUpdated, this, &ContactBrowser::follow);
+        namespace zel = vx::platform::zel;
+        connect(&m_context, &zel::Context::registrationStateUpdated, this, [this](zel::RegistrationState::Type state) {
+            if (state == zel::RegistrationState::Unregistered)
+                m_context.requestRegisterApplication();
+        });
+        whenReady(&m_context, this, [this] { m_contacts = std::make_unique<zel::ContactService>(&m_context); });
     }
 
     QStringList names() const
@@ -35,15 +39,6 @@ public:
     }
 
 private:
-    void follow(vx::platform::zel::RegistrationState::Type state)
-    {
-        namespace zel = vx::platform::zel;
-        if (state == zel::RegistrationState::Unregistered)
-            m_context.requestRegisterApplication();
-        else if (state == zel::RegistrationState::Allowed && !m_contacts)
-            m_contacts = std::make_unique<zel::ContactService>(&m_context);
-    }
-
     vx::platform::zel::Context m_context;
     std::unique_ptr<vx::platform::zel::ContactService> m_contacts;
 };

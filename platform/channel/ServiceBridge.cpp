@@ -75,6 +75,7 @@ bool ServiceBridge::letGo()
     locker.unlock(); // a message handler of the application may use the library
     delete std::exchange(last->m_monitor, nullptr);
     Services::forgetServices();
+    mistakes::forget();
     qRemovePostRoutine(letGoWithTheApplication);
     return true;
 }

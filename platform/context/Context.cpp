@@ -2,7 +2,6 @@
 #include <vx/platform/zel/Context.h>
 
 #include <platform/channel/ServiceBridge.h>
-#include <platform/channel/Trace.h>
 #include <platform/context/ApplicationDelegate.h>
 #include <platform/mistakes/Mistakes.h>
 
@@ -44,14 +43,11 @@ public:
     /// for each function is told at once.
     void remarkThatAllIsTold() const
     {
-        static bool isSaid = false;
         const bool isSuccessor = hold.use_count() == 2; // the bridge's and this
-        if (isSaid || !isSuccessor || delegate->registrationAccessState() != RegistrationState::Allowed)
-            return;
-        isSaid = true;
-        qCInfo(lcPlatform, "Context: the process is registered already, and registrationStateUpdated() tells changes "
-                           "only; look at registrationState() first, and in a test make a zelcore::TestService for "
-                           "each function");
+        if (isSuccessor && delegate->registrationAccessState() == RegistrationState::Allowed)
+            mistakes::remark("Context", "the process is registered already, and registrationStateUpdated() tells "
+                                        "changes only; use whenReady(), and in a test a zelcore::TestService for each "
+                                        "function");
     }
 
     QUuid const uuid;

@@ -20,11 +20,18 @@ namespace {
 /// What was asked for last. Requests are written within the call, so a message that is too long is its.
 std::atomic<const char*> lastRequest = "a request";
 
+QMutex mutex;
+
+QSet<QString>& toldSoFar()
+{
+    static QSet<QString> told;
+    return told;
+}
+
 bool isNew(const QString& text)
 {
-    static QMutex mutex;
-    static QSet<QString> told;
     const QMutexLocker locker(&mutex); // let go before anybody is told: a message handler may make mistakes, too
+    QSet<QString>& told = toldSoFar();
     const qsizetype before = told.size();
     told.insert(text);
     return told.size() != before;
@@ -61,6 +68,19 @@ bool warn(const char* where, const QString& what)
 bool warn(const char* where, const char* what)
 {
     return warn(where, QString::fromLatin1(what));
+}
+
+void remark(const char* where, const char* what)
+{
+    const QString text = QLatin1String(where) + QLatin1String(": ") + QLatin1String(what);
+    if (isNew(text))
+        qCInfo(lcPlatform, "%ls", qUtf16Printable(text));
+}
+
+void forget()
+{
+    const QMutexLocker locker(&mutex);
+    toldSoFar().clear();
 }
 
 bool isRightThread(const char* where)

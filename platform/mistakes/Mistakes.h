@@ -10,13 +10,19 @@ namespace vx::platform::zel {
 class Context;
 
 /// Says what an application does that can never work: one warning in the category "zel.platform", which names the class
-/// and the call, the reason and the remedy. Each text once for the process, however often it happens. Changes nothing
-/// of what the call does. May be called on any thread, and by a message handler that uses the library.
+/// and the call, the reason and the remedy. Each text once for as long as the process is connected, however often it
+/// happens. Changes nothing of what the call does. May be called on any thread, and by a message handler that uses the
+/// library.
 namespace mistakes {
 
 /// `where` is the class, or the class and the call. Answers false: what a request does that was refused.
 bool warn(const char* where, const QString& what);
 bool warn(const char* where, const char* what);
+
+/// The same for what works, but otherwise than somebody may think: information, not a warning.
+void remark(const char* where, const char* what);
+/// Begins anew: everything may be said once more.
+void forget();
 
 /// What an object was made for, as far as it counts whether that was too early.
 enum class Needs { Context, Access, Readiness };

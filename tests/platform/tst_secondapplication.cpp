@@ -11,7 +11,6 @@ class TstSecondApplication : public QObject
 private Q_SLOTS:
     void readsOn()
     {
-        const QString path = QStringLiteral("/pps/services/zelcore/platform");
         int argumentCount = 0;
         std::unique_ptr<QCoreApplication> application(new QCoreApplication(argumentCount, nullptr));
         Desk desk;
@@ -22,9 +21,6 @@ private Q_SLOTS:
 
         application.reset();
         application.reset(new QCoreApplication(argumentCount, nullptr));
-        desk.core.server().close(); // it needs an application object as well
-        QVERIFY(desk.core.server().listen(path, nullptr));
-        QTRY_VERIFY(desk.core.hasClient());
         desk.changeState(QStringLiteral("Expired"));
         QTRY_COMPARE(context.registrationState(), RegistrationState::Expired);
         QVERIFY(context.isZelSetup());

@@ -34,7 +34,7 @@ class SimulatorPrivate;
 ///     zelcore::Simulator simulator;
 ///     simulator.generateContacts(25, 1);
 ///     simulator.start();
-///     simulator.exportRoot();          // before the first use of the client library in this process
+///     simulator.exportRoot();          // before the objects of an application in this process are made
 ///     simulator.execute(QStringLiteral("contact change anna displayName=\"Anna B.\""));
 class ZELCORE_EXPORT Simulator : public QObject
 {
