@@ -3,12 +3,11 @@
 
 #include <platform/contacts/ContactPrivate.h>
 
+#include <QtCore/QDebug>
+
 namespace vx::platform::zel {
 
-Contact::Contact()
-    : d(new ContactPrivate)
-{
-}
+Contact::Contact() noexcept = default;
 
 Contact::Contact(const zelsplib::PlatformContact& record)
     : d(new ContactPrivate(record))
@@ -16,47 +15,61 @@ Contact::Contact(const zelsplib::PlatformContact& record)
 }
 
 Contact::Contact(const Contact& other) = default;
+Contact::Contact(Contact&& other) noexcept = default;
 Contact& Contact::operator=(const Contact& other) = default;
+Contact& Contact::operator=(Contact&& other) noexcept = default;
 Contact::~Contact() = default;
+
+/// A null one has no record of its own, so that one can be made, and taken from, without memory.
+const zelsplib::PlatformContact& Contact::record() const noexcept
+{
+    static const zelsplib::PlatformContact nothing;
+    return d ? d->record : nothing;
+}
+
+bool Contact::isNull() const
+{
+    return handle().isEmpty();
+}
 
 QString Contact::displayName() const
 {
-    return d->record.getDisplayName();
+    return record().getDisplayName();
 }
 
 QString Contact::personalMessage() const
 {
-    return d->record.getPersonalMessage();
+    return record().getPersonalMessage();
 }
 
 UserStatus::Type Contact::status() const
 {
-    return d->record.getShowBusy() ? UserStatus::Busy : UserStatus::Available;
+    return record().getShowBusy() ? UserStatus::Busy : UserStatus::Available;
 }
 
 QString Contact::statusMessage() const
 {
-    return d->record.getStatusMessage();
+    return record().getStatusMessage();
 }
 
 QString Contact::handle() const
 {
-    return d->record.getHandle();
+    return record().getHandle();
 }
 
 QString Contact::ppId() const
 {
-    return d->record.getPpid();
+    return record().getPpid();
 }
 
 QString Contact::applicationVersion() const
 {
-    return d->record.getAppVersion();
+    return record().getAppVersion();
 }
 
 int Contact::platformVersion() const
 {
-    return d->record.getZelsdkVersion();
+    return record().getZelsdkVersion();
 }
 
 int Contact::sdkVersion() const
@@ -66,12 +79,26 @@ int Contact::sdkVersion() const
 
 int Contact::zelVersion() const
 {
-    return d->record.getZelVersion();
+    return record().getZelVersion();
 }
 
 bool operator==(const Contact& left, const Contact& right)
 {
-    return left.d == right.d || left.d->record == right.d->record;
+    return left.d == right.d || left.record() == right.record();
+}
+
+size_t qHash(const Contact& contact, size_t seed) noexcept
+{
+    return qHash(contact.handle(), seed);
+}
+
+QDebug operator<<(QDebug debug, const Contact& contact)
+{
+    const QDebugStateSaver saver(debug);
+    debug.nospace() << "Contact(";
+    if (!contact.isNull())
+        debug << contact.handle() << ", " << contact.displayName() << ", " << contact.status();
+    return debug << ')';
 }
 
 } // namespace vx::platform::zel

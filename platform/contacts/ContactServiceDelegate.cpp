@@ -69,7 +69,7 @@ bool ContactServiceDelegate::requestAvatar(const QString& handle) const
                             << "::requestAvatar(): Could not obtain contact with handle=" << handle;
         return false;
     }
-    return m_services->contacts()->retrieveAvatar(known.d->record.getUri());
+    return m_services->contacts()->retrieveAvatar(known.record().getUri());
 }
 
 void ContactServiceDelegate::setContactList(const QList<PlatformContact>& records)
@@ -118,7 +118,7 @@ void ContactServiceDelegate::notifyInvitationReceived(const QString& handle)
 bool ContactServiceDelegate::hasApplication(const QString& handle) const
 {
     const Contact* const known = find(handle);
-    return known && m_services->contacts()->hasApplication(known->d->record);
+    return known && m_services->contacts()->hasApplication(known->record());
 }
 
 /// Turns on the reports about contacts and has the list as far as it is there reported within this call.
@@ -137,7 +137,7 @@ void ContactServiceDelegate::readContactList()
 
 const QString& ContactServiceDelegate::handleOf(const Contact& contact)
 {
-    return contact.d->record.data().handle;
+    return contact.record().data().handle;
 }
 
 int ContactServiceDelegate::placeOf(const QString& handle) const

@@ -17,15 +17,22 @@ Avatar::Avatar(ImageType type, const QByteArray& data, const QString& hash)
 {
 }
 
-Avatar::ImageType Avatar::imageTypeOf(const QByteArray& data)
+std::optional<Avatar::ImageType> Avatar::imageTypeShownBy(const QByteArray& data)
 {
+    if (data.startsWith("\xff\xd8\xff"))
+        return Jpeg;
     if (data.startsWith("\x89PNG\r\n\x1a\n"))
         return Png;
     if (data.startsWith("GIF87a") || data.startsWith("GIF89a"))
         return Gif;
     if (data.startsWith("BM"))
         return Bmp;
-    return Jpeg;
+    return std::nullopt;
+}
+
+Avatar::ImageType Avatar::imageTypeOf(const QByteArray& data)
+{
+    return imageTypeShownBy(data).value_or(Jpeg);
 }
 
 QString Avatar::getMimeType() const

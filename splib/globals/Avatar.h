@@ -5,6 +5,8 @@
 #include <QSharedData>
 #include <QString>
 
+#include <optional>
+
 namespace zelsplib {
 
 /// A picture and the hash that names it. Shared data; never changed once it is built.
@@ -24,7 +26,9 @@ public:
     Avatar(ImageType type, const QByteArray& data);
     Avatar(ImageType type, const QByteArray& data, const QString& hash);
 
-    /// The type that the first bytes of a picture show; JPEG when they show none.
+    /// The type that the first bytes of a picture show, if any.
+    static std::optional<ImageType> imageTypeShownBy(const QByteArray& data);
+    /// The same; JPEG when they show none.
     static ImageType imageTypeOf(const QByteArray& data);
 
     ImageType getImageType() const { return m_type; }

@@ -186,17 +186,6 @@ private Q_SLOTS:
         QCOMPARE(line.count('\n'), 1);
         QVERIFY(line.contains("value=\"1\\n2\""));
     }
-
-    void knowsPicturesByTheirFirstBytes()
-    {
-        QCOMPARE(imageTypeOf("\xff\xd8\xff\xe0", u"x"_s), ImageType::Jpg);
-        QCOMPARE(imageTypeOf("\x89PNG\r\n\x1a\n...", u"x.gif"_s), ImageType::Png); // whatever it is called
-        QCOMPARE(imageTypeOf("GIF89a", u"x"_s), ImageType::Gif);
-        QCOMPARE(imageTypeOf("BM1234", u"x"_s), ImageType::Bmp);
-        QCOMPARE(imageTypeOf("?", u"a.b/x.JPEG"_s), ImageType::Jpg); // by suffix
-        QCOMPARE(imageTypeOf("?", u"x.jp"_s), ImageType::Unsupported);
-        QCOMPARE(imageTypeOf("\x89PNG", u"x"_s), ImageType::Unsupported);
-    }
 };
 
 QTEST_APPLESS_MAIN(TstCommandLine)

@@ -16,9 +16,6 @@ struct Picture
     QByteArray data;
 };
 
-/// The type that the first bytes show, else the one that the file's suffix names, else Unsupported.
-vx::platform::zel::ImageType::Type imageTypeOf(const QByteArray& data, const QString& fileName);
-
 /// Empty, with a sentence in \a error, when the file cannot be read.
 std::optional<Picture> readPicture(const QString& fileName, QString* error);
 

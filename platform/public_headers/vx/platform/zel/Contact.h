@@ -8,6 +8,10 @@
 #include <QtCore/QObject>
 #include <QtCore/QString>
 
+QT_BEGIN_NAMESPACE
+class QDebug;
+QT_END_NAMESPACE
+
 namespace zelsplib {
 class PlatformContact;
 }
@@ -19,11 +23,13 @@ class ContactPrivate;
 /// One contact who has the application, as it was when ContactService handed it out. It does not follow changes: ask
 /// the service again after contactUpdated().
 ///
-/// A value: copies share the record, which is never written to. A default Contact has empty texts, no versions and is
-/// Available; a contact that the service knows always has a handle(). May be copied and read on any thread.
+/// A value: copies share the record, which is never written to. A default Contact is null: it has empty texts, no
+/// versions and is Available; a contact that the service knows always has a handle(). May be copied and read on any
+/// thread.
 class ZEL_EXPORT Contact
 {
     Q_GADGET
+    Q_PROPERTY(bool null READ isNull CONSTANT)
     Q_PROPERTY(QString handle READ handle CONSTANT)
     Q_PROPERTY(QString displayName READ displayName CONSTANT)
     Q_PROPERTY(QString personalMessage READ personalMessage CONSTANT)
@@ -37,12 +43,21 @@ class ZEL_EXPORT Contact
 
 public:
     /// Nobody.
-    Contact();
-    /// Shares the record.
+    Contact() noexcept;
+    /// Shares the record of \a other.
     Contact(const Contact& other);
-    /// Shares the record.
+    /// Takes the record of \a other, which is a null one after that.
+    Contact(Contact&& other) noexcept;
+    /// Shares the record of \a other.
     Contact& operator=(const Contact& other);
+    /// Takes the record of \a other, which is a null one after that.
+    Contact& operator=(Contact&& other) noexcept;
     ~Contact();
+    /// Changes places with \a other.
+    void swap(Contact& other) noexcept { d.swap(other.d); }
+
+    /// Whether this is nobody: the handle is empty.
+    bool isNull() const;
 
     /// The name that the contact goes by.
     QString displayName() const;
@@ -65,17 +80,25 @@ public:
     /// The version of the messaging service on the contact's device.
     int zelVersion() const;
 
-    /// Whether all that the service says of the two is the same.
+    /// Whether all that the service says of \a left and \a right is the same.
     ZEL_EXPORT friend bool operator==(const Contact& left, const Contact& right);
-    /// Whether anything differs.
+    /// Whether anything differs between \a left and \a right.
     friend bool operator!=(const Contact& left, const Contact& right) { return !(left == right); }
+    /// Makes \a left and \a right change places.
+    friend void swap(Contact& left, Contact& right) noexcept { left.swap(right); }
+    /// Writes what tells \a contact from others to \a debug.
+    ZEL_EXPORT friend QDebug operator<<(QDebug debug, const Contact& contact);
 
 private:
     friend class ContactServiceDelegate;
     explicit Contact(const zelsplib::PlatformContact& record);
+    const zelsplib::PlatformContact& record() const noexcept;
 
     QExplicitlySharedDataPointer<ContactPrivate> d;
 };
+
+/// The handle of \a contact, hashed with \a seed.
+ZEL_EXPORT size_t qHash(const Contact& contact, size_t seed = 0) noexcept;
 
 } // namespace vx::platform::zel
 

@@ -5,6 +5,10 @@
 
 #include <QtCore/QObject>
 
+QT_BEGIN_NAMESPACE
+class QDebug;
+QT_END_NAMESPACE
+
 namespace vx::platform::zel {
 
 /// How the user stands with the owner of an eco identifier. A holder for the enumeration; never instantiated.
@@ -23,5 +27,8 @@ public:
 
     EcoIdStatus() = delete;
 };
+
+/// Writes the name of \a status to \a debug, without the class: "ContactExists".
+ZEL_EXPORT QDebug operator<<(QDebug debug, EcoIdStatus::Type status);
 
 } // namespace vx::platform::zel

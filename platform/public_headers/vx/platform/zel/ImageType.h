@@ -3,11 +3,18 @@
 
 #include <iface/Export.h>
 
+#include <QtCore/QByteArray>
 #include <QtCore/QObject>
+#include <QtCore/QString>
+
+QT_BEGIN_NAMESPACE
+class QDebug;
+QT_END_NAMESPACE
 
 namespace vx::platform::zel {
 
-/// The format of a picture or an icon. A holder for the enumeration; never instantiated.
+/// The format of a picture or an icon, and what it is called elsewhere. A holder for the enumeration; never
+/// instantiated. May be used on any thread.
 class ZEL_EXPORT ImageType
 {
     Q_GADGET
@@ -24,6 +31,14 @@ public:
     Q_ENUM(Type)
 
     ImageType() = delete;
+
+    static Type ofData(const QByteArray& data);
+    static Type ofFile(const QString& fileName);
+    static QString mimeType(Type type);
+    static QString suffix(Type type);
 };
+
+/// Writes the name of \a type to \a debug, without the class: "Png".
+ZEL_EXPORT QDebug operator<<(QDebug debug, ImageType::Type type);
 
 } // namespace vx::platform::zel

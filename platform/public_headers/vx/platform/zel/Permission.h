@@ -5,6 +5,10 @@
 
 #include <QtCore/QObject>
 
+QT_BEGIN_NAMESPACE
+class QDebug;
+QT_END_NAMESPACE
+
 namespace vx::platform::zel {
 
 /// What ApplicationPermissions can be asked about. A holder for the enumeration; never instantiated.
@@ -22,5 +26,8 @@ public:
 
     Permission() = delete;
 };
+
+/// Writes the name of \a permission to \a debug, without the class: "ProfileUpdatesAllowed".
+ZEL_EXPORT QDebug operator<<(QDebug debug, Permission::Type permission);
 
 } // namespace vx::platform::zel

@@ -5,6 +5,10 @@
 
 #include <QtCore/QObject>
 
+QT_BEGIN_NAMESPACE
+class QDebug;
+QT_END_NAMESPACE
+
 namespace vx::platform::zel {
 
 /// The answer to a Permission. A holder for the enumeration; never instantiated.
@@ -22,5 +26,8 @@ public:
 
     PermissionValue() = delete;
 };
+
+/// Writes the name of \a value to \a debug, without the class: "Denied".
+ZEL_EXPORT QDebug operator<<(QDebug debug, PermissionValue::Type value);
 
 } // namespace vx::platform::zel

@@ -5,6 +5,10 @@
 
 #include <QtCore/QObject>
 
+QT_BEGIN_NAMESPACE
+class QDebug;
+QT_END_NAMESPACE
+
 namespace vx::platform::zel {
 
 /// Where the application stands with the messaging service, as Context::registrationState() reports it.
@@ -37,5 +41,8 @@ public:
 
     RegistrationState() = delete;
 };
+
+/// Writes the name of \a state to \a debug, without the class: "Pending".
+ZEL_EXPORT QDebug operator<<(QDebug debug, RegistrationState::Type state);
 
 } // namespace vx::platform::zel

@@ -5,6 +5,10 @@
 
 #include <QtCore/QObject>
 
+QT_BEGIN_NAMESPACE
+class QDebug;
+QT_END_NAMESPACE
+
 namespace vx::platform::zel {
 
 /// Whether a user is available. There is no value 0: what has no profile to read answers Available.
@@ -23,5 +27,8 @@ public:
 
     UserStatus() = delete;
 };
+
+/// Writes the name of \a status to \a debug, without the class: "Busy".
+ZEL_EXPORT QDebug operator<<(QDebug debug, UserStatus::Type status);
 
 } // namespace vx::platform::zel

@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Desk.h"
+
+#include <vx/platform/zel/ContactService.h>
+#include <vx/platform/zel/EcoIdStatus.h>
+#include <vx/platform/zel/ImageType.h>
+#include <vx/platform/zel/Permission.h>
+#include <vx/platform/zel/PermissionValue.h>
+#include <vx/platform/zel/ProfileBox.h>
+#include <vx/platform/zel/UserStatus.h>
+
+#include <QtCore/QFile>
+#include <QtCore/QSet>
+
+using namespace vx::platform::zel;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+template <typename... Values>
+QString written(const Values&... values)
+{
+    QString text;
+    QDebug stream(&text);
+    (stream << ... << values);
+    return text.trimmed();
+}
+
+} // namespace
+
+/// What applications pass about: contacts, items and enumerations.
+class TstValues : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void writeThemselves()
+    {
+        QCOMPARE(written(RegistrationState::MaxAppsReached, EcoIdStatus::ContactExists, UserStatus::Busy,
+                         Permission::ProfileUpdatesAllowed, PermissionValue::Denied, ImageType::Png),
+                 u"MaxAppsReached ContactExists Busy ProfileUpdatesAllowed Denied Png"_s);
+        QCOMPARE(written(static_cast<RegistrationState::Type>(99), 1), u"RegistrationState(99) 1"_s);
+        QCOMPARE(written(Contact(), ProfileBoxItem()), u"Contact() ProfileBoxItem()"_s);
+    }
+
+    void sayWhatAPictureIs()
+    {
+        const std::pair<QByteArray, ImageType::Type> pictures[] = {
+            {"\xff\xd8\xff\xe0", ImageType::Jpg}, {"\x89PNG\r\n\x1a\n...", ImageType::Png},
+            {"GIF89a", ImageType::Gif},           {"BM1234", ImageType::Bmp},
+            {"\x89PNG", ImageType::Unsupported},  {"", ImageType::Unsupported}};
+        for (const auto& [data, type] : pictures)
+            QCOMPARE(ImageType::ofData(data), type);
+        for (const ImageType::Type type : {ImageType::Jpg, ImageType::Png, ImageType::Gif, ImageType::Bmp}) {
+            QCOMPARE(ImageType::ofFile(u"not/there."_s + ImageType::suffix(type).toUpper()), type);
+            QVERIFY(ImageType::mimeType(type).startsWith("image/"_L1));
+        }
+        QVERIFY(ImageType::mimeType(ImageType::Unsupported).isEmpty() && ImageType::suffix({}).isEmpty());
+        QCOMPARE(ImageType::ofFile(u"x.jp"_s), ImageType::Unsupported);
+        QFile file(m_desk.core.root() + "/named.gif"_L1); // whatever it is called
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(pictures[1].first) > 0);
+        file.close();
+        QCOMPARE(ImageType::ofFile(file.fileName()), ImageType::Png);
+    }
+
+    void moveAndHash()
+    {
+        m_desk.permission().insert(u"showAppBox"_s, true);
+        m_desk.contact(u"ada"_s, R"({"displayName":"Ada"})");
+        m_desk.lists.insert(u"platformContact"_s, {Desk::contactId(u"ada"_s)});
+        m_desk.lists.insert(u"profileBoxItem"_s, {ScriptedCore::json(R"({"itemId":"1","text":"one","imageId":"7"})")});
+        QVERIFY(m_desk.becomeAllowed());
+        Context context(QUuid::createUuid());
+        ContactService contacts(&context);
+        QTRY_VERIFY(contacts.isComplete());
+        check(contacts.contact(u"ada"_s), u"Contact(\"ada\", \"Ada\", Available)"_s);
+        check(ProfileBox(&context).item(u"1"_s), u"ProfileBoxItem(\"1\", \"one\", icon 7)"_s);
+    }
+
+private:
+    template <typename Value>
+    void check(const Value& value, const QString& text)
+    {
+        static_assert(std::is_nothrow_default_constructible_v<Value> && std::is_nothrow_move_constructible_v<Value> &&
+                      std::is_nothrow_move_assignable_v<Value> && std::is_nothrow_swappable_v<Value>);
+        QCOMPARE(written(value), text);
+        QVERIFY(!value.isNull() && value != Value());
+        Value from = value;
+        Value to = std::move(from);
+        QVERIFY(from.isNull() && from == Value()); // NOLINT(bugprone-use-after-move): that is what is promised
+        QCOMPARE(to, value);
+        swap(from, to);
+        QVERIFY(to.isNull());
+        to = std::move(from);
+        QCOMPARE(to, value);
+        QCOMPARE(QSet<Value>({value, to, Value(), Value()}).size(), 2);
+    }
+
+    Desk m_desk;
+};
+
+QTEST_GUILESS_MAIN(TstValues)
+#include "tst_values.moc"
