@@ -56,7 +56,7 @@ ApplicationPermissions::ApplicationPermissions(Context* context, QObject* parent
 
 ApplicationPermissions::~ApplicationPermissions() = default;
 
-/// Denied also without access and for a value that is no permission.
+/// Whether the user allows \a permission. Denied also without access and for a value that is no permission.
 PermissionValue::Type ApplicationPermissions::permissionValue(Permission::Type permission) const
 {
     return d->allows(permission) ? PermissionValue::Allowed : PermissionValue::Denied;

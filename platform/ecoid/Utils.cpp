@@ -55,7 +55,7 @@ Utils::Utils(Context* context, QObject* parent)
 
 Utils::~Utils() = default;
 
-/// Asks for the eco identifier that belongs to a ppId; see ecoIdUpdated().
+/// Asks for the eco identifier that belongs to \a ppId; see ecoIdUpdated().
 bool Utils::requestEcoId(const QString& ppId)
 {
     return d->mayRequest("Utils::requestEcoId", ppId) && d->delegate->ecoIdRequest(ppId);
@@ -67,15 +67,17 @@ bool Utils::requestEcoIdStatus(const QString& ecoId)
     return d->mayRequest("Utils::requestEcoIdStatus", ecoId) && d->delegate->ecoIdStatusRequest(ecoId);
 }
 
-/// Has the messaging application invite the owner of an eco identifier, showing the user's \a displayName and a
-/// \a message. False also when that application cannot be reached.
+/// Has the messaging application invite the owner of \a ecoId to become a contact. \a displayName is the user's own
+/// name, by which the invited person learns who invites, as UserProfile::displayName() has it; \a message is what the
+/// user says to them. False also when that application cannot be reached.
 bool Utils::sendContactInvitation(const QString& ecoId, const QString& displayName, const QString& message)
 {
     return d->mayRequest("Utils::sendContactInvitation", ecoId) &&
            d->delegate->sendContactInvitation(ecoId, displayName, message);
 }
 
-/// Has the messaging application open a chat. False also when that application cannot be reached.
+/// Has the messaging application open a chat with the owner of \a ecoId. False also when that application cannot be
+/// reached.
 bool Utils::invokeChat(const QString& ecoId)
 {
     return d->mayRequest("Utils::invokeChat", ecoId) && d->delegate->invokeChat(ecoId);

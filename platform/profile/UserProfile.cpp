@@ -205,7 +205,7 @@ int UserProfile::sdkVersion() const
     return 200;
 }
 
-/// Asks for another personal message; see personalMessageUpdated(). False without access.
+/// Asks for \a personalMessage to be the personal message; see personalMessageUpdated(). False without access.
 bool UserProfile::requestUpdatePersonalMessage(const QString& personalMessage)
 {
     if (!d->mayRequest("UserProfile::requestUpdatePersonalMessage"))
@@ -214,7 +214,8 @@ bool UserProfile::requestUpdatePersonalMessage(const QString& personalMessage)
     return true;
 }
 
-/// Any status but Busy means available. Changes these two and nothing else of the profile.
+/// Asks for \a status and \a statusMessage to be the user's, and changes nothing else of the profile; see
+/// statusUpdated(). Any status but Busy means available.
 bool UserProfile::requestUpdateStatus(UserStatus::Type status, const QString& statusMessage)
 {
     if (!d->mayRequest("UserProfile::requestUpdateStatus"))
@@ -223,9 +224,9 @@ bool UserProfile::requestUpdateStatus(UserStatus::Type status, const QString& st
     return true;
 }
 
-/// Takes a picture of 1 to 32768 bytes; it goes out as a JPEG when \a type is Unsupported. Also false while an earlier
-/// picture waits for the service to take it. While it waits it is asked for again; when the service refuses any change
-/// of the profile meanwhile, it counts as given up, and another may be set.
+/// Asks for \a displayPicture, of 1 to 32768 bytes, to be the picture; it goes out as a JPEG when \a type is
+/// Unsupported. Also false while an earlier picture waits for the service to take it. While it waits it is asked for
+/// again; when the service refuses any change of the profile meanwhile, it counts as given up, and another may be set.
 bool UserProfile::requestUpdateDisplayPicture(ImageType::Type type, const QByteArray& displayPicture)
 {
     constexpr const char* where = "UserProfile::requestUpdateDisplayPicture";

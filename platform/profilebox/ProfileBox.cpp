@@ -89,21 +89,22 @@ ProfileBox::ProfileBox(Context* context, QObject* parent)
 
 ProfileBox::~ProfileBox() = default;
 
-/// Asks for a new item with an icon. The service names the item; see itemAdded(). True
-/// whenever there is access: a text or cookie against the rules is refused in the log only, and no signal follows.
+/// Asks for a new item that shows \a text and the icon \a iconId and carries \a cookie. The service names the item; see
+/// itemAdded(). True whenever there is access: a text or cookie against the rules is refused in the log and by a
+/// warning only, and no signal follows.
 bool ProfileBox::requestAddItem(const QString& text, int iconId, const QString& cookie)
 {
     return d->mayRequest("ProfileBox::requestAddItem") && d->delegate->addItemRequest(text, iconId, cookie);
 }
 
-/// The same without an icon.
+/// The same without an icon: an item with \a text and \a cookie.
 bool ProfileBox::requestAddItem(const QString& text, const QString& cookie)
 {
     return d->mayRequest("ProfileBox::requestAddItem") && d->delegate->addItemRequest(text, boost::none, cookie);
 }
 
-/// Asks for the removal of an item; see itemRemoved(). True whenever there is access; nothing follows for an item that
-/// is not there.
+/// Asks for the removal of the item that the service calls \a itemId; see itemRemoved(). True whenever there is access;
+/// nothing follows for an item that is not there.
 bool ProfileBox::requestRemoveItem(const QString& itemId)
 {
     return d->mayRequest("ProfileBox::requestRemoveItem") && d->delegate->removeItemRequest(itemId);
@@ -115,7 +116,7 @@ bool ProfileBox::requestRemoveAllItems()
     return d->mayRequest("ProfileBox::requestRemoveAllItems") && d->delegate->removeAllItemsRequest();
 }
 
-/// An invalid item when there is none with this id.
+/// The item that the service calls \a itemId; a null one when there is none.
 ProfileBoxItem ProfileBox::item(const QString& itemId) const
 {
     return d->isAllowed() ? d->delegate->item(itemId) : ProfileBoxItem();
@@ -139,14 +140,14 @@ QList<int> ProfileBox::registeredIcons() const
     return d->registeredIcons();
 }
 
-/// Gives the service an icon for items to use; see iconRegistered(). False, with a line in the log, when the icon is
-/// against the rules or its id is registered or being registered.
+/// Gives the service the picture \a icon of the format \a type, for items to use under \a iconId; see iconRegistered().
+/// False, with a line in the log, when the icon is against the rules or its id is registered or being registered.
 bool ProfileBox::requestRegisterIcon(int iconId, ImageType::Type type, const QByteArray& icon)
 {
     return d->mayRequest("ProfileBox::requestRegisterIcon") && d->delegate->iconRegistrationRequest(iconId, type, icon);
 }
 
-/// Asks for the data of a registered icon; see iconRetrieved(). A lost answer is asked for again.
+/// Asks for the data of the registered icon \a iconId; see iconRetrieved(). A lost answer is asked for again.
 bool ProfileBox::requestRetrieveIcon(int iconId) const
 {
     return d->mayRequest("ProfileBox::requestRetrieveIcon") && d->delegate->iconRetrievalRequest(iconId);

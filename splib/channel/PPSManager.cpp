@@ -22,7 +22,7 @@ using namespace logging;
 
 namespace {
 
-constexpr std::size_t largestRecord = 65536;
+constexpr std::size_t largestRecord = 65537; // one read, and a last line break that may be missing
 
 int openObject(const QString& path)
 {

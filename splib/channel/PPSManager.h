@@ -50,7 +50,7 @@ public:
     QString getJsonFromPps(const QString& ppsText) const;
 
 Q_SIGNALS:
-    /// A message has gone out that is longer than the 65536 bytes which the other side reads: it is lost there.
+    /// A message has gone out that is longer than the 65536 bytes which one read takes: it is lost on the other side.
     void messageTooLong();
 
 private:

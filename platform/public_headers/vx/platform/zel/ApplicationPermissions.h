@@ -25,7 +25,7 @@ class ZEL_EXPORT ApplicationPermissions : public QObject
     Q_OBJECT
 
 public:
-    /// The permissions of the application that \a context registers.
+    /// The permissions of the application that \a context registers; \a parent may own them.
     explicit ApplicationPermissions(Context* context, QObject* parent = nullptr);
     ~ApplicationPermissions() override;
 

@@ -75,15 +75,16 @@ Q_SIGNALS:
     /// The service has sent the whole list again: it was away, as a rule. contacts() are as they were until refresh()
     /// is called, which a slot may do; hasApplication() tells who has left, and so does comparing the two lists.
     void contactListResent();
-    /// The answer to requestDisplayPicture(), or a picture that changed. An empty picture: the contact has none. It is
+    /// The answer to requestDisplayPicture(), or a picture that changed: the contact with this \a handle looks like
+    /// \a displayPicture, which is of the format \a imageType. An empty picture: the contact has none. It is
     /// the contact's present one; an answer that a change has overtaken is not told.
     void displayPictureUpdated(QString handle, vx::platform::zel::ImageType::Type imageType, QByteArray displayPicture);
-    /// The record of a contact changed, perhaps in nothing that Contact shows. After a change of the handle this is the
-    /// new one.
+    /// The record of the contact with this \a handle changed, perhaps in nothing that Contact shows. After a change of
+    /// the handle this is the new one.
     void contactUpdated(QString handle);
-    /// A contact installed the application, or someone who has it became a contact.
+    /// A contact installed the application, or someone who has it became a contact: there is one with this \a handle.
     void applicationEnabled(QString handle);
-    /// A contact removed the application or is a contact no more. It is still in contacts().
+    /// The contact with this \a handle removed the application or is a contact no more. It is still in contacts().
     void applicationDisabled(QString handle);
 
     /// For bindings to valid: access was lost or won back, which a registration state of the context tells.

@@ -27,7 +27,8 @@ class ContextPrivate;
 /// Destroying a context does not unregister anything.
 ///
 /// A service that is not there when the first public object is made is never looked for again: the state is
-/// BlockedByUser for as long as the process has a context. One that goes away later and comes back is picked up by itself.
+/// BlockedByUser for as long as the process has a context. One that goes away later and comes back is picked up by
+/// itself.
 ///
 /// Thread: the application's event loop thread, the one that makes the first public object. Nothing arrives unless
 /// that loop runs. Inside a slot anything may be done: make and destroy public objects, this context included, send
@@ -67,7 +68,7 @@ class ZEL_EXPORT Context : public QObject
     Q_PROPERTY(int platformVersion READ platformVersion CONSTANT)
 
 public:
-    /// The application's context under its UUID, which every registration carries.
+    /// The context of the application that goes by \a uuid, which every registration carries; \a parent may own it.
     explicit Context(const QUuid& uuid, QObject* parent = nullptr);
     ~Context() override;
 
@@ -80,7 +81,7 @@ public:
     bool isZelSetup() const;
 
 Q_SIGNALS:
-    /// The service announced a registration state, or a null UUID was refused (InvalidUuid, which changes nothing at
+    /// The service announced \a state, or a null UUID was refused (InvalidUuid, which changes nothing at
     /// the service). registrationState() already answers what the service said last; for Allowed it may have done so
     /// for a while. The same state may be announced again.
     void registrationStateUpdated(vx::platform::zel::RegistrationState::Type state);

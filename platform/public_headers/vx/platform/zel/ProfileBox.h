@@ -39,7 +39,7 @@ class ZEL_EXPORT ProfileBox : public QObject
     Q_PROPERTY(QList<int> registeredIcons READ registeredIcons NOTIFY registeredIconsChanged)
 
 public:
-    /// The box of the application that \a context registers.
+    /// The box of the application that \a context registers; \a parent may own this object.
     explicit ProfileBox(Context* context, QObject* parent = nullptr);
     ~ProfileBox() override;
 
@@ -57,13 +57,14 @@ public:
 Q_SIGNALS:
     // Each comes after item() and items() show what it tells, and while access is lost, too, when they answer defaults.
 
-    /// There is a new item.
+    /// There is a new item, which the service calls \a itemId.
     void itemAdded(QString itemId);
-    /// An item is gone.
+    /// The item \a itemId is gone.
     void itemRemoved(QString itemId);
-    /// The service has the icon; items may use it.
+    /// The service has the icon \a iconId, and items may use it.
     void iconRegistered(int iconId);
-    /// The answer to requestRetrieveIcon(), with the type that the first bytes of the data show.
+    /// The answer to requestRetrieveIcon(): the icon \a iconId has the bytes \a iconData and the format \a iconType
+    /// that the first of them show.
     void iconRetrieved(int iconId, vx::platform::zel::ImageType::Type iconType, QByteArray iconData);
 
     /// For bindings: itemCount() is another number than before. After the signal that brought it about; a box that is

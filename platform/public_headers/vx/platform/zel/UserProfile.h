@@ -45,7 +45,7 @@ class ZEL_EXPORT UserProfile : public QObject
     Q_PROPERTY(int sdkVersion READ sdkVersion CONSTANT)
 
 public:
-    /// The profile of the user for whom \a context gives access.
+    /// The profile of the user for whom \a context gives access; \a parent may own this object.
     explicit UserProfile(Context* context, QObject* parent = nullptr);
     ~UserProfile() override;
 
@@ -71,13 +71,14 @@ Q_SIGNALS:
     // a picture. Each carries what is true when it comes: where a slot of another profile has spun an event loop in
     // which the same has changed again, both announcements carry the newer value.
 
-    /// displayName() is another one.
+    /// displayName() is another one, \a value is what it answers.
     void displayNameUpdated(QString value);
-    /// personalMessage() is another one.
+    /// personalMessage() is another one, \a value is what it answers.
     void personalMessageUpdated(QString value);
-    /// status() or statusMessage() is another one.
+    /// status() or statusMessage() is another one; they answer \a status and \a statusMessage now.
     void statusUpdated(vx::platform::zel::UserStatus::Type status, QString statusMessage);
-    /// The picture has come, or was replaced. An empty one: there is none.
+    /// The picture has come, or was replaced: it is \a displayPicture now, in the format \a displayPictureMimeType.
+    /// An empty one: there is none.
     void displayPictureUpdated(vx::platform::zel::ImageType::Type displayPictureMimeType, QByteArray displayPicture);
 
     /// For bindings: after each of those above, and when access was lost or came back, with which every property

@@ -29,7 +29,7 @@ class ZEL_EXPORT Utils : public QObject
     Q_OBJECT
 
 public:
-    /// Looks up what \a context gives access to.
+    /// Looks up what \a context gives access to; \a parent may own this object.
     explicit Utils(Context* context, QObject* parent = nullptr);
     ~Utils() override;
 
@@ -40,9 +40,9 @@ public:
     bool invokeChat(const QString& ecoId);
 
 Q_SIGNALS:
-    /// The answer to requestEcoId(); an empty ecoId: the service knows none.
+    /// The answer to requestEcoId(): \a ecoId belongs to \a ppId. An empty one: the service knows none.
     void ecoIdUpdated(const QString& ppId, const QString& ecoId);
-    /// The answer to requestEcoIdStatus().
+    /// The answer to requestEcoIdStatus(): \a status is how the user stands with the owner of \a ecoId.
     void ecoIdStatusUpdated(const QString& ecoId, vx::platform::zel::EcoIdStatus::Type status);
 
 private:
