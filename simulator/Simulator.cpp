@@ -319,6 +319,11 @@ QString Simulator::commandHelp()
     return Commands::help();
 }
 
+QStringList Simulator::commandNames()
+{
+    return Commands::names();
+}
+
 std::optional<QStringList> Simulator::splitWords(const QString& line, QString* error)
 {
     QString problem;

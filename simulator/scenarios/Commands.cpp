@@ -503,4 +503,13 @@ QString Commands::help()
                   "double ones is a line break); # begins a comment."_s.arg(personFieldNames().join(", "_L1));
 }
 
+QStringList Commands::names()
+{
+    QStringList names;
+    for (const Form& form : forms)
+        names += QString::fromUtf16(form.name);
+    names.removeDuplicates();
+    return names;
+}
+
 } // namespace zelcore

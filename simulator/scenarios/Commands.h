@@ -29,6 +29,7 @@ public:
     bool run(const QStringList& words, QString* reply) const;
 
     static QString help();
+    static QStringList names();
     /// The words of a line; # begins a comment.
     static std::optional<QStringList> split(const QString& line, QString* error);
 

@@ -24,12 +24,14 @@ namespace {
 
 void print(const QString& line)
 {
+    zeltools::LineReader::makeRoom();
     std::fprintf(stdout, "%s\n", line.toUtf8().constData());
     std::fflush(stdout);
 }
 
 void complain(const QString& line)
 {
+    zeltools::LineReader::makeRoom();
     std::fprintf(stderr, "zelcore-sim: %s\n", line.toUtf8().constData());
 }
 
@@ -175,27 +177,24 @@ int main(int argc, char* argv[])
         return 1;
     print(u"export PPS_ROOT="_s + quoted(simulator.root()));
 
-    zeltools::LineReader lines(STDIN_FILENO);
-    const bool prompts = ::isatty(STDIN_FILENO) && ::isatty(STDOUT_FILENO);
-    const auto prompt = [prompts] {
-        if (prompts)
-            std::fputs("zelcore-sim> ", stdout);
-        std::fflush(stdout);
-    };
-    if (prompts)
+    using zeltools::LineReader;
+    const bool isPerson = ::isatty(STDIN_FILENO) && ::isatty(STDOUT_FILENO);
+    if (isPerson)
         print(u"Say that line in the shell of an application, or try: zelctl contacts\n"
               "\"help\" lists what can be said here, \"quit\" ends."_s);
-    QObject::connect(&lines, &zeltools::LineReader::lineRead, &simulator, [&](const QString& line) {
+    const auto lines = isPerson
+                           ? LineReader::forPerson(STDIN_FILENO, u"zelcore-sim"_s, zelcore::Simulator::commandNames())
+                           : std::make_unique<LineReader>(STDIN_FILENO);
+    QObject::connect(&simulator, &zelcore::Simulator::quitRequested, lines.get(), &LineReader::stop);
+    QObject::connect(lines.get(), &LineReader::lineRead, &simulator, [&](const QString& line) {
         QString reply;
         const bool done = simulator.execute(line, &reply);
         if (!done)
             complain(reply);
         else if (!reply.isEmpty())
             print(reply);
-        prompt();
     });
     // The end of the input is only that: the program may well be meant to go on in the background.
-    lines.start();
-    prompt();
+    lines->start();
     return QCoreApplication::exec();
 }

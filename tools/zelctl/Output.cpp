@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Output.h"
 
+#include <common/LineReader.h>
+
 #include <QtCore/QStringList>
 
 #include <algorithm>
@@ -130,11 +132,13 @@ void Output::sentence(const QString& text)
 
 void Output::diagnostic(const QString& text) const
 {
+    zeltools::LineReader::makeRoom();
     std::fprintf(stderr, "zelctl: %s\n", printable(text).toUtf8().constData());
 }
 
 void Output::line(const QByteArray& bytes)
 {
+    zeltools::LineReader::makeRoom();
     std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), m_out);
     std::fputc('\n', m_out);
     std::fflush(m_out);

@@ -7,19 +7,31 @@
 
 #include <zelcore/Simulator.h>
 
-#include <cstdio>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
 namespace zelctl {
 
+namespace {
+
+std::unique_ptr<zeltools::LineReader> readerOf(int input, Output::Format format)
+{
+    if (format == Output::Format::JsonLines || !isatty(input))
+        return std::make_unique<zeltools::LineReader>(input);
+    QStringList names{u"help"_s, u"quit"_s};
+    for (const Command& command : commands())
+        names += command.name;
+    return zeltools::LineReader::forPerson(input, u"zelctl"_s, names);
+}
+
+} // namespace
+
 Shell::Shell(Session& session, Output& output, int input, QObject* parent)
     : QObject(parent)
     , m_session(session)
     , m_output(output)
-    , m_lines(input)
-    , m_prompts(output.format() == Output::Format::People && isatty(input))
+    , m_lines(readerOf(input, output.format()))
 {
     connect(&m_session, &Session::signalled, this, [this](const Record& record) { m_output.signal(record); });
     connect(&m_session, &Session::saved, this, [this](const QString& text) { m_output.sentence(text); });
@@ -29,13 +41,9 @@ Shell::Shell(Session& session, Output& output, int input, QObject* parent)
 void Shell::start()
 {
     m_output.ready(stateRecord(m_session));
-    connect(&m_lines, &zeltools::LineReader::ended, this, &Shell::quit);
-    connect(&m_lines, &zeltools::LineReader::lineRead, this, [this](const QString& line) {
-        execute(line);
-        prompt();
-    });
-    m_lines.start();
-    prompt();
+    connect(m_lines.get(), &zeltools::LineReader::ended, this, &Shell::quit);
+    connect(m_lines.get(), &zeltools::LineReader::lineRead, this, &Shell::execute);
+    m_lines->start();
 }
 
 void Shell::execute(const QString& line)
@@ -107,20 +115,12 @@ void Shell::help(const QString& name)
     m_output.answer(u"help"_s, Record().add(u"commands"_s, QVariant::fromValue(rows)));
 }
 
-void Shell::prompt()
-{
-    if (!m_prompts || m_done)
-        return;
-    std::fputs("zelctl> ", stdout);
-    std::fflush(stdout);
-}
-
 void Shell::quit()
 {
     if (m_done)
         return;
     m_done = true;
-    m_lines.stop();
+    m_lines->stop();
     QMetaObject::invokeMethod(
         this, [this] { Q_EMIT finished(0); }, Qt::QueuedConnection);
 }

@@ -5,6 +5,8 @@
 
 #include <QtCore/QObject>
 
+#include <memory>
+
 namespace zelctl {
 
 class Output;
@@ -33,12 +35,10 @@ Q_SIGNALS:
 private:
     void runCommand(const QStringList& words);
     void help(const QString& name);
-    void prompt();
 
     Session& m_session;
     Output& m_output;
-    zeltools::LineReader m_lines;
-    const bool m_prompts;
+    const std::unique_ptr<zeltools::LineReader> m_lines;
     bool m_done = false;
 };
 

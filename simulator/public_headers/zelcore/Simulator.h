@@ -187,6 +187,8 @@ public:
     bool execute(const QString& commandLine, QString* reply = nullptr);
     /// The description of all commands.
     static QString commandHelp();
+    /// What commands begin with, as "contact add".
+    static QStringList commandNames();
     /// Cuts a line into words as a shell does, for programs with a command language of their own: blanks separate,
     /// '...' is literal, within "..." a backslash escapes the quote and itself and makes n and t a line break and a
     /// tab, elsewhere it makes the next character an ordinary one. Empty, with a sentence in \a error, when a quote is

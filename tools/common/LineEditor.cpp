@@ -1,0 +1,341 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <common/LineEditor.h>
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <cwchar>
+
+#include <poll.h>
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace zeltools {
+
+namespace {
+
+constexpr int historySize = 500;
+// What a key sends comes in one go; somebody who presses Escape alone must not stop the program until the next key.
+constexpr int patienceInKey = 100;
+constexpr wchar_t endOfInput = L'\x04';
+constexpr wchar_t vanishKey[] = L"\x1e";
+
+QtMessageHandler otherHandler = nullptr;
+
+void printMessage(QtMsgType type, const QMessageLogContext& context, const QString& message)
+{
+    LineReader::makeRoom();
+    otherHandler(type, context, message);
+}
+
+bool isOurs(int terminal)
+{
+    const pid_t foreground = ::tcgetpgrp(terminal);
+    return foreground < 0 || foreground == ::getpgrp(); // nobody's, for whom it does not control
+}
+
+sigset_t suspension()
+{
+    sigset_t set;
+    sigemptyset(&set);
+    sigaddset(&set, SIGTSTP);
+    return set;
+}
+
+/// Where a user's state goes, by the rules that desktops agree on. Made if it is not there; empty if that fails.
+QString stateFolder()
+{
+    QString base = qEnvironmentVariable("XDG_STATE_HOME");
+    if (!QDir::isAbsolutePath(base))
+        base = QDir::homePath() + u"/.local/state"_s;
+    const QString folder = base + u"/zelplatform"_s;
+    return QDir().mkpath(folder) ? folder : QString();
+}
+
+/// A file that only its user can read: what was typed may be private.
+bool makePrivate(const QString& name)
+{
+    QFile file(name);
+    return file.open(QIODevice::Append) && file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
+}
+
+void list(const QStringList& names)
+{
+    LineReader::makeRoom();
+    std::fprintf(stdout, "%s\n", names.join("  "_L1).toUtf8().constData());
+}
+
+} // namespace
+
+bool LineEditor::isPossible(int input)
+{
+    const QByteArray terminal = qgetenv("TERM");
+    return ::isatty(input) && ::isatty(STDOUT_FILENO) && !terminal.isEmpty() && terminal != "dumb" && isOurs(input);
+}
+
+LineEditor::LineEditor(int input, const QString& program, const QString& prompt, const QStringList& commands)
+    : LineReader(input)
+    , m_prompt(prompt.toStdWString())
+    , m_commands(commands)
+    , m_editor(el_init_fd(qPrintable(program), stdin, stdout, stderr, input, STDOUT_FILENO, STDERR_FILENO), &el_end)
+    , m_history(history_winit(), &history_wend)
+{
+    const QString folder = stateFolder();
+    if (!folder.isEmpty())
+        m_historyFile = QFile::encodeName(folder + u'/' + program + u"-history"_s);
+    loadHistory();
+    EditLine* editor = m_editor.get();
+    el_wset(editor, EL_CLIENTDATA, this);
+    el_wset(editor, EL_HIST, &history_w, m_history.get());
+    el_wset(editor, EL_GETCFN, &LineEditor::nextCharacter);
+    el_wset(editor, EL_PROMPT, &LineEditor::promptOf);
+    bindKeys();
+    watchSuspension();
+    setAtTerminal(this);
+    otherHandler = qInstallMessageHandler(&printMessage);
+}
+
+LineEditor::~LineEditor()
+{
+    qInstallMessageHandler(otherHandler);
+    setAtTerminal(nullptr);
+    if (m_line == Line::Shown) // what the shell says next begins on a line of its own
+        std::fputs("\n", stdout);
+    finishLine();
+    if (m_suspensions >= 0)
+        ::close(m_suspensions);
+}
+
+void LineEditor::bindKeys()
+{
+    EditLine* editor = m_editor.get();
+    el_wset(editor, EL_EDITOR, L"emacs");
+    el_wset(editor, EL_ADDFN, L"zel-complete", L"Complete the command", &LineEditor::complete);
+    el_wset(editor, EL_ADDFN, L"zel-vanish", L"Take the line off the screen", &LineEditor::vanish);
+    const std::pair<const wchar_t*, const wchar_t*> keys[] = {
+        {L"\t", L"zel-complete"},
+        {vanishKey, L"zel-vanish"},
+        {L"\x17", L"ed-delete-prev-word"}, // Ctrl-W
+        {L"\033[1;5D", L"ed-prev-word"},   // Ctrl with an arrow
+        {L"\033[1;5C", L"em-next-word"},
+        // These would wait for a key that may not come.
+        {L"\x16", L"ed-unassigned"},
+        {L"\033x", L"ed-unassigned"},
+        {L"\033X", L"ed-unassigned"},
+    };
+    for (const auto& [key, function] : keys)
+        el_wset(editor, EL_BIND, key, function, nullptr);
+}
+
+void LineEditor::watchSuspension()
+{
+    const sigset_t set = suspension();
+    sigprocmask(SIG_BLOCK, &set, nullptr);
+    m_suspensions = signalfd(-1, &set, SFD_NONBLOCK | SFD_CLOEXEC);
+    auto* notifier = new QSocketNotifier(m_suspensions, QSocketNotifier::Read, this);
+    connect(notifier, &QSocketNotifier::activated, this, [this] {
+        signalfd_siginfo info;
+        if (::read(m_suspensions, &info, sizeof info) == static_cast<ssize_t>(sizeof info))
+            suspend();
+    });
+}
+
+void LineEditor::suspend()
+{
+    hideLine();
+    finishLine();
+    // As nobody had caught it: whether we stop is the system's to say.
+    const sigset_t set = suspension();
+    std::raise(SIGTSTP);
+    sigprocmask(SIG_UNBLOCK, &set, nullptr);
+    sigprocmask(SIG_BLOCK, &set, nullptr);
+    show();
+}
+
+void LineEditor::loadHistory()
+{
+    HistEventW event;
+    history_w(m_history.get(), &event, H_SETSIZE, historySize);
+    history_w(m_history.get(), &event, H_SETUNIQUE, 1);
+    if (m_historyFile.isEmpty() || !makePrivate(QFile::decodeName(m_historyFile)))
+        return;
+    history_w(m_history.get(), &event, H_LOAD, m_historyFile.constData());
+    history_w(m_history.get(), &event, H_SAVE, m_historyFile.constData()); // without what became too old
+}
+
+void LineEditor::remember(const std::wstring& line)
+{
+    if (std::all_of(line.cbegin(), line.cend(), [](wchar_t c) { return c == L' '; }))
+        return;
+    HistEventW event;
+    history_w(m_history.get(), &event, H_ENTER, line.c_str());
+    // At once, and behind what others of this program have added meanwhile.
+    std::FILE* file = m_historyFile.isEmpty() ? nullptr : std::fopen(m_historyFile.constData(), "ae");
+    if (!file)
+        return;
+    std::fseek(file, 0, SEEK_END);
+    history_w(m_history.get(), &event, H_NSAVE_FP, std::size_t(1), file);
+    std::fclose(file);
+}
+
+void LineEditor::read()
+{
+    show();
+    if (m_line != Line::Shown) {
+        readInBackground();
+        return;
+    }
+    int length = 0;
+    const wchar_t* text = el_wgets(m_editor.get(), &length);
+    if (m_atEnd || (text && length == 1 && *text == endOfInput)) {
+        m_atEnd = true;
+        std::fputs("\n", stdout);
+        finishLine();
+        end();
+    } else if (text && length > 0 && (text[length - 1] == L'\n' || text[length - 1] == L'\r')) {
+        const std::wstring line(text, text + length - 1);
+        finishLine();
+        remember(line);
+        take(QString::fromStdWString(line));
+    }
+}
+
+/// As the system treats who reads there; but a read that is stopped would go on when it is continued, and wait.
+void LineEditor::readInBackground()
+{
+    struct sigaction action;
+    if (sigaction(SIGTTIN, nullptr, &action) == 0 && action.sa_handler == SIG_IGN) {
+        m_atEnd = true;
+        end();
+        return;
+    }
+    std::raise(SIGTTIN);
+    show();
+}
+
+void LineEditor::invite()
+{
+    show();
+}
+
+void LineEditor::hideLine()
+{
+    if (m_line != Line::Shown || !isOurs(input()))
+        return;
+    // Only what a key does has libedit compare the line with what it had drawn before, and so clear all rows of it.
+    m_line = Line::Hiding;
+    el_resize(m_editor.get());
+    int length = 0;
+    el_wgets(m_editor.get(), &length);
+    std::fflush(stdout);
+    QMetaObject::invokeMethod(this, &LineEditor::show, Qt::QueuedConnection);
+}
+
+unsigned char LineEditor::vanish(EditLine* editor, int)
+{
+    LineEditor& self = of(editor);
+    if (self.m_line != Line::Hiding) // typed by the user
+        return CC_NORM;
+    const LineInfoW* typed = el_wline(editor);
+    self.m_hidden.assign(typed->buffer, typed->lastchar);
+    self.m_hiddenBehind = int(typed->lastchar - typed->cursor);
+    el_cursor(editor, self.m_hiddenBehind);
+    el_deletestr(editor, int(self.m_hidden.size()));
+    self.m_line = Line::Hidden;
+    return CC_REFRESH;
+}
+
+void LineEditor::show()
+{
+    if (m_line == Line::Shown || isStopped() || m_atEnd || !isOurs(input()))
+        return;
+    EditLine* editor = m_editor.get();
+    if (m_line == Line::None) {
+        m_line = Line::Hidden;
+        el_wset(editor, EL_UNBUFFERED, 1);
+    }
+    el_winsertstr(editor, m_hidden.c_str());
+    el_cursor(editor, -m_hiddenBehind);
+    m_line = Line::Shown;
+    el_wset(editor, EL_REFRESH);
+    std::fflush(stdout);
+    m_hidden.clear();
+    m_hiddenBehind = 0;
+}
+
+void LineEditor::finishLine()
+{
+    m_line = Line::None;
+    el_wset(m_editor.get(), EL_UNBUFFERED, 0);
+    std::fflush(stdout);
+}
+
+LineEditor& LineEditor::of(EditLine* editor)
+{
+    LineEditor* self = nullptr;
+    el_wget(editor, EL_CLIENTDATA, &self);
+    return *self;
+}
+
+wchar_t* LineEditor::promptOf(EditLine* editor)
+{
+    static wchar_t none[] = L"";
+    LineEditor& self = of(editor);
+    return self.m_line == Line::Shown ? self.m_prompt.data() : none;
+}
+
+int LineEditor::nextCharacter(EditLine* editor, wchar_t* character)
+{
+    LineEditor& self = of(editor);
+    if (self.m_line == Line::Hiding) {
+        *character = *vanishKey;
+        return 1;
+    }
+    std::mbstate_t state{};
+    for (;;) {
+        pollfd waiting{self.input(), POLLIN, 0};
+        if (::poll(&waiting, 1, patienceInKey) <= 0)
+            return 0;
+        char byte;
+        if (::read(self.input(), &byte, 1) <= 0) {
+            self.m_atEnd = true;
+            return 0;
+        }
+        const std::size_t taken = std::mbrtowc(character, &byte, 1, &state);
+        if (taken <= 1)
+            return 1;
+        if (taken == std::size_t(-1)) // no text at all
+            state = {};
+    }
+}
+
+unsigned char LineEditor::complete(EditLine* editor, int)
+{
+    LineEditor& self = of(editor);
+    const LineInfoW* typed = el_wline(editor);
+    const QString begun = QString::fromWCharArray(typed->buffer, typed->cursor - typed->buffer);
+    QStringList fitting = self.m_commands;
+    fitting.removeIf([&begun](const QString& name) { return !name.startsWith(begun); });
+    if (fitting.isEmpty())
+        return CC_ERROR;
+    // Everything between the ends of the sorted list begins with what these two have in common.
+    fitting.sort();
+    const QString& first = fitting.first();
+    const auto [end, other] =
+        std::mismatch(first.cbegin(), first.cend(), fitting.last().cbegin(), fitting.last().cend());
+    QString more = first.mid(begun.size(), end - first.cbegin() - begun.size());
+    if (fitting.size() == 1)
+        more += u' ';
+    el_winsertstr(editor, more.toStdWString().c_str());
+    if (more.isEmpty()) // not from within libedit, which is to take the line off the screen
+        QMetaObject::invokeMethod(
+            &self, [fitting] { list(fitting); }, Qt::QueuedConnection);
+    return CC_REFRESH;
+}
+
+} // namespace zeltools
