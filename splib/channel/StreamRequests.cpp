@@ -1,10 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/channel/StreamRequests.h>
 
+#include <QCryptographicHash>
+
 #include <algorithm>
 #include <utility>
 
 namespace zelsplib {
+
+namespace {
+
+bool isHash(const QString& name)
+{
+    constexpr int sha1Length = 40;
+    return name.size() == sha1Length && std::all_of(name.begin(), name.end(), [](QChar c) {
+               return (c >= u'0' && c <= u'9') || (c >= u'a' && c <= u'f');
+           });
+}
+
+} // namespace
 
 StreamRequests::StreamRequests(const QSharedPointer<zel::JsonStream>& stream, Send send)
     : QObject(stream.data())
@@ -35,16 +49,33 @@ void StreamRequests::cancel(const QString& key)
     if (keys == m_keys.end())
         return;
     keys->removeOne(key);
-    if (keys->isEmpty())
-        m_keys.erase(keys);
+    if (!keys->isEmpty())
+        return;
+    m_doubted.remove(keys.key());
+    m_keys.erase(keys);
 }
 
-QStringList StreamRequests::take(const QString& streamId)
+QStringList StreamRequests::take(const QString& streamId, const QByteArray& data)
 {
     const QStringList keys = waiting(streamId);
+    const QByteArray hash = QCryptographicHash::hash(data, QCryptographicHash::Sha1).toHex();
+    if (keys.isEmpty() || !isWhole(streamId, streamId, QString::fromLatin1(hash)))
+        return {};
     for (const QString& key : keys)
         cancel(key);
     return keys;
+}
+
+/// A service whose names are hashes of something else sends the same again, and is believed.
+bool StreamRequests::isWhole(const QString& streamId, const QString& name, const QString& hash)
+{
+    if (name == hash || !isHash(name) || m_doubted.value(streamId) == hash)
+        return true;
+    const bool isFirst = !m_doubted.contains(streamId);
+    m_doubted.insert(streamId, hash);
+    if (isFirst) // whatever else does not fit waits its time: no two sides that answer each other without end
+        requestAgain(waiting(streamId).value(0));
+    return false;
 }
 
 bool StreamRequests::isAwaitedByOthers(const QString& key, const QString& streamId) const

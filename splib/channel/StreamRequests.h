@@ -5,6 +5,7 @@
 
 #include <zel/JsonStream.h>
 
+#include <QByteArray>
 #include <QHash>
 #include <QObject>
 #include <QSharedPointer>
@@ -19,7 +20,8 @@ namespace zelsplib {
 ///
 /// Each waits on one stream, that of the request made last, and several may wait on the same stream. What has no answer
 /// is asked for again for as long as it waits. Half a transfer that was cut is forgotten when the same is asked for
-/// anew, unless somebody else, of any manager, waits on that stream: it may be theirs, and under way.
+/// anew, unless somebody else, of any manager, waits on that stream: it may be theirs, and under way. Transfers that
+/// overtake each other, and chunks that were lost, show in the hash.
 ///
 /// A member of its manager, which holds the stream: it is a child of the stream, so that those of one stream can see
 /// each other, and must not outlive it.
@@ -35,8 +37,12 @@ public:
 
     void request(const QString& key, const QString& streamId);
     void cancel(const QString& key);
-    /// Who waits on a stream, in the order in which they began to; they wait no more.
-    QStringList take(const QString& streamId);
+    /// Data has come on a stream named after its hash. Who waited for it, in the order in which they began to, and
+    /// waits no more: nobody when it is not whole.
+    QStringList take(const QString& streamId, const QByteArray& data);
+    /// Whether data with this hash, come on a stream on which somebody waits, is all of what is named by `name`: the
+    /// same hash, a name that is no hash, or the same data as before. If not, it is asked for once more.
+    bool isWhole(const QString& streamId, const QString& name, const QString& hash);
 
     QStringList waiting(const QString& streamId) const { return m_keys.value(streamId); }
     /// Whether anybody but `key` waits on a stream, here or in another manager.
@@ -49,6 +55,7 @@ private:
     const Send m_send;
     QHash<QString, QString> m_streams;  ///< by key
     QHash<QString, QStringList> m_keys; ///< by stream
+    QHash<QString, QString> m_doubted;  ///< the hash of what came last and was not whole, by stream
     Retries m_retries;
 };
 

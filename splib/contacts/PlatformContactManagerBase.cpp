@@ -373,7 +373,7 @@ void PlatformContactManagerBase::sendRequest(const QString& streamId, const QStr
 void PlatformContactManagerBase::streamDataAvailable(const QString& streamId, const QVariant& data)
 {
     const QByteArray bytes = data.toByteArray();
-    const QStringList users = d->avatarRequests.take(streamId);
+    const QStringList users = d->avatarRequests.take(streamId, bytes);
     for (const QString& userId : users) {
         PlatformContact contact = getContact(userId);
         if (!contact.isInitialized())

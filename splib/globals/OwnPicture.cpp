@@ -92,8 +92,9 @@ void OwnPicture::takeRequest(const QString& streamId)
 
 bool OwnPicture::takeData(const QString& streamId, const QByteArray& data)
 {
-    const bool isRequested = !m_requests.take(streamId).isEmpty();
-    const bool isAnnounced = !streamId.isEmpty() && streamId == m_announcedStreamId;
+    const bool isRequested = !m_requests.take(streamId, data).isEmpty();
+    const bool isAnnounced =
+        !streamId.isEmpty() && streamId == m_announcedStreamId && m_requests.waiting(streamId).isEmpty();
     if (!isRequested && !isAnnounced)
         return false;
     if (isAnnounced)

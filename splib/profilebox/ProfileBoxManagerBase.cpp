@@ -222,6 +222,14 @@ void ProfileBoxManagerBase::init()
                                        [this](QObject* sender, iface::JsonReaderAttribute message) {
                                            requestNewProfileBoxImageCallback(sender, message);
                                        });
+    // The list announces nothing when it is sent anew and is the same.
+    d->jsonStream->pipe()->addListener(this, QStringLiteral("listAll"),
+                                       [this](QObject*, const iface::JsonReaderAttribute& message) {
+                                           QString type;
+                                           message.object().readString("type", type);
+                                           if (type == d->imageList->type())
+                                               handleImagesSentAnew();
+                                       });
     d->streamAdapter = std::make_unique<zel::JsonStreamFunctorAdapter>(
         d->jsonStream, [this](const QString& id, const QVariant& data) { streamDataAvailable(id, data); });
 }
@@ -406,17 +414,21 @@ void ProfileBoxManagerBase::handleImagesChanged()
     const QList<ProfileBoxImage> images = d->allImages();
     for (const ProfileBoxImage& image : images)
         d->settle(image);
-    // The service may have lost what it had been sent. If it has not, the icon will be listed before long.
-    if (d->images.isComplete()) {
-        for (auto icon = d->pendingIcons.keyBegin(); icon != d->pendingIcons.keyEnd(); ++icon)
-            d->announcements.begin(*icon);
-    }
     const auto changes = d->images.replaceAll(images);
     for (const ProfileBoxImage& image : changes.removed)
         d->events.post([this, image] { pushImageRemoved(image); });
     for (const ProfileBoxImage& image : changes.added)
         d->events.post([this, image] { pushImageAdded(image); });
     d->events.deliver();
+}
+
+/// The service may have lost what it had been sent. If it has not, the icon will be listed before long.
+void ProfileBoxManagerBase::handleImagesSentAnew()
+{
+    if (!d->images.isComplete())
+        return;
+    for (auto icon = d->pendingIcons.keyBegin(); icon != d->pendingIcons.keyEnd(); ++icon)
+        d->announcements.begin(*icon);
 }
 
 void ProfileBoxManagerBase::handleListLoaded()
@@ -459,6 +471,9 @@ void ProfileBoxManagerBase::streamDataAvailable(const QString& streamId, const Q
     const QSharedDataPointer<Avatar> icon(new Avatar(Avatar::imageTypeOf(bytes), bytes));
     const QString imageId = d->retrievalOf(streamId, icon.constData()->getHash());
     if (imageId.isEmpty())
+        return;
+    const ProfileBoxImage* listed = d->images.find(imageId);
+    if (listed && !d->retrievals.isWhole(streamId, listed->getImageHash(), icon.constData()->getHash()))
         return;
     d->retrievals.cancel(imageId);
     Log<ZELSP_PROFILE_BOX_IMG_DATA_RECEIVED>({}, imageId, streamId, static_cast<unsigned>(bytes.size()));

@@ -102,6 +102,7 @@ private:
     void handleImageUpdated(const QVariantList& indexPath);
     void handleImageRemoved(const QVariantList& indexPath);
     void handleImagesChanged();
+    void handleImagesSentAnew();
     void handleListLoaded();
 
     void requestNewProfileBoxImageCallback(QObject* sender, iface::JsonReaderAttribute message);

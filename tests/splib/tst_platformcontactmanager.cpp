@@ -9,6 +9,7 @@
 #include <common/SeededRandom.h>
 #include <common/SlogCapture.h>
 
+#include <QCryptographicHash>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -487,6 +488,31 @@ private Q_SLOTS:
         QVERIFY(f.manager.retrieveAvatar(userId(2)));
         f.sendPicture("r", "third");
         QCOMPARE(f.log.take(), lines({"uninstall h2", "picture h2 r third"}));
+    }
+
+    // A picture that is named after its hash.
+    void tellsNoPictureThatIsNotWhole()
+    {
+        Fixture f;
+        f.becomeReady(1);
+        const QByteArray hash = QCryptographicHash::hash("whole", QCryptographicHash::Sha1).toHex();
+        f.addRecord(withPicture(record(0), QString::fromLatin1(hash)));
+        const QByteArray request = f.pipe->takeSent();
+        const QString told = QStringLiteral("picture h0 %1 ").arg(QString::fromLatin1(hash));
+        const QList<QByteArray> answers[] = {{"whole"}, {"half", "whole"}, {"half", "lf", "whole"}, {"other", "other"}};
+        for (const QList<QByteArray>& transfers : answers) {
+            f.log.take();
+            f.pipe->clearSent();
+            QVERIFY(f.manager.retrieveAvatar(userId(0)));
+            QVERIFY(f.pipe->expectSentText(request));
+            for (const QByteArray& bytes : transfers) {
+                QCOMPARE(f.log.take(), QStringList());
+                f.sendPicture(hash.constData(), bytes);
+            }
+            // At once, but not for every one: the other side may never do better, and one that is sure says it again.
+            QCOMPARE(f.pipe->sentCount(), transfers.size() > 1 ? 1 : 0);
+            QCOMPARE(f.log.take(), QStringList(told + QString::fromLatin1(transfers.last())));
+        }
     }
 
     // Two managers that wait for the same picture.
