@@ -116,7 +116,10 @@ private Q_SLOTS:
         QCOMPARE(f.sizes(), (QList<int>{20, 19, 1}));
         clock->advance(30000);
         QCOMPARE(f.sizes(), (QList<int>{20, 19, 1, 1}));
-        f.loader->updateDone();
+        f.loader->updateDone(); // brings nothing of it
+        clock->advance(30000);
+        QCOMPARE(f.sizes(), (QList<int>{20, 19, 1, 1, 1}));
+        f.loader->takeAnswered(Loader::Answer::Nothing);
         QCOMPARE(clock->waiting(), 0);
     }
 

@@ -508,6 +508,10 @@ private Q_SLOTS:
                                             "wait; sent 4");
         row("lost with the connection", "ask a; reconnect; sent 2; answer a; a is there; ask b; answer b; b is there");
         row("lost again", "ask a; reconnect; wait; sent 3; answer a; a is there");
+        row("in part", "ask a b c; answer b; a is there; sent 1; wait; sent 2; answer a c; wait; wait; sent 2");
+        row("in part, and the rest is not there", "ask a b; answer b; wait; sent 2; answer; wait; wait; sent 2");
+        row("in part, and the rest is lost",
+            "ask a b; answer b; wait; ask c; answer c; c is there; wait; wait; sent 4");
         row("cut", "ask a; begin; reconnect; end; a is missing; answer; a is there");
         row("a reconnection without keys", "reconnect; ask a; sent 2; answer; a is missing; answer a; a is there");
     }

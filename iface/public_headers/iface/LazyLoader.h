@@ -83,7 +83,8 @@ public:
     /// Sends the next batch now if the waiting keys fill it, so that the other side works on it while the answer is
     /// being stored, otherwise soon. A key that the answer brings unasked may be requested again.
     void requestNext();
-    /// What the answer brought has been stored: whatever of the batch did not come keeps its contents.
+    /// What the answer brought has been stored: whatever of the batch did not come keeps its contents, and is asked for
+    /// again like what has no answer, until it comes or an answer to nothing else brings nothing.
     void settle(const Batch& answered);
 
     /// Asks again for every key there is, in one request: contents may be out of date. It goes out once more like any
@@ -115,7 +116,7 @@ private:
     bool m_requestScheduled = false;
     // Requests without an answer, in the order in which they went out; one of each at most.
     QList<Request> m_due;
-    // What the refresh that is due has asked for and has not come since.
+    // What the refresh that is due has asked for, and what answers left out, as far as it has not come since.
     QSet<K> m_outdated;
     // Last, to go first: the end of a value may spin an event loop, in which nothing must be due any more.
     RetryTimer m_batchRetry;

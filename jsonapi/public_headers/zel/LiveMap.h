@@ -22,7 +22,8 @@ namespace zel {
 ///
 /// A request without an answer is repeated, after 30 seconds at first, so that an answer may come late, twice, or to a
 /// request that is no more. Answers do not say what they answer: one with records ends the request under way only if
-/// it has one of its keys, and one without records ends the oldest that has no answer.
+/// it has one of its keys, and one without records ends the oldest that has no answer. What an answer left out, a part
+/// of it being lost, is asked for again as well.
 ///
 /// Lifetime: held by the pointer that create() returns and by handles made from it; keeps the multiplexer. Values
 /// outlive the map as long as somebody holds them. One thread.

@@ -147,8 +147,10 @@ auto LazyLoader<K, V>::takeAnswered(Answer answer) -> Batch
     qsizetype ended = 0;
     if (answer == Answer::OfBatch)
         ended = m_due.indexOf(Request::Batch) + 1;
+    else if (answer == Answer::Nothing && !m_due.isEmpty())
+        ended = 1;
     else if (answer == Answer::Nothing)
-        ended = std::min<qsizetype>(1, m_due.size());
+        endRefresh(); // what was left out is not there
     Batch answered;
     for (; ended > 0; --ended) {
         if (m_due.first() == Request::Refresh) {
@@ -175,8 +177,13 @@ void LazyLoader<K, V>::requestNext()
 template <class K, class V>
 void LazyLoader<K, V>::settle(const Batch& answered)
 {
-    for (const Waiting& each : answered)
+    for (const Waiting& each : answered) {
+        if (each.value->m_progress == Progress::InFlight)
+            m_outdated.insert(each.key);
         each.value->m_progress = Progress::Settled;
+    }
+    if (!m_outdated.isEmpty() && !m_refreshRetry.isActive())
+        m_refreshRetry.start();
     detail::FirstException thrown;
     for (const Waiting& each : answered)
         thrown.guard([&each] { each.value->notifyObservers(); });
