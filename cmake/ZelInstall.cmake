@@ -37,6 +37,8 @@ install(FILES "${PROJECT_SOURCE_DIR}/iface/public_headers/iface/Export.h" DESTIN
 zel_install_component(Containers TARGET zelcontainers PKGCONFIG zelplatform-containers
     DESCRIPTION "The observable containers, the list protocol and the device's calls beneath zelplatform"
     REQUIRES zelplatform Qt6Core5Compat FLAGS ${system_flags} HEADERS ${zel_container_headers})
+zel_install_component(Requests TARGET zelrequests LIBRARY zelrequests PKGCONFIG zelplatform-requests
+    DESCRIPTION "Requests to the messaging service as futures" REQUIRES zelplatform HEADERS requests/public_headers)
 if(TARGET zelcoresim)
     zel_install_component(Simulator TARGET zelcoresim LIBRARY zelcoresim PKGCONFIG zelplatform-simulator
         DESCRIPTION "A simulated core service for tests of applications" REQUIRES Qt6Core
