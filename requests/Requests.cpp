@@ -6,7 +6,7 @@
 
 namespace vx::platform::zel {
 
-/// Without a \a context every request fails.
+/// Without a \a context every request fails; \a parent owns it, if given.
 Requests::Requests(Context* context, QObject* parent)
     : QObject(parent)
     , d(std::make_unique<RequestsPrivate>(context, this))
@@ -29,9 +29,9 @@ void Requests::setTimeout(std::chrono::milliseconds timeout)
     d->timeout = timeout;
 }
 
-/// The picture of a contact; without data when he or she has none. Refused without such a contact. Known by the handle:
-/// one answer ends all that wait for it, also one that comes because the contact has another picture now. The first
-/// request makes a ContactService, with which the others announce their list once more.
+/// The picture of the contact with the \a handle; without data when he or she has none. Refused without such a contact.
+/// Known by the handle: one answer ends all that wait for it, also one that comes because the contact has another
+/// picture now. The first request makes a ContactService, with which the others announce their list once more.
 QFuture<Picture> Requests::displayPicture(const QString& handle)
 {
     return d->ask(d->pictures, handle, [&] {
@@ -43,8 +43,8 @@ QFuture<Picture> Requests::displayPicture(const QString& handle)
     });
 }
 
-/// The eco identifier that belongs to a ppId; empty when the service knows none. Known by the ppId: one answer ends all
-/// that wait for it.
+/// The eco identifier that belongs to \a ppId; empty when the service knows none. Known by the ppId: one answer ends
+/// all that wait for it.
 QFuture<QString> Requests::ecoId(const QString& ppId)
 {
     return d->ask(d->ecoIds, ppId, [&] { return refusals::unless(d->utils.requestEcoId(ppId)); });
@@ -59,27 +59,28 @@ QFuture<EcoIdStatus::Type> Requests::ecoIdStatus(const QString& ecoId)
     });
 }
 
-/// Adds an item without an icon, and answers it as it is in the box. Refused when text or cookie are against the rules
-/// of ProfileBox, and, as everything of the box, while the user does not allow the application one. Known by text, icon
-/// and cookie: the first new item in which they are the same ends one request, the first of those that wait for it.
+/// Adds an item without an icon, and answers it as it is in the box. Refused when \a text or \a cookie are against the
+/// rules of ProfileBox, and, as everything of the box, while the user does not allow the application one. Known by
+/// text, icon and cookie: the first new item in which they are the same ends one request, the first of those that wait
+/// for it.
 QFuture<ProfileBoxItem> Requests::addItem(const QString& text, const QString& cookie)
 {
     const ItemKey item(text, std::nullopt, cookie);
     return d->askBox(d->additions, item, [&] { return d->addItem(item); });
 }
 
-/// The same with an icon, which is for the service to judge, as ProfileBox says: for an item whose icon it does not
-/// know no answer comes.
+/// The same, of \a text and \a cookie, with the icon \a iconId, which is for the service to judge, as ProfileBox says:
+/// for an item whose icon it does not know no answer comes.
 QFuture<ProfileBoxItem> Requests::addItem(const QString& text, int iconId, const QString& cookie)
 {
     const ItemKey item(text, iconId, cookie);
     return d->askBox(d->additions, item, [&] { return d->addItem(item); });
 }
 
-/// Registers the icon if there is none of this id, and adds the item when it is there. Refused, with nothing sent, when
-/// one of the two is against the rules. One time-out for both; the item is added even if the future has ended by then,
-/// unless access was lost or this object destroyed. An icon that is registered under this id, or on its way, is used as
-/// it is, whatever \a type and \a icon say.
+/// Registers the icon if there is none with the id \a iconId, and adds the item, of \a text and \a cookie, when it is
+/// there. Refused, with nothing sent, when one of the two is against the rules. One time-out for both; the item is
+/// added even if the future has ended by then, unless access was lost or this object destroyed. An icon that is
+/// registered under this id, or on its way, is used as it is, whatever \a type and \a icon say.
 QFuture<ProfileBoxItem> Requests::addItemWithIcon(const QString& text, int iconId, ImageType::Type type,
                                                   const QByteArray& icon, const QString& cookie)
 {
@@ -87,7 +88,8 @@ QFuture<ProfileBoxItem> Requests::addItemWithIcon(const QString& text, int iconI
     return d->askBox(d->additions, item, [&] { return d->addItemWithIcon(item, iconId, type, icon); });
 }
 
-/// Removes an item. Refused when the box has none of this id. Known by the id: its removal ends all that wait for it.
+/// Removes the item \a itemId. Refused when the box has none of this id. Known by the id: its removal ends all that
+/// wait for it.
 QFuture<void> Requests::removeItem(const QString& itemId)
 {
     return d->askBox(d->removals, itemId, [&] {
@@ -97,8 +99,8 @@ QFuture<void> Requests::removeItem(const QString& itemId)
     });
 }
 
-/// Gives the service an icon for items to use. Refused when it is against the rules of ProfileBox, and when an icon of
-/// this id is registered or on its way. Known by the id.
+/// Gives the service an \a icon of the \a type for items to use under \a iconId. Refused when it is against the rules
+/// of ProfileBox, and when an icon of this id is registered or on its way. Known by the id.
 QFuture<void> Requests::registerIcon(int iconId, ImageType::Type type, const QByteArray& icon)
 {
     return d->askBox(d->registrations, iconId, [&] {
@@ -111,8 +113,8 @@ QFuture<void> Requests::registerIcon(int iconId, ImageType::Type type, const QBy
     });
 }
 
-/// The data of a registered icon, with the type that its first bytes show. Refused when there is none of this id. Known
-/// by the id: one answer ends all that wait for it.
+/// The data of the icon registered as \a iconId, with the type that its first bytes show. Refused when there is none of
+/// this id. Known by the id: one answer ends all that wait for it.
 QFuture<Picture> Requests::retrieveIcon(int iconId)
 {
     return d->askBox(d->icons, iconId, [&] {
@@ -122,8 +124,9 @@ QFuture<Picture> Requests::retrieveIcon(int iconId)
     });
 }
 
-/// Changes the personal message. Known by the value: the profile's taking it on ends all that wait for it. Ends at once
-/// when the profile has it and no other change is waited for; what is refused by the service never ends by itself.
+/// Changes the personal message to \a personalMessage. Known by the value: the profile's taking it on ends all that
+/// wait for it. Ends at once when the profile has it and no other change is waited for; what is refused by the service
+/// never ends by itself.
 QFuture<void> Requests::updatePersonalMessage(const QString& personalMessage)
 {
     return d->change(
@@ -132,7 +135,7 @@ QFuture<void> Requests::updatePersonalMessage(const QString& personalMessage)
         [&](const UserProfile& profile) { return profile.personalMessage() == personalMessage; });
 }
 
-/// Changes status and status message, any status but Busy to Available. Known by the two, and ends as
+/// Changes \a status and \a statusMessage, any status but Busy to Available. Known by the two, and ends as
 /// updatePersonalMessage() does.
 QFuture<void> Requests::updateStatus(UserStatus::Type status, const QString& statusMessage)
 {
@@ -142,8 +145,8 @@ QFuture<void> Requests::updateStatus(UserStatus::Type status, const QString& sta
         [&](const UserProfile& profile) { return StatusKey(profile.status(), profile.statusMessage()) == value; });
 }
 
-/// Changes the picture. Refused unless it has 1 to 32768 bytes, and while another one is on its way. Known by its
-/// bytes.
+/// Changes the picture to \a displayPicture, of \a type. Refused unless it has 1 to 32768 bytes, and while another one
+/// is on its way. Known by its bytes.
 QFuture<void> Requests::updateDisplayPicture(ImageType::Type type, const QByteArray& displayPicture)
 {
     return d->ask(d->ownPictures, displayPicture, [&] {

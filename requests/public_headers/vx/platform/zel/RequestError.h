@@ -24,7 +24,7 @@ public:
     };
     Q_ENUM(Reason)
 
-    /// One that says \a errorString.
+    /// One with a \a reason that says \a errorString.
     RequestError(Reason reason, const QString& errorString);
     ~RequestError() override;
 

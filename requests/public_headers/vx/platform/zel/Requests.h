@@ -56,7 +56,7 @@ public:
 
     /// How long a request waits for its answer: 30 s at first.
     std::chrono::milliseconds timeout() const;
-    /// For requests that are made from now on; 0 or less: for as long as it takes.
+    /// Sets \a timeout for requests that are made from now on; 0 or less: for as long as it takes.
     void setTimeout(std::chrono::milliseconds timeout);
 
     QFuture<Picture> displayPicture(const QString& handle);
