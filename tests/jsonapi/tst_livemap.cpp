@@ -273,6 +273,11 @@ private:
             if (kind == 0)
                 continue; // lost
             const Answer answer{keys, kind != 1, kind != 2};
+            // Nothing tells what an answer without records is to; so it comes once, and before any other.
+            if (keys.isEmpty()) {
+                m_due.insert(0, answer);
+                continue;
+            }
             for (int i = kind == 3 ? 2 : 1; i > 0; --i)
                 m_due.insert(m_clock->now() + (m_isCalm ? 0 : m_random.bounded(m_random.bounded(3) ? 200 : 90000)),
                              answer);
@@ -504,6 +509,9 @@ private Q_SLOTS:
         row("to a reconnection", "ask a; answer a; reconnect; ask b; answer a; b is missing; wait; sent 4; answer b; "
                                  "b is there; wait; sent 4");
         row("and so to a reconnection, too", "ask a; answer a; reconnect; ask b; answer b; b is there; wait; sent 3");
+        row("to a reconnection that asked for what waited",
+            "ask a; ask b; reconnect; ask c; answer a; turn; sent 3; answer a b; b is there; turn; sent 4; "
+            "c is missing; answer a b; c is missing; answer c; c is there");
         row("to none after a reconnection", "ask a; answer a; reconnect; wait; sent 3; wait; wait; sent 4; answer a; "
                                             "wait; sent 4");
         row("lost with the connection", "ask a; reconnect; sent 2; answer a; a is there; ask b; answer b; b is there");

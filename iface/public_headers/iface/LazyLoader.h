@@ -40,6 +40,7 @@ class LazyLoader : public QSharedData
     {
         K key;
         ValuePointer value;
+        int refreshes; // how many there were before it was asked for
     };
 
 public:
@@ -88,7 +89,8 @@ public:
     void settle(const Batch& answered);
 
     /// Asks again for every key there is, in one request: contents may be out of date. It goes out once more like any
-    /// other while something of it has not come, and counts as a repetition of the batch under way.
+    /// other while something of it has not come, and counts as a repetition of the batch under way. Keys that wait are
+    /// requested in a batch all the same, but in none with keys that are asked for later.
     void refresh();
     /// No answer will come to what has been sent. To be followed by refresh() once there is somebody to answer.
     void forgetRequests();
@@ -118,6 +120,7 @@ private:
     QList<Request> m_due;
     // What the refresh that is due has asked for, and what answers left out, as far as it has not come since.
     QSet<K> m_outdated;
+    int m_refreshes = 0;
     // Last, to go first: the end of a value may spin an event loop, in which nothing must be due any more.
     RetryTimer m_batchRetry;
     RetryTimer m_refreshRetry;

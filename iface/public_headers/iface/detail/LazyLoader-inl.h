@@ -33,7 +33,7 @@ ObservableValue<V> LazyLoader<K, V>::getObservableValue(const K& key)
     bool isNew = false;
     const ValuePointer value = provide(key, &isNew);
     if (isNew) {
-        m_pending.append({key, value});
+        m_pending.append({key, value, m_refreshes});
         requestAll();
     }
     return ObservableValue<V>(value.data());
@@ -86,6 +86,8 @@ void LazyLoader<K, V>::requestAll()
     m_realm.asyncExec([this] { performRequestAll(); });
 }
 
+/// No batch has both keys that a refresh asks for, too, and later ones: the answer to the refresh would end it, and
+/// say nothing of those.
 template <class K, class V>
 void LazyLoader<K, V>::performRequestAll()
 {
@@ -93,6 +95,8 @@ void LazyLoader<K, V>::performRequestAll()
     keys.reserve(m_batchLimit);
     m_inFlight.reserve(m_batchLimit);
     while (!m_pending.isEmpty() && keys.size() < m_batchLimit) {
+        if (!keys.isEmpty() && m_pending.constFirst().refreshes != m_inFlight.constFirst().refreshes)
+            break;
         Waiting waiting = m_pending.takeFirst();
         if (waiting.value->m_progress != Progress::Waiting)
             continue;
@@ -194,6 +198,7 @@ template <class K, class V>
 void LazyLoader<K, V>::refresh()
 {
     forgetRequests();
+    ++m_refreshes;
     for (auto each = m_values.cbegin(); each != m_values.cend(); ++each) {
         if (each.value()->m_progress >= Progress::Arrived)
             m_outdated.insert(each.key());
