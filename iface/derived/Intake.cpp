@@ -93,10 +93,12 @@ void Intake::settle()
     };
     // What is taken in may change something further up, which has to come down first before this is up to date.
     do {
-        guarded([this] {
-            inputCount();
-            settleOthers();
-        });
+        // Mostly nothing else is behind, and what is read then need not be asked.
+        if (t_behindCount > int(m_isBehind))
+            guarded([this] {
+                inputCount();
+                settleOthers();
+            });
         if (!m_isBehind)
             return;
         m_isBehind = false;

@@ -89,6 +89,8 @@ LazyTransformedListBase::Private::Private(LazyTransformedListBase* list, Observa
 
 QVariant LazyTransformedListBase::Private::read(int index)
 {
+    if (const Entry* const kept = entry(index))
+        return q->valueOf(*kept);
     if (reads == MostRuns)
         return QVariant(); // the map reads the item that it is being asked for
     const QScopedValueRollback<int> reading(reads, reads + 1);

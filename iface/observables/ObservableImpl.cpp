@@ -11,6 +11,7 @@
 
 #include <QMetaMethod>
 
+#include <algorithm>
 #include <exception>
 
 namespace iface {
@@ -32,6 +33,17 @@ void callBoth(const First& first, const Second& second)
         std::rethrow_exception(thrown);
     }
     second();
+}
+
+/// What announces a change of this kind, Keys or above, besides observableChanged().
+const QMetaMethod& particularSignal(Change::Kind kind)
+{
+    static const QMetaMethod inOrderOfKinds[] = {QMetaMethod::fromSignal(&ObservableMapImplBase::mapChanged),
+                                                 QMetaMethod::fromSignal(&ObservableListImpl::itemAdded),
+                                                 QMetaMethod::fromSignal(&ObservableListImpl::itemUpdated),
+                                                 QMetaMethod::fromSignal(&ObservableListImpl::itemRemoved),
+                                                 QMetaMethod::fromSignal(&ObservableListImpl::itemsChanged)};
+    return inOrderOfKinds[std::min(kind, Change::Moved) - Change::Keys];
 }
 
 } // namespace
@@ -115,6 +127,7 @@ void ObservableImpl::note(const Change& change, void (*beforeTelling)(Observable
         open->enter(*this, change, beforeTelling);
         return;
     }
+    const Hold hold(*this);
     if (m_firstFollower || m_untold || beforeTelling) {
         Round round;
         round.enter(*this, change, beforeTelling);
@@ -126,14 +139,22 @@ void ObservableImpl::note(const Change& change, void (*beforeTelling)(Observable
     std::vector<MapChange> keys;
     if (change.kind == Change::Keys)
         appendKeys(*change.keys, keys);
-    tell(change, keys, Hold(*this));
+    tell(change, keys, hold);
+}
+
+/// Whether anybody is connected to what announces the change, by itself or merged with others.
+bool ObservableImpl::isHeard(const Change& change) const
+{
+    static const QMetaMethod plainSignal = QMetaMethod::fromSignal(&ObservableImpl::observableChanged);
+    const auto isConnected = [this](Change::Kind kind) { return isSignalConnected(particularSignal(kind)); };
+    return isSignalConnected(plainSignal) || (change.kind >= Change::Keys && isConnected(change.kind)) ||
+           (change.kind > Change::Keys && change.kind < Change::Moved && isConnected(Change::Reset));
 }
 
 /// Makes the copy of the keys that is announced, if anybody listens.
 void ObservableImpl::appendKeys(const ChangedKeys& changed, std::vector<MapChange>& keys) const
 {
-    static const QMetaMethod keySignal = QMetaMethod::fromSignal(&ObservableMapImplBase::mapChanged);
-    if (isSignalConnected(keySignal))
+    if (isSignalConnected(particularSignal(Change::Keys)))
         keys.push_back(changed.toMapChange());
 }
 
@@ -158,14 +179,10 @@ void ObservableImpl::tellInParticular(const Change& change, const std::vector<Ma
     if (change.kind <= Change::Keys)
         return;
     auto* const list = static_cast<ObservableListImpl*>(this);
-    // To ask whether a change need be put into a signal's words at all; in the order of the kinds.
-    static const QMetaMethod itemSignals[] = {QMetaMethod::fromSignal(&ObservableListImpl::itemAdded),
-                                              QMetaMethod::fromSignal(&ObservableListImpl::itemUpdated),
-                                              QMetaMethod::fromSignal(&ObservableListImpl::itemRemoved)};
     if (change.kind >= Change::Moved)
         Q_EMIT list->itemsChanged(change.type(), change.mapper);
-    else if (!isSignalConnected(itemSignals[change.kind - Change::Added]))
-        return;
+    else if (!isSignalConnected(particularSignal(change.kind)))
+        return; // the change need not be put into a signal's words
     else if (change.kind == Change::Added)
         Q_EMIT list->itemAdded(ObservableListImpl::pathOf(change.index));
     else if (change.kind == Change::Updated)

@@ -7,7 +7,7 @@
 
 namespace iface {
 
-constinit thread_local ReadRecorder* t_currentRecorder = nullptr;
+[[gnu::tls_model("initial-exec")]] constinit thread_local ReadRecorder* t_currentRecorder = nullptr;
 
 namespace {
 

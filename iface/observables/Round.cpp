@@ -14,12 +14,12 @@
 
 namespace iface {
 
-constinit thread_local Round* t_innermostRound = nullptr;
-constinit thread_local int t_behindCount = 0;
+[[gnu::tls_model("initial-exec")]] constinit thread_local Round* t_innermostRound = nullptr;
+[[gnu::tls_model("initial-exec")]] constinit thread_local int t_behindCount = 0;
 
 Round::State& Round::state()
 {
-    static thread_local State state;
+    [[gnu::tls_model("initial-exec")]] static thread_local State state;
     return state;
 }
 
@@ -49,8 +49,18 @@ Round::~Round()
     t_innermostRound = m_outer;
 }
 
-/// Queues what changed for announcing, once, and has it marked by all who follow it.
+/// Has the change marked by all who follow what changed, and that queued for announcing, if there is anybody to hear
+/// it: most values, maps and lists in between have followers alone.
 void Round::enter(ObservableImpl& observable, const Change& change, BeforeTelling beforeTelling)
+{
+    if (observable.m_untold || beforeTelling || observable.isHeard(change))
+        queue(observable, change, beforeTelling);
+    for (Follower* follower = observable.m_firstFollower; follower; follower = follower->m_next)
+        follower->mark(change);
+}
+
+/// Each is announced once.
+void Round::queue(ObservableImpl& observable, const Change& change, BeforeTelling beforeTelling)
 {
     const auto known = std::size_t(observable.m_untold);
     if (known <= m_firstUntold) {
@@ -71,8 +81,18 @@ void Round::enter(ObservableImpl& observable, const Change& change, BeforeTellin
     entry.change.keys = nullptr;
     if (beforeTelling)
         entry.beforeTelling = beforeTelling;
-    for (Follower* follower = observable.m_firstFollower; follower; follower = follower->m_next)
-        follower->mark(change);
+}
+
+void Round::Untold::clear()
+{
+    observable = nullptr;
+    change.kind = Change::None;
+    if (change.mapper)
+        change.mapper.reset();
+    if (!keys.empty())
+        keys.clear();
+    beforeTelling = nullptr;
+    hold = ObservableImpl::Hold(); // last: that may run anything
 }
 
 /// An empty one.
@@ -159,7 +179,7 @@ void Round::tellNext(std::size_t place)
         observable.m_untold = 0;
         guarded([&] { observable.tell(entry.change, entry.keys, entry.hold); });
     }
-    entry = Untold();
+    entry.clear();
 }
 
 void Round::runMonitor(std::size_t place)

@@ -16,6 +16,8 @@ namespace iface {
 struct Round::Untold
 {
     bool isThere() const { return observable && hold.isAlive(); }
+    /// For the next: what is mostly empty stays untouched.
+    void clear();
 
     ObservableImpl::Hold hold;
     ObservableImpl* observable = nullptr; ///< null once it was told or has gone over to an inner round

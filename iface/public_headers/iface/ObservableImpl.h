@@ -79,6 +79,7 @@ private:
     friend class Follower;
     friend class Round;
 
+    bool isHeard(const Change& change) const;
     void appendKeys(const ChangedKeys& changed, std::vector<MapChange>& keys) const;
     void tell(const Change& change, const std::vector<MapChange>& keys, const Hold& hold);
     void tellInParticular(const Change& change, const std::vector<MapChange>& keys, const Hold& hold);

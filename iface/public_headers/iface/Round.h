@@ -60,6 +60,7 @@ private:
     static void strikeOut(std::size_t placeOfMonitor);
 
     void enter(ObservableImpl& observable, const Change& change, BeforeTelling beforeTelling);
+    void queue(ObservableImpl& observable, const Change& change, BeforeTelling beforeTelling);
     void enter(detail::Intake& intake);
     std::size_t enter(MonitoredRun& run);
     Untold& nextUntold();
