@@ -30,9 +30,9 @@ namespace zel {
 ///
 /// Announcements: a record whose contents changed is one change of its value and of the map, which everything derived
 /// from either takes in before anybody is told (see iface::Round): then the observers of the value hear, and then the
-/// map fires mapChanged() with that one key; never a batch. That the request of a key was answered is announced by the value
-/// alone. A handler may do anything, spin a nested event loop in which further messages are applied included; what it
-/// throws goes on once the message has been applied whole.
+/// map fires mapChanged() with that one key; never a batch. That the request of a key was answered is announced by the
+/// value alone. A handler may do anything, spin a nested event loop in which further messages are applied included;
+/// what it throws goes on once the message has been applied whole.
 ///
 /// @tparam Key what records are found by: hashable
 /// @tparam T the record; see JsonAdapter
