@@ -11,7 +11,6 @@
 
 #include <QMetaMethod>
 
-#include <algorithm>
 #include <exception>
 
 namespace iface {
@@ -35,15 +34,14 @@ void callBoth(const First& first, const Second& second)
     second();
 }
 
-/// What announces a change of this kind, Keys or above, besides observableChanged().
+/// What announces a change of this kind, Keys to Removed, besides observableChanged().
 const QMetaMethod& particularSignal(Change::Kind kind)
 {
     static const QMetaMethod inOrderOfKinds[] = {QMetaMethod::fromSignal(&ObservableMapImplBase::mapChanged),
                                                  QMetaMethod::fromSignal(&ObservableListImpl::itemAdded),
                                                  QMetaMethod::fromSignal(&ObservableListImpl::itemUpdated),
-                                                 QMetaMethod::fromSignal(&ObservableListImpl::itemRemoved),
-                                                 QMetaMethod::fromSignal(&ObservableListImpl::itemsChanged)};
-    return inOrderOfKinds[std::min(kind, Change::Moved) - Change::Keys];
+                                                 QMetaMethod::fromSignal(&ObservableListImpl::itemRemoved)};
+    return inOrderOfKinds[kind - Change::Keys];
 }
 
 } // namespace
@@ -142,13 +140,13 @@ void ObservableImpl::note(const Change& change, void (*beforeTelling)(Observable
     tell(change, keys, hold);
 }
 
-/// Whether anybody is connected to what announces the change, by itself or merged with others.
+/// Whether anybody may be connected to what announces the change. With others a change of a list's items becomes
+/// another, and asking for all the signals of a list costs as much as announcing it.
 bool ObservableImpl::isHeard(const Change& change) const
 {
     static const QMetaMethod plainSignal = QMetaMethod::fromSignal(&ObservableImpl::observableChanged);
-    const auto isConnected = [this](Change::Kind kind) { return isSignalConnected(particularSignal(kind)); };
-    return isSignalConnected(plainSignal) || (change.kind >= Change::Keys && isConnected(change.kind)) ||
-           (change.kind > Change::Keys && change.kind < Change::Moved && isConnected(Change::Reset));
+    return change.kind > Change::Keys || isSignalConnected(plainSignal) ||
+           (change.kind == Change::Keys && isSignalConnected(particularSignal(change.kind)));
 }
 
 /// Makes the copy of the keys that is announced, if anybody listens.

@@ -50,7 +50,7 @@ Round::~Round()
 }
 
 /// Has the change marked by all who follow what changed, and that queued for announcing, if there is anybody to hear
-/// it: most values, maps and lists in between have followers alone.
+/// it: most values and maps have followers alone.
 void Round::enter(ObservableImpl& observable, const Change& change, BeforeTelling beforeTelling)
 {
     if (observable.m_untold || beforeTelling || observable.isHeard(change))

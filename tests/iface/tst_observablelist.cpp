@@ -10,6 +10,7 @@
 #include <iface/ObservableTracker.h>
 #include <iface/ObserverFunctorAdapter.h>
 #include <iface/PrecomputedMapper.h>
+#include <iface/Round.h>
 
 #include <QPointer>
 #include <QSignalSpy>
@@ -142,13 +143,20 @@ void TstObservableList::reachesWhoeverListensToOneSignalAlone()
         counts.append(int(spy.size()));
         list->reset({});
         counts.append(int(spy.size()));
+        // As one change these are a Reset, and no item came or went.
+        Round::together([&] {
+            list->append(5);
+            list->append(6);
+            list->remove(0);
+        });
+        counts.append(int(spy.size()));
         return counts;
     };
-    QCOMPARE(heard(&List::itemAdded), (QList<int>{1, 1, 1, 1}));
-    QCOMPARE(heard(&List::itemUpdated), (QList<int>{0, 1, 1, 1}));
-    QCOMPARE(heard(&List::itemRemoved), (QList<int>{0, 0, 1, 1}));
-    QCOMPARE(heard(&List::itemsChanged), (QList<int>{0, 0, 0, 1}));
-    QCOMPARE(heard(&List::observableChanged), (QList<int>{1, 2, 3, 4}));
+    QCOMPARE(heard(&List::itemAdded), (QList<int>{1, 1, 1, 1, 1}));
+    QCOMPARE(heard(&List::itemUpdated), (QList<int>{0, 1, 1, 1, 1}));
+    QCOMPARE(heard(&List::itemRemoved), (QList<int>{0, 0, 1, 1, 1}));
+    QCOMPARE(heard(&List::itemsChanged), (QList<int>{0, 0, 0, 1, 2}));
+    QCOMPARE(heard(&List::observableChanged), (QList<int>{1, 2, 3, 4, 5}));
 
     const QExplicitlySharedDataPointer<PlainMap<int, int>> map(new PlainMap<int, int>);
     QSignalSpy keys(map.data(), &iface::ObservableMapImplBase::mapChanged);
