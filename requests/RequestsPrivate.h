@@ -30,8 +30,9 @@ using ItemKey = std::tuple<QString, std::optional<int>, QString>;
 using StatusKey = std::pair<UserStatus::Type, QString>;
 
 /// What waits for which signal, and the objects that send these.
-struct RequestsPrivate
+class RequestsPrivate
 {
+public:
     RequestsPrivate(Context* givenContext, Requests* requests);
 
     template <typename Key, typename T, typename Send>
