@@ -124,7 +124,7 @@ private:
     {
         std::vector<const Node*> read;
         int number = 0;
-        qint64 seen = 0;
+        quint64 seen = 0;
         int runs = 0;
         std::unique_ptr<iface::ObservableMonitor> monitor;
     };
@@ -192,23 +192,23 @@ private:
         monitor.monitor = std::make_unique<iface::ObservableMonitor>(
             [this, &monitor] {
                 ++monitor.runs;
-                monitor.seen = m_numbers[std::size_t(monitor.number)]->getValue();
+                monitor.seen = quint64(m_numbers[std::size_t(monitor.number)]->getValue());
                 for (const Node* const node : monitor.read) {
                     compare(*node, "in a monitor");
                     for (const int item : node->list.toList())
-                        monitor.seen = 31 * monitor.seen + item;
+                        monitor.seen = 31 * monitor.seen + quint64(item);
                 }
             },
             nullptr, QString(), false);
         monitor.monitor->handleObservableChanged();
     }
 
-    qint64 sum(const Monitor& monitor)
+    quint64 sum(const Monitor& monitor)
     {
-        qint64 seen = peek(monitor.number);
+        quint64 seen = quint64(peek(monitor.number));
         for (const Node* const node : monitor.read) {
             for (const int item : naive(*node))
-                seen = 31 * seen + item;
+                seen = 31 * seen + quint64(item);
         }
         return seen;
     }
