@@ -39,6 +39,8 @@ void LiveListBase::requestListAll() const
 void LiveListBase::listAll(iface::JsonObjectReader)
 {
     beginTransfer(Transfer::FullList);
+    if (!m_retry.isActive())
+        m_retry.start(); // sent unasked, and missed all the same if it does not come whole
 }
 
 void LiveListBase::listElements(iface::JsonObjectReader)
@@ -54,17 +56,13 @@ void LiveListBase::beginTransfer(Transfer transfer)
 
 LiveListBase::Transfer LiveListBase::chunkTaken(bool last)
 {
-    if (!last) {
-        // The answer is on its way: only if it stops coming is it asked for again.
-        if (m_transfer == Transfer::FullList && m_retry.isActive()) {
-            m_retry.start();
-        }
-        return Transfer::None;
-    }
     if (m_transfer == Transfer::FullList) {
-        m_retry.stop();
+        if (last)
+            m_retry.stop();
+        else
+            m_retry.start(); // the rest is on its way: only if it stops coming is it asked for again
     }
-    return std::exchange(m_transfer, Transfer::None);
+    return last ? std::exchange(m_transfer, Transfer::None) : Transfer::None;
 }
 
 void LiveListBase::logIgnored(const char* text, const QString& key) const

@@ -207,6 +207,13 @@ private Q_SLOTS:
         load({});
         clock->advance(3600 * 1000);
         QCOMPARE(pipe->sentCount(), 3);
+
+        pipe->inject(listMessage("listAll", {})); // unasked, and no more comes
+        clock->advance(30 * 1000);
+        QCOMPARE(pipe->sentCount(), 4);
+        load({});
+        clock->advance(3600 * 1000);
+        QCOMPARE(pipe->sentCount(), 4);
     }
 
     void announcesAnEqualListOnlyTheFirstTime()

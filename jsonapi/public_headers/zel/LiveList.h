@@ -18,7 +18,8 @@ namespace zel {
 ///
 /// Asks for the list one turn of the event loop after it is made and whenever the pipe reconnects, and applies what
 /// the service then says: whole lists and single elements in chunks, additions, changes, removals. An addition of a
-/// known key is an update. A request that stays without an answer is repeated, after 30 seconds at first.
+/// known key is an update. A request that stays without an answer is repeated, after 30 seconds at first, and a
+/// whole list that stops coming is asked for, also when it was sent unasked.
 ///
 /// Lifetime: held by the pointer that create() returns and by handles made from it; keeps the multiplexer. Take a
 /// handle before the event loop runs, as with every observable. One thread. When it dies it leaves the multiplexer
