@@ -10,6 +10,8 @@ namespace zelsplib {
 
 namespace {
 
+constexpr qsizetype timesToBelieve = 3;
+
 bool isHash(const QString& name)
 {
     constexpr int sha1Length = 40;
@@ -66,14 +68,17 @@ QStringList StreamRequests::take(const QString& streamId, const QByteArray& data
     return keys;
 }
 
-/// A service whose names are hashes of something else sends the same again, and is believed.
+/// A service whose names are hashes of something else sends the same again and again, and is believed. Once again is
+/// not enough: the same chunk may be lost twice.
 bool StreamRequests::isWhole(const QString& streamId, const QString& name, const QString& hash)
 {
-    if (name == hash || !isHash(name) || m_doubted.value(streamId) == hash)
+    if (name == hash || !isHash(name))
         return true;
-    const bool isFirst = !m_doubted.contains(streamId);
-    m_doubted.insert(streamId, hash);
-    if (isFirst) // whatever else does not fit waits its time: no two sides that answer each other without end
+    QStringList& doubted = m_doubted[streamId];
+    doubted.append(hash);
+    if (doubted.count(hash) == timesToBelieve)
+        return true;
+    if (doubted.size() < timesToBelieve) // later ones wait their time: no two sides that answer each other without end
         requestAgain(waiting(streamId).value(0));
     return false;
 }

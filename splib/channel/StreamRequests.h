@@ -41,7 +41,8 @@ public:
     /// waits no more: nobody when it is not whole.
     QStringList take(const QString& streamId, const QByteArray& data);
     /// Whether data with this hash, come on a stream on which somebody waits, is all of what is named by `name`: the
-    /// same hash, a name that is no hash, or the same data as before. If not, it is asked for once more.
+    /// same hash, a name that is no hash, or data that has come for the third time. If not, it is asked for again, at
+    /// once but for twice at most.
     bool isWhole(const QString& streamId, const QString& name, const QString& hash);
 
     QStringList waiting(const QString& streamId) const { return m_keys.value(streamId); }
@@ -53,9 +54,9 @@ private:
 
     zel::JsonStream& m_stream;
     const Send m_send;
-    QHash<QString, QString> m_streams;  ///< by key
-    QHash<QString, QStringList> m_keys; ///< by stream
-    QHash<QString, QString> m_doubted;  ///< the hash of what came last and was not whole, by stream
+    QHash<QString, QString> m_streams;     ///< by key
+    QHash<QString, QStringList> m_keys;    ///< by stream
+    QHash<QString, QStringList> m_doubted; ///< the hashes of what came and was not whole, by stream
     Retries m_retries;
 };
 

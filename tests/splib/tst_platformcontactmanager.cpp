@@ -499,7 +499,11 @@ private Q_SLOTS:
         f.addRecord(withPicture(record(0), QString::fromLatin1(hash)));
         const QByteArray request = f.pipe->takeSent();
         const QString told = QStringLiteral("picture h0 %1 ").arg(QString::fromLatin1(hash));
-        const QList<QByteArray> answers[] = {{"whole"}, {"half", "whole"}, {"half", "lf", "whole"}, {"other", "other"}};
+        const QList<QByteArray> answers[] = {{"whole"},
+                                             {"half", "whole"},
+                                             {"half", "half", "whole"},
+                                             {"a", "b", "c", "whole"},
+                                             {"other", "other", "other"}};
         for (const QList<QByteArray>& transfers : answers) {
             f.log.take();
             f.pipe->clearSent();
@@ -510,7 +514,7 @@ private Q_SLOTS:
                 f.sendPicture(hash.constData(), bytes);
             }
             // At once, but not for every one: the other side may never do better, and one that is sure says it again.
-            QCOMPARE(f.pipe->sentCount(), transfers.size() > 1 ? 1 : 0);
+            QCOMPARE(f.pipe->sentCount(), qMin(transfers.size() - 1, 2));
             QCOMPARE(f.log.take(), QStringList(told + QString::fromLatin1(transfers.last())));
         }
     }
