@@ -12,7 +12,6 @@ using zelsplib::PlatformContact;
 
 void ContactListEventHandler::setContactServiceBridge(ServiceBridge* bridge)
 {
-    m_bridge = bridge;
     m_delegate = bridge ? bridge->contactService() : nullptr;
 }
 

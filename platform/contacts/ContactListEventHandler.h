@@ -13,7 +13,7 @@ class ContactServiceDelegate;
 class ServiceBridge;
 
 /// What the contact manager reports to; it passes everything on to the contact delegate. A value held by the manager;
-/// pushes do nothing until the bridge, which is never destroyed, has introduced itself.
+/// pushes do nothing until the bridge has introduced itself.
 class ContactListEventHandler
 {
 public:
@@ -29,7 +29,6 @@ public:
     void pushPlatformContactAvatarChangedEvent(const zelsplib::PlatformContact& contact) const;
 
 private:
-    ServiceBridge* m_bridge = nullptr;
     ContactServiceDelegate* m_delegate = nullptr;
 };
 

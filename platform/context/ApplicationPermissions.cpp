@@ -18,7 +18,6 @@ class ApplicationPermissionsPrivate : public QObject
 public:
     ApplicationPermissionsPrivate(Context* givenContext, ApplicationPermissions* permissions)
         : QObject(permissions)
-        , q(permissions)
         , context(givenContext)
     {
         mistakes::checkMaking("ApplicationPermissions", context, mistakes::Needs::Access);
@@ -43,7 +42,6 @@ public:
         return false;
     }
 
-    ApplicationPermissions* const q;
     ApplicationDelegate* registrar = nullptr;
     QPointer<Context> const context;
 };

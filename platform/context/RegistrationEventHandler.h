@@ -8,7 +8,7 @@ namespace vx::platform::zel {
 class ServiceBridge;
 
 /// What the globals manager reports registration states to; it passes them on to the bridge's registrar. A value held
-/// by the manager; pushes do nothing until the bridge, which is never destroyed, has introduced itself.
+/// by the manager; pushes do nothing until the bridge has introduced itself.
 class RegistrationEventHandler
 {
 public:

@@ -8,8 +8,7 @@ namespace vx::platform::zel {
 class ServiceBridge;
 
 /// What the eco ID manager reports which eco identifier belongs to a ppId to; it passes that on to the utilities
-/// delegate. A value held by the manager; pushes do nothing until the bridge, which is never destroyed, has introduced
-/// itself.
+/// delegate. A value held by the manager; pushes do nothing until the bridge has introduced itself.
 class EcoIdEventHandler
 {
 public:

@@ -8,8 +8,7 @@ namespace vx::platform::zel {
 class ServiceBridge;
 
 /// What the eco ID status manager reports the status of eco identifiers to; it passes that on to the utilities
-/// delegate. A value held by the manager; pushes do nothing until the bridge, which is never destroyed, has introduced
-/// itself.
+/// delegate. A value held by the manager; pushes do nothing until the bridge has introduced itself.
 class EcoIdStatusEventHandler
 {
 public:

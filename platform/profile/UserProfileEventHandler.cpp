@@ -11,7 +11,6 @@ namespace vx::platform::zel {
 
 void UserProfileEventHandler::setUserProfileBridge(ServiceBridge* bridge)
 {
-    m_bridge = bridge;
     m_delegate = bridge ? bridge->userProfile() : nullptr;
 }
 

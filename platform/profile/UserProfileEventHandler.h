@@ -11,8 +11,7 @@ class ServiceBridge;
 class UserProfileDelegate;
 
 /// What the globals manager reports changes of the own profile to, each with the whole new record; it passes them on to
-/// the profile delegate. A value held by the manager; pushes do nothing until the bridge, which is never destroyed, has
-/// introduced itself.
+/// the profile delegate. A value held by the manager; pushes do nothing until the bridge has introduced itself.
 class UserProfileEventHandler
 {
 public:
@@ -24,7 +23,6 @@ public:
     void pushPlatformUserProfileAvatarChangedEvent(const zelsplib::PlatformContact& profile) const;
 
 private:
-    ServiceBridge* m_bridge = nullptr;
     UserProfileDelegate* m_delegate = nullptr;
 };
 

@@ -12,7 +12,7 @@ class ProfileBoxDelegate;
 class ServiceBridge;
 
 /// What the profile box manager reports to; it passes everything on to the profile box delegate. A value held by the
-/// manager; pushes do nothing until the bridge, which is never destroyed, has introduced itself.
+/// manager; pushes do nothing until the bridge has introduced itself.
 class ProfileBoxEventHandler
 {
 public:

@@ -15,8 +15,9 @@ class JsonObjectReader;
 /// attribute handed to a message listener is good until the listener returns, however long it stays in a nested
 /// event loop; copying it does not make it live longer.
 ///
-/// Entering a child that is missing or of another kind gives an invalid reader. So does an attribute without a
-/// source, which is an error of the program and is logged.
+/// Entering a child that is missing, or neither an object nor an array, gives an invalid reader; which of the two it
+/// is, neither object() nor array() asks. An attribute without a source gives an invalid one, too, which is an error of
+/// the program and is logged.
 class ZEL_EXPORT JsonReaderAttribute
 {
 public:

@@ -30,7 +30,8 @@ public:
     /// Registers a listener for messages of a type. It goes with its owner, or with removeListeners().
     virtual void addListener(QObject* owner, const QString& type, const Listener& callback) = 0;
     virtual void removeListeners(QObject* owner) = 0;
-    /// Sends text that is one message already.
+    /// Sends text that is one message already. Either send() may bring the answer before it returns, as a pipe within
+    /// the process may: be ready for it when calling.
     virtual void send(const QString& text) = 0;
     /// True while the core service is to be reached; live containers ask again when it turns true.
     virtual iface::ObservableValue<bool> isConnected() const = 0;

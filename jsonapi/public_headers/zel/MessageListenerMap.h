@@ -16,8 +16,9 @@ namespace zel {
 /// Dispatching may nest, and a listener may add, remove and delete whatever it likes, the map itself included. One
 /// that is removed is not called any more, even by the dispatch under way; one that is added hears from the next
 /// message on. Messages stay in order all the same: one that arrives in a listener's nested event loop is handed out
-/// after whatever is left of the messages before it, and before the event loop goes on. What a listener throws ends the
-/// dispatch and passes on to the sender. What a listener reads is no dependency of a computation that waits below.
+/// after whatever is left of the messages before it, and before the event loop goes on. What a listener throws keeps no
+/// other from being called: the first exception passes on to the sender once all have been. What a listener reads is no
+/// dependency of a computation that waits below.
 class ZEL_EXPORT MessageListenerMap
 {
 public:
