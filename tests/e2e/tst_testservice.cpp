@@ -113,6 +113,17 @@ private Q_SLOTS:
         }
     }
 
+    void servesAContextThatOutlivesTheApplicationObject()
+    {
+        zelcore::TestService service;
+        const Context context(QUuid::createUuid());
+        QTRY_COMPARE(context.registrationState(), RegistrationState::Unregistered);
+        cleanup();
+        init();
+        service.setRegistrationState(u"Expired"_s);
+        QTRY_COMPARE(context.registrationState(), RegistrationState::Expired);
+    }
+
     void remarksOnceForEachServiceOnASuccessorThatWouldWaitInVain()
     {
         for (int function = 0; function < 2; ++function) {

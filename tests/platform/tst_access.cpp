@@ -1,168 +1,299 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Answers.h"
-#include "Desk.h"
+#include "PlatformTest.h"
 
+#include <vx/platform/zel/ApplicationPermissions.h>
+#include <vx/platform/zel/ContactService.h>
+#include <vx/platform/zel/ProfileBox.h>
+#include <vx/platform/zel/UserProfile.h>
+#include <vx/platform/zel/Utils.h>
+
+#include <QtCore/QLoggingCategory>
 #include <QtCore/QPointer>
-
-#include <functional>
+#include <QtTest/QSignalSpy>
 
 using namespace vx::platform::zel;
+using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A public class: how to make one, what it answers, and how to have it signal something.
+// What a public object answers beside its properties, requests included.
+QString answersOf(ApplicationPermissions& permissions)
+{
+    return words(permissions.permissionValue(Permission::ProfileUpdatesAllowed),
+                 permissions.permissionValue(Permission::ContactInvitationsAllowed));
+}
+QString answersOf(ContactService& service)
+{
+    const Contact ada = service.contact(u"ada"_s);
+    return words(service.contacts().size(), ada.handle(), service.containsContact(ada),
+                 service.hasApplication(u"ada"_s), service.requestDisplayPicture(u"ada"_s), service.refresh());
+}
+QString answersOf(ProfileBox& box)
+{
+    return words(box.items().size(), box.item(u"1"_s).id(), box.requestAddItem(u"x"_s, {}),
+                 box.requestAddItem(u"x"_s, 7, {}), box.requestRemoveItem(u"1"_s), box.requestRemoveAllItems(),
+                 box.requestRegisterIcon(1, ImageType::Png, "x"), box.requestRetrieveIcon(7));
+}
+QString answersOf(UserProfile& profile)
+{
+    return words(profile.requestUpdatePersonalMessage(u"x"_s), profile.requestUpdateStatus(UserStatus::Busy, u"x"_s),
+                 profile.requestUpdateDisplayPicture(ImageType::Png, "x"));
+}
+QString answersOf(Utils& utils)
+{
+    return words(utils.requestEcoId(u"p"_s), utils.requestEcoIdStatus(u"e"_s),
+                 utils.sendContactInvitation(u"e"_s, u"n"_s, u"m"_s), utils.invokeChat(u"e"_s));
+}
+
+/// A public class: how to make one, what it answers, with access and without, and how to have it signal something.
 struct Subject
 {
-    const char* name;
+    QString name;
     std::function<QObject*(Context*)> make;
-    std::function<QString(QObject&)> answers;
-    QString withoutAccess;
-    bool worksWhenMadeEarly;
-    std::function<void(QObject&, std::function<void()>)> onSignal; ///< null when it has no signals
+    std::function<QString(QObject*)> answers;
+    QString defaults;
+    std::function<void(QObject*, std::function<void()>)> onSignal;
     std::function<void(Desk&)> raise;
 };
 
-template <class Public>
-Subject subject(const char* name, bool worksWhenMadeEarly)
+template <class Public, typename Signal>
+Subject subject(const QString& defaults, Signal signal, const std::function<void(Desk&)>& raise)
 {
-    return {name,
-            [](Context* context) -> QObject* { return new Public(context); },
-            [](QObject& object) { return answers::of(static_cast<Public&>(object)); },
-            answers::withoutAccess<Public>(),
-            worksWhenMadeEarly,
-            {},
-            {}};
+    return {QString::fromLatin1(Public::staticMetaObject.className()).section(u"::"_s, -1),
+            [](Context* context) { return new Public(context); },
+            [](QObject* object) {
+                auto& subject = static_cast<Public&>(*object);
+                return QString(shown(subject) + u' ' + answersOf(subject)).trimmed();
+            },
+            defaults,
+            [signal](QObject* object, const std::function<void()>& slot) {
+                QObject::connect(static_cast<Public*>(object), signal, object, slot);
+            },
+            raise};
 }
 
-template <class Public, class Signal>
-Subject subject(const char* name, bool worksWhenMadeEarly, Signal signal, std::function<void(Desk&)> raise)
+const QList<Subject>& subjects()
 {
-    Subject result = subject<Public>(name, worksWhenMadeEarly);
-    result.onSignal = [signal](QObject& object, const std::function<void()>& slot) {
-        QObject::connect(&static_cast<Public&>(object), signal, &object, slot);
+    static const QList<Subject> all{
+        subject<ApplicationPermissions>(u"Denied Denied"_s, &QObject::objectNameChanged, {}),
+        subject<ContactService>(u"valid=false complete=false contactCount=0 0  false false false false"_s,
+                                &ContactService::contactUpdated,
+                                [](Desk& desk) { desk.changeContact(u"ada"_s, R"({"displayName":"A"})"); }),
+        subject<ProfileBox>(
+            u"itemCount=0 registeredIcons= 0  false false false false false false"_s, &ProfileBox::itemAdded,
+            [](Desk& desk) { desk.tell(u"listAdd"_s, u"profileBoxItem"_s, R"({"itemId":"4","text":"four"})"); }),
+        subject<UserProfile>(u"displayName= personalMessage= status=Available statusMessage= ppId= handle= "
+                             "displayPictureMimeType=Unsupported displayPicture= applicationVersion= zelVersion=0 "
+                             "sdkVersion=200 false false false"_s,
+                             &UserProfile::displayNameUpdated,
+                             [](Desk& desk) { desk.changeProfile(R"({"displayName":"Eva"})"); }),
+        subject<Utils>(u"false false false false"_s, &Utils::ecoIdUpdated, [](Desk& desk) { desk.settle(); }),
     };
-    result.raise = std::move(raise);
-    return result;
+    return all;
+}
+
+const QStringList nobody;
+const QStringList everybody{u"ApplicationPermissions"_s, u"ContactService"_s, u"ProfileBox"_s, u"UserProfile"_s,
+                            u"Utils"_s};
+const QStringList requests =
+    u"ContactService::refresh ContactService::requestDisplayPicture ProfileBox::requestAddItem "
+    "ProfileBox::requestRegisterIcon ProfileBox::requestRemoveAllItems ProfileBox::requestRemoveItem "
+    "ProfileBox::requestRetrieveIcon UserProfile::requestUpdateDisplayPicture "
+    "UserProfile::requestUpdatePersonalMessage UserProfile::requestUpdateStatus Utils::invokeChat "
+    "Utils::requestEcoId Utils::requestEcoIdStatus Utils::sendContactInvitation"_s.split(u' ');
+
+/// One of each class, with a view that is bound to its properties.
+class Objects
+{
+public:
+    explicit Objects(Context* context)
+    {
+        for (const Subject& subject : subjects()) {
+            QObject* const object = m_objects.emplace_back(subject.make(context)).get();
+            for (int i = 0; i < object->metaObject()->propertyCount(); ++i) {
+                const QMetaProperty property = object->metaObject()->property(i);
+                if (property.hasNotifySignal())
+                    m_bindings.push_back({property, std::make_unique<QSignalSpy>(object, property.notifySignal()),
+                                          property.read(object), object});
+            }
+        }
+    }
+
+    /// The names of those that answer anything else than defaults. Whatever warns of it does so once.
+    QStringList working() const
+    {
+        QStringList names;
+        for (int time = 0; time < 2; ++time) {
+            for (qsizetype i = 0; i < subjects().size(); ++i) {
+                if (subjects().at(i).answers(m_objects.at(std::size_t(i)).get()) != subjects().at(i).defaults)
+                    names.append(subjects().at(i).name);
+            }
+        }
+        names.removeDuplicates();
+        return names;
+    }
+
+    /// The properties that have changed since they were last told of.
+    QStringList untold()
+    {
+        QStringList names;
+        for (Binding& binding : m_bindings) {
+            const QVariant before = std::exchange(binding.value, binding.property.read(binding.object));
+            if (before != binding.value && binding.notices->isEmpty())
+                names.append(QString::fromLatin1(binding.property.name()));
+            binding.notices->clear();
+        }
+        return names;
+    }
+
+private:
+    struct Binding
+    {
+        QMetaProperty property;
+        std::unique_ptr<QSignalSpy> notices;
+        QVariant value;
+        QObject* object;
+    };
+
+    std::vector<std::unique_ptr<QObject>> m_objects;
+    std::vector<Binding> m_bindings;
+};
+
+QStringList warnings;
+
+void noteWarning(QtMsgType type, const QMessageLogContext&, const QString& text)
+{
+    if (type == QtWarningMsg)
+        warnings.append(text);
+}
+
+/// Who warns of this, once each, and of a remedy behind it.
+QStringList warned(const QString& reason)
+{
+    QStringList who;
+    for (const QString& warning : std::as_const(warnings)) {
+        if (warning.contains(u": "_s + reason) && warning.contains(u';'))
+            who.append(warning.section(u": "_s, 0, 0));
+    }
+    who.sort();
+    return who;
 }
 
 } // namespace
 
-/// Every public class with and without access. One process, one bridge: the cases build on each other.
-class TstAccess : public QObject
+/// Every public class with and without access, what it answers and of what it warns.
+class TstAccess : public PlatformTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
+    void withoutAServiceItIsBlockedByTheUser()
     {
-        m_desk.permission().insert(QStringLiteral("zelInvites"), true);
-        m_desk.permission().insert(QStringLiteral("showAppBox"), true);
-        m_desk.contact(QStringLiteral("ada"));
-        m_desk.lists.insert(QStringLiteral("platformContact"), {Desk::contactId(QStringLiteral("ada"))});
-        m_desk.lists.insert(QStringLiteral("profileBoxItem"), {ScriptedCore::json(R"({"itemId":"1","text":"one"})")});
-        m_context = std::make_unique<Context>(QUuid::createUuid());
+        m_desk->server().close();
+        QLoggingCategory::setFilterRules(u"zel.platform.debug=true"_s);
+        // An application that shows what it is told may use the library to do so.
+        static QStringList messages;
+        const auto before = qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& text) {
+            const Context context(QUuid::createUuid());
+            messages.append(words(context.registrationState(), text));
+        });
+        Context context(m_uuid);
+        qInstallMessageHandler(before);
+        QLoggingCategory::setFilterRules({});
+        QCOMPARE(messages, QStringList({u"BlockedByUser ZELSP Services not initialized -- Abort "_s,
+                                        u"BlockedByUser cannot open %1/services/zelcore/platform: No such file or "
+                                        "directory; start the core service, or a simulated one and set PPS_ROOT to its "
+                                        "folder, before the application"_s.arg(m_desk->root())}));
+        QCOMPARE(
+            shown(context),
+            u"registrationState=BlockedByUser accessAllowed=false ready=false zelSetup=false platformVersion=200"_s);
+        QSignalSpy states(&context, &Context::registrationStateUpdated);
+        QVERIFY(!context.requestRegisterApplication() && !context.requestRegisterApplicationSilent());
+        QCOMPARE(states.size(), 0);
+        Context withoutUuid{QUuid()};
+        QVERIFY(!withoutUuid.requestRegisterApplication());
+        QCOMPARE(states.size(), 1); // an application's own mistake is told all the same
+        QCOMPARE(Objects(&context).working(), nobody);
     }
 
-    void answersDefaultsWithoutAContext()
+    void comesAndGoesWithTheRegistration()
     {
-        for (const Subject& subject : subjects()) {
-            const std::unique_ptr<QObject> object(subject.make(nullptr));
-            QVERIFY2(subject.answers(*object) == subject.withoutAccess, subject.name);
+        const auto before = qInstallMessageHandler(noteWarning);
+        const auto handler = qScopeGuard([before] { qInstallMessageHandler(before); });
+        QCOMPARE(Objects(nullptr).working(), nobody);
+        QCOMPARE(warned(u"made without a context"_s), everybody);
+        QCOMPARE(warned(u"there is no context"_s), requests);
+
+        m_desk->heldBack = QStringList{u"permission"_s};
+        m_desk->leaveToTest(u"requestUserAvatar"_s);
+        m_context = std::make_unique<Context>(m_uuid);
+        auto own = std::make_unique<Context>(m_uuid);
+        Objects early(own.get());
+        QVERIFY(m_desk->settle());
+        QCOMPARE(early.working(), nobody);
+        QCOMPARE(warned(u"made before access was allowed"_s),
+                 QStringList({u"ApplicationPermissions"_s, u"ContactService"_s, u"UserProfile"_s}));
+        QCOMPARE(warned(u"the service has not said yet"_s), requests);
+        QCOMPARE(m_desk->written(), QByteArrayList());
+        m_desk->tell(u"listAdd"_s, u"global"_s, R"({"name":"permission","value":{"registrationState":"Success"}})");
+        QVERIFY(m_desk->nextMessage().contains("requestUserAvatar"));
+        const Objects hasty(own.get());
+        QCOMPARE(warned(u"made before the context was ready"_s), QStringList{u"UserProfile"_s});
+        m_desk->tellStream(u"first"_s, "bytes");
+        ready();
+        QCOMPARE(early.untold(), QStringList());
+        QCOMPARE(early.working(), QStringList({u"ProfileBox"_s, u"Utils"_s}));
+        QCOMPARE(warned(u"made before access was allowed, it refuses"_s).size(), 5);
+
+        Objects timely(own.get());
+        QCOMPARE(timely.working(), everybody);
+        m_desk->changeState(u"TemporaryError"_s);
+        QVERIFY(m_desk->settle());
+        QCOMPARE(timely.untold(), QStringList());
+        m_desk->written();
+        QCOMPARE(timely.working(), nobody);
+        QCOMPARE(warned(u"access is not allowed, the registration state is TemporaryError"_s), requests);
+        QCOMPARE(m_desk->written(), QByteArrayList());
+        m_desk->changeState(u"Success"_s);
+        QVERIFY(m_desk->settle());
+        QCOMPARE(timely.untold(), QStringList());
+        QCOMPARE(timely.working(), everybody);
+        own.reset();
+        QCOMPARE(timely.working(), nobody);
+    }
+
+    void followsThePermissions()
+    {
+        ApplicationPermissions permissions(ready());
+        const std::pair<const char*, const char*> rows[] = {
+            {R"({"showAppBox":false,"zelInvites":false})", "Denied Denied"},
+            {R"({"showAppBox":true,"zelInvites":false})", "Allowed Denied"},
+            {R"({"showAppBox":false,"zelInvites":true})", "Denied Allowed"}};
+        for (const auto& [members, values] : rows) {
+            m_desk->changePermission(members);
+            QVERIFY(m_desk->settle());
+            QCOMPARE(answersOf(permissions), QLatin1String(values));
         }
+        for (const int number : {-1, 0, 3, 1000}) // no permissions
+            QCOMPARE(permissions.permissionValue(static_cast<Permission::Type>(number)), PermissionValue::Denied);
     }
 
-    void livesOrNotWhenMadeTooEarly()
+    void anObjectMayBeDestroyedInItsOwnSlot()
     {
-        std::vector<std::unique_ptr<QObject>> early;
+        ready();
         for (const Subject& subject : subjects()) {
-            early.emplace_back(subject.make(m_context.get()));
-            QVERIFY2(subject.answers(*early.back()) == subject.withoutAccess, subject.name);
-        }
-        QVERIFY(m_desk.nothingWritten());
-        QVERIFY(m_desk.becomeAllowed());
-        QVERIFY(m_desk.settle());
-        for (std::size_t i = 0; i < early.size(); ++i) {
-            const bool works = subjects()[i].answers(*early[i]) != subjects()[i].withoutAccess;
-            QVERIFY2(works == subjects()[i].worksWhenMadeEarly, subjects()[i].name);
-        }
-    }
-
-    void answersDefaultsWhileAccessIsLost()
-    {
-        std::vector<std::unique_ptr<QObject>> objects;
-        for (const Subject& subject : subjects())
-            objects.emplace_back(subject.make(m_context.get()));
-        QVERIFY(m_desk.settle());
-        const auto work = [&](std::size_t i) {
-            return subjects()[i].answers(*objects[i]) != subjects()[i].withoutAccess;
-        };
-        for (std::size_t i = 0; i < objects.size(); ++i)
-            QVERIFY2(work(i), subjects()[i].name);
-        m_desk.changeState(QStringLiteral("TemporaryError"));
-        QVERIFY(m_desk.settle());
-        while (m_desk.core.hasRecord())
-            m_desk.core.nextRecord();
-        for (std::size_t i = 0; i < objects.size(); ++i)
-            QVERIFY2(!work(i), subjects()[i].name);
-        QVERIFY(m_desk.nothingWritten());
-        m_desk.changeState(QStringLiteral("Success"));
-        QVERIFY(m_desk.settle());
-        for (std::size_t i = 0; i < objects.size(); ++i)
-            QVERIFY2(work(i), subjects()[i].name);
-    }
-
-    void answersDefaultsAfterItsContextIsGone()
-    {
-        for (const Subject& subject : subjects()) {
-            auto context = std::make_unique<Context>(QUuid::createUuid());
-            const std::unique_ptr<QObject> object(subject.make(context.get()));
-            QVERIFY2(subject.answers(*object) != subject.withoutAccess, subject.name);
-            context.reset();
-            QVERIFY2(subject.answers(*object) == subject.withoutAccess, subject.name);
-        }
-    }
-
-    void mayBeDestroyedInItsOwnSlot()
-    {
-        for (const Subject& subject : subjects()) {
-            if (!subject.onSignal)
+            if (!subject.raise)
                 continue;
             const QPointer<QObject> doomed(subject.make(m_context.get()));
             const std::unique_ptr<QObject> behind(subject.make(m_context.get()));
             bool hasReachedOthers = false;
-            subject.onSignal(*doomed, [doomed] { delete doomed; });
-            subject.onSignal(*behind, [&] { hasReachedOthers = true; });
-            subject.raise(m_desk);
-            QTRY_VERIFY2(hasReachedOthers, subject.name);
-            QVERIFY2(!doomed, subject.name);
+            subject.onSignal(doomed, [doomed] { delete doomed; });
+            subject.onSignal(behind.get(), [&] { hasReachedOthers = true; });
+            subject.raise(*m_desk);
+            QTRY_VERIFY2(hasReachedOthers, qPrintable(subject.name));
+            QVERIFY2(!doomed, qPrintable(subject.name));
         }
     }
-
-private:
-    static const std::vector<Subject>& subjects()
-    {
-        static const std::vector<Subject> all{
-            subject<ApplicationPermissions>("ApplicationPermissions", false),
-            subject<ContactService>("ContactService", false, &ContactService::contactUpdated,
-                                    [](Desk& desk) {
-                                        desk.sendElements(
-                                            QStringLiteral("listChange"), QStringLiteral("platformUser"),
-                                            {desk.contact(QStringLiteral("ada"), R"({"displayName":"Ada"})")});
-                                    }),
-            subject<ProfileBox>("ProfileBox", true, &ProfileBox::itemAdded,
-                                [](Desk& desk) {
-                                    desk.sendElements(QStringLiteral("listAdd"), QStringLiteral("profileBoxItem"),
-                                                      {ScriptedCore::json(R"({"itemId":"2","text":"two"})")});
-                                }),
-            subject<UserProfile>("UserProfile", false, &UserProfile::displayNameUpdated,
-                                 [](Desk& desk) { desk.changeProfile(R"({"displayName":"Eva"})"); }),
-            subject<Utils>("Utils", true, &Utils::ecoIdUpdated, [](Desk& desk) { desk.settle(); }),
-        };
-        return all;
-    }
-
-    Desk m_desk;
-    std::unique_ptr<Context> m_context;
 };
 
 QTEST_GUILESS_MAIN(TstAccess)

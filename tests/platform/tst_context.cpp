@@ -1,278 +1,178 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Desk.h"
+#include "PlatformTest.h"
 
 #include <vx/platform/zel/ContactService.h>
 
 #include <QtCore/QEventLoop>
 #include <QtCore/QPointer>
+#include <QtTest/QSignalSpy>
 
 using namespace vx::platform::zel;
+using namespace Qt::StringLiterals;
 
-using State = RegistrationState::Type;
-
-/// One process, one bridge: the cases follow the life of one application and build on each other.
-class TstContext : public QObject
+class TstContext : public PlatformTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        if (!m_context) {
-            m_desk.heldBack = QStringList{QStringLiteral("permission")};
-            m_context = std::make_unique<Context>(m_uuid);
-        }
-    }
-
     void knowsNothingBeforeTheServiceSpeaks()
     {
-        QSignalSpy states(m_context.get(), &Context::registrationStateUpdated);
-        QVERIFY(m_desk.settle());
-        QCOMPARE(m_context->registrationState(), RegistrationState::Unknown);
-        QVERIFY(!m_context->isAccessAllowed());
-        QVERIFY(!m_context->isZelSetup());
-        QCOMPARE(m_context->platformVersion(), 200);
+        m_desk->heldBack += u"permission"_s;
+        begin();
+        QVERIFY(m_desk->settle());
+        QCOMPARE(shown(*m_context),
+                 u"registrationState=Unknown accessAllowed=false ready=false zelSetup=false platformVersion=200"_s);
         QVERIFY(!m_context->requestRegisterApplication());
-        QVERIFY(m_desk.nothingWritten());
-        QCOMPARE(states.size(), 0);
+        QCOMPARE(m_desk->written(), QByteArrayList());
+        QCOMPARE(m_heard->lines(), QStringList());
+
+        m_desk->tell(u"listAdd"_s, u"global"_s,
+                     R"({"name":"permission","value":{"registrationState":"Unregistered","zelSetup":true}})");
+        QTRY_COMPARE(m_heard->lines(), QStringList{u"Unregistered"_s});
+        QVERIFY(m_context->isZelSetup());
     }
 
     void refusesANullUuid()
     {
+        begin();
         Context withoutUuid{QUuid()};
-        QSignalSpy states(&withoutUuid, &Context::registrationStateUpdated);
-        QVERIFY(!withoutUuid.requestRegisterApplication());
-        QVERIFY(!withoutUuid.requestRegisterApplicationSilent());
-        QCOMPARE(statesOf(states), QList<State>({RegistrationState::InvalidUuid, RegistrationState::InvalidUuid}));
-        QVERIFY(m_desk.nothingWritten());
-    }
-
-    void announcesTheFirstState()
-    {
-        QSignalSpy states(m_context.get(), &Context::registrationStateUpdated);
-        m_desk.heldBack.clear();
-        m_desk.sendElements(
-            QStringLiteral("listAdd"), QStringLiteral("global"),
-            {ScriptedCore::json(
-                R"({"name":"permission","value":{"registrationState":"Unregistered","zelSetup":true}})")});
-        QTRY_COMPARE(statesOf(states), QList<State>({RegistrationState::Unregistered}));
-        QVERIFY(m_context->isZelSetup());
-    }
-
-    void registersWithItsUuid()
-    {
-        QVERIFY(m_context->requestRegisterApplication());
-        QCOMPARE(m_desk.core.nextMessage(), QByteArray("{\"registrationRequest\":{\"uuid\":"
-                                                       "\"6f8d2c4e-5b0a-4a37-9d0e-0c8f3f1f2a10\",\"silent\":false}}"));
-        QVERIFY(m_context->requestRegisterApplicationSilent());
-        QCOMPARE(m_desk.core.nextMessage(), QByteArray("{\"registrationRequest\":{\"uuid\":"
-                                                       "\"6f8d2c4e-5b0a-4a37-9d0e-0c8f3f1f2a10\",\"silent\":true}}"));
+        QVERIFY(!withoutUuid.requestRegisterApplication() && !withoutUuid.requestRegisterApplicationSilent());
+        QCOMPARE(m_heard->lines(), QStringList({u"InvalidUuid"_s, u"InvalidUuid"_s})); // every context hears of it
+        QCOMPARE(m_desk->written(), QByteArrayList());
     }
 
     void registersOnlyInStatesThatAllowIt()
     {
-        const struct
-        {
-            const char* word;
-            State state;
-            bool allowed;
-        } rows[] = {{"Unknown", RegistrationState::Unknown, false},
-                    {"Unregistered", RegistrationState::Unregistered, true},
-                    {"Pending", RegistrationState::Pending, false},
-                    {"BlockedByUser", RegistrationState::BlockedByUser, false},
-                    {"BlockedByTov", RegistrationState::BlockedByTOV, false},
-                    {"NoDataConnection", RegistrationState::NoDataConnection, true},
-                    {"UnexpectedError", RegistrationState::UnexpectedError, true},
-                    {"InvalidUuid", RegistrationState::InvalidUuid, true},
-                    {"TemporaryError", RegistrationState::TemporaryError, true},
-                    {"MaximumUsersReached", RegistrationState::MaxDownloadsReached, false},
-                    {"Expired", RegistrationState::Expired, false},
-                    {"CancelledByUser", RegistrationState::CancelledByUser, true},
-                    {"MaximumAppsReached", RegistrationState::MaxAppsReached, false},
-                    {"ZelDisabled", RegistrationState::ZelDisabled, false},
-                    {"BlockedEnterprisePerimeter", RegistrationState::BlockedEnterprisePerimeter, false},
-                    // Near misses: enumerators that are no words of the service, another case, a blank.
-                    {"Allowed", RegistrationState::Unknown, false},
-                    {"BlockedByTOV", RegistrationState::Unknown, false},
-                    {"MaxAppsReached", RegistrationState::Unknown, false},
-                    {"unregistered", RegistrationState::Unknown, false},
-                    {"Success ", RegistrationState::Unknown, false}};
-        for (const auto& [word, state, allowed] : rows) {
-            m_desk.changeState(QString::fromLatin1(word));
-            QVERIFY(m_desk.settle());
-            QVERIFY2(m_context->registrationState() == state, word);
-            QVERIFY2(!m_context->isAccessAllowed(), word);
-            QVERIFY2(m_context->requestRegisterApplication() == allowed, word);
-            if (allowed)
-                QVERIFY(m_desk.core.nextMessage().startsWith("{\"registrationRequest\":"));
-            QVERIFY(m_desk.nothingWritten());
+        const QStringList allowing{u"Unregistered"_s, u"NoDataConnection"_s, u"UnexpectedError"_s,
+                                   u"InvalidUuid"_s,  u"TemporaryError"_s,   u"CancelledByUser"_s};
+        QList<std::pair<QString, QString>> rows{{u"BlockedByTov"_s, u"BlockedByTOV"_s},
+                                                {u"MaximumUsersReached"_s, u"MaxDownloadsReached"_s},
+                                                {u"MaximumAppsReached"_s, u"MaxAppsReached"_s}};
+        for (const QString& both : QStringList{u"Unknown"_s, u"Pending"_s, u"BlockedByUser"_s, u"Expired"_s,
+                                               u"ZelDisabled"_s, u"BlockedEnterprisePerimeter"_s} +
+                                       allowing)
+            rows.append({both, both});
+        // Near misses: enumerators that are no words of the service, another case, a blank.
+        for (const QString& none :
+             {u"Allowed"_s, u"BlockedByTOV"_s, u"MaxAppsReached"_s, u"unregistered"_s, u"Success "_s})
+            rows.append({none, u"Unknown"_s});
+        const QByteArray request =
+            R"({"registrationRequest":{"uuid":"6f8d2c4e-5b0a-4a37-9d0e-0c8f3f1f2a10","silent":false}})";
+        begin();
+        for (const auto& [word, state] : std::as_const(rows)) {
+            m_desk->changeState(word);
+            QVERIFY(m_desk->settle());
+            QCOMPARE(words(m_context->registrationState(), m_context->isAccessAllowed()), state + u" false"_s);
+            const bool isAllowed = allowing.contains(word);
+            QCOMPARE(m_context->requestRegisterApplication(), isAllowed);
+            QCOMPARE(m_context->requestRegisterApplicationSilent(), isAllowed);
+            QCOMPARE(m_desk->written(), isAllowed
+                                            ? QByteArrayList({request, QByteArray(request).replace("false", "true")})
+                                            : QByteArrayList());
         }
     }
 
     void announcesAStateOnceToEveryContext()
     {
-        Context second(QUuid::createUuid());
-        QSignalSpy states(m_context.get(), &Context::registrationStateUpdated);
-        QSignalSpy secondStates(&second, &Context::registrationStateUpdated);
-        m_desk.changeState(QStringLiteral("Pending"));
-        m_desk.changeState(QStringLiteral("Pending"));
-        m_desk.changePermission(R"({"zelInvites":true,"zelSetup":false})");
-        QVERIFY(m_desk.settle());
-        QCOMPARE(statesOf(states), QList<State>({RegistrationState::Pending}));
-        QCOMPARE(statesOf(secondStates), statesOf(states));
+        begin();
+        const Context second(QUuid::createUuid());
+        m_heard->note(second, &Context::registrationStateUpdated, u"second"_s);
+        m_desk->changeState(u"Pending"_s);
+        m_desk->changeState(u"Pending"_s);
+        m_desk->changePermission(R"({"zelInvites":false,"zelSetup":false})");
+        QVERIFY(m_desk->settle());
+        QCOMPARE(m_heard->take(), QStringList({u"Pending"_s, u"second Pending"_s}));
         QVERIFY(!m_context->isZelSetup());
 
-        Context late(m_uuid); // hears only of what changes
-        QSignalSpy lateStates(&late, &Context::registrationStateUpdated);
-        QVERIFY(m_desk.settle());
+        const Context late(m_uuid); // hears only of what changes
+        m_heard->note(late, &Context::registrationStateUpdated, u"late"_s);
+        QVERIFY(m_desk->settle());
         QCOMPARE(late.registrationState(), RegistrationState::Pending);
-        QCOMPARE(lateStates.size(), 0);
-    }
-
-    /// A dialog in a slot is ordinary: what arrives meanwhile is announced in the inner loop, before contexts that come
-    /// later have heard what the dialog is about.
-    void maySpinAnEventLoopInASlot()
-    {
-        Context later(m_uuid);
-        QStringList heard;
-        QObject owner;
-        connect(m_context.get(), &Context::registrationStateUpdated, &owner, [&](State state) {
-            heard += QStringLiteral("asking %1").arg(state);
-            if (state != RegistrationState::Unregistered)
-                return;
-            QEventLoop dialog;
-            connect(m_context.get(), &Context::registrationStateUpdated, &dialog, &QEventLoop::quit);
-            m_desk.changeState(QStringLiteral("NoDataConnection"));
-            m_desk.changeState(QStringLiteral("TemporaryError"));
-            dialog.exec();
-            heard += QStringLiteral("closed");
-        });
-        connect(&later, &Context::registrationStateUpdated, &owner,
-                [&](State state) { heard += QStringLiteral("later %1").arg(state); });
-
-        m_desk.changeState(QStringLiteral("Unregistered"));
-        QTRY_COMPARE(heard.size(), 7);
-        QCOMPARE(heard.mid(0, 4), QStringList({QStringLiteral("asking 2"), QStringLiteral("asking 6"),
-                                               QStringLiteral("later 6"), QStringLiteral("closed")}));
-        QVERIFY(heard.indexOf(QStringLiteral("later 2")) > heard.indexOf(QStringLiteral("closed")));
-        QCOMPARE(heard.count(QStringLiteral("asking 9")), 1);
-        QCOMPARE(heard.count(QStringLiteral("later 9")), 1);
-        QCOMPARE(m_context->registrationState(), RegistrationState::TemporaryError);
+        QCOMPARE(m_heard->lines(), QStringList());
     }
 
     void mayBeDestroyedInItsOwnSlot()
     {
         QPointer<Context> doomed = new Context(m_uuid);
         connect(doomed, &Context::registrationStateUpdated, doomed, [&] { delete doomed; });
-        QSignalSpy states(m_context.get(), &Context::registrationStateUpdated);
-        m_desk.changeState(QStringLiteral("Unregistered"));
-        QTRY_COMPARE(states.size(), 1);
+        begin();
         QVERIFY(!doomed);
     }
 
-    void holdsAllowedBackUntilProfileAndPictureAreThere()
+    void holdsAllowedBackUntilEverythingIsThere()
     {
-        QSignalSpy states(m_context.get(), &Context::registrationStateUpdated);
-        m_desk.heldBack = QStringList{QStringLiteral("platformContact")};
-        m_desk.profile().insert(QStringLiteral("avatarId"), QStringLiteral("picture-1"));
-        awaitReady();
-        m_desk.changeState(QStringLiteral("Success"));
-        QVERIFY(m_desk.settle());
-        QVERIFY(!m_context->isReady());
-        QVERIFY(m_context->isAccessAllowed()); // the service's word counts at once,
-        QCOMPARE(states.size(), 0);            // the signal waits for what the other classes show
-
-        QVERIFY(m_desk.settle()); // the profile is here, the picture was asked for and has not come
-        QCOMPARE(states.size(), 0);
+        m_desk->leaveToTest(u"requestUserAvatar"_s);
+        m_desk->heldBack = QStringList{u"platformContact"_s};
+        begin();
+        m_desk->changeState(u"Success"_s);
+        const auto waitFor = [this](Context* context, const QObject* receiver, const QString& line) {
+            whenReady(context, receiver, [this, line] { m_heard->add(line); });
+        };
+        waitFor(m_context.get(), this, u"function"_s);
+        whenReady(m_context.get(), this, &TstContext::noteMember);
+        m_heard->note(*m_context, &Context::readyChanged, u"ready"_s, [this] { return words(m_context->isReady()); });
+        waitFor(m_context.get(), std::make_unique<QObject>().get(), u"receiver gone"_s);
+        waitFor(std::make_unique<Context>(m_uuid).get(), this, u"context gone"_s);
+        QVERIFY(m_desk->nextMessage().contains("requestUserAvatar"));
+        // The service's word counts at once, the signal waits for what the other classes show.
+        QVERIFY(m_context->isAccessAllowed() && !m_context->isReady());
+        QCOMPARE(m_heard->lines(), QStringList());
 
         // All contacts arrive behind a dialog, before there is anybody to hear of them.
         std::unique_ptr<ContactService> contacts;
-        std::unique_ptr<QSignalSpy> lists;
-        QObject owner;
-        connect(m_context.get(), &Context::registrationStateUpdated, &owner, [&] {
-            m_desk.sendList(QStringLiteral("platformContact"));
-            QVERIFY(m_desk.settle());
+        connect(m_context.get(), &Context::registrationStateUpdated, m_heard.get(), [&] {
+            m_desk->tellList(u"platformContact"_s);
+            QVERIFY(m_desk->settle());
             contacts = std::make_unique<ContactService>(m_context.get());
-            lists = std::make_unique<QSignalSpy>(contacts.get(), &ContactService::contactListUpdated);
+            m_heard->note(*contacts, &ContactService::contactListUpdated, u"list"_s);
         });
-        m_desk.sendStream(QStringLiteral("picture-1"), "bytes");
-        QTRY_COMPARE(statesOf(states), QList<State>({RegistrationState::Allowed}));
-        QVERIFY(m_desk.settle());
-        QCOMPARE(states.size(), 1);
-        QCOMPARE(lists->size(), 1);
-        QCOMPARE(m_ready, QStringList({QStringLiteral("first"), QStringLiteral("member"), QStringLiteral("told 1")}));
+        m_desk->tellStream(u"first"_s, "bytes");
+        QTRY_VERIFY(m_heard->lines().contains(u"list"_s));
+        QVERIFY(m_desk->settle());
+        QCOMPARE(m_heard->lines(),
+                 QStringList({u"Allowed"_s, u"function"_s, u"member"_s, u"ready | true"_s, u"list"_s}));
     }
 
-    void saysToALaterContextWhetherItIsReady()
+    void callsWhoeverWaitsWhenItIsReady()
     {
+        ready();
         Context later(QUuid::createUuid());
-        QVERIFY(later.isReady());
-        QSignalSpy turns(&later, SIGNAL(readyChanged()));
-        int calls = 0;
-        whenReady(&later, this, [&] { ++calls; });
-        QCOMPARE(calls, 1);
-        m_desk.changeState(QStringLiteral("NoDataConnection"));
-        QVERIFY(m_desk.settle());
-        QVERIFY(!later.isReady());
-        whenReady(&later, this, [&] { ++calls; });
-        m_desk.changeState(QStringLiteral("Pending"));
-        QVERIFY(m_desk.settle());
-        QCOMPARE(turns.size(), 1);
-        QCOMPARE(calls, 1);
-        for (const char* state : {"Success", "TemporaryError", "Success"})
-            m_desk.changeState(QString::fromLatin1(state));
-        QVERIFY(m_desk.settle());
-        QCOMPARE(turns.size(), 4);
-        QCOMPARE(calls, 2);
-    }
-
-    // The first who hears of it has a dialog open, in which it is over, and then true again.
-    void callsNobodyWhileItIsNotReady()
-    {
-        m_desk.changeState(QStringLiteral("Pending"));
-        QVERIFY(m_desk.settle());
-        QStringList heard;
-        whenReady(m_context.get(), this, [&] {
-            m_desk.changeState(QStringLiteral("Pending"));
-            QVERIFY(m_desk.settle());
-            heard.append(QStringLiteral("over"));
+        Heard heard;
+        heard.note(later, &Context::readyChanged, u"turns"_s);
+        const auto wait = [&](const QString& line) { whenReady(&later, this, [&heard, line] { heard.add(line); }); };
+        wait(u"at once"_s);
+        m_desk->changeState(u"NoDataConnection"_s);
+        m_desk->changeState(u"Pending"_s);
+        QVERIFY(m_desk->settle());
+        // The first who hears of it has a dialog open, in which it is over again.
+        whenReady(&later, this, [&] {
+            m_desk->changeState(u"Pending"_s);
+            QVERIFY(m_desk->settle());
+            heard.add(u"closed"_s);
         });
-        whenReady(m_context.get(), this, [&] { heard.append(QStringLiteral("behind")); });
-        m_desk.changeState(QStringLiteral("Success"));
-        QTRY_COMPARE(heard, QStringList(QStringLiteral("over")));
-        QVERIFY(m_desk.settle());
-        QCOMPARE(heard.size(), 1);
-        m_desk.changeState(QStringLiteral("Success"));
-        QTRY_COMPARE(heard.value(1), QStringLiteral("behind"));
+        wait(u"behind"_s);
+        m_desk->changeState(u"Success"_s);
+        QTRY_VERIFY(heard.lines().contains(u"closed"_s));
+        QVERIFY(m_desk->settle());
+        m_desk->changeState(u"Success"_s);
+        QVERIFY(m_desk->settle());
+        QCOMPARE(heard.lines(),
+                 QStringList({u"at once"_s, u"turns"_s, u"turns"_s, u"turns"_s, u"closed"_s, u"turns"_s, u"behind"_s}));
     }
 
 private:
-    void noteMember() { m_ready.append(QStringLiteral("member")); }
-
-    /// Everything that waits is called, but for what goes with its receiver or its context.
-    void awaitReady()
+    /// The context of an application that has heard the first state, unless that is held back.
+    void begin()
     {
-        whenReady(m_context.get(), this, [this] { m_ready.append(QStringLiteral("first")); });
-        whenReady(m_context.get(), this, &TstContext::noteMember);
-        connect(m_context.get(), &Context::readyChanged, this,
-                [this] { m_ready.append(QStringLiteral("told %1").arg(m_context->isReady())); });
-        const auto never = [this] { m_ready.append(QStringLiteral("never")); };
-        whenReady(m_context.get(), std::make_unique<QObject>().get(), never);
-        whenReady(std::make_unique<Context>(m_uuid).get(), this, never);
+        m_context = std::make_unique<Context>(m_uuid);
+        QSignalSpy states(m_context.get(), &Context::registrationStateUpdated);
+        QTRY_VERIFY(!states.isEmpty() || m_desk->heldBack.contains(u"permission"_s));
+        m_heard = std::make_unique<Heard>();
+        m_heard->note(*m_context, &Context::registrationStateUpdated, QString());
     }
+    void noteMember() { m_heard->add(u"member"_s); }
 
-    static QList<State> statesOf(const QSignalSpy& spy)
-    {
-        QList<State> states;
-        for (const QList<QVariant>& arguments : spy)
-            states.append(arguments.at(0).value<State>());
-        return states;
-    }
-
-    Desk m_desk;
-    QUuid const m_uuid{QStringLiteral("{6F8D2C4E-5B0A-4A37-9D0E-0C8F3F1F2A10}")};
-    std::unique_ptr<Context> m_context;
-    QStringList m_ready; ///< what awaitReady() has waited for
+    std::unique_ptr<Heard> m_heard;
 };
 
 QTEST_GUILESS_MAIN(TstContext)

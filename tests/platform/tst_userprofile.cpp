@@ -1,193 +1,133 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Desk.h"
+#include "PlatformTest.h"
 
 #include <vx/platform/zel/UserProfile.h>
 
 #include <QtCore/QCryptographicHash>
 #include <QtCore/QEventLoop>
+#include <QtTest/QSignalSpy>
 
 using namespace vx::platform::zel;
+using namespace Qt::StringLiterals;
 
-/// One process, one bridge: the cases build on each other.
-class TstUserProfile : public QObject
+class TstUserProfile : public PlatformTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
+    void showsAndAnnouncesTheRecordFieldByField()
     {
-        m_desk.profile().insert(QStringLiteral("avatarId"), QStringLiteral("first"));
-        m_desk.profile().insert(QStringLiteral("avatarMimeType"), QStringLiteral("image/png"));
-        m_desk.pictures.insert(QStringLiteral("first"), "first picture");
-        m_context = std::make_unique<Context>(QUuid::createUuid());
-        QVERIFY(m_desk.becomeAllowed());
-    }
-
-    void showsTheRecordFieldByField()
-    {
-        QCOMPARE(profile().displayName(), QStringLiteral("Ada"));
-        QCOMPARE(profile().personalMessage(), QStringLiteral("Hello"));
-        QCOMPARE(profile().status(), UserStatus::Available);
-        QCOMPARE(profile().statusMessage(), QStringLiteral("here"));
-        QCOMPARE(profile().ppId(), QStringLiteral("my-ppid"));
-        QCOMPARE(profile().handle(), QStringLiteral("my-handle"));
-        QCOMPARE(profile().displayPictureMimeType(), ImageType::Png);
-        QCOMPARE(profile().applicationVersion(), QStringLiteral("1.2"));
-        QCOMPARE(profile().zelVersion(), 77);
-        QCOMPARE(profile().sdkVersion(), 200);
-        QCOMPARE(profile().displayPicture(), QByteArray("first picture")); // it came before this object
-    }
-
-    void announcesEachChangeOnceAndInOrder()
-    {
-        QStringList order; // each value is shown before it is announced
-        QObject owner;
-        connect(&profile(), &UserProfile::displayNameUpdated, &owner, [&](const QString& value) {
-            order += QStringLiteral("name ") + value;
-            QCOMPARE(profile().displayName(), value);
-        });
-        connect(&profile(), &UserProfile::personalMessageUpdated, &owner, [&](const QString& value) {
-            order += QStringLiteral("message ") + value;
-            QCOMPARE(profile().personalMessage(), value);
-        });
-        connect(&profile(), &UserProfile::statusUpdated, &owner, [&](UserStatus::Type status, const QString& message) {
-            order += QStringLiteral("status %1 %2").arg(status).arg(message);
-            QCOMPARE(profile().status(), status);
-            QCOMPARE(profile().statusMessage(), message);
-        });
-        m_desk.changeProfile(R"({"showBusy":true,"currentStatus":"out","personalMessage":"Bye","displayName":"A"})");
-        m_desk.changeProfile(R"({"showBusy":true,"currentStatus":"out","personalMessage":"Bye","displayName":"A"})");
-        m_desk.changeProfile(R"({"currentStatus":"far out"})");
-        QVERIFY(m_desk.settle());
-        const QStringList expected{QStringLiteral("name A"), QStringLiteral("message Bye"),
-                                   QStringLiteral("status 2 out"), QStringLiteral("status 2 far out")};
-        QCOMPARE(order, expected);
-    }
-
-    void keepsWhatNeverChanges()
-    {
-        m_desk.changeProfile(R"({"ppid":"other","handle":"other","appVersion":"9","clientVersion":9})");
-        QVERIFY(m_desk.settle());
-        QCOMPARE(profile().ppId(), QStringLiteral("my-ppid"));
-        QCOMPARE(profile().handle(), QStringLiteral("my-handle"));
-        QCOMPARE(profile().applicationVersion(), QStringLiteral("1.2"));
-        QCOMPARE(profile().zelVersion(), 77);
-        QCOMPARE(UserProfile(m_context.get()).handle(), QStringLiteral("other"));
+        const UserProfile profile(ready());
+        QCOMPARE(
+            shown(profile),
+            u"displayName=Ada personalMessage=Hello status=Available statusMessage=here ppId=my-ppid handle=my-handle "
+            "displayPictureMimeType=Png displayPicture=first picture applicationVersion=1.2 "
+            "zelVersion=77 sdkVersion=200"_s);
+        Heard heard; // each change once and in order, and each value is shown before it is announced
+        heard.note(profile, &UserProfile::displayNameUpdated, u"name"_s, [&] { return profile.displayName(); });
+        heard.note(profile, &UserProfile::personalMessageUpdated, u"message"_s,
+                   [&] { return profile.personalMessage(); });
+        heard.note(profile, &UserProfile::statusUpdated, u"status"_s,
+                   [&] { return words(profile.status(), profile.statusMessage()); });
+        m_desk->changeProfile(R"({"showBusy":true,"currentStatus":"out","personalMessage":"Bye","displayName":"A"})");
+        m_desk->changeProfile(R"({"showBusy":true,"currentStatus":"out","personalMessage":"Bye","displayName":"A"})");
+        m_desk->changeProfile(R"({"currentStatus":"far out"})");
+        m_desk->changeProfile(R"({"ppid":"other","handle":"other","appVersion":"9","clientVersion":9})");
+        QVERIFY(m_desk->settle());
+        QCOMPARE(heard.lines(), QStringList({u"name A | A"_s, u"message Bye | Bye"_s, u"status Busy out | Busy out"_s,
+                                             u"status Busy far out | Busy far out"_s}));
+        // What never changes is kept.
+        QCOMPARE(words(profile.ppId(), profile.handle(), profile.applicationVersion(), profile.zelVersion()),
+                 u"my-ppid my-handle 1.2 77"_s);
+        const UserProfile anew(m_context.get());
+        QCOMPARE(words(anew.ppId(), anew.handle(), anew.applicationVersion(), anew.zelVersion()), u"other other 9 9"_s);
     }
 
     void writesOnlyTheFieldsThatChange()
     {
-        QVERIFY(profile().requestUpdatePersonalMessage(QStringLiteral("\"y\"\n")));
-        QCOMPARE(m_desk.core.nextMessage(), changeRequest("{\"personalMessage\":\"\\\"y\\\"\\n\"}"));
-        QVERIFY(profile().requestUpdateStatus(UserStatus::Busy, QStringLiteral("x")));
-        QCOMPARE(m_desk.core.nextMessage(), changeRequest(R"({"currentStatus":"x","showBusy":true})"));
-        for (const int status : {0, 1, 3}) { // whatever is not busy is available
-            QVERIFY(profile().requestUpdateStatus(static_cast<UserStatus::Type>(status), QString()));
-            QCOMPARE(m_desk.core.nextMessage(), changeRequest(R"({"currentStatus":"","showBusy":false})"));
-        }
-        QCOMPARE(profile().statusMessage(), QStringLiteral("far out")); // shown when the service has taken it
+        UserProfile profile(ready());
+        QVERIFY(profile.requestUpdatePersonalMessage(u"\"y\"\n"_s));
+        QVERIFY(profile.requestUpdateStatus(UserStatus::Busy, u"x"_s));
+        for (const int status : {0, 1, 3}) // whatever is not busy is available
+            QVERIFY(profile.requestUpdateStatus(static_cast<UserStatus::Type>(status), {}));
+        const QByteArray available = changeRequest(R"({"currentStatus":"","showBusy":false})");
+        QCOMPARE(m_desk->written(), QByteArrayList({changeRequest("{\"personalMessage\":\"\\\"y\\\"\\n\"}"),
+                                                    changeRequest(R"({"currentStatus":"x","showBusy":true})"),
+                                                    available, available, available}));
+        QCOMPARE(profile.statusMessage(), u"here"_s); // shown when the service has taken it
     }
 
     void carriesAPictureUnderItsType()
     {
-        const struct
-        {
-            ImageType::Type type;
-            QByteArray mimeType;
-            ImageType::Type announcedType;
-        } pictures[] = {{ImageType::Jpg, "image/jpeg", ImageType::Jpg},
-                        {ImageType::Png, "image/png", ImageType::Png},
-                        {ImageType::Gif, "image/gif", ImageType::Gif},
-                        {ImageType::Bmp, "image/bmp", ImageType::Bmp},
-                        {ImageType::Unsupported, "image/jpeg", ImageType::Jpg}};
+        UserProfile profile(ready());
+        Heard heard;
+        heard.note(profile, &UserProfile::displayPictureUpdated, QString(),
+                   [&] { return words(profile.displayPictureMimeType(), profile.displayPicture()); });
         // Longer than can be counted on the way: it would go out cut. Nobody looks at its bytes.
-        QVERIFY(!profile().requestUpdateDisplayPicture(ImageType::Png, QByteArray::fromRawData("x", 0x100000001)));
-        for (const auto& [type, mimeType, announcedType] : pictures) {
+        QVERIFY(!profile.requestUpdateDisplayPicture(ImageType::Png, QByteArray::fromRawData("x", 0x100000001)));
+        const std::tuple<ImageType::Type, QByteArray, QString> rows[] = {
+            {ImageType::Jpg, "image/jpeg", u"Jpg"_s},
+            {ImageType::Png, "image/png", u"Png"_s},
+            {ImageType::Gif, "image/gif", u"Gif"_s},
+            {ImageType::Bmp, "image/bmp", u"Bmp"_s},
+            {ImageType::Unsupported, "image/jpeg", u"Jpg"_s}};
+        for (const auto& [type, mimeType, shownType] : rows) {
             const QByteArray picture = "picture " + QByteArray::number(type);
-            QSignalSpy updates(&profile(), &UserProfile::displayPictureUpdated);
-            QVERIFY(profile().requestUpdateDisplayPicture(type, picture));
-            const QByteArray change =
-                "{\"avatarId\":\"" + hashOf(picture) + "\",\"avatarMimeType\":\"" + mimeType + "\"}";
-            QCOMPARE(m_desk.core.nextMessage(), changeRequest(change));
-            m_desk.changeProfile(change);
-            QTRY_COMPARE(updates.size(), 1);
-            QCOMPARE(updates.at(0).at(0).value<ImageType::Type>(), announcedType);
-            QCOMPARE(updates.at(0).at(1).toByteArray(), picture);
-            QCOMPARE(profile().displayPicture(), picture);
-            QCOMPARE(profile().displayPictureMimeType(), announcedType);
+            QVERIFY(profile.requestUpdateDisplayPicture(type, picture));
+            const QByteArray hash = QCryptographicHash::hash(picture, QCryptographicHash::Sha1).toHex();
+            const QByteArray change = "{\"avatarId\":\"" + hash + "\",\"avatarMimeType\":\"" + mimeType + "\"}";
+            QCOMPARE(m_desk->written(), QByteArrayList{changeRequest(change)});
+            m_desk->changeProfile(change);
+            QVERIFY(m_desk->settle());
+            QCOMPARE(heard.take(), QStringList{u"%1 %2 | %1 %2"_s.arg(shownType, QString::fromLatin1(picture))});
         }
     }
 
-    void tellsBindingsOfLostAccess()
+    void showsWhatChangedWhileAccessWasLost()
     {
-        QString bound = profile().displayName(); // what a view shows that is bound to the property
-        const auto property = profile().metaObject()->property(profile().metaObject()->indexOfProperty("displayName"));
-        QSignalSpy notices(&profile(), property.notifySignal());
-        QObject view;
-        connect(&profile(), &UserProfile::profileChanged, &view, [&] { bound = profile().displayName(); });
-        m_desk.changeState(QStringLiteral("TemporaryError"));
-        QTRY_COMPARE(notices.size(), 1);
-        QCOMPARE(bound, QString());
-        m_desk.changeProfile(R"({"displayName":"Changed meanwhile"})");
-        QVERIFY(m_desk.settle());
-        QCOMPARE(profile().displayName(), QString());
-
-        m_desk.changeState(QStringLiteral("Success"));
-        QTRY_COMPARE(notices.size(), 3);
-        QCOMPARE(bound, QStringLiteral("Changed meanwhile"));
-        QCOMPARE(profile().handle(), QStringLiteral("my-handle"));
+        const UserProfile profile(ready());
+        Heard heard;
+        heard.note(profile, &UserProfile::profileChanged, u"changed"_s, [&] { return profile.displayName(); });
+        m_desk->changeState(u"TemporaryError"_s);
+        m_desk->changeProfile(R"({"displayName":"Changed meanwhile"})");
+        m_desk->changeState(u"Success"_s);
+        QVERIFY(m_desk->settle());
+        QCOMPARE(heard.lines(), QStringList({u"changed | "_s, u"changed | "_s, u"changed | Changed meanwhile"_s}));
+        QCOMPARE(profile.handle(), u"my-handle"_s);
     }
 
     void maySpinAnEventLoopInASlot()
     {
-        QStringList heard;
-        QObject owner;
-        profile();
+        const UserProfile profile(ready());
         const UserProfile second(m_context.get());
-        QSignalSpy messages(&second, &UserProfile::personalMessageUpdated);
-        connect(&profile(), &UserProfile::personalMessageUpdated, &owner, [&](const QString& value) {
-            heard += value;
-            if (value != QLatin1String("first"))
+        Heard heard;
+        connect(&profile, &UserProfile::personalMessageUpdated, &heard, [&](const QString& value) {
+            heard.add(value);
+            if (value != "first"_L1)
                 return;
             QEventLoop dialog;
-            connect(&profile(), &UserProfile::displayNameUpdated, &dialog, &QEventLoop::quit);
-            m_desk.changePermission(R"({"showAppBox":true,"registrationState":"Pending"})");
-            m_desk.changeState(QStringLiteral("Success"));
-            m_desk.changeProfile(R"({"personalMessage":"second"})");
-            m_desk.changeProfile(R"({"displayName":"B"})");
+            connect(&profile, &UserProfile::displayNameUpdated, &dialog, &QEventLoop::quit);
+            m_desk->changeState(u"Pending"_s);
+            m_desk->changeState(u"Success"_s);
+            m_desk->changeProfile(R"({"personalMessage":"second"})");
+            m_desk->changeProfile(R"({"displayName":"B"})");
             dialog.exec();
-            heard += profile().displayName() + QLatin1Char('/') + profile().personalMessage();
+            heard.add(words(profile.displayName(), profile.personalMessage()));
         });
-        m_desk.changeProfile(R"({"personalMessage":"first"})");
-        QTRY_COMPARE(heard.size(), 3);
-        QCOMPARE(heard, QStringList({QStringLiteral("first"), QStringLiteral("second"), QStringLiteral("B/second")}));
-        // The first change reached the other profile after the second one had.
-        QCOMPARE(messages.size(), 2);
-        QCOMPARE(messages.last().at(0).toString(), QStringLiteral("second"));
-        QCOMPARE(second.personalMessage(), QStringLiteral("second"));
+        // The first change reaches the other profile after the second one has.
+        heard.note(second, &UserProfile::personalMessageUpdated, u"other:"_s, [&] { return second.personalMessage(); });
+        m_desk->changeProfile(R"({"personalMessage":"first"})");
+        QTRY_COMPARE(heard.lines(), QStringList({u"first"_s, u"second"_s, u"other: second | second"_s, u"B second"_s,
+                                                 u"other: second | second"_s}));
         QVERIFY(m_context->isAccessAllowed());
     }
 
 private:
-    QByteArray changeRequest(const QByteArray& value) const
+    static QByteArray changeRequest(const QByteArray& value)
     {
         return "{\"requestListChange\":{\"elements\":[{\"name\":\"platformProfile\",\"value\":" + value +
                "}],\"type\":\"global\"}}";
     }
-    static QByteArray hashOf(const QByteArray& data)
-    {
-        return QCryptographicHash::hash(data, QCryptographicHash::Sha1).toHex();
-    }
-    UserProfile& profile()
-    {
-        if (!m_profile)
-            m_profile = std::make_unique<UserProfile>(m_context.get());
-        return *m_profile;
-    }
-
-    Desk m_desk;
-    std::unique_ptr<Context> m_context;
-    std::unique_ptr<UserProfile> m_profile;
 };
 
 QTEST_GUILESS_MAIN(TstUserProfile)

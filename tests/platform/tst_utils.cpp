@@ -1,71 +1,44 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Desk.h"
+#include "PlatformTest.h"
 
 #include <vx/platform/zel/Utils.h>
 
 using namespace vx::platform::zel;
+using namespace Qt::StringLiterals;
 
-class TstUtils : public QObject
+class TstUtils : public PlatformTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        m_context = std::make_unique<Context>(QUuid::createUuid());
-        m_utils = std::make_unique<Utils>(m_context.get());
-        QVERIFY(m_desk.becomeAllowed());
-    }
-
     void asksForEcoIdsAndTheirStatus()
     {
-        QVERIFY(m_utils->requestEcoId(QStringLiteral("p \"1\"")));
-        QCOMPARE(m_desk.core.nextMessage(), QByteArray("{\"requestEcoId\":{\"ppid\":\"p \\\"1\\\"\"}}"));
-        QVERIFY(m_utils->requestEcoIdStatus(QStringLiteral("e")));
-        QCOMPARE(m_desk.core.nextMessage(), QByteArray(R"({"requestEcoIdStatus":{"ecoId":"e"}})"));
-        QVERIFY(!m_utils->requestEcoIdStatus(QString()));
-        QVERIFY(m_desk.nothingWritten());
+        Utils utils(ready());
+        QVERIFY(utils.requestEcoId(u"p \"1\""_s) && utils.requestEcoIdStatus(u"e"_s));
+        QVERIFY(!utils.requestEcoIdStatus(QString()));
+        QCOMPARE(m_desk->written(), QByteArrayList({"{\"requestEcoId\":{\"ppid\":\"p \\\"1\\\"\"}}",
+                                                    R"({"requestEcoIdStatus":{"ecoId":"e"}})"}));
     }
 
     void passesOnAnswersAsTheyCome()
     {
-        Utils second(m_context.get());
-        QSignalSpy answers(m_utils.get(), &Utils::ecoIdUpdated);
-        QSignalSpy same(&second, &Utils::ecoIdUpdated);
-        for (const char* body : {R"({"ppid":"b","ecoId":"2"})", R"({"ppid":"never asked","ecoId":""})",
-                                 R"({"ppid":"b","ecoId":"2"})", "{}"})
-            m_desk.core.send(QStringLiteral("requestEcoIdResponse"), ScriptedCore::json(body));
-        QTRY_COMPARE(answers.size(), 4);
-        const QList<QVariantList> expected{{QStringLiteral("b"), QStringLiteral("2")},
-                                           {QStringLiteral("never asked"), QString()},
-                                           {QStringLiteral("b"), QStringLiteral("2")},
-                                           {QString(), QString()}};
-        QCOMPARE(static_cast<const QList<QVariantList>&>(answers), expected);
-        QCOMPARE(static_cast<const QList<QVariantList>&>(same), expected);
+        const Utils utils(ready());
+        const Utils second(m_context.get());
+        Heard heard;
+        heard.note(utils, &Utils::ecoIdUpdated, u"id"_s);
+        heard.note(second, &Utils::ecoIdUpdated, u"second"_s);
+        heard.note(utils, &Utils::ecoIdStatusUpdated, u"status"_s);
+        for (const char* body : {R"({"ppid":"never asked","ecoId":""})", R"({"ppid":"b","ecoId":"2"})", "{}"})
+            m_desk->send(u"requestEcoIdResponse"_s, ScriptedCore::json(body));
+        for (const char* status : {"Unknown", "ContactExists", "PendingContactExists", "PendingContactInviteExists"})
+            m_desk->send(u"requestEcoIdStatusResponse"_s, {{u"ecoId"_s, u"e"_s}, {u"status"_s, QLatin1String(status)}});
+        QVERIFY(m_desk->settle());
+        QCOMPARE(heard.lines().mid(0, 10),
+                 QStringList({u"id never asked"_s, u"second never asked"_s, u"id b 2"_s, u"second b 2"_s, u"id"_s,
+                              u"second"_s, u"status e Unknown"_s, u"status e ContactExists"_s,
+                              u"status e PendingContactInviteExists"_s,
+                              u"status e Unknown"_s})); // the last was an enumerator and no word
     }
-
-    void readsEveryStatus()
-    {
-        const std::pair<const char*, EcoIdStatus::Type> words[] = {
-            {"Unknown", EcoIdStatus::Unknown},
-            {"ContactExists", EcoIdStatus::ContactExists},
-            {"PendingContactExists", EcoIdStatus::PendingContactInviteExists},
-            {"PendingContactInviteExists", EcoIdStatus::Unknown}}; // the enumerator is no word
-        for (const auto& [word, status] : words) {
-            QSignalSpy answers(m_utils.get(), &Utils::ecoIdStatusUpdated);
-            m_desk.core.send(QStringLiteral("requestEcoIdStatusResponse"),
-                             {{QStringLiteral("ecoId"), QStringLiteral("e")},
-                              {QStringLiteral("status"), QString::fromLatin1(word)}});
-            QTRY_COMPARE(answers.size(), 1);
-            QCOMPARE(answers.at(0).at(0).toString(), QStringLiteral("e"));
-            QCOMPARE(answers.at(0).at(1).value<EcoIdStatus::Type>(), status);
-        }
-    }
-
-private:
-    Desk m_desk;
-    std::unique_ptr<Context> m_context;
-    std::unique_ptr<Utils> m_utils;
 };
 
 QTEST_GUILESS_MAIN(TstUtils)

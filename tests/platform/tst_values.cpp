@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Desk.h"
+#include "PlatformTest.h"
 
 #include <vx/platform/zel/ContactService.h>
 #include <vx/platform/zel/EcoIdStatus.h>
@@ -29,7 +29,7 @@ QString written(const Values&... values)
 } // namespace
 
 /// What applications pass about: contacts, items and enumerations.
-class TstValues : public QObject
+class TstValues : public PlatformTest
 {
     Q_OBJECT
 
@@ -57,7 +57,7 @@ private Q_SLOTS:
         }
         QVERIFY(ImageType::mimeType(ImageType::Unsupported).isEmpty() && ImageType::suffix({}).isEmpty());
         QCOMPARE(ImageType::ofFile(u"x.jp"_s), ImageType::Unsupported);
-        QFile file(m_desk.core.root() + "/named.gif"_L1); // whatever it is called
+        QFile file(m_desk->root() + "/named.gif"_L1); // whatever it is called
         QVERIFY(file.open(QIODevice::WriteOnly) && file.write(pictures[1].first) > 0);
         file.close();
         QCOMPARE(ImageType::ofFile(file.fileName()), ImageType::Png);
@@ -65,16 +65,9 @@ private Q_SLOTS:
 
     void moveAndHash()
     {
-        m_desk.permission().insert(u"showAppBox"_s, true);
-        m_desk.contact(u"ada"_s, R"({"displayName":"Ada"})");
-        m_desk.lists.insert(u"platformContact"_s, {Desk::contactId(u"ada"_s)});
-        m_desk.lists.insert(u"profileBoxItem"_s, {ScriptedCore::json(R"({"itemId":"1","text":"one","imageId":"7"})")});
-        QVERIFY(m_desk.becomeAllowed());
-        Context context(QUuid::createUuid());
-        ContactService contacts(&context);
-        QTRY_VERIFY(contacts.isComplete());
-        check(contacts.contact(u"ada"_s), u"Contact(\"ada\", \"Ada\", Available)"_s);
-        check(ProfileBox(&context).item(u"1"_s), u"ProfileBoxItem(\"1\", \"one\", icon 7)"_s);
+        ContactService contacts(ready());
+        check(contacts.contact(u"ada"_s), u"Contact(\"ada\", \"Ada\", Busy)"_s);
+        check(ProfileBox(m_context.get()).item(u"1"_s), u"ProfileBoxItem(\"1\", \"one\", icon 7)"_s);
     }
 
 private:
@@ -95,8 +88,6 @@ private:
         QCOMPARE(to, value);
         QCOMPARE(QSet<Value>({value, to, Value(), Value()}).size(), 2);
     }
-
-    Desk m_desk;
 };
 
 QTEST_GUILESS_MAIN(TstValues)
