@@ -62,6 +62,9 @@ public:
     /// new key are the default contents), the value's observers hear first, and then the function is called.
     template <class Function>
     void store(const K& key, const V& contents, Function whenChanged);
+    /// The same of contents that are only part of what the other side has: if they are asked for again, that goes on.
+    template <class Function>
+    void change(const K& key, const V& contents, Function whenChanged);
 
     /// Whether contents have been stored for the key, or its request has been answered without any.
     bool isLoaded(const K& key) const;

@@ -80,7 +80,7 @@ private:
     QList<T> parseElements(const iface::JsonArrayReader& elements);
     void noteAnswered(const QList<T>& records);
     void takeRecord(const T& record);
-    void store(const Key& key, const T& record);
+    void changeRecord(const Key& key, const T& record);
 
     const QSharedPointer<Adapter> m_adapter;
     mutable Loader m_loader;

@@ -45,6 +45,13 @@ void LazyLoader<K, V>::store(const K& key, const V& contents, Function whenChang
 {
     if (m_outdated.remove(key) && m_outdated.isEmpty())
         endRefresh();
+    change(key, contents, whenChanged);
+}
+
+template <class K, class V>
+template <class Function>
+void LazyLoader<K, V>::change(const K& key, const V& contents, Function whenChanged)
+{
     bool isNew = false;
     const ValuePointer found = provide(key, &isNew);
     // Contents that come for a key in flight settle with their request; a key that still waits need not be requested.

@@ -169,13 +169,16 @@ void LiveMap<Key, T>::noteAnswered(const QList<T>& records)
 template <class Key, class T>
 void LiveMap<Key, T>::takeRecord(const T& record)
 {
-    store(m_adapter->elementToId(record), record);
+    const Key key = m_adapter->elementToId(record);
+    iface::Round::together([&] { m_loader.store(key, record, [this, &key] { this->fireKeyChanged(key); }); });
 }
 
+/// A change may have some members only. It is no answer to a request that is out for the whole record, which an answer
+/// may have left out, or which is older than the connection.
 template <class Key, class T>
-void LiveMap<Key, T>::store(const Key& key, const T& record)
+void LiveMap<Key, T>::changeRecord(const Key& key, const T& record)
 {
-    iface::Round::together([&] { m_loader.store(key, record, [this, &key] { this->fireKeyChanged(key); }); });
+    iface::Round::together([&] { m_loader.change(key, record, [this, &key] { this->fireKeyChanged(key); }); });
 }
 
 template <class Key, class T>
@@ -187,7 +190,7 @@ void LiveMap<Key, T>::listChange(iface::JsonObjectReader body)
         const iface::JsonObjectReader json = elements[i].object();
         const Key key = m_adapter->idJsonToId(json);
         if (m_loader.isLoaded(key)) {
-            store(key, m_adapter->jsonToElement(json, m_loader.value(key)->getValue()));
+            changeRecord(key, m_adapter->jsonToElement(json, m_loader.value(key)->getValue()));
         }
     });
 }
