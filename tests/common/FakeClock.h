@@ -5,6 +5,8 @@
 
 #include <QMap>
 
+#include <utility>
+
 /// A clock that stands still until the test moves it. Install it before whatever uses it is made:
 ///
 ///     const auto clock = FakeClock::install();
@@ -23,10 +25,13 @@ public:
 
     int callLater(int msecs, const boost::function<void()>& function) override
     {
-        m_calls.insert(++m_lastId, {m_now + msecs, function});
+        m_calls.insert({m_now + msecs, ++m_lastId}, function);
         return m_lastId;
     }
-    void cancel(int id) override { m_calls.remove(id); }
+    void cancel(int id) override
+    {
+        m_calls.removeIf([id](const auto& call) { return call.key().second == id; });
+    }
 
     int waiting() const { return int(m_calls.size()); }
     /// Milliseconds since it was installed.
@@ -36,30 +41,15 @@ public:
     void advance(int msecs)
     {
         const qint64 end = m_now + msecs;
-        for (;;) {
-            auto due = m_calls.end();
-            for (auto call = m_calls.begin(); call != m_calls.end(); ++call) {
-                if (call->at <= end && (due == m_calls.end() || call->at < due->at))
-                    due = call;
-            }
-            if (due == m_calls.end())
-                break;
-            m_now = qMax(m_now, due->at);
-            const auto function = due->function;
-            m_calls.erase(due);
-            function();
+        while (!m_calls.isEmpty() && m_calls.firstKey().first <= end) {
+            m_now = qMax(m_now, m_calls.firstKey().first);
+            m_calls.take(m_calls.firstKey())();
         }
         m_now = qMax(m_now, end);
     }
 
 private:
-    struct Call
-    {
-        qint64 at;
-        boost::function<void()> function;
-    };
-
-    QMap<int, Call> m_calls;
+    QMap<std::pair<qint64, int>, boost::function<void()>> m_calls; // by when they are due, and in order
     qint64 m_now = 0;
     int m_lastId = 0;
 };

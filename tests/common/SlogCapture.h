@@ -4,6 +4,7 @@
 #include <slog/reload.h>
 
 #include <QByteArray>
+#include <QRegularExpression>
 #include <QString>
 #include <QStringList>
 
@@ -59,13 +60,8 @@ public:
     /// The lines so far of one severity, without it.
     QStringList lines(int severity) const
     {
-        const QString mark = QString::number(severity) + QStringLiteral(": ");
-        QStringList found;
-        for (const QString& line : lines()) {
-            if (line.startsWith(mark))
-                found.append(line.mid(mark.size()));
-        }
-        return found;
+        const QRegularExpression mark(QStringLiteral("^%1: ").arg(severity));
+        return lines().filter(mark).replaceInStrings(mark, QString());
     }
 
 private:

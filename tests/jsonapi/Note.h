@@ -55,10 +55,11 @@ inline QJsonObject noteJson(const QString& id, const QString& text)
     return {{QStringLiteral("id"), id}, {QStringLiteral("text"), text}};
 }
 
-/// A list message of the type "notes" with an empty id; further members of the body go into @p more.
-inline QByteArray listMessage(const char* name, const QJsonArray& elements, QJsonObject more = {})
+/// A list message with an empty id; further members of the body go into @p more.
+inline QByteArray listMessage(const char* name, const QJsonArray& elements, QJsonObject more = {},
+                              const QString& type = QStringLiteral("notes"))
 {
-    more.insert(QStringLiteral("type"), QStringLiteral("notes"));
+    more.insert(QStringLiteral("type"), type);
     more.insert(QStringLiteral("id"), QString());
     more.insert(QStringLiteral("elements"), elements);
     return QJsonDocument(QJsonObject{{QString::fromLatin1(name), more}}).toJson(QJsonDocument::Compact);
