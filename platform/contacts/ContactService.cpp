@@ -45,6 +45,7 @@ public:
 
 private:
     void connectDelegate();
+    void pictureUpdated(const QString& handle);
     void announceProperties();
 
     bool m_wasValid = false;
@@ -56,7 +57,7 @@ void ContactServicePrivate::connectDelegate()
 {
     connect(delegate, &ContactServiceDelegate::contactListUpdated, q, &ContactService::contactListUpdated);
     connect(delegate, &ContactServiceDelegate::contactListResent, q, &ContactService::contactListResent);
-    connect(delegate, &ContactServiceDelegate::avatarUpdated, q, &ContactService::displayPictureUpdated);
+    connect(delegate, &ContactServiceDelegate::avatarUpdated, this, &ContactServicePrivate::pictureUpdated);
     connect(delegate, &ContactServiceDelegate::contactUpdated, q, &ContactService::contactUpdated);
     connect(delegate, &ContactServiceDelegate::applicationEnabled, q, &ContactService::applicationEnabled);
     connect(delegate, &ContactServiceDelegate::applicationDisabled, q, &ContactService::applicationDisabled);
@@ -67,6 +68,13 @@ void ContactServicePrivate::connectDelegate()
     connect(delegate, &ContactServiceDelegate::applicationEnabled, this, &ContactServicePrivate::announceProperties);
     if (context) // a slot of the list announced above may have destroyed it
         connect(context, &Context::registrationStateUpdated, this, &ContactServicePrivate::announceProperties);
+}
+
+/// What was told last, not what this signal says.
+void ContactServicePrivate::pictureUpdated(const QString& handle)
+{
+    const ContactServiceDelegate::Picture picture = delegate->toldPicture(handle);
+    Q_EMIT q->displayPictureUpdated(handle, picture.type, picture.data);
 }
 
 void ContactServicePrivate::announceProperties()

@@ -107,7 +107,8 @@ void ContactServiceDelegate::notifyAvatarUpdated(const QString& handle, const QS
 {
     qCDebug(lcPlatform) << "ContactServiceDelegate"
                         << "::notifyAvatarUpdated(): handle=" << handle << " avatarId=" << avatarId;
-    Q_EMIT avatarUpdated(handle, HelperUtils::imageTypeFromString(mimeType), data);
+    const ImageType::Type type = HelperUtils::imageTypeFromString(mimeType);
+    m_toldPictures.tell(handle, {type, data}, [&] { Q_EMIT avatarUpdated(handle, type, data); });
 }
 
 void ContactServiceDelegate::notifyInvitationReceived(const QString& handle)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <platform/channel/Services.h>
+#include <platform/channel/ToldLast.h>
 #include <vx/platform/zel/Contact.h>
 #include <vx/platform/zel/ImageType.h>
 
@@ -44,6 +45,14 @@ public:
                              const QByteArray& data);
     void notifyInvitationReceived(const QString& handle);
 
+    struct Picture
+    {
+        ImageType::Type type = ImageType::Unsupported;
+        QByteArray data;
+    };
+    /// The picture of the contact that avatarUpdated() is about, as it was told last.
+    Picture toldPicture(const QString& handle) const { return m_toldPictures.of(handle); }
+
 public Q_SLOTS:
     void updateContactList();
 
@@ -69,6 +78,7 @@ private:
     bool m_complete = false;
     /// In handle order. A list takes a tenth of a map's memory, and handing it out whole copies nothing.
     QList<Contact> m_contacts;
+    ToldLast<QString, Picture> m_toldPictures;
 };
 
 } // namespace vx::platform::zel

@@ -30,7 +30,10 @@ bool ApplicationDelegate::registerApplication(const QUuid& uuid, bool silent)
 void ApplicationDelegate::notifyRegistrationEvent(const QString& code)
 {
     qCDebug(lcPlatform) << "ApplicationDelegate::notifyRegistrationEvent" << code;
-    Q_EMIT registrationEventReceived(HelperUtils::registrationStateFromString(code));
+    const RegistrationState::Type state = HelperUtils::registrationStateFromString(code);
+    if (state != RegistrationState::InvalidUuid || registrationAccessState() == state)
+        m_toldState = state;
+    Q_EMIT registrationEventReceived(state);
 }
 
 RegistrationState::Type ApplicationDelegate::registrationAccessState() const

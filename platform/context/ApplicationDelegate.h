@@ -23,6 +23,8 @@ public:
 
     bool registerApplication(const QUuid& uuid, bool silent);
     void notifyRegistrationEvent(const QString& code);
+    /// The last state that was told, but for an InvalidUuid that the service has not said.
+    RegistrationState::Type toldState() const { return m_toldState; }
     RegistrationState::Type registrationAccessState() const;
     bool isReady() const { return m_services->isReady(); }
     bool isZelSetup() const;
@@ -34,6 +36,7 @@ Q_SIGNALS:
 
 private:
     Services* const m_services;
+    RegistrationState::Type m_toldState = RegistrationState::Unknown;
 };
 
 } // namespace vx::platform::zel

@@ -59,7 +59,9 @@ public Q_SLOTS:
     void registrationEventReceived(vx::platform::zel::RegistrationState::Type state)
     {
         const QPointer<ContextPrivate> alive(this); // a slot may destroy the context
-        Q_EMIT q->registrationStateUpdated(state);
+        // What was told last, not what this signal says: where a slot of another context has spun an event loop
+        // meanwhile, that is older. A UUID that was refused here is no state that could be.
+        Q_EMIT q->registrationStateUpdated(state == RegistrationState::InvalidUuid ? state : delegate->toldState());
         if (alive)
             announceReady();
     }

@@ -27,7 +27,9 @@ public:
         if (!delegate)
             return;
         connect(delegate, &UtilsDelegate::ecoIdUpdated, q, &Utils::ecoIdUpdated);
-        connect(delegate, &UtilsDelegate::ecoIdStatusUpdated, q, &Utils::ecoIdStatusUpdated);
+        connect(delegate, &UtilsDelegate::ecoIdStatusUpdated, this, [this](const QString& ecoId) {
+            Q_EMIT q->ecoIdStatusUpdated(ecoId, delegate->toldStatus(ecoId)); // what was told last
+        });
     }
 
     bool isAllowed() const { return context && context->isAccessAllowed() && delegate; }

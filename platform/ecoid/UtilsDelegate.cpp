@@ -50,7 +50,8 @@ void UtilsDelegate::notifyEcoIdResponse(const QString& ppId, const QString& ecoI
 void UtilsDelegate::notifyEcoIdStatusResponse(const QString& ecoId, const QString& status)
 {
     qCDebug(lcPlatform) << "notifyEcoIdStatusResponse" << ecoId << status;
-    Q_EMIT ecoIdStatusUpdated(ecoId, HelperUtils::ecoIdStatusFromString(status));
+    const EcoIdStatus::Type type = HelperUtils::ecoIdStatusFromString(status);
+    m_toldStatuses.tell(ecoId, type, [&] { Q_EMIT ecoIdStatusUpdated(ecoId, type); });
 }
 
 } // namespace vx::platform::zel

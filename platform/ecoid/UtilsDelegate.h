@@ -2,6 +2,7 @@
 #pragma once
 
 #include <platform/channel/Services.h>
+#include <platform/channel/ToldLast.h>
 #include <vx/platform/zel/EcoIdStatus.h>
 
 #include <QtCore/QObject>
@@ -26,12 +27,16 @@ public:
     void notifyEcoIdResponse(const QString& ppId, const QString& ecoId);
     void notifyEcoIdStatusResponse(const QString& ecoId, const QString& status);
 
+    /// The status of the eco identifier that ecoIdStatusUpdated() is about, as it was told last.
+    EcoIdStatus::Type toldStatus(const QString& ecoId) const { return m_toldStatuses.of(ecoId); }
+
 Q_SIGNALS:
     void ecoIdUpdated(const QString& ppId, const QString& ecoId);
     void ecoIdStatusUpdated(const QString& ecoId, vx::platform::zel::EcoIdStatus::Type status);
 
 private:
     Services* const m_services;
+    ToldLast<QString, EcoIdStatus::Type> m_toldStatuses;
 };
 
 } // namespace vx::platform::zel

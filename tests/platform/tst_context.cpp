@@ -3,7 +3,6 @@
 
 #include <vx/platform/zel/ContactService.h>
 
-#include <QtCore/QEventLoop>
 #include <QtCore/QPointer>
 #include <QtTest/QSignalSpy>
 
@@ -89,6 +88,24 @@ private Q_SLOTS:
         QVERIFY(m_desk->settle());
         QCOMPARE(late.registrationState(), RegistrationState::Pending);
         QCOMPARE(m_heard->lines(), QStringList());
+    }
+
+    // A dialog in a slot of the first, in which the state is another: the second hears no more of what it was about.
+    void announcesWhatWasToldLast()
+    {
+        begin();
+        const Context second(m_uuid);
+        m_heard->note(second, &Context::registrationStateUpdated, u"second"_s);
+        QObject dialog;
+        connect(m_context.get(), &Context::registrationStateUpdated, &dialog, [&] {
+            m_context->disconnect(&dialog);
+            m_desk->changeState(u"Expired"_s);
+            QVERIFY(!Context(QUuid()).requestRegisterApplication());
+            QVERIFY(m_desk->settle());
+        });
+        m_desk->changeState(u"Pending"_s);
+        QTRY_COMPARE(m_heard->lines(), QStringList({u"Pending"_s, u"InvalidUuid"_s, u"second InvalidUuid"_s,
+                                                    u"Expired"_s, u"second Expired"_s, u"second Expired"_s}));
     }
 
     void mayBeDestroyedInItsOwnSlot()

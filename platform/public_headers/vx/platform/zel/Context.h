@@ -33,7 +33,8 @@ class ContextPrivate;
 /// Thread: the application's event loop thread, the one that makes the first public object. Nothing arrives unless
 /// that loop runs. Inside a slot anything may be done: make and destroy public objects, this context included, send
 /// requests, run a nested event loop (a dialog), in which further events arrive. Slots behind it are called when that
-/// loop has ended: what a signal carries may be older by then than what the readers answer.
+/// loop has ended: what a signal carries may be older by then than what the readers answer. To the slots of another
+/// object it carries what was told last.
 ///
 /// A process that ends its QCoreApplication may make another. With a context that lives on, the connection is read on
 /// with that one; what the first had still to do is lost with it, such as asking again for what has had no answer.
