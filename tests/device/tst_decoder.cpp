@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/TestMain.h>
 #include <common/SeededRandom.h>
 
 #include <device/Decoder.h>
@@ -412,5 +413,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TstDecoder)
+ZEL_TEST_WITHOUT_APPLICATION(TstDecoder)
 #include "tst_decoder.moc"

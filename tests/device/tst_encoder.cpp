@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/TestMain.h>
 #include <common/SeededRandom.h>
 
 #include <device/Encoder.h>
@@ -315,5 +316,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TstEncoder)
+ZEL_TEST_WITHOUT_APPLICATION(TstEncoder)
 #include "tst_encoder.moc"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "RawServer.h"
 
+#include <common/TestMain.h>
 #include <common/SlogCapture.h>
 
 #include <vx/system/InvokeManager.h>
@@ -96,5 +97,5 @@ private:
     QTemporaryDir m_root;
 };
 
-QTEST_GUILESS_MAIN(TstInvokeManager)
+ZEL_TEST(TstInvokeManager)
 #include "tst_invokemanager.moc"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "RawServer.h"
 
+#include <common/TestMain.h>
+
 #include <pps/object.h>
 #include <vx/system/ObjectServer.h>
 
@@ -461,5 +463,5 @@ private:
     int m_threads = 0;
 };
 
-QTEST_GUILESS_MAIN(TstObject)
+ZEL_TEST(TstObject)
 #include "tst_object.moc"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "RawServer.h"
 
+#include <common/TestMain.h>
+
 #include <vx/system/ObjectServer.h>
 
 #include <QDir>
@@ -292,5 +294,5 @@ private:
     std::unique_ptr<QTemporaryDir> m_folder;
 };
 
-QTEST_GUILESS_MAIN(TstObjectServer)
+ZEL_TEST(TstObjectServer)
 #include "tst_objectserver.moc"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/TestMain.h>
 #include <common/SlogCapture.h>
 
 #include <device/Log.h>
@@ -72,5 +73,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TstSlog)
+ZEL_TEST_WITHOUT_APPLICATION(TstSlog)
 #include "tst_slog.moc"

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/TestMain.h>
+
 #include <vx/platform/zel/ContactService.h>
 #include <vx/platform/zel/Context.h>
 
@@ -75,5 +77,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TstComeback)
+ZEL_TEST(TstComeback)
 #include "tst_comeback.moc"

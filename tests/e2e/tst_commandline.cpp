@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/TestMain.h>
 #include <common/SeededRandom.h>
 
 #include <Arguments.h>
@@ -188,5 +189,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TstCommandLine)
+ZEL_TEST_WITHOUT_APPLICATION(TstCommandLine)
 #include "tst_commandline.moc"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ZelctlProcess.h"
 
+#include <common/TestMain.h>
+
 #include <zelcore/Simulator.h>
 
 #include <QtCore/QJsonArray>
@@ -133,5 +135,5 @@ private:
     std::unique_ptr<ZelctlProcess> m_shell;
 };
 
-QTEST_GUILESS_MAIN(TstContacts)
+ZEL_TEST(TstContacts)
 #include "tst_contacts.moc"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ZelctlProcess.h"
 
+#include <common/TestMain.h>
 #include <common/ScriptedCore.h>
 
 #include <QtCore/QFile>
@@ -244,5 +245,5 @@ private:
     std::unique_ptr<ZelctlProcess> m_zelctl;
 };
 
-QTEST_GUILESS_MAIN(TstRegistration)
+ZEL_TEST(TstRegistration)
 #include "tst_registration.moc"

@@ -2,6 +2,8 @@
 #include "PseudoTerminal.h"
 #include "ZelctlProcess.h"
 
+#include <common/TestMain.h>
+
 #include <zelcore/Simulator.h>
 
 #include <QtCore/QFileInfo>
@@ -120,5 +122,5 @@ private:
     QProcessEnvironment m_environment = QProcessEnvironment::systemEnvironment();
 };
 
-QTEST_GUILESS_MAIN(TstTerminal)
+ZEL_TEST(TstTerminal)
 #include "tst_terminal.moc"

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/TestMain.h>
+
 #include <zelcore/TestService.h>
 
 #include <vx/platform/zel/ContactService.h>
@@ -172,5 +174,5 @@ private:
     int m_argumentCount = 0;
 };
 
-QTEST_APPLESS_MAIN(TstTestService)
+ZEL_TEST_WITHOUT_APPLICATION(TstTestService)
 #include "tst_testservice.moc"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ZelctlProcess.h"
 
+#include <common/TestMain.h>
+
 #include <zelcore/Simulator.h>
 
 #include <QtCore/QCryptographicHash>
@@ -382,5 +384,5 @@ private:
     QByteArray m_diagnostics;
 };
 
-QTEST_GUILESS_MAIN(TstZelctl)
+ZEL_TEST(TstZelctl)
 #include "tst_zelctl.moc"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "DerivedListFixtures.h"
 
+#include <common/TestMain.h>
 #include <common/SeededRandom.h>
 
 #include <iface/CachedObservableList.h>
@@ -203,5 +204,5 @@ void TstCachedObservableList::livesThroughAHandlerThatDropsIt()
     QCOMPARE(calls, 1);
 }
 
-QTEST_GUILESS_MAIN(TstCachedObservableList)
+ZEL_TEST(TstCachedObservableList)
 #include "tst_cachedobservablelist.moc"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "DerivedListFixtures.h"
 
+#include <common/TestMain.h>
 #include <common/SeededRandom.h>
 
 #include <iface/CachedObservableList.h>
@@ -441,5 +442,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TstContainerGraphs)
+ZEL_TEST(TstContainerGraphs)
 #include "tst_containergraphs.moc"

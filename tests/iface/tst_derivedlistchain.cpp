@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "DerivedListFixtures.h"
 
+#include <common/TestMain.h>
 #include <common/SeededRandom.h>
 
 #include <iface/CachedObservableList.h>
@@ -212,5 +213,5 @@ void TstDerivedListChain::costsTheSameForAChangeAtAnyLength()
     }
 }
 
-QTEST_GUILESS_MAIN(TstDerivedListChain)
+ZEL_TEST(TstDerivedListChain)
 #include "tst_derivedlistchain.moc"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "DerivedListFixtures.h"
 
+#include <common/TestMain.h>
 #include <common/SeededRandom.h>
 
 #include <iface/FilteredObservableList.h>
@@ -375,5 +376,5 @@ void TstFilteredObservableList::staysRightOverAListThatForgets()
     }
 }
 
-QTEST_GUILESS_MAIN(TstFilteredObservableList)
+ZEL_TEST(TstFilteredObservableList)
 #include "tst_filteredobservablelist.moc"

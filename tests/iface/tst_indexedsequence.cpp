@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/TestMain.h>
 #include <common/SeededRandom.h>
 
 #include <iface/detail/IndexedSequence.h>
@@ -137,5 +138,5 @@ void TstIndexedSequence::letsItsItemsGoWhenItIsDestroyed()
     QVERIFY(!item.isPlaced());
 }
 
-QTEST_APPLESS_MAIN(TstIndexedSequence)
+ZEL_TEST_WITHOUT_APPLICATION(TstIndexedSequence)
 #include "tst_indexedsequence.moc"

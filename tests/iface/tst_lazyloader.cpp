@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/TestMain.h>
 #include <common/FakeClock.h>
 
 #include <iface/LazyLoader.h>
@@ -180,5 +181,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TstLazyLoader)
+ZEL_TEST(TstLazyLoader)
 #include "tst_lazyloader.moc"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "DerivedListFixtures.h"
 
+#include <common/TestMain.h>
 #include <common/SeededRandom.h>
 
 #include <iface/LazyTransformedObservableList.h>
@@ -368,5 +369,5 @@ void TstLazyTransformedObservableList::livesThroughAHandlerThatDropsIt()
     QCOMPARE(desk.take(), QStringList{QStringLiteral("updated 0")});
 }
 
-QTEST_GUILESS_MAIN(TstLazyTransformedObservableList)
+ZEL_TEST(TstLazyTransformedObservableList)
 #include "tst_lazytransformedobservablelist.moc"

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/TestMain.h>
+
 #include <iface/Logging.h>
 
 #include <QTest>
@@ -65,5 +67,5 @@ void TstLogging::writesOneLineInItsForm()
     QVERIFY(!composed);
 }
 
-QTEST_GUILESS_MAIN(TstLogging)
+ZEL_TEST(TstLogging)
 #include "tst_logging.moc"

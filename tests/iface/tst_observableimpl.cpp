@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/TestMain.h>
+
 #include <iface/Change.h>
 #include <iface/ObservableTracker.h>
 #include <iface/ObservableValue.h>
@@ -255,5 +257,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TstObservableImpl)
+ZEL_TEST(TstObservableImpl)
 #include "tst_observableimpl.moc"

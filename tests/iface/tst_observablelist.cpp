@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "DerivedListFixtures.h"
 
+#include <common/TestMain.h>
 #include <common/SeededRandom.h>
 
 #include <iface/ItemMovedMapper.h>
@@ -275,5 +276,5 @@ void TstObservableList::letsAMirrorFollowRandomChanges()
     }
 }
 
-QTEST_GUILESS_MAIN(TstObservableList)
+ZEL_TEST(TstObservableList)
 #include "tst_observablelist.moc"

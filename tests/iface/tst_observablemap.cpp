@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/TestMain.h>
 #include <common/SeededRandom.h>
 
 #include <iface/BaseMap.h>
@@ -252,5 +253,5 @@ void TstObservableMap::agreesWithAModelThroughAChainOfMaps()
     }
 }
 
-QTEST_GUILESS_MAIN(TstObservableMap)
+ZEL_TEST(TstObservableMap)
 #include "tst_observablemap.moc"

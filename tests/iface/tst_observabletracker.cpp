@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/TestMain.h>
 #include <common/SeededRandom.h>
 
 #include <iface/BaseListImpl.h>
@@ -460,5 +461,5 @@ void TstObservableTracker::waitsUntilTrueAndThenStaysIdle()
     QCOMPARE(value->ref.loadRelaxed(), 1);
 }
 
-QTEST_GUILESS_MAIN(TstObservableTracker)
+ZEL_TEST(TstObservableTracker)
 #include "tst_observabletracker.moc"

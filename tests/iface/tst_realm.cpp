@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/TestMain.h>
 #include <common/FakeClock.h>
 
 #include <iface/ObservableTracker.h>
@@ -189,5 +190,5 @@ void TstRealm::callsAfterATimeOnTheEventLoop()
     QVERIFY(cancelled);
 }
 
-QTEST_GUILESS_MAIN(TstRealm)
+ZEL_TEST(TstRealm)
 #include "tst_realm.moc"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/TestMain.h>
 #include <common/FakePipe.h>
 #include <zel/JsonStream.h>
 
@@ -125,5 +126,5 @@ private:
     QStringList received;
 };
 
-QTEST_GUILESS_MAIN(TstJsonStream)
+ZEL_TEST(TstJsonStream)
 #include "tst_jsonstream.moc"

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/TestMain.h>
+
 #include <zel/JsonWriter.h>
 #include <zel/JsonWriterAttribute.h>
 
@@ -133,5 +135,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TstJsonWriter)
+ZEL_TEST(TstJsonWriter)
 #include "tst_jsonwriter.moc"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/TestMain.h>
 #include <common/FakePipe.h>
 #include <zel/ListApiMultiplexer.h>
 
@@ -75,5 +76,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TstListApiMultiplexer)
+ZEL_TEST(TstListApiMultiplexer)
 #include "tst_listapimultiplexer.moc"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Note.h"
 
+#include <common/TestMain.h>
 #include <common/FakeClock.h>
 #include <common/FakePipe.h>
 #include <common/SeededRandom.h>
@@ -335,5 +336,5 @@ private:
     List::Pointer list;
 };
 
-QTEST_GUILESS_MAIN(TstLiveList)
+ZEL_TEST(TstLiveList)
 #include "tst_livelist.moc"

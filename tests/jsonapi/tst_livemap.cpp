@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Note.h"
 
+#include <common/TestMain.h>
 #include <common/FakeClock.h>
 #include <common/FakePipe.h>
 #include <common/SeededRandom.h>
@@ -497,5 +498,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TstLiveMap)
+ZEL_TEST(TstLiveMap)
 #include "tst_livemap.moc"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Note.h"
 
+#include <common/TestMain.h>
 #include <common/FakeClock.h>
 #include <common/FakePipe.h>
 #include <zel/JsonStreamFunctorAdapter.h>
@@ -259,5 +260,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TstMessageOrder)
+ZEL_TEST(TstMessageOrder)
 #include "tst_messageorder.moc"

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/TestMain.h>
+
 #include <iface/JsonReaderAttribute.h>
 #include <zel/PpsJsonSource.h>
 
@@ -208,5 +210,5 @@ void TstPpsJsonSource::anAttributeWithoutASourceIsLoggedAndInvalid()
     QVERIFY(!iface::JsonReaderAttribute("a", nullptr).object().isValid());
 }
 
-QTEST_GUILESS_MAIN(TstPpsJsonSource)
+ZEL_TEST(TstPpsJsonSource)
 #include "tst_ppsjsonsource.moc"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PlatformTest.h"
 
+#include <common/TestMain.h>
+
 #include <vx/platform/zel/ApplicationPermissions.h>
 #include <vx/platform/zel/ContactService.h>
 #include <vx/platform/zel/ProfileBox.h>
@@ -296,5 +298,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TstAccess)
+ZEL_TEST(TstAccess)
 #include "tst_access.moc"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PlatformTest.h"
 
+#include <common/TestMain.h>
+
 #include <vx/platform/zel/ContactService.h>
 
 using namespace vx::platform::zel;
@@ -121,5 +123,5 @@ private:
     std::unique_ptr<Heard> m_heard;
 };
 
-QTEST_GUILESS_MAIN(TstContactService)
+ZEL_TEST(TstContactService)
 #include "tst_contactservice.moc"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PlatformTest.h"
 
+#include <common/TestMain.h>
+
 #include <vx/platform/zel/ContactService.h>
 
 #include <QtCore/QPointer>
@@ -192,5 +194,5 @@ private:
     std::unique_ptr<Heard> m_heard;
 };
 
-QTEST_GUILESS_MAIN(TstContext)
+ZEL_TEST(TstContext)
 #include "tst_context.moc"

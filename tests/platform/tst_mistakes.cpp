@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PlatformTest.h"
 
+#include <common/TestMain.h>
+
 #include <vx/platform/zel/ContactService.h>
 #include <vx/platform/zel/ProfileBox.h>
 #include <vx/platform/zel/UserProfile.h>
@@ -140,5 +142,5 @@ private:
     QtMessageHandler m_before = nullptr;
 };
 
-QTEST_GUILESS_MAIN(TstMistakes)
+ZEL_TEST(TstMistakes)
 #include "tst_mistakes.moc"

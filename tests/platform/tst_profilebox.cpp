@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PlatformTest.h"
 
+#include <common/TestMain.h>
+
 #include <vx/platform/zel/ProfileBox.h>
 
 using namespace vx::platform::zel;
@@ -70,5 +72,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TstProfileBox)
+ZEL_TEST(TstProfileBox)
 #include "tst_profilebox.moc"

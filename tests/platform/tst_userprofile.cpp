@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PlatformTest.h"
 
+#include <common/TestMain.h>
+
 #include <vx/platform/zel/UserProfile.h>
 
 #include <QtCore/QCryptographicHash>
@@ -130,5 +132,5 @@ private:
     }
 };
 
-QTEST_GUILESS_MAIN(TstUserProfile)
+ZEL_TEST(TstUserProfile)
 #include "tst_userprofile.moc"

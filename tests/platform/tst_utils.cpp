@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PlatformTest.h"
 
+#include <common/TestMain.h>
+
 #include <vx/platform/zel/Utils.h>
 
 using namespace vx::platform::zel;
@@ -63,5 +65,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TstUtils)
+ZEL_TEST(TstUtils)
 #include "tst_utils.moc"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PlatformTest.h"
 
+#include <common/TestMain.h>
+
 #include <vx/platform/zel/ContactService.h>
 #include <vx/platform/zel/EcoIdStatus.h>
 #include <vx/platform/zel/ImageType.h>
@@ -90,5 +92,5 @@ private:
     }
 };
 
-QTEST_GUILESS_MAIN(TstValues)
+ZEL_TEST(TstValues)
 #include "tst_values.moc"

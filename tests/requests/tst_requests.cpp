@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/TestMain.h>
+
 #include <vx/platform/zel/ApplicationPermissions.h>
 #include <vx/platform/zel/ContactService.h>
 #include <vx/platform/zel/Context.h>
@@ -303,5 +305,5 @@ private:
     std::unique_ptr<Context> m_context;
 };
 
-QTEST_GUILESS_MAIN(TstRequests)
+ZEL_TEST(TstRequests)
 #include "tst_requests.moc"

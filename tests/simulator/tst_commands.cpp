@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/TestMain.h>
+
 #include <zelcore/Simulator.h>
 
 #include <QtCore/QTemporaryFile>
@@ -215,5 +217,5 @@ private:
     QString m_fileName;
 };
 
-QTEST_GUILESS_MAIN(TstCommands)
+ZEL_TEST(TstCommands)
 #include "tst_commands.moc"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ServiceTest.h"
 
+#include <common/TestMain.h>
 #include <common/SeededRandom.h>
 
 #include <QtCore/QMap>
@@ -190,5 +191,5 @@ private:
     }
 };
 
-QTEST_GUILESS_MAIN(TstLists)
+ZEL_TEST(TstLists)
 #include "tst_lists.moc"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ServiceTest.h"
 
+#include <common/TestMain.h>
+
 #include <QtCore/QCryptographicHash>
 
 using namespace Qt::StringLiterals;
@@ -191,5 +193,5 @@ private:
     }
 };
 
-QTEST_GUILESS_MAIN(TstPictures)
+ZEL_TEST(TstPictures)
 #include "tst_pictures.moc"

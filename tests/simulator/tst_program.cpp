@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "RawApplication.h"
 
+#include <common/TestMain.h>
+
 #include <QtCore/QFileInfo>
 #include <QtCore/QProcess>
 #include <QtCore/QTemporaryDir>
@@ -146,5 +148,5 @@ private:
     QByteArray m_errors;
 };
 
-QTEST_GUILESS_MAIN(TstProgram)
+ZEL_TEST(TstProgram)
 #include "tst_program.moc"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ServiceTest.h"
 
+#include <common/TestMain.h>
+
 using namespace Qt::StringLiterals;
 using zelcore::Simulator;
 
@@ -89,5 +91,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TstRegistration)
+ZEL_TEST(TstRegistration)
 #include "tst_registration.moc"

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/TestMain.h>
+
 #include <zelcore/Simulator.h>
 
 #include <QtCore/QTemporaryDir>
@@ -70,5 +72,5 @@ private:
     QString m_done;
 };
 
-QTEST_GUILESS_MAIN(TstTimeline)
+ZEL_TEST(TstTimeline)
 #include "tst_timeline.moc"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ServiceTest.h"
 
+#include <common/TestMain.h>
 #include <common/SeededRandom.h>
 
 #include <QtCore/QFileInfo>
@@ -231,5 +232,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TstWeather)
+ZEL_TEST(TstWeather)
 #include "tst_weather.moc"

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/TestMain.h>
+
 #include <simulator/wire/Wire.h>
 
 #include <QtCore/QJsonArray>
@@ -78,5 +80,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TstWire)
+ZEL_TEST(TstWire)
 #include "tst_wire.moc"

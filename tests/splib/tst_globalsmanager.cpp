@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/globals/GlobalsManager.h>
 
+#include <common/TestMain.h>
 #include <common/FakeClock.h>
 #include <common/FakePipe.h>
 #include <common/RecordingHandlers.h>
@@ -399,5 +400,5 @@ void TstGlobalsManager::sendsAPictureWhoseRecordChangedFirst()
     QCOMPARE(f.log.take(), QStringList());
 }
 
-QTEST_GUILESS_MAIN(TstGlobalsManager)
+ZEL_TEST(TstGlobalsManager)
 #include "tst_globalsmanager.moc"

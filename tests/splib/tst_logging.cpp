@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/log/Logging.h>
 
+#include <common/TestMain.h>
 #include <common/SlogCapture.h>
 
 #include <QElapsedTimer>
@@ -56,5 +57,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TstLogging)
+ZEL_TEST(TstLogging)
 #include "tst_logging.moc"

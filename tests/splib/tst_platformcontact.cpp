@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/contacts/PlatformContactJsonAdapter.h>
 
+#include <common/TestMain.h>
 #include <common/FakePipe.h>
 
 #include <zel/JsonWriter.h>
@@ -161,5 +162,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TstPlatformContact)
+ZEL_TEST(TstPlatformContact)
 #include "tst_platformcontact.moc"

@@ -3,6 +3,7 @@
 
 #include <splib/channel/StreamRequests.h>
 
+#include <common/TestMain.h>
 #include <common/FakeClock.h>
 #include <common/FakePipe.h>
 #include <common/RecordingHandlers.h>
@@ -558,5 +559,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TstPlatformContactManager)
+ZEL_TEST(TstPlatformContactManager)
 #include "tst_platformcontactmanager.moc"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/channel/PPSManager.h>
 
+#include <common/TestMain.h>
 #include <common/SlogCapture.h>
 
 #include <vx/system/ObjectServer.h>
@@ -154,5 +155,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TstPPSManager)
+ZEL_TEST(TstPPSManager)
 #include "tst_ppsmanager.moc"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/profilebox/ProfileBoxManager.h>
 
+#include <common/TestMain.h>
 #include <common/FakeClock.h>
 #include <common/FakePipe.h>
 #include <common/RecordingHandlers.h>
@@ -344,5 +345,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TstProfileBoxManager)
+ZEL_TEST(TstProfileBoxManager)
 #include "tst_profileboxmanager.moc"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/ZELSPServices.h>
 
+#include <common/TestMain.h>
 #include <common/FakePipe.h>
 #include <common/RecordingHandlers.h>
 #include <common/SlogCapture.h>
@@ -227,5 +228,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TstZELSPServices)
+ZEL_TEST(TstZELSPServices)
 #include "tst_zelspservices.moc"

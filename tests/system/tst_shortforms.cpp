@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/TestMain.h>
+
 #include <device/Decoder.h>
 #include <device/Log.h>
 #include <device/Object.h>
@@ -72,5 +74,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TstShortForms)
+ZEL_TEST_WITHOUT_APPLICATION(TstShortForms)
 #include "tst_shortforms.moc"
