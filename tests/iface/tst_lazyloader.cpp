@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <common/TestMain.h>
 #include <common/FakeClock.h>
+#include <common/TestMain.h>
 
 #include <iface/LazyLoader.h>
 #include <iface/ObserverFunctorAdapter.h>
@@ -12,40 +12,42 @@
 using namespace Qt::StringLiterals;
 
 using namespace iface;
-using Loader = LazyLoader<QString, int>;
 
 namespace {
 
-QString key(int number)
-{
-    return u"k%1"_s.arg(number);
-}
-
-/// A loader whose requests are written down.
+/// A loader whose requests are written down, under keys that are numbers.
 struct Fixture
 {
-    QList<QStringList> requests;
-    QExplicitlySharedDataPointer<Loader> loader{new Loader([this](const QStringList& keys) { requests << keys; })};
+    using Loader = LazyLoader<int, int>;
+
+    QList<QList<int>> requests;
+    std::function<void()> whenAsked = [] {};
+    QExplicitlySharedDataPointer<Loader> loader{new Loader([this](const QList<int>& keys) {
+        requests << keys;
+        whenAsked();
+    })};
 
     QList<int> sizes() const
     {
-        QList<int> result;
-        for (const QStringList& request : requests)
-            result << static_cast<int>(request.size());
-        return result;
+        QList<int> sizes;
+        for (const auto& request : requests)
+            sizes << int(request.size());
+        return sizes;
     }
     void ask(int from, int to)
     {
-        for (int i = from; i < to; ++i)
-            loader->getObservableValue(key(i));
+        for (int key = from; key < to; ++key)
+            loader->getObservableValue(key);
+        turn();
     }
     /// Answers whether that was a change.
-    bool store(int number, int contents)
+    bool store(int key, int contents)
     {
         bool changed = false;
-        loader->store(key(number), contents, [&] { changed = true; });
+        loader->store(key, contents, [&] { changed = true; });
         return changed;
     }
+    static void turn() { QCoreApplication::sendPostedEvents(); }
 };
 
 } // namespace
@@ -55,8 +57,6 @@ class TstLazyLoader : public QObject
 {
     Q_OBJECT
 
-    static void turn() { QCoreApplication::sendPostedEvents(); }
-
 private Q_SLOTS:
     void cleanup() { FakeClock::uninstall(); }
 
@@ -64,37 +64,34 @@ private Q_SLOTS:
     {
         Fixture f;
         f.loader->requestAll();
-        turn();
-        for (const int i : {3, 1, 2, 1, 3})
-            QCOMPARE(f.loader->getObservableValue(key(i)).getValue(), 0);
+        f.turn();
+        for (const int key : {3, 1, 2, 1, 3})
+            QCOMPARE(f.loader->getObservableValue(key).getValue(), 0);
         QVERIFY(f.requests.isEmpty());
-        QCOMPARE(f.loader->value(key(1))->state(), 2);
-        turn();
-        QCOMPARE(f.requests, (QList<QStringList>{{key(3), key(1), key(2)}}));
-        QCOMPARE(Loader({}, 7).getObservableValue(key(1)).getValue(), 7);
+        QCOMPARE(f.loader->value(1)->state(), 2);
+        f.turn();
+        QCOMPARE(f.requests, (QList<QList<int>>{{3, 1, 2}}));
+        QCOMPARE(Fixture::Loader({}, 7).getObservableValue(1).getValue(), 7);
     }
 
     void settlesRequestedValuesWhenTheAnswerEnds()
     {
         Fixture f;
-        QVERIFY(!f.loader->isLoaded(key(0)));
-        QVERIFY(!f.loader->value(key(0)));
+        QVERIFY(!f.loader->isLoaded(0) && !f.loader->value(0));
         f.ask(0, 2);
-        turn();
         QStringList heard;
-        ObserverFunctorAdapter answered([&] { heard << u"answered %1"_s.arg(f.loader->value(key(0))->state()); });
-        ObserverFunctorAdapter missing([&] { heard << u"missing %1"_s.arg(f.loader->value(key(1))->state()); });
-        f.loader->value(key(0))->addObserver(&answered);
-        f.loader->value(key(1))->addObserver(&missing);
+        ObserverFunctorAdapter answered([&] { heard << u"answered %1"_s.arg(f.loader->value(0)->state()); });
+        ObserverFunctorAdapter missing([&] { heard << u"missing %1"_s.arg(f.loader->value(1)->state()); });
+        f.loader->value(0)->addObserver(&answered);
+        f.loader->value(1)->addObserver(&missing);
         f.store(0, 3);
         QCOMPARE(heard, QStringList{u"answered 2"_s});
-        QVERIFY2(f.loader->isLoaded(key(0)), "as soon as contents are there");
-        QVERIFY(!f.loader->isLoaded(key(1)));
+        QVERIFY2(f.loader->isLoaded(0) && !f.loader->isLoaded(1), "as soon as contents are there");
         f.loader->updateDone();
         QCOMPARE(heard, (QStringList{u"answered 2"_s, u"answered 1"_s, u"missing 1"_s}));
-        QVERIFY2(f.loader->isLoaded(key(1)), "answered, though without contents");
+        QVERIFY2(f.loader->isLoaded(1), "answered, though without contents");
         QVERIFY2(!f.store(9, 0), "unasked, and as the default contents are");
-        QCOMPARE(f.loader->value(key(9))->state(), 1);
+        QCOMPARE(f.loader->value(9)->state(), 1);
         QCOMPARE(f.loader->keys().size(), 3);
     }
 
@@ -103,24 +100,23 @@ private Q_SLOTS:
         const auto clock = FakeClock::install();
         Fixture f;
         f.ask(0, 21);
-        turn();
         clock->advance(29999);
         QCOMPARE(f.sizes(), QList<int>{20});
         f.store(1, 1);
         clock->advance(1);
         QCOMPARE(f.sizes(), (QList<int>{20, 19}));
-        for (int i = 0; i < 20; ++i)
-            f.store(i, i);
+        for (int key = 0; key < 20; ++key)
+            f.store(key, key);
         clock->advance(60000); // Everything has come but for the end of the answer.
-        QCOMPARE(f.loader->value(key(0))->state(), 1);
-        turn();
+        QCOMPARE(f.loader->value(0)->state(), 1);
+        f.turn();
         QCOMPARE(f.sizes(), (QList<int>{20, 19, 1}));
         clock->advance(30000);
         QCOMPARE(f.sizes(), (QList<int>{20, 19, 1, 1}));
         f.loader->updateDone(); // brings nothing of it
         clock->advance(30000);
         QCOMPARE(f.sizes(), (QList<int>{20, 19, 1, 1, 1}));
-        f.loader->takeAnswered(Loader::Answer::Nothing);
+        f.loader->takeAnswered(Fixture::Loader::Answer::Nothing);
         QCOMPARE(clock->waiting(), 0);
     }
 
@@ -128,54 +124,42 @@ private Q_SLOTS:
     {
         Fixture f;
         f.ask(0, 21);
-        turn();
         int told = 0;
         ObserverFunctorAdapter throwing([] { throw std::runtime_error("no"); });
         ObserverFunctorAdapter counting([&] { ++told; });
-        f.loader->value(key(0))->addObserver(&throwing);
-        f.loader->value(key(19))->addObserver(&counting);
-        QVERIFY_THROWS_EXCEPTION(std::runtime_error, f.loader->store(key(0), 1, [&] { ++told; }));
+        f.loader->value(0)->addObserver(&throwing);
+        f.loader->value(19)->addObserver(&counting);
+        QVERIFY_THROWS_EXCEPTION(std::runtime_error, f.loader->store(0, 1, [&] { ++told; }));
         QCOMPARE(told, 1);
         QVERIFY_THROWS_EXCEPTION(std::runtime_error, f.loader->updateDone());
         QCOMPARE(told, 2);
-        turn();
+        f.turn();
         QCOMPARE(f.sizes(), (QList<int>{20, 1}));
     }
 
-    void dropsItsRequestsWithItsLastReference()
+    // Before the request, by it, by its repetition, and by an observer of its answer.
+    void mayBeDroppedAtAnyTime()
     {
         const auto clock = FakeClock::install();
-        Fixture f;
-        const ObservableValue<int> value = f.loader->getObservableValue(key(0));
-        f.loader.reset();
-        turn();
-        QVERIFY(f.requests.isEmpty());
-        QCOMPARE(value.getValue(), 0);
-        f.loader = QExplicitlySharedDataPointer<Loader>(new Loader([](const QStringList&) {}));
-        f.ask(0, 1);
-        turn();
-        QCOMPARE(clock->waiting(), 1);
-        ObserverFunctorAdapter observer([&] { f.loader.reset(); });
-        f.loader->value(key(0))->addObserver(&observer);
-        f.loader->updateDone();
-        QVERIFY(!f.loader);
-        QCOMPARE(clock->waiting(), 0);
-    }
-
-    void mayBeDroppedByItsLoadFunction()
-    {
-        const auto clock = FakeClock::install();
-        for (const int delay : {0, 30000}) { // by the request, by its repetition
+        for (int requests = 0; requests < 4; ++requests) {
             Fixture f;
-            int requests = 0;
-            f.loader = QExplicitlySharedDataPointer<Loader>(new Loader([&](const QStringList&) {
-                if (++requests > (delay > 0))
+            const ObservableValue<int> value = f.loader->getObservableValue(0);
+            ObserverFunctorAdapter observer([&] { f.loader.reset(); });
+            f.whenAsked = [&] {
+                if (f.requests.size() == requests)
                     f.loader.reset();
-            }));
-            f.ask(0, 1);
-            turn();
-            clock->advance(delay);
+            };
+            if (requests == 0)
+                f.loader.reset();
+            f.turn();
+            clock->advance(30000);
+            if (requests == 3) {
+                f.loader->value(0)->addObserver(&observer);
+                f.loader->updateDone();
+            }
             QVERIFY(!f.loader);
+            QCOMPARE(f.requests.size(), requests < 3 ? requests : 2);
+            QCOMPARE(value.getValue(), 0);
             QCOMPARE(clock->waiting(), 0);
         }
     }

@@ -13,59 +13,51 @@ class TstLogging : public QObject
 {
     Q_OBJECT
 
+    static bool passes(const char* path, int level = LogLevel::Error)
+    {
+        return loggingEnabled(path, LogLevel::Type(level), LogCategory::General);
+    }
+
 private Q_SLOTS:
-    void cleanup();
-    void takesTheFileNameBehindTheLastSeparator();
-    void writesFromLevelOneOnAtFirst();
-    void matchesWholeFileNamesAsWildcardsOfAnyCase();
-    void writesOneLineInItsForm();
+    void cleanup()
+    {
+        setLogLevel(LogLevel::Info);
+        setLogCategory(LogCategory::General);
+        setFilenameFilter(QRegExp(u"*"_s, Qt::CaseInsensitive, QRegExp::Wildcard));
+    }
+
+    void writesFromItsLevelOn()
+    {
+        setLogCategory(LogCategory::Type(1)); // has no say
+        QVERIFY(!passes("x.cpp", -1) && !passes("x.cpp", 0) && passes("x.cpp", 1) && passes("x.cpp", 2));
+        setLogLevel(LogLevel::Error);
+        QVERIFY(!passes("x.cpp", 1) && passes("x.cpp", 2));
+    }
+
+    void matchesWholeFileNamesAsWildcardsOfAnyCase()
+    {
+        for (const char* path : {"/a/b/Realm.cpp", "a/b\\Realm.cpp", "a\\b/Realm.cpp", "Realm.cpp"})
+            QCOMPARE(filterFilename(path), u"Realm.cpp"_s);
+        QCOMPARE(filterFilename("a/"), QString());
+        // As a plain expression this would mean something else.
+        setFilenameFilter(QRegExp(u"observable*"_s, Qt::CaseSensitive, QRegExp::RegExp));
+        QVERIFY(passes("/src/ObservableTracker.h"));
+        QVERIFY(!passes("/src/Realm.cpp") && !passes("/src/MyObservable.h"));
+        setFilenameFilter(QRegExp(u"*("_s, Qt::CaseInsensitive, QRegExp::RegExp)); // invalid
+        QVERIFY(passes("/src/ObservableTracker.h") && !passes("/src/Realm.cpp"));
+        setFilenameFilter(QRegExp(u"Realm"_s));
+        QVERIFY(!passes("/src/Realm.cpp"));
+    }
+
+    void writesOneLineInItsForm()
+    {
+        QTest::ignoreMessage(QtDebugMsg, "List.h [ 42 ]:  gone \"x\"");
+        ZEL_IFACE_LOG("/src/List.h", 42, LogLevel::Error, LogCategory::General, u"gone \"x\""_s);
+        bool composed = false;
+        ZEL_IFACE_LOG("List.h", 1, LogLevel::Debug, LogCategory::General, QString::number(composed = true));
+        QVERIFY(!composed);
+    }
 };
-
-void TstLogging::cleanup()
-{
-    setLogLevel(LogLevel::Info);
-    setLogCategory(LogCategory::General);
-    setFilenameFilter(QRegExp(u"*"_s, Qt::CaseInsensitive, QRegExp::Wildcard));
-}
-
-void TstLogging::takesTheFileNameBehindTheLastSeparator()
-{
-    for (const char* path : {"/a/b/Realm.cpp", "a/b\\Realm.cpp", "a\\b/Realm.cpp", "Realm.cpp"})
-        QCOMPARE(filterFilename(path), u"Realm.cpp"_s);
-    QCOMPARE(filterFilename("a/"), QString());
-}
-
-void TstLogging::writesFromLevelOneOnAtFirst()
-{
-    const auto passes = [](int level) { return loggingEnabled("x.cpp", LogLevel::Type(level), LogCategory::General); };
-    setLogCategory(LogCategory::Type(1)); // has no say
-    QVERIFY(!passes(-1) && !passes(0) && passes(1) && passes(2));
-    setLogLevel(LogLevel::Error);
-    QVERIFY(!passes(1) && passes(2));
-}
-
-void TstLogging::matchesWholeFileNamesAsWildcardsOfAnyCase()
-{
-    const auto passes = [](const char* path) { return loggingEnabled(path, LogLevel::Error, LogCategory::General); };
-    // As a plain expression this would mean something else.
-    setFilenameFilter(QRegExp(u"observable*"_s, Qt::CaseSensitive, QRegExp::RegExp));
-    QVERIFY(passes("/src/ObservableTracker.h"));
-    QVERIFY(!passes("/src/Realm.cpp"));
-    QVERIFY(!passes("/src/MyObservable.h"));
-    setFilenameFilter(QRegExp(u"*("_s, Qt::CaseInsensitive, QRegExp::RegExp)); // invalid
-    QVERIFY(passes("/src/ObservableTracker.h") && !passes("/src/Realm.cpp"));
-    setFilenameFilter(QRegExp(u"Realm"_s));
-    QVERIFY(!passes("/src/Realm.cpp"));
-}
-
-void TstLogging::writesOneLineInItsForm()
-{
-    QTest::ignoreMessage(QtDebugMsg, "List.h [ 42 ]:  gone \"x\"");
-    ZEL_IFACE_LOG("/src/List.h", 42, LogLevel::Error, LogCategory::General, u"gone \"x\""_s);
-    bool composed = false;
-    ZEL_IFACE_LOG("List.h", 1, LogLevel::Debug, LogCategory::General, QString::number(composed = true));
-    QVERIFY(!composed);
-}
 
 ZEL_TEST(TstLogging)
 #include "tst_logging.moc"

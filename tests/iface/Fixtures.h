@@ -1,20 +1,77 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <common/SeededRandom.h>
+#include <common/TestMain.h>
+
 #include <iface/BaseListImpl.h>
+#include <iface/BaseMap.h>
+#include <iface/CachedObservableList.h>
+#include <iface/CompositeMap.h>
+#include <iface/FilteredObservableList.h>
 #include <iface/ItemMovedMapper.h>
-#include <iface/ObservableList.h>
-#include <iface/ObservableMap.h>
+#include <iface/ListMirror.h>
+#include <iface/MapObservableToValue.h>
+#include <iface/ObservableMonitor.h>
+#include <iface/ObservableTracker.h>
+#include <iface/ObserverFunctorAdapter.h>
 #include <iface/PrecomputedMapper.h>
 #include <iface/Round.h>
+#include <iface/TransformedObservableList.h>
 #include <iface/WritableObservableValue.h>
 
-#include <QHash>
-#include <QList>
-#include <QRandomGenerator>
+#include <QPointer>
+#include <QtTest>
 
 #include <algorithm>
 #include <functional>
+#include <memory>
+#include <numeric>
+#include <utility>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+
+using ChangeType = iface::ObservableListImpl::ChangeType;
+using Number = iface::WritableObservableValue<int>;
+using NumberPointer = QExplicitlySharedDataPointer<Number>;
+
+/// A monitor that has run once, and how often it ran.
+struct CountedMonitor
+{
+    explicit CountedMonitor(const std::function<void()>& read)
+        : monitor(
+              [this, read] {
+                  ++runs;
+                  read();
+              },
+              nullptr, QString(), false)
+    {
+        monitor.handleObservableChanged();
+    }
+
+    int runs = 0;
+    iface::ObservableMonitor monitor;
+};
+
+/// What a list announced, in the words of a ListMirror, taken apart.
+struct Announced
+{
+    explicit Announced(const QString& words)
+        : what(words.section(u' ', 0, 0))
+    {
+        const QStringList numbers = words.section(u' ', 1).split(u' ', Qt::SkipEmptyParts);
+        for (const QString& number : numbers) {
+            if (what != "data"_L1) // changed
+                indexes.append(number.toInt());
+        }
+    }
+
+    bool isWholesale() const { return what == "moved"_L1 || what == "data"_L1 || what == "reset"_L1; }
+
+    QString what; ///< "added", "updated", "removed", "moved", "data" or "reset"
+    QList<int> indexes;
+};
 
 /// A list that a test edits at will; every edit is announced as it should be.
 template <class T>
@@ -50,34 +107,18 @@ public:
         this->m_list.move(from, to);
         this->fireItemsChanged(ChangeType::IndexesChanged, QSharedPointer<iface::ItemMovedMapper>::create(from, to));
     }
-    /// Entry i tells where item i goes, -1 drops it; what is `fresh` fills the places that stay free.
-    void rearrange(const QList<int>& newIndexes, const QList<T>& fresh)
+    /// Entry i tells where in `items` the item i goes, -1 drops it; the other ones are new.
+    void rearrange(const QList<int>& newIndexes, QList<T> items)
     {
-        const auto kept = newIndexes.size() - newIndexes.count(-1);
-        QList<T> items(kept + fresh.size());
-        QList<bool> isTaken(items.size());
         for (int i = 0; i < newIndexes.size(); ++i) {
-            if (newIndexes.at(i) < 0)
-                continue;
-            items[newIndexes.at(i)] = this->m_list.at(i);
-            isTaken[newIndexes.at(i)] = true;
-        }
-        int next = 0;
-        for (int i = 0; i < items.size(); ++i) {
-            if (!isTaken.at(i))
-                items[i] = fresh.at(next++);
+            if (newIndexes.at(i) >= 0)
+                items[newIndexes.at(i)] = this->m_list.at(i);
         }
         this->m_list = items;
         this->fireItemsChanged(ChangeType::IndexesChanged,
                                QSharedPointer<iface::PrecomputedMapper>::create(newIndexes));
     }
-    /// The same length, other contents.
-    void replaceData(const QList<T>& items) { replace(items, ChangeType::DataChanged); }
-    void reset(const QList<T>& items) { replace(items, ChangeType::Reset); }
-    void changeWithoutMapper(const QList<T>& items) { replace(items, ChangeType::IndexesChanged); }
-
-private:
-    void replace(const QList<T>& items, typename ChangeType::Type type)
+    void replace(const QList<T>& items, ChangeType::Type type = ChangeType::Reset)
     {
         this->m_list = items;
         this->fireItemsChanged(type, {});
@@ -112,22 +153,21 @@ void editAtRandom(EditableList<T>& list, QRandomGenerator& random, const std::fu
     if (kind == 8)
         return list.move(random.bounded(size), random.bounded(size));
     if (kind == 9) {
-        // Items keep on in another order, some without a place.
-        const QList<T> fresh = makeItems(random.bounded(4));
+        // Items go on in another order among new ones, some without a place.
         const int dropped = random.bounded(std::min(size, 4) + 1);
-        QList<int> newIndexes;
-        for (int i = 0; i < size - dropped + int(fresh.size()); ++i)
-            newIndexes.append(i);
+        const QList<T> items = makeItems(size - dropped + random.bounded(4));
+        QList<int> newIndexes(items.size());
+        std::iota(newIndexes.begin(), newIndexes.end(), 0);
         std::shuffle(newIndexes.begin(), newIndexes.end(), random);
         newIndexes.resize(size - dropped);
         for (int i = 0; i < dropped; ++i)
             newIndexes.insert(random.bounded(int(newIndexes.size()) + 1), -1);
-        return list.rearrange(newIndexes, fresh);
+        return list.rearrange(newIndexes, items);
     }
     if (kind == 10)
-        return list.replaceData(makeItems(size));
+        return list.replace(makeItems(size), ChangeType::DataChanged);
     const QList<T> other = makeItems(random.bounded(std::min(2 * size, limit)));
-    return random.bounded(2) ? list.reset(other) : list.changeWithoutMapper(other);
+    list.replace(other, random.bounded(2) ? ChangeType::Reset : ChangeType::IndexesChanged);
 }
 
 /// A map that keeps an observable value for every key, and changes as a mirror of a remote list does: the value and
@@ -162,31 +202,36 @@ private:
     mutable QHash<K, QExplicitlySharedDataPointer<Value>> m_values;
 };
 
-/// A map of plain contents that announces any set of keys, or none, and counts how often it is asked.
+/// A map of plain contents that announces any set of keys, and counts how often it is asked.
 template <class K, class V>
-class PlainMap : public iface::ObservableMapImpl<K, V>
+class PlainMap : public iface::BaseMap<K, V>
 {
 public:
-    V get(const K& key) const override
+    void set(const QHash<K, V>& changes)
+    {
+        contents.insert(changes);
+        this->fireMapChanged(iface::MapChange::create(changes.keys()));
+    }
+
+    QHash<K, V> contents;
+    std::function<void(const K&)> whenAsked;
+    mutable int gets = 0;
+
+protected:
+    V doGet(const K& key) const override
     {
         ++gets;
         if (whenAsked)
             whenAsked(key);
         return contents.value(key);
     }
-    void set(const QHash<K, V>& changes)
-    {
-        for (auto it = changes.begin(); it != changes.end(); ++it)
-            contents.insert(it.key(), it.value());
-        this->fireMapChanged(iface::MapChange::create(changes.keys()));
-    }
-    void setQuietly(const K& key, const V& value)
-    {
-        contents.insert(key, value);
-        this->fireMapChanged(iface::MapChange());
-    }
-
-    QHash<K, V> contents;
-    std::function<void(const K&)> whenAsked;
-    mutable int gets = 0;
 };
+
+/// The contents of a map's values, as a map.
+template <class K, class V>
+iface::ObservableMap<K, V> contentsOf(const QExplicitlySharedDataPointer<RecordMap<K, V>>& records)
+{
+    using Value = iface::ObservableValue<V>;
+    return iface::CompositeMap<K, Value, V>::create(iface::ObservableMap<K, Value>(records.data()),
+                                                    iface::MapObservableToValue<V>::create());
+}
