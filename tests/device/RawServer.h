@@ -58,22 +58,37 @@ public:
     // The next record, or an empty one when none comes.
     QByteArray receive(int milliseconds = 5000) const
     {
-        QByteArray record(1024 * 1024, Qt::Uninitialized);
-        const ssize_t size =
-            isReadable(m_client, milliseconds) ? ::read(m_client, record.data(), size_t(record.size())) : 0;
-        record.truncate(qMax<ssize_t>(size, 0));
-        return record;
+        return isReadable(m_client, milliseconds) ? readFrom(m_client) : QByteArray();
     }
     bool send(const QByteArray& record) const
     {
         return ::send(m_client, record.constData(), size_t(record.size()), MSG_NOSIGNAL) == record.size();
     }
+    // Sends records of this size, counting up, until the other side takes no more for a moment.
+    void sendAll(int* next, int size) const
+    {
+        const timeval patience = {0, 200000};
+        ::setsockopt(m_client, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
+        for (const int most = *next + 1000; *next < most && send(numbered(*next, size));)
+            ++*next;
+    }
+    static QByteArray numbered(int number, int size)
+    {
+        return (QByteArray::number(number) + ':').leftJustified(size, 'x');
+    }
     int client() const { return m_client; }
 
-    static bool isReadable(int descriptor, int milliseconds)
+    static bool isReadable(int descriptor, int milliseconds = 0)
     {
         pollfd state = {descriptor, POLLIN, 0};
         return ::poll(&state, 1, milliseconds) > 0;
+    }
+    // One record; empty at the end of the connection.
+    static QByteArray readFrom(int descriptor, int most = 1024 * 1024)
+    {
+        QByteArray record(most, Qt::Uninitialized);
+        record.truncate(qMax<ssize_t>(::read(descriptor, record.data(), size_t(most)), 0));
+        return record;
     }
     static sockaddr_un addressOf(const QString& path)
     {

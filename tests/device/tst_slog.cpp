@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <common/TestMain.h>
 #include <common/SlogCapture.h>
+#include <common/TestMain.h>
 
 #include <device/Log.h>
 #include <slog/slog.h>
