@@ -1,14 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <platform/contacts/ContactListEventHandler.h>
-#include <platform/context/RegistrationEventHandler.h>
-#include <platform/ecoid/EcoIdEventHandler.h>
-#include <platform/ecoid/EcoIdStatusEventHandler.h>
-#include <platform/messaging/ConnectionEventHandler.h>
+#include <platform/channel/EventHandlers.h>
 #include <platform/messaging/InvocationManager.h>
-#include <platform/profile/UserProfileEventHandler.h>
-#include <platform/profilebox/ProfileBoxEventHandler.h>
 #include <splib/ZELSPServices.h>
 
 // The services core is written without knowledge of the public classes; this is the one place where it gets the types

@@ -57,7 +57,7 @@ bool ProfileBoxDelegate::addItemRequest(const QString& text, const boost::option
 {
     qCDebug(lcPlatform) << " ProfileBoxDelegate::addItemRequest";
     const auto box = m_services->profileBox();
-    if (const auto refusal = box->refusalOfItem(text, cookie))
+    if (const auto refusal = zelsplib::refusalOfItem(text, cookie))
         mistakes::warn(addingItem, wordsOf(*refusal));
     else if (iconId && *iconId < 0)
         mistakes::warn(addingItem, "the icon id is negative; for an item without an icon leave the id out");

@@ -5,13 +5,12 @@
 #include <splib/globals/GlobalNames.h>
 #include <splib/globals/PermissionJsonAdapter.h>
 
-#include <zel/JsonWriter.h>
+using namespace Qt::StringLiterals;
 
 namespace zelsplib {
 
-GlobalVar GlobalVarsJsonAdapter::jsonToElement(iface::JsonObjectReader json, const GlobalVar& base)
+void GlobalVarsJsonAdapter::load(GlobalVar& element, const iface::JsonObjectReader& json) const
 {
-    GlobalVar element = base;
     json.readString("name", element.name);
     const iface::JsonObjectReader value = json["value"].object();
     if (element.name == globalnames::permission()) {
@@ -22,37 +21,16 @@ GlobalVar GlobalVarsJsonAdapter::jsonToElement(iface::JsonObjectReader json, con
         profile.load(value);
         element.value = QVariant::fromValue(profile);
     }
-    return element;
 }
 
-void GlobalVarsJsonAdapter::elementToJson(const GlobalVar& element, const QSharedPointer<zel::JsonWriter>& writer)
+void GlobalVarsJsonAdapter::writeMembers(const GlobalVar& element, zel::JsonWriter& object) const
 {
-    const auto object = writer->addChild({}, zel::JsonWriter::Object);
-    if (!object)
-        return;
-    object->addAttribute(QStringLiteral("name"), element.name);
-    const auto value = object->addChild(QStringLiteral("value"), zel::JsonWriter::Object);
+    object.addAttribute(u"name"_s, element.name);
+    const auto value = object.addChild(u"value"_s, zel::JsonWriter::Object);
     if (element.name == globalnames::permission())
         PermissionJsonAdapter::toJson(element.value.value<PlatformPermissions>(), *value);
     else if (element.name == globalnames::platformProfile())
         writeContactMembers(element.value.value<PlatformContact>(), *value, true);
-}
-
-QString GlobalVarsJsonAdapter::elementToId(const GlobalVar& element)
-{
-    return element.name;
-}
-
-QString GlobalVarsJsonAdapter::idJsonToId(iface::JsonObjectReader json)
-{
-    QString name;
-    json.readString("name", name);
-    return name;
-}
-
-void GlobalVarsJsonAdapter::idToIdJson(const QString& id, const QSharedPointer<zel::JsonWriter>& writer)
-{
-    writer->addAttribute(QStringLiteral("name"), id);
 }
 
 } // namespace zelsplib

@@ -1,22 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <splib/RecordJsonAdapter.h>
 #include <splib/globals/GlobalVar.h>
-
-#include <zel/JsonAdapter.h>
 
 namespace zelsplib {
 
-/// Converts the elements of the "global" list, keyed by their name.
-class GlobalVarsJsonAdapter : public zel::JsonAdapter<GlobalVar, QString>
+/// Converts the elements of the "global" list. Of an own profile with marked fields only those are written: a change of
+/// one field must blank no other.
+class GlobalVarsJsonAdapter : public RecordJsonAdapter<GlobalVar, &GlobalVar::name>
 {
 public:
-    GlobalVar jsonToElement(iface::JsonObjectReader json, const GlobalVar& base) override;
-    /// Of an own profile with marked fields only those are written: a change of one field must blank no other.
-    void elementToJson(const GlobalVar& element, const QSharedPointer<zel::JsonWriter>& writer) override;
-    QString elementToId(const GlobalVar& element) override;
-    QString idJsonToId(iface::JsonObjectReader json) override;
-    void idToIdJson(const QString& id, const QSharedPointer<zel::JsonWriter>& writer) override;
+    GlobalVarsJsonAdapter()
+        : RecordJsonAdapter("name")
+    {
+    }
+
+private:
+    void load(GlobalVar& element, const iface::JsonObjectReader& json) const override;
+    void writeMembers(const GlobalVar& element, zel::JsonWriter& object) const override;
 };
 
 } // namespace zelsplib

@@ -4,7 +4,6 @@
 #include <splib/profilebox/ProfileBoxManagerBase.h>
 
 #include <concepts>
-#include <utility>
 
 namespace zelsplib {
 
@@ -26,9 +25,9 @@ template <ProfileBoxEvents Handler>
 class ProfileBoxManager final : public ProfileBoxManagerBase
 {
 public:
-    ProfileBoxManager(QSharedPointer<zel::ListApiMultiplexer> listApi, QSharedPointer<zel::JsonStream> jsonStream,
-                      RegistrationHandler* registrationHandler)
-        : ProfileBoxManagerBase(std::move(listApi), std::move(jsonStream), registrationHandler)
+    ProfileBoxManager(const QSharedPointer<zel::ListApiMultiplexer>& listApi,
+                      const QSharedPointer<zel::JsonStream>& jsonStream, RegistrationHandler* registrationHandler)
+        : ProfileBoxManagerBase(listApi, jsonStream, registrationHandler)
     {
     }
 

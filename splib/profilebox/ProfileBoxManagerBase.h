@@ -2,20 +2,17 @@
 #pragma once
 
 #include <splib/globals/Avatar.h>
+#include <splib/profilebox/BoxRefusal.h>
 #include <splib/profilebox/ProfileBoxImage.h>
 #include <splib/profilebox/ProfileBoxItem.h>
 
 #include <zel/JsonStream.h>
 #include <zel/ListApiMultiplexer.h>
 
-#include <iface/JsonReaderAttribute.h>
-
 #include <QList>
 #include <QObject>
 #include <QSharedPointer>
 #include <QString>
-#include <QVariant>
-#include <QVariantList>
 
 #include <boost/optional.hpp>
 
@@ -30,19 +27,6 @@ class RegistrationHandler;
 enum class ProfileBoxState {
     Loading, ///< at least one of the two lists has not been received whole yet
     Ready,
-};
-
-/// Why a request for an item or an icon cannot be one.
-enum class BoxRefusal {
-    TextIsEmpty,
-    TextIsTooLong,
-    TextHasTooManyLines,
-    CookieIsTooLong,
-    IconIdIsNegative,
-    IconIsNull,
-    IconHasWrongSize,
-    IconIsUnderWay,
-    IconIsRegistered,
 };
 
 /// What ProfileBoxManager does whatever its event handler is: mirrors the box's items and icons, checks and sends
@@ -64,8 +48,7 @@ public:
     /// Each false, with a line in the log, when the request cannot be one. What is created shows in the lists later.
     bool createProfileBoxItem(const QString& text, const boost::optional<int>& iconId, const QString& cookie);
     bool createProfileBoxImage(int iconId, Avatar::ImageType type, const char* data, unsigned size);
-    /// The first reason for which the one or the other would answer false now.
-    static std::optional<BoxRefusal> refusalOfItem(const QString& text, const QString& cookie);
+    /// The first reason for which an icon would be refused now; see refusalOfItem() for items.
     std::optional<BoxRefusal> refusalOfIcon(int iconId, const char* data, unsigned size) const;
     /// Whether an icon is registered or on its way to the service. Before both lists have come nobody knows.
     bool isIconKnown(int iconId) const;
@@ -84,8 +67,8 @@ public:
     void buildProfileBoxImageList(QList<ProfileBoxImage>& images) const;
 
 protected:
-    ProfileBoxManagerBase(QSharedPointer<zel::ListApiMultiplexer> listApi, QSharedPointer<zel::JsonStream> jsonStream,
-                          RegistrationHandler* registrationHandler);
+    ProfileBoxManagerBase(const QSharedPointer<zel::ListApiMultiplexer>& listApi,
+                          const QSharedPointer<zel::JsonStream>& jsonStream, RegistrationHandler* registrationHandler);
 
 private:
     virtual void pushItemAdded(const ProfileBoxItem& item) = 0;
@@ -94,20 +77,7 @@ private:
     virtual void pushImageRemoved(const ProfileBoxImage& image) = 0;
     virtual void pushImageRetrieved(const ProfileBoxImage& image) = 0;
 
-    void handleItemAdded(const QVariantList& indexPath);
-    void handleItemUpdated(const QVariantList& indexPath);
-    void handleItemRemoved(const QVariantList& indexPath);
-    void handleItemsChanged();
-    void handleImageAdded(const QVariantList& indexPath);
-    void handleImageUpdated(const QVariantList& indexPath);
-    void handleImageRemoved(const QVariantList& indexPath);
-    void handleImagesChanged();
-    void handleImagesSentAnew();
-    void handleListLoaded();
-
-    void requestNewProfileBoxImageCallback(QObject* sender, iface::JsonReaderAttribute message);
-    void handleProfileBoxImageRequest(const QString& imageId, const QString& streamId);
-    void streamDataAvailable(const QString& streamId, const QVariant& data);
+    void handleListChanged();
 
     struct Private;
     std::unique_ptr<Private> const d;

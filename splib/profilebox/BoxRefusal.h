@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QtCore/QString>
+
+#include <optional>
+
+namespace zelsplib {
+
+/// Why a request for an item or an icon of the profile box cannot be one.
+enum class BoxRefusal {
+    TextIsEmpty,
+    TextIsTooLong,
+    TextHasTooManyLines,
+    CookieIsTooLong,
+    IconIdIsNegative,
+    IconIsNull,
+    IconHasWrongSize,
+    IconIsUnderWay,
+    IconIsRegistered,
+};
+
+/// The first reason against an item.
+std::optional<BoxRefusal> refusalOfItem(const QString& text, const QString& cookie);
+/// The first reason against an icon, whatever icons there are.
+std::optional<BoxRefusal> refusalOfIcon(int iconId, const char* data, unsigned size);
+
+/// Writes the refusal to the log. `value` is the icon's id or its size, whichever the line names.
+void logRefusal(BoxRefusal refusal, const QString& value = {});
+
+} // namespace zelsplib

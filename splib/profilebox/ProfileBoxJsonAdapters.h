@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <splib/RecordJsonAdapter.h>
+#include <splib/profilebox/ProfileBoxImage.h>
+#include <splib/profilebox/ProfileBoxItem.h>
+
+namespace zelsplib {
+
+/// Converts the elements of the "profileBoxItem" list.
+class ProfileBoxItemJsonAdapter : public RecordJsonAdapter<ProfileBoxItem, &ProfileBoxItem::getItemId>
+{
+public:
+    ProfileBoxItemJsonAdapter()
+        : RecordJsonAdapter("itemId")
+    {
+    }
+
+private:
+    void load(ProfileBoxItem& item, const iface::JsonObjectReader& json) const override { item.load(json); }
+    void writeMembers(const ProfileBoxItem& item, zel::JsonWriter& object) const override
+    {
+        object.addAttribute(QStringLiteral("itemId"), item.getItemId());
+        object.addAttribute(QStringLiteral("imageId"), item.getImageId());
+        object.addAttribute(QStringLiteral("text"), item.getText());
+        object.addAttribute(QStringLiteral("cookie"), item.getCookie());
+    }
+};
+
+/// Converts the elements of the "profileBoxImage" list.
+class ProfileBoxImageJsonAdapter : public RecordJsonAdapter<ProfileBoxImage, &ProfileBoxImage::getImageId>
+{
+public:
+    ProfileBoxImageJsonAdapter()
+        : RecordJsonAdapter("imageId")
+    {
+    }
+
+private:
+    void load(ProfileBoxImage& image, const iface::JsonObjectReader& json) const override { image.load(json); }
+    void writeMembers(const ProfileBoxImage& image, zel::JsonWriter& object) const override
+    {
+        object.addAttribute(QStringLiteral("imageId"), image.getImageId());
+        object.addAttribute(QStringLiteral("imageHash"), image.getImageHash());
+    }
+};
+
+} // namespace zelsplib
