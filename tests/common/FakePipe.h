@@ -12,6 +12,10 @@
 #include <QDebug>
 #include <QJsonDocument>
 #include <QList>
+#include <QRegularExpression>
+#include <QStringList>
+
+#include <utility>
 
 /// A pipe whose other end is the test: keeps what is sent, and delivers what the test injects through the real decoder
 /// and reader, as the channel does.
@@ -38,10 +42,9 @@ public:
     int listenerCount(const QString& type) const { return m_listeners.listenerCount(type); }
 
     /// Delivers one message; false when it was not fit to be delivered.
-    bool inject(const QByteArray& json) { return injectText("@platform\ndat:json:" + json + '\n'); }
-    /// The same with the whole text of the object.
-    bool injectText(const QByteArray& text)
+    bool inject(const QByteArray& json)
     {
+        const QByteArray text = "@platform\ndat:json:" + json + '\n';
         device::Decoder taken(text);
         pps_decoder_t* const decoder = taken.get();
         if (!taken.isValid() || pps_decoder_push(decoder, "@platform") != PPS_DECODER_OK ||
@@ -54,6 +57,18 @@ public:
         m_listeners.sendMessage(QString::fromUtf8(type), root[type.constData()]);
         return true;
     }
+    /// The same of a form, with the values in the places of its @ and double quotes for its single ones.
+    bool inject(QByteArray form, const QByteArrayList& values)
+    {
+        form.replace('\'', '"');
+        qsizetype at = 0;
+        for (const QByteArray& value : values) {
+            at = form.indexOf('@', at);
+            form.replace(at, 1, value);
+            at += value.size();
+        }
+        return inject(form);
+    }
 
     /// What was sent and not taken yet, exactly as written, first to last.
     const QList<QByteArray>& sent() const { return m_sent; }
@@ -61,6 +76,24 @@ public:
     void clearSent() { m_sent.clear(); }
     /// Takes the first text; empty when there is none.
     QByteArray takeSent() { return m_sent.isEmpty() ? QByteArray() : m_sent.takeFirst(); }
+
+    /// Takes everything, each text as its name and its values in their order: "requestUserAvatar me p1". A request for
+    /// elements shows without its cookie, which is kept for the answer.
+    QStringList takeSentInWords()
+    {
+        static const QRegularExpression request(QStringLiteral("\"cookie\":\"(-?[0-9]+)\",(?=\"elements)"));
+        static const QRegularExpression names(QStringLiteral("\"[A-Za-z]+\":")), marks(QStringLiteral("[][{}\",]+"));
+        QStringList words;
+        for (const QByteArray& text : std::exchange(m_sent, {})) {
+            QString sent = QString::fromUtf8(text);
+            if (const auto match = request.match(sent); match.hasMatch())
+                m_cookie = match.captured(1).toUtf8();
+            const QString name = sent.section(u'"', 1, 1);
+            words.append((name + sent.remove(request).remove(names).replace(marks, QStringLiteral(" "))).simplified());
+        }
+        return words;
+    }
+    QByteArray cookie() const { return m_cookie; }
 
     /// Takes the first text and compares it as JSON: white space and the order of members do not count.
     bool expectSent(const QByteArray& json)
@@ -92,6 +125,7 @@ private:
 
     zel::MessageListenerMap m_listeners;
     QList<QByteArray> m_sent;
+    QByteArray m_cookie;
     QExplicitlySharedDataPointer<iface::WritableObservableValue<bool>> m_connected{
         new iface::WritableObservableValue<bool>(true)};
 };

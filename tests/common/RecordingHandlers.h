@@ -13,16 +13,7 @@
 #include <functional>
 #include <utility>
 
-/// What an EventLog is compared with.
-inline QStringList lines(std::initializer_list<const char*> texts)
-{
-    QStringList all;
-    for (const char* text : texts)
-        all.append(QString::fromUtf8(text));
-    return all;
-}
-
-/// What the handlers below have heard, one line an event, in order. Shared by all handlers of one test.
+/// What the handlers below have heard, a line for each event. Shared by all handlers of one test.
 ///
 /// The manager's own handlers are made by the manager, so a test gives them this afterwards. An expected line may be
 /// met with an action (`on`), which runs inside the event, once.
@@ -44,9 +35,11 @@ public:
         m_action = std::move(action);
     }
 
-    /// What has been heard since the last time.
-    QStringList take() { return std::exchange(m_lines, {}); }
-    const QStringList& lines() const { return m_lines; }
+    /// What has been heard since the last time, in order, and what else there is, with semicolons between.
+    QString take(const QStringList& more = {})
+    {
+        return (std::exchange(m_lines, {}) + more).join(QStringLiteral("; "));
+    }
 
 private:
     QStringList m_lines;
@@ -58,10 +51,13 @@ struct RecordingHandler
 {
     EventLog* log = nullptr;
 
-    void note(const char* event, const QStringList& values) const
+    /// A value that is empty shows as a dash.
+    void note(const char* event, QStringList values) const
     {
+        for (QString& value : values)
+            value = value.isEmpty() ? QStringLiteral("-") : value;
         if (log)
-            log->add(QLatin1String(event) + u' ' + values.join(u' '));
+            log->add(QString(QLatin1String(event) + u' ' + values.join(u' ')).trimmed());
     }
 };
 
@@ -129,22 +125,11 @@ private:
     static QString data(const Image& image) { return QString::fromLatin1(image.getImage()->getData()); }
 };
 
-struct RecordingEcoId
+/// Nothing is noted of these.
+struct RecordingOthers
 {
     void pushEcoIdResponse(const QString&, const QString&) const {}
-};
-
-struct RecordingEcoIdStatus
-{
     void pushEcoIdStatusResponse(const QString&, const QString&) const {}
-};
-
-struct RecordingConnections
-{
-};
-
-struct RecordingInvocations
-{
     bool sendContactInvitation(const QString&, const QString&, const QString&) const { return true; }
     bool invokeChat(const QString&) const { return true; }
 };

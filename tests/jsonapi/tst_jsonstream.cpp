@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <common/TestMain.h>
 #include <common/FakePipe.h>
+#include <common/TestMain.h>
 #include <zel/JsonStream.h>
 
 #include <QJsonObject>
 #include <QRandomGenerator>
-#include <QTest>
 
 #include <utility>
 

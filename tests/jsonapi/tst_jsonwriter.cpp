@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <common/TestMain.h>
 
 #include <zel/JsonWriter.h>
 #include <zel/JsonWriterAttribute.h>
 
+#include <common/TestMain.h>
+
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 
@@ -132,3 +132,5 @@ private Q_SLOTS:
 
 ZEL_TEST(TstJsonWriter)
 #include "tst_jsonwriter.moc"
+
+#include <common/TestMain.h>

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <common/TestMain.h>
 #include <common/FakePipe.h>
+#include <common/TestMain.h>
 #include <zel/ListApiMultiplexer.h>
-
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 

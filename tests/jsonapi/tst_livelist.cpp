@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Note.h"
 
-#include <common/TestMain.h>
 #include <common/FakeClock.h>
 #include <common/FakePipe.h>
 #include <common/SeededRandom.h>
+#include <common/TestMain.h>
 #include <iface/ListMirror.h>
 #include <iface/Logging.h>
 #include <iface/ObservableList.h>
@@ -12,7 +12,6 @@
 #include <zel/LiveList.h>
 
 #include <QRegularExpression>
-#include <QTest>
 
 #include <memory>
 

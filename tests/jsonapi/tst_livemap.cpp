@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Note.h"
 
-#include <common/TestMain.h>
 #include <common/FakeClock.h>
 #include <common/FakePipe.h>
 #include <common/SeededRandom.h>
+#include <common/TestMain.h>
 #include <iface/ObserverFunctorAdapter.h>
 #include <zel/LiveMap.h>
 
 #include <QMultiMap>
 #include <QScopedValueRollback>
-#include <QTest>
 
 #include <functional>
 #include <map>

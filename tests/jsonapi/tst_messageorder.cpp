@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Note.h"
 
-#include <common/TestMain.h>
 #include <common/FakeClock.h>
 #include <common/FakePipe.h>
+#include <common/TestMain.h>
 #include <zel/JsonStreamFunctorAdapter.h>
 #include <zel/LiveList.h>
 #include <zel/LiveMap.h>
-
-#include <QTest>
 
 #include <functional>
 #include <map>

@@ -3,10 +3,10 @@
 #include <iface/JsonReaderAttribute.h>
 #include <zel/PpsJsonSource.h>
 
+#include <common/TestMain.h>
 #include <device/Decoder.h>
 
 #include <QRegularExpression>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 
@@ -195,3 +195,5 @@ private Q_SLOTS:
 
 ZEL_TEST(TstPpsJsonSource)
 #include "tst_ppsjsonsource.moc"
+
+#include <common/TestMain.h>

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/log/Logging.h>
 
-#include <common/TestMain.h>
 #include <common/SlogCapture.h>
+#include <common/TestMain.h>
 
 #include <QElapsedTimer>
-#include <QTest>
 
 using namespace zelsplib::logging;
 

@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/contacts/PlatformContactJsonAdapter.h>
 
-#include <common/TestMain.h>
 #include <common/FakePipe.h>
+#include <common/TestMain.h>
 
 #include <zel/JsonWriter.h>
-
-#include <QTest>
 
 using zelsplib::PlatformContact;
 using zelsplib::PlatformContactJsonAdapter;

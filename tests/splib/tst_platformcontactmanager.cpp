@@ -1,171 +1,95 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/contacts/PlatformContactManager.h>
 
+#include "Stage.h"
+
 #include <splib/channel/StreamRequests.h>
 
-#include <common/TestMain.h>
-#include <common/FakeClock.h>
-#include <common/FakePipe.h>
-#include <common/RecordingHandlers.h>
 #include <common/SeededRandom.h>
 #include <common/SlogCapture.h>
+#include <common/TestMain.h>
 
-#include <QCryptographicHash>
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
-#include <QScopeGuard>
-#include <QtTest>
 
 #include <map>
+#include <memory>
 
-using zelsplib::PlatformContact;
+using namespace Qt::StringLiterals;
 
 namespace {
 
-using Manager = zelsplib::PlatformContactManager<RecordingContactList>;
+/// Users are numbers. A record is "number name picture handle": the picture may be missing, the handle goes by the
+/// number unless it is given, - stands for an empty text, and ? for one that is missing.
+struct ContactsStage : Stage
+{
+    zelsplib::PlatformContactManager<RecordingContactList> manager{multiplexer, stream, &gates};
 
-QString userId(int number)
-{
-    return QStringLiteral("user%1").arg(number);
-}
-QString handleOf(int number)
-{
-    return QStringLiteral("h%1").arg(number);
-}
-
-QJsonObject record(int number, const QString& name = QStringLiteral("n"))
-{
-    return {{QStringLiteral("userId"), userId(number)},
-            {QStringLiteral("handle"), handleOf(number)},
-            {QStringLiteral("displayName"), name}};
-}
-QJsonObject withPicture(QJsonObject object, const QString& avatarId)
-{
-    object.insert(QStringLiteral("avatarId"), avatarId);
-    return object;
-}
-
-/// The manager and the other end of its pipe, which answers requests only when told to.
-struct Fixture
-{
-    explicit Fixture(bool areEventsEnabled = true)
+    ContactsStage()
     {
-        gates.log = &log;
         manager.eventHandler().log = &log;
-        manager.setEventsEnabled(areEventsEnabled);
+        manager.setEventsEnabled(true);
     }
 
-    void init()
-    {
-        manager.init();
-        QTRY_COMPARE(pipe->sentCount(), 1);
-        QVERIFY(pipe->expectSent(R"({"requestListAll":{"type":"platformContact"}})"));
-    }
+    static QString userId(const QString& number) { return number.isEmpty() ? number : u"user"_s + number; }
 
-    /// Brings the manager to readiness with contacts 0 to count - 1.
-    void becomeReady(int count)
+    static QJsonObject record(const QStringList& words)
     {
-        init();
-        for (int i = 0; i < count; ++i)
-            people[userId(i)] = record(i);
-        sendIds(count);
-        answerUntil([this] { return manager.isListReady(); });
-        log.take();
-    }
-
-    void send(const char* message, const char* type, const QJsonArray& elements, QJsonObject body = {})
-    {
-        body.insert(QStringLiteral("type"), QLatin1String(type));
-        body.insert(QStringLiteral("elements"), elements);
-        inject(message, body);
-    }
-    void inject(const char* message, const QJsonObject& body)
-    {
-        const QJsonObject envelope{{QLatin1String(message), body}};
-        QVERIFY(pipe->inject(QJsonDocument(envelope).toJson(QJsonDocument::Compact)));
-    }
-
-    static QJsonObject id(const QString& user) { return {{QStringLiteral("userId"), user}}; }
-
-    /// The whole list of ids, in chunks.
-    void sendIds(int count)
-    {
-        QStringList ids;
-        for (int i = 0; i < count; ++i)
-            ids.append(userId(i));
-        sendIds(ids);
-    }
-    void sendIds(const QStringList& ids)
-    {
-        constexpr int ChunkSize = 100;
-        inject("listAll", {{QStringLiteral("type"), QStringLiteral("platformContact")}});
-        for (int start = 0; start == 0 || start < ids.size(); start += ChunkSize) {
-            QJsonArray elements;
-            for (const QString& user : ids.mid(start, ChunkSize))
-                elements.append(id(user));
-            const bool isLast = start + ChunkSize >= ids.size();
-            send("listChunk", "platformContact", elements, {{QStringLiteral("last"), isLast}});
+        QJsonObject record{{u"userId"_s, userId(words.value(0))}, {u"handle"_s, u'h' + words.value(0)}};
+        const QString members[] = {u"userId"_s, u"displayName"_s, u"avatarId"_s, u"handle"_s};
+        for (qsizetype i = 1; i < words.size(); ++i) {
+            if (words[i] == u"?")
+                record.remove(members[i]);
+            else
+                record.insert(members[i], words[i] == u"-" ? QString() : words[i]);
         }
+        return record;
     }
 
-    void addId(int number) { send("listAdd", "platformContact", {id(userId(number))}); }
-    void removeId(int number) { send("listRemove", "platformContact", {id(userId(number))}); }
-    void addRecord(const QJsonObject& object) { send("listAdd", "platformUser", {object}); }
-    void changeRecord(const QJsonObject& object) { send("listChange", "platformUser", {object}); }
-
-    /// Answers the oldest request for records, with those that are known.
-    void answer()
+    void send(const char* message, const char* type, const QJsonArray& elements, bool isLast = true)
     {
-        const QJsonObject request =
-            QJsonDocument::fromJson(pipe->takeSent())[QLatin1String("requestListElements")].toObject();
-        const QJsonArray keys = request[QLatin1String("elements")].toArray();
-        QVERIFY(keys.size() <= 20);
-        QJsonArray elements;
-        for (const QJsonValue& key : keys) {
-            const auto known = people.find(key[QLatin1String("userId")].toString());
-            if (known != people.end())
-                elements.append(known->second);
-        }
-        inject("listElements", {{QStringLiteral("type"), QStringLiteral("platformUser")},
-                                {QStringLiteral("cookie"), request[QLatin1String("cookie")]}});
-        send("listChunk", "platformUser", elements, {{QStringLiteral("last"), true}});
-    }
-    template <class Condition>
-    void answerUntil(Condition condition)
-    {
-        const auto step = [&] {
-            while (pipe->sentCount() > 0)
-                answer();
-            return condition();
-        };
-        QTRY_VERIFY(step());
+        pipe->inject("{'@':{'type':'@','elements':@,'last':@,'cookie':'@'}}",
+                     {message, type, QJsonDocument(elements).toJson(QJsonDocument::Compact), isLast ? "true" : "false",
+                      pipe->cookie()});
     }
 
-    QStringList handles() const
+    using Stage::happen;
+    bool happen(const QString& what, const QStringList& words) override
     {
-        QStringList all;
-        const QList<PlatformContact> contacts = manager.contactList().toList();
-        for (const PlatformContact& contact : contacts)
-            all.append(contact.getHandle());
-        return all;
+        const QString user = userId(words.value(0));
+        QJsonArray ids;
+        for (const QString& number : words)
+            ids.append(QJsonObject{{u"userId"_s, userId(number)}});
+        if (what == u"init")
+            manager.init();
+        else if (what == u"ids") {
+            send("listAll", "platformContact", {});
+            for (const QJsonValue& id : ids)
+                send("listChunk", "platformContact", {id}, false);
+            send("listChunk", "platformContact", {});
+        } else if (what == u"add" || what == u"remove")
+            send(what == u"add" ? "listAdd" : "listRemove", "platformContact", ids);
+        else if (what == u"record" || what == u"change")
+            send(what == u"record" ? "listAdd" : "listChange", "platformUser", {record(words)});
+        else if (what == u"answer") {
+            send("listElements", "platformUser", {});
+            send("listChunk", "platformUser", words.isEmpty() ? QJsonArray() : QJsonArray{record(words)});
+        } else if (what == u"invite")
+            pipe->inject("{'connectionInvitationReceived':{'userId':'@'}}", {user.toUtf8()});
+        else if (what == u"fetch")
+            log.add(manager.retrieveAvatar(user) ? u"yes"_s : u"no"_s);
+        else if (what == u"list")
+            manager.getContactList();
+        else if (what == u"events")
+            manager.setEventsEnabled(words.value(0) == u"on");
+        else
+            return false;
+        return true;
     }
-
-    void sendPicture(const char* streamId, const QByteArray& bytes)
-    {
-        inject("stream", {{QStringLiteral("id"), QLatin1String(streamId)},
-                          {QStringLiteral("value"), QString::fromLatin1(bytes.toBase64())},
-                          {QStringLiteral("last"), true}});
-    }
-
-    EventLog log;
-    RecordingGates gates;
-    QSharedPointer<FakePipe> pipe = QSharedPointer<FakePipe>::create();
-    QSharedPointer<zel::ListApiMultiplexer> multiplexer = QSharedPointer<zel::ListApiMultiplexer>::create(pipe);
-    QSharedPointer<zel::JsonStream> stream = QSharedPointer<zel::JsonStream>::create(pipe);
-    Manager manager{multiplexer, stream, &gates};
-    std::map<QString, QJsonObject> people;
 };
+
+const auto ready = u"init \n turn -> requestListAll platformContact \n record 0 n \n record 1 n \n record 2 n \n"
+                   "ids 0 1 2 -> gate contacts \n"_s;
 
 } // namespace
 
@@ -178,386 +102,275 @@ private Q_SLOTS:
     void agreesWithANaiveListUnderRandomMessages()
     {
         QRandomGenerator random = seededRandom();
-        Fixture f;
-        f.init();
-        f.sendIds({});
-        QTRY_VERIFY(f.manager.isListReady());
-        f.log.take();
-
-        QList<int> ids;
-        std::map<int, QJsonObject> stored;
-        const auto contactOf = [&](int number) {
-            const QJsonObject known = stored.count(number) ? stored[number] : QJsonObject();
-            return ids.contains(number) && known.contains(QLatin1String("handle")) ? known : QJsonObject();
+        ContactsStage stage;
+        stage.play(u"init \n turn -> requestListAll platformContact \n ids -> gate contacts"_s);
+        QStringList ids;
+        QMap<QString, QStringList> stored; // number, name, picture, handle
+        const auto nameOf = [&](const QString& number) {
+            const QStringList known = stored.value(number);
+            return ids.contains(number) && !known.isEmpty() && known[3] != u"?" ? known[1] : QString();
         };
         for (int step = 0; step < 3000; ++step) {
-            const int number = random.bounded(25);
-            const QJsonObject before = contactOf(number);
-            QJsonObject object = record(number, QString::number(random.bounded(5)));
+            const QString number = QString::number(random.bounded(25));
+            const QString before = nameOf(number);
+            QStringList record{number, QString::number(random.bounded(5)), u"-"_s, u'h' + number};
             if (random.bounded(4) == 0)
-                object.remove(QStringLiteral("handle"));
+                record[3] = u'?';
+            const QString words = record.join(u' ');
             switch (random.bounded(5)) {
             case 0:
                 if (!ids.contains(number))
                     ids.append(number);
-                f.addId(number);
+                stage.happen(u"add "_s + number);
                 break;
             case 1:
                 ids.removeOne(number);
-                f.removeId(number);
+                stage.happen(u"remove "_s + number);
                 break;
             case 2:
-                stored[number] = object;
-                f.addRecord(object);
+                stored[number] = record;
+                stage.happen(u"record "_s + words);
                 break;
             case 3:
-                if (stored.count(number)) {
-                    const QJsonObject old = std::exchange(stored[number], object);
-                    if (!object.contains(QLatin1String("handle")) && old.contains(QLatin1String("handle")))
-                        stored[number].insert(QStringLiteral("handle"), old[QLatin1String("handle")]);
-                    f.changeRecord(object);
-                }
+                if (!stored.contains(number))
+                    break;
+                if (record[3] == u"?")
+                    record[3] = stored[number][3];
+                stored[number] = record;
+                stage.happen(u"change "_s + words);
                 break;
-            default:
-                // Requests are answered without a word, long after, or not at all.
-                QCoreApplication::processEvents();
-                if (f.pipe->sentCount() > 0)
-                    f.answer();
-                break;
+            default: // Requests are answered without a word, long after, or not at all.
+                stage.happen(u"turn"_s);
+                if (stage.pipe->takeSentInWords().size() == 1)
+                    stage.happen(u"answer"_s);
             }
-            const QJsonObject after = contactOf(number);
-            QStringList expected;
-            const QString name = QStringLiteral("displayName");
-            if (before.isEmpty() && !after.isEmpty())
-                expected.append(QStringLiteral("install ") + handleOf(number));
-            else if (!before.isEmpty() && after.isEmpty())
-                expected.append(QStringLiteral("uninstall ") + handleOf(number));
+            const QString after = nameOf(number);
+            QString expected;
+            if (before.isEmpty() != after.isEmpty())
+                expected = (after.isEmpty() ? u"uninstall h"_s : u"install h"_s) + number;
             else if (before != after)
-                expected.append(QStringLiteral("update %1 %2 %3")
-                                    .arg(handleOf(number), before[name].toString(), after[name].toString()));
-            QCOMPARE(f.log.take(), expected);
+                expected = u"update h%1 %2 %3"_s.arg(number, before, after);
+            QCOMPARE(stage.heard(), expected);
             QStringList handles;
-            for (const int known : ids) {
-                if (!contactOf(known).isEmpty())
-                    handles.append(handleOf(known));
+            for (const QString& known : std::as_const(ids)) {
+                if (!nameOf(known).isEmpty())
+                    handles.append(u'h' + known);
             }
-            QCOMPARE(f.handles(), handles);
+            stage.happen(u"list"_s);
+            QCOMPARE(stage.heard(), (u"contacts "_s + handles.join(u' ')).trimmed());
         }
     }
 
-    void becomesReadyWithTheLastRecord()
+    void tellsItsStory_data();
+    void tellsItsStory()
     {
-        SlogCapture slog;
-        Fixture f;
-        f.init();
-        f.sendIds(3);
-        f.addRecord(record(2));
-        f.addRecord(record(0));
-        f.addRecord({{QStringLiteral("userId"), userId(1)}});
-        QCoreApplication::processEvents();
-        QVERIFY(!f.manager.isListReady());
-        // What the application then asks for holds every contact, and none of them is an install.
-        f.log.on(QStringLiteral("gate contacts"), [&] { f.manager.getContactList(); });
-        f.addRecord(record(1));
-        QCOMPARE(f.log.take(), lines({"gate contacts", "contacts h0 h1 h2"}));
-        QVERIFY(f.manager.isListReady());
-        const QString line =
-            QStringLiteral("PlatformContactManager::checkUserListState(): All contacts are initialized. "
-                           "PlatformContact list is ready.");
-        QCOMPARE(slog.lines(5).count(line), 1);
-        f.removeId(0);
-        f.addRecord({{QStringLiteral("userId"), userId(1)}});
-        f.addRecord(record(1));
+        QFETCH(const QString, story);
+        const SlogCapture slog(5);
+        ContactsStage stage;
+        stage.play(story);
+        const QString line = u"PlatformContactManager::checkUserListState(): All contacts are initialized. "
+                             "PlatformContact list is ready."_s;
         QCOMPARE(slog.lines(5).count(line), 1);
     }
 
-    void countsAContactThatLostItsHandleAsMissing()
+    void tellsOnThoughSomebodyThrows()
     {
-        Fixture f;
-        f.init();
-        f.sendIds(2);
-        f.addRecord(record(0));
-        f.addRecord({{QStringLiteral("userId"), userId(0)}, {QStringLiteral("handle"), QString()}});
-        f.addRecord(record(1));
-        QCoreApplication::processEvents();
-        QVERIFY(!f.manager.isListReady());
-        f.addRecord(record(0));
-        QTRY_VERIFY(f.manager.isListReady());
-        QCOMPARE(f.log.take(), lines({"uninstall h0", "gate contacts"}));
-    }
-
-    void becomesReadyOnceThoughSomebodyThrows()
-    {
-        Fixture f;
-        f.init();
-        f.sendIds(1);
-        f.log.on(QStringLiteral("gate contacts"), [] { throw 1; });
-        QVERIFY_THROWS_EXCEPTION(int, f.addRecord(record(0)));
-        f.addRecord(record(1));
-        f.addId(1);
-        QCOMPARE(f.log.take(), lines({"gate contacts", "install h1"}));
-    }
-
-    void keepsStillWhileEventsAreOff()
-    {
-        Fixture f(false);
-        f.becomeReady(2);
-        f.changeRecord(withPicture(record(0, QStringLiteral("m")), QStringLiteral("p")));
-        f.addRecord(record(7));
-        f.addId(7);
-        f.removeId(1);
-        f.inject("connectionInvitationReceived", Fixture::id(userId(0)));
-        QVERIFY(f.manager.retrieveAvatar(userId(0)));
-        f.sendPicture("p", "bytes");
-        QCOMPARE(f.log.take(), QStringList());
-        f.manager.getContactList();
-        QVERIFY(f.manager.retrieveAvatar(userId(7))); // who has no picture
-        QCOMPARE(f.log.take(), lines({"contacts h0 h7", "picture h7  "}));
-        f.manager.setEventsEnabled(true);
-        f.removeId(7);
-        QCOMPARE(f.log.take(), lines({"uninstall h7"}));
-    }
-
-    void tellsOfAListSentAnewAndOfNobodyInIt()
-    {
-        Fixture f;
-        f.becomeReady(3);
-        f.sendIds(3);
-        f.sendIds({userId(1), userId(0), userId(2)});
-        QCOMPARE(f.handles(), lines({"h1", "h0", "h2"}));
-        f.sendIds({userId(1), userId(7), userId(2)});
-        QCOMPARE(f.handles(), lines({"h1", "h2"}));
-        f.sendIds({userId(0)});
-        QCOMPARE(f.log.take(), lines({"resent ", "resent ", "resent ", "resent "}));
-        // What comes one by one after that is news again.
-        f.people[userId(8)] = record(8);
-        f.sendIds({userId(0), userId(8)});
-        f.answerUntil([&] { return f.log.lines().size() == 2; });
-        QCOMPARE(f.log.take(), lines({"resent ", "install h8"}));
-    }
-
-    void reportsAgainAfterSomebodyThrewAtANewList()
-    {
-        Fixture f;
-        f.becomeReady(2);
-        const auto view = f.manager.contactList();
+        ContactsStage stage;
+        const auto throws = [] { throw 1; };
+        stage.play(u"init \n turn -> requestListAll platformContact \n ids 0 \n"_s);
+        stage.log.on(u"gate contacts"_s, throws);
+        QVERIFY_THROWS_EXCEPTION(int, stage.happen(u"record 0 n"_s));
+        stage.play(u"record 1 n -> gate contacts \n add 1 -> install h1"_s);
         {
             QObject observer;
-            connect(view.impl(), &iface::ObservableImpl::observableChanged, &observer, [] { throw 1; });
-            QVERIFY_THROWS_EXCEPTION(int, f.sendIds({userId(1), userId(0)}));
+            const auto view = stage.manager.contactList();
+            connect(view.impl(), &iface::ObservableImpl::observableChanged, &observer, throws);
+            QVERIFY_THROWS_EXCEPTION(int, stage.happen(u"ids 1 0"_s));
         }
-        f.removeId(0);
-        QCOMPARE(f.log.take(), lines({"resent ", "uninstall h0"}));
+        stage.play(u"remove 0 -> resent; uninstall h0"_s);
     }
 
+    // What the application asks for in the slot of readiness holds every contact, and none of them is an install. A
+    // later slot spins an event loop, in which the same contact changes again and others come and go.
     void keepsTheOrderOfEventsThroughANestedLoop()
     {
-        Fixture f;
-        f.becomeReady(3);
-        // A slot that spins an event loop, in which the same contact changes again and others come and go.
-        f.log.on(QStringLiteral("update h0 n m"), [&] {
-            f.changeRecord(withPicture(record(0, QStringLiteral("o")), QStringLiteral("p2")));
-            f.removeId(1);
-            QCOMPARE(f.handles(), lines({"h0", "h2"}));
+        ContactsStage stage;
+        stage.log.on(u"gate contacts"_s, [&] { stage.happen(u"list"_s); });
+        stage.play(QString(ready).replace(u"gate contacts"_s, u"gate contacts; contacts h0 h1 h2"_s));
+        stage.log.on(u"update h0 n m"_s, [&] {
+            stage.happen(u"change 0 o p2"_s);
+            stage.happen(u"remove 1"_s);
+            QCOMPARE(stage.manager.contactList().size(), 2);
         });
-        f.changeRecord(withPicture(record(0, QStringLiteral("m")), QStringLiteral("p1")));
-        QCOMPARE(f.log.take(), lines({"update h0 n m", "update h0 m o", "uninstall h1"}));
-        f.sendPicture("p2", "two");
-        f.sendPicture("p1", "one");
-        QCOMPARE(f.log.take(), lines({"picture h0 p2 two"}));
-    }
-
-    void retrievesThePictureOfAChangedContact()
-    {
-        Fixture f;
-        f.becomeReady(2);
-        f.pipe->clearSent();
-        f.changeRecord(record(0, QStringLiteral("m")));
-        QVERIFY(f.pipe->expectNothingSent());
-        f.changeRecord(withPicture(record(0, QStringLiteral("m")), QStringLiteral("p")));
-        QVERIFY(f.pipe->expectSentText(R"({"requestUserAvatar":{"userId":"user0","streamId":"p"}})"));
-        f.sendPicture("q", "other");
-        f.sendPicture("p", "bytes");
-        f.sendPicture("p", "again");
-        QCOMPARE(f.log.take(), lines({"update h0 n m", "update h0 m m", "picture h0 p bytes"}));
-        // The bytes travel with the report only.
-        QVERIFY(f.manager.getContact(userId(0)).getAvatarData().isEmpty());
-    }
-
-    void answersAllWhoWaitForOnePicture()
-    {
-        Fixture f;
-        f.becomeReady(3);
-        for (int i = 0; i < 3; ++i)
-            f.addRecord(withPicture(record(i), i < 2 ? QStringLiteral("same") : QStringLiteral("own")));
-        f.pipe->clearSent();
-        f.log.take();
-        QVERIFY(!f.manager.retrieveAvatar(QString()));
-        QVERIFY(!f.manager.retrieveAvatar(userId(5)));
-        QVERIFY(f.manager.retrieveAvatar(userId(1)));
-        QVERIFY(f.manager.retrieveAvatar(userId(1)));
-        QCOMPARE(f.pipe->sentCount(), 2);
-        f.sendPicture("same", "S");
-        QCOMPARE(f.log.take(), lines({"picture h0 same S", "picture h1 same S"}));
-        f.sendPicture("own", "O");
-        QCOMPARE(f.log.take(), lines({"picture h2 own O"}));
-        QVERIFY(f.manager.retrieveAvatar(userId(1)));
-        f.sendPicture("same", "S");
-        QCOMPARE(f.log.take(), lines({"picture h1 same S"}));
-    }
-
-    void dropsThePictureThatWasOvertaken()
-    {
-        Fixture f;
-        f.becomeReady(1);
-        f.changeRecord(withPicture(record(0), QStringLiteral("old")));
-        f.changeRecord(withPicture(record(0), QStringLiteral("new")));
-        f.log.take();
-        f.sendPicture("old", "O");
-        f.sendPicture("new", "N");
-        QCOMPARE(f.log.take(), lines({"picture h0 new N"}));
-        f.changeRecord(withPicture(record(0), QStringLiteral("third")));
-        f.changeRecord(withPicture(record(0), QString()));
-        QCOMPARE(f.log.take(), lines({"update h0 n n", "update h0 n n", "picture h0  "}));
-        f.sendPicture("third", "T");
-        QCOMPARE(f.log.take(), QStringList());
-        // Somebody who went away meanwhile still has one.
-        f.changeRecord(withPicture(record(0), QStringLiteral("last")));
-        f.removeId(0);
-        f.log.take();
-        f.sendPicture("last", "L");
-        QCOMPARE(f.log.take(), lines({"picture h0 last L"}));
-
-        // Nobody follows the picture of somebody who is away.
-        QVERIFY(f.manager.retrieveAvatar(userId(0)));
-        f.changeRecord(withPicture(record(0), QStringLiteral("newer")));
-        f.addId(0);
-        f.pipe->clearSent();
-        f.sendPicture("last", "L");
-        QVERIFY(f.pipe->expectSentText(R"({"requestUserAvatar":{"userId":"user0","streamId":"newer"}})"));
-        f.sendPicture("newer", "N");
-        QCOMPARE(f.log.take(), lines({"install h0", "picture h0 newer N"}));
-
-        // Without a handle there is nobody whose picture it could be.
-        QVERIFY(f.manager.retrieveAvatar(userId(0)));
-        f.changeRecord({{QStringLiteral("userId"), userId(0)}, {QStringLiteral("handle"), QString()}});
-        f.sendPicture("newer", "N");
-        QCOMPARE(f.log.take(), lines({"uninstall h0"}));
-    }
-
-    void asksAgainForPictures()
-    {
-        const auto clock = FakeClock::install();
-        const auto uninstall = qScopeGuard(&FakeClock::uninstall);
-        Fixture f;
-        f.becomeReady(3);
-        const auto request = [](int number, const QByteArray& streamId) {
-            const QByteArray form = R"({"requestUserAvatar":{"userId":"user#","streamId":"@"}})";
-            return QByteArray(form).replace('#', QByteArray::number(number)).replace('@', streamId);
-        };
-        f.pipe->clearSent();
-        f.changeRecord(withPicture(record(0), QStringLiteral("p"))); // fetched by the library itself
-        QVERIFY(f.pipe->expectSentText(request(0, "p")));
-        f.changeRecord(withPicture(record(1), QStringLiteral("p")));
-        f.changeRecord(withPicture(record(2), QStringLiteral("q")));
-        f.pipe->clearSent();
-        clock->advance(20 * 1000);
-        QVERIFY(f.manager.retrieveAvatar(userId(0))); // begins no second wait
-        QVERIFY(f.pipe->expectSentText(request(0, "p")));
-        const auto half = [&f](const char* streamId) {
-            f.inject("stream", {{QStringLiteral("id"), QLatin1String(streamId)},
-                                {QStringLiteral("value"), QStringLiteral("aGFsZg==")}});
-        };
-        half("p"); // and is cut
-        f.sendPicture("q", "Q");
-        clock->advance(10 * 1000);
-        QVERIFY(f.pipe->expectSentText(request(0, "p")));
-        QVERIFY(f.pipe->expectSentText(request(1, "p")));
-        f.sendPicture("p", "P");
-        clock->advance(10 * 60 * 1000);
-        QVERIFY(f.pipe->expectNothingSent());
-        f.log.take();
-
-        // What is asked for again may be another picture by then.
-        QVERIFY(f.manager.retrieveAvatar(userId(2)));
-        f.removeId(2);
-        f.changeRecord(withPicture(record(2), QStringLiteral("r")));
-        f.pipe->clearSent();
-        clock->advance(30 * 1000);
-        QVERIFY(f.pipe->expectSentText(request(2, "r")));
-        half("r");
-        QVERIFY(f.manager.retrieveAvatar(userId(2)));
-        f.sendPicture("r", "third");
-        QCOMPARE(f.log.take(), lines({"uninstall h2", "picture h2 r third"}));
-    }
-
-    // A picture that is named after its hash.
-    void tellsNoPictureThatIsNotWhole()
-    {
-        Fixture f;
-        f.becomeReady(1);
-        const QByteArray hash = QCryptographicHash::hash("whole", QCryptographicHash::Sha1).toHex();
-        f.addRecord(withPicture(record(0), QString::fromLatin1(hash)));
-        const QByteArray request = f.pipe->takeSent();
-        const QString told = QStringLiteral("picture h0 %1 ").arg(QString::fromLatin1(hash));
-        const QList<QByteArray> answers[] = {{"whole"},
-                                             {"half", "whole"},
-                                             {"half", "half", "whole"},
-                                             {"a", "b", "c", "whole"},
-                                             {"other", "other", "other"}};
-        for (const QList<QByteArray>& transfers : answers) {
-            f.log.take();
-            f.pipe->clearSent();
-            QVERIFY(f.manager.retrieveAvatar(userId(0)));
-            QVERIFY(f.pipe->expectSentText(request));
-            for (const QByteArray& bytes : transfers) {
-                QCOMPARE(f.log.take(), QStringList());
-                f.sendPicture(hash.constData(), bytes);
-            }
-            // At once, but not for every one: the other side may never do better, and one that is sure says it again.
-            QCOMPARE(f.pipe->sentCount(), qMin(transfers.size() - 1, 2));
-            QCOMPARE(f.log.take(), QStringList(told + QString::fromLatin1(transfers.last())));
-        }
+        stage.play(uR"(
+            change 0 m p1 -> update h0 n m; update h0 m o; uninstall h1; requestUserAvatar user0 p2; requestUserAvatar user0 p2
+            stream p1 one
+            stream p2 two -> picture h0 p2 two
+        )"_s);
     }
 
     // Two managers that wait for the same picture.
     void leavesAloneWhatOthersWaitFor()
     {
-        Fixture f;
-        f.becomeReady(1);
-        f.addRecord(withPicture(record(0), QStringLiteral("p")));
-        zelsplib::StreamRequests others(f.stream, [](const QString&, const QString&) {});
-        others.request(QStringLiteral("me"), QStringLiteral("p"));
-        f.log.take();
-        f.inject("stream",
-                 {{QStringLiteral("id"), QStringLiteral("p")}, {QStringLiteral("value"), QStringLiteral("aGFsZg==")}});
-        QVERIFY(f.manager.retrieveAvatar(userId(0)));
-        f.sendPicture("p", " more");
-        QCOMPARE(f.log.take(), lines({"picture h0 p half more"}));
-    }
-
-    void reportsInvitations()
-    {
-        Fixture f;
-        f.becomeReady(1);
-        f.inject("connectionInvitationReceived", Fixture::id(userId(0)));
-        f.inject("connectionInvitationReceived", Fixture::id(userId(9)));
-        f.inject("connectionInvitationReceived", {});
-        QCOMPARE(f.log.take(), lines({"invitation h0", "invitation ", "invitation "}));
+        ContactsStage stage;
+        stage.play(ready);
+        zelsplib::StreamRequests others(stage.stream, [](const QString&, const QString&) {});
+        others.request(u"me"_s, u"p"_s);
+        stage.play(uR"(
+            change 0 n p  -> update h0 n n; requestUserAvatar user0 p
+            half p half
+            fetch 0       -> yes; requestUserAvatar user0 p
+            stream p more -> picture h0 p halfmore
+        )"_s);
+        QVERIFY(stage.manager.getContact(u"user0"_s).getAvatarData().isEmpty()); // they travel with the report only
     }
 
     void leavesItsViewToOthers()
     {
-        auto f = std::make_unique<Fixture>();
-        f->becomeReady(2);
-        const auto view = f->manager.contactList();
-        const auto pipe = f->pipe;
-        f.reset();
-        QCOMPARE(view.size(), 2);
-        QCOMPARE(pipe->listenerCount(QStringLiteral("connectionInvitationReceived")), 0);
+        auto stage = std::make_unique<ContactsStage>();
+        stage->play(ready);
+        const auto view = stage->manager.contactList();
+        const auto pipe = stage->pipe;
+        stage.reset();
+        QCOMPARE(view.size(), 3);
+        QCOMPARE(pipe->listenerCount(u"connectionInvitationReceived"_s), 0);
         QVERIFY(pipe->inject(R"({"listChange":{"type":"platformUser","elements":[{"userId":"user0","handle":"x"}]}})"));
     }
 };
+
+void TstPlatformContactManager::tellsItsStory_data()
+{
+    QTest::addColumn<QString>("story");
+    const auto row = [](const char* name, const char* story) {
+        QTest::newRow(name) << QString(ready + QLatin1String(story));
+    };
+
+    QTest::newRow("ready with the last record") << uR"(
+        init
+        turn               -> requestListAll platformContact
+        ids 0 1 2
+        record 2 n
+        record 0 n
+        record 1 n ? ?
+        turn
+        record 0 n ? -     -> uninstall h0
+        record 1 n
+        record 0 n         -> gate contacts
+        remove 0           -> uninstall h0
+        record 1 n ? -     -> uninstall h1
+        record 1 n         -> install h1
+    )"_s;
+    row("events are off", R"(
+        events off
+        change 0 m p
+        record 7 n
+        add 7
+        remove 1
+        invite 0
+        fetch 0            -> yes; requestUserAvatar user0 p
+        stream p bytes
+        list               -> contacts h0 h2 h7
+        fetch 7            -> picture h7 - -; yes
+        events on
+        remove 7           -> uninstall h7
+    )");
+    row("a list sent anew, and nobody in it", R"(
+        ids 0 1 2          -> resent
+        ids 1 0 2          -> resent
+        list               -> contacts h1 h0 h2
+        ids 1 7 2          -> resent
+        list               -> contacts h1 h2
+        ids 0              -> resent
+        turn               -> requestListElements user7 platformUser
+        ids 0 8            -> resent
+        answer
+        turn               -> requestListElements user8 platformUser
+        answer 8 n         -> install h8
+    )");
+    row("invitations", R"(
+        invite 0           -> invitation h0
+        invite 9           -> invitation -
+        invite             -> invitation -
+    )");
+    row("the picture of a changed contact", R"(
+        change 0 m         -> update h0 n m
+        change 0 m p       -> update h0 m m; requestUserAvatar user0 p
+        stream q other
+        stream p bytes     -> picture h0 p bytes
+        stream p again
+    )");
+    row("all who wait for one picture", R"(
+        change 0 n same    -> update h0 n n; requestUserAvatar user0 same
+        change 1 n same    -> update h1 n n; requestUserAvatar user1 same
+        change 2 n own     -> update h2 n n; requestUserAvatar user2 own
+        fetch              -> no
+        fetch 5            -> no
+        fetch 1            -> yes; requestUserAvatar user1 same
+        stream same S      -> picture h0 same S; picture h1 same S
+        stream own O       -> picture h2 own O
+        fetch 1            -> yes; requestUserAvatar user1 same
+        stream same S      -> picture h1 same S
+    )");
+    row("pictures that were overtaken", R"(
+        change 0 n old     -> update h0 n n; requestUserAvatar user0 old
+        change 0 n new     -> update h0 n n; requestUserAvatar user0 new
+        stream old O
+        stream new N       -> picture h0 new N
+        change 0 n third   -> update h0 n n; requestUserAvatar user0 third
+        change 0 n -       -> update h0 n n; picture h0 - -
+        stream third T
+    )");
+    // Somebody who went away still has a picture, but nobody follows it; without a handle it is nobody's.
+    row("pictures of who is away", R"(
+        change 0 n last    -> update h0 n n; requestUserAvatar user0 last
+        remove 0           -> uninstall h0
+        stream last L      -> picture h0 last L
+        fetch 0            -> yes; requestUserAvatar user0 last
+        change 0 n newer
+        add 0              -> install h0
+        stream last L      -> requestUserAvatar user0 newer
+        stream newer N     -> picture h0 newer N
+        fetch 0            -> yes; requestUserAvatar user0 newer
+        change 0 n newer - -> uninstall h0
+        stream newer N
+    )");
+    row("pictures that do not come", R"(
+        change 0 n p       -> update h0 n n; requestUserAvatar user0 p
+        change 1 n p       -> update h1 n n; requestUserAvatar user1 p
+        change 2 n q       -> update h2 n n; requestUserAvatar user2 q
+        wait 20
+        fetch 0            -> yes; requestUserAvatar user0 p
+        half p cut
+        stream q Q         -> picture h2 q Q
+        wait 10            -> requestUserAvatar user0 p; requestUserAvatar user1 p
+        stream p P         -> picture h0 p P; picture h1 p P
+        wait 600
+        fetch 2            -> yes; requestUserAvatar user2 q
+        remove 2           -> uninstall h2
+        change 2 n r
+        wait 30            -> requestUserAvatar user2 r
+        half r cut
+        fetch 2            -> yes; requestUserAvatar user2 r
+        stream r third     -> picture h2 r third
+    )");
+    // One that is named after its hash is asked for again at once, but not for ever: the other side may never do
+    // better.
+    row("pictures that are not whole", R"(
+        change 0 n %whole  -> update h0 n n; requestUserAvatar user0 %whole
+        stream %whole half -> requestUserAvatar user0 %whole
+        stream %whole half -> requestUserAvatar user0 %whole
+        stream %whole whole -> picture h0 %whole whole
+        fetch 0            -> yes; requestUserAvatar user0 %whole
+        stream %whole a    -> requestUserAvatar user0 %whole
+        stream %whole b    -> requestUserAvatar user0 %whole
+        stream %whole c
+        stream %whole whole -> picture h0 %whole whole
+        fetch 0            -> yes; requestUserAvatar user0 %whole
+        stream %whole same -> requestUserAvatar user0 %whole
+        stream %whole same -> requestUserAvatar user0 %whole
+        stream %whole same -> picture h0 %whole same
+    )");
+}
 
 ZEL_TEST(TstPlatformContactManager)
 #include "tst_platformcontactmanager.moc"

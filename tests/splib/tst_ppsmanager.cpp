@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/channel/PPSManager.h>
 
-#include <common/TestMain.h>
 #include <common/SlogCapture.h>
+#include <common/TestMain.h>
 
 #include <vx/system/ObjectServer.h>
 #include <zel/JsonWriter.h>
 
 #include <QSignalSpy>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <memory>
 #include <unistd.h>

@@ -1,94 +1,100 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/profilebox/ProfileBoxManager.h>
 
-#include <common/TestMain.h>
-#include <common/FakeClock.h>
-#include <common/FakePipe.h>
-#include <common/RecordingHandlers.h>
-#include <common/SlogCapture.h>
+#include "Stage.h"
 
-#include <QCryptographicHash>
-#include <QScopeGuard>
-#include <QTest>
+#include <common/SlogCapture.h>
+#include <common/TestMain.h>
+
+using namespace Qt::StringLiterals;
 
 using zelsplib::Avatar;
 using zelsplib::ProfileBoxImage;
 using zelsplib::ProfileBoxItem;
 using zelsplib::ProfileBoxState;
-using Manager = zelsplib::ProfileBoxManager<RecordingProfileBox>;
 
 namespace {
 
-QByteArray streamIdOf(int lowByte)
+/// Items and icons are "id=text" and "id=hash", or their ids alone.
+struct BoxStage : Stage
 {
-    return QCryptographicHash::hash(QByteArray("requestProfileBoxImage-") + static_cast<char>(lowByte),
-                                    QCryptographicHash::Sha1)
-        .toHex();
-}
+    zelsplib::ProfileBoxManager<RecordingProfileBox> manager{multiplexer, stream, &gates};
 
-const QString letters(int count)
-{
-    return QString(count, u'x');
-}
+    BoxStage() { manager.eventHandler().log = &log; }
 
-struct Fixture
-{
-    QSharedPointer<FakePipe> pipe = QSharedPointer<FakePipe>::create();
-    EventLog log;
-    RecordingGates gates;
-    Manager manager{QSharedPointer<zel::ListApiMultiplexer>::create(pipe),
-                    QSharedPointer<zel::JsonStream>::create(pipe), &gates};
-
-    Fixture()
-    {
-        gates.log = &log;
-        manager.eventHandler().log = &log;
-    }
-
-    void init()
-    {
-        manager.init();
-        QTRY_COMPARE(pipe->sentCount(), 2);
-        pipe->clearSent();
-    }
-
-    /// A box whose lists have come: item i1 and icon 7.
-    void initWithBox()
-    {
-        init();
-        whole("profileBoxItem", R"({"itemId":"i1","text":"a"})");
-        whole("profileBoxImage", R"({"imageId":"7","imageHash":"h7"})");
-        QCOMPARE(log.take(), lines({"gate box"}));
-    }
-
-    void whole(const QByteArray& list, const QByteArray& elements)
-    {
-        pipe->inject(R"({"listAll":{"type":")" + list + R"("}})");
-        pipe->inject(R"({"listChunk":{"type":")" + list + R"(","elements":[)" + elements + R"(],"last":true}})");
-    }
-    void message(const char* type, const QByteArray& list, const QByteArray& elements)
-    {
-        pipe->inject(R"({")" + QByteArray(type) + R"(":{"type":")" + list + R"(","elements":[)" + elements + "]}}");
-    }
-    void stream(const QByteArray& id, const QByteArray& data)
-    {
-        pipe->inject(R"({"stream":{"id":")" + id + R"(","value":")" + data.toBase64() + R"(","last":true}})");
-    }
-
-    bool createIcon(int id, const QByteArray& data)
+    bool create(int id, const QByteArray& data)
     {
         return manager.createProfileBoxImage(id, Avatar::Png, data.constData(), static_cast<unsigned>(data.size()));
     }
-    QString items() const
+
+    void send(const char* message, const QString& list, const QStringList& words)
+    {
+        QByteArrayList elements;
+        for (const QString& word : words) {
+            const QByteArray id = word.section(u'=', 0, 0).toUtf8();
+            const QByteArray value = word.section(u'=', 1).toUtf8();
+            elements.append(
+                QByteArray(list == u"items" ? R"({"itemId":"@","text":"$"})" : R"({"imageId":"@","imageHash":"$"})")
+                    .replace('@', id)
+                    .replace('$', value));
+        }
+        pipe->inject("{'@':{'type':'profileBox@','elements':[@],'last':true}}",
+                     {message, list == u"items" ? "Item" : "Image", elements.join(',')});
+    }
+
+    QString shown() const
     {
         QList<ProfileBoxItem> items;
         manager.getProfileBoxItems(items);
+        QList<ProfileBoxImage> icons;
+        manager.buildProfileBoxImageList(icons);
         QStringList texts;
         for (const ProfileBoxItem& item : items)
             texts.append(item.getItemId() + u'=' + item.getText());
+        for (const ProfileBoxImage& icon : icons)
+            texts.append(icon.getImageId() + u'=' + icon.getImageHash());
         return texts.join(u' ');
     }
+
+    using Stage::happen;
+    bool happen(const QString& what, const QStringList& words) override
+    {
+        if (what == u"init")
+            manager.init();
+        else if (what == u"whole") {
+            send("listAll", words[0], {});
+            send("listChunk", words[0], words.mid(1));
+        } else if (what == u"add")
+            send("listAdd", words[0], words.mid(1));
+        else if (what == u"change")
+            send("listChange", words[0], words.mid(1));
+        else if (what == u"remove")
+            send("listRemove", words[0], words.mid(1));
+        else if (what == u"show")
+            log.add(shown());
+        else if (what == u"create")
+            log.add(create(words[0].toInt(), words[1].toUtf8()) ? u"taken"_s : u"refused"_s);
+        else if (what == u"wanted")
+            pipe->inject("{'requestNewProfileBoxImage':{'streamId':'s','imageId':'@'}}", {words[0].toUtf8()});
+        else if (what == u"get")
+            manager.retrieveProfileBoxImage(words[0].toInt());
+        else
+            return false;
+        return true;
+    }
 };
+
+const auto withBox = uR"(
+    init
+    turn                      -> requestListAll profileBoxImage; requestListAll profileBoxItem
+    whole items i1=a
+    whole icons 7=h7          -> gate box
+)"_s;
+
+QString letters(int count)
+{
+    return QString(count, u'x');
+}
 
 } // namespace
 
@@ -97,253 +103,195 @@ class TstProfileBoxManager : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void isReadyWhenBothListsHaveCome()
+    void tellsItsStory_data();
+    void tellsItsStory()
     {
-        Fixture f;
-        QCOMPARE(f.manager.profileBoxState(), ProfileBoxState::Loading);
-        f.manager.init();
-        QTRY_COMPARE(f.pipe->sentCount(), 2);
-        QVERIFY(f.pipe->expectSentText(R"({"requestListAll":{"type":"profileBoxImage"}})"));
-        QVERIFY(f.pipe->expectSentText(R"({"requestListAll":{"type":"profileBoxItem"}})"));
-        f.whole("profileBoxItem", "");
-        QCOMPARE(f.log.take(), QStringList());
-        f.whole("profileBoxImage", "");
-        QCOMPARE(f.log.take(), lines({"gate box"}));
-        QCOMPARE(f.manager.profileBoxState(), ProfileBoxState::Ready);
-        f.whole("profileBoxImage", R"({"imageId":"1"})");
-        f.whole("profileBoxItem", "");
-        QCOMPARE(f.log.take(), lines({"icon added 1 "}));
-    }
-
-    void checksItems()
-    {
-        Fixture f;
-        const auto create = [&f](const QString& text, const QString& cookie) {
-            const SlogCapture log(5);
-            const bool isTaken = f.manager.createProfileBoxItem(text, {}, cookie);
-            return isTaken ? QStringLiteral("taken") : log.lines(2).join(u' ');
-        };
-        const QString failure = QStringLiteral("Error:Failed to create profile box item: ");
-        QCOMPARE(create(letters(98) + QStringLiteral("\n\r"), letters(128)), QStringLiteral("taken"));
-        f.pipe->clearSent();
-        // The text is looked at before the cookie, its length before its lines.
-        QCOMPARE(create({}, letters(129)), failure + QStringLiteral("text is null or empty"));
-        QCOMPARE(create(letters(98) + QStringLiteral("\n\n\n"), {}), failure + QStringLiteral("text > 100 chars"));
-        for (const char* text : {"a\n\n\n", "a\r\nb\r\nc"})
-            QCOMPARE(create(QString::fromLatin1(text), letters(129)),
-                     failure + QStringLiteral("text contains more than 2 new line chars"));
-        QCOMPARE(create(letters(100), letters(129)), failure + QStringLiteral("cookie > 128 chars"));
-        QVERIFY(f.pipe->expectNothingSent());
-
-        QVERIFY(f.manager.createProfileBoxItem(QStringLiteral("t"), {}, QString()));
-        QVERIFY(f.pipe->expectSentText(R"({"createProfileBoxItem":{"text":"t","cookie":""}})"));
-        QVERIFY(f.manager.createProfileBoxItem(QStringLiteral("t"), 0, QStringLiteral("c")));
-        QVERIFY(f.pipe->expectSentText(R"({"createProfileBoxItem":{"text":"t","cookie":"c","imageId":"0"}})"));
-    }
-
-    void checksIcons()
-    {
-        Fixture f;
-        f.initWithBox();
-        const SlogCapture log(5);
-        const QByteArray huge(32769, 'x');
-        QVERIFY(!f.manager.createProfileBoxImage(-1, Avatar::Png, nullptr, 0));
-        QVERIFY(!f.manager.createProfileBoxImage(0, Avatar::Png, nullptr, 0));
-        QVERIFY(!f.createIcon(0, ""));
-        QVERIFY(!f.createIcon(0, huge));
-        QVERIFY(!f.createIcon(7, "x"));
-        QVERIFY(f.pipe->expectNothingSent());
-        QVERIFY(f.createIcon(0, "x"));
-        QVERIFY(f.createIcon(2147483647, huge.left(32768)));
-        QVERIFY(f.pipe->expectSentText(
-            R"({"createProfileBoxImage":{"imageHash":"11f6ad8ec52a2984abaafd7c3b516503785c2072","imageId":"0"}})"));
-        f.pipe->clearSent();
-        QVERIFY(!f.createIcon(0, "y"));
-        f.message("listAdd", "profileBoxImage", R"({"imageId":"0"})");
-        QVERIFY(!f.createIcon(0, "y"));
-        QVERIFY(f.pipe->expectNothingSent());
-        QCOMPARE(log.lines(2),
-                 lines({"Error:Failed to register profile box icon: icon ID is invalid",
-                        "Error:Failed to register profile box icon: null pointer found",
-                        "Error:Failed to register profile box icon: icon size=0 is invalid",
-                        "Error:Failed to register profile box icon: icon size=32769 is invalid",
-                        "Error:Failed to register a profile box icon with id=7; already registered",
-                        "Error:Failed to register profile box icon ID=0: registration of icon with same ID already in "
-                        "progress",
-                        "Error:Failed to register a profile box icon with id=0; already registered"}));
-    }
-
-    void sendsAPendingIconsData()
-    {
-        Fixture f;
-        f.initWithBox();
-        f.createIcon(3, "icon");
-        f.pipe->clearSent();
-        const SlogCapture log;
-        f.pipe->inject(R"({"requestNewProfileBoxImage":{"imageId":"4","streamId":"s"}})");
-        QVERIFY(f.pipe->expectNothingSent());
-        f.pipe->inject(R"({"requestNewProfileBoxImage":{"imageId":"3","streamId":"s"}})");
-        QVERIFY(f.pipe->expectSentText(R"({"stream":{"id":"s","value":"aWNvbg==","last":true}})"));
-        QCOMPARE(log.lines(), lines({"6: zelcore request user profile box image, imageId:4, streamId:s",
-                                     "3: Failed to find pending user profile box image, imageId:4, streamId:s",
-                                     "6: zelcore request user profile box image, imageId:3, streamId:s"}));
-    }
-
-    void asksAgainUntilAnIconsBytesHaveGone()
-    {
-        const auto clock = FakeClock::install();
-        const auto uninstall = qScopeGuard(&FakeClock::uninstall);
-        Fixture f;
-        f.initWithBox();
-        f.createIcon(3, "icon");
-        const QByteArray request = f.pipe->takeSent();
-        // Whoever registers steadily has the older ones asked for again as well.
-        for (int id = 10; id < 13; ++id) {
-            clock->advance(9 * 1000);
-            f.createIcon(id, "other");
-        }
-        f.pipe->clearSent();
-        clock->advance(3 * 1000);
-        QVERIFY(f.pipe->expectSentText(request));
-        QVERIFY(f.pipe->expectNothingSent());
-
-        for (const char* id : {"3", "10", "11", "12"})
-            f.pipe->inject(QByteArray(R"({"requestNewProfileBoxImage":{"streamId":"s","imageId":")") + id + "\"}}");
-        f.pipe->clearSent();
-        clock->advance(10 * 60 * 1000);
-        QVERIFY(f.pipe->expectNothingSent());
-
-        // A service that begins anew may know nothing of it, and send the list that there was.
-        f.message("listAdd", "profileBoxImage", R"({"imageId":"10"},{"imageId":"11"},{"imageId":"12"})");
-        f.whole("profileBoxImage",
-                R"({"imageId":"7","imageHash":"h7"},{"imageId":"10"},{"imageId":"11"},{"imageId":"12"})");
-        clock->advance(30 * 1000);
-        QVERIFY(f.pipe->expectSentText(request));
-        f.message("listAdd", "profileBoxImage", R"({"imageId":"3","imageHash":"h"})");
-        clock->advance(10 * 60 * 1000);
-        QVERIFY(f.pipe->expectNothingSent());
-    }
-
-    void joinsAListedIconWithItsData()
-    {
-        Fixture f;
-        f.initWithBox();
-        f.createIcon(3, "icon");
-        f.createIcon(4, "four");
-        f.pipe->clearSent();
-        f.message("listAdd", "profileBoxImage", R"({"imageId":"3","imageHash":"h"},{"imageId":"5"})");
-        QCOMPARE(f.log.take(), lines({"icon added 3 icon", "icon added 5 "}));
-        f.pipe->inject(R"({"requestNewProfileBoxImage":{"imageId":"3","streamId":"s"}})");
-        QVERIFY(f.pipe->expectNothingSent());
-        f.whole("profileBoxImage", R"({"imageId":"4"},{"imageId":"3","imageHash":"h"})");
-        QCOMPARE(f.log.take(), lines({"icon removed 7 ", "icon removed 5 ", "icon added 4 four"}));
-        f.message("listRemove", "profileBoxImage", R"({"imageId":"3"})");
-        QCOMPARE(f.log.take(), lines({"icon removed 3 icon"}));
-    }
-
-    void followsTheItems()
-    {
-        Fixture f;
-        f.initWithBox();
-        f.message("listAdd", "profileBoxItem", R"({"itemId":"i2","text":"b"},{"itemId":"i1","text":"a2"})");
-        f.message("listChange", "profileBoxItem", R"({"itemId":"i2","cookie":"c"})");
-        QCOMPARE(f.log.take(), lines({"item added i2 b"}));
-        QCOMPARE(f.items(), QStringLiteral("i1=a2 i2=b"));
-        f.message("listRemove", "profileBoxItem", R"({"itemId":"i1"},{"itemId":"i9"},{"itemId":"i2"})");
-        QCOMPARE(f.log.take(), lines({"item removed i1 a2", "item removed i2 b"}));
-        QCOMPARE(f.manager.profileBoxItemCount(), 0);
-    }
-
-    void tellsWhatAWholeListChanges()
-    {
-        Fixture f;
-        f.initWithBox();
-        f.whole("profileBoxItem", R"({"itemId":"i3","text":"c"},{"itemId":"i1","text":"changed"},{"itemId":"i2"})");
-        QCOMPARE(f.log.take(), lines({"item added i3 c", "item added i2 "}));
-        f.whole("profileBoxItem", R"({"itemId":"i4","text":"d"},{"itemId":"i2"})");
-        QCOMPARE(f.log.take(), lines({"item removed i3 c", "item removed i1 changed", "item added i4 d"}));
-        QCOMPARE(f.items(), QStringLiteral("i4=d i2="));
+        QFETCH(const QString, story);
+        BoxStage stage;
+        QCOMPARE(stage.manager.profileBoxState(), ProfileBoxState::Loading);
+        stage.play(story);
+        QCOMPARE(stage.manager.profileBoxState(), ProfileBoxState::Ready);
     }
 
     void keepsOrderWhileASlotSpins()
     {
-        Fixture f;
-        f.initWithBox();
-        f.log.on(QStringLiteral("item removed i1 a"), [&f] {
-            QCOMPARE(f.items(), QStringLiteral("i2=b i3=c"));
-            f.message("listRemove", "profileBoxItem", R"({"itemId":"i2"})");
+        BoxStage stage;
+        stage.play(withBox);
+        stage.log.on(u"item removed i1 a"_s, [&] {
+            QCOMPARE(stage.shown(), u"i2=b i3=c 7=h7"_s);
+            stage.happen(u"remove items i2"_s);
         });
-        f.whole("profileBoxItem", R"({"itemId":"i2","text":"b"},{"itemId":"i3","text":"c"})");
-        QCOMPARE(f.log.take(), lines({"item removed i1 a", "item added i2 b", "item added i3 c", "item removed i2 b"}));
+        stage.happen(u"whole items i2=b i3=c"_s);
+        QCOMPARE(stage.heard(), u"item removed i1 a; item added i2 b; item added i3 c; item removed i2 b"_s);
     }
 
-    void ignoresAnIconThatItHas()
+    void checksItems()
     {
-        Fixture f;
-        f.initWithBox();
-        f.message("listAdd", "profileBoxImage", R"({"imageId":"7","imageHash":"new"})");
-        QCOMPARE(f.log.take(), QStringList());
-        QList<ProfileBoxImage> images;
-        f.manager.buildProfileBoxImageList(images);
-        QCOMPARE(images.size(), 1);
-        QCOMPARE(images[0].getImageHash(), QStringLiteral("new"));
-    }
-
-    void retrievesIconsInRequestOrder()
-    {
-        Fixture f;
-        f.initWithBox();
-        QCOMPARE(streamIdOf(1), QByteArray("71df9e51ef778ae76cb68ca4583a773d3ff62ec1"));
-        for (const int id : {1, 257, 200}) {
-            f.manager.retrieveProfileBoxImage(id);
-            QVERIFY(f.pipe->expectSentText(R"({"requestProfileBoxImage":{"streamId":")" + streamIdOf(id & 0xff) +
-                                           R"(","imageId":")" + QByteArray::number(id) + R"("}})"));
-        }
-        f.stream("other", "x");
-        f.stream(streamIdOf(200), "c");
-        f.stream(streamIdOf(1), "a");
-        f.stream(streamIdOf(1), "b");
-        f.stream(streamIdOf(1), "d");
-        QCOMPARE(f.log.take(), lines({"icon retrieved 200 image/jpeg c", "icon retrieved 1 image/jpeg a",
-                                      "icon retrieved 257 image/jpeg b"}));
-    }
-
-    void tellsIconsOfOneStreamApart()
-    {
-        Fixture f;
-        f.initWithBox();
-        const auto listed = [](const char* id, const char* data) {
-            const QByteArray hash = QCryptographicHash::hash(data, QCryptographicHash::Sha1).toHex();
-            return QByteArray(R"({"imageId":")") + id + R"(","imageHash":")" + hash + "\"}";
+        BoxStage stage;
+        const auto create = [&stage](const QString& text, const QString& cookie) {
+            const SlogCapture log(5);
+            const bool isTaken = stage.manager.createProfileBoxItem(text, {}, cookie);
+            return isTaken ? u"taken"_s
+                           : log.lines(2).join(u' ').remove(u"Error:Failed to create profile box item: "_s);
         };
-        f.whole("profileBoxImage", listed("0", "a") + ',' + listed("256", "b") + ',' + listed("512", "c"));
-        f.log.take();
-        for (const int id : {0, 256, 512, 768, 0})
-            f.manager.retrieveProfileBoxImage(id);
-        // The answer for 0 comes late, and twice; 768 is in no list; that for 512 is cut at first.
-        for (const char* data : {"b", "a", "a", "d", "half of c", "c"})
-            f.stream(streamIdOf(0), data);
-        QCOMPARE(f.log.take(), lines({"icon retrieved 256 image/jpeg b", "icon retrieved 0 image/jpeg a",
-                                      "icon retrieved 768 image/jpeg d", "icon retrieved 512 image/jpeg c"}));
+        QCOMPARE(create(letters(98) + u"\n\r"_s, letters(128)), u"taken"_s);
+        stage.pipe->clearSent();
+        // The text is looked at before the cookie, its length before its lines.
+        QCOMPARE(create({}, letters(129)), u"text is null or empty"_s);
+        QCOMPARE(create(letters(98) + u"\n\n\n"_s, {}), u"text > 100 chars"_s);
+        for (const QString& text : {u"a\n\n\n"_s, u"a\r\nb\r\nc"_s})
+            QCOMPARE(create(text, letters(129)), u"text contains more than 2 new line chars"_s);
+        QCOMPARE(create(letters(100), letters(129)), u"cookie > 128 chars"_s);
+        QVERIFY(stage.pipe->expectNothingSent());
+
+        QVERIFY(stage.manager.createProfileBoxItem(u"t"_s, {}, QString()));
+        QVERIFY(stage.pipe->expectSentText(R"({"createProfileBoxItem":{"text":"t","cookie":""}})"));
+        QVERIFY(stage.manager.createProfileBoxItem(u"t"_s, 0, u"c"_s));
+        QVERIFY(stage.pipe->expectSentText(R"({"createProfileBoxItem":{"text":"t","cookie":"c","imageId":"0"}})"));
     }
 
-    void asksAgainForIconsThatHaveNotCome()
+    void checksIcons()
     {
-        const auto clock = FakeClock::install();
-        const auto uninstall = qScopeGuard(&FakeClock::uninstall);
-        Fixture f;
-        f.initWithBox();
-        f.manager.retrieveProfileBoxImage(7);
-        const QByteArray request = f.pipe->takeSent();
-        f.pipe->inject(R"({"stream":{"id":")" + streamIdOf(7) + R"(","value":"aGFsZg=="}})");
-        clock->advance(30 * 1000);
-        QVERIFY(f.pipe->expectSentText(request));
-        f.stream(streamIdOf(7), "whole");
-        QCOMPARE(f.log.take(), lines({"icon retrieved 7 image/jpeg whole"}));
-        clock->advance(10 * 60 * 1000);
-        QVERIFY(f.pipe->expectNothingSent());
+        BoxStage stage;
+        stage.play(withBox);
+        const SlogCapture log(5);
+        const QByteArray huge(32769, 'x');
+        QVERIFY(!stage.manager.createProfileBoxImage(-1, Avatar::Png, nullptr, 0));
+        QVERIFY(!stage.manager.createProfileBoxImage(0, Avatar::Png, nullptr, 0));
+        QVERIFY(!stage.create(0, ""));
+        QVERIFY(!stage.create(0, huge));
+        QVERIFY(!stage.create(7, "x"));
+        QVERIFY(stage.pipe->expectNothingSent());
+        QVERIFY(stage.create(0, "x"));
+        QVERIFY(stage.create(2147483647, huge.left(32768)));
+        QVERIFY(stage.pipe->expectSentText("{\"createProfileBoxImage\":{\"imageHash\":\"" + Stage::hash("x") +
+                                           "\",\"imageId\":\"0\"}}"));
+        QVERIFY(!stage.create(0, "y"));
+        stage.happen(u"add icons 0"_s);
+        QVERIFY(!stage.create(0, "y"));
+        const QStringList expected{u"icon: icon ID is invalid"_s,
+                                   u"icon: null pointer found"_s,
+                                   u"icon: icon size=0 is invalid"_s,
+                                   u"icon: icon size=32769 is invalid"_s,
+                                   u"a profile box icon with id=7; already registered"_s,
+                                   u"icon ID=0: registration of icon with same ID already in progress"_s,
+                                   u"a profile box icon with id=0; already registered"_s};
+        QCOMPARE(log.lines(2).replaceInStrings(QRegularExpression(u"^Error:Failed to register (profile box )?"_s),
+                                               QString()),
+                 expected);
+    }
+
+    void logsWhichIconIsWanted()
+    {
+        BoxStage stage;
+        stage.play(withBox);
+        const SlogCapture log;
+        stage.happen(u"wanted 4"_s);
+        QCOMPARE(log.lines(),
+                 QStringList({u"6: zelcore request user profile box image, imageId:4, streamId:s"_s,
+                              u"3: Failed to find pending user profile box image, imageId:4, streamId:s"_s}));
     }
 };
+
+void TstProfileBoxManager::tellsItsStory_data()
+{
+    QTest::addColumn<QString>("story");
+    // @number stands for the stream that an icon is retrieved on, by the last byte of its number.
+    const auto row = [](const char* name, const char* story, const QString& before = withBox) {
+        QString text = before + QLatin1String(story);
+        static const QRegularExpression streams(u"@(\\d+)"_s);
+        for (auto found = streams.match(text); found.hasMatch(); found = streams.match(text)) {
+            const char number = static_cast<char>(found.captured(1).toInt());
+            text.replace(found.captured(),
+                         QString::fromLatin1(Stage::hash(QByteArray("requestProfileBoxImage-") + number)));
+        }
+        QTest::newRow(name) << text;
+    };
+
+    row("ready when both lists have come", R"(
+        init
+        turn                  -> requestListAll profileBoxImage; requestListAll profileBoxItem
+        whole items
+        whole icons           -> gate box
+        whole icons 1         -> icon added 1 -
+        whole items
+    )",
+        {});
+    row("items that come and go", R"(
+        add items i2=b i1=a2  -> item added i2 b
+        change items i2=c
+        show                  -> i1=a2 i2=c 7=h7
+        remove items i1 i9 i2 -> item removed i1 a2; item removed i2 c
+        show                  -> 7=h7
+    )");
+    row("what a whole list changes", R"(
+        whole items i3=c i1=changed i2 -> item added i3 c; item added i2 -
+        whole items i4=d i2   -> item removed i3 c; item removed i1 changed; item added i4 d
+        show                  -> i4=d i2= 7=h7
+        add icons 7=new
+        show                  -> i4=d i2= 7=new
+    )");
+    row("icons are listed with their data", R"(
+        create 3 icon         -> taken; createProfileBoxImage %icon 3
+        create 4 four         -> taken; createProfileBoxImage %four 4
+        wanted 5
+        wanted 3              -> stream s aWNvbg== true
+        add icons 3=h 5=      -> icon added 3 icon; icon added 5 -
+        wanted 3
+        whole icons 4= 3=h    -> icon removed 7 -; icon removed 5 -; icon added 4 four
+        remove icons 3        -> icon removed 3 icon
+    )");
+    // Whoever registers steadily has the older ones asked for again as well.
+    row("icons whose bytes have not gone", R"(
+        create 3 icon         -> taken; createProfileBoxImage %icon 3
+        wait 9
+        create 10 other       -> taken; createProfileBoxImage %other 10
+        wait 9
+        create 11 other       -> taken; createProfileBoxImage %other 11
+        wait 12               -> createProfileBoxImage %icon 3
+        wanted 3              -> stream s aWNvbg== true
+        wanted 10             -> stream s b3RoZXI= true
+        wanted 11             -> stream s b3RoZXI= true
+        wait 600
+        add icons 10 11       -> icon added 10 other; icon added 11 other
+        whole icons 7=h7 10 11
+        wait 30               -> createProfileBoxImage %icon 3
+        add icons 3=h         -> icon added 3 icon
+        wait 600
+    )");
+    row("icons are retrieved in request order", R"(
+        get 1                 -> requestProfileBoxImage 71df9e51ef778ae76cb68ca4583a773d3ff62ec1 1
+        get 257               -> requestProfileBoxImage @1 257
+        get 200               -> requestProfileBoxImage @200 200
+        stream other x
+        stream @200 c         -> icon retrieved 200 image/jpeg c
+        stream @1 a           -> icon retrieved 1 image/jpeg a
+        stream @1 b           -> icon retrieved 257 image/jpeg b
+        stream @1 d
+    )");
+    // The answer for 0 comes late, and twice; 768 is in no list; that for 512 is cut at first.
+    row("icons of one stream are told apart", R"(
+        whole icons 0=%a 256=%b 512=%c -> icon removed 7 -; icon added 0 -; icon added 256 -; icon added 512 -
+        get 0                 -> requestProfileBoxImage @0 0
+        get 256               -> requestProfileBoxImage @0 256
+        get 512               -> requestProfileBoxImage @0 512
+        get 768               -> requestProfileBoxImage @0 768
+        get 0                 -> requestProfileBoxImage @0 0
+        stream @0 b           -> icon retrieved 256 image/jpeg b
+        stream @0 a           -> icon retrieved 0 image/jpeg a
+        stream @0 a
+        stream @0 d           -> icon retrieved 768 image/jpeg d
+        stream @0 half        -> requestProfileBoxImage @0 512
+        stream @0 c           -> icon retrieved 512 image/jpeg c
+    )");
+    row("icons that do not come", R"(
+        get 7                 -> requestProfileBoxImage @7 7
+        half @7 cut
+        wait 30               -> requestProfileBoxImage @7 7
+        stream @7 whole       -> icon retrieved 7 image/jpeg whole
+        wait 600
+    )");
+}
 
 ZEL_TEST(TstProfileBoxManager)
 #include "tst_profileboxmanager.moc"

@@ -1,19 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/ZELSPServices.h>
 
-#include <common/TestMain.h>
 #include <common/FakePipe.h>
 #include <common/RecordingHandlers.h>
 #include <common/SlogCapture.h>
-
-#include <QTest>
+#include <common/TestMain.h>
 
 #include <algorithm>
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 using Services =
-    zelsplib::ZELSPServices<RecordingRegistration, RecordingUserProfile, RecordingContactList, RecordingConnections,
-                            RecordingProfileBox, RecordingInvocations, RecordingEcoId, RecordingEcoIdStatus>;
+    zelsplib::ZELSPServices<RecordingRegistration, RecordingUserProfile, RecordingContactList, RecordingOthers,
+                            RecordingProfileBox, RecordingOthers, RecordingOthers, RecordingOthers>;
 
 namespace {
 
@@ -34,8 +34,8 @@ public:
         for (const QChar step : steps)
             happen(step);
         QString told;
-        for (const QString& line : log.take())
-            told.append(line.startsWith(u"contacts") ? u'C' : line == success ? u'S' : u'N');
+        for (const QString& line : log.take().split(u"; "_s, Qt::SkipEmptyParts))
+            told.append(line == u"contacts" ? u'C' : line == success ? u'S' : u'N');
         return told;
     }
 
@@ -65,11 +65,13 @@ public:
             services.contacts()->getContactList();
             log.take();
             return;
+        case '!':
+            throw 1;
         }
         Q_UNREACHABLE();
     }
 
-    static inline const QString success = QStringLiteral("state Success");
+    static inline const QString success = u"state Success"_s;
 
     QSharedPointer<FakePipe> pipe = QSharedPointer<FakePipe>::create();
     EventLog log;
@@ -102,10 +104,11 @@ private Q_SLOTS:
         services->userProfileAvatarIsReady();
         services->profileBoxIsReady();
         services->contactsIsReady();
-        QCOMPARE(log.lines(),
-                 lines({"3: can't open pps file at: /pps/services/zelcore/platform, shutting down library",
-                        "3: Failed to initialize ZELSPServices, errno:2",
-                        "2: Error:ZELSPServices::canRegister(), Cannot register since GlobalsManager is null"}));
+        QCOMPARE(
+            log.lines(),
+            QStringList({u"3: can't open pps file at: /pps/services/zelcore/platform, shutting down library"_s,
+                         u"3: Failed to initialize ZELSPServices, errno:2"_s,
+                         u"2: Error:ZELSPServices::canRegister(), Cannot register since GlobalsManager is null"_s}));
     }
 
     void saysWhichStatesAllowToRegister()
@@ -118,113 +121,108 @@ private Q_SLOTS:
         QVERIFY(!f.services.canRegister());
     }
 
-    // Registration and what it waits for in every order, and with the state lost and back at every two points of it.
+    // Registration and what it waits for in every order, with one thing changed and changed back at any two points.
+    void tellsSuccessWhileItIsTrueAndTheContactsOnce_data()
+    {
+        QTest::addColumn<QString>("changes"); // at first, and in between
+        QTest::newRow("the connection goes") << u"bns"_s;
+        QTest::newRow("the connection goes, without a box") << u"hns"_s;
+        QTest::newRow("the connection goes, and comes with a box") << u"hnB"_s;
+        QTest::newRow("the box is hidden for a time") << u"bhb"_s;
+        QTest::newRow("the box is shown for a time") << u"hbh"_s;
+    }
     void tellsSuccessWhileItIsTrueAndTheContactsOnce()
     {
-        QString order = QStringLiteral("acpsx");
+        QFETCH(const QString, changes);
+        QString order = u"acpsx"_s;
         do {
-            for (qsizetype lost = 0; lost <= order.size(); ++lost) {
-                for (qsizetype back = lost; back <= order.size(); ++back) {
+            for (qsizetype first = 0; first <= order.size(); ++first) {
+                for (qsizetype second = first; second <= order.size(); ++second) {
                     QString steps = order;
-                    steps.insert(back, u's').insert(lost, u'n').prepend(u'b');
+                    steps.insert(second, changes[2]).insert(first, changes[1]).prepend(changes[0]);
                     Fixture f;
                     QString done;
-                    QChar state;
+                    bool isTrue = false;
+                    bool hasBox = false;
                     bool isOwed = false;
                     bool isTold = false;
                     bool areContactsTold = false;
                     for (const QChar step : std::as_const(steps)) {
                         QString expected;
                         done.append(step);
-                        if ((step == u's' || step == u'n') && std::exchange(state, step) != step) {
-                            isOwed = isOwed || step == u's';
-                            if (step == u'n')
-                                expected = QStringLiteral("N");
+                        if (step.toLower() == u'b' || step == u'h')
+                            hasBox = step != u'h';
+                        if (step == u's' || step == u'B')
+                            isOwed = !std::exchange(isTrue, true) || isOwed;
+                        if (step == u'n') {
+                            expected = done.count(u'n') == 1 ? u"N"_s : QString();
+                            isTrue = false;
                         }
-                        const bool isAllIn = done.contains(u'p') && done.contains(u'a') && done.contains(u'x');
-                        if (state == u's' && isOwed && isAllIn) {
+                        const bool isAllIn =
+                            done.contains(u'p') && done.contains(u'a') && (!hasBox || done.contains(u'x'));
+                        if (isTrue && isOwed && isAllIn && step != u'b' && step != u'h') {
                             isOwed = false;
                             isTold = true;
                             expected.append(u'S');
                         }
-                        if (isTold && done.contains(u'c') && !areContactsTold) {
-                            areContactsTold = true;
+                        if (isTold && done.contains(u'c') && !std::exchange(areContactsTold, true))
                             expected.append(u'C');
-                        }
                         QVERIFY2(f.after(step) == expected, qPrintable(done));
-                        QVERIFY2(f.services.isReady() == (state == u's' && isTold && !isOwed), qPrintable(done));
+                        QVERIFY2(f.services.isReady() == (isTrue && isTold && !isOwed), qPrintable(done));
                     }
                 }
             }
         } while (std::next_permutation(order.begin(), order.end()));
     }
 
-    void tellsWhatIsOwed_data()
+    // The contacts become ready and listeners come, the connection goes and comes and somebody throws, before the
+    // success, in a slot of it, in a slot of the list that follows, and after.
+    void tellsWhatIsTrueByThen_data()
     {
-        QTest::addColumn<QString>("steps");
+        QTest::addColumn<QString>("before");
+        QTest::addColumn<QString>("inSuccess");
+        QTest::addColumn<QString>("inContacts");
+        QTest::addColumn<QString>("after");
         QTest::addColumn<QString>("told");
-        QTest::newRow("no box to wait for") << "sapc"
-                                            << "SC";
-        QTest::newRow("hiding the box opens no gate") << "bsaphc"
-                                                      << "";
-        QTest::newRow("the gate after it does") << "bsahpc"
-                                                << "SC";
-        QTest::newRow("the picture comes while there is no connection") << "spnacs"
-                                                                        << "NSC";
-        QTest::newRow("back with a box that has not come") << "spacnBx"
-                                                           << "SCNS";
-        QTest::newRow("the box is hidden while it is waited for") << "bspahnsc"
-                                                                  << "NSC";
-        QTest::newRow("contacts come while there is no connection") << "spancs"
-                                                                    << "SNCS";
-        QTest::newRow("every further notice") << "spacnsns"
-                                              << "SCNSNS";
+        const auto row = [](const char* before, const char* inSuccess, const char* inContacts, const char* after,
+                            const char* told) {
+            QTest::addRow("%s (%s, %s) %s", before, inSuccess, inContacts, after)
+                << QString::fromLatin1(before) << QString::fromLatin1(inSuccess) << QString::fromLatin1(inContacts)
+                << QString::fromLatin1(after) << QString::fromLatin1(told);
+        };
+        row("c", "l", "", "ns", "?");
+        row("lc", "", "", "ns", "?");
+        row("", "cl", "", "ns", "?");
+        row("", "lc", "", "ns", "?");
+        row("", "c", "", "ns", "?");
+        row("", "lcl", "", "ns", "?");
+        row("", "l", "", "cns", "?");
+        row("c", "!", "", "", "SC");
+        row("c", "ns", "n", "s", "SNCNS");
+        row("c", "", "", "nsns", "SCNSNS");
     }
-    void tellsWhatIsOwed()
+    void tellsWhatIsTrueByThen()
     {
-        QFETCH(const QString, steps);
+        QFETCH(const QString, before);
+        QFETCH(const QString, inSuccess);
+        QFETCH(const QString, inContacts);
+        QFETCH(const QString, after);
         Fixture f;
-        QTEST(f.after(steps), "told");
-    }
-
-    // Contacts become ready (c) and listeners come (l) before, while and after the success is told.
-    void tellsTheContactsOnceToTheLastWhoCame()
-    {
-        const char* const orders[][3] = {{"c", "l", ""}, {"lc", "", ""},  {"", "cl", ""}, {"", "lc", ""},
-                                         {"", "c", ""},  {"", "lcl", ""}, {"", "l", "c"}};
-        for (const auto& [before, meanwhile, after] : orders) {
-            Fixture f;
-            f.after(QLatin1String("sp") + QLatin1String(before));
-            f.log.on(Fixture::success, [&, steps = QString::fromLatin1(meanwhile)] {
-                for (const QChar step : steps)
+        f.after(u"sp"_s + before);
+        f.log.on(Fixture::success, [&] {
+            f.log.on(u"contacts"_s, [&] {
+                for (const QChar step : inContacts)
                     f.happen(step);
             });
-            const QString told = f.after(u'a' + QLatin1String(after) + QLatin1String("ns"));
-            QVERIFY2(told.count(u'C') == 1, qPrintable(told));
-        }
-    }
-
-    void tellsTheContactsThoughASlotOfTheSuccessThrows()
-    {
-        Fixture f;
-        f.after(QStringLiteral("spc"));
-        f.log.on(Fixture::success, [] { throw 1; });
-        QVERIFY_THROWS_EXCEPTION(int, f.happen(u'a'));
-        QCOMPARE(f.after({}), QStringLiteral("SC"));
-    }
-
-    // While a slot of the success still runs, the connection goes, comes and goes again.
-    void tellsNoSuccessThatIsOverByThen()
-    {
-        Fixture f;
-        f.after(QStringLiteral("spc"));
-        f.log.on(Fixture::success, [&f] {
-            f.log.on(QStringLiteral("contacts "), [&f] { f.happen(u'n'); });
-            f.happen(u'n');
-            f.happen(u's');
+            for (const QChar step : inSuccess)
+                f.happen(step);
         });
-        QCOMPARE(f.after(QStringLiteral("a")), QStringLiteral("SNCN"));
-        QCOMPARE(f.after(QStringLiteral("s")), QStringLiteral("S"));
+        try {
+            f.happen(u'a');
+        } catch (int) {
+            QCOMPARE(inSuccess, u"!"_s);
+        }
+        QTEST(f.after(after), "told");
     }
 };
 
