@@ -62,8 +62,9 @@ public:
             return services.contactsIsReady();
         case 'l': // somebody begins to listen to contacts, and has the list without hearing of it
             services.contacts()->setEventsEnabled(true);
+            services.contacts()->eventHandler().log = nullptr;
             services.contacts()->getContactList();
-            log.take();
+            services.contacts()->eventHandler().log = &log;
             return;
         case '!':
             throw 1;
@@ -125,16 +126,16 @@ private Q_SLOTS:
     void tellsSuccessWhileItIsTrueAndTheContactsOnce_data()
     {
         QTest::addColumn<QString>("changes"); // at first, and in between
-        QTest::newRow("the connection goes") << u"bns"_s;
-        QTest::newRow("the connection goes, without a box") << u"hns"_s;
-        QTest::newRow("the connection goes, and comes with a box") << u"hnB"_s;
-        QTest::newRow("the box is hidden for a time") << u"bhb"_s;
-        QTest::newRow("the box is shown for a time") << u"hbh"_s;
+        QTest::addColumn<QString>("order");
+        QTest::newRow("the connection goes") << u"bns"_s << u"acpsx"_s;
+        QTest::newRow("the connection goes, and comes with a box") << u"hnB"_s << u"apsx"_s;
+        QTest::newRow("the box is hidden for a time") << u"bhb"_s << u"apsx"_s;
+        QTest::newRow("the box is shown for a time") << u"hbh"_s << u"apsx"_s;
     }
     void tellsSuccessWhileItIsTrueAndTheContactsOnce()
     {
         QFETCH(const QString, changes);
-        QString order = u"acpsx"_s;
+        QFETCH(QString, order);
         do {
             for (qsizetype first = 0; first <= order.size(); ++first) {
                 for (qsizetype second = first; second <= order.size(); ++second) {
@@ -155,7 +156,7 @@ private Q_SLOTS:
                         if (step == u's' || step == u'B')
                             isOwed = !std::exchange(isTrue, true) || isOwed;
                         if (step == u'n') {
-                            expected = done.count(u'n') == 1 ? u"N"_s : QString();
+                            expected.append(u'N');
                             isTrue = false;
                         }
                         const bool isAllIn =
@@ -190,13 +191,13 @@ private Q_SLOTS:
                 << QString::fromLatin1(before) << QString::fromLatin1(inSuccess) << QString::fromLatin1(inContacts)
                 << QString::fromLatin1(after) << QString::fromLatin1(told);
         };
-        row("c", "l", "", "ns", "?");
-        row("lc", "", "", "ns", "?");
-        row("", "cl", "", "ns", "?");
-        row("", "lc", "", "ns", "?");
-        row("", "c", "", "ns", "?");
-        row("", "lcl", "", "ns", "?");
-        row("", "l", "", "cns", "?");
+        row("c", "l", "", "ns", "SCNS");
+        row("lc", "", "", "ns", "SCNS");
+        row("", "cl", "", "ns", "SCCNS");
+        row("", "lc", "", "ns", "SCNS");
+        row("", "c", "", "ns", "SCNS");
+        row("", "lcl", "", "ns", "SCCNS");
+        row("", "l", "", "cns", "SCNS");
         row("c", "!", "", "", "SC");
         row("c", "ns", "n", "s", "SNCNS");
         row("c", "", "", "nsns", "SCNSNS");
