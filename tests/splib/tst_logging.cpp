@@ -6,6 +6,7 @@
 
 #include <QElapsedTimer>
 
+using namespace Qt::StringLiterals;
 using namespace zelsplib::logging;
 
 class TstLogging : public QObject
@@ -18,13 +19,13 @@ private Q_SLOTS:
         const SlogCapture log;
         QVERIFY(Log<GENERAL_INFO>({}, "\xc3\xa4"));
         QVERIFY(Log<GENERAL_WARNING_INFO>({}, "m"));
-        QVERIFY(Log<GENERAL_ERROR>(QStringLiteral("p "), QStringLiteral("m")));
-        QVERIFY(Log<ZELSP_AVATAR_RECEIVED>({}, QStringLiteral("u"), QStringLiteral("s"), 4000000000U));
+        QVERIFY(Log<GENERAL_ERROR>(u"p "_s, u"m"_s));
+        QVERIFY(Log<ZELSP_AVATAR_RECEIVED>({}, u"u"_s, u"s"_s, 4000000000U));
         QVERIFY(Log<ZELSP_PROFILE_BOX_IMG_ADDED_CALLBACK_FAILURE>({}, 1U, 2U, 3U));
         QCOMPARE(
             log.lines(),
-            (QStringList{QStringLiteral("5: \u00e4"), QStringLiteral("3: Warning:m"), QStringLiteral("2: p Error:m"),
-                         QStringLiteral("6: received avatar: userId=[u], streamId[s], avatarSize[4000000000]"),
+            (QStringList{u"5: \u00e4"_s, u"3: Warning:m"_s, u"2: p Error:m"_s,
+                         u"6: received avatar: userId=[u], streamId[s], avatarSize[4000000000]"_s,
                          QStringLiteral("3: failed to add image into user profile box image list: livelistsize=[1], "
                                         "imgCacheSize=[2], addedIndex=[3]")}));
     }
@@ -32,10 +33,10 @@ private Q_SLOTS:
     void fillsInNothingThatAnArgumentHolds()
     {
         const SlogCapture log;
-        Log<ZELSP_PPS_SEND_JSONDATA>({}, QStringLiteral("%1 %s"));
-        Log<ZELSP_AVATAR_REQUEST_SEND>(QStringLiteral("%2 "), QStringLiteral("%2"), QStringLiteral("%1"));
-        QCOMPARE(log.lines(6), (QStringList{QStringLiteral("sending json string to zelcore ==>: %1 %s"),
-                                            QStringLiteral("%2 sending avatar request: userId=[%2], streamId[%1]")}));
+        Log<ZELSP_PPS_SEND_JSONDATA>({}, u"%1 %s"_s);
+        Log<ZELSP_AVATAR_REQUEST_SEND>(u"%2 "_s, u"%2"_s, u"%1"_s);
+        QCOMPARE(log.lines(6), (QStringList{u"sending json string to zelcore ==>: %1 %s"_s,
+                                            u"%2 sending avatar request: userId=[%2], streamId[%1]"_s}));
     }
 
     void formatsNothingThatIsNotTaken()
@@ -52,7 +53,7 @@ private Q_SLOTS:
         QVERIFY2(timer.nsecsElapsed() < once, "a hundred lines that nobody takes cost more than the text of one");
         QCOMPARE(log.lines(), QStringList());
         Log<GENERAL_INFO>({}, "taken");
-        QCOMPARE(log.lines(), QStringList{QStringLiteral("5: taken")});
+        QCOMPARE(log.lines(), QStringList{u"5: taken"_s});
     }
 };
 

@@ -6,6 +6,8 @@
 
 #include <zel/JsonWriter.h>
 
+using namespace Qt::StringLiterals;
+
 using zelsplib::PlatformContact;
 using zelsplib::PlatformContactJsonAdapter;
 namespace {
@@ -22,8 +24,7 @@ void read(const QByteArray& json, Take take)
 {
     FakePipe pipe;
     QObject owner;
-    pipe.addListener(&owner, QStringLiteral("m"),
-                     [&take](QObject*, iface::JsonReaderAttribute message) { take(message); });
+    pipe.addListener(&owner, u"m"_s, [&take](QObject*, iface::JsonReaderAttribute message) { take(message); });
     QVERIFY(pipe.inject("{\"m\":" + json + '}'));
 }
 
@@ -44,7 +45,7 @@ private Q_SLOTS:
     {
         QCOMPARE(loaded(R"({"handle":"h"})"), [] {
             PlatformContact c;
-            c.setHandle(QStringLiteral("h"));
+            c.setHandle(u"h"_s);
             return c;
         }());
         // Each field on its own tells two records apart.
@@ -78,9 +79,9 @@ private Q_SLOTS:
         const PlatformContact contact = loaded(
             R"({"userId":5,"displayName":"new","platformVersion":"12","showBusy":1,"clientVersion":1.5})", numbered());
         PlatformContact expected = numbered();
-        expected.setDisplayName(QStringLiteral("new"));
+        expected.setDisplayName(u"new"_s);
         QCOMPARE(contact, expected);
-        QCOMPARE(loaded(R"({"handle":"first","handle":"second"})").getHandle(), QStringLiteral("first"));
+        QCOMPARE(loaded(R"({"handle":"first","handle":"second"})").getHandle(), u"first"_s);
         QCOMPARE(loaded("[]", numbered()), numbered());
         QCOMPARE(loaded("7", numbered()), numbered());
     }
@@ -101,8 +102,8 @@ private Q_SLOTS:
         QCOMPARE(second.getCountryCode().constData(), first.getCountryCode().constData());
         QCOMPARE(second.getTimeZone().constData(), first.getTimeZone().constData());
         QCOMPARE(second.getAppVersion().constData(), first.getAppVersion().constData());
-        QCOMPARE(loaded(R"({"CountryCode":"CA"})").getCountryCode(), QStringLiteral("CA"));
-        QCOMPARE(first.getCountryCode(), QStringLiteral("NZ"));
+        QCOMPARE(loaded(R"({"CountryCode":"CA"})").getCountryCode(), u"CA"_s);
+        QCOMPARE(first.getCountryCode(), u"NZ"_s);
         // A missing text must not become an empty one on the way.
         loaded(R"({"CountryCode":""})");
         QVERIFY(loaded("{}").getCountryCode().isNull());
@@ -112,8 +113,7 @@ private Q_SLOTS:
     {
         PlatformContactJsonAdapter adapter;
         const QString ids[] = {QString::number(1), QString::number(2), QString::number(3)};
-        const auto root =
-            QSharedPointer<zel::JsonWriter>::create(QStringLiteral("m"), zel::JsonWriter::Array, QString());
+        const auto root = QSharedPointer<zel::JsonWriter>::create(u"m"_s, zel::JsonWriter::Array, QString());
         for (const QString& id : ids)
             adapter.idToIdJson(id, root->addChild({}, zel::JsonWriter::Object));
         const auto uri = [&adapter](const QByteArray& json) {
@@ -125,15 +125,14 @@ private Q_SLOTS:
         };
         QCOMPARE(uri(R"({"userId":"1"})").constData(), ids[0].constData());
         QCOMPARE(uri(R"({"userId":"2"})").constData(), ids[1].constData());
-        QCOMPARE(uri(R"({"userId":"unasked"})"), QStringLiteral("unasked"));
+        QCOMPARE(uri(R"({"userId":"unasked"})"), u"unasked"_s);
         QCOMPARE(uri("{}"), QString());
         QCOMPARE(uri(R"({"userId":"3"})"), ids[2]);
     }
 
     void writesEveryMemberInOrder()
     {
-        const auto root =
-            QSharedPointer<zel::JsonWriter>::create(QStringLiteral("m"), zel::JsonWriter::Array, QString());
+        const auto root = QSharedPointer<zel::JsonWriter>::create(u"m"_s, zel::JsonWriter::Array, QString());
         PlatformContact contact = numbered();
         contact.setAvatarData("picture");
         PlatformContactJsonAdapter().elementToJson(contact, root);
@@ -151,9 +150,9 @@ private Q_SLOTS:
     {
         PlatformContact change;
         change.setShowBusy(false);
-        change.setStatusMessage(QStringLiteral("\"quoted\"\n\U0001F600"));
+        change.setStatusMessage(u"\"quoted\"\n\U0001F600"_s);
         change.setZelVersion(3);
-        zel::JsonWriter object(QStringLiteral("m"), QString());
+        zel::JsonWriter object(u"m"_s, QString());
         zelsplib::writeContactMembers(change, object, true);
         QCOMPARE(object.toString().toUtf8(),
                  QByteArray("{\"m\":{\"currentStatus\":\"\\\"quoted\\\"\\n\xF0\x9F\x98\x80\",\"showBusy\":false}}"));

@@ -13,6 +13,8 @@
 #include <memory>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 using zelsplib::PPSManager;
 
 class TstPPSManager : public QObject
@@ -27,20 +29,20 @@ private:
 private Q_SLOTS:
     void init()
     {
-        const QString path = QStringLiteral("/pps/services/zelcore/platform");
+        const QString path = u"/pps/services/zelcore/platform"_s;
         qputenv("PPS_ROOT", m_root.path().toUtf8());
         m_manager.reset();
         m_server.close();
         QVERIFY(m_server.listen(path, nullptr));
-        m_manager = std::make_unique<PPSManager>(path, QStringLiteral("platform"), QStringLiteral("zel"));
+        m_manager = std::make_unique<PPSManager>(path, u"platform"_s, u"zel"_s);
     }
 
     void writesOneRecordAMessage()
     {
         QSignalSpy records(&m_server, &vx::system::ObjectServer::recordReceived);
         QVERIFY(m_manager->isConnected().getValue());
-        const auto writer = QSharedPointer<zel::JsonWriter>::create(QStringLiteral("tpaApi"), QStringLiteral("zel"));
-        writer->addAttribute(QStringLiteral("apiType"), QStringLiteral("\u00e4\n"));
+        const auto writer = QSharedPointer<zel::JsonWriter>::create(u"tpaApi"_s, u"zel"_s);
+        writer->addAttribute(u"apiType"_s, u"\u00e4\n"_s);
         m_manager->send(writer);
         m_manager->send(QString());
         QTRY_COMPARE(records.size(), 2);
@@ -49,99 +51,62 @@ private Q_SLOTS:
         QCOMPARE(records[1][1].toByteArray(), QByteArray("msg::zel\ndat:json:\n"));
     }
 
-    void dispatchesTheFirstMember()
+    void dispatchesTheFirstMember_data()
     {
-        QObject owner;
-        QStringList heard;
-        const auto hear = [&heard](QObject*, iface::JsonReaderAttribute message) {
-            QString value;
-            message.object().readString("a", value);
-            heard.append(value);
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<QString>("expected");
+        const auto row = [](const char* name, const QByteArray& text, const QString& heard = {}) {
+            QTest::newRow(name) << text << heard;
         };
-        m_manager->addListener(&owner, QStringLiteral("m"), hear);
-        m_manager->addListener(&owner, QStringLiteral("other"), hear);
-        const QStringList texts{
-            QStringLiteral("@platform\nmsg::zel\ndat:json:{\"m\":{\"a\":\"1\"}}\nx:n:1\n"),
-            QStringLiteral("@platform\ndat:json:{\"m\":{\"a\":\"2\"},\"other\":{}}\n"),
-            QStringLiteral("@x\ndat:json:{\"other\":{}}\n@platform\ndat:json:{\"m\":{\"a\":\"3\"}}"),
-            // What is broken beside it costs nothing.
-            QStringLiteral(
-                "@x\nno form\n@platform\nbad:json:{\ndat:json:{\"m\":{\"n\":1e309,\"b\":[99999999999999999999],"
-                "\"a\":\"4\"}}\nworse:n:x\n")};
-        for (const QString& text : texts)
-            m_manager->dispatchMessageReceived(text);
-        QCOMPARE(heard.join(u' '), QStringLiteral("1 2 3 4"));
-        m_manager->removeListeners(&owner);
-        m_manager->dispatchMessageReceived(texts.first());
-        QCOMPARE(heard.size(), 4);
-    }
-
-    void dropsWhatItCannotDecode()
-    {
-        QObject owner;
-        int heard = 0;
-        for (const char* type : {"m", "", "dat"})
-            m_manager->addListener(&owner, QLatin1String(type),
-                                   [&heard](QObject*, iface::JsonReaderAttribute) { ++heard; });
+        row("lines around it", "@platform\nmsg::zel\ndat:json:{\"m\":{\"a\":\"1\"}}\nx:n:1\n", u"1"_s);
+        row("two members", "@platform\ndat:json:{\"m\":{\"a\":\"2\"},\"other\":{}}\n", u"2"_s);
+        row("two objects", "@x\ndat:json:{\"other\":{}}\n@platform\ndat:json:{\"m\":{\"a\":\"3\"}}", u"3"_s);
+        row("broken lines around it, and broken members",
+            "@x\nno form\n@platform\nbad:json:{\ndat:json:{\"m\":{\"n\":1e309,\"b\":[99999999999999999999],"
+            "\"a\":\"4\"}}\nworse:n:x\n",
+            u"4"_s);
+        row("bytes that are no UTF-8", "@platform\ndat:json:{\"m\":{\"a\":\"\xFF<\xC3\xA9\"}}\n", u"\uFFFD<\u00E9"_s);
+        row("a byte order mark", "\xEF\xBB\xBF@platform\ndat:json:{\"m\":{\"a\":\"5\"}}\n", u"5"_s);
         for (const char* text :
              {"", "\n", "nonsense", "@other\ndat:json:{\"m\":{}}\n", "@platform\ndata:json:{\"m\":{}}\n",
               "@platform\ndat::{\"m\":{}}\n", "@platform\ndat:json:{\"m\":{}\n", "@platform\ndat:json:{}\n",
-              "@platform\ndat:json:[{\"m\":1}]\n", "@platform\ndat:json:{\"m\\u0000\":{}}\n"}) {
-            m_manager->dispatchMessageReceived(QString::fromUtf8(text));
-            QVERIFY2(heard == 0, text);
+              "@platform\ndat:json:[{\"m\":1}]\n", "@platform\ndat:json:{\"m\\u0000\":{}}\n"})
+            row(qPrintable(u"no message: "_s + QString::fromUtf8(text).simplified()), text);
+    }
+    void dispatchesTheFirstMember()
+    {
+        QFETCH(const QByteArray, text);
+        QObject owner;
+        QStringList heard;
+        for (const QString& type : {u"m"_s, u"other"_s, u"dat"_s, QString()}) {
+            m_manager->addListener(&owner, type, [&heard](QObject*, iface::JsonReaderAttribute message) {
+                QString value = u"nothing"_s;
+                message.object().readString("a", value);
+                heard.append(value);
+            });
         }
-        m_manager->dispatchMessageReceived(QStringLiteral("@platform\ndat:json:{\"m\":{}}\n"));
-        QCOMPARE(heard, 1);
-    }
-
-    void readsBytesThatAreNoUtf8AsReplacements()
-    {
-        QObject owner;
-        QStringList heard;
-        m_manager->addListener(&owner, QStringLiteral("m"), [&heard](QObject*, iface::JsonReaderAttribute message) {
-            QString value;
-            message.object().readString("a", value);
-            heard.append(value);
-        });
-        m_manager->dispatchMessageReceived(QByteArray("@platform\ndat:json:{\"m\":{\"a\":\"\xFF<\xC3\xA9\"}}\n"));
-        m_manager->dispatchMessageReceived(QByteArray("\xEF\xBB\xBF@platform\ndat:json:{\"m\":{\"a\":\"b\"}}\n"));
-        QCOMPARE(heard, (QStringList{QStringLiteral(u"\uFFFD<\u00E9"), QStringLiteral("b")}));
-    }
-
-    void dispatchesMessagesWithinMessages()
-    {
-        QObject owner;
-        QStringList heard;
-        m_manager->addListener(&owner, QStringLiteral("m"), [&](QObject*, iface::JsonReaderAttribute message) {
-            const iface::JsonObjectReader body = message.object();
-            bool nest = false;
-            if (body.readBool("nest", nest))
-                m_manager->dispatchMessageReceived(QStringLiteral("@platform\ndat:json:{\"m\":{\"a\":\"inner\"}}\n"));
-            QString value;
-            body.readString("a", value);
-            heard.append(value);
-        });
-        m_manager->dispatchMessageReceived(
-            QStringLiteral("@platform\ndat:json:{\"m\":{\"a\":\"outer\",\"nest\":true}}\n"));
-        QCOMPARE(heard, (QStringList{QStringLiteral("inner"), QStringLiteral("outer")}));
+        m_manager->dispatchMessageReceived(text);
+        QTEST(heard.join(u' '), "expected");
+        m_manager->removeListeners(&owner);
+        m_manager->dispatchMessageReceived(u"@platform\ndat:json:{\"m\":{\"a\":\"gone\"}}\n"_s);
+        QVERIFY(!heard.contains(u"gone"));
     }
 
     void logsBothDirections()
     {
         {
             const SlogCapture log;
-            m_manager->send(QStringLiteral("{\"%1\":1}"));
-            m_manager->dispatchMessageReceived(QStringLiteral("@platform\ndat:json:{\"%1\":1}\n"));
-            m_manager->dispatchMessageReceived(QStringLiteral("nonsense"));
-            QCOMPARE(log.lines(),
-                     (QStringList{QStringLiteral("6: sending json string to zelcore ==>: {\"%1\":1}"),
-                                  QStringLiteral("6: received json string from zelcore <==: {\"%1\":1}"),
-                                  QStringLiteral("2: Error:PPSManager::getJsonFromPps(): invalid input: 1%"),
-                                  QStringLiteral("6: received json string from zelcore <==: ")}));
+            m_manager->send(u"{\"%1\":1}"_s);
+            m_manager->dispatchMessageReceived(u"@platform\ndat:json:{\"%1\":1}\n"_s);
+            m_manager->dispatchMessageReceived(u"nonsense"_s);
+            QCOMPARE(log.lines(), (QStringList{u"6: sending json string to zelcore ==>: {\"%1\":1}"_s,
+                                               u"6: received json string from zelcore <==: {\"%1\":1}"_s,
+                                               u"2: Error:PPSManager::getJsonFromPps(): invalid input: 1%"_s,
+                                               u"6: received json string from zelcore <==: "_s}));
         }
         const SlogCapture log(5);
-        m_manager->dispatchMessageReceived(QStringLiteral("nonsense"));
-        QCOMPARE(log.lines(), QStringList{QStringLiteral("2: Error:PPSManager::getJsonFromPps(): invalid input: 1%")});
+        m_manager->dispatchMessageReceived(u"nonsense"_s);
+        QCOMPARE(log.lines(), QStringList{u"2: Error:PPSManager::getJsonFromPps(): invalid input: 1%"_s});
     }
 
     void closesTheObject()
