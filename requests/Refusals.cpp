@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <requests/Refusals.h>
 
+#include <vx/platform/zel/ProfileBox.h>
+#include <vx/platform/zel/UserProfile.h>
+
 namespace vx::platform::zel::refusals {
 
 namespace {
@@ -8,6 +11,15 @@ namespace {
 QString ofIconId(int iconId)
 {
     return iconId < 0 ? QStringLiteral("an icon's id is 0 or more, and not %1").arg(iconId) : QString();
+}
+
+QString ofBytes(const QByteArray& bytes, int maximum)
+{
+    if (bytes.isEmpty())
+        return QStringLiteral("it has no bytes");
+    if (bytes.size() > maximum)
+        return QStringLiteral("it has %1 bytes, and at most %2 are taken").arg(bytes.size()).arg(maximum);
+    return {};
 }
 
 } // namespace
@@ -19,30 +31,27 @@ QString unless(bool isTaken, const QString& why)
 
 QString ofItem(const QString& text, const std::optional<int>& iconId, const QString& cookie)
 {
+    const QString tooMany = QStringLiteral("the %1 has %2 characters, and at most %3 are taken");
     if (text.isEmpty())
         return QStringLiteral("the text is empty");
-    if (text.size() > 100)
-        return QStringLiteral("the text has %1 characters, and at most 100 are taken").arg(text.size());
-    if (text.count(u'\n') + text.count(u'\r') > 2)
-        return QStringLiteral("the text has more than two line breaks");
-    if (cookie.size() > 128)
-        return QStringLiteral("the cookie has %1 characters, and at most 128 are taken").arg(cookie.size());
+    if (text.size() > ProfileBox::maximumTextLength)
+        return tooMany.arg(QStringLiteral("text")).arg(text.size()).arg(ProfileBox::maximumTextLength);
+    if (text.count(u'\n') + text.count(u'\r') > ProfileBox::maximumLineBreaks)
+        return QStringLiteral("the text has more than %1 line breaks").arg(ProfileBox::maximumLineBreaks);
+    if (cookie.size() > ProfileBox::maximumCookieLength)
+        return tooMany.arg(QStringLiteral("cookie")).arg(cookie.size()).arg(ProfileBox::maximumCookieLength);
     return iconId ? ofIconId(*iconId) : QString();
 }
 
 QString ofIcon(int iconId, const QByteArray& icon)
 {
     const QString refusal = ofIconId(iconId);
-    return refusal.isEmpty() ? ofPicture(icon) : refusal;
+    return refusal.isEmpty() ? ofBytes(icon, ProfileBox::maximumIconSize) : refusal;
 }
 
 QString ofPicture(const QByteArray& picture)
 {
-    if (picture.isEmpty())
-        return QStringLiteral("it has no bytes");
-    if (picture.size() > 32768)
-        return QStringLiteral("it has %1 bytes, and at most 32768 are taken").arg(picture.size());
-    return {};
+    return ofBytes(picture, UserProfile::maximumPictureSize);
 }
 
 } // namespace vx::platform::zel::refusals

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <vx/platform/zel/RequestError.h>
 
+#include <QtCore/QDebug>
+#include <QtCore/QMetaEnum>
+
 namespace vx::platform::zel {
 
 RequestError::RequestError(Reason reason, const QString& errorString)
@@ -24,6 +27,12 @@ void RequestError::raise() const
 RequestError* RequestError::clone() const
 {
     return new RequestError(*this);
+}
+
+QDebug operator<<(QDebug debug, RequestError::Reason reason)
+{
+    const QDebugStateSaver saver(debug);
+    return debug.nospace() << QMetaEnum::fromType<RequestError::Reason>().valueToKey(reason);
 }
 
 } // namespace vx::platform::zel

@@ -145,8 +145,8 @@ QFuture<void> Requests::updateStatus(UserStatus::Type status, const QString& sta
         [&](const UserProfile& profile) { return StatusKey(profile.status(), profile.statusMessage()) == value; });
 }
 
-/// Changes the picture to \a displayPicture, of \a type. Refused unless it has 1 to 32768 bytes, and while another one
-/// is on its way. Known by its bytes.
+/// Changes the picture to \a displayPicture, of \a type. Refused unless it has 1 to UserProfile::maximumPictureSize
+/// bytes, and while another one is on its way. Known by its bytes.
 QFuture<void> Requests::updateDisplayPicture(ImageType::Type type, const QByteArray& displayPicture)
 {
     return d->ask(d->ownPictures, displayPicture, [&] {

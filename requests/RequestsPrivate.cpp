@@ -99,7 +99,7 @@ QString RequestsPrivate::addItemWithIcon(const ItemKey& item, int iconId, ImageT
     const auto& [text, optionalIcon, cookie] = item;
     QString refusal = refusals::ofItem(text, optionalIcon, cookie);
     if (refusal.isEmpty())
-        refusal = refusals::ofPicture(icon);
+        refusal = refusals::ofIcon(iconId, icon);
     if (!refusal.isEmpty())
         return refusal;
     // False when it is on its way.

@@ -33,7 +33,7 @@ public:
         m_countBefore = contactCount();
     }
 
-    bool isAllowed() const { return context && context->isAccessAllowed() && delegate; }
+    bool isAllowed() const { return mistakes::hasAccess("ContactService", context) && delegate; }
     bool mayRequest(const char* where) const { return mistakes::mayRequest(where, context, isAllowed()); }
     bool isValid() const { return isAllowed() && delegate->isContactListInitialized(); }
     bool isComplete() const { return isAllowed() && delegate->isContactListComplete(); }

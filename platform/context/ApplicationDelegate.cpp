@@ -23,6 +23,7 @@ bool ApplicationDelegate::registerApplication(const QUuid& uuid, bool silent)
 {
     if (!m_services->canRegister())
         return false;
+    m_requestedUuid = uuid;
     m_services->globals()->sendRegistration(quuidToZELConformantString(uuid), silent);
     return true;
 }

@@ -22,6 +22,8 @@ public:
     static QString quuidToZELConformantString(const QUuid& uuid);
 
     bool registerApplication(const QUuid& uuid, bool silent);
+    /// As which application the process was to be registered last; null before it was.
+    QUuid requestedUuid() const { return m_requestedUuid; }
     void notifyRegistrationEvent(const QString& code);
     /// The last state that was told, but for an InvalidUuid that the service has not said.
     RegistrationState::Type toldState() const { return m_toldState; }
@@ -37,6 +39,7 @@ Q_SIGNALS:
 private:
     Services* const m_services;
     RegistrationState::Type m_toldState = RegistrationState::Unknown;
+    QUuid m_requestedUuid;
 };
 
 } // namespace vx::platform::zel

@@ -31,7 +31,7 @@ public:
 
     bool allows(Permission::Type permission) const
     {
-        if (!context || !context->isAccessAllowed() || !registrar)
+        if (!mistakes::hasAccess("ApplicationPermissions", context) || !registrar)
             return false;
         switch (permission) {
         case Permission::ProfileUpdatesAllowed:

@@ -5,6 +5,7 @@
 #include <platform/context/ApplicationDelegate.h>
 #include <platform/mistakes/Mistakes.h>
 
+#include <QtCore/QMetaEnum>
 #include <QtCore/QPointer>
 
 #include <utility>
@@ -31,8 +32,10 @@ public:
 
     bool requestRegistration(bool silent)
     {
+        mistakes::isRightThread("Context");
         if (uuid.isNull()) {
-            mistakes::warn(registering, "the UUID is null; give the context the one of the application");
+            mistakes::warn(registering, "the UUID is null, as one made of text that is none; give the context the one "
+                                        "of the application");
             delegate->notifyRegistrationEvent(QStringLiteral("InvalidUuid"));
             return false;
         }
@@ -71,7 +74,16 @@ private:
 
     QString whyNotNow() const
     {
-        switch (q->registrationState()) {
+        const RegistrationState::Type state = q->registrationState();
+        const bool isTaken = state == RegistrationState::Allowed || state == RegistrationState::Pending;
+        const QUuid taken = delegate->requestedUuid();
+        if (isTaken && !taken.isNull() && taken != uuid)
+            return QStringLiteral("the process is the application %1 already, with all of its contexts; give them one "
+                                  "UUID, or run the other application as another process")
+                .arg(taken.toString(QUuid::WithoutBraces));
+        if (!ServiceBridge::instance()->isInitialized())
+            return QStringLiteral("there is no core service; start one before the application");
+        switch (state) {
         case RegistrationState::Unknown:
             return QStringLiteral("the service has not said yet how things stand, or nothing that this version knows; "
                                   "wait for registrationStateUpdated()");
@@ -80,9 +92,9 @@ private:
         case RegistrationState::Pending:
             return QStringLiteral("a registration is under way; wait for registrationStateUpdated()");
         default:
-            return QStringLiteral(
-                "the present registration state does not allow it; request it in one of those that do, "
-                "such as Unregistered");
+            return QStringLiteral("the registration state is %1, which does not allow it; request it in one of those "
+                                  "that do, such as Unregistered")
+                .arg(QString::fromLatin1(QMetaEnum::fromType<RegistrationState::Type>().valueToKey(state)));
         }
     }
 

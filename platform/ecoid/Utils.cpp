@@ -32,7 +32,7 @@ public:
         });
     }
 
-    bool isAllowed() const { return context && context->isAccessAllowed() && delegate; }
+    bool isAllowed() const { return mistakes::hasAccess("Utils", context) && delegate; }
     /// Whether a request about somebody whom `id` names may be made. One about nobody may, and is told of.
     bool mayRequest(const char* where, const QString& id) const
     {

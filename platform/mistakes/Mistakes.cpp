@@ -104,11 +104,17 @@ void checkMaking(const char* where, const Context* context, Needs needs)
              "made before the context was ready, it misses what has not come yet; make it when whenReady() tells");
 }
 
+bool hasAccess(const char* where, const Context* context)
+{
+    if (context && context->thread() != QThread::currentThread())
+        isRightThread(where);
+    return context && context->isAccessAllowed();
+}
+
 bool mayRequest(const char* where, const Context* context, bool isAllowed)
 {
     if (!context)
         return warn(where, "there is no context; give the object one, and keep it for as long as the object is used");
-    isRightThread(where);
     lastRequest = where;
     return isAllowed || warn(where, withoutAccess(*context));
 }

@@ -29,6 +29,8 @@ enum class Needs { Context, Access, Readiness };
 
 /// An object of the class `where` has been made.
 void checkMaking(const char* where, const Context* context, Needs needs);
+/// An object of the class `where` is used: whether its context, if there is one, gives access.
+bool hasAccess(const char* where, const Context* context);
 /// A request is made: whether it may be, which is `isAllowed`. Says why, if it may not.
 bool mayRequest(const char* where, const Context* context, bool isAllowed);
 /// The message of the request that was made last is longer than the object takes.

@@ -21,7 +21,7 @@ class UserProfilePrivate : public QObject
 public:
     UserProfilePrivate(Context* givenContext, UserProfile* userProfile);
 
-    bool isAllowed() const { return context && context->isAccessAllowed() && profile; }
+    bool isAllowed() const { return mistakes::hasAccess("UserProfile", context) && profile; }
     bool mayRequest(const char* where) const { return mistakes::mayRequest(where, context, isAllowed()); }
 
     UserProfile* const q;
@@ -224,8 +224,8 @@ bool UserProfile::requestUpdateStatus(UserStatus::Type status, const QString& st
     return true;
 }
 
-/// Asks for \a displayPicture, of 1 to 32768 bytes, to be the picture; it goes out as a JPEG when \a type is
-/// Unsupported. Also false while an earlier picture waits for the service to take it. While it waits it is asked for
+/// Asks for \a displayPicture, of 1 to maximumPictureSize bytes, to be the picture; it goes out as a JPEG when \a type
+/// is Unsupported. Also false while an earlier picture waits for the service to take it. While it waits it is asked for
 /// again; when the service refuses any change of the profile meanwhile, it counts as given up, and another may be set.
 bool UserProfile::requestUpdateDisplayPicture(ImageType::Type type, const QByteArray& displayPicture)
 {

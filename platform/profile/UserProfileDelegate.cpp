@@ -4,6 +4,7 @@
 #include <platform/channel/Trace.h>
 #include <platform/context/HelperUtils.h>
 #include <splib/globals/OwnPicture.h>
+#include <vx/platform/zel/UserProfile.h>
 
 #include <limits>
 
@@ -51,13 +52,15 @@ bool UserProfileDelegate::setAvatar(ImageType::Type type, const QByteArray& avat
                                                    static_cast<unsigned int>(avatar.size()));
 }
 
-const char* UserProfileDelegate::whyRefused(const QByteArray& avatar)
+QString UserProfileDelegate::whyRefused(const QByteArray& avatar)
 {
-    if (avatar.isEmpty())
-        return "the picture is empty; give it 1 to 32768 bytes";
-    if (avatar.size() > qsizetype(zelsplib::DEFAULT_MAX_AVATAR_DATA_SIZE))
-        return "the picture is too big; give it 1 to 32768 bytes";
-    return "another picture is under way; wait for displayPictureUpdated()";
+    static_assert(UserProfile::maximumPictureSize == zelsplib::DEFAULT_MAX_AVATAR_DATA_SIZE);
+    const bool isTooBig = avatar.size() > UserProfile::maximumPictureSize;
+    if (avatar.isEmpty() || isTooBig)
+        return QStringLiteral("the picture is %1; give it 1 to %2 bytes")
+            .arg(isTooBig ? QStringLiteral("too big") : QStringLiteral("empty"))
+            .arg(UserProfile::maximumPictureSize);
+    return QStringLiteral("another picture is under way; wait for displayPictureUpdated()");
 }
 
 void UserProfileDelegate::notifyDisplayNameUpdated(const QString& value)

@@ -35,7 +35,7 @@ public:
     void setPersonalMessage(const QString& personalMessage);
     void setStatus(UserStatus::Type status, const QString& statusMessage);
     /// Why setAvatar() has refused this picture.
-    static const char* whyRefused(const QByteArray& avatar);
+    static QString whyRefused(const QByteArray& avatar);
     bool setAvatar(ImageType::Type type, const QByteArray& avatar);
 
     void notifyDisplayNameUpdated(const QString& value);

@@ -30,7 +30,7 @@ public:
         m_iconsBefore = registeredIcons();
     }
 
-    bool isAllowed() const { return context && context->isAccessAllowed() && delegate; }
+    bool isAllowed() const { return mistakes::hasAccess("ProfileBox", context) && delegate; }
     bool mayRequest(const char* where) const { return mistakes::mayRequest(where, context, isAllowed()); }
     int itemCount() const { return isAllowed() ? delegate->itemCount() : 0; }
     QList<int> registeredIcons() const { return isAllowed() ? delegate->registeredIcons() : QList<int>(); }

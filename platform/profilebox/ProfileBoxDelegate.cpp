@@ -5,6 +5,8 @@
 #include <platform/context/HelperUtils.h>
 #include <platform/mistakes/Mistakes.h>
 #include <platform/profilebox/ProfileBoxItemPrivate.h>
+#include <splib/profilebox/BoxRefusal.h>
+#include <vx/platform/zel/ProfileBox.h>
 
 #include <limits>
 
@@ -15,29 +17,39 @@ namespace {
 constexpr const char* addingItem = "ProfileBox::requestAddItem";
 constexpr const char* registeringIcon = "ProfileBox::requestRegisterIcon";
 
-const char* wordsOf(zelsplib::BoxRefusal refusal, bool isEmpty = false)
+// What applications read and what the manager goes by.
+static_assert(ProfileBox::maximumTextLength == zelsplib::maxTextLength &&
+              ProfileBox::maximumLineBreaks == zelsplib::maxTextBreaks &&
+              ProfileBox::maximumCookieLength == zelsplib::maxCookieLength &&
+              ProfileBox::maximumIconSize == zelsplib::maxIconSize);
+
+QString wordsOf(zelsplib::BoxRefusal refusal, bool isEmpty = false)
 {
     using zelsplib::BoxRefusal;
     switch (refusal) {
     case BoxRefusal::TextIsEmpty:
-        return "the text is empty; give it 1 to 100 characters";
+        return QStringLiteral("the text is empty; give it 1 to %1 characters").arg(ProfileBox::maximumTextLength);
     case BoxRefusal::TextIsTooLong:
-        return "the text is too long; give it 1 to 100 characters, those of QString::size()";
+        return QStringLiteral("the text is too long; give it 1 to %1 characters, those of QString::size()")
+            .arg(ProfileBox::maximumTextLength);
     case BoxRefusal::TextHasTooManyLines:
-        return "the text has more than two line breaks, a carriage return and a line feed counting as two; take some "
-               "out";
+        return QStringLiteral("the text has more than %1 line breaks, a carriage return and a line feed counting as "
+                              "two; take some out")
+            .arg(ProfileBox::maximumLineBreaks);
     case BoxRefusal::CookieIsTooLong:
-        return "the cookie is too long; give it at most 128 characters";
+        return QStringLiteral("the cookie is too long; give it at most %1 characters")
+            .arg(ProfileBox::maximumCookieLength);
     case BoxRefusal::IconIdIsNegative:
-        return "the icon id is negative; take one from 0 on";
+        return QStringLiteral("the icon id is negative; take one from 0 on");
     case BoxRefusal::IconIsNull: // never from a QByteArray
     case BoxRefusal::IconHasWrongSize:
-        return isEmpty ? "the icon is empty; give it 1 to 32768 bytes"
-                       : "the icon is too big; give it 1 to 32768 bytes";
+        return QStringLiteral("the icon is %1; give it 1 to %2 bytes")
+            .arg(isEmpty ? QStringLiteral("empty") : QStringLiteral("too big"))
+            .arg(ProfileBox::maximumIconSize);
     case BoxRefusal::IconIsUnderWay:
-        return "an icon with this id is under way; wait for iconRegistered()";
+        return QStringLiteral("an icon with this id is under way; wait for iconRegistered()");
     case BoxRefusal::IconIsRegistered:
-        return "an icon with this id is registered already; registeredIcons() has them";
+        return QStringLiteral("an icon with this id is registered already; registeredIcons() has them");
     }
     Q_UNREACHABLE();
 }

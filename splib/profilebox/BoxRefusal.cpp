@@ -11,11 +11,6 @@ using namespace logging;
 
 namespace {
 
-constexpr qsizetype maxTextLength = 100;
-constexpr qsizetype maxTextBreaks = 2;
-constexpr qsizetype maxCookieLength = 128;
-constexpr unsigned maxIconSize = 32768;
-
 QString lineOf(BoxRefusal refusal)
 {
     switch (refusal) {

@@ -7,6 +7,12 @@
 
 namespace zelsplib {
 
+/// What an item and an icon may measure at most: characters and bytes.
+inline constexpr qsizetype maxTextLength = 100;
+inline constexpr qsizetype maxTextBreaks = 2;
+inline constexpr qsizetype maxCookieLength = 128;
+inline constexpr unsigned maxIconSize = 32768;
+
 /// Why a request for an item or an icon of the profile box cannot be one.
 enum class BoxRefusal {
     TextIsEmpty,

@@ -53,16 +53,21 @@ private Q_SLOTS:
               {[] { Context({}).requestRegisterApplication(); },
                "Context::requestRegisterApplication: the UUID is null"},
               {[&] { whenReady(static_cast<Context*>(nullptr), this, [] {}); }, "whenReady: there is no context"}});
-        m_desk->tell(u"listAdd"_s, u"global"_s, R"({"name":"permission","value":{}})");
+        m_desk->tell(u"listAdd"_s, u"global"_s,
+                     R"({"name":"permission","value":{"registrationState":"Unregistered"}})");
+        QVERIFY(m_desk->settle());
+        QVERIFY(context.requestRegisterApplication());
         const std::pair<const char*, const char*> rows[] = {
             {"Pending", "Context::requestRegisterApplication: a registration is under way"},
-            {"Expired", "the present registration state does not"},
+            {"Expired", "the registration state is Expired, which does not"},
             {"Success", "the application is registered already"}};
         for (const auto& [state, reason] : rows) {
             m_desk->changeState(QString::fromLatin1(state));
             QVERIFY(m_desk->settle());
             tell({{request, reason}});
         }
+        tell({{[] { Context(QUuid::createUuid()).requestRegisterApplication(); },
+               "the process is the application 6f8d"}});
     }
 
     void whatIsRefused()
@@ -75,7 +80,10 @@ private Q_SLOTS:
         const auto addWithIcon = [&](int icon) { box.requestAddItem(u"x"_s, icon, {}); };
         const auto icon = [&](int id, const QByteArray& data) { box.requestRegisterIcon(id, ImageType::Png, data); };
         const auto picture = [&](const QByteArray& data) { profile.requestUpdateDisplayPicture(ImageType::Png, data); };
-        const auto elsewhere = [&] { utils.requestEcoId(u"p"_s); };
+        const auto elsewhere = [&] {
+            utils.requestEcoId(u"p"_s);
+            contacts.contactCount();
+        };
         const QByteArray tooBig(32769, 'x');
         const QString tooLong(70000, u'x');
         // What is right is silent.
@@ -96,7 +104,7 @@ private Q_SLOTS:
                "UserProfile::requestUpdateStatus: the message has more than 65536 bytes"},
               {[&] { add({}, {}); }, "ProfileBox::requestAddItem: the text is empty"},
               {[&] { add(QString(101, u'x'), {}); }, "ProfileBox::requestAddItem: the text is too long"},
-              {[&] { add(u"\r\n\n"_s, {}); }, "ProfileBox::requestAddItem: the text has more than two"},
+              {[&] { add(u"\r\n\n"_s, {}); }, "ProfileBox::requestAddItem: the text has more than 2"},
               {[&] { add(u"x"_s, QString(129, u'x')); }, "ProfileBox::requestAddItem: the cookie is too"},
               {[&] { addWithIcon(-1); }, "ProfileBox::requestAddItem: the icon id is negative"},
               {[&] { addWithIcon(9); }, "ProfileBox::requestAddItem: no icon with this id is registered"},
@@ -115,7 +123,7 @@ private Q_SLOTS:
                    thread->start();
                    thread->wait();
                },
-               "Utils::requestEcoId: used from another thread"}});
+               "Utils: used from another thread|ContactService: used from another thread"}});
         m_desk->changePermission(R"({"showAppBox":false})");
         QVERIFY(m_desk->settle());
         tell({{[&] { add(u"x"_s, {}); }, "ProfileBox::requestAddItem: the user does not allow"}});

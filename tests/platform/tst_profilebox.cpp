@@ -39,6 +39,18 @@ private Q_SLOTS:
         QCOMPARE(heard.take(), QStringList({u"added 4 | four"_s, u"count | 4"_s, u"removed 2 | "_s, u"count | 3"_s}));
     }
 
+    void announcesWhichIconsItemsMayName()
+    {
+        const ProfileBox box(ready());
+        Heard heard;
+        heard.note(box, &ProfileBox::registeredIconsChanged, QString(), [&] { return written(box.registeredIcons()); });
+        heard.note(box, &ProfileBox::iconRegistered, u"registered"_s);
+        for (const auto message : {u"listAdd"_s, u"listAdd"_s, u"listRemove"_s})
+            m_desk->tell(message, u"profileBoxImage"_s, R"({"imageId":"5"})");
+        QVERIFY(m_desk->settle());
+        QCOMPARE(heard.take(), QStringList());
+    }
+
     void asksForTheRemovalOfItems()
     {
         ProfileBox box(ready());

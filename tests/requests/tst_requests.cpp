@@ -193,7 +193,7 @@ private Q_SLOTS:
         expect("the identifier is empty", [](Requests& r) { return r.ecoIdStatus({}); });
         expect("the text is empty", [](Requests& r) { return r.addItem({}, {}); });
         expect("the text has 101 characters", [](Requests& r) { return r.addItem(QString(101, u'x'), {}); });
-        expect("more than two line breaks", [](Requests& r) { return r.addItem(u"\r\n\n"_s, 7, {}); });
+        expect("more than 2 line breaks", [](Requests& r) { return r.addItem(u"\r\n\n"_s, 7, {}); });
         expect("the cookie has 129 characters", [](Requests& r) { return r.addItem(u"x"_s, QString(129, u'x')); });
         expect("0 or more, and not -1", [](Requests& r) { return r.addItem(u"x"_s, -1, {}); });
         expect("an item: it has no bytes", [](Requests& r) { return r.addItemWithIcon(u"x"_s, 9, {}, {}, {}); });

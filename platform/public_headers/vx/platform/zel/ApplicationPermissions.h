@@ -16,8 +16,8 @@ class Context;
 
 /// What the user allows the application to do.
 ///
-/// Make it after registration, in the slot of registrationStateUpdated(Allowed): one that is made while the context
-/// gives no access answers Denied for its life. The context is held guarded and may go first.
+/// Make it when the context is ready, as whenReady() tells: one that is made while the context gives no access answers
+/// Denied for its life. The context is held guarded and may go first.
 ///
 /// Thread: that of the context. There are no signals; ask when the answer is needed, it is always the current one.
 class ZEL_EXPORT ApplicationPermissions : public QObject

@@ -19,11 +19,11 @@ class ContactServicePrivate;
 
 /// The user's contacts who also have the application, and what happens to them.
 ///
-/// Make it after registration, in the slot of registrationStateUpdated(Allowed): one that is made while the context
-/// gives no access answers defaults for its life. The first one starts the following of contacts; all of them show the
-/// same contacts. The context is held guarded and may go first.
+/// Make it when the context is ready, as whenReady() tells: one that is made while the context gives no access answers
+/// defaults for its life. The first one starts the following of contacts; all of them show the same contacts. The
+/// context is held guarded and may go first.
 ///
-/// What has come by the time it is made is there at once. One that is made in the slot of the first Allowed hears one
+/// What has come by the time it is made is there at once. One that is made when the context becomes ready hears one
 /// contactListUpdated() when the list is whole; for one that is made later, when it is whole already, none need follow.
 /// So show contacts() right after making it, and again at each contactListUpdated() and at each Allowed; isComplete()
 /// says whether these are all. The list is whole when the record of every contact has come: one who is listed and never

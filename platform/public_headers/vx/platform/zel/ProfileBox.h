@@ -24,9 +24,9 @@ class ProfileBoxPrivate;
 /// completes, except for an application that may not show a box: registration does not wait for it then. All boxes of
 /// a process show the same items. The context is held guarded and may go first.
 ///
-/// Requests are answered by the service through the signals. Its rules: a text of 1 to 100 characters (those of
-/// QString::size(), so one beyond the first 65536 counts as two) with at most two line breaks ("\r\n" counts as two), a
-/// cookie of at most 128 characters, an icon of 1 to 32768 bytes under an id of 0 or more that is not registered yet.
+/// Requests are answered by the service through the signals. Its rules are the constants below: a text of 1 to 100
+/// characters with at most two line breaks, a cookie of at most 128 characters, an icon of 1 to 32768 bytes under an id
+/// of 0 or more that is not registered yet.
 /// What breaks them is refused: an icon by false, an item only by a line in the log; a warning says why, once. Which
 /// icon an item may name is for the service to judge: one that is registered, or on its way. For an item without an
 /// icon take the form without the id.
@@ -39,6 +39,15 @@ class ZEL_EXPORT ProfileBox : public QObject
     Q_PROPERTY(QList<int> registeredIcons READ registeredIcons NOTIFY registeredIconsChanged)
 
 public:
+    /// The longest text of an item, in characters as QString::size() counts them: most emoji are two.
+    static constexpr int maximumTextLength = 100;
+    /// The most line breaks in it; a carriage return and a line feed are two.
+    static constexpr int maximumLineBreaks = 2;
+    /// The longest cookie of an item, in the same characters.
+    static constexpr int maximumCookieLength = 128;
+    /// The biggest icon, in bytes.
+    static constexpr int maximumIconSize = 32768;
+
     /// The box of the application that \a context registers; \a parent may own this object.
     explicit ProfileBox(Context* context, QObject* parent = nullptr);
     ~ProfileBox() override;

@@ -18,14 +18,14 @@ class UserProfilePrivate;
 
 /// The user's own profile, to read and to change.
 ///
-/// Make it after registration, in the slot of registrationStateUpdated(Allowed): one that is made while the context
-/// gives no access answers defaults and refuses requests for its life. It keeps a copy of the profile as it was then,
+/// Make it when the context is ready, as whenReady() tells: one that is made while the context gives no access answers
+/// defaults and refuses requests for its life. It keeps a copy of the profile as it was then,
 /// and follows the changes of the display name, personal message, status and picture. While access is lost it answers
 /// defaults; the copy is kept current and shows again when access returns. The context is held guarded and may go
 /// first. The application owns its profile objects and may have several.
 ///
 /// A request answers whether it was handed on, and no more: what the service makes of it shows in the signals. A
-/// picture has 1 to 32768 bytes; another one is refused until the service has answered the one before.
+/// picture has 1 to maximumPictureSize bytes; another one is refused until the service has answered the one before.
 ///
 /// Thread: that of the context. In a slot anything may be done, including destroying this object.
 class ZEL_EXPORT UserProfile : public QObject
@@ -45,6 +45,9 @@ class ZEL_EXPORT UserProfile : public QObject
     Q_PROPERTY(int sdkVersion READ sdkVersion CONSTANT)
 
 public:
+    /// The biggest picture, in bytes: 32 KiB.
+    static constexpr int maximumPictureSize = 32768;
+
     /// The profile of the user for whom \a context gives access; \a parent may own this object.
     explicit UserProfile(Context* context, QObject* parent = nullptr);
     ~UserProfile() override;

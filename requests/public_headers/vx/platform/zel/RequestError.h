@@ -6,6 +6,10 @@
 #include <QtCore/QObject>
 #include <QtCore/QString>
 
+QT_BEGIN_NAMESPACE
+class QDebug;
+QT_END_NAMESPACE
+
 namespace vx::platform::zel {
 
 /// Why a request of Requests has no answer: what QFuture::onFailed() is given, and QFuture::result() throws.
@@ -44,5 +48,8 @@ private:
     Reason m_reason;
     QByteArray m_what;
 };
+
+/// Writes the name of \a reason to \a debug, without the class: "TimedOut".
+Q_DECL_EXPORT QDebug operator<<(QDebug debug, RequestError::Reason reason);
 
 } // namespace vx::platform::zel
