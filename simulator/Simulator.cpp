@@ -14,6 +14,17 @@ using namespace Qt::StringLiterals;
 
 namespace zelcore {
 
+/// What may fail with a sentence; for a caller who has no place for it, it is a warning.
+template <typename Attempt>
+static bool orWarned(const SimulatorPrivate& simulator, QString* given, Attempt attempt)
+{
+    QString own;
+    const bool done = attempt(given ? given : &own);
+    if (!done && !given)
+        simulator.warn(own);
+    return done;
+}
+
 Simulator::Simulator(QObject* parent)
     : QObject(parent)
     , d(std::make_unique<SimulatorPrivate>(this))
@@ -50,8 +61,7 @@ bool Simulator::exportRoot(QString* error) const
 
 bool Simulator::start(QString* error)
 {
-    QString problem;
-    return d->start(error ? error : &problem);
+    return orWarned(*d, error, [this](QString* problem) { return d->start(problem); });
 }
 
 void Simulator::stop()
@@ -71,8 +81,7 @@ void Simulator::goAway()
 
 bool Simulator::comeBack(QString* error)
 {
-    QString problem;
-    return d->comeBack(error ? error : &problem);
+    return orWarned(*d, error, [this](QString* problem) { return d->comeBack(problem); });
 }
 
 int Simulator::clientCount() const
@@ -310,8 +319,7 @@ void Simulator::sendRecord(const QByteArray& record)
 
 bool Simulator::execute(const QString& commandLine, QString* reply)
 {
-    QString answer;
-    return Commands(*d).run(commandLine, reply ? reply : &answer);
+    return orWarned(*d, reply, [&](QString* answer) { return Commands(*d).run(commandLine, answer); });
 }
 
 QString Simulator::commandHelp()
@@ -332,8 +340,7 @@ std::optional<QStringList> Simulator::splitWords(const QString& line, QString* e
 
 bool Simulator::loadScenario(const QString& scenario, QString* error)
 {
-    QString problem;
-    return d->load(scenario, error ? error : &problem);
+    return orWarned(*d, error, [&](QString* problem) { return d->load(scenario, problem); });
 }
 
 QStringList Simulator::scenarioNames()

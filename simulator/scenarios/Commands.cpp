@@ -250,6 +250,20 @@ Answer addIcon(World& world, const QStringList& args)
     return done(problem.isEmpty() ? world.addBoxIcon(args.first(), data) : problem);
 }
 
+// --- The timeline ------------------------------------------------------------------------------------------------
+
+Answer showTimeline(SimulatorPrivate& simulator, const QStringList&)
+{
+    return say(
+        u"%1 ms%2"_s.arg(simulator.timeline.time()).arg(simulator.timeline.isPaused() ? u", paused"_s : QString()));
+}
+
+Answer stepTimeline(SimulatorPrivate& simulator, const QStringList&)
+{
+    return done(simulator.timeline.step() ? QString()
+                                          : u"no entry follows; those that wait for a registration do not before it"_s);
+}
+
 // --- Trouble -----------------------------------------------------------------------------------------------------
 
 template <Simulator::Fault kind>
@@ -303,11 +317,10 @@ using A = QStringList;
 
 const Form forms[] = {
     {u"help", u"", u"this text", [](W&, const A&) { return say(Commands::help()); }},
-    {u"state", u"", u"the registration of the application that connected last",
+    {u"state", u"", u"that of the application that came last",
      [](S& s, const A&) { return say(s.service.registrationState()); }},
-    {u"state", u"STATE", u"sets that of every application, as it stands on the wire: Success, ...", setState},
-    {u"registration", u"POLICY [MS]", u"auto, manual, or the outcome of requests: Pending, and after MS that",
-     setRegistration},
+    {u"state", u"STATE", u"sets that of all: Success, Expired, ...", setState},
+    {u"registration", u"POLICY [MS]", u"auto, manual, or a state, after MS", setRegistration},
     {u"permission", u"showAppBox|zelInvites|zelSetup on|off", u"what the user allows", setPermission},
     {u"clients", u"", u"the applications that are connected", showClients},
     {u"profile", u"", u"shows the device's own user",
@@ -318,8 +331,7 @@ const Form forms[] = {
     {u"picture", u"FILE|SIZE|none", u"the own picture; SIZE makes one up",
      [](W& w, const A& args) { return changeProfile(w, {u"picture="_s + args.first()}); }},
     {u"contact", u"HANDLE", u"shows a contact", showContact},
-    {u"contact add", u"HANDLE [FIELD=VALUE]... [installed=off]", u"adds one, who runs the application or does not",
-     addContact},
+    {u"contact add", u"HANDLE [FIELD=VALUE]... [installed=off]", u"adds one, with the application or not", addContact},
     {u"contact change", u"HANDLE FIELD=VALUE...", u"changes one", changeContact},
     {u"contact install", u"HANDLE", u"begins to run the application",
      [](W& w, const A& args) { return done(w.setInstalled(args.first(), true)); }},
@@ -336,7 +348,7 @@ const Form forms[] = {
      [](W& w, const A& args) { return done(addPeople(w, args.first().toInt(), args.value(1, u"1"_s).toUInt())); }},
     {u"rate", u"PER-SECOND [mixed|changes|installs|uninstalls|invitations]", u"lets contacts live; 0 stops it",
      setRate},
-    {u"invite", u"HANDLE", u"this contact sends a connection invitation",
+    {u"invite", u"HANDLE", u"sends a connection invitation",
      [](S& s, const A& args) { return done(s.invite(args.first())); }},
     {u"box", u"", u"shows the profile box", showBox},
     {u"box add", u"TEXT [COOKIE] [ICON]", u"adds an item", addItem},
@@ -354,7 +366,14 @@ const Form forms[] = {
      [](W& w, const A& args) { return say(w.ecoIdStatus(args.first())); }},
     {u"eco-status", u"ECOID Unknown|ContactExists|PendingContactExists", u"sets it",
      [](W& w, const A& args) { return done(w.setEcoIdStatus(args.first(), args.last())); }},
-    {u"drop", u"[TYPE]", u"the next message (of this type) is lost", orderFault<Fault::Drop>},
+    {u"timeline", u"", u"how far the scenario's timeline is", showTimeline},
+    {u"timeline pause", u"", u"its clock stands still",
+     [](S& s, const A&) { return s.timeline.setPaused(true), Answer(); }},
+    {u"timeline step", u"", u"pauses, and runs the next entry", stepTimeline},
+    {u"timeline until", u"MS", u"pauses, and runs all up to MS",
+     [](S& s, const A& args) { return say(u"%1 entries"_s.arg(s.timeline.runUntil(args.first().toInt()))); }},
+    {u"timeline go", u"", u"on by the clock", [](S& s, const A&) { return s.timeline.setPaused(false), Answer(); }},
+    {u"drop", u"[TYPE]", u"the next message (of a type) is lost", orderFault<Fault::Drop>},
     {u"delay", u"MS [TYPE]", u"... comes late, after others", orderFault<Fault::Delay>},
     {u"duplicate", u"[TYPE]", u"... comes twice", orderFault<Fault::Duplicate>},
     {u"truncate", u"BYTES [TYPE]", u"... is cut", orderFault<Fault::Truncate>},
@@ -414,24 +433,29 @@ QString argumentProblem(const Form& form, const QStringList& words)
     return at < words.size() ? u"\"%1\" is one word too many"_s.arg(words.at(at)) : QString();
 }
 
-/// Why there is no form for these words.
-QString usageProblem(const QStringList& words, const QString& argumentProblem)
+/// Why there is no form for these words, of which the first `nameLength` name a command.
+QString usageProblem(const QStringList& words, qsizetype nameLength, const QString& argumentProblem)
 {
-    QStringList usages;
+    QStringList commands;
     QStringList actions;
+    QStringList usages;
     for (const Form& form : forms) {
         const QStringList name = QString::fromUtf16(form.name).split(u' ');
-        if (name.first() != words.first())
-            continue;
-        usages.append(usageOf(form));
-        if (name.size() > 1)
+        commands.append(name.first());
+        if (name.first() == words.first() && name.size() > 1)
             actions.append(name.last());
+        if (name.mid(0, nameLength) == words.mid(0, nameLength))
+            usages.append(usageOf(form));
     }
-    if (usages.isEmpty())
-        return u"\"%1\" is not a command; \"help\" lists them"_s.arg(words.first().left(60));
-    if (actions.isEmpty() || actions.contains(words.value(1)) || words.size() < 2)
-        return u"%1; usage: %2"_s.arg(argumentProblem, usages.join("; "_L1));
-    return u"%1 has no action \"%2\"; there are: %3"_s.arg(words.first(), words.at(1).left(60), actions.join(", "_L1));
+    commands.removeDuplicates();
+    actions.removeDuplicates();
+    if (!commands.contains(words.first()))
+        return u"\"%1\" is not a command; there are: %2"_s.arg(words.first().left(60), commands.join(", "_L1));
+    const bool isAction = nameLength > 1 || words.size() < 2;
+    if (!actions.isEmpty() && !isAction)
+        return u"%1 has no action \"%2\"; there are: %3"_s.arg(words.first(), words.at(1).left(60),
+                                                               actions.join(", "_L1));
+    return u"%1; usage: %2"_s.arg(argumentProblem, usages.join("; "_L1));
 }
 
 } // namespace
@@ -471,7 +495,7 @@ bool Commands::run(const QStringList& words, QString* reply) const
         longestName = name.size();
     }
     if (!fitting) {
-        *reply = words.isEmpty() ? u"no command"_s : usageProblem(words, problem);
+        *reply = words.isEmpty() ? u"no command"_s : usageProblem(words, longestName, problem);
         return false;
     }
     const QStringList args = words.mid(longestName);
@@ -491,7 +515,7 @@ bool Commands::run(const QStringList& words, QString* reply) const
 
 QString Commands::help()
 {
-    constexpr qsizetype column = 42;
+    constexpr qsizetype column = 36;
     QString text;
     for (const Form& form : forms) {
         const QString usage = usageOf(form);
@@ -499,8 +523,10 @@ QString Commands::help()
         const QString gap = usage.size() > column ? u'\n' + QString(column + 2, u' ') : QString();
         text += u"  %1%2  %3\n"_s.arg(usage.leftJustified(column), gap, QString::fromUtf16(form.what));
     }
-    return text + u"Fields of a person: %1, picture.\nBlanks separate words; \"quotes\" keep them together (\\n in "
-                  "double ones is a line break); # begins a comment."_s.arg(personFieldNames().join(", "_L1));
+    const QStringList fields = personFieldNames();
+    return text + u"A person has %1,\n%2, picture.\nBlanks separate words; \"quotes\" keep them together (\\n in "
+                  "double ones is a\nline break); # begins a comment."_s.arg(fields.mid(0, 6).join(", "_L1),
+                                                                             fields.mid(6).join(", "_L1));
 }
 
 QStringList Commands::names()

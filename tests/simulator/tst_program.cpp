@@ -53,7 +53,7 @@ private Q_SLOTS:
         RawApplication application(m_folder->path());
         QVERIFY(waitForOutput("application 1 comes\n"));
         application.send("registrationRequest", "{\"uuid\":\"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b\",\"silent\":true}");
-        QVERIFY(waitForOutput("6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b asks to be registered, silently\n"));
+        QVERIFY(waitForOutput("asks to be registered as 6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b, silently\n"));
         QVERIFY(waitForOutput("registration: Success\n"));
         application.disconnect();
         QVERIFY(waitForOutput("application 1 goes\n"));

@@ -66,6 +66,22 @@ private Q_SLOTS:
         QVERIFY(m_simulator->timelineTime() >= 90);
     }
 
+    void goesByCommands()
+    {
+        const auto say = [this](const QString& command) {
+            QString reply;
+            return (m_simulator->execute(command, &reply) ? u"+"_s : u"-"_s) + reply;
+        };
+        QCOMPARE(say(u"timeline step"_s), u"+"_s);
+        QCOMPARE(say(u"timeline until 89"_s), u"+1 entries"_s);
+        QCOMPARE(say(u"timeline"_s), u"+89 ms, paused"_s);
+        QCOMPARE(say(u"timeline go"_s), u"+"_s);
+        QTRY_COMPARE(m_done, u"abc"_s);
+        QCOMPARE(say(u"timeline pause"_s), u"+"_s);
+        QVERIFY(m_simulator->isTimelinePaused());
+        QVERIFY(say(u"timeline step"_s).startsWith(u"-no entry follows"_s));
+    }
+
 private:
     QTemporaryDir m_folder;
     std::unique_ptr<zelcore::Simulator> m_simulator;

@@ -11,6 +11,8 @@
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
 
 #include <algorithm>
 #include <csignal>
@@ -60,6 +62,7 @@ struct Options
     int contacts = 0;
     quint32 seed = 1;
     bool trace = false;
+    bool paused = false;
 };
 
 const QCommandLineOption rootOption(u"root"_s, u"Serve below this folder."_s, u"DIR"_s);
@@ -69,6 +72,7 @@ const QCommandLineOption scenarioOption(u"scenario"_s,
                                         u"FILE"_s);
 const QCommandLineOption contactsOption(u"contacts"_s, u"Add so many made-up contacts."_s, u"N"_s);
 const QCommandLineOption seedOption(u"seed"_s, u"Make them up from this number."_s, u"S"_s, u"1"_s);
+const QCommandLineOption pausedOption(u"paused"_s, u"The scenario's timeline stands still until it is stepped."_s);
 const QCommandLineOption traceOption(u"trace"_s, u"Show every message, both ways."_s);
 
 /// False, with a line on standard error, for numbers that are none.
@@ -82,9 +86,17 @@ bool readOptions(const QCommandLineParser& parser, Options* options)
         options->contacts = parser.value(contactsOption).toInt(&contactsOk);
     options->seed = parser.value(seedOption).toUInt(&seedOk);
     options->trace = parser.isSet(traceOption);
+    options->paused = parser.isSet(pausedOption);
     if (!contactsOk || options->contacts < 0 || !seedOk)
         complain(u"--contacts and --seed take numbers from 0"_s);
     return contactsOk && options->contacts >= 0 && seedOk;
+}
+
+/// As what an application asks to be registered, and how.
+QString askedFor(const QByteArray& json)
+{
+    const QJsonObject request = QJsonDocument::fromJson(json).object().value("registrationRequest"_L1).toObject();
+    return request.value("uuid"_L1).toString() + (request.value("silent"_L1).toBool() ? u", silently"_s : QString());
 }
 
 void show(zelcore::Simulator& simulator, bool trace)
@@ -100,9 +112,12 @@ void show(zelcore::Simulator& simulator, bool trace)
                      [](int client) { print(u"application %1 comes"_s.arg(client)); });
     QObject::connect(&simulator, &Simulator::clientDisconnected, &simulator,
                      [](int client) { print(u"application %1 goes"_s.arg(client)); });
-    QObject::connect(&simulator, &Simulator::registrationRequested, &simulator, [](const QString& uuid, bool silent) {
-        print(u"%1 asks to be registered%2"_s.arg(uuid, silent ? u", silently"_s : QString()));
-    });
+    // Told when it comes, before the states that answer it.
+    QObject::connect(&simulator, &Simulator::messageReceived, &simulator,
+                     [](int client, const QString& type, const QByteArray& json) {
+                         if (type == "registrationRequest"_L1)
+                             print(u"application %1 asks to be registered as %2"_s.arg(client).arg(askedFor(json)));
+                     });
     QObject::connect(&simulator, &Simulator::registrationStateChanged, &simulator,
                      [](const QString& state) { print(u"registration: "_s + state); });
     if (!trace)
@@ -123,6 +138,7 @@ bool prepare(zelcore::Simulator& simulator, const Options& options)
         complain(error);
         return false;
     }
+    simulator.setTimelinePaused(options.paused);
     simulator.generateContacts(options.contacts, options.seed);
     if (!simulator.start(&error)) {
         complain(error);
@@ -148,7 +164,7 @@ int main(int argc, char* argv[])
     const QCommandLineOption help = parser.addHelpOption();
     const QCommandLineOption version(u"version"_s, u"Show the version."_s);
     parser.addOption(version);
-    parser.addOptions({rootOption, scenarioOption, contactsOption, seedOption, traceOption});
+    parser.addOptions({rootOption, scenarioOption, contactsOption, seedOption, pausedOption, traceOption});
     const bool understood = parser.parse(QCoreApplication::arguments());
     Options options;
     if (!understood) {

@@ -29,6 +29,8 @@ class SimulatorPrivate;
 /// Handlers: a slot may call anything here, spin a nested event loop included, but must not delete the simulator
 /// (use deleteLater()).
 ///
+/// What cannot be done is false, with a sentence: in the argument for it, or as a warning of the category "zelcore".
+///
 /// Changes made before start() are what applications find; changes made afterwards are announced to all of them.
 ///
 ///     zelcore::Simulator simulator;
