@@ -25,6 +25,7 @@ private Q_SLOTS:
         m_environment.insert(u"XDG_STATE_HOME"_s, m_folder->path());
         m_environment.insert(u"PPS_ROOT"_s, m_service->root());
         m_environment.remove(u"ZEL_SLOG"_s);
+        m_environment.remove(u"ZEL_SLOG_LEVEL"_s);
     }
 
     void printsAboveTheLineThatIsTyped()
@@ -68,6 +69,16 @@ private Q_SLOTS:
         QVERIFY(m_terminal->type("\033"));
         m_service->setRegistrationState(u"Pending"_s);
         QVERIFY(m_terminal->shows({signalLine("Pending"), "zelctl> prof"}));
+    }
+
+    void keepsTheLogOffTheLine()
+    {
+        m_environment.insert(u"ZEL_SLOG"_s, u"stderr"_s);
+        m_environment.insert(u"ZEL_SLOG_LEVEL"_s, u"6"_s);
+        startZelctl();
+        QVERIFY(types("prof", {"zelctl> prof"}));
+        m_service->sendMessage(u"x"_s, {});
+        QVERIFY(m_terminal->shows({"{\"x\":{}}", "zelctl> prof"}));
     }
 
     void leavesTheTerminalInOrder()

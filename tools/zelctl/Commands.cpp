@@ -14,7 +14,9 @@
 #include <QtCore/QMetaProperty>
 
 #include <algorithm>
+#include <numeric>
 #include <type_traits>
+#include <utility>
 
 using namespace vx::platform::zel;
 using namespace Qt::StringLiterals;
@@ -196,7 +198,7 @@ std::vector<Command> makeCommands()
          },
          {.signal = u"UserProfile.displayPictureUpdated"_s,
           .sentence = u"The display picture is {0}."_s,
-          .takes = u"a picture has 1 to 32768 bytes"_s,
+          .takes = u"a picture has 1 to %1 bytes"_s.arg(UserProfile::maximumPictureSize),
           .settled = pictureIsSet}},
         {u"contacts"_s, {}, u"the contacts who run the application"_s, u"contacts"_s, Needs::Contacts, contacts},
         {u"contact"_s, u"HANDLE"_s, u"one contact"_s, u"contact anna"_s, Needs::Contacts, contact},
@@ -218,8 +220,10 @@ std::vector<Command> makeCommands()
          boxAdd,
          {.signal = u"ProfileBox.itemAdded"_s,
           .sentence = u"The box has the item {itemId}."_s,
-          .takes = u"an item has a text of 1 to 100 characters with at most two line breaks, a cookie of at most 128 "
-                   "characters, and an icon, if any, that is registered"_s}},
+          .takes = u"an item has a text of 1 to %1 characters with at most %2 line breaks, a cookie of at most %3 "
+                   "characters, and an icon, if any, that is registered"_s.arg(ProfileBox::maximumTextLength)
+                       .arg(ProfileBox::maximumLineBreaks)
+                       .arg(ProfileBox::maximumCookieLength)}},
         {u"box-remove"_s,
          u"ID"_s,
          u"remove an item from the profile box"_s,
@@ -249,7 +253,8 @@ std::vector<Command> makeCommands()
          {.signal = u"ProfileBox.iconRegistered"_s,
           .key = u"iconId"_s,
           .sentence = u"The icon {0} is registered."_s,
-          .takes = u"an icon has 1 to 32768 bytes, an id of 0 or more, and is registered only once"_s}},
+          .takes = u"an icon has 1 to %1 bytes, an id of 0 or more, and is registered only once"_s.arg(
+              ProfileBox::maximumIconSize)}},
         {u"icon-get"_s,
          u"N [-o FILE]"_s,
          u"fetch a registered icon"_s,
@@ -300,6 +305,24 @@ std::vector<Command> makeCommands()
     };
 }
 
+/// With so many a word is still known for what was meant.
+constexpr int mostSlips = 2;
+
+/// How many letters have to be put in, taken out or replaced to make the one of the other.
+int slips(QStringView one, QStringView other)
+{
+    std::vector<int> row(std::size_t(other.size()) + 1);
+    std::iota(row.begin(), row.end(), 0);
+    for (const QChar letter : one) {
+        int diagonal = std::exchange(row[0], row[0] + 1);
+        for (std::size_t i = 1; i < row.size(); ++i) {
+            const int replaced = diagonal + (letter == other[qsizetype(i) - 1] ? 0 : 1);
+            diagonal = std::exchange(row[i], std::min({row[i] + 1, row[i - 1] + 1, replaced}));
+        }
+    }
+    return row.back();
+}
+
 } // namespace
 
 const std::vector<Command>& commands()
@@ -315,17 +338,32 @@ const Command* findCommand(const QString& name)
     return found == commands().end() ? nullptr : &*found;
 }
 
-QString helpOn(const QString& name)
+QString unknownCommand(const QString& name)
 {
+    QStringList names{u"watch"_s, u"shell"_s, u"help"_s, u"quit"_s};
+    for (const Command& command : commands())
+        names += command.name;
+    names.removeIf([&name](const QString& other) { return qAbs(name.size() - other.size()) > mostSlips; });
+    const auto nearest = std::min_element(names.cbegin(), names.cend(), [&name](const QString& a, const QString& b) {
+        return slips(name, a) < slips(name, b);
+    });
+    const QString text = u"there is no command '%1'"_s.arg(name);
+    const bool isNear = nearest != names.cend() && slips(name, *nearest) <= mostSlips;
+    return isNear ? u"%1, but '%2'"_s.arg(text, *nearest) : text;
+}
+
+QString helpOn(const QString& name, const QString& program)
+{
+    const QString form = program + u"%1\n  %2\n  for example: "_s + program + u"%3"_s;
     if (name == "watch"_L1)
-        return u"watch\n  register if allowed, and print every signal until interrupted\n  for example: zelctl watch"_s;
+        return form.arg(name, u"register if allowed, and print every signal until interrupted"_s, name);
     if (name == "shell"_L1)
-        return u"shell\n  take commands from standard input, a line each\n  for example: zelctl --json shell"_s;
+        return form.arg(name, u"take commands from standard input, a line each"_s, u"--json shell"_s);
     const Command* command = findCommand(name);
     if (!command)
         return {};
     const QString usage = (name + u' ' + command->usage).trimmed();
-    QString text = u"%1\n  %2\n  for example: zelctl %3"_s.arg(usage, command->summary, command->example);
+    QString text = form.arg(usage, command->summary, command->example);
     if (!command->outcome.takes.isEmpty())
         text += u"\n  refused or not answered? "_s + command->outcome.takes;
     return text;

@@ -58,8 +58,12 @@ const std::vector<Command>& commands();
 /// Null when there is none.
 const Command* findCommand(const QString& name);
 
-/// For people: how a command is used, what it does, and an example. Empty when there is no such command.
-QString helpOn(const QString& name);
+/// That there is no such command, and which one may have been meant.
+QString unknownCommand(const QString& name);
+
+/// For people: how a command is used, what it does, and an example; \a program stands before what is typed. Empty when
+/// there is no such command.
+QString helpOn(const QString& name, const QString& program);
 
 /// Why this command has no chance: a contact or an item that it names is not there, and the library would drop the
 /// request with a line in its log, where a person at a terminal would only see nothing happen. Empty to go on.

@@ -13,6 +13,39 @@ using namespace Qt::StringLiterals;
 
 namespace zelctl {
 
+namespace {
+
+/// What the library warns of while this lives, which is a request that can never work. It is not printed.
+class Warnings
+{
+public:
+    Warnings()
+    {
+        s_current = this;
+        s_otherHandler = qInstallMessageHandler(&Warnings::take);
+    }
+    ~Warnings() { qInstallMessageHandler(s_otherHandler); }
+    Q_DISABLE_COPY_MOVE(Warnings)
+
+    /// The first, without the class and the call.
+    QString reason() const { return m_first.section(": "_L1, 1); }
+
+private:
+    static void take(QtMsgType type, const QMessageLogContext& context, const QString& message)
+    {
+        if (type != QtWarningMsg || qstrcmp(context.category, "zel.platform") != 0)
+            s_otherHandler(type, context, message);
+        else if (s_current->m_first.isEmpty())
+            s_current->m_first = message;
+    }
+
+    static inline Warnings* s_current = nullptr;
+    static inline QtMessageHandler s_otherHandler = nullptr;
+    QString m_first;
+};
+
+} // namespace
+
 OneShot::OneShot(Session& session, Output& output, const Command& command, const Arguments& arguments, int timeout,
                  QObject* parent)
     : QObject(parent)
@@ -115,7 +148,13 @@ void OneShot::act()
     }
     const Outcome& outcome = m_command.outcome;
     const bool settled = outcome.settled && outcome.settled(m_session, m_arguments);
-    const Answer answer = m_command.run(m_session, m_arguments);
+    QString whyNever;
+    const Answer answer = [&] {
+        const Warnings warnings;
+        const Answer given = m_command.run(m_session, m_arguments);
+        whyNever = warnings.reason();
+        return given;
+    }();
     if (!answer.failure.isEmpty()) {
         fail(answer.failure);
         return;
@@ -127,7 +166,9 @@ void OneShot::act()
     }
     if (m_output.format() == Output::Format::JsonLines)
         m_output.request(m_command.name, *answer.ok);
-    if (!*answer.ok)
+    if (!whyNever.isEmpty())
+        fail(u"The request was refused: %1."_s.arg(whyNever));
+    else if (!*answer.ok)
         fail(u"The request was refused: %1."_s.arg(outcome.takes.isEmpty() ? u"access is not allowed"_s
                                                                            : outcome.takes));
     else if (outcome.signal.isEmpty() && m_waitsForDelivery)

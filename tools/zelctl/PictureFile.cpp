@@ -22,7 +22,13 @@ std::optional<Picture> readPicture(const QString& fileName, QString* error)
         *error = u"cannot read %1: %2"_s.arg(fileName, file.errorString());
         return std::nullopt;
     }
-    return Picture{ImageType::ofFile(fileName), data};
+    const ImageType::Type type = ImageType::ofFile(fileName);
+    if (type == ImageType::Unsupported) {
+        *error = u"%1 is no picture: neither its first bytes nor its suffix are those of JPEG, PNG, GIF or BMP"_s.arg(
+            fileName);
+        return std::nullopt;
+    }
+    return Picture{type, data};
 }
 
 bool writePicture(const QString& fileName, const QByteArray& data, QString* error)

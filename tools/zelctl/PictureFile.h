@@ -16,7 +16,7 @@ struct Picture
     QByteArray data;
 };
 
-/// Empty, with a sentence in \a error, when the file cannot be read.
+/// Empty, with a sentence in \a error, when the file cannot be read or is no picture.
 std::optional<Picture> readPicture(const QString& fileName, QString* error);
 
 /// False, with a sentence in \a error, when the file cannot be written.

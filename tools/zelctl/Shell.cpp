@@ -74,8 +74,7 @@ void Shell::runCommand(const QStringList& words)
 {
     const Command* command = findCommand(words.value(0));
     if (!command) {
-        m_output.error(words.isEmpty() ? u"an empty line is no command"_s
-                                       : u"there is no command '%1'"_s.arg(words.first()));
+        m_output.error(words.isEmpty() ? u"an empty line is no command"_s : unknownCommand(words.first()));
         return;
     }
     QString error;
@@ -96,9 +95,9 @@ void Shell::runCommand(const QStringList& words)
 void Shell::help(const QString& name)
 {
     if (!name.isEmpty()) {
-        const QString text = helpOn(name);
+        const QString text = helpOn(name, {});
         if (text.isEmpty())
-            m_output.error(u"there is no command '%1'"_s.arg(name));
+            m_output.error(unknownCommand(name));
         else if (m_output.format() == Output::Format::People)
             m_output.sentence(text);
         else
@@ -111,6 +110,7 @@ void Shell::help(const QString& name)
     };
     for (const Command& command : commands())
         add(command.name + u' ' + command.usage, command.summary);
+    add(u"help COMMAND"_s, u"one of them, with an example"_s);
     add(u"quit"_s, u"end"_s);
     m_output.answer(u"help"_s, Record().add(u"commands"_s, QVariant::fromValue(rows)));
 }

@@ -8,9 +8,14 @@
 #include "Shell.h"
 #include "Watch.h"
 
+#include <common/LineReader.h>
 #include <common/QuitSignals.h>
 
 #include <zelcore/Simulator.h>
+
+#ifdef ZELCTL_HAS_DESKTOP_LOG
+#include <slog/terminal.h>
+#endif
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QLoggingCategory>
@@ -47,9 +52,8 @@ void printUsage()
         add(command.name + u' ' + command.usage, command.summary);
     add(u"watch"_s, u"register if allowed, and print every signal until interrupted"_s);
     add(u"shell"_s, u"take commands from standard input, a line each; 'help' lists them"_s);
-    text += u"\n'zelctl help COMMAND' shows one with an example. What needs it registers the application first. Exit "
-            u"status: 0 done, 1 the request failed or timed "
-            "out, 2 wrong use.\n"_s;
+    text += u"\n'zelctl help COMMAND' shows one with an example. What needs it registers the application first.\n"
+            "Exit status: 0 done, 1 the request failed or timed out, 2 wrong use.\n"_s;
     std::fputs(text.toUtf8().constData(), stdout);
 }
 
@@ -133,6 +137,9 @@ private:
         if (!m_session->hasService())
             m_output.diagnostic(whyNoService());
         Shell run(*m_session, m_output, STDIN_FILENO);
+#ifdef ZELCTL_HAS_DESKTOP_LOG
+        slog_before_line(&zeltools::LineReader::makeRoom);
+#endif
         QObject::connect(&m_quit, &zeltools::QuitSignals::quitRequested, &run, &Shell::quit);
         return loop(run);
     }
@@ -161,12 +168,12 @@ int main(const QStringList& words)
     const auto line = CommandLine::parse(words, &error);
     if (!line)
         return complain(error + u"; zelctl --help shows what there is"_s);
-    if (line->version) {
+    const QStringList& typed = line->words;
+    const QString name = typed.value(0);
+    if (line->version || (typed.size() == 2 && typed.last() == "--version"_L1)) {
         std::puts("zelctl " ZELCTL_VERSION);
         return 0;
     }
-    const QStringList& typed = line->words;
-    const QString name = typed.value(0);
     if (line->help || typed == QStringList{u"help"_s}) {
         printUsage();
         return 0;
@@ -177,9 +184,9 @@ int main(const QStringList& words)
     const QString described = asksForHelp && name == "help"_L1 ? typed.last() : name;
     const Command* command = findCommand(described);
     if (!command && described != "watch"_L1 && described != "shell"_L1)
-        return complain(u"there is no command '%1'; zelctl --help shows what there is"_s.arg(described));
+        return complain(unknownCommand(described) + u"; zelctl --help shows what there is"_s);
     if (asksForHelp) {
-        Output(Output::Format::People).sentence(u"Usage: zelctl "_s + helpOn(described));
+        Output(Output::Format::People).sentence(u"Usage: "_s + helpOn(described, u"zelctl "_s));
         return 0;
     }
     const QString usage = command ? command->usage : QString();

@@ -2,6 +2,7 @@
 #include <device/Log.h>
 #include <slog/reload.h>
 #include <slog/slog.h>
+#include <slog/terminal.h>
 
 #include <algorithm>
 #include <atomic>
@@ -37,6 +38,8 @@ struct Settings
         toStandardError = target && std::strcmp(target, "stderr") == 0;
     }
 };
+
+std::atomic<void (*)()> beforeLine{nullptr};
 
 Settings& settings()
 {
@@ -80,6 +83,8 @@ int writeLine(char* line, size_t length, int severity, size_t start, bool toStan
         ::syslog(priorityOf(severity), "%s", line + start);
         return 0;
     }
+    if (void (*const function)() = beforeLine)
+        function();
     line[length] = '\n';
     return writeAll(line, length + 1) ? 0 : -1;
 }
@@ -127,6 +132,11 @@ int slogf(int, int severity, const char* format, ...)
 void slog_reload(void)
 {
     settings().read();
+}
+
+void slog_before_line(void (*function)(void))
+{
+    beforeLine = function;
 }
 
 bool device::isLogged(int severity)
