@@ -35,11 +35,8 @@ public:
         m_action = std::move(action);
     }
 
-    /// What has been heard since the last time, in order, and what else there is, with semicolons between.
-    QString take(const QStringList& more = {})
-    {
-        return (std::exchange(m_lines, {}) + more).join(QStringLiteral("; "));
-    }
+    /// What has been heard since the last time, in order.
+    QStringList take() { return std::exchange(m_lines, {}); }
 
 private:
     QStringList m_lines;

@@ -3,13 +3,11 @@
 
 #include "Stage.h"
 
-#include <common/SlogCapture.h>
 #include <common/TestMain.h>
 
 using namespace Qt::StringLiterals;
 
 using zelsplib::Avatar;
-using zelsplib::PlatformPermissions;
 
 namespace {
 
@@ -23,11 +21,6 @@ struct GlobalsStage : Stage
     {
         manager.registrationEventHandler().log = &log;
         manager.userProfileEventHandler().log = &log;
-    }
-
-    bool offer(const QByteArray& data)
-    {
-        return manager.setProfileAvatar(Avatar::Gif, data.constData(), static_cast<unsigned>(data.size()));
     }
 
     using Stage::happen;
@@ -50,8 +43,14 @@ struct GlobalsStage : Stage
         else if (what == u"wanted")
             pipe->inject("{'requestNewAvatarImage':@}", {first});
         else if (what == u"offer")
-            log.add(offer(first) ? u"taken"_s : u"refused"_s);
-        else if (what == u"ask")
+            log.add(manager.setProfileAvatar(Avatar::Gif, first == "null" ? nullptr : first.constData(),
+                                             first == "null" ? words[1].toUInt() : unsigned(first.size()))
+                        ? u"taken"_s
+                        : u"refused"_s);
+        else if (what == u"show") {
+            const auto [showAppBox, zelInvites, state, zelSetup] = manager.getPermissions();
+            log.add(u"%1 %2 %3 %4"_s.arg(showAppBox).arg(zelInvites).arg(state).arg(zelSetup).simplified());
+        } else if (what == u"ask")
             manager.requestProfileAvatar();
         else if (what == u"bytes")
             log.add((u"has "_s + QString::fromUtf8(manager.getMyAvatar())).trimmed());
@@ -90,41 +89,6 @@ private Q_SLOTS:
         stage.play(story);
     }
 
-    void readsThePermissionAndKeepsDefaults()
-    {
-        GlobalsStage stage;
-        stage.happen(u"turn"_s);
-        stage.heard();
-        QCOMPARE(stage.manager.getPermissions(), PlatformPermissions());
-        stage.happen(uR"(answer permission "showAppBox":1,"zelInvites":true,"registrationState":7)"_s);
-        QCOMPARE(stage.manager.getPermissions(), (PlatformPermissions{false, true, {}, false}));
-        stage.happen(uR"(change permission "showAppBox":true,"registrationState":"Expired","zelSetup":true)"_s);
-        QCOMPARE(stage.manager.getPermissions(), (PlatformPermissions{true, true, u"Expired"_s, true}));
-        QCOMPARE(stage.manager.getAccessCode(), u"Expired"_s);
-        stage.happen(uR"(change other "registrationState":"Success")"_s);
-        stage.pipe->inject(R"({"listChange":{"type":"global","elements":[{"name":"permission","value":[]}]}})");
-        QCOMPARE(stage.heard(), u"state Expired"_s);
-    }
-
-    void refusesPictures()
-    {
-        GlobalsStage stage;
-        const SlogCapture log(5);
-        const QByteArray huge(32769, 'x');
-        QVERIFY(!stage.manager.setProfileAvatar(Avatar::Png, nullptr, 0));
-        QVERIFY(!stage.manager.setProfileAvatar(Avatar::Png, nullptr, 40000));
-        QVERIFY(!stage.offer(huge));
-        QVERIFY(stage.pipe->expectNothingSent());
-        QVERIFY(stage.offer(huge.left(32768)));
-        stage.pipe->clearSent();
-        QVERIFY(!stage.offer("x"));
-        QVERIFY(stage.pipe->expectNothingSent());
-        QCOMPARE(log.lines(2), QStringList({u"Error:Avatar size == 0"_s, u"Error:Avatar data is null"_s,
-                                            u"Error:Avatar size 32769 exceeds 32768"_s,
-                                            u"Error:m_pendingAvatarSetRequest != 0; this request will be ignored "
-                                            "since a request is already pending"_s}));
-    }
-
     void writesWhatItAsksFor()
     {
         GlobalsStage stage;
@@ -148,6 +112,16 @@ void TstGlobalsManager::tellsItsStory_data()
         change permission "registrationState":"Error"    -> state Error
         change permission "registrationState":"Success"  -> gate registered
         register                                         -> state Success
+    )",
+        "");
+    row("what is of no type stays as it was", R"(
+        turn                                             -> requestListElements permission global
+        show                                             -> 0 0 0
+        answer permission "showAppBox":1,"zelInvites":true,"registrationState":7
+        show                                             -> 0 1 0
+        change permission "showAppBox":true,"registrationState":"Expired","zelSetup":true -> state Expired
+        change other "registrationState":"Success"
+        show                                             -> 1 1 Expired 1
     )",
         "");
     row("a profile without a picture", R"(
@@ -206,18 +180,25 @@ void TstGlobalsManager::tellsItsStory_data()
     // What was refused may have been another change: the picture goes on its way.
     pictureRow("an offer that is given up", R"(
         offer mine                                       -> taken; requestListChange platformProfile %mine image/gif global
-        response {"status":"Failure"}
+        response {"status":"Failure"}                    -> Warning:a change of the own profile was refused; the own picture is given up
         bytes                                            -> has old
         wanted {"streamId":"%mine"}                      -> stream %mine bWluZQ== true
         change platformProfile "avatarId":"%mine"        -> requestUserAvatar me %mine
         stream %mine mine                                -> picture %mine image/png mine; gate picture
         offer next                                       -> taken; requestListChange platformProfile %next image/gif global
     )");
+    pictureRow("offers that are refused", R"(
+        offer                                            -> Error:Avatar size == 0; refused
+        offer null 0                                     -> Error:Avatar size == 0; refused
+        offer null 40000                                 -> Error:Avatar data is null; refused
+        offer x*32769                                    -> Error:Avatar size 32769 exceeds 32768; refused
+        offer x*32768                                    -> taken; requestListChange platformProfile %x*32768 image/gif global
+    )");
     pictureRow("an offer without an answer", R"(
         offer mine                                       -> taken; requestListChange platformProfile %mine image/gif global
-        offer other                                      -> refused
+        offer other                                      -> Error:m_pendingAvatarSetRequest != 0; this request will be ignored since a request is already pending; refused
         wait 30                                          -> requestListChange platformProfile %mine image/gif global
-        response {"status":"Failure"}
+        response {"status":"Failure"}                    -> Warning:a change of the own profile was refused; the own picture is given up
         wait 600
     )");
     pictureRow("a request without an answer", R"(

@@ -3,7 +3,6 @@
 
 #include "Stage.h"
 
-#include <common/SlogCapture.h>
 #include <common/TestMain.h>
 
 using namespace Qt::StringLiterals;
@@ -21,11 +20,6 @@ struct BoxStage : Stage
     zelsplib::ProfileBoxManager<RecordingProfileBox> manager{multiplexer, stream, &gates};
 
     BoxStage() { manager.eventHandler().log = &log; }
-
-    bool create(int id, const QByteArray& data)
-    {
-        return manager.createProfileBoxImage(id, Avatar::Png, data.constData(), static_cast<unsigned>(data.size()));
-    }
 
     void send(const char* message, const QString& list, const QStringList& words)
     {
@@ -59,6 +53,7 @@ struct BoxStage : Stage
     using Stage::happen;
     bool happen(const QString& what, const QStringList& words) override
     {
+        const QByteArray data = words.value(1).toUtf8();
         if (what == u"init")
             manager.init();
         else if (what == u"whole") {
@@ -73,7 +68,18 @@ struct BoxStage : Stage
         else if (what == u"show")
             log.add(shown());
         else if (what == u"create")
-            log.add(create(words[0].toInt(), words[1].toUtf8()) ? u"taken"_s : u"refused"_s);
+            log.add(manager.createProfileBoxImage(words[0].toInt(), Avatar::Png,
+                                                  words.value(1) == u"null" ? nullptr : data.constData(),
+                                                  unsigned(data.size()))
+                        ? u"taken"_s
+                        : u"refused"_s);
+        else if (what == u"item") // a text, its line breaks and a cookie
+            log.add(manager.createProfileBoxItem(
+                        words[0] == u"-" ? QString()
+                                         : words[0] + QString(words[1]).replace(u'n', u'\n').replace(u'r', u'\r'),
+                        {}, words.value(2))
+                        ? u"taken"_s
+                        : u"refused"_s);
         else if (what == u"wanted")
             pipe->inject("{'requestNewProfileBoxImage':{'streamId':'s','imageId':'@'}}", {words[0].toUtf8()});
         else if (what == u"get")
@@ -90,11 +96,6 @@ const auto withBox = uR"(
     whole items i1=a
     whole icons 7=h7          -> gate box
 )"_s;
-
-QString letters(int count)
-{
-    return QString(count, u'x');
-}
 
 } // namespace
 
@@ -125,71 +126,16 @@ private Q_SLOTS:
         QCOMPARE(stage.heard(), u"item removed i1 a; item added i2 b; item added i3 c; item removed i2 b"_s);
     }
 
-    void checksItems()
+    void writesItsRequests()
     {
         BoxStage stage;
-        const auto create = [&stage](const QString& text, const QString& cookie) {
-            const SlogCapture log(5);
-            const bool isTaken = stage.manager.createProfileBoxItem(text, {}, cookie);
-            return isTaken ? u"taken"_s
-                           : log.lines(2).join(u' ').remove(u"Error:Failed to create profile box item: "_s);
-        };
-        QCOMPARE(create(letters(98) + u"\n\r"_s, letters(128)), u"taken"_s);
-        stage.pipe->clearSent();
-        // The text is looked at before the cookie, its length before its lines.
-        QCOMPARE(create({}, letters(129)), u"text is null or empty"_s);
-        QCOMPARE(create(letters(98) + u"\n\n\n"_s, {}), u"text > 100 chars"_s);
-        for (const QString& text : {u"a\n\n\n"_s, u"a\r\nb\r\nc"_s})
-            QCOMPARE(create(text, letters(129)), u"text contains more than 2 new line chars"_s);
-        QCOMPARE(create(letters(100), letters(129)), u"cookie > 128 chars"_s);
-        QVERIFY(stage.pipe->expectNothingSent());
-
-        QVERIFY(stage.manager.createProfileBoxItem(u"t"_s, {}, QString()));
+        stage.manager.createProfileBoxItem(u"t"_s, {}, QString());
         QVERIFY(stage.pipe->expectSentText(R"({"createProfileBoxItem":{"text":"t","cookie":""}})"));
-        QVERIFY(stage.manager.createProfileBoxItem(u"t"_s, 0, u"c"_s));
+        stage.manager.createProfileBoxItem(u"t"_s, 0, u"c"_s);
         QVERIFY(stage.pipe->expectSentText(R"({"createProfileBoxItem":{"text":"t","cookie":"c","imageId":"0"}})"));
-    }
-
-    void checksIcons()
-    {
-        BoxStage stage;
-        stage.play(withBox);
-        const SlogCapture log(5);
-        const QByteArray huge(32769, 'x');
-        QVERIFY(!stage.manager.createProfileBoxImage(-1, Avatar::Png, nullptr, 0));
-        QVERIFY(!stage.manager.createProfileBoxImage(0, Avatar::Png, nullptr, 0));
-        QVERIFY(!stage.create(0, ""));
-        QVERIFY(!stage.create(0, huge));
-        QVERIFY(!stage.create(7, "x"));
-        QVERIFY(stage.pipe->expectNothingSent());
-        QVERIFY(stage.create(0, "x"));
-        QVERIFY(stage.create(2147483647, huge.left(32768)));
-        QVERIFY(stage.pipe->expectSentText("{\"createProfileBoxImage\":{\"imageHash\":\"" + Stage::hash("x") +
+        stage.happen(u"create 0 icon"_s);
+        QVERIFY(stage.pipe->expectSentText("{\"createProfileBoxImage\":{\"imageHash\":\"" + Stage::hash("icon") +
                                            "\",\"imageId\":\"0\"}}"));
-        QVERIFY(!stage.create(0, "y"));
-        stage.happen(u"add icons 0"_s);
-        QVERIFY(!stage.create(0, "y"));
-        const QStringList expected{u"icon: icon ID is invalid"_s,
-                                   u"icon: null pointer found"_s,
-                                   u"icon: icon size=0 is invalid"_s,
-                                   u"icon: icon size=32769 is invalid"_s,
-                                   u"a profile box icon with id=7; already registered"_s,
-                                   u"icon ID=0: registration of icon with same ID already in progress"_s,
-                                   u"a profile box icon with id=0; already registered"_s};
-        QCOMPARE(log.lines(2).replaceInStrings(QRegularExpression(u"^Error:Failed to register (profile box )?"_s),
-                                               QString()),
-                 expected);
-    }
-
-    void logsWhichIconIsWanted()
-    {
-        BoxStage stage;
-        stage.play(withBox);
-        const SlogCapture log;
-        stage.happen(u"wanted 4"_s);
-        QCOMPARE(log.lines(),
-                 QStringList({u"6: zelcore request user profile box image, imageId:4, streamId:s"_s,
-                              u"3: Failed to find pending user profile box image, imageId:4, streamId:s"_s}));
     }
 };
 
@@ -231,13 +177,34 @@ void TstProfileBoxManager::tellsItsStory_data()
         add icons 7=new
         show                  -> i4=d i2= 7=new
     )");
+    // The text is looked at before the cookie, its length before its lines.
+    row("items that are refused", R"(
+        item x*98 nr x*128    -> taken; createProfileBoxItem x*98\n\r x*128
+        item - - x*129        -> Error:Failed to create profile box item: text is null or empty; refused
+        item x*98 nnn         -> Error:Failed to create profile box item: text > 100 chars; refused
+        item a nnn x*129      -> Error:Failed to create profile box item: text contains more than 2 new line chars; refused
+        item a rnrn x*129     -> Error:Failed to create profile box item: text contains more than 2 new line chars; refused
+        item x*98 nn x*129    -> Error:Failed to create profile box item: cookie > 128 chars; refused
+    )");
+    row("icons that are refused", R"(
+        create -1 null        -> Error:Failed to register profile box icon: icon ID is invalid; refused
+        create 0 null         -> Error:Failed to register profile box icon: null pointer found; refused
+        create 0              -> Error:Failed to register profile box icon: icon size=0 is invalid; refused
+        create 0 x*32769      -> Error:Failed to register profile box icon: icon size=32769 is invalid; refused
+        create 7 a            -> Error:Failed to register a profile box icon with id=7; already registered; refused
+        create 0 a            -> taken; createProfileBoxImage %a 0
+        create 0 b            -> Error:Failed to register profile box icon ID=0: registration of icon with same ID already in progress; refused
+        add icons 0           -> icon added 0 a
+        create 0 b            -> Error:Failed to register a profile box icon with id=0; already registered; refused
+        create 2147483647 x*32768 -> taken; createProfileBoxImage %x*32768 2147483647
+    )");
     row("icons are listed with their data", R"(
         create 3 icon         -> taken; createProfileBoxImage %icon 3
         create 4 four         -> taken; createProfileBoxImage %four 4
-        wanted 5
+        wanted 5              -> Failed to find pending user profile box image, imageId:5, streamId:s
         wanted 3              -> stream s aWNvbg== true
         add icons 3=h 5=      -> icon added 3 icon; icon added 5 -
-        wanted 3
+        wanted 3              -> Failed to find pending user profile box image, imageId:3, streamId:s
         whole icons 4= 3=h    -> icon removed 7 -; icon removed 5 -; icon added 4 four
         remove icons 3        -> icon removed 3 icon
     )");
