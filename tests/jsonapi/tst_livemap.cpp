@@ -261,12 +261,9 @@ private:
     /// Reads what the map has sent, and works out when it is to be answered.
     void collect(int slowest = 90000)
     {
-        while (f.pipe->sentCount() > 0) {
-            const auto body =
-                QJsonDocument::fromJson(f.pipe->takeSent()).object().value(u"requestListElements"_s).toObject();
-            QStringList keys;
-            for (const QJsonValue& element : body.value(u"elements"_s).toArray())
-                keys.append(element.toObject().value(u"id"_s).toString());
+        for (const QString& request : f.pipe->takeSentInWords()) {
+            QStringList keys = request.split(u' ').mid(1);
+            keys.removeLast(); // the list's name
             lookAt(keys);
             const int kind = m_isCalm ? 9 : m_random.bounded(10);
             if (kind == 0)
