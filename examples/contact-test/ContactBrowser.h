@@ -31,8 +31,10 @@ public:
         QStringList names;
         if (m_contacts) {
             const auto contacts = m_contacts->contacts();
-            for (const auto& contact : contacts)
-                names.append(contact.displayName());
+            for (const auto& contact : contacts) {
+                if (m_contacts->hasApplication(contact.handle())) // who left stays until the list is read anew
+                    names.append(contact.displayName());
+            }
         }
         names.sort();
         return names;

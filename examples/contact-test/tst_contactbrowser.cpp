@@ -11,7 +11,7 @@ class TstContactBrowser : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void showsWhoIsThereAndWhoComes()
+    void showsWhoIsThereComesAndLeaves()
     {
         zelcore::TestService service;
         QVERIFY2(service.isRunning(), qPrintable(service.problem()));
@@ -21,6 +21,8 @@ private Q_SLOTS:
         QTRY_COMPARE(browser.names(), QStringList(QStringLiteral("Anna")));
         service.addContact(QStringLiteral("Bert"));
         QTRY_COMPARE(browser.names(), (QStringList{QStringLiteral("Anna"), QStringLiteral("Bert")}));
+        QVERIFY(service.uninstallApplication(QStringLiteral("anna"))); // the handle
+        QTRY_COMPARE(browser.names(), QStringList(QStringLiteral("Bert")));
         QCOMPARE(service.refusals(), QStringList());
     }
 
