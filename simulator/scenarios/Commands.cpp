@@ -524,9 +524,9 @@ QString Commands::help()
         text += u"  %1%2  %3\n"_s.arg(usage.leftJustified(column), gap, QString::fromUtf16(form.what));
     }
     const QStringList fields = personFieldNames();
-    return text + u"A person has %1,\n%2, picture.\nBlanks separate words; \"quotes\" keep them together (\\n in "
-                  "double ones is a\nline break); # begins a comment."_s.arg(fields.mid(0, 6).join(", "_L1),
-                                                                             fields.mid(6).join(", "_L1));
+    return text + u"A person has %1,\n%2,\n%3, picture.\nBlanks separate words; \"quotes\" keep them together (\\n in "
+                  "double ones is a\nline break); # begins a comment."_s.arg(
+                      fields.mid(0, 6).join(", "_L1), fields.mid(6, 5).join(", "_L1), fields.mid(11).join(", "_L1));
 }
 
 QStringList Commands::names()

@@ -114,7 +114,8 @@ void OneShot::requestRegistration()
 {
     if (registers()) {
         const Answer answer = m_command.run(m_session, m_arguments);
-        m_output.request(m_command.name, answer.ok.value_or(false));
+        if (m_output.format() == Output::Format::JsonLines)
+            m_output.request(m_command.name, answer.ok.value_or(false));
         if (!answer.ok.value_or(false))
             fail(whyNotRegistered(m_session.context().registrationState()));
     } else if (!m_session.context().requestRegisterApplication()) {
