@@ -22,11 +22,11 @@
 class RawApplication
 {
 public:
-    explicit RawApplication(const QString& root) { reconnect(root); }
+    explicit RawApplication(const QString& root) { connectTo(root, "/services/zelcore/platform"); }
     ~RawApplication() { disconnect(); }
     Q_DISABLE_COPY_MOVE(RawApplication)
 
-    bool reconnect(const QString& root, const char* object = "/services/zelcore/platform")
+    bool connectTo(const QString& root, const char* object)
     {
         disconnect();
         m_descriptor = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
@@ -101,30 +101,6 @@ public:
         for (const QJsonObject& message : std::exchange(messages, {}))
             types.append(message.keys().value(0));
         return types;
-    }
-
-    /// The elements of a list in the order of its transfer; checks the transfer's form on the way.
-    QJsonArray transfer(const char* start, int* chunks = nullptr)
-    {
-        take(start);
-        QJsonArray elements;
-        for (int count = 1;; ++count) {
-            const QJsonObject chunk = take("listChunk");
-            for (const QJsonValue element : chunk.value(QLatin1String("elements")).toArray())
-                elements.append(element);
-            if (chunk.value(QLatin1String("last")).toBool() || chunk.contains(QLatin1String("never came"))) {
-                if (chunks)
-                    *chunks = count;
-                return elements;
-            }
-        }
-    }
-
-    /// The registration state of the next message about permissions.
-    QString nextState()
-    {
-        const QJsonObject element = take("listChange").value(QLatin1String("elements")).toArray().at(0).toObject();
-        return element.value(QLatin1String("value")).toObject().value(QLatin1String("registrationState")).toString();
     }
 
     QList<QByteArray> records;   ///< Everything that came.

@@ -3,36 +3,45 @@
 
 #include "RawApplication.h"
 
+#include <common/TestMain.h>
+
 #include <zelcore/Simulator.h>
 
 #include <QtTest/QSignalSpy>
-#include <QtTest/QTest>
 
-/// Each case has a service of its own and one application that has begun.
+#include <map>
+
+/// Each case has a service of its own and one application, A, that has begun.
 class ServiceTest : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        m_simulator = std::make_unique<zelcore::Simulator>();
-        QVERIFY(m_simulator->start());
-        m_refused = std::make_unique<QSignalSpy>(m_simulator.get(), &zelcore::Simulator::refused);
-        m_application = std::make_unique<RawApplication>(m_simulator->root());
-        m_application->begin();
-        QTRY_COMPARE(m_simulator->clientCount(), 1);
-    }
-
-    void cleanup()
-    {
-        m_application.reset();
-        m_refused.reset();
-        m_simulator.reset();
-    }
+    void init();
+    void cleanup();
 
 protected:
+    /// Plays a dialogue, a line each, up to the first that does not go as it says. A letter is an application, which
+    /// comes when it is first named.
+    ///
+    ///     $ COMMAND => TEXT     the service does this and says so; the text may be left out
+    ///     $! COMMAND => TEXT    it refuses to, and why
+    ///     A> TYPE JSON          A sends a message; "change" is one that changes the own profile
+    ///     A< TYPE TEXT... -TEXT... the next message of this type to A has these texts in it and not those
+    ///     A. TYPE...            that is all A hears but for messages of these types, in this order
+    ///     ! NUMBER              so many messages have been refused by now
+    ///
+    /// x[N], data[N] and hash[N] stand for so many letters, a picture of so many bytes in base64 and its SHA-1.
+    bool play(const char* dialogue);
+
+    RawApplication& application(char name);
+
     std::unique_ptr<zelcore::Simulator> m_simulator;
     std::unique_ptr<QSignalSpy> m_refused;
-    std::unique_ptr<RawApplication> m_application;
+
+private:
+    bool playLine(const QString& line);
+    bool playCommand(const QString& line, bool isDone);
+
+    std::map<char, std::unique_ptr<RawApplication>> m_applications;
 };

@@ -1,17 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <common/TestMain.h>
-
-#include <zelcore/Simulator.h>
+#include "ServiceTest.h"
 
 #include <QtCore/QTemporaryFile>
-#include <QtTest/QSignalSpy>
-#include <QtTest/QTest>
 
 using namespace Qt::StringLiterals;
 using zelcore::Simulator;
 
 /// The command language and the scenarios that speak it.
-class TstCommands : public QObject
+class TstCommands : public ServiceTest
 {
     Q_OBJECT
 
@@ -30,132 +26,88 @@ private Q_SLOTS:
             QCOMPARE(Simulator::splitWords(line).value_or(QStringList()), words);
         for (const QString& line : {u"a 'b"_s, u"a \"b"_s, u"a \"b\\\""_s, u"a \\"_s}) {
             QString error;
-            QVERIFY2(!Simulator::splitWords(line, &error), qPrintable(line));
-            QVERIFY(!error.isEmpty());
+            QVERIFY2(!Simulator::splitWords(line, &error) && !error.isEmpty(), qPrintable(line));
         }
-        // Whatever a word holds, there is a way to write it.
-        const QString word = u"it's \"a\" \\ $HOME `x`\t\nend"_s;
-        QString quoted = word;
-        quoted.replace(u"\\"_s, u"\\\\"_s).replace(u"\""_s, u"\\\""_s).replace(u"\n"_s, u"\\n"_s);
-        QCOMPARE(Simulator::splitWords(u"\""_s + quoted + u"\""_s), QStringList{word});
-        QVERIFY(Simulator().execute(u"  # only a comment"_s));
     }
 
     void doesWhatItIsTold()
     {
-        Simulator simulator;
-        const QStringList lines{
-            u"contact add anna displayName=\"Anna B.\" showBusy=on clientVersion=7"_s,
-            u"contact add boris installed=off"_s,
-            u"contact install boris"_s,
-            u"contact uninstall anna"_s,
-            u"contact change boris personalMessage='x = \"y\"'"_s,
-            u"contact picture boris 1000"_s,
-            u"generate 5 2"_s,
-            u"profile displayName \"Robin the 2nd\""_s,
-            u"profile statusMessage=away showBusy=on"_s,
-            u"picture none"_s,
-            u"permission zelInvites off"_s,
-            u"state BlockedByUser"_s,
-            u"registration manual"_s,
-            u"box icon 3 500"_s,
-            u"box add \"two\\nlines\" c 3"_s,
-            u"box change item-1 cookie=d icon="_s,
-            u"box icon 3 none"_s,
-            u"eco pp-x eco-y"_s,
-            u"eco-status eco-y ContactExists"_s,
-            u"rate 0"_s,
-            u"drop"_s,
-            u"delay 10 listAdd"_s,
-            u"   "_s,
-        };
-        for (const QString& line : lines) {
-            QString reply;
-            QVERIFY2(simulator.execute(line, &reply), qPrintable(line + u": "_s + reply));
-        }
-        QCOMPARE(simulator.contacts().size(), 6);
-        QCOMPARE(simulator.contactCount(), 7);
-        QCOMPARE(simulator.contact(u"anna"_s).displayName, u"Anna B."_s);
-        QCOMPARE(simulator.contact(u"anna"_s).clientVersion, 7);
-        QVERIFY(simulator.contact(u"anna"_s).showBusy);
-        const zelcore::Person boris = simulator.contact(u"boris"_s);
+        const char* const story = R"(
+            $ # only a comment
+            $ contact add anna displayName="Anna B." showBusy=on clientVersion=7
+            $ contact add boris installed=off
+            $ contact install boris
+            $ contact uninstall anna
+            $ contact change boris personalMessage='x = "y"'
+            $ contact picture boris 1000
+            $ generate 5 2
+            $ contacts => 7 contacts, 6 of them
+            $ profile displayName "Robin the 2nd"
+            $ profile statusMessage=away showBusy=on
+            $ picture none
+            $ permission zelInvites off
+            $ state BlockedByUser
+            $ registration manual
+            $ box icon 3 500
+            $ box add "two\nlines" c 3
+            $ box change item-1 cookie=d icon=
+            $ box icon 3 none
+            $ eco pp-x eco-y
+            $ eco pp-x => eco-y
+            $ eco-status eco-y ContactExists
+            $ eco-status eco-y => ContactExists
+            $ rate 0
+            $ drop
+            $ delay 10 listAdd)";
+        QVERIFY(play(story));
+        const zelcore::Person anna = m_simulator->contact(u"anna"_s);
+        QVERIFY(anna.displayName == u"Anna B."_s && anna.clientVersion == 7 && anna.showBusy);
+        const zelcore::Person boris = m_simulator->contact(u"boris"_s);
         QCOMPARE(boris.personalMessage, u"x = \"y\""_s);
-        QCOMPARE(simulator.picture(boris.avatarId).size(), 1000);
-        QCOMPARE(simulator.profile().displayName, u"Robin the 2nd"_s);
-        QCOMPARE(simulator.profile().statusMessage, u"away"_s);
-        QCOMPARE(simulator.profile().avatarId, QString());
-        QCOMPARE(simulator.permissions(), (zelcore::Permissions{true, false, true}));
-        QCOMPARE(simulator.registrationState(), u"BlockedByUser"_s);
-        QCOMPARE(simulator.boxItems(), (QList<zelcore::BoxItem>{{u"item-1"_s, u"two\nlines"_s, u"d"_s, QString()}}));
-        QVERIFY(simulator.boxIcons().isEmpty());
+        QCOMPARE(m_simulator->picture(boris.avatarId).size(), 1000);
+        const zelcore::Person own = m_simulator->profile();
+        QCOMPARE(QStringList({own.displayName, own.statusMessage, own.avatarId}),
+                 QStringList({u"Robin the 2nd"_s, u"away"_s, QString()}));
+        QCOMPARE(m_simulator->permissions(), (zelcore::Permissions{true, false, true}));
+        QCOMPARE(m_simulator->registrationState(), u"BlockedByUser"_s);
+        QCOMPARE(m_simulator->boxItems(), (QList<zelcore::BoxItem>{{u"item-1"_s, u"two\nlines"_s, u"d"_s, QString()}}));
+        QVERIFY(m_simulator->boxIcons().isEmpty());
     }
 
     void saysWhyNotAndChangesNothing()
     {
-        const QList<QPair<const char*, const char*>> cases{{"dance", "dance"},
-                                                           {"profile displayName \"x", "not closed"},
-                                                           {"contact remove nobody", "nobody"},
-                                                           {"contact add anna age=3", "age"},
-                                                           {"profile clientVersion many", "number"},
-                                                           {"permission showAppBox perhaps", "usage: permission"},
-                                                           {"send foo {", "JSON"},
-                                                           {"picture 32769", "32768"},
-                                                           {"quit now", "usage: quit"},
-                                                           {"contact chnage anna x=y", "add, change"},
-                                                           {"generate many", "COUNT"},
-                                                           {"eco-status e Friend", "PendingContactExists"},
-                                                           {"drop a b", "too many"},
-                                                           {"back", "started"}};
-        Simulator simulator;
-        const zelcore::Person before = simulator.profile();
-        for (const auto& [line, hint] : cases) {
-            QString reply;
-            QVERIFY2(!simulator.execute(QString::fromLatin1(line), &reply), line);
-            QVERIFY2(reply.contains(QLatin1String(hint)), qPrintable(reply));
-        }
-        QCOMPARE(simulator.profile(), before);
-        QCOMPARE(simulator.contactCount(), 0);
+        const zelcore::Person before = m_simulator->profile();
+        const char* const mistakes = R"(
+            $! dance => dance
+            $! profile displayName 'x => not closed
+            $! contact remove nobody => nobody
+            $! contact add anna age=3 => age
+            $! profile clientVersion many => number
+            $! permission showAppBox perhaps => usage: permission
+            $! send foo { => JSON
+            $! picture 32769 => 32768
+            $! quit now => usage: quit
+            $! contact chnage anna x=y => add, change
+            $! generate many => COUNT
+            $! eco-status e Friend => PendingContactExists
+            $! drop a b => too many)";
+        QVERIFY(play(mistakes));
+        QString reply;
+        QVERIFY(!Simulator().execute(u"back"_s, &reply) && reply.contains("started"_L1));
+        QCOMPARE(m_simulator->profile(), before);
+        QCOMPARE(m_simulator->contactCount(), 0);
     }
 
     void shipsScenariosThatCanBePlayed()
     {
-        const QStringList names = Simulator::scenarioNames();
-        QVERIFY(!names.isEmpty());
-        for (const QString& name : names) {
+        QVERIFY(!Simulator::scenarioNames().isEmpty());
+        for (const QString& name : Simulator::scenarioNames()) {
             Simulator simulator;
-            QSignalSpy refused(&simulator, &Simulator::refused);
+            const QSignalSpy refused(&simulator, &Simulator::refused);
             QString problem;
-            QVERIFY2(simulator.loadScenario(name, &problem), qPrintable(problem));
-            QVERIFY(simulator.contactCount() > 0);
-            QVERIFY(simulator.start(&problem));
-            QCOMPARE(refused.size(), 0);
+            QVERIFY2(simulator.loadScenario(name, &problem) && simulator.start(&problem), qPrintable(problem));
+            QVERIFY(simulator.contactCount() > 0 && refused.isEmpty());
         }
-    }
-
-    void playsATimelineFromTheStartAndFromTheRegistration()
-    {
-        Simulator simulator;
-        QString problem;
-        QVERIFY2(load(simulator,
-                      R"({"world":{"profile":{"displayName":"Before"},"contacts":[{"displayName":"Anna"}]},
-                          "timeline":[{"after":"registered","at":5,"command":"profile displayName Third"},
-                                      {"after":"registered","command":"profile displayName Second"},
-                                      {"at":10,"command":"profile displayName First"}]})",
-                      &problem),
-                 qPrintable(problem));
-        QCOMPARE(simulator.profile().displayName, u"Before"_s);
-        QCOMPARE(simulator.contacts().first().handle, u"anna"_s);
-        QSignalSpy executed(&simulator, &Simulator::commandExecuted);
-        QVERIFY(simulator.start());
-        QTRY_COMPARE(executed.size(), 1);
-        QCOMPARE(simulator.profile().displayName, u"First"_s);
-        simulator.setRegistrationState(u"Success"_s);
-        QTRY_COMPARE(executed.size(), 3);
-        QCOMPARE(executed.at(1).first().toString(), u"profile displayName Second"_s);
-        QCOMPARE(simulator.profile().displayName, u"Third"_s);
-        // Only the first registration counts.
-        simulator.setRegistrationState(u"Success"_s);
-        QTRY_COMPARE(executed.size(), 3);
     }
 
     void refusesAFaultyScenarioAsAWhole()
@@ -182,36 +134,68 @@ private Q_SLOTS:
             {R"({"timeline":[{"after":"lunch","command":"away"}]})", "after"},
             {R"({"timeline":[{"at":-1,"command":"away"}]})", "timeline[0].at"}};
         for (const auto& [text, hint] : cases) {
-            Simulator simulator;
-            QString problem;
-            QVERIFY2(!load(simulator, text, &problem), text);
-            QVERIFY2(problem.contains(QLatin1String(hint)), qPrintable(problem));
-            QVERIFY2(problem.startsWith(m_fileName), qPrintable(problem));
-            QCOMPARE(simulator.contactCount(), 0);
+            const QString problem = load(text);
+            QVERIFY2(problem.startsWith(m_fileName) && problem.contains(QLatin1String(hint)), qPrintable(problem));
+            QCOMPARE(m_simulator->contactCount(), 0);
         }
-        Simulator simulator;
         QString problem;
-        QVERIFY(!simulator.loadScenario(u"no such scenario"_s, &problem));
-        QVERIFY(problem.contains("first-steps"_L1));
+        QVERIFY(!m_simulator->loadScenario(u"no such scenario"_s, &problem) && problem.contains("first-steps"_L1));
         // What applications make need not be there, and times count.
-        QVERIFY2(load(simulator,
-                      R"({"timeline":[{"at":9,"command":"contact remove a"},{"at":1,"command":"contact add a"},
+        QCOMPARE(load(R"({"timeline":[{"at":9,"command":"contact remove a"},{"at":1,"command":"contact add a"},
                                       {"command":"box remove item-7"},{"command":"box change item-1 text=b"},
-                                      {"command":"box icon 3 none"},{"command":"away 5"},{"command":"back"}]})",
-                      &problem),
-                 qPrintable(problem));
-        QCOMPARE(simulator.contactCount(), 0);
+                                      {"command":"box icon 3 none"},{"command":"away 5"},{"command":"back"}]})"),
+                 QString());
+    }
+
+    void playsATimelineStepByStepAndByTheClock()
+    {
+        QString done;
+        connect(m_simulator.get(), &Simulator::commandExecuted, this,
+                [&done](const QString& line) { done.append(line.back()); });
+        m_simulator->stop();
+        m_simulator->setTimelinePaused(true);
+        // The third comes first in its file, two are due at the same time, and the last waits for a registration.
+        QCOMPARE(load(R"({"world":{"profile":{"displayName":"Before"},"contacts":[{"displayName":"Anna"}]},
+                          "timeline":[{"at":90,"command":"eco c c"},{"at":10,"command":"eco a a"},
+                                      {"at":10,"command":"eco b b"},
+                                      {"after":"registered","at":5,"command":"eco d d"}]})"),
+                 QString());
+        QCOMPARE(m_simulator->profile().displayName, u"Before"_s);
+        QCOMPARE(m_simulator->contacts().first().handle, u"anna"_s);
+        QVERIFY(m_simulator->start() && m_simulator->stepTimeline());
+        QCOMPARE(done, u"a"_s);
+        QCOMPARE(m_simulator->timelineTime(), 10);
+        QCOMPARE(m_simulator->runTimelineUntil(89), 1);
+        QCOMPARE(m_simulator->runTimelineUntil(20), 0); // time goes one way
+        QCOMPARE(m_simulator->timelineTime(), 89);
+        QVERIFY(m_simulator->stepTimeline() && !m_simulator->stepTimeline());
+        QCOMPARE(m_simulator->runTimelineUntil(1000), 0);
+        m_simulator->setRegistrationState(u"Success"_s);
+        QCOMPARE(m_simulator->runTimelineUntil(1004), 0);
+        m_simulator->setRegistrationState(u"Success"_s); // only the first counts
+        QCOMPARE(m_simulator->runTimelineUntil(1005), 1);
+        QCOMPARE(done, u"abcd"_s);
+
+        m_simulator->stop();
+        QVERIFY(!m_simulator->stepTimeline() && m_simulator->start());
+        QVERIFY(play("$ timeline step\n$ timeline until 89 => 1 entries\n$ timeline => 89 ms, paused\n$ timeline go"));
+        QTRY_COMPARE(done, u"abcdabc"_s);
+        QVERIFY(m_simulator->timelineTime() >= 90);
+        QVERIFY(play("$ timeline pause\n$! timeline step => no entry follows"));
+        QVERIFY(m_simulator->isTimelinePaused());
     }
 
 private:
-    bool load(Simulator& simulator, const char* text, QString* problem)
+    /// The problem with a scenario; none when it has been loaded.
+    QString load(const char* text)
     {
         QTemporaryFile file;
         if (!file.open() || file.write(text) < 0)
-            return false;
+            return file.errorString();
         file.close();
         m_fileName = file.fileName();
-        return simulator.loadScenario(m_fileName, problem);
+        QString problem;
+        return m_simulator->loadScenario(m_fileName, &problem) ? QString() : problem;
     }
 
     QString m_fileName;

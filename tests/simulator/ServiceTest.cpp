@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ServiceTest.h"
+
+#include <QtCore/QCryptographicHash>
+#include <QtCore/QRegularExpression>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QByteArray picture(int size)
+{
+    QByteArray data;
+    for (quint32 x = quint32(size) * 2654435761U + 1; data.size() < size; x = x * 1664525U + 1013904223U)
+        data.append(char(x >> 24));
+    return data;
+}
+
+QString filledIn(QString line)
+{
+    static const QRegularExpression place(u"\\b(x|data|hash)\\[(\\d+)\\]"_s);
+    for (auto match = place.match(line); match.hasMatch(); match = place.match(line)) {
+        const int size = match.captured(2).toInt();
+        QByteArray text(size, 'x');
+        if (match.captured(1) == "data"_L1)
+            text = picture(size).toBase64();
+        else if (match.captured(1) == "hash"_L1)
+            text = QCryptographicHash::hash(picture(size), QCryptographicHash::Sha1).toHex();
+        line.replace(match.capturedStart(), match.capturedLength(), QString::fromLatin1(text));
+    }
+    return line;
+}
+
+} // namespace
+
+void ServiceTest::init()
+{
+    m_simulator = std::make_unique<zelcore::Simulator>();
+    QVERIFY(m_simulator->start());
+    m_refused = std::make_unique<QSignalSpy>(m_simulator.get(), &zelcore::Simulator::refused);
+    application('A').begin();
+    QTRY_COMPARE(m_simulator->clientCount(), 1);
+}
+
+void ServiceTest::cleanup()
+{
+    m_applications.clear();
+    m_refused.reset();
+    m_simulator.reset();
+}
+
+RawApplication& ServiceTest::application(char name)
+{
+    auto& application = m_applications[name];
+    if (!application)
+        application = std::make_unique<RawApplication>(m_simulator->root());
+    return *application;
+}
+
+bool ServiceTest::play(const char* dialogue)
+{
+    for (const QString& line : QString::fromUtf8(dialogue).split(u'\n', Qt::SkipEmptyParts)) {
+        if (!playLine(filledIn(line.trimmed()))) {
+            qWarning("not so: %s", qPrintable(line.trimmed()));
+            return false;
+        }
+    }
+    return true;
+}
+
+bool ServiceTest::playLine(const QString& line)
+{
+    const QString rest = line.section(u' ', 1);
+    if (line.startsWith(u'$'))
+        return playCommand(rest, !line.startsWith("$!"_L1));
+    if (line.startsWith(u'!')) {
+        application('A').synchronize();
+        return m_refused->size() == rest.toInt();
+    }
+    RawApplication& speaker = application(line.at(0).toLatin1());
+    QStringList words = rest.split(u' ', Qt::SkipEmptyParts);
+    if (line.at(1) == u'.')
+        return speaker.drain() == words;
+    const QString type = words.takeFirst();
+    const QJsonObject body = QJsonDocument::fromJson(rest.section(u' ', 1).toUtf8()).object();
+    if (line.at(1) == u'<') {
+        const QString heard =
+            QString::fromUtf8(QJsonDocument(speaker.take(qPrintable(type))).toJson(QJsonDocument::Compact));
+        return std::all_of(words.begin(), words.end(), [&](const QString& word) {
+            return word.startsWith(u'-') ? !heard.contains(word.mid(1)) : heard.contains(word);
+        });
+    }
+    if (type != "change"_L1)
+        return speaker.send(type, body);
+    const QJsonObject element{{u"name"_s, u"platformProfile"_s}, {u"value"_s, body}};
+    return speaker.send(u"requestListChange"_s, {{u"elements"_s, QJsonArray{element}}, {u"type"_s, u"global"_s}});
+}
+
+bool ServiceTest::playCommand(const QString& line, bool isDone)
+{
+    QString reply;
+    const bool done = m_simulator->execute(line.section(u" => "_s, 0, 0), &reply);
+    const bool fits = done == isDone && reply.contains(line.section(u" => "_s, 1));
+    if (!fits)
+        qWarning("it says: %s", qPrintable(reply));
+    return fits;
+}
