@@ -62,29 +62,6 @@ private Q_SLOTS:
         QCOMPARE(handles(), u"abe ada bea cem"_s); // still a contact
     }
 
-    // A dialog in a slot of the first, in which the next picture comes.
-    void announcesThePictureThatWasToldLast()
-    {
-        listen();
-        const ContactService second(m_context.get());
-        m_heard->take();
-        m_heard->note(second, &ContactService::displayPictureUpdated, u"second"_s);
-        const auto show = [this](const QString& picture, const QByteArray& type) {
-            m_desk->changeContact(u"ada"_s,
-                                  "{\"avatarId\":\"" + picture.toUtf8() + "\",\"avatarMimeType\":\"" + type + "\"}");
-            m_desk->tellStream(picture, picture.toUtf8());
-        };
-        QObject dialog;
-        connect(m_service.get(), &ContactService::displayPictureUpdated, &dialog, [&] {
-            m_service->disconnect(&dialog);
-            show(u"new"_s, "image/gif");
-            QVERIFY(m_desk->settle());
-        });
-        show(u"old"_s, "image/png");
-        const QString line = u"second ada Gif new"_s;
-        QTRY_COMPARE(m_heard->lines().filter(u"second"_s), QStringList({line, line}));
-    }
-
     void takesTheLaterOfTwoRecordsWithOneHandle()
     {
         listen();

@@ -5,7 +5,6 @@
 
 #include <vx/platform/zel/ContactService.h>
 
-#include <QtCore/QPointer>
 #include <QtTest/QSignalSpy>
 
 using namespace vx::platform::zel;
@@ -108,14 +107,6 @@ private Q_SLOTS:
         m_desk->changeState(u"Pending"_s);
         QTRY_COMPARE(m_heard->lines(), QStringList({u"Pending"_s, u"InvalidUuid"_s, u"second InvalidUuid"_s,
                                                     u"Expired"_s, u"second Expired"_s, u"second Expired"_s}));
-    }
-
-    void mayBeDestroyedInItsOwnSlot()
-    {
-        QPointer<Context> doomed = new Context(m_uuid);
-        connect(doomed, &Context::registrationStateUpdated, doomed, [&] { delete doomed; });
-        begin();
-        QVERIFY(!doomed);
     }
 
     void holdsAllowedBackUntilEverythingIsThere()

@@ -6,7 +6,6 @@
 #include <vx/platform/zel/UserProfile.h>
 
 #include <QtCore/QCryptographicHash>
-#include <QtCore/QEventLoop>
 #include <QtTest/QSignalSpy>
 
 using namespace vx::platform::zel;
@@ -96,32 +95,6 @@ private Q_SLOTS:
         QVERIFY(m_desk->settle());
         QCOMPARE(heard.lines(), QStringList({u"changed | "_s, u"changed | "_s, u"changed | Changed meanwhile"_s}));
         QCOMPARE(profile.handle(), u"my-handle"_s);
-    }
-
-    void maySpinAnEventLoopInASlot()
-    {
-        const UserProfile profile(ready());
-        const UserProfile second(m_context.get());
-        Heard heard;
-        connect(&profile, &UserProfile::personalMessageUpdated, &heard, [&](const QString& value) {
-            heard.add(value);
-            if (value != "first"_L1)
-                return;
-            QEventLoop dialog;
-            connect(&profile, &UserProfile::displayNameUpdated, &dialog, &QEventLoop::quit);
-            m_desk->changeState(u"Pending"_s);
-            m_desk->changeState(u"Success"_s);
-            m_desk->changeProfile(R"({"personalMessage":"second"})");
-            m_desk->changeProfile(R"({"displayName":"B"})");
-            dialog.exec();
-            heard.add(words(profile.displayName(), profile.personalMessage()));
-        });
-        // The first change reaches the other profile after the second one has.
-        heard.note(second, &UserProfile::personalMessageUpdated, u"other:"_s, [&] { return second.personalMessage(); });
-        m_desk->changeProfile(R"({"personalMessage":"first"})");
-        QTRY_COMPARE(heard.lines(), QStringList({u"first"_s, u"second"_s, u"other: second | second"_s, u"B second"_s,
-                                                 u"other: second | second"_s}));
-        QVERIFY(m_context->isAccessAllowed());
     }
 
 private:
