@@ -14,13 +14,9 @@
 #include <csignal>
 
 using namespace Qt::StringLiterals;
+using zelcore::Simulator;
 
 namespace {
-
-QByteArray sha1(const QByteArray& data)
-{
-    return QCryptographicHash::hash(data, QCryptographicHash::Sha1).toHex();
-}
 
 /// PNG by its first bytes; the rest does not matter to anybody.
 QByteArray png(int size)
@@ -28,14 +24,26 @@ QByteArray png(int size)
     return QByteArray("\x89PNG\r\n\x1a\n") + QByteArray(size - 8, 'p');
 }
 
-zelcore::Person person(const QString& handle, const QString& name)
+/// The end of a line that tells of a picture.
+QByteArray pictureOf(const QByteArray& data)
+{
+    return "\"displayPictureSize\":" + QByteArray::number(data.size()) + ",\"displayPictureSha1\":\"" +
+           QCryptographicHash::hash(data, QCryptographicHash::Sha1).toHex() + "\"}";
+}
+
+QByteArray stateLine(const char* state)
+{
+    return "{\"source\":\"Context\",\"signal\":\"registrationStateUpdated\",\"state\":\"" + QByteArray(state) + "\"}";
+}
+
+zelcore::Person person(const QString& handle)
 {
     zelcore::Person result;
     result.userId = u"id-"_s + handle;
     result.handle = handle;
     result.ppId = u"pp-"_s + handle;
     result.appVersion = u"1.2"_s;
-    result.displayName = name;
+    result.displayName = handle.at(0).toUpper() + handle.mid(1);
     result.personalMessage = u"says \"hi\"\n"_s;
     result.statusMessage = u"in a meeting"_s;
     result.platformVersion = 201;
@@ -54,60 +62,66 @@ class TstZelctl : public QObject
 private Q_SLOTS:
     void init()
     {
-        m_simulator = std::make_unique<zelcore::Simulator>();
+        m_simulator = std::make_unique<Simulator>();
         QString error;
         QVERIFY2(m_simulator->start(&error), qPrintable(error));
     }
 
     void registersAndShowsTheWay()
     {
-        const QByteArray prefix = "{\"source\":\"Context\",\"signal\":\"registrationStateUpdated\",\"state\":";
-        QCOMPARE(run({u"--json"_s, u"register"_s}),
-                 (QList<QByteArray>{prefix + "\"Unregistered\"}", "{\"answer\":\"register\",\"ok\":true}",
-                                    prefix + "\"Pending\"}", prefix + "\"Allowed\"}"}));
+        QCOMPARE(run("register"), QByteArrayList({stateLine("Unregistered"), R"({"answer":"register","ok":true})",
+                                                  stateLine("Pending"), stateLine("Allowed")}));
         // A service that knows the application already has nothing to do.
         m_simulator->setRegistrationState(u"Success"_s);
-        QCOMPARE(run({u"--json"_s, u"register"_s}), QList<QByteArray>{prefix + "\"Allowed\"}"});
+        QCOMPARE(run("register"), QByteArrayList{stateLine("Allowed")});
     }
 
-    void saysWhyItCannotRegister()
+    void saysWhyNot()
     {
+        const auto failsWith = [this](const char* words, const char* diagnostics) {
+            QVERIFY(run(words, 1).isEmpty());
+            QVERIFY2(m_diagnostics.contains(diagnostics), m_diagnostics.constData());
+        };
         m_simulator->setRegistrationState(u"BlockedByTov"_s);
-        QVERIFY(run({u"--json"_s, u"profile"_s}, 1).isEmpty());
-        QVERIFY2(m_diagnostics.contains("BlockedByTOV"), m_diagnostics.constData());
+        failsWith("profile", "BlockedByTOV");
         m_simulator->setRegistrationState(u"Unregistered"_s);
-        m_simulator->setRegistrationPolicy(zelcore::Simulator::RegistrationPolicy::Fixed, u"CancelledByUser"_s);
-        QVERIFY(run({u"--json"_s, u"contacts"_s}, 1).isEmpty());
-        QVERIFY2(m_diagnostics.contains("CancelledByUser"), m_diagnostics.constData());
-    }
-
-    void saysThatNothingCameInTime()
-    {
-        m_simulator->injectFault(zelcore::Simulator::Fault::Drop, 0, u"requestEcoIdResponse"_s); // no outcome
-        run({u"--timeout"_s, u"1.5"_s, u"eco-id"_s, u"pp"_s}, 1);
+        m_simulator->setRegistrationPolicy(Simulator::RegistrationPolicy::Fixed, u"CancelledByUser"_s);
+        failsWith("contacts", "CancelledByUser");
+        m_simulator->setRegistrationState(u"Success"_s);
+        failsWith("contact nobody", "'nobody'");
+        failsWith("set-picture /no/such/file", "/no/such/file");
+        m_simulator->injectFault(Simulator::Fault::Drop, 0, u"listChunk"_s); // no state
+        failsWith("--timeout 1.5 profile", "within 1.5 s");
+        m_simulator->injectFault(Simulator::Fault::Drop, 0, u"requestEcoIdResponse"_s); // no outcome
+        run("--timeout 1.5 eco-id pp", 1);
         QVERIFY2(m_diagnostics.contains("within 1.5 s"), m_diagnostics.constData());
-        m_simulator->injectFault(zelcore::Simulator::Fault::Drop, 0, u"listChunk"_s); // no state
-        run({u"--timeout"_s, u"1.5"_s, u"profile"_s}, 1);
-        QVERIFY2(m_diagnostics.contains("within 1.5 s"), m_diagnostics.constData());
-    }
-
-    void saysThatThereIsNoService()
-    {
-        m_simulator->stop();
-        QVERIFY(run({u"--json"_s, u"contacts"_s}, 1).isEmpty());
-        QVERIFY2(m_diagnostics.contains("zelcore-sim"), m_diagnostics.constData());
-        const QList<QByteArray> lines = run({u"--json"_s, u"state"_s}, 1);
-        QCOMPARE(lines.size(), 1);
-        QVERIFY(lines.first().contains("\"BlockedByUser\""));
-    }
-
-    void refusesWrongUse()
-    {
-        const QList<QStringList> uses{{}, {u"dance"_s}, {u"--jason"_s, u"state"_s}, {u"set-status"_s, u"busy"_s}};
-        for (const QStringList& words : uses) {
+        run("--timeout 1 box-add ''", 1); // the library alone knows why
+        QVERIFY2(m_diagnostics.contains("100 characters"), m_diagnostics.constData());
+        for (const char* words : {"", "dance", "--jason state", "set-status busy"}) {
             QVERIFY(run(words, 2).isEmpty());
             QVERIFY(!m_diagnostics.isEmpty());
         }
+    }
+
+    /// A service that was killed leaves a socket behind that nobody listens on.
+    void saysThatThereIsNoService()
+    {
+        const QString socket = m_simulator->root() + u"/services/zelcore/platform"_s;
+        QVERIFY(QFile::rename(socket, socket + u'~'));
+        m_simulator->stop();
+        QVERIFY(QFile::rename(socket + u'~', socket));
+        QVERIFY(run("contacts", 1).isEmpty());
+        QVERIFY2(m_diagnostics.contains("There is no core service at " + socket.toUtf8()), m_diagnostics.constData());
+        QVERIFY2(m_diagnostics.contains("zelcore-sim"), m_diagnostics.constData());
+        QVERIFY(run("state", 1).value(0).contains("\"BlockedByUser\""));
+        ZelctlProcess shell(m_simulator->root());
+        QCOMPARE(shell.run({u"--json"_s, u"shell"_s}, "register\ncontacts\nbox-add hello\n"), 0);
+        QCOMPARE(shell.lines(),
+                 QByteArrayList({R"({"ready":true,"registrationState":"BlockedByUser","accessAllowed":false,)"
+                                 R"("zelSetup":false,"platformVersion":200})",
+                                 R"({"answer":"register","ok":false})",
+                                 R"({"answer":"contacts","valid":false,"complete":false,"count":0,"contacts":[]})",
+                                 R"({"answer":"box-add","ok":false})"}));
     }
 
     void changesTheProfile()
@@ -115,154 +129,125 @@ private Q_SLOTS:
         const QString name = m_simulator->profile().displayName;
         QVERIFY(!name.isEmpty());
         const QString message = u"\"quoted\"\nשלום 🐱"_s;
-        const QList<QByteArray> lines = run({u"--json"_s, u"set-message"_s, message});
+        const QByteArrayList lines = run("set-message '\"quoted\"\nשלום 🐱'");
         QCOMPARE(lines.size(), 2);
-        QCOMPARE(lines.first(), "{\"answer\":\"set-message\",\"ok\":true}");
+        QCOMPARE(lines.first(), R"({"answer":"set-message","ok":true})");
         QCOMPARE(ZelctlProcess::parsed(lines.last()).value("value"_L1).toString(), message);
-        QCOMPARE(m_simulator->profile().personalMessage, message);
-
-        QCOMPARE(run({u"--json"_s, u"set-status"_s, u"busy"_s, u"-1 day"_s}).value(1),
-                 "{\"source\":\"UserProfile\",\"signal\":\"statusUpdated\",\"status\":\"Busy\","
-                 "\"statusMessage\":\"-1 day\"}");
-        QVERIFY(m_simulator->profile().showBusy);
-        QCOMPARE(m_simulator->profile().displayName, name);
-        QCOMPARE(m_simulator->profile().personalMessage, message);
+        QCOMPARE(run("set-status busy '-1 day'").value(1),
+                 R"({"source":"UserProfile","signal":"statusUpdated","status":"Busy","statusMessage":"-1 day"})");
         // Nothing changes, so nothing is announced, and nobody waits for it.
-        QCOMPARE(run({u"--json"_s, u"set-status"_s, u"busy"_s, u"-1 day"_s}),
-                 QList<QByteArray>{"{\"answer\":\"set-status\",\"ok\":true}"});
+        QCOMPARE(run("set-status busy '-1 day'"), QByteArrayList{R"({"answer":"set-status","ok":true})"});
+        const zelcore::Person profile = m_simulator->profile();
+        QVERIFY(profile.showBusy);
+        QCOMPARE(profile.displayName, name);
+        QCOMPARE(profile.personalMessage, message);
     }
 
     void changesThePicture()
     {
         const QByteArray data = png(32768);
-        const QString name = file(u"me"_s, data);
-        QCOMPARE(run({u"--json"_s, u"set-picture"_s, name}),
-                 (QList<QByteArray>{"{\"answer\":\"set-picture\",\"ok\":true}",
-                                    "{\"source\":\"UserProfile\",\"signal\":\"displayPictureUpdated\","
-                                    "\"displayPictureMimeType\":\"Png\",\"displayPictureSize\":32768,"
-                                    "\"displayPictureSha1\":\"" +
-                                        sha1(data) + "\"}"}));
-        QCOMPARE(m_simulator->picture(QString::fromLatin1(sha1(data))), data);
+        const QByteArray command = "set-picture " + file("me", data);
+        QCOMPARE(run(command), QByteArrayList({R"({"answer":"set-picture","ok":true})",
+                                               R"({"source":"UserProfile","signal":"displayPictureUpdated",)"
+                                               R"("displayPictureMimeType":"Png",)" +
+                                                   pictureOf(data)}));
+        QCOMPARE(m_simulator->picture(m_simulator->profile().avatarId), data);
         QCOMPARE(m_simulator->profile().avatarMimeType, u"image/png"_s);
-        const QJsonObject profile = ZelctlProcess::parsed(run({u"--json"_s, u"profile"_s}).value(0));
-        QCOMPARE(profile.value("displayPictureSha1"_L1).toString().toLatin1(), sha1(data));
-        QCOMPARE(profile.value("displayPictureMimeType"_L1).toString(), u"Png"_s);
-
-        run({u"set-picture"_s, name}); // the same again
-        QCOMPARE(run({u"--json"_s, u"set-picture"_s, file(u"big"_s, png(32769))}, 1),
-                 QList<QByteArray>{"{\"answer\":\"set-picture\",\"ok\":false}"});
-        QVERIFY(run({u"--json"_s, u"set-picture"_s, u"/no/such/file"_s}, 1).isEmpty());
+        QVERIFY(run("profile").value(0).contains(R"("displayPictureMimeType":"Png",)" + pictureOf(data)));
+        run(command); // the same again
+        QCOMPARE(run("set-picture " + file("big", png(32769)), 1),
+                 QByteArrayList{R"({"answer":"set-picture","ok":false})"});
     }
 
     void listsContactsMemberByMember()
     {
-        m_simulator->addContact(person(u"zoe"_s, u"Zoë"_s));
-        m_simulator->addContact(person(u"bob"_s, u"Bob"_s));
-        m_simulator->addContact(person(u"not"_s, u"Without"_s), false);
-        const QByteArray bob =
-            "{\"handle\":\"bob\",\"displayName\":\"Bob\",\"personalMessage\":\"says "
-            "\\\"hi\\\"\\n\",\"status\":\"Busy\","
-            R"("statusMessage":"in a meeting","ppId":"pp-bob","applicationVersion":"1.2","platformVersion":201,)"
-            R"("sdkVersion":201,"zelVersion":77})";
-        const QByteArray zoe = QByteArray(bob).replace("bob", "zoe").replace("Bob", "Zoë");
-        QCOMPARE(
-            run({u"--json"_s, u"contacts"_s}),
-            QList<QByteArray>{"{\"answer\":\"contacts\",\"valid\":true,\"complete\":true,\"count\":2,\"contacts\":[" +
-                              bob + ',' + zoe + "]}"});
-        QCOMPARE(run({u"--json"_s, u"contact"_s, u"bob"_s}),
-                 QList<QByteArray>{"{\"answer\":\"contact\",\"contact\":" + bob + '}'});
-        QVERIFY(run({u"--json"_s, u"contact"_s, u"not"_s}, 1).isEmpty());
-        QVERIFY(m_diagnostics.contains("'not'"));
+        for (const QString& name : {u"zoe"_s, u"bob"_s, u"not"_s})
+            m_simulator->addContact(person(name), name != "not"_L1);
+        const QByteArray bob = R"({"handle":"bob","displayName":"Bob","personalMessage":)"
+                               "\"says \\\"hi\\\"\\n\""
+                               R"(,"status":"Busy",)"
+                               R"("statusMessage":"in a meeting","ppId":"pp-bob","applicationVersion":"1.2",)"
+                               R"("platformVersion":201,"sdkVersion":201,"zelVersion":77})";
+        const QByteArray zoe = QByteArray(bob).replace("bob", "zoe").replace("Bob", "Zoe");
+        QCOMPARE(run("contacts"),
+                 QByteArrayList{R"({"answer":"contacts","valid":true,"complete":true,"count":2,"contacts":[)" + bob +
+                                ',' + zoe + "]}"});
+        QCOMPARE(run("contact bob"), QByteArrayList{R"({"answer":"contact","contact":)" + bob + '}'});
     }
 
     void fetchesAPicture()
     {
-        m_simulator->addContact(person(u"bob"_s, u"Bob"_s));
+        m_simulator->addContact(person(u"bob"_s));
+        m_simulator->addContact(person(u"zoe"_s));
         const QByteArray data = png(20000);
         QVERIFY(m_simulator->setContactPicture(u"bob"_s, data));
-        const QString target = m_folder.filePath(u"bob.png"_s);
-        QCOMPARE(
-            run({u"--json"_s, u"picture"_s, u"bob"_s, u"-o"_s, target}),
-            (QList<QByteArray>{"{\"answer\":\"picture\",\"ok\":true}",
-                               "{\"source\":\"ContactService\",\"signal\":\"displayPictureUpdated\",\"handle\":"
-                               "\"bob\",\"imageType\":\"Png\",\"displayPictureSize\":20000,\"displayPictureSha1\":\"" +
-                                   sha1(data) + "\"}"}));
-        QCOMPARE(run({u"picture"_s, u"bob"_s, u"-o"_s, target}).value(1),
-                 "Wrote 20000 bytes to " + target.toUtf8() + '.');
-        QFile written(target);
+        const QByteArray target = m_folder.filePath(u"bob.png"_s).toUtf8();
+        QCOMPARE(run("picture bob -o " + target),
+                 QByteArrayList({R"({"answer":"picture","ok":true})",
+                                 R"({"source":"ContactService","signal":"displayPictureUpdated","handle":"bob",)"
+                                 R"("imageType":"Png",)" +
+                                     pictureOf(data)}));
+        QCOMPARE(runForPeople("picture bob -o " + target).value(1), "Wrote 20000 bytes to " + target + '.');
+        // Somebody without a picture costs a file nothing.
+        QCOMPARE(runForPeople("picture zoe -o " + target), QByteArrayList{"zoe has no picture."});
+        QFile written(QString::fromUtf8(target));
         QVERIFY(written.open(QIODevice::ReadOnly));
         QCOMPARE(written.readAll(), data);
-        // Somebody without a picture costs a file nothing.
-        m_simulator->addContact(u"Zoe"_s);
-        QCOMPARE(run({u"picture"_s, u"zoe"_s, u"-o"_s, target}), QList<QByteArray>{"zoe has no picture."});
-        QCOMPARE(QFileInfo(target).size(), data.size());
-        run({u"picture"_s, u"bob"_s, u"-o"_s, u"/no/such/folder/x"_s}, 1);
+        run("picture bob -o /no/such/folder/x", 1);
         QVERIFY(m_diagnostics.contains("/no/such/folder/x"));
     }
 
     void keepsABox()
     {
         const QByteArray icon = png(100);
-        QCOMPARE(run({u"--json"_s, u"icon-register"_s, u"257"_s, file(u"icon"_s, icon)}),
-                 (QList<QByteArray>{"{\"answer\":\"icon-register\",\"ok\":true}",
-                                    "{\"source\":\"ProfileBox\",\"signal\":\"iconRegistered\",\"iconId\":257}"}));
-        run({u"icon-register"_s, u"257"_s, file(u"icon"_s, icon)}, 1); // only once
-        run({u"icon-register"_s, u"-1"_s, file(u"icon"_s, icon)}, 1);
-        QCOMPARE(run({u"--json"_s, u"icon-get"_s, u"257"_s}).value(1),
-                 "{\"source\":\"ProfileBox\",\"signal\":\"iconRetrieved\",\"iconId\":257,\"iconType\":\"Png\","
-                 "\"iconDataSize\":100,\"iconDataSha1\":\"" +
-                     sha1(icon) + "\"}");
+        const QByteArray name = file("icon", icon);
+        QCOMPARE(run("icon-register 257 " + name),
+                 QByteArrayList({R"({"answer":"icon-register","ok":true})",
+                                 R"({"source":"ProfileBox","signal":"iconRegistered","iconId":257})"}));
+        run("icon-register 257 " + name, 1); // only once
+        run("icon-register -1 " + name, 1);
+        QCOMPARE(run("icon-get 257").value(1),
+                 R"({"source":"ProfileBox","signal":"iconRetrieved","iconId":257,"iconType":"Png",)" +
+                     pictureOf(icon).replace("displayPicture", "iconData"));
 
-        const QList<QByteArray> added =
-            run({u"--json"_s, u"box-add"_s, u"level 3"_s, u"--icon"_s, u"257"_s, u"--cookie"_s, u"c=1"_s});
-        QCOMPARE(added.value(0), "{\"answer\":\"box-add\",\"ok\":true}");
-        const QByteArray id = ZelctlProcess::parsed(added.value(1)).value("itemId"_L1).toString().toUtf8();
-        QVERIFY(!id.isEmpty());
-        run({u"box-add"_s, u"plain"_s});
-        const QList<QByteArray> box = run({u"--json"_s, u"box"_s});
-        QVERIFY2(box.value(0).startsWith("{\"answer\":\"box\",\"count\":2,\"items\":[{\"id\":\"" + id +
-                                         "\",\"text\":\"level 3\",\"cookie\":\"c=1\",\"iconId\":257},"),
-                 box.value(0).constData());
-        QVERIFY2(box.value(0).contains("\"text\":\"plain\",\"cookie\":\"\",\"iconId\":-1}"), box.value(0).constData());
-
-        run({u"--timeout"_s, u"1"_s, u"box-add"_s, QString()}, 1); // the library alone knows why
-        QVERIFY2(m_diagnostics.contains("100 characters"), m_diagnostics.constData());
-        run({u"box-remove"_s, u"no-such-item"_s}, 1);
-        QCOMPARE(run({u"--json"_s, u"box-remove"_s, QString::fromUtf8(id)}).value(1),
-                 "{\"source\":\"ProfileBox\",\"signal\":\"itemRemoved\",\"itemId\":\"" + id + "\"}");
+        QCOMPARE(run("box-add 'level 3' --icon 257 --cookie c=1"),
+                 QByteArrayList({R"({"answer":"box-add","ok":true})",
+                                 R"({"source":"ProfileBox","signal":"itemAdded","itemId":"item-1"})"}));
+        run("box-add plain");
+        QCOMPARE(run("box"), QByteArrayList{R"({"answer":"box","count":2,"items":[)"
+                                            R"({"id":"item-1","text":"level 3","cookie":"c=1","iconId":257},)"
+                                            R"({"id":"item-2","text":"plain","cookie":"","iconId":-1}]})"});
+        run("box-remove no-such-item", 1);
+        QCOMPARE(run("box-remove item-1").value(1),
+                 R"({"source":"ProfileBox","signal":"itemRemoved","itemId":"item-1"})");
         m_simulator->addBoxItem(u"another"_s);
-        QCOMPARE(run({u"--json"_s, u"box-clear"_s}).size(), 3); // the answer, and two items
+        QCOMPARE(run("box-clear").size(), 3); // the answer, and two items
         QVERIFY(m_simulator->boxItems().isEmpty());
-        QCOMPARE(run({u"--json"_s, u"box-clear"_s}), QList<QByteArray>{"{\"answer\":\"box-clear\",\"ok\":true}"});
+        QCOMPARE(run("box-clear"), QByteArrayList{R"({"answer":"box-clear","ok":true})"});
     }
 
-    void findsEcoIdentifiers()
+    void findsEcoIdentifiersAndInvitesTheirOwners()
     {
-        m_simulator->setEcoId(u"pp-1"_s, u"E100"_s);
-        m_simulator->setEcoIdStatus(u"E100"_s, u"PendingContactExists"_s);
-        QCOMPARE(run({u"--json"_s, u"eco-id"_s, u"pp-1"_s}).value(1),
-                 "{\"source\":\"Utils\",\"signal\":\"ecoIdUpdated\",\"ppId\":\"pp-1\",\"ecoId\":\"E100\"}");
-        QCOMPARE(run({u"--json"_s, u"eco-status"_s, u"E100"_s}).value(1),
-                 "{\"source\":\"Utils\",\"signal\":\"ecoIdStatusUpdated\",\"ecoId\":\"E100\","
-                 "\"status\":\"PendingContactInviteExists\"}");
-        QCOMPARE(run({u"--json"_s, u"eco-status"_s, QString()}, 1),
-                 QList<QByteArray>{"{\"answer\":\"eco-status\",\"ok\":false}"});
-    }
-
-    void handsOverInvitationsAndChats()
-    {
-        QSignalSpy spy(m_simulator.get(), &zelcore::Simulator::invocationReceived);
-        run({u"invite"_s, u"E1"_s, u"Ada \"L\""_s, u"join\nus"_s});
+        m_simulator->setEcoId(u"pp-1"_s, u"E1"_s);
+        QCOMPARE(run("eco-id pp-1").value(1),
+                 R"({"source":"Utils","signal":"ecoIdUpdated","ppId":"pp-1","ecoId":"E1"})");
+        QCOMPARE(run("eco-status ''", 1), QByteArrayList{R"({"answer":"eco-status","ok":false})"});
+        const QByteArray unknown =
+            R"({"source":"Utils","signal":"ecoIdStatusUpdated","ecoId":"E1","status":"Unknown"})";
+        const QSignalSpy spy(m_simulator.get(), &Simulator::invocationReceived);
+        run("chat E1");
         QTRY_COMPARE(spy.size(), 1);
-        QCOMPARE(spy.first().mid(0, 3), (QVariantList{u"sys.socialplatform"_s, u"vx.action.INVITEZEL"_s,
-                                                      u"application/vnd.socialplatform.data"_s}));
-        QCOMPARE(spy.takeFirst().at(3).toByteArray(), "{\"contactInvitation\":{\"ecoid\":\"E1\",\"display_name\":\"Ada "
-                                                      "\\\"L\\\"\",\"invite_msg\":\"join\\nus\"}}");
-        run({u"chat"_s, u"E1"_s});
-        QTRY_COMPARE(spy.size(), 1);
-        QCOMPARE(spy.first().mid(0, 3), (QVariantList{u"sys.zel.chathandler"_s, u"vx.action.ZELCHAT"_s,
-                                                      u"application/vnd.socialplatform.data"_s}));
-        QCOMPARE(spy.first().at(3).toByteArray(), R"({"contactChat":{"ecoid":"E1"}})");
+        QCOMPARE(run("eco-status E1").value(1), unknown);
+        run("invite E1 'Ada \"L\"' 'join us'");
+        QTRY_COMPARE(spy.size(), 2);
+        QCOMPARE(run("eco-status E1").value(1), QByteArray(unknown).replace("Unknown", "PendingContactInviteExists"));
+        QCOMPARE(spy.at(0).mid(0, 4), (QVariantList{u"sys.zel.chathandler"_s, u"vx.action.ZELCHAT"_s,
+                                                    u"application/vnd.socialplatform.data"_s,
+                                                    QByteArray(R"({"contactChat":{"ecoid":"E1"}})")}));
+        const QByteArray invitation = "{\"contactInvitation\":{\"ecoid\":\"E1\",\"display_name\":\"Ada \\\"L\\\"\","
+                                      "\"invite_msg\":\"join us\"}}";
+        QCOMPARE(spy.at(1).mid(0, 4), (QVariantList{u"sys.socialplatform"_s, u"vx.action.INVITEZEL"_s,
+                                                    u"application/vnd.socialplatform.data"_s, invitation}));
     }
 
     void shellGoesOnAfterWhatIsNoCommand()
@@ -270,16 +255,10 @@ private Q_SLOTS:
         ZelctlProcess shell(m_simulator->root());
         shell.startShell();
         shell.takeUntil(u"Unregistered"_s);
-        const QByteArray lines[] = {"dance",
-                                    "",
-                                    "set-message 'x",
-                                    "invite e1 Ada",
-                                    "icon-get one",
-                                    "set-picture /no/such/file",
-                                    "shell",
-                                    QByteArray("\xff\xfe\0x", 4),
-                                    QByteArray(2'000'000, 'y')};
-        for (const QByteArray& line : lines) {
+        for (const QByteArray& line :
+             {QByteArray("dance"), QByteArray(), QByteArray("set-message 'x"), QByteArray("invite e1 Ada"),
+              QByteArray("icon-get one"), QByteArray("set-picture /no/such/file"), QByteArray("shell"),
+              QByteArray("\xff\xfe\0x", 4), QByteArray(2'000'000, 'y')}) {
             const QJsonObject answer = shell.ask(line);
             QCOMPARE(answer.value("answer"_L1).toString(), u"error"_s);
             QVERIFY(!answer.value("message"_L1).toString().isEmpty());
@@ -290,6 +269,7 @@ private Q_SLOTS:
 
     void shellEndsWithItsInput()
     {
+        const QSignalSpy requests(m_simulator.get(), &Simulator::registrationRequested);
         const std::pair<const char*, const char*> inputs[] = {
             {"", "{\"ready\":true"},
             {"state\nquit\nprofile\n", "{\"answer\":\"state\""},
@@ -298,92 +278,118 @@ private Q_SLOTS:
         for (const auto& [input, lastAnswer] : inputs) {
             ZelctlProcess shell(m_simulator->root());
             QCOMPARE(shell.run({u"--json"_s, u"shell"_s}, input), 0);
-            QList<QByteArray> answers = shell.lines();
+            QByteArrayList answers = shell.lines();
             answers.removeIf([](const QByteArray& line) { return line.startsWith("{\"source\""); });
             QVERIFY2(answers.last().startsWith(lastAnswer), shell.output().constData());
         }
+        QCOMPARE(requests.size(), 0);
+        // What was asked for before the end is sent.
+        ZelctlProcess shell(m_simulator->root());
+        shell.startShell();
+        shell.takeUntil(u"Unregistered"_s);
+        shell.write("register\nquit");
+        QCOMPARE(shell.finish(), 0);
+        QTRY_COMPARE(requests.size(), 1);
+    }
+
+    void shellTakesMessagesUpToOneRead()
+    {
+        ZelctlProcess shell(m_simulator->root());
+        shell.startShell();
+        shell.takeUntil(u"Unregistered"_s);
+        // A record that changes the registration state and is so many bytes long, by blanks within its JSON.
+        const auto record = [](const char* state, qsizetype size) {
+            QByteArray text = R"({"listChange":{"type":"global","elements":[{"name":"permission","value":{)"
+                              R"("registrationState":"%1"}}]}})"
+                              "\n";
+            text.replace("%1", state);
+            const QByteArray head = "@platform\ndat:json:";
+            return head + text.insert(1, QByteArray(size - head.size() - text.size(), ' '));
+        };
+        const auto hears = [&](const QByteArray& text, const char* state) {
+            m_simulator->sendRecord(text);
+            QCOMPARE(shell.takeLine(), stateLine(state));
+        };
+        hears(record("Expired", 65536), "Expired");
+        hears(record("TemporaryError", 65537), "TemporaryError"); // only the line break is cut off
+        QByteArray open = record("Expired", 65538);               // the last brace is
+        open.chop(1);
+        m_simulator->sendRecord(open);
+        hears(record("ZelDisabled", 400), "ZelDisabled");
+        hears(record("Expired", 400) + QByteArray("\0{[", 3), "Expired");
     }
 
     void watchRegistersAndEndsWhenTold()
     {
-        ZelctlProcess watch(m_simulator->root());
-        QVERIFY(watch.start({u"--json"_s, u"watch"_s}));
-        watch.takeUntil(u"Allowed"_s);
-        watch.terminate();
-        QCOMPARE(watch.finish(), 0);
-        // In a script too, which has its background commands ignore interrupts.
-        std::signal(SIGINT, SIG_IGN);
-        ZelctlProcess inScript(m_simulator->root());
-        QVERIFY(inScript.start({u"--json"_s, u"watch"_s}));
-        std::signal(SIGINT, SIG_DFL);
-        inScript.takeUntil(u"Allowed"_s);
-        inScript.interrupt();
-        QCOMPARE(inScript.finish(), 0);
+        for (const bool inScript : {false, true}) { // which has its background commands ignore interrupts
+            std::signal(SIGINT, inScript ? SIG_IGN : SIG_DFL);
+            ZelctlProcess watch(m_simulator->root());
+            QVERIFY(watch.start({u"--json"_s, u"watch"_s}));
+            std::signal(SIGINT, SIG_DFL);
+            watch.takeUntil(u"Allowed"_s);
+            inScript ? watch.interrupt() : watch.terminate();
+            QCOMPARE(watch.finish(), 0);
+        }
     }
 
     void bringsItsOwnService()
     {
-        for (const QString& option : {u"--simulate"_s, u"--simulate=first-steps"_s}) {
-            ZelctlProcess process;
-            QCOMPARE(process.run({u"--json"_s, option, u"profile"_s}), 0);
-            QCOMPARE(process.lines().size(), 1);
-            QVERIFY(!ZelctlProcess::parsed(process.lines().first()).value("displayName"_L1).toString().isEmpty());
-        }
-        ZelctlProcess inviting;
-        QCOMPARE(inviting.run({u"--simulate"_s, u"invite"_s, u"E1"_s, u"Ada"_s, u"join us"_s}), 0);
-        QVERIFY2(inviting.diagnostics().contains("contactInvitation"), inviting.diagnostics().constData());
+        m_simulator->stop();
+        for (const char* words : {"--simulate profile", "--simulate=first-steps profile"})
+            QVERIFY(!ZelctlProcess::parsed(run(words).value(0)).value("displayName"_L1).toString().isEmpty());
+        run("--simulate invite E1 Ada 'join us'");
+        QVERIFY2(m_diagnostics.contains("contactInvitation"), m_diagnostics.constData());
         // What the library warns of, and what its own service refuses, need not be waited for.
-        for (const auto& [request, why] :
-             {std::pair(QStringList{u"box-add"_s, u"x"_s, u"--icon"_s, u"9"_s}, "was refused: no icon with this id"),
-              std::pair(QStringList{u"set-message"_s, QString(62000, u'x')},
-                        "The service refused: the record would")}) {
-            ZelctlProcess refused;
-            QCOMPARE(refused.run(QStringList{u"--simulate"_s} + request), 1);
-            QVERIFY2(refused.diagnostics().contains(why), refused.diagnostics().constData());
-        }
-        ZelctlProcess unknown;
-        QCOMPARE(unknown.run({u"--simulate=no-such-scenario"_s, u"state"_s}), 1);
-        QVERIFY(!unknown.diagnostics().isEmpty());
+        run("--simulate box-add x --icon 9", 1);
+        QVERIFY2(m_diagnostics.contains("was refused: no icon with this id"), m_diagnostics.constData());
+        run("--simulate set-message " + QByteArray(62000, 'x'), 1);
+        QVERIFY2(m_diagnostics.contains("The service refused: the record would"), m_diagnostics.constData());
+        run("--simulate=no-such-scenario state", 1);
+        QVERIFY(!m_diagnostics.isEmpty());
     }
 
     void printsTablesForPeople()
     {
-        m_simulator->addContact(person(u"bob"_s, u"Bob"_s));
-        const QList<QByteArray> lines = run({u"contacts"_s});
+        m_simulator->addContact(person(u"bob"_s));
+        const QByteArrayList lines = runForPeople("contacts");
         QVERIFY(lines.contains("count     1"));
         QVERIFY(lines.at(lines.size() - 2).startsWith("handle  display name"));
         QVERIFY(lines.last().startsWith("bob     Bob"));
         QVERIFY(!lines.join().contains('\033'));
         QVERIFY(!lines.join().contains("zel version"));
-        QVERIFY(run({u"--all"_s, u"contacts"_s}).join().contains("zel version"));
-        for (const QStringList& words : {QStringList{u"help"_s, u"set-message"_s}, {u"set-message"_s, u"--help"_s}})
-            QVERIFY(run(words).contains("  for example: zelctl set-message 'Back at five'"));
-        QCOMPARE(run({u"set-message"_s, u"hello"_s}), QList<QByteArray>{"The personal message is \"hello\"."});
+        QVERIFY(runForPeople("--all contacts").join().contains("zel version"));
+        for (const char* words : {"help set-message", "set-message --help"})
+            QVERIFY(runForPeople(words).contains("  for example: zelctl set-message 'Back at five'"));
+        QCOMPARE(runForPeople("set-message hello"), QByteArrayList{"The personal message is \"hello\"."});
     }
 
 private:
     /// Runs to the end; standard output as lines.
-    QList<QByteArray> run(const QStringList& words, int expectedStatus = 0)
+    QByteArrayList runForPeople(const QByteArray& line, int expectedStatus = 0)
     {
         ZelctlProcess process(m_simulator->root());
-        const int status = process.run(words);
+        const int status = process.run(*Simulator::splitWords(QString::fromUtf8(line)));
         m_diagnostics = process.diagnostics();
         if (status != expectedStatus) {
-            const QByteArray said = u"%1: status %2"_s.arg(words.join(u' ')).arg(status).toUtf8() + '\n';
-            QTest::qFail((said + process.output() + m_diagnostics).constData(), __FILE__, __LINE__);
+            const QByteArray said = line + ": status " + QByteArray::number(status) + '\n' + process.output();
+            QTest::qFail((said + m_diagnostics).constData(), __FILE__, __LINE__);
         }
         return process.lines();
     }
-
-    QString file(const QString& name, const QByteArray& data)
+    QByteArrayList run(const QByteArray& line, int expectedStatus = 0)
     {
-        QFile file(m_folder.filePath(name));
-        if (!file.open(QIODevice::WriteOnly) || file.write(data) != data.size())
-            qFatal("cannot write %s", qPrintable(file.fileName()));
-        return file.fileName();
+        return runForPeople("--json " + line, expectedStatus);
     }
 
-    std::unique_ptr<zelcore::Simulator> m_simulator;
+    QByteArray file(const char* name, const QByteArray& data)
+    {
+        QFile file(m_folder.filePath(QString::fromLatin1(name)));
+        if (!file.open(QIODevice::WriteOnly) || file.write(data) != data.size())
+            qFatal("cannot write %s", qPrintable(file.fileName()));
+        return file.fileName().toUtf8();
+    }
+
+    std::unique_ptr<Simulator> m_simulator;
     QTemporaryDir m_folder;
     QByteArray m_diagnostics;
 };
