@@ -48,6 +48,14 @@ public:
     bool isConnected = false;
 };
 
+struct Listening : ObjectServer
+{
+    explicit Listening(const QString& path)
+    {
+        [&] { QVERIFY(listen(path, nullptr)); }();
+    }
+};
+
 int mode(const QString& path)
 {
     struct stat status;
@@ -70,10 +78,8 @@ private Q_SLOTS:
     void isForTheUserAlone()
     {
         const mode_t before = ::umask(0);
-        ObjectServer server;
-        const bool listens = server.listen(m_path, nullptr);
+        const Listening server(m_path);
         ::umask(before);
-        QVERIFY(listens);
         QCOMPARE(mode(m_path), 0600);
         QCOMPARE(mode(m_folder->filePath(QStringLiteral("a"))), 0700);
         QCOMPARE(mode(m_folder->filePath(QStringLiteral("a/b"))), 0700);
@@ -129,37 +135,31 @@ private Q_SLOTS:
 
     void tellsOfClientsOnce()
     {
-        ObjectServer server;
-        QVERIFY(server.listen(m_path, nullptr));
+        Listening server(m_path);
         QVERIFY(!server.listen(m_path, nullptr));
         QSignalSpy connected(&server, &ObjectServer::clientConnected);
         QSignalSpy disconnected(&server, &ObjectServer::clientDisconnected);
         auto first = std::make_unique<Client>(m_path);
         const Client second(m_path);
-        const Client third(m_path);
-        QTRY_COMPARE(connected.size(), 3);
+        QTRY_COMPARE(connected.size(), 2);
         first.reset();
         QVERIFY(disconnected.wait());
         QCOMPARE(disconnected.first().first().toInt(), 1);
-        QCOMPARE(server.clients(), (QList<int>{2, 3}));
-        server.disconnectClient(2);
-        server.disconnectClient(2);
-        QCOMPARE(disconnected.size(), 2);
-        QCOMPARE(second.receive(), QByteArray());
+        QCOMPARE(server.clients(), QList<int>{2});
         server.close();
         QVERIFY(!server.isListening() && server.clients().isEmpty());
-        QCOMPARE(third.receive(), QByteArray());
+        QCOMPARE(disconnected.size(), 2);
+        QCOMPARE(second.receive(), QByteArray());
         // It may listen again, and goes on counting.
         QVERIFY(server.listen(m_path, nullptr));
-        const Client fourth(m_path);
-        QTRY_COMPARE(server.clients(), QList<int>{4});
+        const Client third(m_path);
+        QTRY_COMPARE(server.clients(), QList<int>{3});
     }
 
     void queuesWhatAClientDoesNotTake()
     {
         constexpr int size = 60000;
-        ObjectServer server;
-        QVERIFY(server.listen(m_path, nullptr));
+        Listening server(m_path);
         server.setQueueLimit(20 * size);
         auto client = std::make_unique<Client>(m_path);
         QTRY_COMPARE(server.clients().size(), 1);
@@ -191,26 +191,6 @@ private Q_SLOTS:
         QTRY_COMPARE(server.clients(), QList<int>{2});
     }
 
-    void handlersMayDisconnectAnybody()
-    {
-        ObjectServer server;
-        QVERIFY(server.listen(m_path, nullptr));
-        QList<QByteArray> received;
-        connect(&server, &ObjectServer::recordReceived, &server, [&](int client, const QByteArray& record) {
-            received.append(record);
-            server.disconnectClient(3 - client);
-            server.disconnectClient(client);
-        });
-        const Client first(m_path);
-        const Client second(m_path);
-        QTRY_COMPARE(server.clients().size(), 2);
-        QVERIFY(first.send("a"));
-        QVERIFY(first.send("never read"));
-        QCOMPARE(first.receive(), QByteArray());
-        QCOMPARE(second.receive(), QByteArray());
-        QCOMPARE(received, QList<QByteArray>{"a"});
-    }
-
     void handlersMayDeleteTheServer()
     {
         using Server = ObjectServer;
@@ -238,8 +218,7 @@ private Q_SLOTS:
 
     void handlersMaySpinAnEventLoop()
     {
-        ObjectServer server;
-        QVERIFY(server.listen(m_path, nullptr));
+        Listening server(m_path);
         QList<QByteArray> received;
         connect(&server, &ObjectServer::recordReceived, &server, [&](int, const QByteArray& record) {
             received.append(record);

@@ -43,8 +43,6 @@ public:
     QList<int> clients() const;
     // The number of the process that connected; 0 when it is not known.
     qint64 processOf(int client) const;
-    // Closes the connection. What is still waiting to be sent is lost.
-    void disconnectClient(int client);
 
     // Sends one record and never waits: what the client does not take at once is queued. False when there is no such
     // client, when the record is empty or longer than the kernel carries (about 400 KiB), and when the client's queue
@@ -62,6 +60,9 @@ Q_SIGNALS:
 
 private:
     friend class ObjectServerPrivate;
+    // Closes the connection. What is still waiting to be sent is lost.
+    void disconnectClient(int client);
+
     std::unique_ptr<ObjectServerPrivate> const d;
 };
 
