@@ -99,7 +99,8 @@ private Q_SLOTS:
 
         tell({{[&] { picture({}); }, "UserProfile::requestUpdateDisplayPicture: the picture is empty"},
               {[&] { picture(tooBig); }, "UserProfile::requestUpdateDisplayPicture: the picture is too big"},
-              {[&] { picture("y"); }, "UserProfile::requestUpdateDisplayPicture: another picture is under way"},
+              {[&] { picture(QByteArray(32768, 'y')); },
+               "UserProfile::requestUpdateDisplayPicture: another picture is under way"},
               {[&] { profile.requestUpdateStatus(UserStatus::Busy, tooLong); },
                "UserProfile::requestUpdateStatus: the message has more than 65536 bytes"},
               {[&] { add({}, {}); }, "ProfileBox::requestAddItem: the text is empty"},
