@@ -10,7 +10,6 @@
 #include <zelcore/TestService.h>
 
 #include <QtCore/QThread>
-#include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
 
 using namespace Qt::StringLiterals;
@@ -67,6 +66,17 @@ struct Pending
     std::function<void()> cancel;
 };
 
+/// What became of all when they have ended, or of those that did in time.
+QStringList endsOf(const QList<Pending>& all)
+{
+    QStringList outcomes;
+    for (const Pending& one : all) {
+        [[maybe_unused]] const bool hasEnded = QTest::qWaitFor([&] { return one.outcome() != u"waits"_s; });
+        outcomes += one.outcome().section(u':', 0, 0);
+    }
+    return outcomes;
+}
+
 using Ask = std::function<Pending(Requests&)>;
 
 struct Case
@@ -110,26 +120,18 @@ private Q_SLOTS:
     {
         m_service = std::make_unique<zelcore::TestService>();
         QVERIFY2(m_service->isRunning(), qPrintable(m_service->problem()));
-        for (const QString& name : {u"anna"_s, u"ben"_s}) {
-            zelcore::Person person;
-            person.handle = person.displayName = name;
-            m_service->addContact(person);
-        }
+        for (const char* command : {"state Success", "contact add anna", "contact add ben", "box add there",
+                                    "eco pp-x eco-x", "eco-status eco-x PendingContactExists"})
+            QVERIFY(m_service->execute(QString::fromLatin1(command)));
         QVERIFY(m_service->setContactPicture(u"anna"_s, png));
         QVERIFY(m_service->addBoxIcon(7, gif));
-        QCOMPARE(m_service->addBoxItem(u"there"_s), u"item-1"_s);
-        m_service->setEcoId(u"pp-x"_s, u"eco-x"_s);
-        m_service->setEcoIdStatus(u"eco-x"_s, u"PendingContactExists"_s);
 
         m_context = std::make_unique<Context>(QUuid::createUuid());
-        QSignalSpy states(m_context.get(), &Context::registrationStateUpdated);
         Requests early(m_context.get());
         QVERIFY(outcomeOf(early.ecoId(u"pp-x"_s)).startsWith(u"NoAccess"_s));
-        QVERIFY(QTest::qWaitFor([&] { return states.size() == 1; }));
-        QVERIFY(m_context->requestRegisterApplicationSilent());
-        QVERIFY(QTest::qWaitFor([&] { return states.size() == 2; }));
-        ContactService contacts(m_context.get());
-        QVERIFY(QTest::qWaitFor([&] { return contacts.contactCount() == 2; }));
+        QTRY_VERIFY(m_context->isReady());
+        const ContactService contacts(m_context.get());
+        QTRY_VERIFY(contacts.isComplete());
     }
 
     void cleanup()
@@ -172,14 +174,10 @@ private Q_SLOTS:
         else if (end == "requests gone"_L1)
             requests.reset();
 
-        QStringList outcomes, expected;
-        for (qsizetype i = 0; i < all.size(); ++i) {
-            QVERIFY2(QTest::qWaitFor([&] { return all.at(i).outcome() != u"waits"_s; }), cases().at(i).name);
-            const QString name = QString::fromLatin1(cases().at(i).name) + u": "_s;
-            outcomes += name + all.at(i).outcome().section(u':', 0, 0);
-            expected += name + (outcome.isEmpty() ? cases().at(i).answer : outcome);
-        }
-        QCOMPARE(outcomes, expected);
+        QStringList expected;
+        for (const Case& one : cases())
+            expected += outcome.isEmpty() ? one.answer : outcome;
+        QCOMPARE(endsOf(all), expected);
     }
 
     void refusesWithWords()
@@ -216,8 +214,7 @@ private Q_SLOTS:
         });
         m_service->setPermissions({.showAppBox = false});
         const ApplicationPermissions permissions(m_context.get());
-        QVERIFY(QTest::qWaitFor(
-            [&] { return permissions.permissionValue(Permission::ProfileUpdatesAllowed) == PermissionValue::Denied; }));
+        QTRY_COMPARE(permissions.permissionValue(Permission::ProfileUpdatesAllowed), PermissionValue::Denied);
         expect("does not allow", [](Requests& r) { return r.addItem(u"x"_s, {}); });
     }
 
@@ -227,7 +224,7 @@ private Q_SLOTS:
         const auto first = requests.addItem(u"twice"_s, u"c"_s);
         const auto other = requests.addItem(u"twice"_s, u"d"_s);
         const auto second = requests.addItem(u"twice"_s, u"c"_s);
-        QVERIFY(QTest::qWaitFor([&] { return second.isFinished(); }));
+        QTRY_VERIFY(second.isFinished());
         QCOMPARE(first.result().id(), u"item-2"_s);
         QCOMPARE(other.result().id(), u"item-3"_s);
         QCOMPARE(second.result().id(), u"item-4"_s);
@@ -242,9 +239,7 @@ private Q_SLOTS:
         requests.registerIcon(8, ImageType::Gif, gif).cancel(); // which ends the waiting alone
         const auto first = requests.addItemWithIcon(u"one"_s, 8, ImageType::Gif, gif, {});
         const auto second = requests.addItemWithIcon(u"two"_s, 8, ImageType::Gif, gif, {});
-        QVERIFY(QTest::qWaitFor([&] { return second.isFinished(); }));
-        QCOMPARE(outcomeOf(first), u"one 8"_s);
-        QCOMPARE(outcomeOf(second), u"two 8"_s);
+        QCOMPARE(endsOf({first, second}), QStringList({u"one 8"_s, u"two 8"_s}));
         QCOMPARE(sent, QStringList({u"createProfileBoxImage"_s, u"stream"_s, u"createProfileBoxItem"_s,
                                     u"createProfileBoxItem"_s}));
     }
@@ -259,8 +254,7 @@ private Q_SLOTS:
         const auto again = requests.updatePersonalMessage(now + u'+');
         const auto back = requests.updatePersonalMessage(now);
         QVERIFY(!back.isFinished()); // another one is on its way
-        QVERIFY(QTest::qWaitFor([&] { return back.isFinished(); }));
-        QVERIFY(there.isFinished() && again.isFinished());
+        QCOMPARE(endsOf({back, there, again}), QStringList(3, u"done"_s));
         QCOMPARE(profile.personalMessage(), now);
     }
 
@@ -277,8 +271,7 @@ private Q_SLOTS:
         QCOMPARE(outcomeOf(requests.displayPicture(u"ben"_s)), Text::of(Picture())); // there is none to wait for
         QCOMPARE(inner.size(), 2);
         QVERIFY(inner.at(1).outcome().startsWith(u"Refused"_s));
-        QVERIFY(QTest::qWaitFor([&] { return outer.isFinished(); }));
-        QCOMPARE(inner.at(0).outcome(), outcomeOf(outer));
+        QCOMPARE(endsOf({outer, inner.at(0)}), QStringList(2, Text::of(Picture{ImageType::Png, png})));
     }
 
     void mayBeDestroyedWhileItsFuturesEnd()
@@ -294,9 +287,9 @@ private Q_SLOTS:
             const Pending other = requests->ecoId(ppId + u'2');
             if (!isAnswered)
                 m_service->setRegistrationState(u"Expired"_s);
-            QVERIFY(QTest::qWaitFor([&] { return !requests; }));
-            QCOMPARE(second.outcome().section(u':', 0, 0), isAnswered ? u"eco-x"_s : u"AccessLost"_s);
-            QCOMPARE(other.outcome().section(u':', 0, 0), isAnswered ? u"cancelled"_s : u"AccessLost"_s);
+            QTRY_VERIFY(!requests);
+            QCOMPARE(endsOf({second, other}), isAnswered ? QStringList({u"eco-x"_s, u"cancelled"_s})
+                                                         : QStringList({u"AccessLost"_s, u"AccessLost"_s}));
         }
     }
 
