@@ -71,6 +71,9 @@ private Q_SLOTS:
     {
         QCOMPARE(run("register"), QByteArrayList({stateLine("Unregistered"), R"({"answer":"register","ok":true})",
                                                   stateLine("Pending"), stateLine("Allowed")}));
+        m_simulator->setPermissions({.showAppBox = false});
+        QCOMPARE(run("permissions").last(),
+                 R"({"answer":"permissions","profileUpdates":"Denied","contactInvitations":"Allowed"})");
         // A service that knows the application already has nothing to do.
         m_simulator->setRegistrationState(u"Success"_s);
         QCOMPARE(run("register"), QByteArrayList{stateLine("Allowed")});

@@ -192,6 +192,24 @@ const struct
         B< listAll "platformContact"
         B< listAll "profileBoxItem"
         B< listAll "profileBoxImage")"},
+    {"tells an application that comes back everything anew", R"(
+        $ contact add anna
+        $ contact add bob
+        A> registrationRequest {"uuid":"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b","silent":true}
+        A< listChange "Success"
+        $ away
+        $ contact uninstall anna
+        $ contact change bob displayName=Meanwhile
+        $ back
+        B< listAdd "permission" "Success" "platformProfile"
+        B< listAdd "platformUser" "Meanwhile" -user-anna
+        B< listAll "platformContact"
+        B< listChunk "user-bob" "last":true -user-anna)"},
+    {"ends an invitation when its owner becomes a contact", R"(
+        $ eco-status eco-pp-zoe => Unknown
+        $ eco-status eco-pp-zoe PendingContactExists
+        $ contact add zoe
+        $ eco-status eco-pp-zoe => ContactExists)"},
 };
 
 /// What an application makes of list messages, in the plainest way.
@@ -271,6 +289,23 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, dialogue);
         QVERIFY(play(dialogue.constData()));
+    }
+
+    void takesAnInvitationWhereInvitationsGo()
+    {
+        const std::tuple<QString, QString, QString> rows[] = {
+            {u"sys.zel.chathandler"_s, u"vx.action.INVITEZEL"_s, u"Unknown"_s},
+            {u"sys.socialplatform"_s, u"vx.action.OTHER"_s, u"Unknown"_s},
+            {u"sys.socialplatform"_s, u"vx.action.INVITEZEL"_s, u"PendingContactExists"_s}};
+        for (const auto& [target, action, status] : rows) {
+            QVERIFY(application('I').connectTo(m_simulator->root(), qPrintable(u"/services/invocation/"_s + target)));
+            const QString data = u"{\"contactInvitation\":{\"ecoid\":\"e\"}}"_s;
+            const QJsonObject request{{u"target"_s, target}, {u"action"_s, action}, {u"data"_s, data}};
+            const QSignalSpy received(m_simulator.get(), &Simulator::invocationReceived);
+            application('I').sendRecord(QJsonDocument(request).toJson());
+            QTRY_COMPARE(received.size(), 1);
+            QVERIFY(play(qPrintable(u"$ eco-status e => "_s + status)));
+        }
     }
 
     void announcesEveryChangeSoThatAMirrorStaysEqual()
