@@ -26,10 +26,11 @@ public:
         mistakes::checkMaking("Utils", givenContext, mistakes::Needs::Context);
         if (!delegate)
             return;
-        connect(delegate, &UtilsDelegate::ecoIdUpdated, q, &Utils::ecoIdUpdated);
-        connect(delegate, &UtilsDelegate::ecoIdStatusUpdated, this, [this](const QString& ecoId) {
-            Q_EMIT q->ecoIdStatusUpdated(ecoId, delegate->toldStatus(ecoId)); // what was told last
-        });
+        // What was told last, not what the signal says.
+        connect(delegate, &UtilsDelegate::ecoIdUpdated, this,
+                [this](const QString& ppId) { Q_EMIT q->ecoIdUpdated(ppId, delegate->toldEcoId(ppId)); });
+        connect(delegate, &UtilsDelegate::ecoIdStatusUpdated, this,
+                [this](const QString& ecoId) { Q_EMIT q->ecoIdStatusUpdated(ecoId, delegate->toldStatus(ecoId)); });
     }
 
     bool isAllowed() const { return mistakes::hasAccess("Utils", context) && delegate; }

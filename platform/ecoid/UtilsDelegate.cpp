@@ -44,7 +44,7 @@ bool UtilsDelegate::invokeChat(const QString& ecoId)
 void UtilsDelegate::notifyEcoIdResponse(const QString& ppId, const QString& ecoId)
 {
     qCDebug(lcPlatform) << "notifyEcoIdResponse" << ppId << ecoId;
-    Q_EMIT ecoIdUpdated(ppId, ecoId);
+    m_toldEcoIds.tell(ppId, ecoId, [&] { Q_EMIT ecoIdUpdated(ppId, ecoId); });
 }
 
 void UtilsDelegate::notifyEcoIdStatusResponse(const QString& ecoId, const QString& status)

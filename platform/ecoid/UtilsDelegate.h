@@ -27,7 +27,8 @@ public:
     void notifyEcoIdResponse(const QString& ppId, const QString& ecoId);
     void notifyEcoIdStatusResponse(const QString& ecoId, const QString& status);
 
-    /// The status of the eco identifier that ecoIdStatusUpdated() is about, as it was told last.
+    /// What was told last of the one whom ecoIdUpdated() or ecoIdStatusUpdated() is about.
+    QString toldEcoId(const QString& ppId) const { return m_toldEcoIds.of(ppId); }
     EcoIdStatus::Type toldStatus(const QString& ecoId) const { return m_toldStatuses.of(ecoId); }
 
 Q_SIGNALS:
@@ -36,6 +37,7 @@ Q_SIGNALS:
 
 private:
     Services* const m_services;
+    ToldLast<QString, QString> m_toldEcoIds;
     ToldLast<QString, EcoIdStatus::Type> m_toldStatuses;
 };
 

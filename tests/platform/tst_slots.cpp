@@ -62,7 +62,7 @@ const struct Announcement
      R"({"type":"platformUser","elements":[{"userId":"u-ada","handle":"ada","displayName":"%1"}]})", nullptr},
     {"item", of(&ProfileBox::itemAdded), "listAdd", R"({"type":"profileBoxItem","elements":[{"itemId":"%1"}]})",
      nullptr},
-    {"eco identifier", of(&Utils::ecoIdUpdated), "requestEcoIdResponse", R"({"ppid":"p","ecoId":"%1"})", nullptr},
+    {"eco identifier", of(&Utils::ecoIdUpdated), "requestEcoIdResponse", R"({"ppid":"p","ecoId":"%1"})", "p new"},
     {"eco status", of(&Utils::ecoIdStatusUpdated), "requestEcoIdStatusResponse", R"({"ecoId":"e","status":"%1"})",
      "e ContactExists", "Unknown", "ContactExists"},
 };

@@ -41,28 +41,6 @@ private Q_SLOTS:
                               u"status e PendingContactInviteExists"_s,
                               u"status e Unknown"_s})); // the last was an enumerator and no word
     }
-
-    // A dialog in a slot of the first, in which there is another answer.
-    void passesOnWhatWasToldLast()
-    {
-        const Utils utils(ready());
-        const Utils second(m_context.get());
-        Heard heard;
-        heard.note(second, &Utils::ecoIdStatusUpdated, u"second"_s);
-        const auto answer = [&](const QString& ecoId, const QString& status) {
-            m_desk->send(u"requestEcoIdStatusResponse"_s, {{u"ecoId"_s, ecoId}, {u"status"_s, status}});
-        };
-        QObject dialog;
-        connect(&utils, &Utils::ecoIdStatusUpdated, &dialog, [&] {
-            utils.disconnect(&dialog);
-            answer(u"f"_s, u"Unknown"_s);
-            answer(u"e"_s, u"ContactExists"_s);
-            QVERIFY(m_desk->settle());
-        });
-        answer(u"e"_s, u"PendingContactExists"_s);
-        QTRY_COMPARE(heard.lines(),
-                     QStringList({u"second f Unknown"_s, u"second e ContactExists"_s, u"second e ContactExists"_s}));
-    }
 };
 
 ZEL_TEST(TstUtils)
