@@ -37,6 +37,15 @@
 
 using namespace vx::platform::zel;
 
+/// Everything that a client does from its first message until all is there, within one function that tools find by its
+/// name: `valgrind --tool=callgrind --toggle-collect=loadEverything bench_contacts load ...` counts that and nothing
+/// else.
+extern "C" void loadEverything(QEventLoop& loop);
+extern "C" [[gnu::noinline]] void loadEverything(QEventLoop& loop)
+{
+    loop.exec();
+}
+
 namespace {
 
 const QUuid application("6f8d2c4e-5b0a-4a37-9d0e-0c8f3f1f2a10");
@@ -102,14 +111,21 @@ private:
 class Application
 {
 public:
+    explicit Application(CoreProcess& core)
+    {
+        core.pause();
+        m_context = std::make_unique<Context>(application);
+        core.resume();
+    }
+
     /// Runs `ready` once all contacts are there, in the slot that tells.
     void run(int contacts, const std::function<void()>& ready)
     {
         m_contacts = contacts;
         m_ready = ready;
-        QObject::connect(&m_context, &Context::registrationStateUpdated, &m_loop,
+        QObject::connect(m_context.get(), &Context::registrationStateUpdated, &m_loop,
                          [this](RegistrationState::Type state) { registrationChanged(state); });
-        m_loop.exec();
+        loadEverything(m_loop);
     }
 
     LoadMeter meter;
@@ -125,10 +141,10 @@ private:
             // The library asks for contacts as soon as the service has given access, a few messages before it says
             // Allowed. So the clock starts with the request to register: a little more than loading, never less.
             meter.start();
-            if (!m_context.requestRegisterApplicationSilent())
+            if (!m_context->requestRegisterApplicationSilent())
                 fail("the registration was refused");
         } else if (state == RegistrationState::Allowed && !service) {
-            service = std::make_unique<ContactService>(&m_context);
+            service = std::make_unique<ContactService>(m_context.get());
             QObject::connect(service.get(), &ContactService::contactListUpdated, &m_loop, [this] { listUpdated(); });
             listUpdated();
         }
@@ -139,15 +155,15 @@ private:
             std::exchange(m_ready, nullptr)();
     }
 
-    Context m_context{application};
+    std::unique_ptr<Context> m_context;
     QEventLoop m_loop;
     std::function<void()> m_ready;
     int m_contacts = 0;
 };
 
-void loadWithLibrary(int contacts)
+void loadWithLibrary(CoreProcess& service, int contacts)
 {
-    Application user;
+    Application user(service);
     user.run(contacts, [&] {
         print(user.meter.finish(QStringLiteral("library"), contacts));
         user.quit();
@@ -166,7 +182,7 @@ void loadByHand(const QString& client, const QString& root, const HandDecoder& d
         print(meter.finish(client, contacts));
         loop.quit();
     });
-    loop.exec();
+    loadEverything(loop);
 }
 
 /// One change after the other, each from the command until the application's slot.
@@ -174,7 +190,7 @@ void change(CoreProcess& service, int contacts)
 {
     constexpr int changes = 1000;
     constexpr int warmUp = 50;
-    Application user;
+    Application user(service);
     QStringList handles;
     QRandomGenerator random(1);
     std::vector<double> waits;
@@ -255,6 +271,6 @@ int main(int argc, char** argv)
     else if (client == QLatin1String("simdjson"))
         loadByHand(client, service.root(), decodeWithSimdjson(), contacts);
     else
-        loadWithLibrary(contacts);
+        loadWithLibrary(service, contacts);
     return 0;
 }

@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include <csignal>
+
 CoreProcess::CoreProcess(const QString& program, int contacts)
 {
     m_process.setStandardOutputFile(QProcess::nullDevice());
@@ -37,4 +39,14 @@ void CoreProcess::tell(const QByteArray& command)
     m_process.write(command + '\n');
     // Written by the event loop otherwise, at some later time.
     m_process.waitForBytesWritten();
+}
+
+void CoreProcess::pause()
+{
+    ::kill(pid_t(m_process.processId()), SIGSTOP);
+}
+
+void CoreProcess::resume()
+{
+    ::kill(pid_t(m_process.processId()), SIGCONT);
 }

@@ -19,6 +19,10 @@ public:
     QString root() const { return m_folder.path(); }
     /// Executes a command of the simulator.
     void tell(const QByteArray& command);
+    /// The service stands still until resume(): what is written to it meanwhile waits. However slowly an application
+    /// starts, under a tool that counts say, the service then hears from it at once, and takes it for one that starts.
+    void pause();
+    void resume();
 
 private:
     QTemporaryDir m_folder;
