@@ -51,16 +51,6 @@ Follower::~Follower()
     detach();
 }
 
-const void* Follower::onBehalfOf() const
-{
-    return nullptr;
-}
-
-const void* Follower::firstOf(const ObservableImpl& observable)
-{
-    return observable.m_firstFollower ? observable.m_firstFollower->onBehalfOf() : nullptr;
-}
-
 void Follower::follow(const ObservableImpl& observable)
 {
     detach();
@@ -119,14 +109,23 @@ void ObservableImpl::doEmit()
     Q_EMIT observableChanged();
 }
 
+void ObservableImpl::connectNotify(const QMetaMethod& signal)
+{
+    QObject::connectNotify(signal);
+    m_isHeard.store(true, std::memory_order_relaxed);
+}
+
 void ObservableImpl::note(const Change& change, void (*beforeTelling)(ObservableImpl&))
 {
     if (Round* const open = Round::open()) {
         open->enter(*this, change, beforeTelling);
         return;
     }
+    const bool isFollowed = m_firstFollower || m_untold || beforeTelling;
+    if (!isFollowed && !m_isHeard)
+        return;
     const Hold hold(*this);
-    if (m_firstFollower || m_untold || beforeTelling) {
+    if (isFollowed) {
         Round round;
         round.enter(*this, change, beforeTelling);
         round.run();
@@ -140,24 +139,17 @@ void ObservableImpl::note(const Change& change, void (*beforeTelling)(Observable
     tell(change, keys, hold);
 }
 
-/// Whether anybody may be connected to what announces the change. With others a change of a list's items becomes
-/// another, and asking for all the signals of a list costs as much as announcing it.
-bool ObservableImpl::isHeard(const Change& change) const
-{
-    static const QMetaMethod plainSignal = QMetaMethod::fromSignal(&ObservableImpl::observableChanged);
-    return change.kind > Change::Keys || isSignalConnected(plainSignal) ||
-           (change.kind == Change::Keys && isSignalConnected(particularSignal(change.kind)));
-}
-
 /// Makes the copy of the keys that is announced, if anybody listens.
 void ObservableImpl::appendKeys(const ChangedKeys& changed, std::vector<MapChange>& keys) const
 {
-    if (isSignalConnected(particularSignal(Change::Keys)))
+    if (m_isHeard && isSignalConnected(particularSignal(Change::Keys)))
         keys.push_back(changed.toMapChange());
 }
 
 void ObservableImpl::tell(const Change& change, const std::vector<MapChange>& keys, const Hold& hold)
 {
+    if (!m_isHeard)
+        return;
     if (change.kind <= Change::Keys && keys.empty())
         return doEmit();
     callBoth([&] { tellInParticular(change, keys, hold); },

@@ -53,7 +53,7 @@ Round::~Round()
 /// it: most values and maps have followers alone.
 void Round::enter(ObservableImpl& observable, const Change& change, BeforeTelling beforeTelling)
 {
-    if (observable.m_untold || beforeTelling || observable.isHeard(change))
+    if (observable.m_untold || beforeTelling || observable.m_isHeard)
         queue(observable, change, beforeTelling);
     for (Follower* follower = observable.m_firstFollower; follower; follower = follower->m_next)
         follower->mark(change);

@@ -31,10 +31,6 @@ protected:
     /// from it with fire...(), which is then put off until everybody has taken in everything. Runs nobody else's code,
     /// reads nothing, and leaves alone who follows what.
     virtual void mark(const Change& change) = 0;
-    /// For whom this follows, if it says so.
-    virtual const void* onBehalfOf() const;
-    /// For whom the first one of an observable follows; null if there is none, or it does not say.
-    static const void* firstOf(const ObservableImpl& observable);
 
 private:
     Q_DISABLE_COPY_MOVE(Follower)

@@ -39,16 +39,8 @@ private:
         {
         }
 
-        /// Whether it is an entry of the map that follows a value before all others, as is the rule. The value is at
-        /// hand, and the table of entries mostly in no cache.
-        static bool isFirst(const ObservableImpl& value, const MapObservableToValue* map)
-        {
-            return firstOf(value) == map;
-        }
-
     protected:
         void mark(const Change& change) override;
-        const void* onBehalfOf() const override { return m_owner; }
 
     private:
         MapObservableToValue* const m_owner;
@@ -70,11 +62,9 @@ V MapObservableToValue<V, Eq>::get(const Handle& handle) const
 {
     if (!handle.impl())
         return V();
-    if (!EntryStruct::isFirst(*handle.impl(), this)) {
-        const auto [entry, isNew] = m_entries.try_emplace(handle, const_cast<MapObservableToValue*>(this));
-        if (isNew)
-            entry->second.follow(*handle.impl());
-    }
+    const auto [entry, isNew] = m_entries.try_emplace(handle, const_cast<MapObservableToValue*>(this));
+    if (isNew)
+        entry->second.follow(*handle.impl());
     return handle.getValue();
 }
 

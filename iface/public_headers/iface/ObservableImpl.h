@@ -7,6 +7,7 @@
 #include <QObject>
 #include <QPointer>
 
+#include <atomic>
 #include <vector>
 
 namespace iface {
@@ -73,17 +74,21 @@ protected:
     void note(const Change& change, void (*beforeTelling)(ObservableImpl&) = nullptr);
     /// Emits observableChanged().
     void doEmit();
+    /// Takes note that there is somebody to tell. An override calls this.
+    void connectNotify(const QMetaMethod& signal) override;
 
 private:
     Q_DISABLE_COPY_MOVE(ObservableImpl)
     friend class Follower;
     friend class Round;
 
-    bool isHeard(const Change& change) const;
     void appendKeys(const ChangedKeys& changed, std::vector<MapChange>& keys) const;
     void tell(const Change& change, const std::vector<MapChange>& keys, const Hold& hold);
     void tellInParticular(const Change& change, const std::vector<MapChange>& keys, const Hold& hold);
 
+    /// Whether anything was ever connected to it, from whatever thread: most values and derived containers are followed
+    /// and never heard, and what they would tell is left out.
+    std::atomic<bool> m_isHeard = false;
     int m_untold = 0; ///< its number among what rounds have yet to announce, counted from 1
     mutable Follower* m_firstFollower = nullptr;
     mutable Follower* m_lastFollower = nullptr;
