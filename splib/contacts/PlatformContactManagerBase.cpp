@@ -16,10 +16,9 @@
 
 #include <iface/CachedObservableList.h>
 #include <iface/Change.h>
-#include <iface/CompositeMap.h>
 #include <iface/FilteredObservableList.h>
 #include <iface/Follower.h>
-#include <iface/MapObservableToValue.h>
+#include <iface/ObservableMap.h>
 #include <iface/ObservableTracker.h>
 #include <iface/Round.h>
 #include <iface/RunUntilTrue.h>
@@ -96,15 +95,47 @@ private:
     bool m_isWhole = false; ///< what is being transferred, if anything is
 };
 
+/// What the values of the record map hold, by user id. It follows the map alone, which announces each change of a
+/// value's contents under the user's id: there are many values, and following each costs as much as the rest of the
+/// way.
+class RecordContents : public iface::ObservableMapImpl<QString, PlatformContact>
+{
+public:
+    explicit RecordContents(const RecordMap::Pointer& records)
+        : m_records(records)
+    {
+        m_follower.follow(*records);
+    }
+
+    PlatformContact get(const QString& userId) const override { return m_records->get(userId).getValue(); }
+
+private:
+    class RecordsFollower : public iface::Follower
+    {
+    public:
+        explicit RecordsFollower(RecordContents* owner)
+            : m_owner(owner)
+        {
+        }
+
+    protected:
+        void mark(const iface::Change& change) override { m_owner->note(change); }
+
+    private:
+        RecordContents* const m_owner;
+    };
+
+    const RecordMap::Pointer m_records;
+    RecordsFollower m_follower{this};
+};
+
 /// Records as the ids have them, those without a handle left out. Every record is held: one that was forgotten could
 /// change without anybody being told.
 iface::ObservableList<PlatformContact> initializedContacts(const QExplicitlySharedDataPointer<IdList>& ids,
                                                            const RecordMap::Pointer& records)
 {
     using Transformed = iface::LazyTransformedObservableListImpl<QString, PlatformContact>;
-    const auto contents = iface::CompositeMap<QString, RecordValue, PlatformContact>::create(
-        iface::ObservableMap<QString, RecordValue>(records.data()),
-        iface::MapObservableToValue<PlatformContact>::create());
+    const iface::ObservableMap<QString, PlatformContact> contents(new RecordContents(records));
     const auto contacts = iface::TransformedObservableList::create<QString, PlatformContact>(
         iface::ObservableList<QString>(ids.data()), contents, Transformed::KeepsEverything);
     return iface::FilteredObservableList<PlatformContact>::create(
