@@ -92,4 +92,11 @@ bool JsonMember::read(QString& value) const
     return true;
 }
 
+bool JsonMember::read(std::string_view& utf8) const
+{
+    if (m_type == Text)
+        utf8 = m_text;
+    return m_type == Text;
+}
+
 } // namespace iface

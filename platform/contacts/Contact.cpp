@@ -54,7 +54,7 @@ QString Contact::statusMessage() const
 
 QString Contact::handle() const
 {
-    return record().getHandle();
+    return d ? d->handle : QString();
 }
 
 QString Contact::ppId() const

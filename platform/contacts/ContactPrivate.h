@@ -4,6 +4,7 @@
 #include <splib/contacts/PlatformContact.h>
 
 #include <QtCore/QSharedData>
+#include <QtCore/QString>
 
 namespace vx::platform::zel {
 
@@ -14,10 +15,12 @@ public:
     ContactPrivate() = default;
     explicit ContactPrivate(const zelsplib::PlatformContact& contact)
         : record(contact)
+        , handle(contact.getHandle())
     {
     }
 
     zelsplib::PlatformContact const record;
+    QString const handle; ///< the record's, by which contacts are ordered and found
 };
 
 } // namespace vx::platform::zel

@@ -16,31 +16,30 @@ using zelsplib::PlatformContact;
 
 namespace {
 
-/// A record, to be put in handle order. The beginning of its handle is at hand: of many records most are in no cache.
+/// A contact, to be put in handle order. The beginning of the handle is at hand: of many contacts most are in no cache.
 class ByHandle
 {
 public:
-    explicit ByHandle(const PlatformContact& record)
-        : m_record(&record)
+    explicit ByHandle(const Contact& contact)
+        : m_contact(&contact)
     {
-        const QString& text = handle();
+        const QString text = contact.handle();
         for (qsizetype i = 0; i < beginLength && i < text.size(); ++i)
             m_begin[i] = text.at(i).unicode();
     }
 
-    const PlatformContact& record() const { return *m_record; }
-    const QString& handle() const { return m_record->data().handle; }
+    const Contact& contact() const { return *m_contact; }
 
     friend bool operator<(const ByHandle& a, const ByHandle& b)
     {
-        return a.m_begin != b.m_begin ? a.m_begin < b.m_begin : a.handle() < b.handle();
+        return a.m_begin != b.m_begin ? a.m_begin < b.m_begin : a.contact().handle() < b.contact().handle();
     }
 
 private:
     static constexpr qsizetype beginLength = 12;
 
     std::array<char16_t, beginLength> m_begin = {};
-    const PlatformContact* m_record;
+    const Contact* m_contact;
 };
 
 } // namespace
@@ -136,39 +135,35 @@ void ContactServiceDelegate::readContactList()
     m_services->contacts()->getContactList();
 }
 
-const QString& ContactServiceDelegate::handleOf(const Contact& contact)
-{
-    return contact.record().data().handle;
-}
-
 int ContactServiceDelegate::placeOf(const QString& handle) const
 {
     const auto place =
         std::lower_bound(m_contacts.cbegin(), m_contacts.cend(), handle,
-                         [](const Contact& known, const QString& asked) { return handleOf(known) < asked; });
+                         [](const Contact& known, const QString& asked) { return known.handle() < asked; });
     return static_cast<int>(place - m_contacts.cbegin());
 }
 
 const Contact* ContactServiceDelegate::find(const QString& handle) const
 {
     const int place = placeOf(handle);
-    return place < m_contacts.size() && handleOf(m_contacts.at(place)) == handle ? &m_contacts.at(place) : nullptr;
+    return place < m_contacts.size() && m_contacts.at(place).handle() == handle ? &m_contacts.at(place) : nullptr;
 }
 
 /// Of records with the same handle the last one counts.
 QList<Contact> ContactServiceDelegate::inHandleOrder(const QList<PlatformContact>& records)
 {
-    std::vector<ByHandle> ordered;
-    ordered.reserve(static_cast<std::size_t>(records.size()));
+    QList<Contact> made;
+    made.reserve(records.size());
     for (const PlatformContact& record : records)
-        ordered.emplace_back(record);
+        made.append(Contact(record));
+    std::vector<ByHandle> ordered(made.cbegin(), made.cend());
     std::stable_sort(ordered.begin(), ordered.end());
     QList<Contact> contacts;
     contacts.reserve(records.size());
     for (const ByHandle& entry : ordered) {
-        if (!contacts.isEmpty() && handleOf(contacts.constLast()) == entry.handle())
+        if (!contacts.isEmpty() && contacts.constLast().handle() == entry.contact().handle())
             contacts.removeLast();
-        contacts.append(Contact(entry.record()));
+        contacts.append(entry.contact());
     }
     return contacts;
 }
@@ -178,7 +173,7 @@ QString ContactServiceDelegate::store(const PlatformContact& record)
 {
     const QString handle = record.getHandle();
     const int place = placeOf(handle);
-    if (place < m_contacts.size() && handleOf(m_contacts.at(place)) == handle)
+    if (place < m_contacts.size() && m_contacts.at(place).handle() == handle)
         m_contacts[place] = Contact(record);
     else
         m_contacts.insert(place, Contact(record));

@@ -66,7 +66,6 @@ Q_SIGNALS:
     void invitationReceived(QString handle);
 
 private:
-    static const QString& handleOf(const Contact& contact);
     /// Where the contact with the handle is, or would be.
     int placeOf(const QString& handle) const;
     const Contact* find(const QString& handle) const;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/contacts/PlatformContact.h>
 
-#include <splib/contacts/PlatformContactFields.h>
 #include <splib/contacts/PlatformContactReader.h>
 
 namespace zelsplib {
@@ -47,70 +46,10 @@ PlatformContact PlatformContact::create(const QString& uri, const QString& handl
     return contact;
 }
 
-void PlatformContact::setUri(const QString& uri)
+void PlatformContact::setText(PlatformContactField field, const QString& text)
 {
-    d->uri = uri;
-    mark(Uri);
-}
-
-void PlatformContact::setHandle(const QString& handle)
-{
-    d->handle = handle;
-    mark(Handle);
-}
-
-void PlatformContact::setPpid(const QString& ppid)
-{
-    d->ppid = ppid;
-    mark(Ppid);
-}
-
-void PlatformContact::setAppVersion(const QString& appVersion)
-{
-    d->appVersion = appVersion;
-    mark(AppVersion);
-}
-
-void PlatformContact::setDisplayName(const QString& displayName)
-{
-    d->displayName = displayName;
-    mark(DisplayName);
-}
-
-void PlatformContact::setPersonalMessage(const QString& personalMessage)
-{
-    d->personalMessage = personalMessage;
-    mark(PersonalMessage);
-}
-
-void PlatformContact::setStatusMessage(const QString& statusMessage)
-{
-    d->statusMessage = statusMessage;
-    mark(StatusMessage);
-}
-
-void PlatformContact::setAvatarId(const QString& avatarId)
-{
-    d->avatarId = avatarId;
-    mark(AvatarId);
-}
-
-void PlatformContact::setAvatarMimeType(const QString& avatarMimeType)
-{
-    d->avatarMimeType = avatarMimeType;
-    mark(AvatarMimeType);
-}
-
-void PlatformContact::setTimeZone(const QString& timeZone)
-{
-    d->timeZone = timeZone;
-    mark(TimeZone);
-}
-
-void PlatformContact::setCountryCode(const QString& countryCode)
-{
-    d->countryCode = countryCode;
-    mark(CountryCode);
+    d->texts.set(field, text);
+    mark(field);
 }
 
 void PlatformContact::setZelsdkVersion(int version)
@@ -141,10 +80,10 @@ bool PlatformContact::isFieldModified(PlatformContactField field) const
     return (modified & (1U << field)) != 0;
 }
 
-void PlatformContact::load(const iface::JsonObjectReader& json, const QString& expectedUri)
+void PlatformContact::load(const iface::JsonObjectReader& json)
 {
     if (json.isValid())
-        readContactMembers(json, *d, expectedUri);
+        readContactMembers(json, *d);
 }
 
 bool PlatformContact::equals(const PlatformContact& other) const
@@ -153,9 +92,8 @@ bool PlatformContact::equals(const PlatformContact& other) const
         return true;
     const PlatformContactData& a = *d;
     const PlatformContactData& b = *other.d;
-    bool equal = a.avatarData == b.avatarData;
-    forEachContactField([&a, &b, &equal](const auto& field) { equal = equal && a.*field.member == b.*field.member; });
-    return equal;
+    return a.texts == b.texts && a.zelsdkVersion == b.zelsdkVersion && a.zelVersion == b.zelVersion &&
+           a.showBusy == b.showBusy && a.avatarData == b.avatarData;
 }
 
 void operator>>(const iface::JsonReaderAttribute& json, PlatformContact& contact)

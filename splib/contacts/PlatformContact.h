@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <splib/contacts/PackedTexts.h>
+
 #include <iface/JsonObjectReader.h>
 #include <iface/JsonReaderAttribute.h>
 
@@ -17,17 +19,9 @@ namespace zelsplib {
 /// What a PlatformContact shares between its copies.
 struct PlatformContactData : public QSharedData
 {
-    QString uri;
-    QString handle;
-    QString ppid;
-    QString appVersion;
-    QString displayName;
-    QString personalMessage;
-    QString statusMessage;
-    QString avatarId;
-    QString avatarMimeType;
-    QString timeZone;
-    QString countryCode;
+    using Texts = PackedTexts<13>;
+
+    Texts texts; ///< by PlatformContact::PlatformContactField; those numbers that are no texts are free
     QByteArray avatarData;
     int zelsdkVersion = 0;
     bool showBusy = false;
@@ -38,7 +32,8 @@ struct PlatformContactData : public QSharedData
 ///
 /// A value: copies share their data until one of them is changed, and every copy has its own marks of which
 /// fields a setter touched. The marks let a writer send only what an application wants changed; they are no part
-/// of what the record says, so comparing ignores them and loading leaves them alone.
+/// of what the record says, so comparing ignores them and loading leaves them alone. A getter makes the string that it
+/// answers.
 ///
 /// Copies may go to other threads; one record is used by one thread at a time.
 class PlatformContact
@@ -61,6 +56,7 @@ public:
         CountryCode = 12,
         ZelVersion = 13,
     };
+    static constexpr int FieldCount = 14;
 
     PlatformContact();
 
@@ -71,33 +67,33 @@ public:
                                   const QString& timeZone, const QString& countryCode, int zelsdkVersion, bool showBusy,
                                   int zelVersion);
 
-    QString getUri() const { return d->uri; }
-    QString getHandle() const { return d->handle; }
-    QString getPpid() const { return d->ppid; }
-    QString getAppVersion() const { return d->appVersion; }
-    QString getDisplayName() const { return d->displayName; }
-    QString getPersonalMessage() const { return d->personalMessage; }
-    QString getStatusMessage() const { return d->statusMessage; }
-    QString getAvatarId() const { return d->avatarId; }
-    QString getAvatarMimeType() const { return d->avatarMimeType; }
-    QString getTimeZone() const { return d->timeZone; }
-    QString getCountryCode() const { return d->countryCode; }
+    QString getUri() const { return d->texts.text(Uri); }
+    QString getHandle() const { return d->texts.text(Handle); }
+    QString getPpid() const { return d->texts.text(Ppid); }
+    QString getAppVersion() const { return d->texts.text(AppVersion); }
+    QString getDisplayName() const { return d->texts.text(DisplayName); }
+    QString getPersonalMessage() const { return d->texts.text(PersonalMessage); }
+    QString getStatusMessage() const { return d->texts.text(StatusMessage); }
+    QString getAvatarId() const { return d->texts.text(AvatarId); }
+    QString getAvatarMimeType() const { return d->texts.text(AvatarMimeType); }
+    QString getTimeZone() const { return d->texts.text(TimeZone); }
+    QString getCountryCode() const { return d->texts.text(CountryCode); }
     QByteArray getAvatarData() const { return d->avatarData; }
     int getZelsdkVersion() const { return d->zelsdkVersion; }
     int getZelVersion() const { return d->zelVersion; }
     bool getShowBusy() const { return d->showBusy; }
 
-    void setUri(const QString& uri);
-    void setHandle(const QString& handle);
-    void setPpid(const QString& ppid);
-    void setAppVersion(const QString& appVersion);
-    void setDisplayName(const QString& displayName);
-    void setPersonalMessage(const QString& personalMessage);
-    void setStatusMessage(const QString& statusMessage);
-    void setAvatarId(const QString& avatarId);
-    void setAvatarMimeType(const QString& avatarMimeType);
-    void setTimeZone(const QString& timeZone);
-    void setCountryCode(const QString& countryCode);
+    void setUri(const QString& uri) { setText(Uri, uri); }
+    void setHandle(const QString& handle) { setText(Handle, handle); }
+    void setPpid(const QString& ppid) { setText(Ppid, ppid); }
+    void setAppVersion(const QString& appVersion) { setText(AppVersion, appVersion); }
+    void setDisplayName(const QString& displayName) { setText(DisplayName, displayName); }
+    void setPersonalMessage(const QString& personalMessage) { setText(PersonalMessage, personalMessage); }
+    void setStatusMessage(const QString& statusMessage) { setText(StatusMessage, statusMessage); }
+    void setAvatarId(const QString& avatarId) { setText(AvatarId, avatarId); }
+    void setAvatarMimeType(const QString& avatarMimeType) { setText(AvatarMimeType, avatarMimeType); }
+    void setTimeZone(const QString& timeZone) { setText(TimeZone, timeZone); }
+    void setCountryCode(const QString& countryCode) { setText(CountryCode, countryCode); }
     void setZelsdkVersion(int version);
     void setZelVersion(int version);
     void setShowBusy(bool showBusy);
@@ -107,14 +103,13 @@ public:
     bool isFieldModified(PlatformContactField field) const;
     /// Whether any field is marked.
     bool isModified() const { return modified != 0; }
-    /// All fields at once, for those who go through them by table.
-    const PlatformContactData& data() const { return *d; }
+    /// All texts at once, by field, for those who go through them.
+    const PlatformContactData::Texts& texts() const { return d->texts; }
     /// The core service may name a user before it knows them; such a record has no handle yet.
-    bool isInitialized() const { return !d->handle.isEmpty(); }
+    bool isInitialized() const { return !d->texts.view(Handle).empty(); }
 
-    /// Reads what the object has over what the record holds; what the object lacks stays. Marks nothing. If the user
-    /// id is the one expected, the record shares that text's memory.
-    void load(const iface::JsonObjectReader& json, const QString& expectedUri = QString());
+    /// Reads what the object has over what the record holds; what the object lacks stays. Marks nothing.
+    void load(const iface::JsonObjectReader& json);
 
     /// Same data, pictures included; the marks do not count.
     friend bool operator==(const PlatformContact& a, const PlatformContact& b) { return a.equals(b); }
@@ -122,6 +117,7 @@ public:
 
 private:
     bool equals(const PlatformContact& other) const;
+    void setText(PlatformContactField field, const QString& text);
     void mark(PlatformContactField field) { modified = static_cast<std::uint16_t>(modified | (1U << field)); }
 
     QSharedDataPointer<PlatformContactData> d;

@@ -10,13 +10,7 @@ namespace zelsplib {
 PlatformContact PlatformContactJsonAdapter::jsonToElement(iface::JsonObjectReader json, const PlatformContact& base)
 {
     PlatformContact contact = base;
-    if (m_expected.isEmpty()) {
-        contact.load(json);
-    } else if (contact.load(json, m_expected.constFirst()); contact.getUri() == m_expected.constFirst()) {
-        m_expected.removeFirst();
-    } else {
-        m_expected.clear(); // another order: the next request begins anew
-    }
+    contact.load(json);
     return contact;
 }
 
@@ -42,20 +36,24 @@ QString PlatformContactJsonAdapter::idJsonToId(iface::JsonObjectReader json)
 
 void PlatformContactJsonAdapter::idToIdJson(const QString& id, const QSharedPointer<zel::JsonWriter>& writer)
 {
-    if (m_expected.size() == mostExpected)
-        m_expected.clear(); // nobody answers
-    m_expected.append(id);
     writer->addAttribute(QStringLiteral("userId"), id);
 }
 
 void writeContactMembers(const PlatformContact& contact, zel::JsonWriter& object, bool markedOnly)
 {
     const bool all = !markedOnly || !contact.isModified();
-    const PlatformContactData& data = contact.data();
-    forEachContactField([&](const auto& field) {
-        if (field.written && (all || contact.isFieldModified(field.mark)))
-            object.addAttribute(QLatin1String(field.key), data.*field.member);
-    });
+    const auto write = [&](int number, const auto& value) {
+        const std::string_view key = contactKeys[number];
+        if (all || contact.isFieldModified(PlatformContact::PlatformContactField(number)))
+            object.addAttribute(QLatin1String(key.data(), qsizetype(key.size())), value);
+    };
+    for (int field = 0; field < PlatformContactData::Texts::Count; ++field) {
+        if (isText(field))
+            write(field, contact.texts().text(field));
+    }
+    // The version of the user's own client is theirs to say, so it is never written.
+    write(PlatformContact::ZelsdkVersion, contact.getZelsdkVersion());
+    write(PlatformContact::ShowBusy, contact.getShowBusy());
 }
 
 } // namespace zelsplib

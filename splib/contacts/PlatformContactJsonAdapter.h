@@ -4,13 +4,11 @@
 #include <splib/contacts/PlatformContact.h>
 #include <zel/JsonAdapter.h>
 
-#include <QList>
-
 namespace zelsplib {
 
 /// Converts contact records for the lists keyed by user id.
 ///
-/// Stateless but for what it shares between records; used on the thread of the event loop.
+/// Stateless; used on the thread of the event loop.
 class PlatformContactJsonAdapter : public zel::JsonAdapter<PlatformContact, QString>
 {
 public:
@@ -20,11 +18,6 @@ public:
     QString elementToId(const PlatformContact& contact) override;
     QString idJsonToId(iface::JsonObjectReader json) override;
     void idToIdJson(const QString& id, const QSharedPointer<zel::JsonWriter>& writer) override;
-
-private:
-    /// What was asked for. Records mostly come in that order, and then share the memory of the ids they were asked by.
-    QList<QString> m_expected;
-    static constexpr qsizetype mostExpected = 1000;
 };
 
 /// Writes a record's members into an object that the caller has opened: all of them, or, of a record with marks,

@@ -5,163 +5,104 @@
 
 #include <iface/JsonMember.h>
 
+#include <algorithm>
 #include <array>
-#include <bitset>
+#include <optional>
 #include <string_view>
-#include <tuple>
-#include <type_traits>
-#include <utility>
 
 namespace zelsplib {
 
 namespace {
 
-/// The texts of which a list of contacts holds only few different ones. The last one read of each is remembered, and a
-/// record that has it too shares it instead of holding a copy.
-class RepeatedTexts
+constexpr auto fieldCount = std::size_t(PlatformContact::FieldCount);
+
+/// The fields in the order in which their members mostly come: that of their keys.
+constexpr auto fieldsByKey = [] {
+    std::array<std::size_t, fieldCount> fields = {};
+    for (std::size_t i = 0; i < fieldCount; ++i)
+        fields[i] = i;
+    std::sort(fields.begin(), fields.end(),
+              [](std::size_t a, std::size_t b) { return contactKeys[a] < contactKeys[b]; });
+    return fields;
+}();
+
+/// The members of an object, by field: shown by the source, which costs least, or asked for by name.
+class Members final : public iface::JsonMemberVisitor
 {
 public:
-    /// The text last read of a field; null when the field's texts do not repeat.
-    QString* last(PlatformContact::PlatformContactField field)
-    {
-        switch (field) {
-        case PlatformContact::AppVersion:
-            return &m_appVersion;
-        case PlatformContact::AvatarMimeType:
-            return &m_avatarMimeType;
-        case PlatformContact::TimeZone:
-            return &m_timeZone;
-        case PlatformContact::CountryCode:
-            return &m_countryCode;
-        default:
-            return nullptr;
-        }
-    }
-
-private:
-    QString m_appVersion;
-    QString m_avatarMimeType;
-    QString m_timeZone;
-    QString m_countryCode;
-};
-
-thread_local RepeatedTexts repeatedTexts;
-
-constexpr std::size_t fieldCount = std::tuple_size_v<decltype(platformContactFields)>;
-
-/// Finds a field by its key.
-class FieldIndex
-{
-public:
-    constexpr FieldIndex()
-    {
-        forEachContactField([this](const auto& field) {
-            const std::size_t slot = slotOf(field.key);
-            m_keys[m_count++] = field.key;
-            m_slots[slot] = static_cast<unsigned char>(m_count);
-        });
-    }
-
-    /// The field's place in the table, or fieldCount.
-    constexpr std::size_t find(std::string_view key) const
-    {
-        const std::size_t found = m_slots[slotOf(key)];
-        return found == 0 ? fieldCount : found - 1;
-    }
-
-private:
-    static constexpr std::size_t slotCount = 64;
-
-    // Where the key is, or would go: most slots are empty.
-    constexpr std::size_t slotOf(std::string_view key) const
-    {
-        std::size_t slot = key.empty() ? 0 : key.size() * 5 + std::size_t(static_cast<unsigned char>(key[0])) * 7;
-        while (m_slots[slot %= slotCount] != 0 && m_keys[m_slots[slot] - 1] != key)
-            ++slot;
-        return slot;
-    }
-
-    std::array<std::string_view, fieldCount> m_keys = {};
-    std::array<unsigned char, slotCount> m_slots = {};
-    std::size_t m_count = 0;
-};
-
-constexpr FieldIndex fieldIndex;
-
-/// Reads members over the fields of a record. Of members with the same name the first counts.
-class FieldReader final : public iface::JsonMemberVisitor
-{
-public:
-    FieldReader(PlatformContactData& data, const QString& expectedUri)
-        : m_data(data)
-        , m_expectedUri(expectedUri)
-        , m_repeated(repeatedTexts)
+    explicit Members(const iface::JsonObjectReader& json)
+        : m_json(json)
+        , m_isShown(json.visitMembers(*this))
     {
     }
 
-    void member(const iface::JsonMember& member) override
+    template <class T>
+    bool read(int field, T& value) const
     {
-        const std::size_t index = fieldIndex.find(member.name());
-        if (index == fieldCount || m_isRead.test(index))
+        return m_isShown ? m_shown[field] && m_shown[field]->read(value)
+                         : m_json.read(contactKeys[field].data(), value);
+    }
+    bool isShown() const { return m_isShown; }
+    /// Replaces `text` by the one that was shown, if it was one.
+    void readShown(int field, std::string_view& text) const
+    {
+        if (m_shown[field])
+            m_shown[field]->read(text);
+    }
+
+    /// Of members with the same name the first counts.
+    void member(const iface::JsonMember& shown) override
+    {
+        for (std::size_t tried = 0; tried < fieldCount; ++tried) {
+            const std::size_t field = fieldsByKey[m_next];
+            m_next = (m_next + 1) % fieldCount;
+            if (shown.name() != contactKeys[field])
+                continue;
+            if (!m_shown[field])
+                m_shown[field] = shown;
             return;
-        m_isRead.set(index);
-        readers[index](*this, member);
-    }
-
-    /// `json` reads the member into a value of the field's type.
-    template <typename Field, typename Json>
-    void read(const Field& field, const Json& json)
-    {
-        auto& value = m_data.*field.member;
-        if constexpr (std::is_same_v<std::decay_t<decltype(value)>, QString>) {
-            QString* const last = field.mark == PlatformContact::Uri ? &m_expectedUri : m_repeated.last(field.mark);
-            if (last) {
-                // Reading leaves a text alone that is the same already.
-                QString text = *last;
-                if (json.read(text)) {
-                    value = text;
-                    if (!text.isEmpty())
-                        *last = text;
-                }
-                return;
-            }
         }
-        json.read(value);
     }
 
 private:
-    using Reader = void (*)(FieldReader&, const iface::JsonMember&);
-
-    template <std::size_t index>
-    static void readField(FieldReader& reader, const iface::JsonMember& member)
-    {
-        reader.read(std::get<index>(platformContactFields), member);
-    }
-    template <std::size_t... index>
-    static constexpr std::array<Reader, fieldCount> makeReaders(std::index_sequence<index...>)
-    {
-        return {&FieldReader::readField<index>...};
-    }
-
-    static const std::array<Reader, fieldCount> readers;
-
-    PlatformContactData& m_data;
-    QString m_expectedUri;
-    RepeatedTexts& m_repeated;
-    std::bitset<fieldCount> m_isRead;
+    const iface::JsonObjectReader& m_json;
+    std::array<std::optional<iface::JsonMember>, fieldCount> m_shown;
+    std::size_t m_next = 0; ///< in fieldsByKey: what the next member is expected to be
+    const bool m_isShown;   // last: being shown fills the others
 };
 
-constexpr std::array<FieldReader::Reader, fieldCount> FieldReader::readers =
-    FieldReader::makeReaders(std::make_index_sequence<fieldCount>());
+using Texts = PlatformContactData::Texts;
+
+Texts readTexts(const Members& members, const Texts& before)
+{
+    std::array<std::string_view, Texts::Count> texts;
+    for (int field = 0; field < Texts::Count; ++field) {
+        texts[field] = before.view(field);
+        if (isText(field))
+            members.readShown(field, texts[field]);
+    }
+    return Texts(texts);
+}
+
+/// The same one by one, for a source that cannot show its members.
+Texts askForTexts(const Members& members, Texts texts)
+{
+    for (int field = 0; field < Texts::Count; ++field) {
+        if (QString text; isText(field) && members.read(field, text))
+            texts.set(field, text);
+    }
+    return texts;
+}
 
 } // namespace
 
-void readContactMembers(const iface::JsonObjectReader& json, PlatformContactData& data, const QString& expectedUri)
+void readContactMembers(const iface::JsonObjectReader& json, PlatformContactData& data)
 {
-    FieldReader reader(data, expectedUri);
-    if (json.visitMembers(reader))
-        return;
-    forEachContactField([&](const auto& field) { reader.read(field, iface::JsonReaderAttribute(field.key, &json)); });
+    const Members members(json);
+    data.texts = members.isShown() ? readTexts(members, data.texts) : askForTexts(members, data.texts);
+    members.read(PlatformContact::ZelsdkVersion, data.zelsdkVersion);
+    members.read(PlatformContact::ZelVersion, data.zelVersion);
+    members.read(PlatformContact::ShowBusy, data.showBusy);
 }
 
 } // namespace zelsplib

@@ -92,41 +92,21 @@ private Q_SLOTS:
         QCOMPARE(loaded("7", numbered()), numbered());
     }
 
-    void sharesTextsThatRepeat()
+    void keepsTextsApart()
     {
-        const QByteArray json = R"({"CountryCode":"NZ","TimeZone":"Pacific/Auckland","appVersion":"1.0.0"})";
-        const PlatformContact first = loaded(json);
-        const PlatformContact second = loaded(json);
-        QCOMPARE(second.getCountryCode().constData(), first.getCountryCode().constData());
-        QCOMPARE(second.getTimeZone().constData(), first.getTimeZone().constData());
-        QCOMPARE(second.getAppVersion().constData(), first.getAppVersion().constData());
-        QCOMPARE(loaded(R"({"CountryCode":"CA"})").getCountryCode(), u"CA"_s);
-        QCOMPARE(first.getCountryCode(), u"NZ"_s);
+        PlatformContact contact = loaded(R"({"handle":"Zo\u00eb \ud83d\ude00"})", numbered());
+        contact.setUri(u"longer than it was"_s);
+        contact.setPpid(QString());
+        QCOMPARE(contact.getUri(), u"longer than it was"_s);
+        QCOMPARE(contact.getHandle(), u"Zo\u00eb \U0001F600"_s);
+        QVERIFY(contact.getPpid().isNull());
+        QCOMPARE(contact.getAppVersion(), numbered().getAppVersion());
+        QCOMPARE(contact.getDisplayName(), numbered().getDisplayName());
+        QCOMPARE(contact.getCountryCode(), numbered().getCountryCode());
         // A missing text is none, and an empty one is empty.
         QVERIFY(loaded(R"({"userId":"","CountryCode":""})").getUri().isEmpty());
         QVERIFY(!loaded(R"({"userId":""})").getUri().isNull());
         QVERIFY(loaded("{}").getUri().isNull() && loaded("{}").getCountryCode().isNull());
-    }
-
-    void sharesTheIdThatItWasAskedBy()
-    {
-        PlatformContactJsonAdapter adapter;
-        const QString ids[] = {QString::number(1), QString::number(2), QString::number(3)};
-        const auto root = QSharedPointer<zel::JsonWriter>::create(u"m"_s, zel::JsonWriter::Array, QString());
-        for (const QString& id : ids)
-            adapter.idToIdJson(id, root->addChild({}, zel::JsonWriter::Object));
-        const auto uri = [&adapter](const QByteArray& json) {
-            PlatformContact contact;
-            read(json, [&](const iface::JsonReaderAttribute& message) {
-                contact = adapter.jsonToElement(message.object(), PlatformContact());
-            });
-            return contact.getUri();
-        };
-        QCOMPARE(uri(R"({"userId":"1"})").constData(), ids[0].constData());
-        QCOMPARE(uri(R"({"userId":"2"})").constData(), ids[1].constData());
-        QCOMPARE(uri(R"({"userId":"unasked"})"), u"unasked"_s);
-        QCOMPARE(uri("{}"), QString());
-        QCOMPARE(uri(R"({"userId":"3"})"), ids[2]);
     }
 
     void writesOnlyMarkedMembersOfAChange()

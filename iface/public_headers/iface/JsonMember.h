@@ -27,6 +27,8 @@ public:
     bool read(bool& value) const;
     /// A string that has this text already is left as it is: copies of it go on sharing their memory.
     bool read(QString& value) const;
+    /// The text as it stands in the message, in UTF-8; good as long as that.
+    bool read(std::string_view& utf8) const;
 
 private:
     enum Type { Another, Bool, Integer, Text };
