@@ -165,7 +165,8 @@ bool ContactService::requestDisplayPicture(const QString& handle) const
 {
     constexpr const char* where = "ContactService::requestDisplayPicture";
     return d->mayRequest(where) && (d->delegate->requestAvatar(handle) ||
-                                    mistakes::warn(where, "no contact has this handle; take it from contacts()"));
+                                    mistakes::warn(where, "no contact has this handle now; take it from contacts(), "
+                                                          "where hasApplication() tells who has left"));
 }
 
 } // namespace vx::platform::zel

@@ -75,6 +75,13 @@ QUuid CommandLine::defaultUuid()
     return QUuid(u"7a1e0c74-5d0b-4c53-9a55-2f6f3c1be0d1"_s);
 }
 
+bool CommandLine::isOption(const QString& word)
+{
+    CommandLine line;
+    const Typed typed = split(word);
+    return setSwitch(line, typed) || typed.name == "--uuid"_L1 || typed.name == "--timeout"_L1;
+}
+
 std::optional<CommandLine> CommandLine::parse(const QStringList& arguments, QString* error)
 {
     CommandLine line;

@@ -31,6 +31,9 @@ struct CommandLine
 
     /// \a arguments without the program's name. Empty, with a sentence in \a error, for wrong use.
     static std::optional<CommandLine> parse(const QStringList& arguments, QString* error);
+
+    /// Whether \a word is one of the options, which stand before the command.
+    static bool isOption(const QString& word);
 };
 
 } // namespace zelctl

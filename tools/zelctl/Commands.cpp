@@ -116,8 +116,12 @@ Answer picture(Session& session, const Arguments& arguments)
 
 Answer box(Session& session, const Arguments&)
 {
+    QVariantList icons;
+    for (const int icon : session.box().registeredIcons())
+        icons += icon;
     return {Record()
                 .add(u"count"_s, session.box().itemCount())
+                .add(u"icons"_s, icons)
                 .add(u"items"_s, readAll(session.box().items(), "id text cookie iconId"))};
 }
 
@@ -211,7 +215,7 @@ std::vector<Command> makeCommands()
          {.signal = u"ContactService.displayPictureUpdated"_s,
           .key = u"handle"_s,
           .sentence = u"{imageType}, {displayPictureSize} bytes, SHA-1 {displayPictureSha1}|{0} has no picture."_s}},
-        {u"box"_s, {}, u"the items of the profile box"_s, u"box"_s, Needs::Access, box},
+        {u"box"_s, {}, u"the items of the profile box, and the icons they may name"_s, u"box"_s, Needs::Access, box},
         {u"box-add"_s,
          u"TEXT [--icon N] [--cookie C]"_s,
          u"add an item to the profile box"_s,

@@ -86,6 +86,8 @@ QString toText(const QVariant& value)
 {
     if (value.metaType() == QMetaType::fromType<bool>())
         return value.toBool() ? u"yes"_s : u"no"_s;
+    if (value.metaType() == QMetaType::fromType<QVariantList>())
+        return value.toStringList().join(", "_L1);
     return value.toString();
 }
 
