@@ -39,6 +39,8 @@ zel_install_component(Containers TARGET zelcontainers PKGCONFIG zelplatform-cont
     REQUIRES zelplatform Qt6Core5Compat FLAGS ${system_flags} HEADERS ${zel_container_headers})
 zel_install_component(Requests TARGET zelrequests LIBRARY zelrequests PKGCONFIG zelplatform-requests
     DESCRIPTION "Requests to the messaging service as futures" REQUIRES zelplatform HEADERS requests/public_headers)
+zel_install_component(Models TARGET zelmodels LIBRARY zelmodels PKGCONFIG zelplatform-models
+    DESCRIPTION "List models of contacts and profile box items" REQUIRES zelplatform HEADERS models/public_headers)
 if(TARGET zelcoresim)
     zel_install_component(Simulator TARGET zelcoresim LIBRARY zelcoresim PKGCONFIG zelplatform-simulator
         DESCRIPTION "A simulated core service for tests of applications" REQUIRES Qt6Core

@@ -17,7 +17,7 @@ configure() # SOURCE NAME [argument...]
           -DCMAKE_PREFIX_PATH="$work/prefix" "${@:3}"
 }
 examples=(first-steps)
-components=(Platform Containers Requests)
+components=(Platform Containers Models Requests)
 [ -n "$platform" ] || { examples+=(contact-test); components+=(Simulator); }
 for example in "${examples[@]}"; do
     quietly configure "$source/examples/$example" "$example"

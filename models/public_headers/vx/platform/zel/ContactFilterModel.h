@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QtCore/QLocale>
+#include <QtCore/QSortFilterProxyModel>
+#include <QtCore/QString>
+
+#include <memory>
+
+namespace vx::platform::zel {
+
+/// Contacts as people look for them: put over a ContactListModel (setSourceModel()), it shows those who fit, in the
+/// order of their names as the locale has it.
+///
+/// When a contact changes, its row is judged again and put where it belongs by a few comparisons, however many there
+/// are. Other source models do if they have roles of the same names.
+class Q_DECL_EXPORT ContactFilterModel : public QSortFilterProxyModel
+{
+    Q_OBJECT
+    Q_PROPERTY(QString searchText READ searchText WRITE setSearchText NOTIFY searchTextChanged)
+    Q_PROPERTY(Presence presence READ presence WRITE setPresence NOTIFY presenceChanged)
+    Q_PROPERTY(QLocale locale READ locale WRITE setLocale NOTIFY localeChanged)
+
+public:
+    /// Whom a filter lets pass by their status.
+    enum Presence {
+        Anybody,   ///< everybody
+        Available, ///< those who may be disturbed
+        Busy,      ///< those who may not
+    };
+    Q_ENUM(Presence)
+
+    /// Shows everybody, by the application's locale; \a parent may own it.
+    explicit ContactFilterModel(QObject* parent = nullptr);
+    ~ContactFilterModel() override;
+
+    /// What is looked for. Each of its words must stand in the name, the handle or one of the messages, in capitals or
+    /// not. Without words everybody fits.
+    QString searchText() const;
+    void setSearchText(const QString& text);
+    /// Whose status fits.
+    Presence presence() const;
+    void setPresence(Presence presence);
+    /// By whose rules names are put in order.
+    QLocale locale() const;
+    void setLocale(const QLocale& locale);
+
+    void setSourceModel(QAbstractItemModel* model) override;
+
+Q_SIGNALS:
+    /// searchText() is another one; the rows follow it already.
+    void searchTextChanged();
+    /// presence() is another one; the rows follow it already.
+    void presenceChanged();
+    /// locale() is another one; the rows follow it already.
+    void localeChanged();
+
+protected:
+    bool filterAcceptsRow(int row, const QModelIndex& parent) const override;
+    bool lessThan(const QModelIndex& left, const QModelIndex& right) const override;
+
+private:
+    class Private;
+    std::unique_ptr<Private> const d;
+};
+
+} // namespace vx::platform::zel

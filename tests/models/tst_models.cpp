@@ -1,0 +1,357 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <common/SeededRandom.h>
+#include <common/TestMain.h>
+
+#include <vx/platform/zel/ContactFilterModel.h>
+#include <vx/platform/zel/ContactListModel.h>
+#include <vx/platform/zel/Context.h>
+#include <vx/platform/zel/ProfileBoxModel.h>
+
+#include <zelcore/TestService.h>
+
+#include <QtCore/QPointer>
+#include <QtTest/QAbstractItemModelTester>
+#include <QtTest/QTest>
+
+#include <algorithm>
+#include <memory>
+
+using namespace Qt::StringLiterals;
+using namespace vx::platform::zel;
+using zelcore::Person;
+
+namespace {
+
+struct Line
+{
+    Q_GADGET
+    Q_PROPERTY(QString id MEMBER id)
+    Q_PROPERTY(QString text MEMBER text)
+    Q_PROPERTY(int size MEMBER size)
+public:
+    QString id;
+    QString text;
+    int size = 0;
+    bool operator==(const Line&) const = default;
+};
+
+class Lines : public RecordListModel
+{
+public:
+    explicit Lines(bool isInKeyOrder)
+        : RecordListModel({Line::staticMetaObject, "id", "text", isInKeyOrder}, nullptr)
+    {
+    }
+    using RecordListModel::isBeingReplaced;
+    using RecordListModel::removeRecord;
+    using RecordListModel::setRecord;
+    using RecordListModel::setRecords;
+};
+
+/// The rows of a model as its signals alone tell of them, each as the text of its roles.
+class Replay : public QObject
+{
+public:
+    explicit Replay(QAbstractItemModel& model)
+        : m_model(model)
+        , m_tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest)
+    {
+        connect(&model, &QAbstractItemModel::rowsInserted, this, [this](const QModelIndex&, int first, int last) {
+            for (int row = first; row <= last; ++row)
+                m_rows.insert(row, read(row));
+        });
+        connect(&model, &QAbstractItemModel::rowsRemoved, this,
+                [this](const QModelIndex&, int first, int last) { m_rows.remove(first, last - first + 1); });
+        connect(&model, &QAbstractItemModel::rowsMoved, this,
+                [this](const QModelIndex&, int from, int last, const QModelIndex&, int to) {
+                    QVERIFY(from == last && to < from);
+                    m_rows.move(from, to);
+                });
+        connect(&model, &QAbstractItemModel::layoutChanged, this, [this] { readAll(); });
+        connect(&model, &QAbstractItemModel::modelReset, this, [] { QFAIL("reset"); });
+        connect(&model, &QAbstractItemModel::dataChanged, this,
+                [this](const QModelIndex& first, const QModelIndex& last, const QList<int>& roles) {
+                    for (int row = first.row(); row <= last.row(); ++row) {
+                        for (const int role : roles)
+                            m_rows[row].insert(role, m_model.index(row, 0).data(role));
+                    }
+                });
+        readAll();
+    }
+
+    /// Whether they are the rows.
+    bool isRight() const
+    {
+        for (int row = 0; row < m_rows.size(); ++row) {
+            if (m_rows.at(row) != read(row))
+                return false;
+        }
+        return m_rows.size() == m_model.rowCount();
+    }
+
+private:
+    QHash<int, QVariant> read(int row) const
+    {
+        QHash<int, QVariant> values;
+        const QHash<int, QByteArray> names = m_model.roleNames();
+        for (const int role : names.keys())
+            values.insert(role, m_model.index(row, 0).data(role));
+        return values;
+    }
+    void readAll()
+    {
+        m_rows.clear();
+        for (int row = 0; row < m_model.rowCount(); ++row)
+            m_rows.append(read(row));
+    }
+
+    QAbstractItemModel& m_model;
+    QAbstractItemModelTester m_tester;
+    QList<QHash<int, QVariant>> m_rows;
+};
+
+QStringList column(const QAbstractItemModel& model, const QByteArray& name)
+{
+    QStringList texts;
+    for (int row = 0; row < model.rowCount(); ++row)
+        texts.append(model.index(row, 0).data(model.roleNames().key(name)).toString());
+    return texts;
+}
+
+} // namespace
+
+class TstModels : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void cleanup()
+    {
+        m_context.reset();
+        m_service.reset();
+    }
+
+    void becomeAnyListByDifferences_data()
+    {
+        QTest::addColumn<bool>("isInKeyOrder");
+        QTest::newRow("in any order") << false;
+        QTest::newRow("in key order") << true;
+    }
+    /// Also from within its own announcements, where whole lists and single records come, and what was begun ends.
+    void becomeAnyListByDifferences()
+    {
+        QFETCH(bool, isInKeyOrder);
+        QRandomGenerator random = seededRandom();
+        const auto below = [&](int end) { return int(random.bounded(end)); };
+        const auto line = [&] { return Line{QString::number(below(20)), QString::number(below(3)), below(2)}; };
+        Lines model(isInKeyOrder);
+        Replay replay(model);
+        QList<Line> naive;
+        int told = 0;
+        connect(&model, &RecordListModel::countChanged, this, [&] { told = model.count(); });
+        const auto setAll = [&](const QList<Line>& lines) {
+            QList<QVariant> records;
+            for (const Line& each : lines)
+                records.append(QVariant::fromValue(each));
+            model.setRecords(records);
+        };
+        const auto change = [&] {
+            const Line one = line();
+            const auto known =
+                std::find_if(naive.begin(), naive.end(), [&](const Line& is) { return is.id == one.id; });
+            const int kind = below(4);
+            if (kind < 2) {
+                QList<Line> next;
+                for (int i = below(12); i > 0; --i)
+                    next.append(line());
+                if (isInKeyOrder)
+                    std::sort(next.begin(), next.end(), [](const Line& a, const Line& b) { return a.id < b.id; });
+                naive.clear();
+                for (const Line& each : std::as_const(next)) {
+                    if (std::none_of(naive.cbegin(), naive.cend(), [&](const Line& is) { return is.id == each.id; }))
+                        naive.append(each);
+                }
+                setAll(next);
+            } else if (kind == 2 && known != naive.end()) {
+                *known = one;
+                model.isBeingReplaced() ? setAll(naive) : model.setRecord(QVariant::fromValue(one));
+            } else if (kind == 3 && known != naive.end()) {
+                naive.erase(known);
+                model.isBeingReplaced() ? setAll(naive) : model.removeRecord(one.id);
+            }
+        };
+        int depth = 0;
+        const auto nested = [&] {
+            if (depth < 3 && below(8) == 0) {
+                ++depth;
+                change();
+                --depth;
+            }
+        };
+        connect(&model, &QAbstractItemModel::rowsInserted, this, nested);
+        connect(&model, &QAbstractItemModel::rowsRemoved, this, nested);
+        connect(&model, &QAbstractItemModel::rowsMoved, this, nested);
+        connect(&model, &QAbstractItemModel::dataChanged, this, nested);
+        for (int step = 0; step < 1000; ++step) {
+            change();
+            QVERIFY(replay.isRight());
+            QCOMPARE(told, model.count());
+            QCOMPARE(model.count(), naive.size());
+            for (int row = 0; row < naive.size(); ++row) {
+                QCOMPARE(model.index(row).data(RecordListModel::RecordRole).value<Line>(), naive.at(row));
+                QCOMPARE(model.rowOf(naive.at(row).id), row);
+            }
+        }
+        QCOMPARE(model.rowOf(u"none"_s), -1);
+    }
+
+    void nameTheRolesThatChanged()
+    {
+        Lines model(false);
+        model.setRecord(QVariant::fromValue(Line{u"a"_s, u"text"_s, 1}));
+        QList<int> roles;
+        connect(&model, &QAbstractItemModel::dataChanged, this,
+                [&](const QModelIndex&, const QModelIndex&, const QList<int>& changed) { roles = changed; });
+        model.setRecord(QVariant::fromValue(Line{u"a"_s, u"text"_s, 1}));
+        QCOMPARE(roles, QList<int>());
+        model.setRecord(QVariant::fromValue(Line{u"a"_s, u"text"_s, 2}));
+        QCOMPARE(roles, QList<int>({model.role("size"), RecordListModel::RecordRole}));
+        model.setRecord(QVariant::fromValue(Line{u"a"_s, u"other"_s, 2}));
+        QCOMPARE(roles, QList<int>({Qt::DisplayRole, model.role("text"), RecordListModel::RecordRole}));
+    }
+
+    void mayBeDestroyedByASlot()
+    {
+        auto* const model = new Lines(true);
+        connect(model, &QAbstractItemModel::rowsInserted, this, [model] { delete model; });
+        model->setRecords({QVariant::fromValue(Line{u"a"_s, {}, 0})});
+    }
+
+    void showTheContactsThatTheServiceHas()
+    {
+        QRandomGenerator random = seededRandom();
+        start();
+        m_service->generateContacts(30, 1);
+        ContactListModel model(m_context.get());
+        ContactFilterModel filter;
+        filter.setSourceModel(&model);
+        Replay rows(model);
+        Replay filtered(filter);
+        const auto agrees = [&] {
+            QStringList expected;
+            const QList<Person> people = m_service->contacts();
+            for (const Person& person : people)
+                expected.append(person.handle + u' ' + person.displayName);
+            std::sort(expected.begin(), expected.end());
+            QStringList shown;
+            for (int row = 0; row < model.count(); ++row)
+                shown.append(model.contact(row).handle() + u' ' + model.contact(row).displayName());
+            return shown == expected && filter.rowCount() == model.count();
+        };
+        for (int step = 0; step < 150; ++step) {
+            const QString handle = u"extra%1"_s.arg(random.bounded(6));
+            Person person = m_service->contact(handle);
+            const QList<Person> installed = m_service->contacts();
+            const int kind = random.bounded(30);
+            if (kind == 0) {
+                m_service->goAway();
+                QVERIFY(m_service->comeBack());
+                QTRY_COMPARE(m_service->clientCount(), 1);
+            } else if (person.userId.isEmpty()) {
+                person.handle = handle;
+                m_service->addContact(person, kind % 2 == 0);
+            } else if (kind < 8) {
+                m_service->removeContact(handle);
+            } else if (kind < 20) {
+                person.displayName = QString::number(random.bounded(100));
+                m_service->changeContact(person);
+            } else if (std::any_of(installed.begin(), installed.end(),
+                                   [&](const Person& known) { return known.handle == handle; })) {
+                m_service->uninstallApplication(handle);
+            } else {
+                m_service->installApplication(handle);
+            }
+            QTRY_VERIFY(agrees());
+            QVERIFY(rows.isRight() && filtered.isRight());
+        }
+    }
+
+    void areEmptyWithoutAccess()
+    {
+        start();
+        m_service->addContact(u"Anna"_s);
+        m_service->addBoxItem(u"Level 7"_s, u"cookie"_s);
+        ContactListModel contacts(m_context.get());
+        ProfileBoxModel box(m_context.get());
+        Replay contactRows(contacts);
+        Replay boxRows(box);
+        for (int turn = 0; turn < 2; ++turn) {
+            QTRY_COMPARE(column(contacts, "displayName"), QStringList(u"Anna"_s));
+            QTRY_COMPARE(column(box, "text"), QStringList(u"Level 7"_s));
+            QCOMPARE(box.item(0).cookie(), u"cookie"_s);
+            m_service->setRegistrationState(u"NoDataConnection"_s);
+            QTRY_COMPARE(contacts.count() + box.count(), 0);
+            m_service->setRegistrationState(u"Success"_s);
+        }
+        QTRY_COMPARE(contacts.count() + box.count(), 2);
+        m_service->addBoxItem(u"Level 8"_s);
+        QTRY_COMPARE(column(box, "text"), QStringList({u"Level 7"_s, u"Level 8"_s}));
+        m_context.reset();
+        QCOMPARE(contacts.count() + box.count(), 0);
+        QVERIFY(contactRows.isRight() && boxRows.isRight());
+        QVERIFY(contacts.contact(0).isNull() && box.item(0).isNull());
+    }
+
+    void findWhomPeopleLookFor()
+    {
+        start();
+        for (const QString& name : {u"Zoë Adams"_s, u"Änne Berg"_s, u"anna Cole"_s, u"Bert Ödman"_s}) {
+            Person person;
+            person.displayName = name;
+            person.showBusy = name.startsWith(u'Z');
+            person.personalMessage = person.showBusy ? u"at the sea"_s : QString();
+            m_service->addContact(person);
+        }
+        ContactListModel model(m_context.get());
+        ContactFilterModel filter;
+        filter.setLocale(QLocale(QLocale::German));
+        filter.setSourceModel(&model);
+        QTRY_COMPARE(filter.rowCount(), 4);
+        const auto names = [&] { return column(filter, "displayName").join(u'|'); };
+        QVERIFY(names().endsWith(u"Bert Ödman|Zoë Adams"_s));
+        filter.setPresence(ContactFilterModel::Busy);
+        QCOMPARE(names(), u"Zoë Adams"_s);
+        filter.setPresence(ContactFilterModel::Available);
+        QCOMPARE(filter.rowCount(), 3);
+        filter.setPresence(ContactFilterModel::Anybody);
+        filter.setSearchText(u" ADA  sea "_s);
+        QCOMPARE(names(), u"Zoë Adams"_s);
+        filter.setSearchText(u"ödman"_s);
+        QCOMPARE(names(), u"Bert Ödman"_s);
+        Person person = m_service->contacts().constLast();
+        person.displayName = u"Aaron"_s;
+        m_service->changeContact(person);
+        QTRY_COMPARE(names(), u"Aaron"_s); // the handle is what it was
+        filter.setSearchText({});
+        QVERIFY(names().startsWith("Aaron|"_L1));
+    }
+
+private:
+    /// An application that is registered.
+    void start()
+    {
+        m_service = std::make_unique<zelcore::TestService>();
+        m_context = std::make_unique<Context>(QUuid(u"{6F8D2C4E-5B0A-4A37-9D0E-0C8F3F1F2A10}"_s));
+        connect(m_context.get(), &Context::registrationStateUpdated, this, [this](RegistrationState::Type state) {
+            if (state == RegistrationState::Unregistered)
+                m_context->requestRegisterApplication();
+        });
+        QTRY_VERIFY(m_context->isReady());
+    }
+
+    std::unique_ptr<zelcore::TestService> m_service;
+    std::unique_ptr<Context> m_context;
+};
+
+ZEL_TEST(TstModels)
+#include "tst_models.moc"
