@@ -14,6 +14,7 @@
 #include <QRegularExpression>
 #include <QStringList>
 
+#include <functional>
 #include <utility>
 
 /// A pipe whose other end is the test: keeps what is sent, and delivers what the test injects through the real decoder
@@ -30,12 +31,19 @@ public:
         m_listeners.addListener(owner, type, callback);
     }
     void removeListeners(QObject* owner) override { m_listeners.removeListeners(owner); }
-    void send(const QString& text) override { m_sent.append(text.toUtf8()); }
+    void send(const QString& text) override
+    {
+        m_sent.append(text.toUtf8());
+        sending();
+    }
     void send(const QSharedPointer<zel::JsonWriter>& message) override { send(message->toString()); }
     iface::ObservableValue<bool> isConnected() const override
     {
         return iface::ObservableValue<bool>(m_connected.data());
     }
+
+    /// Called before send() returns: a service may be that quick.
+    std::function<void()> sending = [] {};
 
     void setConnected(bool connected) { m_connected->setValue(connected); }
     int listenerCount(const QString& type) const { return m_listeners.listenerCount(type); }

@@ -130,9 +130,9 @@ QJsonValue randomElement(QRandomGenerator& random)
         return 5; // no object at all
     QJsonObject element;
     if (random.bounded(20) > 0)
-        element.insert(u"id"_s, QString::number(random.bounded(40)));
-    if (random.bounded(10) == 0)
-        element.insert(u"renamed"_s, QString::number(random.bounded(40)));
+        element.insert(u"id"_s, QString::number(random.bounded(15)));
+    if (random.bounded(5) == 0)
+        element.insert(u"renamed"_s, QString::number(random.bounded(15)));
     if (random.bounded(2))
         element.insert(u"text"_s, QString::number(random.bounded(3)));
     if (random.bounded(3))
@@ -304,7 +304,7 @@ private Q_SLOTS:
             QVERIFY2(Handle(list).toList() == model.items, where);
             QVERIFY2(mirror.complaint().isEmpty() && mirror.items() == model.items, where);
             QVERIFY2(mirror.take() == std::exchange(model.announced, {}), where);
-            const QString key = QString::number(random.bounded(40));
+            const QString key = QString::number(random.bounded(15));
             QVERIFY2(list->locateItem(key) == model.find(key), where);
         }
         iface::setLogLevel(iface::LogLevel::Info);

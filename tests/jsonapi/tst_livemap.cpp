@@ -11,7 +11,6 @@
 #include <QMultiMap>
 #include <QScopedValueRollback>
 
-#include <functional>
 #include <map>
 #include <memory>
 #include <stdexcept>
@@ -23,23 +22,10 @@ namespace {
 using Map = zel::LiveMap<QString, Note>;
 using Value = iface::ObservableValue<Note>;
 
-/// A service may answer before send() returns.
-class QuickPipe : public FakePipe
-{
-public:
-    using FakePipe::send;
-    void send(const QString& text) override
-    {
-        FakePipe::send(text);
-        sending();
-    }
-    std::function<void()> sending = [] {};
-};
-
 /// A map on the notes, and a service that answers when the test says so.
 struct Fixture
 {
-    QSharedPointer<QuickPipe> pipe = QSharedPointer<QuickPipe>::create();
+    QSharedPointer<FakePipe> pipe = QSharedPointer<FakePipe>::create();
     Map::Pointer map = Map::create(QSharedPointer<zel::ListApiMultiplexer>::create(pipe),
                                    QSharedPointer<NoteAdapter>::create(), u"notes"_s, QString());
 

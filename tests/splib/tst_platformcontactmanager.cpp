@@ -213,7 +213,7 @@ private Q_SLOTS:
         ContactsStage stage;
         stage.play(ready);
         zelsplib::StreamRequests others(stage.stream, [](const QString&, const QString&) {});
-        others.request(u"me"_s, u"p"_s);
+        others.request(u"user0"_s, u"p"_s);
         stage.play(uR"(
             change 0 n p  -> update h0 n n; requestUserAvatar user0 p
             half p half

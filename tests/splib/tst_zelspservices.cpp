@@ -174,9 +174,9 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("told");
         const std::pair<const char*, const char*> rows[] = {
-            {"c|l||ns", "SCNS"},   {"lc|||ns", "SCNS"},   {"|cl||ns", "SCCNS"}, {"|lc||ns", "SCNS"},
-            {"|c||ns", "SCNS"},    {"|lcl||ns", "SCCNS"}, {"|l||cns", "SCNS"},  {"c|!||", "SC"},
-            {"c|ns|n|s", "SNCNS"}, {"c|||nsns", "SCNSNS"}};
+            {"c|l||ns", "SCNS"},   {"lc|||ns", "SCNS"},    {"|cl||ns", "SCCNS"}, {"|lc||ns", "SCNS"},
+            {"|c||ns", "SCNS"},    {"|lcl||ns", "SCCNS"},  {"|l||cns", "SCNS"},  {"c|!||", "SC"},
+            {"c|ns|n|s", "SNCNS"}, {"c|||nsns", "SCNSNS"}, {"c|||lns", "SCNS"}};
         for (const auto& [steps, told] : rows)
             QTest::newRow(steps) << QString::fromLatin1(told);
     }
