@@ -234,7 +234,7 @@ private:
         const int sum = verdict(node, item, false);
         if (m_sideEffectsLeft > 0 && any(0, 3) == 0) {
             --m_sideEffectsLeft;
-            edit();
+            any(0, 1) ? edit() : void(dropOne());
         }
         if (isBad(sum) && m_isBuilt)
             throwSomething();
@@ -273,7 +273,8 @@ private:
     Items compared(Node& node, const char* where)
     {
         ++comparisons;
-        const Items read = node.list.toList(); // before the rest: it may have a filter make a change
+        const ObservableList<int> list = node.list; // a filter may drop the other handle
+        const Items read = list.toList();           // before the rest: a filter may make a change
         check(sameItems(read, naive(node)), node.is(where));
         return read;
     }
@@ -350,17 +351,25 @@ private:
     /// Takes away what is there, or adds to it.
     void disturb()
     {
-        Node& node = anyNode();
-        if (!node.isUsed && node.kind != Source) {
-            node.mirror.reset();
-            node.list = ObservableList<int>();
-        } else if (!m_monitors.empty() && any(0, 1)) {
+        if (dropOne())
+            return;
+        if (!m_monitors.empty() && any(0, 1)) {
             m_gone.push_back(std::move(m_monitors.back())); // one that is running finds its own still there
             m_monitors.pop_back();
             m_gone.back()->monitor.reset();
         } else if (std::all_of(m_nodes.begin(), m_nodes.end(), [](const auto& each) { return each->list.impl(); })) {
             addMonitor();
         }
+    }
+
+    bool dropOne()
+    {
+        Node& node = anyNode();
+        if (node.isUsed || node.kind == Source)
+            return false;
+        node.mirror.reset();
+        node.list = ObservableList<int>();
+        return true;
     }
 
     QRandomGenerator m_random;

@@ -168,6 +168,15 @@ private Q_SLOTS:
             }
         }
         QVERIFY(table.newIndexPath(nullptr, nullptr, path(0)));
+        // Moves that are made together are one.
+        const Lists list(new IntList({1, 2, 3}));
+        ListMirror<int> mirror(ObservableList<int>(list.data()));
+        Round::together([&] {
+            list->move(0, 2);
+            list->rearrange({1, -1, 0}, {9, 9, 9});
+        });
+        QCOMPARE(mirror.take(), QStringList{u"moved 0 1 -1"_s});
+        QCOMPARE(mirror.complaint(), QString());
     }
 
     void movesAnAdapterToAnotherModel()

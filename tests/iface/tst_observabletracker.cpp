@@ -245,18 +245,20 @@ private Q_SLOTS:
 
     void keepsWhatItReadAliveUntilTheNextRun()
     {
+        using Cached = iface::CachedObservableList<int>;
         const NumberPointer trigger = makeNumber();
-        NumberPointer value = makeNumber();
-        const QPointer<QObject> alive(value.data());
+        iface::ObservableList<int> list(new Cached(iface::ObservableList<int>(new EditableList<int>)));
+        const QPointer<QObject> alive(list.impl());
         const CountedMonitor monitor([&] {
             trigger->getValue();
-            if (value)
-                value->getValue();
+            list.size();
         });
-        value.reset();
+        list = {};
         QVERIFY(alive);
         trigger->setValue(1);
         QVERIFY(!alive);
+        trigger->setValue(2);
+        QCOMPARE(monitor.runs, 3);
     }
 
     // Each run reads another random selection, or throws in the middle of it. The monitor must run exactly when one of
