@@ -134,8 +134,32 @@ QByteArrayList Desk::written()
     return messages;
 }
 
+static QtMessageHandler handlerBefore = nullptr;
+static QStringList warnings;
+
+static void noteWarning(QtMsgType type, const QMessageLogContext& context, const QString& text)
+{
+    if (type == QtWarningMsg && qstrcmp(context.category, "zel.platform") == 0)
+        warnings.append(text);
+    else
+        handlerBefore(type, context, text);
+}
+
+QStringList PlatformTest::takeWarnings()
+{
+    return std::exchange(warnings, {});
+}
+
+void PlatformTest::init()
+{
+    handlerBefore = qInstallMessageHandler(noteWarning);
+    m_desk = std::make_unique<Desk>();
+}
+
 void PlatformTest::cleanup()
 {
+    takeWarnings();
+    qInstallMessageHandler(handlerBefore);
     m_context.reset();
     QVERIFY(ServiceBridge::letGo());
     m_desk.reset();

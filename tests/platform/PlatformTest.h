@@ -101,12 +101,14 @@ class PlatformTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { m_desk = std::make_unique<Desk>(); }
+    void init();
     void cleanup();
 
 protected:
     /// The context of an application that is registered and has everything.
     vx::platform::zel::Context* ready();
+    /// What the library has warned of since it was asked last.
+    static QStringList takeWarnings();
 
     QUuid const m_uuid{QStringLiteral("{6F8D2C4E-5B0A-4A37-9D0E-0C8F3F1F2A10}")};
     std::unique_ptr<Desk> m_desk;

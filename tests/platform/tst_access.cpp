@@ -148,26 +148,6 @@ private:
     std::vector<Binding> m_bindings;
 };
 
-QStringList warnings;
-
-void noteWarning(QtMsgType type, const QMessageLogContext&, const QString& text)
-{
-    if (type == QtWarningMsg)
-        warnings.append(text);
-}
-
-/// Who warns of this, once each, and of a remedy behind it.
-QStringList warned(const QString& reason)
-{
-    QStringList who;
-    for (const QString& warning : std::as_const(warnings)) {
-        if (warning.contains(u": "_s + reason) && warning.contains(u';'))
-            who.append(warning.section(u": "_s, 0, 0));
-    }
-    who.sort();
-    return who;
-}
-
 } // namespace
 
 /// Every public class with and without access, what it answers and of what it warns.
@@ -207,8 +187,6 @@ private Q_SLOTS:
 
     void comesAndGoesWithTheRegistration()
     {
-        const auto before = qInstallMessageHandler(noteWarning);
-        const auto handler = qScopeGuard([before] { qInstallMessageHandler(before); });
         QCOMPARE(Objects(nullptr).working(), nobody);
         QCOMPARE(warned(u"made without a context"_s), everybody);
         QCOMPARE(warned(u"there is no context"_s), requests);
@@ -266,6 +244,22 @@ private Q_SLOTS:
         for (const int number : {-1, 0, 3, 1000}) // no permissions
             QCOMPARE(permissions.permissionValue(static_cast<Permission::Type>(number)), PermissionValue::Denied);
     }
+
+private:
+    /// Who warns of this, once each, and of a remedy behind it.
+    QStringList warned(const QString& reason)
+    {
+        m_warnings += takeWarnings();
+        QStringList who;
+        for (const QString& warning : std::as_const(m_warnings)) {
+            if (warning.contains(u": "_s + reason) && warning.contains(u';'))
+                who.append(warning.section(u": "_s, 0, 0));
+        }
+        who.sort();
+        return who;
+    }
+
+    QStringList m_warnings;
 };
 
 ZEL_TEST(TstAccess)

@@ -17,14 +17,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QStringList warnings;
-
-void note(QtMsgType type, const QMessageLogContext& context, const QString& text)
-{
-    if (type == QtWarningMsg && qstrcmp(context.category, "zel.platform") == 0)
-        warnings.append(text);
-}
-
 /// A mistake, and with what its warnings begin, up to the remedy.
 struct Mistake
 {
@@ -40,9 +32,6 @@ class TstMistakes : public PlatformTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { m_before = qInstallMessageHandler(note); }
-    void cleanupTestCase() { qInstallMessageHandler(m_before); }
-
     void whatARegistrationHasToWaitFor()
     {
         m_desk->heldBack = QStringList{u"permission"_s};
@@ -140,15 +129,13 @@ private:
             mistake.make();
             expected += QString::fromLatin1(mistake.warnings).split(u'|');
         }
+        const QStringList warnings = takeWarnings();
         for (qsizetype i = 0; i < qMax(expected.size(), warnings.size()); ++i) {
             const QString warning = warnings.value(i);
             QVERIFY2(i < expected.size() && warning.contains(expected.at(i)) && warning.contains(u';'),
                      qPrintable(expected.value(i) + u" <-> "_s + warning));
         }
-        warnings.clear();
     }
-
-    QtMessageHandler m_before = nullptr;
 };
 
 ZEL_TEST(TstMistakes)

@@ -24,8 +24,8 @@ protected:
     /// Plays a dialogue, a line each, up to the first that does not go as it says. A letter is an application, which
     /// comes when it is first named.
     ///
-    ///     $ COMMAND => TEXT     the service does this and says so; the text may be left out
-    ///     $! COMMAND => TEXT    it refuses to, and why
+    ///     $ COMMAND => TEXT     the service does this, and what it says begins so
+    ///     $! COMMAND => TEXT    it refuses to, and says why
     ///     A> TYPE JSON          A sends a message; "change" is one that changes the own profile
     ///     A< TYPE TEXT... -TEXT... the next message of this type to A has these texts in it and not those
     ///     A. TYPE...            that is all A hears but for messages of these types, in this order

@@ -39,9 +39,8 @@ private Q_SLOTS:
             $ contact install boris
             $ contact uninstall anna
             $ contact change boris personalMessage='x = "y"'
-            $ contact picture boris 1000
+            $ contact picture boris 32768
             $ generate 5 2
-            $ contacts => 7 contacts, 6 of them
             $ profile displayName "Robin the 2nd"
             $ profile statusMessage=away showBusy=on
             $ picture none
@@ -60,11 +59,13 @@ private Q_SLOTS:
             $ drop
             $ delay 10 listAdd)";
         QVERIFY(play(story));
+        QCOMPARE(m_simulator->contactCount(), 7);
+        QCOMPARE(m_simulator->contacts().size(), 6);
         const zelcore::Person anna = m_simulator->contact(u"anna"_s);
         QVERIFY(anna.displayName == u"Anna B."_s && anna.clientVersion == 7 && anna.showBusy);
         const zelcore::Person boris = m_simulator->contact(u"boris"_s);
         QCOMPARE(boris.personalMessage, u"x = \"y\""_s);
-        QCOMPARE(m_simulator->picture(boris.avatarId).size(), 1000);
+        QCOMPARE(m_simulator->picture(boris.avatarId).size(), 32768);
         const zelcore::Person own = m_simulator->profile();
         QCOMPARE(QStringList({own.displayName, own.statusMessage, own.avatarId}),
                  QStringList({u"Robin the 2nd"_s, u"away"_s, QString()}));
@@ -89,6 +90,8 @@ private Q_SLOTS:
             $! quit now => usage: quit
             $! contact chnage anna x=y => add, change
             $! generate many => COUNT
+            $! rate many => PER-SECOND
+            $! rate 100001 => PER-SECOND
             $! eco-status e Friend => PendingContactExists
             $! drop a b => too many)";
         QVERIFY(play(mistakes));

@@ -84,7 +84,8 @@ const struct
         A< profileChangeResponse "Failure"
         A.
         ! 4
-        $ profile => Old)"},
+        A> requestListElements {"elements":[{"name":"platformProfile"}],"type":"global"}
+        A< listChunk "displayName":"Old")"},
     {"keeps a picture that is on its way apart from other changes", R"(
         A> change {"avatarId":"hash[500]","avatarMimeType":"image/gif"}
         A< requestNewAvatarImage hash[500]
@@ -349,7 +350,8 @@ private Q_SLOTS:
 
     void livesAtTheRateAskedFor()
     {
-        QVERIFY(play("$ generate 50 1\n$ rate 1000 changes"));
+        QVERIFY(play("$ generate 50 1"));
+        m_simulator->setActivity(Simulator::Activity::Changes, 1000, 9);
         for (int i = 0; i < 200; ++i)
             QCOMPARE(application('A').take("listChange").value("type"_L1).toString(), u"platformUser"_s);
         QVERIFY(play("$ rate 1000 uninstalls"));
