@@ -21,6 +21,8 @@ private Q_SLOTS:
         heard.note(box, &ProfileBox::itemCountChanged, u"count"_s, [&] { return QString::number(box.itemCount()); });
         heard.note(box, &ProfileBox::itemAdded, u"added"_s, [&] { return box.items().last().text(); });
         heard.note(box, &ProfileBox::itemRemoved, u"removed"_s, [&] { return box.item(u"2"_s).id(); });
+        QTRY_COMPARE(m_context->registrationState(), RegistrationState::Unregistered);
+        QVERIFY(m_desk->settle());
         ready();
         QCOMPARE(heard.take(), QStringList{u"count | 3"_s}); // what it held before
         QStringList items;
