@@ -3,6 +3,7 @@
 #include <common/TestMain.h>
 #include <zel/JsonStream.h>
 
+#include <QJsonDocument>
 #include <QJsonObject>
 #include <QRandomGenerator>
 

@@ -9,6 +9,7 @@
 #include <common/TestMain.h>
 
 #include <QJsonArray>
+#include <QJsonDocument>
 #include <QJsonObject>
 
 #include <map>
