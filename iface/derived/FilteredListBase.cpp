@@ -55,7 +55,7 @@ FilteredListBase::Private::Private(FilteredListBase* list, ObservableListImpl* i
     : Intake(*list)
     , q(list)
     , input(inputList)
-    , dependencies([this] { markBehind(); })
+    , dependencies([this] { markBehind(); }, list)
 {
     follow(input);
 }

@@ -68,6 +68,8 @@ Dependencies::Run::Run(Dependencies& dependencies, Node* node)
 
 void Dependencies::Run::recordRead(const Observable* observable)
 {
+    if (observable == m_dependencies.m_self)
+        return;
     const unsigned run = m_dependencies.m_run;
     // Runs mostly read the same things in the same order.
     Link* link = m_expected && m_expected->source->target.data() == observable ? m_expected : nullptr;
@@ -121,8 +123,9 @@ Dependencies::Node* Dependencies::Run::finish()
     return m_node->m_first ? m_node : nullptr;
 }
 
-Dependencies::Dependencies(boost::function<void()> madeDirty)
+Dependencies::Dependencies(boost::function<void()> madeDirty, const Observable* self)
     : m_madeDirty(std::move(madeDirty))
+    , m_self(self)
 {
 }
 

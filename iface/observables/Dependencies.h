@@ -75,8 +75,9 @@ public:
         bool m_isFirst;
     };
 
-    /// `madeDirty` is called in the first step of a round, and only takes note of it.
-    explicit Dependencies(boost::function<void()> madeDirty);
+    /// `madeDirty` is called in the first step of a round, and only takes note of it. `self` is what the computations
+    /// make, if it can be read: depending on itself, it would keep itself alive.
+    explicit Dependencies(boost::function<void()> madeDirty, const Observable* self = nullptr);
     ~Dependencies();
 
     /// Forgets a computation, which must have left its sequence.
@@ -96,6 +97,7 @@ private:
     void changed(const Source& source);
 
     const boost::function<void()> m_madeDirty;
+    const Observable* const m_self;
     QHash<const Observable*, Source*> m_sources;
     std::vector<const ObservableListImpl*> m_lists; ///< among the sources: what may have something to take in
     std::vector<Node*> m_dirty;
