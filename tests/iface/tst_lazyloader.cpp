@@ -74,6 +74,24 @@ private Q_SLOTS:
         QCOMPARE(Fixture::Loader({}, 7).getObservableValue(1).getValue(), 7);
     }
 
+    void asksInTurnsForWhatManyAnswersLeftOut()
+    {
+        const auto clock = FakeClock::install();
+        Fixture f;
+        for (int key = 0; key < 1000; key += Fixture::Loader::BatchLimit) {
+            f.ask(key, key + Fixture::Loader::BatchLimit);
+            f.loader->updateDone();
+        }
+        f.requests.clear();
+        clock->advance(10 * 60 * 1000);
+        QSet<int> asked;
+        for (const QList<int>& request : std::as_const(f.requests)) {
+            QVERIFY(request.size() <= Fixture::Loader::RepeatLimit);
+            asked.unite(QSet<int>(request.begin(), request.end()));
+        }
+        QCOMPARE(asked.size(), 1000);
+    }
+
     void settlesRequestedValuesWhenTheAnswerEnds()
     {
         Fixture f;

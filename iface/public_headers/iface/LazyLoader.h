@@ -52,6 +52,8 @@ public:
     enum class Answer { Nothing, OfBatch, OfOthers };
 
     static constexpr int BatchLimit = 20;
+    /// What answers have left out is asked for again in turns of so many keys: a message has room for only so many.
+    static constexpr int RepeatLimit = 20 * BatchLimit;
 
     explicit LazyLoader(LoadFunction loadFunction, V defaultValue = V(), int batchLimit = BatchLimit);
     virtual ~LazyLoader() = default;
@@ -123,6 +125,7 @@ private:
     QList<Request> m_due;
     // What the refresh that is due has asked for, and what answers left out, as far as it has not come since.
     QSet<K> m_outdated;
+    qsizetype m_repeated = 0; // where in them the turn is
     int m_refreshes = 0;
     // Last, to go first: the end of a value may spin an event loop, in which nothing must be due any more.
     RetryTimer m_batchRetry;

@@ -4,6 +4,8 @@
 #include <iface/LazyLoader.h>
 #include <iface/detail/FirstException.h>
 
+#include <algorithm>
+
 namespace iface {
 
 template <class K, class V>
@@ -223,7 +225,13 @@ void LazyLoader<K, V>::refresh()
 template <class K, class V>
 void LazyLoader<K, V>::repeatRefresh()
 {
-    load(m_outdated.values());
+    QList<K> keys = m_outdated.values();
+    if (keys.size() > RepeatLimit) {
+        m_repeated = (m_repeated + RepeatLimit) % keys.size();
+        std::rotate(keys.begin(), keys.begin() + m_repeated, keys.end());
+        keys.resize(RepeatLimit);
+    }
+    load(keys);
 }
 
 template <class K, class V>
