@@ -3,6 +3,7 @@
 
 #include <iface/Logging.h>
 
+#include <QPointer>
 #include <QRegularExpression>
 
 #include <stdexcept>
@@ -345,6 +346,18 @@ private Q_SLOTS:
         other.map->whenAsked = [&](int) { other.list.toList(); };
         other.keys->append(3);
         QCOMPARE(other.list.toList(), other.expected());
+    }
+
+    void goThoughTheirFilterReadsThem()
+    {
+        const Desk desk({1});
+        ObservableList<QString> list;
+        list = FilteredObservableList<QString>::create(desk.list, [&](const QString&) { return list.size() >= 0; });
+        desk.keys->append(2);
+        QCOMPARE(list.toList(), desk.expected());
+        const QPointer<ObservableListImpl> alive = list.impl();
+        list = {};
+        QVERIFY(!alive);
     }
 
     void stayAsTheyWereWhenTheMapThrows()
