@@ -35,6 +35,8 @@
 
 #include <fcntl.h>
 
+using namespace Qt::StringLiterals;
+
 using namespace vx::platform::zel;
 
 /// Everything that a client does from its first message until all is there, within one function that tools find by its
@@ -91,14 +93,14 @@ public:
         const double milliseconds = double(m_clock.nsecsElapsed()) / 1e6;
         const double processor = processorSeconds() - m_processor;
         const Memory after = Memory::now();
-        return {{QStringLiteral("measurement"), QStringLiteral("load")},
-                {QStringLiteral("client"), client},
-                {QStringLiteral("contacts"), contacts},
-                {QStringLiteral("milliseconds"), milliseconds},
-                {QStringLiteral("microsecondsPerContact"), milliseconds * 1000 / contacts},
-                {QStringLiteral("processorMicrosecondsPerContact"), processor * 1e6 / contacts},
-                {QStringLiteral("residentBytesPerContact"), (after.resident - m_before.resident) / contacts},
-                {QStringLiteral("bytesInUsePerContact"), (after.inUse - m_before.inUse) / contacts}};
+        return {{u"measurement"_s, u"load"_s},
+                {u"client"_s, client},
+                {u"contacts"_s, contacts},
+                {u"milliseconds"_s, milliseconds},
+                {u"microsecondsPerContact"_s, milliseconds * 1000 / contacts},
+                {u"processorMicrosecondsPerContact"_s, processor * 1e6 / contacts},
+                {u"residentBytesPerContact"_s, (after.resident - m_before.resident) / contacts},
+                {u"bytesInUsePerContact"_s, (after.inUse - m_before.inUse) / contacts}};
     }
 
 private:
@@ -165,7 +167,7 @@ void loadWithLibrary(CoreProcess& service, int contacts)
 {
     Application user(service);
     user.run(contacts, [&] {
-        print(user.meter.finish(QStringLiteral("library"), contacts));
+        print(user.meter.finish(u"library"_s, contacts));
         user.quit();
     });
 }
@@ -215,10 +217,10 @@ void change(CoreProcess& service, int contacts)
         });
         next();
     });
-    print({{QStringLiteral("measurement"), QStringLiteral("change")},
-           {QStringLiteral("contacts"), contacts},
-           {QStringLiteral("microseconds"), medianOf(waits)},
-           {QStringLiteral("processorMicroseconds"), (processorSeconds() - processor) * 1e6 / changes}});
+    print({{u"measurement"_s, u"change"_s},
+           {u"contacts"_s, contacts},
+           {u"microseconds"_s, medianOf(waits)},
+           {u"processorMicroseconds"_s, (processorSeconds() - processor) * 1e6 / changes}});
 }
 
 /// Both ways in turns, so that they meet the same weather.
@@ -233,10 +235,10 @@ void object(const QString& root)
         direct.push_back(roundTrip(connectDirectly(path), size, rounds));
         opened.push_back(roundTrip(::pps_object_open("/pps/echo", O_RDWR), size, rounds));
     }
-    print({{QStringLiteral("measurement"), QStringLiteral("object")},
-           {QStringLiteral("bytes"), size},
-           {QStringLiteral("directMicroseconds"), medianOf(direct)},
-           {QStringLiteral("objectMicroseconds"), medianOf(opened)}});
+    print({{u"measurement"_s, u"object"_s},
+           {u"bytes"_s, size},
+           {u"directMicroseconds"_s, medianOf(direct)},
+           {u"objectMicroseconds"_s, medianOf(opened)}});
 }
 
 } // namespace
@@ -247,7 +249,7 @@ int main(int argc, char** argv)
     for (int i = 1; i < argc; ++i)
         words.append(QString::fromLocal8Bit(argv[i]));
     const QString what = words.value(0);
-    if (what == QLatin1String("object")) {
+    if (what == "object"_L1) {
         const QTemporaryDir folder;
         qputenv("PPS_ROOT", folder.path().toUtf8());
         const EchoProcess echo(folder.path().toUtf8() + "/echo");
@@ -264,11 +266,11 @@ int main(int argc, char** argv)
     }
     CoreProcess service(QString::fromUtf8(ZELCORE_SIM), contacts);
     const QString client = words.value(1);
-    if (what == QLatin1String("change"))
+    if (what == "change"_L1)
         change(service, contacts);
-    else if (client == QLatin1String("qjson"))
+    else if (client == "qjson"_L1)
         loadByHand(client, service.root(), decodeWithQt(), contacts);
-    else if (client == QLatin1String("simdjson"))
+    else if (client == "simdjson"_L1)
         loadByHand(client, service.root(), decodeWithSimdjson(), contacts);
     else
         loadWithLibrary(service, contacts);

@@ -8,9 +8,9 @@
 #include <iface/TransformedObservableList.h>
 #include <iface/WritableObservableValue.h>
 
-#include <QAbstractListModel>
-#include <QIdentityProxyModel>
-#include <QSortFilterProxyModel>
+#include <QtCore/QAbstractListModel>
+#include <QtCore/QIdentityProxyModel>
+#include <QtCore/QSortFilterProxyModel>
 
 #include <benchmark/benchmark.h>
 

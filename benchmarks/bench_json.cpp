@@ -12,8 +12,8 @@
 
 #include <device/Decoder.h>
 
-#include <QCoreApplication>
-#include <QRandomGenerator>
+#include <QtCore/QCoreApplication>
+#include <QtCore/QRandomGenerator>
 
 #include <benchmark/benchmark.h>
 
@@ -22,6 +22,8 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -126,7 +128,7 @@ QStringList twentyKeys()
 {
     QStringList keys;
     for (int i = 0; i < 20; ++i) {
-        keys.append(QStringLiteral("contact-key-%1").arg(i, 8, 10, QLatin1Char('0')));
+        keys.append(u"contact-key-%1"_s.arg(i, 8, 10, QLatin1Char('0')));
     }
     return keys;
 }
@@ -160,16 +162,15 @@ void buildTheRequest(benchmark::State& state, bool withText)
     const QStringList keys = twentyKeys();
     NoteAdapter adapter;
     for (auto _ : state) {
-        const auto request =
-            QSharedPointer<zel::JsonWriter>::create(QStringLiteral("requestListElements"), QStringLiteral("zel"));
-        request->addAttribute(QStringLiteral("cookie"), QStringLiteral("-12345678"));
+        const auto request = QSharedPointer<zel::JsonWriter>::create(u"requestListElements"_s, u"zel"_s);
+        request->addAttribute(u"cookie"_s, u"-12345678"_s);
         {
-            const auto elements = request->addChild(QStringLiteral("elements"), zel::JsonWriter::Array);
+            const auto elements = request->addChild(u"elements"_s, zel::JsonWriter::Array);
             for (const QString& key : keys) {
                 adapter.idToIdJson(key, elements->addChild(QString(), zel::JsonWriter::Object));
             }
         }
-        request->addAttribute(QStringLiteral("type"), QStringLiteral("contacts"));
+        request->addAttribute(u"type"_s, u"contacts"_s);
         if (withText) {
             const QString text = request->toString();
             benchmark::DoNotOptimize(text.size());
@@ -190,7 +191,7 @@ struct LoadedList
     explicit LoadedList(int count)
         : pipe(QSharedPointer<FakePipe>::create())
         , list(List::create(QSharedPointer<zel::ListApiMultiplexer>::create(pipe),
-                            QSharedPointer<NoteAdapter>::create(), QStringLiteral("notes"), QString()))
+                            QSharedPointer<NoteAdapter>::create(), u"notes"_s, QString()))
         , random(1)
         , items(count)
     {

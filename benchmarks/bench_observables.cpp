@@ -8,7 +8,7 @@
 #include <iface/ObserverFunctorAdapter.h>
 #include <iface/WritableObservableValue.h>
 
-#include <QProperty>
+#include <QtCore/QProperty>
 
 #include <benchmark/benchmark.h>
 

@@ -33,6 +33,8 @@
 #include <cstdlib>
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 using namespace vx::platform::zel;
 
 namespace {
@@ -41,7 +43,7 @@ void setLogging(bool on)
 {
     ::setenv("ZEL_SLOG_LEVEL", on ? "7" : "-1", 1);
     slog_reload();
-    QLoggingCategory::setFilterRules(on ? QStringLiteral("zel.*.debug=true") : QString());
+    QLoggingCategory::setFilterRules(on ? u"zel.*.debug=true"_s : QString());
 }
 
 void settle()
@@ -181,9 +183,8 @@ void renewLibrary()
     std::destroy_at(services);
     iface::Realm::defaultRealm.setLocalData({});
     Core::instance().reset();
-    std::construct_at(services,
-                      QSharedPointer<zelsplib::PPSManager>::create(QStringLiteral("/pps/services/zelcore/platform"),
-                                                                   QStringLiteral("platform"), QStringLiteral("zel")));
+    std::construct_at(services, QSharedPointer<zelsplib::PPSManager>::create(u"/pps/services/zelcore/platform"_s,
+                                                                             u"platform"_s, u"zel"_s));
     std::construct_at(bridge, nullptr);
 }
 

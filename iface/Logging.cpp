@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <iface/Logging.h>
 
-#include <QDebug>
+#include <QtCore/QDebug>
 
 #include <algorithm>
+
+using namespace Qt::StringLiterals;
 
 namespace iface {
 
@@ -13,7 +15,7 @@ struct Settings
 {
     LogLevel::Type level = LogLevel::Info;
     LogCategory::Type category = LogCategory::General;
-    QRegExp filenameFilter{QStringLiteral("*"), Qt::CaseInsensitive, QRegExp::Wildcard};
+    QRegExp filenameFilter{u"*"_s, Qt::CaseInsensitive, QRegExp::Wildcard};
 };
 
 Settings& settings()

@@ -4,7 +4,9 @@
 #include <zel/JsonStreamFunctorAdapter.h>
 #include <zel/detail/MessageOrder.h>
 
-#include <QPointer>
+#include <QtCore/QPointer>
+
+using namespace Qt::StringLiterals;
 
 namespace zel {
 
@@ -12,7 +14,7 @@ JsonStream::JsonStream(const QSharedPointer<JsonPipe>& pipe, const Callback& cal
     : m_pipe(pipe)
     , m_callback(callback)
 {
-    m_pipe->addListener(this, QStringLiteral("stream"),
+    m_pipe->addListener(this, u"stream"_s,
                         [this](QObject* sender, iface::JsonReaderAttribute message) { stream(sender, message); });
 }
 
@@ -26,11 +28,11 @@ void JsonStream::send(const QString& id, const QByteArray& data)
     const QByteArray text = data.toBase64();
     for (qsizetype at = 0; at < text.size(); at += CHUNK_SIZE) {
         const qsizetype size = qMin<qsizetype>(CHUNK_SIZE, text.size() - at);
-        const auto message = QSharedPointer<JsonWriter>::create(QStringLiteral("stream"), QStringLiteral("zel"));
-        message->addAttribute(QStringLiteral("id"), id);
-        message->addAttribute(QStringLiteral("value"), QString::fromLatin1(text.constData() + at, size));
+        const auto message = QSharedPointer<JsonWriter>::create(u"stream"_s, u"zel"_s);
+        message->addAttribute(u"id"_s, id);
+        message->addAttribute(u"value"_s, QString::fromLatin1(text.constData() + at, size));
         if (at + size == text.size()) {
-            message->addAttribute(QStringLiteral("last"), true);
+            message->addAttribute(u"last"_s, true);
         }
         m_pipe->send(message);
     }

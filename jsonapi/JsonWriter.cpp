@@ -3,7 +3,7 @@
 
 #include <device/Encoder.h>
 
-#include <QDebug>
+#include <QtCore/QDebug>
 
 namespace zel {
 

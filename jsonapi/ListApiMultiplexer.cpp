@@ -3,7 +3,7 @@
 
 #include <zel/detail/MessageOrder.h>
 
-#include <QPointer>
+#include <QtCore/QPointer>
 
 namespace zel {
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <zel/detail/LiveContainer.h>
 
+using namespace Qt::StringLiterals;
+
 namespace zel::detail {
 
 LiveContainer::LiveContainer(const QSharedPointer<ListApiMultiplexer>& multiplexer, const QString& type,
@@ -32,9 +34,9 @@ void LiveContainer::stop()
 
 void LiveContainer::send(const QSharedPointer<JsonWriter>& message) const
 {
-    message->addAttribute(QStringLiteral("type"), m_type);
+    message->addAttribute(u"type"_s, m_type);
     if (!m_id.isEmpty()) {
-        message->addAttribute(QStringLiteral("id"), m_id);
+        message->addAttribute(u"id"_s, m_id);
     }
     m_multiplexer->send(message);
 }

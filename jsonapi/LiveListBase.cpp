@@ -6,6 +6,8 @@
 
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace zel {
 
 LiveListBase::LiveListBase(const QSharedPointer<ListApiMultiplexer>& multiplexer, const QString& type,
@@ -33,7 +35,7 @@ void LiveListBase::requestAgain()
 
 void LiveListBase::requestListAll() const
 {
-    send(QSharedPointer<JsonWriter>::create(QStringLiteral("requestListAll"), QStringLiteral("zel")));
+    send(QSharedPointer<JsonWriter>::create(u"requestListAll"_s, u"zel"_s));
 }
 
 void LiveListBase::listAll(iface::JsonObjectReader)
@@ -68,7 +70,7 @@ LiveListBase::Transfer LiveListBase::chunkTaken(bool last)
 void LiveListBase::logIgnored(const char* text, const QString& key) const
 {
     ZEL_IFACE_LOG("LiveList", __LINE__, iface::LogLevel::Error, iface::LogCategory::General,
-                  QLatin1String("List ") + type() + u'/' + id() + QLatin1String(text) + key);
+                  "List "_L1 + type() + u'/' + id() + QLatin1String(text) + key);
 }
 
 } // namespace zel

@@ -4,10 +4,10 @@
 #include <iface/ObservableTracker.h>
 #include <zel/detail/MessageOrder.h>
 
-#include <QDebug>
-#include <QMap>
-#include <QPointer>
-#include <QStringList>
+#include <QtCore/QDebug>
+#include <QtCore/QMap>
+#include <QtCore/QPointer>
+#include <QtCore/QStringList>
 
 #include <algorithm>
 #include <list>

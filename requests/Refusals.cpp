@@ -4,21 +4,23 @@
 #include <vx/platform/zel/ProfileBox.h>
 #include <vx/platform/zel/UserProfile.h>
 
+using namespace Qt::StringLiterals;
+
 namespace vx::platform::zel::refusals {
 
 namespace {
 
 QString ofIconId(int iconId)
 {
-    return iconId < 0 ? QStringLiteral("an icon's id is 0 or more, and not %1").arg(iconId) : QString();
+    return iconId < 0 ? u"an icon's id is 0 or more, and not %1"_s.arg(iconId) : QString();
 }
 
 QString ofBytes(const QByteArray& bytes, int maximum)
 {
     if (bytes.isEmpty())
-        return QStringLiteral("it has no bytes");
+        return u"it has no bytes"_s;
     if (bytes.size() > maximum)
-        return QStringLiteral("it has %1 bytes, and at most %2 are taken").arg(bytes.size()).arg(maximum);
+        return u"it has %1 bytes, and at most %2 are taken"_s.arg(bytes.size()).arg(maximum);
     return {};
 }
 
@@ -31,15 +33,15 @@ QString unless(bool isTaken, const QString& why)
 
 QString ofItem(const QString& text, const std::optional<int>& iconId, const QString& cookie)
 {
-    const QString tooMany = QStringLiteral("the %1 has %2 characters, and at most %3 are taken");
+    const QString tooMany = u"the %1 has %2 characters, and at most %3 are taken"_s;
     if (text.isEmpty())
-        return QStringLiteral("the text is empty");
+        return u"the text is empty"_s;
     if (text.size() > ProfileBox::maximumTextLength)
-        return tooMany.arg(QStringLiteral("text")).arg(text.size()).arg(ProfileBox::maximumTextLength);
+        return tooMany.arg(u"text"_s).arg(text.size()).arg(ProfileBox::maximumTextLength);
     if (text.count(u'\n') + text.count(u'\r') > ProfileBox::maximumLineBreaks)
-        return QStringLiteral("the text has more than %1 line breaks").arg(ProfileBox::maximumLineBreaks);
+        return u"the text has more than %1 line breaks"_s.arg(ProfileBox::maximumLineBreaks);
     if (cookie.size() > ProfileBox::maximumCookieLength)
-        return tooMany.arg(QStringLiteral("cookie")).arg(cookie.size()).arg(ProfileBox::maximumCookieLength);
+        return tooMany.arg(u"cookie"_s).arg(cookie.size()).arg(ProfileBox::maximumCookieLength);
     return iconId ? ofIconId(*iconId) : QString();
 }
 

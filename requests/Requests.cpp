@@ -4,6 +4,8 @@
 #include <requests/Refusals.h>
 #include <requests/RequestsPrivate.h>
 
+using namespace Qt::StringLiterals;
+
 namespace vx::platform::zel {
 
 /// Without a \a context every request fails; \a parent owns it, if given.
@@ -54,9 +56,8 @@ QFuture<QString> Requests::ecoId(const QString& ppId)
 /// ends all that wait for it.
 QFuture<EcoIdStatus::Type> Requests::ecoIdStatus(const QString& ecoId)
 {
-    return d->ask(d->ecoIdStates, ecoId, [&] {
-        return refusals::unless(d->utils.requestEcoIdStatus(ecoId), QStringLiteral("the identifier is empty"));
-    });
+    return d->ask(d->ecoIdStates, ecoId,
+                  [&] { return refusals::unless(d->utils.requestEcoIdStatus(ecoId), u"the identifier is empty"_s); });
 }
 
 /// Adds an item without an icon, and answers it as it is in the box. Refused when \a text or \a cookie are against the
@@ -94,7 +95,7 @@ QFuture<void> Requests::removeItem(const QString& itemId)
 {
     return d->askBox(d->removals, itemId, [&] {
         const QString refusal = refusals::unless(d->box.item(itemId).id() == itemId && !itemId.isEmpty(),
-                                                 QStringLiteral("the box has no item \"%1\"").arg(itemId));
+                                                 u"the box has no item \"%1\""_s.arg(itemId));
         return refusal.isEmpty() ? refusals::unless(d->box.requestRemoveItem(itemId)) : refusal;
     });
 }
@@ -105,10 +106,10 @@ QFuture<void> Requests::registerIcon(int iconId, ImageType::Type type, const QBy
 {
     return d->askBox(d->registrations, iconId, [&] {
         if (d->box.registeredIcons().contains(iconId))
-            return QStringLiteral("an icon of the id %1 is registered").arg(iconId);
+            return u"an icon of the id %1 is registered"_s.arg(iconId);
         const QString refusal = refusals::ofIcon(iconId, icon);
         return refusal.isEmpty() ? refusals::unless(d->box.requestRegisterIcon(iconId, type, icon),
-                                                    QStringLiteral("an icon of the id %1 is on its way").arg(iconId))
+                                                    u"an icon of the id %1 is on its way"_s.arg(iconId))
                                  : refusal;
     });
 }
@@ -119,7 +120,7 @@ QFuture<Picture> Requests::retrieveIcon(int iconId)
 {
     return d->askBox(d->icons, iconId, [&] {
         const QString refusal = refusals::unless(d->box.registeredIcons().contains(iconId),
-                                                 QStringLiteral("no icon of the id %1 is registered").arg(iconId));
+                                                 u"no icon of the id %1 is registered"_s.arg(iconId));
         return refusal.isEmpty() ? refusals::unless(d->box.requestRetrieveIcon(iconId)) : refusal;
     });
 }
@@ -154,7 +155,7 @@ QFuture<void> Requests::updateDisplayPicture(ImageType::Type type, const QByteAr
         if (!refusal.isEmpty())
             return refusal;
         return refusals::unless(d->profile().requestUpdateDisplayPicture(type, displayPicture),
-                                QStringLiteral("another one is on its way"));
+                                u"another one is on its way"_s);
     });
 }
 

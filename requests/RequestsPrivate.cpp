@@ -5,6 +5,8 @@
 
 #include <array>
 
+using namespace Qt::StringLiterals;
+
 namespace vx::platform::zel {
 
 RequestsPrivate::RequestsPrivate(Context* givenContext, Requests* requests)
@@ -28,9 +30,9 @@ RequestsPrivate::RequestsPrivate(Context* givenContext, Requests* requests)
         return;
     QObject::connect(context, &Context::registrationStateUpdated, q, [this] {
         if (!context || !context->isAccessAllowed())
-            loseAccess(QStringLiteral("the application lost its access"));
+            loseAccess(u"the application lost its access"_s);
     });
-    QObject::connect(context, &QObject::destroyed, q, [this] { loseAccess(QStringLiteral("the context is gone")); });
+    QObject::connect(context, &QObject::destroyed, q, [this] { loseAccess(u"the context is gone"_s); });
 }
 
 UserProfile& RequestsPrivate::profile()
@@ -79,8 +81,7 @@ void RequestsPrivate::makeContacts()
 
 QString RequestsPrivate::askForPicture(const QString& handle) const
 {
-    return refusals::unless(contacts->requestDisplayPicture(handle),
-                            QStringLiteral("no contact has the handle \"%1\"").arg(handle));
+    return refusals::unless(contacts->requestDisplayPicture(handle), u"no contact has the handle \"%1\""_s.arg(handle));
 }
 
 QString RequestsPrivate::addItem(const ItemKey& item)

@@ -6,10 +6,12 @@
 #include <splib/log/Logging.h>
 #include <splib/profilebox/ProfileBoxManagerBase.h>
 
-#include <QStringView>
+#include <QtCore/QStringView>
 
 #include <algorithm>
 #include <array>
+
+using namespace Qt::StringLiterals;
 
 namespace zelsplib {
 
@@ -19,7 +21,7 @@ namespace {
 int noArgumentCount = 0;
 char* noArguments[] = {nullptr};
 
-const QString success = QStringLiteral("Success");
+const QString success = u"Success"_s;
 
 constexpr std::array<QStringView, 6> statesThatAllowToRegister{
     u"Unregistered", u"NoDataConnection", u"UnexpectedError", u"InvalidUuid", u"TemporaryError", u"CancelledByUser"};
@@ -78,19 +80,19 @@ void ZELSPServicesBase::registered()
 void ZELSPServicesBase::userProfileIsReady()
 {
     m_userProfileReady = true;
-    prv_pushRegistarationSuccess(QStringLiteral("userProfileIsReady()"));
+    prv_pushRegistarationSuccess(u"userProfileIsReady()"_s);
 }
 
 void ZELSPServicesBase::userProfileAvatarIsReady()
 {
     m_userProfileAvatarReady = true;
-    prv_pushRegistarationSuccess(QStringLiteral("userProfileAvatarIsReady()"));
+    prv_pushRegistarationSuccess(u"userProfileAvatarIsReady()"_s);
 }
 
 void ZELSPServicesBase::profileBoxIsReady()
 {
     m_profileBoxReady = true;
-    prv_pushRegistarationSuccess(QStringLiteral("profileBoxIsReady()"));
+    prv_pushRegistarationSuccess(u"profileBoxIsReady()"_s);
 }
 
 void ZELSPServicesBase::contactsIsReady()
@@ -115,7 +117,7 @@ void ZELSPServicesBase::prv_pushRegistarationSuccess(const QString& trigger)
     if (!mayTellSuccess())
         return;
     logging::Log<logging::GENERAL_DEBUG_INFO>(
-        {}, QString(QStringLiteral("ZELSPServices::prv_pushRegistrationSuccess() triggered by ") + trigger));
+        {}, QString(u"ZELSPServices::prv_pushRegistrationSuccess() triggered by "_s + trigger));
     pushSuccess();
 }
 

@@ -4,9 +4,9 @@
 #include <splib/EventQueue.h>
 #include <splib/RegistrationHandler.h>
 
-#include <QCoreApplication>
-#include <QSharedPointer>
-#include <QString>
+#include <QtCore/QCoreApplication>
+#include <QtCore/QSharedPointer>
+#include <QtCore/QString>
 
 #include <optional>
 

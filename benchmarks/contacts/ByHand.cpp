@@ -16,6 +16,8 @@
 
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr qsizetype recordSize = 65536;
@@ -39,9 +41,9 @@ HandRecord recordOf(const QJsonObject& json)
     record.avatarMimeType = text("avatarMimeType");
     record.timeZone = text("TimeZone");
     record.countryCode = text("CountryCode");
-    record.platformVersion = json.value(QLatin1String("platformVersion")).toInt();
-    record.clientVersion = json.value(QLatin1String("clientVersion")).toInt();
-    record.showBusy = json.value(QLatin1String("showBusy")).toBool();
+    record.platformVersion = json.value("platformVersion"_L1).toInt();
+    record.clientVersion = json.value("clientVersion"_L1).toInt();
+    record.showBusy = json.value("showBusy"_L1).toBool();
     return record;
 }
 
@@ -92,18 +94,18 @@ HandDecoder decodeWithQt()
     return [](char* text, size_t size, size_t, HandTarget& target) {
         const QJsonDocument document = QJsonDocument::fromJson(QByteArray::fromRawData(text, qsizetype(size)));
         const QJsonObject root = document.object();
-        const auto chunk = root.constFind(QLatin1String("listChunk"));
+        const auto chunk = root.constFind("listChunk"_L1);
         if (chunk == root.constEnd())
             return Answer::Other;
         const QJsonObject body = chunk->toObject();
-        const QJsonArray elements = body.value(QLatin1String("elements")).toArray();
+        const QJsonArray elements = body.value("elements"_L1).toArray();
         for (const QJsonValue element : elements) {
             if (target.wantsIds)
-                target.ids.append(element.toObject().value(QLatin1String("userId")).toString());
+                target.ids.append(element.toObject().value("userId"_L1).toString());
             else
                 keep(target, recordOf(element.toObject()));
         }
-        return body.value(QLatin1String("last")).toBool() ? Answer::Last : Answer::Part;
+        return body.value("last"_L1).toBool() ? Answer::Last : Answer::Part;
     };
 }
 

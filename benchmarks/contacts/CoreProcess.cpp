@@ -9,13 +9,15 @@
 
 #include <csignal>
 
+using namespace Qt::StringLiterals;
+
 CoreProcess::CoreProcess(const QString& program, int contacts)
 {
     m_process.setStandardOutputFile(QProcess::nullDevice());
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_process.start(program, {QStringLiteral("--root"), m_folder.path(), QStringLiteral("--contacts"),
-                              QString::number(contacts), QStringLiteral("--seed"), QStringLiteral("1")});
-    const QString object = m_folder.path() + QStringLiteral("/services/zelcore/platform");
+    m_process.start(program,
+                    {u"--root"_s, m_folder.path(), u"--contacts"_s, QString::number(contacts), u"--seed"_s, u"1"_s});
+    const QString object = m_folder.path() + u"/services/zelcore/platform"_s;
     // The socket is there once clients can connect.
     while (!QFile::exists(object)) {
         if (m_process.waitForFinished(1)) {

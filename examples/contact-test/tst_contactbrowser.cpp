@@ -5,6 +5,8 @@
 
 #include <QtTest/QTest>
 
+using namespace Qt::StringLiterals;
+
 /// Each function has a service of its own, and makes the application's objects after it.
 class TstContactBrowser : public QObject
 {
@@ -15,14 +17,14 @@ private Q_SLOTS:
     {
         zelcore::TestService service;
         QVERIFY2(service.isRunning(), qPrintable(service.problem()));
-        service.addContact(QStringLiteral("Anna"));
+        service.addContact(u"Anna"_s);
 
         ContactBrowser browser;
-        QTRY_COMPARE(browser.names(), QStringList(QStringLiteral("Anna")));
-        service.addContact(QStringLiteral("Bert"));
-        QTRY_COMPARE(browser.names(), (QStringList{QStringLiteral("Anna"), QStringLiteral("Bert")}));
-        QVERIFY(service.uninstallApplication(QStringLiteral("anna"))); // the handle
-        QTRY_COMPARE(browser.names(), QStringList(QStringLiteral("Bert")));
+        QTRY_COMPARE(browser.names(), QStringList(u"Anna"_s));
+        service.addContact(u"Bert"_s);
+        QTRY_COMPARE(browser.names(), (QStringList{u"Anna"_s, u"Bert"_s}));
+        QVERIFY(service.uninstallApplication(u"anna"_s)); // the handle
+        QTRY_COMPARE(browser.names(), QStringList(u"Bert"_s));
         QCOMPARE(service.refusals(), QStringList());
     }
 
@@ -30,11 +32,11 @@ private Q_SLOTS:
     {
         zelcore::TestService service;
         QVERIFY2(service.isRunning(), qPrintable(service.problem()));
-        service.addContact(QStringLiteral("Carla"));
+        service.addContact(u"Carla"_s);
 
         ContactBrowser browser;
-        QTRY_COMPARE(browser.names(), QStringList(QStringLiteral("Carla")));
-        service.setRegistrationState(QStringLiteral("Expired")); // the user takes the access away
+        QTRY_COMPARE(browser.names(), QStringList(u"Carla"_s));
+        service.setRegistrationState(u"Expired"_s); // the user takes the access away
         QTRY_COMPARE(browser.names(), QStringList());
     }
 };

@@ -7,7 +7,7 @@
 #include <iface/ObservableListImpl.h>
 #include <iface/PrecomputedMapper.h>
 
-#include <QRandomGenerator>
+#include <QtCore/QRandomGenerator>
 
 #include <cstdio>
 

@@ -17,6 +17,8 @@
 #include <algorithm>
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 using namespace vx::platform::zel;
 
 namespace {
@@ -43,11 +45,11 @@ QString textOf(char key)
     case 'L':
         return QString(300, u'x');
     case 'n':
-        return QStringLiteral("a\nb\r\n");
+        return u"a\nb\r\n"_s;
     case '<':
         return QString(QChar(0xd800)) + u'x' + QChar(0);
     case 'z':
-        return QStringLiteral("é😀\t\"\\%1%n");
+        return u"é😀\t\"\\%1%n"_s;
     default:
         return key >= '0' && key <= '9' ? QString(QLatin1Char(key)) : QString();
     }
@@ -371,11 +373,11 @@ void Application::requireEverything()
     for (int number = 0; number < objectCount; ++number)
         make(number);
     require(get<Context>(0)->isAccessAllowed(), "a service that comes back gives access");
-    require(get<UserProfile>(firstOf(ProfileKind))->handle() == QLatin1String("my-handle"), "its profile is there");
+    require(get<UserProfile>(firstOf(ProfileKind))->handle() == "my-handle"_L1, "its profile is there");
     const auto* const service = get<ContactService>(firstOf(ServiceKind));
     require(service->isValid() && service->contactCount() == 2, "its contacts are there, and no others");
     for (const char* handle : {"a", "b"})
         require(service->contact(QLatin1String(handle)).displayName() == QLatin1String(handle), "as it tells them");
     const QList<ProfileBoxItem> items = get<ProfileBox>(firstOf(BoxKind))->items();
-    require(items.size() == 1 && items.first().text() == QLatin1String("a"), "its item is there, and no others");
+    require(items.size() == 1 && items.first().text() == "a"_L1, "its item is there, and no others");
 }

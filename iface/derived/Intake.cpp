@@ -7,10 +7,12 @@
 #include <iface/Logging.h>
 #include <iface/ObservableTracker.h>
 
-#include <QScopedValueRollback>
+#include <QtCore/QScopedValueRollback>
 
 #include <algorithm>
 #include <utility>
+
+using namespace Qt::StringLiterals;
 
 namespace iface::detail {
 
@@ -105,7 +107,7 @@ void Intake::settle()
         --t_behindCount;
         if (!mayTakeAgain()) {
             ZEL_IFACE_LOG("Intake.cpp", __LINE__, LogLevel::Error, LogCategory::General,
-                          QStringLiteral("A derived list keeps changing what it is made of; it may be incomplete"));
+                          u"A derived list keeps changing what it is made of; it may be incomplete"_s);
             m_pending = {Change::Reset}; // the next change has everything taken in anew
             return;
         }

@@ -8,13 +8,15 @@
 #include <iface/ObservableTracker.h>
 #include <iface/detail/Intake.h>
 
-#include <QScopedValueRollback>
+#include <QtCore/QScopedValueRollback>
 
 #include <algorithm>
 #include <exception>
 #include <limits>
 #include <utility>
 #include <vector>
+
+using namespace Qt::StringLiterals;
 
 namespace iface::detail {
 
@@ -334,7 +336,7 @@ QVariant LazyTransformedListBase::itemAt(int index) const
     if (index >= d->places.size()) {
         // Known under this name and number to whoever reads logs; they do not follow the source.
         ZEL_IFACE_LOG("LazyTransformedObservableList.h", 101, LogLevel::Error, LogCategory::General,
-                      QStringLiteral("Index out of bounds accessing LazyTransformedObservableList!"));
+                      u"Index out of bounds accessing LazyTransformedObservableList!"_s);
         return QVariant();
     }
     d->registerRead(index);

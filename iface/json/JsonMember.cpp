@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <iface/JsonMember.h>
 
-#include <QStringDecoder>
+#include <QtCore/QStringDecoder>
 
 #include <cstring>
 #include <iterator>

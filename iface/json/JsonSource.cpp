@@ -4,6 +4,8 @@
 #include <iface/JsonReaderAttribute.h>
 #include <iface/Logging.h>
 
+using namespace Qt::StringLiterals;
+
 namespace iface {
 
 namespace {
@@ -13,7 +15,7 @@ template <class Reader>
 Reader enter(const JsonNodeReader* parent, JsonChildIdentifier child, int line)
 {
     if (!parent || !parent->source()) {
-        ZEL_IFACE_LOG("src/JsonSource", line, LogLevel::Error, LogCategory::General, QStringLiteral("NULL source!!"));
+        ZEL_IFACE_LOG("src/JsonSource", line, LogLevel::Error, LogCategory::General, u"NULL source!!"_s);
         return {};
     }
     if (!parent->isValid()) {

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <iface/Clock.h>
 
-#include <QHash>
-#include <QObject>
-#include <QThreadStorage>
-#include <QTimerEvent>
+#include <QtCore/QHash>
+#include <QtCore/QObject>
+#include <QtCore/QThreadStorage>
+#include <QtCore/QTimerEvent>
 
 namespace iface {
 

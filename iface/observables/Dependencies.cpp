@@ -6,7 +6,7 @@
 #include <iface/ObserverFunctorAdapter.h>
 #include <iface/Round.h>
 
-#include <QThread>
+#include <QtCore/QThread>
 
 #include <algorithm>
 #include <memory>

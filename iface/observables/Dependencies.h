@@ -5,7 +5,7 @@
 #include <iface/ReadRecorder.h>
 #include <iface/detail/IndexedSequence.h>
 
-#include <QHash>
+#include <QtCore/QHash>
 
 #include <boost/function.hpp>
 

@@ -10,9 +10,11 @@
 #include <iface/Round.h>
 #include <iface/RunUntilTrue.h>
 
-#include <QScopeGuard>
+#include <QtCore/QScopeGuard>
 
 #include <utility>
+
+using namespace Qt::StringLiterals;
 
 namespace iface {
 
@@ -128,7 +130,7 @@ void MonitoredRun::runOnce()
     m_finished = finished && !isBroken;
     if (isBroken)
         ZEL_IFACE_LOG(m_logFile, m_logLine, LogLevel::Error, LogCategory::General,
-                      QStringLiteral("m_observedList is null! This shouldn't happen."));
+                      u"m_observedList is null! This shouldn't happen."_s);
 }
 
 /// Depends on nothing any more. That may destroy observables, and so run anything.

@@ -5,7 +5,7 @@
 
 #include <iface/QApplicationRealm.h>
 
-#include <QString>
+#include <QtCore/QString>
 
 #include <boost/function.hpp>
 

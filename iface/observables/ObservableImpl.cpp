@@ -9,7 +9,7 @@
 #include <iface/ObserverImpl.h>
 #include <iface/Round.h>
 
-#include <QMetaMethod>
+#include <QtCore/QMetaMethod>
 
 #include <exception>
 

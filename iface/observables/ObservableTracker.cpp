@@ -5,6 +5,8 @@
 
 #include <iface/Logging.h>
 
+using namespace Qt::StringLiterals;
+
 namespace iface {
 
 [[gnu::tls_model("initial-exec")]] constinit thread_local ReadRecorder* t_currentRecorder = nullptr;
@@ -14,8 +16,7 @@ namespace {
 // The lines are known under this name and these numbers to whoever reads logs; they do not follow the source.
 void reportNullSet(int line)
 {
-    ZEL_IFACE_LOG("ObservableTracker.h", line, LogLevel::Error, LogCategory::General,
-                  QStringLiteral("ObservableSet is null!"));
+    ZEL_IFACE_LOG("ObservableTracker.h", line, LogLevel::Error, LogCategory::General, u"ObservableSet is null!"_s);
 }
 
 } // namespace

@@ -3,7 +3,7 @@
 
 #include <iface/QApplicationRealm.h>
 
-#include <QPointer>
+#include <QtCore/QPointer>
 
 namespace iface {
 

@@ -26,6 +26,8 @@
 #include <cerrno>
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace vx::platform::zel {
 
 // Both are constant-initialised: they are whole before any code of the library can run.
@@ -111,7 +113,7 @@ ServiceBridge::ServiceBridge(QObject* parent)
     createDelegates();
     introduceToEventHandlers();
     startMonitor();
-    m_services->globals()->sendTpaApi(QStringLiteral("Qt"));
+    m_services->globals()->sendTpaApi(u"Qt"_s);
 }
 
 ServiceBridge::~ServiceBridge() = default;

@@ -4,6 +4,8 @@
 #include <platform/channel/Trace.h>
 #include <platform/context/HelperUtils.h>
 
+using namespace Qt::StringLiterals;
+
 namespace vx::platform::zel {
 
 ApplicationDelegate::ApplicationDelegate(Services* services, QObject* parent)
@@ -41,7 +43,7 @@ RegistrationState::Type ApplicationDelegate::registrationAccessState() const
 {
     // Without a service there is nothing the application could do about it, which is what BlockedByUser says.
     if (!m_services->isInitialized())
-        return HelperUtils::registrationStateFromString(QStringLiteral("BlockedByUser"));
+        return HelperUtils::registrationStateFromString(u"BlockedByUser"_s);
     return HelperUtils::registrationStateFromString(m_services->globals()->getAccessCode());
 }
 

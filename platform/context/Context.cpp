@@ -10,6 +10,8 @@
 
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace vx::platform::zel {
 
 class ContextPrivate : public QObject
@@ -36,7 +38,7 @@ public:
         if (uuid.isNull()) {
             mistakes::warn(registering, "the UUID is null, as one made of text that is none; give the context the one "
                                         "of the application");
-            delegate->notifyRegistrationEvent(QStringLiteral("InvalidUuid"));
+            delegate->notifyRegistrationEvent(u"InvalidUuid"_s);
             return false;
         }
         return delegate->registerApplication(uuid, silent) || mistakes::warn(registering, whyNotNow());
@@ -78,23 +80,22 @@ private:
         const bool isTaken = state == RegistrationState::Allowed || state == RegistrationState::Pending;
         const QUuid taken = delegate->requestedUuid();
         if (isTaken && !taken.isNull() && taken != uuid)
-            return QStringLiteral("the process is the application %1 already, with all of its contexts; give them one "
-                                  "UUID, or run the other application as another process")
-                .arg(taken.toString(QUuid::WithoutBraces));
+            return u"the process is the application %1 already, with all of its contexts; give them one "
+                   "UUID, or run the other application as another process"_s.arg(taken.toString(QUuid::WithoutBraces));
         if (!ServiceBridge::instance()->isInitialized())
-            return QStringLiteral("there is no core service; start one before the application");
+            return u"there is no core service; start one before the application"_s;
         switch (state) {
         case RegistrationState::Unknown:
-            return QStringLiteral("the service has not said yet how things stand, or nothing that this version knows; "
-                                  "wait for registrationStateUpdated()");
+            return u"the service has not said yet how things stand, or nothing that this version knows; "
+                   "wait for registrationStateUpdated()"_s;
         case RegistrationState::Allowed:
-            return QStringLiteral("the application is registered already; whenReady() tells when it can be used");
+            return u"the application is registered already; whenReady() tells when it can be used"_s;
         case RegistrationState::Pending:
-            return QStringLiteral("a registration is under way; wait for registrationStateUpdated()");
+            return u"a registration is under way; wait for registrationStateUpdated()"_s;
         default:
-            return QStringLiteral("the registration state is %1, which does not allow it; request it in one of those "
-                                  "that do, such as Unregistered")
-                .arg(QString::fromLatin1(QMetaEnum::fromType<RegistrationState::Type>().valueToKey(state)));
+            return u"the registration state is %1, which does not allow it; request it in one of those "
+                   "that do, such as Unregistered"_s.arg(
+                       QString::fromLatin1(QMetaEnum::fromType<RegistrationState::Type>().valueToKey(state)));
         }
     }
 

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <iterator>
 
+using namespace Qt::StringLiterals;
+
 namespace vx::platform::zel::HelperUtils {
 
 namespace {
@@ -22,35 +24,35 @@ struct Word
 // Four of these are not spelled like their enumerators: "Success", "BlockedByTov", "MaximumUsersReached" and
 // "MaximumAppsReached". That is how the service says them.
 constexpr Word<RegistrationState::Type> registrationStates[] = {
-    {QLatin1String("Success"), RegistrationState::Allowed},
-    {QLatin1String("Unknown"), RegistrationState::Unknown},
-    {QLatin1String("Unregistered"), RegistrationState::Unregistered},
-    {QLatin1String("Pending"), RegistrationState::Pending},
-    {QLatin1String("BlockedByUser"), RegistrationState::BlockedByUser},
-    {QLatin1String("BlockedByTov"), RegistrationState::BlockedByTOV},
-    {QLatin1String("NoDataConnection"), RegistrationState::NoDataConnection},
-    {QLatin1String("UnexpectedError"), RegistrationState::UnexpectedError},
-    {QLatin1String("InvalidUuid"), RegistrationState::InvalidUuid},
-    {QLatin1String("TemporaryError"), RegistrationState::TemporaryError},
-    {QLatin1String("MaximumUsersReached"), RegistrationState::MaxDownloadsReached},
-    {QLatin1String("Expired"), RegistrationState::Expired},
-    {QLatin1String("CancelledByUser"), RegistrationState::CancelledByUser},
-    {QLatin1String("MaximumAppsReached"), RegistrationState::MaxAppsReached},
-    {QLatin1String("ZelDisabled"), RegistrationState::ZelDisabled},
-    {QLatin1String("BlockedEnterprisePerimeter"), RegistrationState::BlockedEnterprisePerimeter},
+    {"Success"_L1, RegistrationState::Allowed},
+    {"Unknown"_L1, RegistrationState::Unknown},
+    {"Unregistered"_L1, RegistrationState::Unregistered},
+    {"Pending"_L1, RegistrationState::Pending},
+    {"BlockedByUser"_L1, RegistrationState::BlockedByUser},
+    {"BlockedByTov"_L1, RegistrationState::BlockedByTOV},
+    {"NoDataConnection"_L1, RegistrationState::NoDataConnection},
+    {"UnexpectedError"_L1, RegistrationState::UnexpectedError},
+    {"InvalidUuid"_L1, RegistrationState::InvalidUuid},
+    {"TemporaryError"_L1, RegistrationState::TemporaryError},
+    {"MaximumUsersReached"_L1, RegistrationState::MaxDownloadsReached},
+    {"Expired"_L1, RegistrationState::Expired},
+    {"CancelledByUser"_L1, RegistrationState::CancelledByUser},
+    {"MaximumAppsReached"_L1, RegistrationState::MaxAppsReached},
+    {"ZelDisabled"_L1, RegistrationState::ZelDisabled},
+    {"BlockedEnterprisePerimeter"_L1, RegistrationState::BlockedEnterprisePerimeter},
 };
 
 constexpr Word<ImageType::Type> imageTypes[] = {
-    {QLatin1String("image/jpeg"), ImageType::Jpg},
-    {QLatin1String("image/png"), ImageType::Png},
-    {QLatin1String("image/gif"), ImageType::Gif},
-    {QLatin1String("image/bmp"), ImageType::Bmp},
+    {"image/jpeg"_L1, ImageType::Jpg},
+    {"image/png"_L1, ImageType::Png},
+    {"image/gif"_L1, ImageType::Gif},
+    {"image/bmp"_L1, ImageType::Bmp},
 };
 
 constexpr Word<EcoIdStatus::Type> ecoIdStates[] = {
-    {QLatin1String("Unknown"), EcoIdStatus::Unknown},
-    {QLatin1String("ContactExists"), EcoIdStatus::ContactExists},
-    {QLatin1String("PendingContactExists"), EcoIdStatus::PendingContactInviteExists},
+    {"Unknown"_L1, EcoIdStatus::Unknown},
+    {"ContactExists"_L1, EcoIdStatus::ContactExists},
+    {"PendingContactExists"_L1, EcoIdStatus::PendingContactInviteExists},
 };
 
 template <typename Type, std::size_t size>
@@ -76,7 +78,7 @@ ImageType::Type imageTypeFromString(const QString& mimeType)
 QString imageTypeToString(ImageType::Type type)
 {
     if (type == ImageType::Unsupported)
-        return QStringLiteral("image/jpeg");
+        return u"image/jpeg"_s;
     const auto word = std::find_if(std::begin(imageTypes), std::end(imageTypes),
                                    [type](const auto& candidate) { return candidate.value == type; });
     return word == std::end(imageTypes) ? QString() : QString(word->text);

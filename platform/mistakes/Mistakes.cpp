@@ -13,6 +13,8 @@
 
 #include <atomic>
 
+using namespace Qt::StringLiterals;
+
 namespace vx::platform::zel::mistakes {
 
 namespace {
@@ -40,26 +42,25 @@ bool isNew(const QString& text)
 QString withoutAccess(const Context& context)
 {
     if (!ServiceBridge::instance()->isInitialized())
-        return QStringLiteral("there is no core service; start one before the application");
+        return u"there is no core service; start one before the application"_s;
     const RegistrationState::Type state = context.registrationState();
     if (state == RegistrationState::Unknown)
-        return QStringLiteral("the service has not said yet how things stand; wait for registrationStateUpdated() or "
-                              "use whenReady()");
+        return u"the service has not said yet how things stand; wait for registrationStateUpdated() or "
+               "use whenReady()"_s;
     if (state == RegistrationState::Allowed)
-        return QStringLiteral("made before access was allowed, it refuses requests for its life; make it when the "
-                              "context is ready, as whenReady() tells");
+        return u"made before access was allowed, it refuses requests for its life; make it when the "
+               "context is ready, as whenReady() tells"_s;
     const QString name =
         QString::fromLatin1(QMetaEnum::fromType<RegistrationState::Type>().valueToKey(static_cast<int>(state)));
-    return QStringLiteral("access is not allowed, the registration state is %1; wait until the context is ready, as "
-                          "whenReady() tells")
-        .arg(name);
+    return u"access is not allowed, the registration state is %1; wait until the context is ready, as "
+           "whenReady() tells"_s.arg(name);
 }
 
 } // namespace
 
 bool warn(const char* where, const QString& what)
 {
-    const QString text = QLatin1String(where) + QLatin1String(": ") + what;
+    const QString text = QLatin1String(where) + ": "_L1 + what;
     if (isNew(text))
         qCWarning(lcPlatform, "%ls", qUtf16Printable(text));
     return false;
@@ -72,7 +73,7 @@ bool warn(const char* where, const char* what)
 
 void remark(const char* where, const char* what)
 {
-    const QString text = QLatin1String(where) + QLatin1String(": ") + QLatin1String(what);
+    const QString text = QLatin1String(where) + ": "_L1 + QLatin1String(what);
     if (isNew(text))
         qCInfo(lcPlatform, "%ls", qUtf16Printable(text));
 }

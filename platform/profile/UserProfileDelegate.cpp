@@ -8,6 +8,8 @@
 
 #include <limits>
 
+using namespace Qt::StringLiterals;
+
 namespace vx::platform::zel {
 
 UserProfileDelegate::UserProfileDelegate(Services* services, QObject* parent)
@@ -57,10 +59,9 @@ QString UserProfileDelegate::whyRefused(const QByteArray& avatar)
     static_assert(UserProfile::maximumPictureSize == zelsplib::DEFAULT_MAX_AVATAR_DATA_SIZE);
     const bool isTooBig = avatar.size() > UserProfile::maximumPictureSize;
     if (avatar.isEmpty() || isTooBig)
-        return QStringLiteral("the picture is %1; give it 1 to %2 bytes")
-            .arg(isTooBig ? QStringLiteral("too big") : QStringLiteral("empty"))
+        return u"the picture is %1; give it 1 to %2 bytes"_s.arg(isTooBig ? u"too big"_s : u"empty"_s)
             .arg(UserProfile::maximumPictureSize);
-    return QStringLiteral("another picture is under way; wait for displayPictureUpdated()");
+    return u"another picture is under way; wait for displayPictureUpdated()"_s;
 }
 
 void UserProfileDelegate::notifyDisplayNameUpdated(const QString& value)

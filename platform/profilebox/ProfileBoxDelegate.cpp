@@ -10,6 +10,8 @@
 
 #include <limits>
 
+using namespace Qt::StringLiterals;
+
 namespace vx::platform::zel {
 
 namespace {
@@ -28,28 +30,25 @@ QString wordsOf(zelsplib::BoxRefusal refusal, bool isEmpty = false)
     using zelsplib::BoxRefusal;
     switch (refusal) {
     case BoxRefusal::TextIsEmpty:
-        return QStringLiteral("the text is empty; give it 1 to %1 characters").arg(ProfileBox::maximumTextLength);
+        return u"the text is empty; give it 1 to %1 characters"_s.arg(ProfileBox::maximumTextLength);
     case BoxRefusal::TextIsTooLong:
-        return QStringLiteral("the text is too long; give it 1 to %1 characters, those of QString::size()")
-            .arg(ProfileBox::maximumTextLength);
+        return u"the text is too long; give it 1 to %1 characters, those of QString::size()"_s.arg(
+            ProfileBox::maximumTextLength);
     case BoxRefusal::TextHasTooManyLines:
-        return QStringLiteral("the text has more than %1 line breaks, a carriage return and a line feed counting as "
-                              "two; take some out")
-            .arg(ProfileBox::maximumLineBreaks);
+        return u"the text has more than %1 line breaks, a carriage return and a line feed counting as "
+               "two; take some out"_s.arg(ProfileBox::maximumLineBreaks);
     case BoxRefusal::CookieIsTooLong:
-        return QStringLiteral("the cookie is too long; give it at most %1 characters")
-            .arg(ProfileBox::maximumCookieLength);
+        return u"the cookie is too long; give it at most %1 characters"_s.arg(ProfileBox::maximumCookieLength);
     case BoxRefusal::IconIdIsNegative:
-        return QStringLiteral("the icon id is negative; take one from 0 on");
+        return u"the icon id is negative; take one from 0 on"_s;
     case BoxRefusal::IconIsNull: // never from a QByteArray
     case BoxRefusal::IconHasWrongSize:
-        return QStringLiteral("the icon is %1; give it 1 to %2 bytes")
-            .arg(isEmpty ? QStringLiteral("empty") : QStringLiteral("too big"))
+        return u"the icon is %1; give it 1 to %2 bytes"_s.arg(isEmpty ? u"empty"_s : u"too big"_s)
             .arg(ProfileBox::maximumIconSize);
     case BoxRefusal::IconIsUnderWay:
-        return QStringLiteral("an icon with this id is under way; wait for iconRegistered()");
+        return u"an icon with this id is under way; wait for iconRegistered()"_s;
     case BoxRefusal::IconIsRegistered:
-        return QStringLiteral("an icon with this id is registered already; registeredIcons() has them");
+        return u"an icon with this id is registered already; registeredIcons() has them"_s;
     }
     Q_UNREACHABLE();
 }

@@ -7,6 +7,8 @@
 #include <QtCore/QFileInfo>
 #include <QtCore/QStringList>
 
+using namespace Qt::StringLiterals;
+
 namespace vx::platform::zel {
 
 namespace {
@@ -16,13 +18,13 @@ QStringList suffixesOf(ImageType::Type type)
 {
     switch (type) {
     case ImageType::Jpg:
-        return {QStringLiteral("jpg"), QStringLiteral("jpeg"), QStringLiteral("jpe")};
+        return {u"jpg"_s, u"jpeg"_s, u"jpe"_s};
     case ImageType::Png:
-        return {QStringLiteral("png")};
+        return {u"png"_s};
     case ImageType::Gif:
-        return {QStringLiteral("gif")};
+        return {u"gif"_s};
     case ImageType::Bmp:
-        return {QStringLiteral("bmp"), QStringLiteral("dib")};
+        return {u"bmp"_s, u"dib"_s};
     case ImageType::Unsupported:
         break;
     }

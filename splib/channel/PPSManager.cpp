@@ -10,8 +10,8 @@
 #include <device/Encoder.h>
 #include <device/Object.h>
 
-#include <QByteArray>
-#include <QByteArrayView>
+#include <QtCore/QByteArray>
+#include <QtCore/QByteArrayView>
 
 #include <cerrno>
 #include <unistd.h>

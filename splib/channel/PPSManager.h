@@ -7,9 +7,9 @@
 #include <iface/ObservableValue.h>
 #include <iface/WritableObservableValue.h>
 
-#include <QByteArray>
-#include <QObject>
-#include <QString>
+#include <QtCore/QByteArray>
+#include <QtCore/QObject>
+#include <QtCore/QString>
 
 namespace zelsplib {
 

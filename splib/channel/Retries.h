@@ -3,7 +3,7 @@
 
 #include <iface/RetryTimer.h>
 
-#include <QString>
+#include <QtCore/QString>
 
 #include <functional>
 #include <map>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/channel/StreamRequests.h>
 
-#include <QCryptographicHash>
+#include <QtCore/QCryptographicHash>
 
 #include <algorithm>
 #include <utility>

@@ -5,12 +5,12 @@
 
 #include <zel/JsonStream.h>
 
-#include <QByteArray>
-#include <QHash>
-#include <QObject>
-#include <QSharedPointer>
-#include <QString>
-#include <QStringList>
+#include <QtCore/QByteArray>
+#include <QtCore/QHash>
+#include <QtCore/QObject>
+#include <QtCore/QSharedPointer>
+#include <QtCore/QString>
+#include <QtCore/QStringList>
 
 #include <functional>
 

@@ -3,7 +3,7 @@
 
 #include <zel/JsonPipe.h>
 
-#include <QString>
+#include <QtCore/QString>
 
 namespace zelsplib {
 

@@ -3,7 +3,7 @@
 
 #include <splib/contacts/PlatformContact.h>
 
-#include <QList>
+#include <QtCore/QList>
 
 #include <concepts>
 

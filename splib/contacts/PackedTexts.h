@@ -3,8 +3,8 @@
 
 #include <iface/JsonMember.h>
 
-#include <QByteArray>
-#include <QString>
+#include <QtCore/QByteArray>
+#include <QtCore/QString>
 
 #include <algorithm>
 #include <array>

@@ -6,11 +6,11 @@
 #include <iface/JsonObjectReader.h>
 #include <iface/JsonReaderAttribute.h>
 
-#include <QByteArray>
-#include <QMetaType>
-#include <QSharedData>
-#include <QSharedDataPointer>
-#include <QString>
+#include <QtCore/QByteArray>
+#include <QtCore/QMetaType>
+#include <QtCore/QSharedData>
+#include <QtCore/QSharedDataPointer>
+#include <QtCore/QString>
 
 #include <cstdint>
 

@@ -5,6 +5,8 @@
 
 #include <zel/JsonWriter.h>
 
+using namespace Qt::StringLiterals;
+
 namespace zelsplib {
 
 PlatformContact PlatformContactJsonAdapter::jsonToElement(iface::JsonObjectReader json, const PlatformContact& base)
@@ -36,7 +38,7 @@ QString PlatformContactJsonAdapter::idJsonToId(iface::JsonObjectReader json)
 
 void PlatformContactJsonAdapter::idToIdJson(const QString& id, const QSharedPointer<zel::JsonWriter>& writer)
 {
-    writer->addAttribute(QStringLiteral("userId"), id);
+    writer->addAttribute(u"userId"_s, id);
 }
 
 void writeContactMembers(const PlatformContact& contact, zel::JsonWriter& object, bool markedOnly)

@@ -29,6 +29,8 @@
 #include <functional>
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace zelsplib {
 
 using namespace logging;
@@ -207,11 +209,11 @@ void PlatformContactManagerBase::init()
 {
     if (d->ids)
         return;
-    d->ids = new IdList(d->multiplexer, QSharedPointer<PlatformUserJsonAdapter>::create(),
-                        QStringLiteral("platformContact"), {}, IdList::Keys::Distinct);
+    d->ids = new IdList(d->multiplexer, QSharedPointer<PlatformUserJsonAdapter>::create(), u"platformContact"_s, {},
+                        IdList::Keys::Distinct);
     d->ids->setResentFunction([this] { listResent(); });
-    d->records = RecordMap::create(d->multiplexer, QSharedPointer<PlatformContactJsonAdapter>::create(),
-                                   QStringLiteral("platformUser"), {});
+    d->records =
+        RecordMap::create(d->multiplexer, QSharedPointer<PlatformContactJsonAdapter>::create(), u"platformUser"_s, {});
 
     d->replacement.follow(*d->ids);
     d->view->setInput(initializedContacts(d->ids, d->records));
@@ -227,12 +229,12 @@ void PlatformContactManagerBase::init()
 
     d->streamAdapter = std::make_unique<zel::JsonStreamFunctorAdapter>(
         d->stream, [this](const QString& streamId, const QVariant& data) { streamDataAvailable(streamId, data); });
-    d->stream->pipe()->addListener(this, QStringLiteral("connectionInvitationReceived"),
+    d->stream->pipe()->addListener(this, u"connectionInvitationReceived"_s,
                                    [this](QObject* sender, const iface::JsonReaderAttribute& message) {
                                        connInvitationReceivedCallback(sender, message);
                                    });
     d->readinessCheck = std::make_unique<iface::RunUntilTrue>([this] { return checkUserListState(); }, nullptr,
-                                                              QStringLiteral("PlatformContactManager"));
+                                                              u"PlatformContactManager"_s);
 }
 
 void PlatformContactManagerBase::setEventsEnabled(bool enabled)
@@ -332,16 +334,15 @@ void PlatformContactManagerBase::followAvatar(const PlatformContact& before, con
     const bool isTraced = device::isLogged(debugSeverity);
     if (before.getAvatarId() == after.getAvatarId()) {
         if (isTraced)
-            Log<GENERAL_DEBUG_INFO>({}, QStringLiteral("PlatformContactManager::aboutToUpdate(): "
-                                                       "oldState.getAvatarId()==newState.getAvatarId()==") +
-                                            after.getAvatarId() + QStringLiteral("; ignoring"));
+            Log<GENERAL_DEBUG_INFO>({}, u"PlatformContactManager::aboutToUpdate(): "
+                                        "oldState.getAvatarId()==newState.getAvatarId()=="_s +
+                                            after.getAvatarId() + u"; ignoring"_s);
         return;
     }
     if (isTraced)
-        Log<GENERAL_DEBUG_INFO>({}, QStringLiteral("PlatformContactManager::aboutToUpdate(): "
-                                                   "oldState.getAvatarId()=") +
-                                        before.getAvatarId() + QStringLiteral(", newState.getAvatarId()=") +
-                                        after.getAvatarId());
+        Log<GENERAL_DEBUG_INFO>({}, u"PlatformContactManager::aboutToUpdate(): "
+                                    "oldState.getAvatarId()="_s +
+                                        before.getAvatarId() + u", newState.getAvatarId()="_s + after.getAvatarId());
     retrieveAvatar(after.getUri());
 }
 

@@ -9,11 +9,11 @@
 #include <zel/JsonStream.h>
 #include <zel/ListApiMultiplexer.h>
 
-#include <QList>
-#include <QObject>
-#include <QSharedPointer>
-#include <QString>
-#include <QVariant>
+#include <QtCore/QList>
+#include <QtCore/QObject>
+#include <QtCore/QSharedPointer>
+#include <QtCore/QString>
+#include <QtCore/QVariant>
 
 #include <memory>
 

@@ -3,6 +3,8 @@
 
 #include <zel/JsonWriter.h>
 
+using namespace Qt::StringLiterals;
+
 namespace zelsplib {
 
 QString PlatformUserJsonAdapter::jsonToElement(iface::JsonObjectReader json, const QString& base)
@@ -30,7 +32,7 @@ QString PlatformUserJsonAdapter::idJsonToId(iface::JsonObjectReader json)
 
 void PlatformUserJsonAdapter::idToIdJson(const QString& userId, const QSharedPointer<zel::JsonWriter>& writer)
 {
-    writer->addAttribute(QStringLiteral("userId"), userId);
+    writer->addAttribute(u"userId"_s, userId);
 }
 
 } // namespace zelsplib

@@ -3,7 +3,7 @@
 
 #include <zel/JsonAdapter.h>
 
-#include <QString>
+#include <QtCore/QString>
 
 namespace zelsplib {
 

@@ -6,9 +6,9 @@
 
 #include <iface/JsonReaderAttribute.h>
 
-#include <QObject>
-#include <QSharedPointer>
-#include <QString>
+#include <QtCore/QObject>
+#include <QtCore/QSharedPointer>
+#include <QtCore/QString>
 
 #include <concepts>
 #include <utility>

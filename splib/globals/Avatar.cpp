@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/globals/Avatar.h>
 
-#include <QCryptographicHash>
+#include <QtCore/QCryptographicHash>
+
+using namespace Qt::StringLiterals;
 
 namespace zelsplib {
 
@@ -39,13 +41,13 @@ QString Avatar::getMimeType() const
 {
     switch (m_type) {
     case Jpeg:
-        return QStringLiteral("image/jpeg");
+        return u"image/jpeg"_s;
     case Png:
-        return QStringLiteral("image/png");
+        return u"image/png"_s;
     case Gif:
-        return QStringLiteral("image/gif");
+        return u"image/gif"_s;
     case Bmp:
-        return QStringLiteral("image/bmp");
+        return u"image/bmp"_s;
     }
     return {};
 }

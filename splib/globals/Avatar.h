@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QByteArray>
-#include <QSharedData>
-#include <QString>
+#include <QtCore/QByteArray>
+#include <QtCore/QSharedData>
+#include <QtCore/QString>
 
 #include <optional>
 

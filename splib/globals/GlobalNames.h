@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QString>
+#include <QtCore/QString>
 
 /// The names in the "global" list that the library knows.
 namespace zelsplib::globalnames {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QMetaType>
-#include <QString>
-#include <QVariant>
+#include <QtCore/QMetaType>
+#include <QtCore/QString>
+#include <QtCore/QVariant>
 
 namespace zelsplib {
 

@@ -15,11 +15,13 @@
 
 #include <iface/ObserverFunctorAdapter.h>
 
-#include <QMetaObject>
-#include <QStringView>
+#include <QtCore/QMetaObject>
+#include <QtCore/QStringView>
 
 #include <functional>
 #include <utility>
+
+using namespace Qt::StringLiterals;
 
 namespace zelsplib {
 
@@ -52,8 +54,7 @@ struct GlobalsManagerBase::Private
             const QSharedPointer<zel::JsonStream>& stream, RegistrationHandler* handler)
         : jsonStream(stream)
         , registrationHandler(handler)
-        , globalMap(
-              GlobalMap::create(listApi, QSharedPointer<GlobalVarsJsonAdapter>::create(), QStringLiteral("global"), {}))
+        , globalMap(GlobalMap::create(listApi, QSharedPointer<GlobalVarsJsonAdapter>::create(), u"global"_s, {}))
         , ownPicture(stream, {[this](const Avatar& avatar) { sendAvatar(avatar); },
                               [this](const QString& streamId) { sendAvatarRequest(streamId); },
                               [manager](const QByteArray& data) { manager->postAvatar(data); }})
@@ -101,13 +102,12 @@ GlobalsManagerBase::GlobalsManagerBase(QSharedPointer<zel::ListApiMultiplexer> l
     d->follow(this, globalnames::permission(), [this] { permissionCallback(); });
 
     const auto pipe = d->jsonStream->pipe();
-    pipe->addListener(
-        this, QStringLiteral("requestNewAvatarImage"),
-        [this](QObject* sender, iface::JsonReaderAttribute message) { requestUserAvatarCallback(sender, message); });
-    pipe->addListener(this, QStringLiteral("profileChangeResponse"),
-                      [this](QObject* sender, iface::JsonReaderAttribute message) {
-                          profileChangeResponseCallback(sender, message);
-                      });
+    pipe->addListener(this, u"requestNewAvatarImage"_s, [this](QObject* sender, iface::JsonReaderAttribute message) {
+        requestUserAvatarCallback(sender, message);
+    });
+    pipe->addListener(this, u"profileChangeResponse"_s, [this](QObject* sender, iface::JsonReaderAttribute message) {
+        profileChangeResponseCallback(sender, message);
+    });
 }
 
 GlobalsManagerBase::~GlobalsManagerBase() = default;
@@ -126,17 +126,16 @@ void GlobalsManagerBase::sendRegistration(const QString& uuid, bool silent)
         pushPermissionEvent(state);
         return;
     }
-    const auto request =
-        QSharedPointer<zel::JsonWriter>::create(QStringLiteral("registrationRequest"), QStringLiteral("zel"));
-    request->addAttribute(QStringLiteral("uuid"), uuid);
-    request->addAttribute(QStringLiteral("silent"), silent);
+    const auto request = QSharedPointer<zel::JsonWriter>::create(u"registrationRequest"_s, u"zel"_s);
+    request->addAttribute(u"uuid"_s, uuid);
+    request->addAttribute(u"silent"_s, silent);
     d->jsonStream->pipe()->send(request);
 }
 
 void GlobalsManagerBase::sendTpaApi(const QString& apiType)
 {
-    const auto message = QSharedPointer<zel::JsonWriter>::create(QStringLiteral("tpaApi"), QStringLiteral("zel"));
-    message->addAttribute(QStringLiteral("apiType"), apiType);
+    const auto message = QSharedPointer<zel::JsonWriter>::create(u"tpaApi"_s, u"zel"_s);
+    message->addAttribute(u"apiType"_s, apiType);
     d->jsonStream->pipe()->send(message);
 }
 

@@ -11,11 +11,11 @@
 
 #include <iface/JsonReaderAttribute.h>
 
-#include <QByteArray>
-#include <QObject>
-#include <QSharedPointer>
-#include <QString>
-#include <QVariant>
+#include <QtCore/QByteArray>
+#include <QtCore/QObject>
+#include <QtCore/QSharedPointer>
+#include <QtCore/QString>
+#include <QtCore/QVariant>
 
 #include <memory>
 

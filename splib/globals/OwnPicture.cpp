@@ -5,13 +5,15 @@
 
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace zelsplib {
 
 using namespace logging;
 
 namespace {
 
-const QString ownPicture = QStringLiteral("own picture");
+const QString ownPicture = u"own picture"_s;
 
 bool refuse(const QString& reason)
 {
@@ -32,14 +34,14 @@ OwnPicture::OwnPicture(const QSharedPointer<zel::JsonStream>& stream, Actions ac
 bool OwnPicture::offer(Avatar::ImageType type, const char* data, unsigned int size)
 {
     if (size == 0)
-        return refuse(QStringLiteral("Avatar size == 0"));
+        return refuse(u"Avatar size == 0"_s);
     if (!data)
-        return refuse(QStringLiteral("Avatar data is null"));
+        return refuse(u"Avatar data is null"_s);
     if (size > DEFAULT_MAX_AVATAR_DATA_SIZE)
-        return refuse(QStringLiteral("Avatar size %1 exceeds %2").arg(size).arg(DEFAULT_MAX_AVATAR_DATA_SIZE));
+        return refuse(u"Avatar size %1 exceeds %2"_s.arg(size).arg(DEFAULT_MAX_AVATAR_DATA_SIZE));
     if (isPending())
-        return refuse(QStringLiteral("m_pendingAvatarSetRequest != 0; this request will be ignored since a request is "
-                                     "already pending"));
+        return refuse(u"m_pendingAvatarSetRequest != 0; this request will be ignored since a request is "
+                      "already pending"_s);
     m_offered = new Avatar(type, QByteArray(data, static_cast<qsizetype>(size)));
     m_offerRetry.start();
     m_actions.changeProfile(*m_offered.constData());

@@ -8,10 +8,10 @@
 
 #include <iface/RetryTimer.h>
 
-#include <QByteArray>
-#include <QSharedDataPointer>
-#include <QSharedPointer>
-#include <QString>
+#include <QtCore/QByteArray>
+#include <QtCore/QSharedDataPointer>
+#include <QtCore/QSharedPointer>
+#include <QtCore/QString>
 
 #include <functional>
 

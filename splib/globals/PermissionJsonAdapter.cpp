@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/globals/PermissionJsonAdapter.h>
 
+using namespace Qt::StringLiterals;
+
 namespace zelsplib {
 
 PlatformPermissions PermissionJsonAdapter::fromJson(const iface::JsonObjectReader& json,
@@ -14,10 +16,10 @@ PlatformPermissions PermissionJsonAdapter::fromJson(const iface::JsonObjectReade
 
 void PermissionJsonAdapter::toJson(const PlatformPermissions& permissions, zel::JsonWriter& object)
 {
-    object.addAttribute(QStringLiteral("showAppBox"), permissions.showAppBox);
-    object.addAttribute(QStringLiteral("zelInvites"), permissions.zelInvites);
-    object.addAttribute(QStringLiteral("registrationState"), permissions.registrationState);
-    object.addAttribute(QStringLiteral("zelSetup"), permissions.zelSetup);
+    object.addAttribute(u"showAppBox"_s, permissions.showAppBox);
+    object.addAttribute(u"zelInvites"_s, permissions.zelInvites);
+    object.addAttribute(u"registrationState"_s, permissions.registrationState);
+    object.addAttribute(u"zelSetup"_s, permissions.zelSetup);
 }
 
 } // namespace zelsplib

@@ -3,9 +3,9 @@
 
 #include <device/Log.h>
 
-#include <QByteArray>
-#include <QByteArrayView>
-#include <QString>
+#include <QtCore/QByteArray>
+#include <QtCore/QByteArrayView>
+#include <QtCore/QString>
 
 #include <array>
 #include <concepts>

@@ -8,8 +8,8 @@
 
 #include <iface/ObservableList.h>
 
-#include <QSharedPointer>
-#include <QString>
+#include <QtCore/QSharedPointer>
+#include <QtCore/QString>
 
 #include <concepts>
 

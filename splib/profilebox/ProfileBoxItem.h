@@ -3,10 +3,10 @@
 
 #include <iface/JsonObjectReader.h>
 
-#include <QMetaType>
-#include <QSharedData>
-#include <QSharedDataPointer>
-#include <QString>
+#include <QtCore/QMetaType>
+#include <QtCore/QSharedData>
+#include <QtCore/QSharedDataPointer>
+#include <QtCore/QString>
 
 namespace zelsplib {
 

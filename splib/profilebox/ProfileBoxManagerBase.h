@@ -9,10 +9,10 @@
 #include <zel/JsonStream.h>
 #include <zel/ListApiMultiplexer.h>
 
-#include <QList>
-#include <QObject>
-#include <QSharedPointer>
-#include <QString>
+#include <QtCore/QList>
+#include <QtCore/QObject>
+#include <QtCore/QSharedPointer>
+#include <QtCore/QString>
 
 #include <boost/optional.hpp>
 

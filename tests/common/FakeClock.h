@@ -3,7 +3,7 @@
 
 #include <iface/Clock.h>
 
-#include <QMap>
+#include <QtCore/QMap>
 
 #include <utility>
 

@@ -8,11 +8,11 @@
 
 #include <device/Decoder.h>
 
-#include <QByteArray>
-#include <QDebug>
-#include <QList>
-#include <QRegularExpression>
-#include <QStringList>
+#include <QtCore/QByteArray>
+#include <QtCore/QDebug>
+#include <QtCore/QList>
+#include <QtCore/QRegularExpression>
+#include <QtCore/QStringList>
 
 #include <functional>
 #include <utility>

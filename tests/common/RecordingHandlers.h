@@ -6,9 +6,9 @@
 #include <splib/profilebox/ProfileBoxImage.h>
 #include <splib/profilebox/ProfileBoxItem.h>
 
-#include <QList>
-#include <QString>
-#include <QStringList>
+#include <QtCore/QList>
+#include <QtCore/QString>
+#include <QtCore/QStringList>
 
 #include <functional>
 #include <utility>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QRandomGenerator>
+#include <QtCore/QRandomGenerator>
 #include <QtGlobal>
 
 /// Other numbers in every run. The seed is printed; ZEL_TEST_SEED=<seed> repeats that run.

@@ -3,10 +3,10 @@
 
 #include <slog/reload.h>
 
-#include <QByteArray>
-#include <QRegularExpression>
-#include <QString>
-#include <QStringList>
+#include <QtCore/QByteArray>
+#include <QtCore/QRegularExpression>
+#include <QtCore/QString>
+#include <QtCore/QStringList>
 
 #include <cstdio>
 #include <fcntl.h>

@@ -8,11 +8,13 @@
 #include <vx/system/InvokeRequest.h>
 #include <vx/system/ObjectServer.h>
 
-#include <QDir>
-#include <QElapsedTimer>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
+#include <QtCore/QDir>
+#include <QtCore/QElapsedTimer>
+#include <QtTest/QSignalSpy>
+#include <QtCore/QTemporaryDir>
+#include <QtTest/QTest>
+
+using namespace Qt::StringLiterals;
 
 using vx::system::InvokeManager;
 using vx::system::InvokeRequest;
@@ -27,9 +29,9 @@ private Q_SLOTS:
     void handsTheRequestToItsTarget()
     {
         ObjectServer target;
-        QVERIFY(target.listen(QStringLiteral("/pps/services/invocation/app.viewer"), nullptr));
+        QVERIFY(target.listen(u"/pps/services/invocation/app.viewer"_s, nullptr));
         QSignalSpy received(&target, &ObjectServer::recordReceived);
-        QVERIFY(InvokeManager().invoke(request(QStringLiteral("app.viewer"))));
+        QVERIFY(InvokeManager().invoke(request(u"app.viewer"_s)));
         QTRY_COMPARE(received.size(), 1);
         QCOMPARE(received.first().at(1).toByteArray(),
                  QByteArray("{\"target\":\"app.viewer\",\"action\":\"open\",\"mimeType\":\"text/plain\","
@@ -39,19 +41,19 @@ private Q_SLOTS:
     void answersFalseWhenNobodyTakesIt()
     {
         const SlogCapture log(3);
-        QVERIFY(!InvokeManager().invoke(request(QStringLiteral("app.absent"))));
+        QVERIFY(!InvokeManager().invoke(request(u"app.absent"_s)));
         QCOMPARE(log.lines().size(), 1);
-        QVERIFY(log.lines().first().startsWith(QStringLiteral("3: cannot invoke \"app.absent\"")));
-        QVERIFY(m_root.isValid() && QDir(m_root.path()).mkpath(QStringLiteral("services/invocation")));
+        QVERIFY(log.lines().first().startsWith(u"3: cannot invoke \"app.absent\""_s));
+        QVERIFY(m_root.isValid() && QDir(m_root.path()).mkpath(u"services/invocation"_s));
         // One that hangs has room for one to wait, and one that went leaves its socket behind.
-        RawServer target(m_root.filePath(QStringLiteral("services/invocation/app.hung")), 0);
-        QVERIFY(InvokeManager().invoke(request(QStringLiteral("app.hung"))));
+        RawServer target(m_root.filePath(u"services/invocation/app.hung"_s), 0);
+        QVERIFY(InvokeManager().invoke(request(u"app.hung"_s)));
         QElapsedTimer timer;
         timer.start();
-        QVERIFY(!InvokeManager().invoke(request(QStringLiteral("app.hung"))));
+        QVERIFY(!InvokeManager().invoke(request(u"app.hung"_s)));
         QVERIFY(timer.elapsed() < 4000);
         target.stop();
-        QVERIFY(!InvokeManager().invoke(request(QStringLiteral("app.hung"))));
+        QVERIFY(!InvokeManager().invoke(request(u"app.hung"_s)));
         QCOMPARE(log.lines().size(), 3);
     }
 
@@ -59,13 +61,10 @@ private Q_SLOTS:
     {
         const SlogCapture log(3);
         ObjectServer target;
-        QVERIFY(target.listen(QStringLiteral("/pps/services/invocation/app.viewer"), nullptr));
-        const QStringList names{QString(),
-                                QStringLiteral(".."),
-                                QStringLiteral("."),
-                                QStringLiteral("../invocation/app.viewer"),
-                                QStringLiteral("app.viewer") + QChar(0) + u'x',
-                                QString(256, u'x')};
+        QVERIFY(target.listen(u"/pps/services/invocation/app.viewer"_s, nullptr));
+        const QStringList names{
+            QString(),         u".."_s, u"."_s, u"../invocation/app.viewer"_s, u"app.viewer"_s + QChar(0) + u'x',
+            QString(256, u'x')};
         for (const QString& name : names)
             QVERIFY2(!InvokeManager().invoke(request(name)), qPrintable(name));
         QCOMPARE(log.lines().size(), names.size());
@@ -77,8 +76,8 @@ private:
     {
         InvokeRequest request;
         request.setTarget(target);
-        request.setAction(QStringLiteral("open"));
-        request.setMimeType(QStringLiteral("text/plain"));
+        request.setAction(u"open"_s);
+        request.setMimeType(u"text/plain"_s);
         request.setData("{\"a\":\"\xC3\xA4\"}\n");
         return request;
     }

@@ -6,17 +6,19 @@
 #include <pps/object.h>
 #include <vx/system/ObjectServer.h>
 
-#include <QDir>
-#include <QElapsedTimer>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
+#include <QtCore/QDir>
+#include <QtCore/QElapsedTimer>
+#include <QtTest/QSignalSpy>
+#include <QtCore/QTemporaryDir>
+#include <QtTest/QTest>
 
 #include <csignal>
 #include <fcntl.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+
+using namespace Qt::StringLiterals;
 
 using vx::system::ObjectServer;
 
@@ -88,12 +90,12 @@ private:
 
 int threadCount()
 {
-    return int(QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size());
+    return int(QDir(u"/proc/self/task"_s).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size());
 }
 
 QString file()
 {
-    return QString::fromLocal8Bit(qgetenv("PPS_ROOT")) + QStringLiteral("/services/test/object");
+    return QString::fromLocal8Bit(qgetenv("PPS_ROOT")) + u"/services/test/object"_s;
 }
 
 // An object, and the server that has taken its connection and does nothing by itself.
@@ -200,7 +202,7 @@ private Q_SLOTS:
         QCOMPARE(threadCount(), m_threads);
         // The root belongs to the first name alone, not to one that begins like it; unset, paths are taken as they
         // stand.
-        QVERIFY(QDir().mkpath(m_root->filePath(QStringLiteral("x"))));
+        QVERIFY(QDir().mkpath(m_root->filePath(u"x"_s)));
         QCOMPARE(Object("/ppsx", O_RDONLY).error, ENOENT);
         QCOMPARE(Object("/pps/x", O_RDONLY | O_DIRECTORY).error, 0);
         QCOMPARE(Object(QFile::encodeName(m_root->path()).constData(), O_RDONLY | O_DIRECTORY).error, 0);

@@ -5,14 +5,16 @@
 
 #include <vx/system/ObjectServer.h>
 
-#include <QDir>
-#include <QFileInfo>
-#include <QPointer>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+#include <QtCore/QPointer>
+#include <QtTest/QSignalSpy>
+#include <QtCore/QTemporaryDir>
+#include <QtTest/QTest>
 
 #include <sys/stat.h>
+
+using namespace Qt::StringLiterals;
 
 using vx::system::ObjectServer;
 
@@ -72,7 +74,7 @@ private Q_SLOTS:
     void init()
     {
         m_folder = std::make_unique<QTemporaryDir>();
-        m_path = m_folder->filePath(QStringLiteral("a/b/object"));
+        m_path = m_folder->filePath(u"a/b/object"_s);
     }
 
     void isForTheUserAlone()
@@ -81,8 +83,8 @@ private Q_SLOTS:
         const Listening server(m_path);
         ::umask(before);
         QCOMPARE(mode(m_path), 0600);
-        QCOMPARE(mode(m_folder->filePath(QStringLiteral("a"))), 0700);
-        QCOMPARE(mode(m_folder->filePath(QStringLiteral("a/b"))), 0700);
+        QCOMPARE(mode(m_folder->filePath(u"a"_s)), 0700);
+        QCOMPARE(mode(m_folder->filePath(u"a/b"_s)), 0700);
         QCOMPARE(server.path(), m_path);
     }
 
@@ -95,7 +97,7 @@ private Q_SLOTS:
             QVERIFY(stale.isListening);
             ObjectServer early;
             QVERIFY(!early.listen(m_path, &error));
-            QVERIFY2(error.contains(QStringLiteral("served already")), qPrintable(error));
+            QVERIFY2(error.contains(u"served already"_s), qPrintable(error));
             stale.stop();
             ObjectServer server;
             QVERIFY2(server.listen(m_path, &error), qPrintable(error));
@@ -105,7 +107,7 @@ private Q_SLOTS:
             QVERIFY(!second.listen(m_path, &error));
             QVERIFY(!second.isListening() && second.path().isEmpty());
             // Nor is another's removed, should it stand where the own one stood.
-            QVERIFY(QFile::rename(m_path, m_path + QStringLiteral("-moved")));
+            QVERIFY(QFile::rename(m_path, m_path + u"-moved"_s));
             QVERIFY(second.listen(m_path, nullptr));
             server.close();
             QVERIFY(Client(m_path).isConnected);
@@ -115,7 +117,7 @@ private Q_SLOTS:
         QVERIFY(file.open(QIODevice::WriteOnly));
         ObjectServer server;
         QVERIFY(!server.listen(m_path, &error));
-        QVERIFY2(error.contains(QStringLiteral("no socket")), qPrintable(error));
+        QVERIFY2(error.contains(u"no socket"_s), qPrintable(error));
         QVERIFY(QFileInfo(m_path).isFile());
     }
 
@@ -125,12 +127,12 @@ private Q_SLOTS:
         ObjectServer server;
         QString error;
         QVERIFY(!server.listen(m_path, &error));
-        QVERIFY(!server.listen(m_path + QStringLiteral("/"), &error));
-        QVERIFY(!server.listen(QStringLiteral("/proc/no/such/place"), &error));
+        QVERIFY(!server.listen(m_path + u"/"_s, &error));
+        QVERIFY(!server.listen(u"/proc/no/such/place"_s, &error));
         QVERIFY(!error.isEmpty());
         QCOMPARE(QDir(QFileInfo(m_path).path())
                      .entryList(QDir::AllEntries | QDir::System | QDir::Hidden | QDir::NoDotAndDotDot),
-                 QStringList{QStringLiteral("object")});
+                 QStringList{u"object"_s});
     }
 
     void tellsOfClientsOnce()

@@ -5,11 +5,13 @@
 #include <device/Log.h>
 #include <slog/slog.h>
 
-#include <QTest>
+#include <QtTest/QTest>
 
 #include <cerrno>
 #include <thread>
 #include <vector>
+
+using namespace Qt::StringLiterals;
 
 class TstSlog : public QObject
 {
@@ -30,7 +32,7 @@ private Q_SLOTS:
                 QCOMPARE(device::isLogged(severity), severity <= highest);
                 QCOMPARE(slogf(1, severity, "%s %d", "line", severity), 0);
                 if (severity <= highest)
-                    expected.append(QStringLiteral("%1: line %1").arg(severity));
+                    expected.append(u"%1: line %1"_s.arg(severity));
             }
             QCOMPARE(log.lines(), expected);
         }
@@ -43,11 +45,11 @@ private Q_SLOTS:
         slogf(1, 3, "a\nb\r\nc");
         QCOMPARE(errno, ECONNREFUSED);
         slogf(1, 3, "%s", "100 % %s");
-        QStringList expected{QStringLiteral("3: a b  c"), QStringLiteral("3: 100 % %s")};
+        QStringList expected{u"3: a b  c"_s, u"3: 100 % %s"_s};
         for (const int length : {980, 995, 996, 997, 998, 999, 1000, 1001, 1024, 70000}) {
             const QByteArray text(length, 'x');
             slogf(1, 2, "%s", text.constData());
-            expected.append(QStringLiteral("2: ") + QString::fromLatin1(text));
+            expected.append(u"2: "_s + QString::fromLatin1(text));
         }
         QCOMPARE(log.lines(), expected);
     }
@@ -67,9 +69,7 @@ private Q_SLOTS:
         const QStringList lines = log.lines();
         QCOMPARE(lines.size(), 800);
         for (const QString& line : lines)
-            QVERIFY2(line.startsWith(QStringLiteral("5: ")) && line.endsWith(QStringLiteral(".end")) &&
-                         line.count(u'.') == 2,
-                     qPrintable(line));
+            QVERIFY2(line.startsWith(u"5: "_s) && line.endsWith(u".end"_s) && line.count(u'.') == 2, qPrintable(line));
     }
 };
 

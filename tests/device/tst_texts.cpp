@@ -5,13 +5,15 @@
 #include <device/Decoder.h>
 #include <device/Encoder.h>
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QTest>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtTest/QTest>
 
 #include <limits>
 #include <optional>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -175,7 +177,7 @@ private:
     }
     QString string(std::size_t edgeCount)
     {
-        QString text = QStringLiteral(""); // not null: with such a name beside others, Qt 6.8's object crashes
+        QString text = u""_s; // not null: with such a name beside others, Qt 6.8's object crashes
         for (int i = m_random.bounded(24); i > 0; --i) {
             const char32_t plain = U' ' + char32_t(m_random.bounded(95));
             const char32_t edge = m_edges[m_random.bounded(int(edgeCount))];
@@ -237,7 +239,7 @@ private Q_SLOTS:
             QCOMPARE(QJsonDocument::fromJson(text).array(), values);
 
             device::Encoder attributes(device::Encoder::Attributes);
-            QJsonObject expected{{QStringLiteral("all"), values}};
+            QJsonObject expected{{u"all"_s, values}};
             for (const char name : {'0', '1', '2'})
                 expected.insert(QString(QLatin1Char(name)), random.write(attributes, QByteArray(1, name), 1));
             Decoder d("@o\n" + bytes(attributes.text()) + "all:json:" + text);

@@ -20,7 +20,7 @@
 #include <iface/TransformedObservableList.h>
 #include <iface/WritableObservableValue.h>
 
-#include <QPointer>
+#include <QtCore/QPointer>
 #include <QtTest>
 
 #include <algorithm>

@@ -3,8 +3,8 @@
 
 #include <iface/Logging.h>
 
-#include <QPointer>
-#include <QRegularExpression>
+#include <QtCore/QPointer>
+#include <QtCore/QRegularExpression>
 
 #include <stdexcept>
 

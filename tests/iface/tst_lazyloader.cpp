@@ -5,7 +5,7 @@
 #include <iface/LazyLoader.h>
 #include <iface/ObserverFunctorAdapter.h>
 
-#include <QTest>
+#include <QtTest/QTest>
 
 #include <stdexcept>
 

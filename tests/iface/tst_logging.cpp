@@ -3,7 +3,7 @@
 
 #include <iface/Logging.h>
 
-#include <QTest>
+#include <QtTest/QTest>
 
 using namespace Qt::StringLiterals;
 

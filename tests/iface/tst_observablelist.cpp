@@ -3,8 +3,8 @@
 
 #include <iface/ObservableListImplFunctorAdapter.h>
 
-#include <QSignalSpy>
-#include <QThread>
+#include <QtTest/QSignalSpy>
+#include <QtCore/QThread>
 
 using namespace iface;
 using Mapper = QSharedPointer<ObservableListImpl::IndexMapper>;

@@ -3,8 +3,8 @@
 
 #include <iface/ObservableMapImplFunctorAdapter.h>
 
-#include <QSet>
-#include <QSignalSpy>
+#include <QtCore/QSet>
+#include <QtTest/QSignalSpy>
 
 using namespace iface;
 

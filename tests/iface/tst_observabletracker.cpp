@@ -4,7 +4,7 @@
 #include <iface/QApplicationRealm.h>
 #include <iface/RunUntilTrue.h>
 
-#include <QThread>
+#include <QtCore/QThread>
 
 #include <optional>
 #include <stdexcept>

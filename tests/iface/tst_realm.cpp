@@ -7,10 +7,10 @@
 #include <iface/QApplicationRealm.h>
 #include <iface/RetryTimer.h>
 
-#include <QEventLoop>
-#include <QSignalSpy>
-#include <QTest>
-#include <QThread>
+#include <QtCore/QEventLoop>
+#include <QtTest/QSignalSpy>
+#include <QtTest/QTest>
+#include <QtCore/QThread>
 
 #include <memory>
 

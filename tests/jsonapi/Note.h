@@ -3,11 +3,11 @@
 
 #include <zel/JsonAdapter.h>
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QMetaType>
-#include <QString>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtCore/QMetaType>
+#include <QtCore/QString>
 
 /// A record for the tests of live containers.
 struct Note

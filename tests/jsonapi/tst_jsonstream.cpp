@@ -3,9 +3,9 @@
 #include <common/TestMain.h>
 #include <zel/JsonStream.h>
 
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QRandomGenerator>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtCore/QRandomGenerator>
 
 #include <utility>
 

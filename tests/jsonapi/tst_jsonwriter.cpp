@@ -5,8 +5,8 @@
 
 #include <common/TestMain.h>
 
-#include <QJsonDocument>
-#include <QJsonObject>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
 
 using namespace Qt::StringLiterals;
 
@@ -49,7 +49,7 @@ private Q_SLOTS:
     {
         JsonWriter root(u"m"_s, u"zel"_s);
         root.addAttribute(u"z"_s, true);
-        root.addAttribute(u"a"_s, QStringLiteral("text"));
+        root.addAttribute(u"a"_s, u"text"_s);
         root.addAttribute(u"z"_s, -2147483647 - 1);
         root.addAttribute(u"n"_s);
         root.addAttribute(u"c"_s, "chars");

@@ -11,7 +11,7 @@
 #include <iface/ObservableMonitor.h>
 #include <zel/LiveList.h>
 
-#include <QRegularExpression>
+#include <QtCore/QRegularExpression>
 
 #include <memory>
 

@@ -8,8 +8,8 @@
 #include <iface/ObserverFunctorAdapter.h>
 #include <zel/LiveMap.h>
 
-#include <QMultiMap>
-#include <QScopedValueRollback>
+#include <QtCore/QMultiMap>
+#include <QtCore/QScopedValueRollback>
 
 #include <map>
 #include <memory>

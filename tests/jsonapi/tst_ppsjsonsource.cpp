@@ -6,7 +6,7 @@
 #include <common/TestMain.h>
 #include <device/Decoder.h>
 
-#include <QRegularExpression>
+#include <QtCore/QRegularExpression>
 
 using namespace Qt::StringLiterals;
 

@@ -9,8 +9,8 @@
 #include <zel/JsonStream.h>
 #include <zel/ListApiMultiplexer.h>
 
-#include <QCoreApplication>
-#include <QCryptographicHash>
+#include <QtCore/QCoreApplication>
+#include <QtCore/QCryptographicHash>
 #include <QtTest/QTest>
 
 /// What a manager is made of, and the other end of its pipe. Stories happen on it; each manager has a stage of its own,

@@ -4,7 +4,7 @@
 #include <common/SlogCapture.h>
 #include <common/TestMain.h>
 
-#include <QElapsedTimer>
+#include <QtCore/QElapsedTimer>
 
 using namespace Qt::StringLiterals;
 using namespace zelsplib::logging;
@@ -22,12 +22,11 @@ private Q_SLOTS:
         QVERIFY(Log<GENERAL_ERROR>(u"p "_s, u"m"_s));
         QVERIFY(Log<ZELSP_AVATAR_RECEIVED>({}, u"u"_s, u"s"_s, 4000000000U));
         QVERIFY(Log<ZELSP_PROFILE_BOX_IMG_ADDED_CALLBACK_FAILURE>({}, 1U, 2U, 3U));
-        QCOMPARE(
-            log.lines(),
-            (QStringList{u"5: \u00e4"_s, u"3: Warning:m"_s, u"2: p Error:m"_s,
-                         u"6: received avatar: userId=[u], streamId[s], avatarSize[4000000000]"_s,
-                         QStringLiteral("3: failed to add image into user profile box image list: livelistsize=[1], "
-                                        "imgCacheSize=[2], addedIndex=[3]")}));
+        QCOMPARE(log.lines(),
+                 (QStringList{u"5: \u00e4"_s, u"3: Warning:m"_s, u"2: p Error:m"_s,
+                              u"6: received avatar: userId=[u], streamId[s], avatarSize[4000000000]"_s,
+                              u"3: failed to add image into user profile box image list: livelistsize=[1], "
+                              "imgCacheSize=[2], addedIndex=[3]"_s}));
     }
 
     void fillsInNothingThatAnArgumentHolds()

@@ -8,9 +8,9 @@
 #include <common/SeededRandom.h>
 #include <common/TestMain.h>
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
 
 #include <map>
 #include <memory>

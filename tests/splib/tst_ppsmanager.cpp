@@ -7,8 +7,8 @@
 #include <vx/system/ObjectServer.h>
 #include <zel/JsonWriter.h>
 
-#include <QSignalSpy>
-#include <QTemporaryDir>
+#include <QtTest/QSignalSpy>
+#include <QtCore/QTemporaryDir>
 
 #include <memory>
 #include <unistd.h>

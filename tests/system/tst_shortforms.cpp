@@ -8,9 +8,11 @@
 #include <zel/JsonWriter.h>
 #include <zel/PpsJsonSource.h>
 
-#include <QTest>
+#include <QtTest/QTest>
 
 #include <cerrno>
+
+using namespace Qt::StringLiterals;
 
 /// What becomes of what the platform's calls have no form for.
 class TstShortForms : public QObject
@@ -21,10 +23,10 @@ private Q_SLOTS:
     void textsGoOutUpToTheirFirstNul()
     {
         const auto text = [](const char* utf8, qsizetype size) { return QString::fromUtf8(utf8, size); };
-        zel::JsonWriter writer(QStringLiteral("m"), QStringLiteral("zel"));
+        zel::JsonWriter writer(u"m"_s, u"zel"_s);
         writer.addAttribute(text("na\0me", 5), text("va\0lue", 6));
-        writer.addAttribute(QStringLiteral("long"), QString(300, u'x'));
-        writer.addAttribute(QStringLiteral("empty"), QString());
+        writer.addAttribute(u"long"_s, QString(300, u'x'));
+        writer.addAttribute(u"empty"_s, QString());
         QCOMPARE(writer.toString(),
                  QStringLiteral(R"({"m":{"na":"va","long":"%1","empty":""}})").arg(QString(300, u'x')));
     }
@@ -39,7 +41,7 @@ private Q_SLOTS:
         const iface::JsonNodeReader reader = source.startParsing();
         QString value;
         QVERIFY(reader[0].read(value));
-        QCOMPARE(value, QStringLiteral("c"));
+        QCOMPARE(value, u"c"_s);
         QVERIFY(reader.readString("e", value));
         QVERIFY(value.isEmpty() && !value.isNull());
         // The text itself ends there, too.
@@ -62,7 +64,7 @@ private Q_SLOTS:
         QString b;
         QCOMPARE(reader.readFields("b", b, "a", a), 2);
         QCOMPARE(a, 1);
-        QCOMPARE(b, QStringLiteral("two"));
+        QCOMPARE(b, u"two"_s);
     }
 
     void everyLineIsHandedToTheLog() { QVERIFY(device::isLogged(7)); }

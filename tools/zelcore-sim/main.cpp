@@ -174,7 +174,7 @@ int main(int argc, char* argv[])
     if (parser.isSet(help))
         parser.showHelp();
     if (parser.isSet(version)) {
-        print(QStringLiteral("zelcore-sim " ZELCORE_SIM_VERSION));
+        print(u"zelcore-sim "_s + QStringLiteral(ZELCORE_SIM_VERSION));
         return 0;
     }
     if (!parser.positionalArguments().isEmpty()) {

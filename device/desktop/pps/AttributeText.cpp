@@ -3,7 +3,7 @@
 
 #include "JsonTape.h"
 
-#include <QByteArray>
+#include <QtCore/QByteArray>
 
 #include <algorithm>
 #include <charconv>

@@ -3,7 +3,7 @@
 
 #include <pps/decoder.h>
 
-#include <QByteArray>
+#include <QtCore/QByteArray>
 
 #include <cstdint>
 #include <string_view>

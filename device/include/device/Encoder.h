@@ -3,7 +3,7 @@
 
 #include <pps/encoder.h>
 
-#include <QByteArray>
+#include <QtCore/QByteArray>
 
 #include <cstddef>
 #include <string_view>

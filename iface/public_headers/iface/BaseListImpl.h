@@ -3,9 +3,9 @@
 
 #include <iface/ObservableListImpl.h>
 
-#include <QList>
-#include <QString>
-#include <QVariant>
+#include <QtCore/QList>
+#include <QtCore/QString>
+#include <QtCore/QVariant>
 
 namespace iface {
 

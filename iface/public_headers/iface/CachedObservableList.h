@@ -5,8 +5,8 @@
 #include <iface/ObservableList.h>
 #include <iface/detail/Intake.h>
 
-#include <QList>
-#include <QSharedPointer>
+#include <QtCore/QList>
+#include <QtCore/QSharedPointer>
 
 #include <boost/function.hpp>
 

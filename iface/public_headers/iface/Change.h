@@ -4,7 +4,7 @@
 #include <iface/ChangedKeys.h>
 #include <iface/ObservableListImpl.h>
 
-#include <QSharedPointer>
+#include <QtCore/QSharedPointer>
 
 namespace iface {
 

@@ -3,7 +3,7 @@
 
 #include <iface/Export.h>
 
-#include <QSharedPointer>
+#include <QtCore/QSharedPointer>
 
 #include <boost/function.hpp>
 

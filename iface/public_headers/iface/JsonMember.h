@@ -3,7 +3,7 @@
 
 #include <iface/Export.h>
 
-#include <QString>
+#include <QtCore/QString>
 
 #include <cstdint>
 #include <string_view>

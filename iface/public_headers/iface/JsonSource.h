@@ -4,7 +4,7 @@
 #include <iface/Export.h>
 #include <iface/JsonChildIdentifier.h>
 
-#include <QString>
+#include <QtCore/QString>
 
 namespace iface {
 

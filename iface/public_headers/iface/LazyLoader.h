@@ -6,10 +6,10 @@
 #include <iface/QApplicationRealm.h>
 #include <iface/RetryTimer.h>
 
-#include <QHash>
-#include <QList>
-#include <QSet>
-#include <QSharedData>
+#include <QtCore/QHash>
+#include <QtCore/QList>
+#include <QtCore/QSet>
+#include <QtCore/QSharedData>
 
 #include <boost/function.hpp>
 

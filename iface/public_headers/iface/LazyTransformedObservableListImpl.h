@@ -6,7 +6,7 @@
 #include <iface/ObservableList.h>
 #include <iface/ObservableMap.h>
 
-#include <QHashFunctions>
+#include <QtCore/QHashFunctions>
 
 #include <boost/intrusive/unordered_set.hpp>
 

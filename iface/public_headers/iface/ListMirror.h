@@ -4,10 +4,10 @@
 #include <iface/ObservableList.h>
 #include <iface/ObservableListImpl.h>
 
-#include <QList>
-#include <QObject>
-#include <QString>
-#include <QStringList>
+#include <QtCore/QList>
+#include <QtCore/QObject>
+#include <QtCore/QString>
+#include <QtCore/QStringList>
 
 #include <algorithm>
 #include <utility>

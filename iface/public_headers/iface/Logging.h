@@ -3,8 +3,8 @@
 
 #include <iface/Export.h>
 
-#include <QRegExp>
-#include <QString>
+#include <QtCore5Compat/QRegExp>
+#include <QtCore/QString>
 
 namespace iface {
 

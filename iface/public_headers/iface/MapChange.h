@@ -3,10 +3,10 @@
 
 #include <iface/Export.h>
 
-#include <QExplicitlySharedDataPointer>
-#include <QList>
-#include <QMetaType>
-#include <QSharedData>
+#include <QtCore/QExplicitlySharedDataPointer>
+#include <QtCore/QList>
+#include <QtCore/QMetaType>
+#include <QtCore/QSharedData>
 
 namespace iface {
 

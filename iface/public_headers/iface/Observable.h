@@ -3,8 +3,8 @@
 
 #include <iface/Export.h>
 
-#include <QExplicitlySharedDataPointer>
-#include <QSharedData>
+#include <QtCore/QExplicitlySharedDataPointer>
+#include <QtCore/QSharedData>
 
 namespace iface {
 

@@ -4,8 +4,8 @@
 #include <iface/Follower.h>
 #include <iface/Observable.h>
 
-#include <QObject>
-#include <QPointer>
+#include <QtCore/QObject>
+#include <QtCore/QPointer>
 
 #include <atomic>
 #include <vector>

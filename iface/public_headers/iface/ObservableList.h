@@ -4,8 +4,8 @@
 #include <iface/ObservableListImpl.h>
 #include <iface/ObservableTracker.h>
 
-#include <QExplicitlySharedDataPointer>
-#include <QList>
+#include <QtCore/QExplicitlySharedDataPointer>
+#include <QtCore/QList>
 
 #include <type_traits>
 

@@ -3,9 +3,9 @@
 
 #include <iface/ObservableImpl.h>
 
-#include <QSharedPointer>
-#include <QString>
-#include <QVariant>
+#include <QtCore/QSharedPointer>
+#include <QtCore/QString>
+#include <QtCore/QVariant>
 
 namespace iface {
 

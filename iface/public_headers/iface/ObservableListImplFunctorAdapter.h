@@ -3,8 +3,8 @@
 
 #include <iface/ObservableListImpl.h>
 
-#include <QObject>
-#include <QPointer>
+#include <QtCore/QObject>
+#include <QtCore/QPointer>
 
 #include <boost/function.hpp>
 

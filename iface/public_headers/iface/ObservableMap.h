@@ -4,7 +4,7 @@
 #include <iface/ObservableMapImpl.h>
 #include <iface/ObservableTracker.h>
 
-#include <QExplicitlySharedDataPointer>
+#include <QtCore/QExplicitlySharedDataPointer>
 
 #include <type_traits>
 

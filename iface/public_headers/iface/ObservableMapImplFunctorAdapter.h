@@ -3,7 +3,7 @@
 
 #include <iface/ObservableMapImplBase.h>
 
-#include <QObject>
+#include <QtCore/QObject>
 
 #include <boost/function.hpp>
 

@@ -3,7 +3,7 @@
 
 #include <iface/ObserverImpl.h>
 
-#include <QString>
+#include <QtCore/QString>
 
 #include <boost/function.hpp>
 

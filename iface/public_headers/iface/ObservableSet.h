@@ -4,7 +4,7 @@
 #include <iface/Observable.h>
 #include <iface/ReadRecorder.h>
 
-#include <QSet>
+#include <QtCore/QSet>
 
 #include <vector>
 

@@ -3,7 +3,7 @@
 
 #include <iface/ObservableSet.h>
 
-#include <QSharedPointer>
+#include <QtCore/QSharedPointer>
 
 #include <utility>
 

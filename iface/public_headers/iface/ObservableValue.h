@@ -3,8 +3,8 @@
 
 #include <iface/ObservableValueImpl.h>
 
-#include <QExplicitlySharedDataPointer>
-#include <QHashFunctions>
+#include <QtCore/QExplicitlySharedDataPointer>
+#include <QtCore/QHashFunctions>
 
 #include <boost/functional/hash.hpp>
 

@@ -3,7 +3,7 @@
 
 #include <iface/Observer.h>
 
-#include <QObject>
+#include <QtCore/QObject>
 
 namespace iface {
 

@@ -3,7 +3,7 @@
 
 #include <iface/ObservableListImpl.h>
 
-#include <QList>
+#include <QtCore/QList>
 
 namespace iface {
 

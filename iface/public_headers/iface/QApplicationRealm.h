@@ -4,8 +4,8 @@
 #include <iface/AsyncEntry.h>
 #include <iface/Realm.h>
 
-#include <QList>
-#include <QObject>
+#include <QtCore/QList>
+#include <QtCore/QObject>
 
 namespace iface {
 

@@ -3,8 +3,8 @@
 
 #include <iface/Export.h>
 
-#include <QSharedPointer>
-#include <QThreadStorage>
+#include <QtCore/QSharedPointer>
+#include <QtCore/QThreadStorage>
 
 #include <boost/function.hpp>
 

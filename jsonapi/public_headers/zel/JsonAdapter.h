@@ -4,8 +4,8 @@
 #include <iface/JsonObjectReader.h>
 #include <zel/JsonWriter.h>
 
-#include <QSharedPointer>
-#include <QString>
+#include <QtCore/QSharedPointer>
+#include <QtCore/QString>
 
 namespace zel {
 

@@ -6,9 +6,9 @@
 #include <iface/ObservableValue.h>
 #include <zel/JsonWriter.h>
 
-#include <QObject>
-#include <QSharedPointer>
-#include <QString>
+#include <QtCore/QObject>
+#include <QtCore/QSharedPointer>
+#include <QtCore/QString>
 
 #include <boost/function.hpp>
 

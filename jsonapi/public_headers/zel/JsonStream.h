@@ -3,10 +3,10 @@
 
 #include <zel/JsonPipe.h>
 
-#include <QByteArray>
-#include <QList>
-#include <QMap>
-#include <QVariant>
+#include <QtCore/QByteArray>
+#include <QtCore/QList>
+#include <QtCore/QMap>
+#include <QtCore/QVariant>
 
 namespace zel {
 

@@ -3,8 +3,8 @@
 
 #include <iface/Export.h>
 
-#include <QSharedPointer>
-#include <QString>
+#include <QtCore/QSharedPointer>
+#include <QtCore/QString>
 
 namespace zel {
 

@@ -4,8 +4,8 @@
 #include <zel/JsonPipe.h>
 #include <zel/ListApiHandler.h>
 
-#include <QList>
-#include <QMap>
+#include <QtCore/QList>
+#include <QtCore/QMap>
 
 namespace zel {
 

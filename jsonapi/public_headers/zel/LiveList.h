@@ -6,9 +6,9 @@
 #include <zel/JsonAdapter.h>
 #include <zel/LiveListBase.h>
 
-#include <QExplicitlySharedDataPointer>
-#include <QList>
-#include <QMap>
+#include <QtCore/QExplicitlySharedDataPointer>
+#include <QtCore/QList>
+#include <QtCore/QMap>
 
 #include <boost/function.hpp>
 

@@ -6,8 +6,8 @@
 #include <zel/JsonAdapter.h>
 #include <zel/detail/LiveContainer.h>
 
-#include <QExplicitlySharedDataPointer>
-#include <QList>
+#include <QtCore/QExplicitlySharedDataPointer>
+#include <QtCore/QList>
 
 #include <optional>
 

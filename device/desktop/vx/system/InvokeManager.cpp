@@ -8,7 +8,7 @@
 
 #include "../../object/ObjectSocket.h"
 
-#include <QLatin1String>
+#include <QtCore/QLatin1String>
 
 #include <cerrno>
 #include <climits>

@@ -4,13 +4,13 @@
 #include "../../object/ListeningSocket.h"
 #include "../../object/ObjectSocket.h"
 
-#include <QCoreApplication>
-#include <QFile>
-#include <QMutex>
-#include <QPointer>
-#include <QSocketNotifier>
-#include <QThread>
-#include <QTimer>
+#include <QtCore/QCoreApplication>
+#include <QtCore/QFile>
+#include <QtCore/QMutex>
+#include <QtCore/QPointer>
+#include <QtCore/QSocketNotifier>
+#include <QtCore/QThread>
+#include <QtCore/QTimer>
 
 #include <cstring>
 #include <deque>

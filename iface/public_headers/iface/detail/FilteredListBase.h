@@ -4,7 +4,7 @@
 #include <iface/detail/FilterFlips.h>
 #include <iface/ObservableListImpl.h>
 
-#include <QSharedPointer>
+#include <QtCore/QSharedPointer>
 
 #include <memory>
 

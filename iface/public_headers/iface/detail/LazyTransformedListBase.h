@@ -6,7 +6,7 @@
 #include <iface/ObservableMapImplBase.h>
 #include <iface/detail/IndexedSequence.h>
 
-#include <QVarLengthArray>
+#include <QtCore/QVarLengthArray>
 
 #include <memory>
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QHash>
-#include <QList>
-#include <QString>
+#include <QtCore/QHash>
+#include <QtCore/QList>
+#include <QtCore/QString>
 
 #include <bit>
 #include <vector>

@@ -5,8 +5,8 @@
 #include <zel/ListApiHandler.h>
 #include <zel/ListApiMultiplexer.h>
 
-#include <QSharedPointer>
-#include <QString>
+#include <QtCore/QSharedPointer>
+#include <QtCore/QString>
 
 #include <memory>
 

@@ -3,8 +3,8 @@
 
 #include <iface/Export.h>
 
-#include <QHash>
-#include <QString>
+#include <QtCore/QHash>
+#include <QtCore/QString>
 
 #include <vector>
 
