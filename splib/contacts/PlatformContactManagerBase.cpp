@@ -5,25 +5,18 @@
 #include <splib/RegistrationHandler.h>
 #include <splib/channel/StreamRequests.h>
 #include <splib/contacts/AvatarRequest.h>
+#include <splib/contacts/ContactLists.h>
 #include <splib/contacts/PlatformContactJsonAdapter.h>
 #include <splib/contacts/PlatformUserJsonAdapter.h>
 #include <splib/log/Logging.h>
 
 #include <zel/JsonStreamFunctorAdapter.h>
 #include <zel/JsonWriter.h>
-#include <zel/LiveList.h>
-#include <zel/LiveMap.h>
 
 #include <iface/CachedObservableList.h>
-#include <iface/Change.h>
-#include <iface/FilteredObservableList.h>
-#include <iface/Follower.h>
 #include <iface/ObservableMap.h>
 #include <iface/ObservableTracker.h>
-#include <iface/Round.h>
 #include <iface/RunUntilTrue.h>
-#include <iface/TransformedObservableList.h>
-#include <iface/detail/FirstException.h>
 
 #include <algorithm>
 #include <functional>
@@ -37,112 +30,9 @@ using namespace logging;
 
 namespace {
 
-using Ids = zel::LiveList<QString, QString>;
-using RecordMap = zel::LiveMap<QString, PlatformContact>;
-using RecordValue = iface::ObservableValue<PlatformContact>;
 using ContactView = iface::CachedObservableList<PlatformContact>;
 
 constexpr int debugSeverity = 7;
-
-/// Knows the last round in which the ids were replaced by a new whole list: what is announced in it is no news of
-/// single contacts.
-class ReplacementMark : public iface::Follower
-{
-public:
-    bool isNow() const { return m_round == iface::Round::number(); }
-
-protected:
-    void mark(const iface::Change& change) override
-    {
-        if (change.kind >= iface::Change::Moved)
-            m_round = iface::Round::number();
-    }
-
-private:
-    unsigned m_round = ~0U;
-};
-
-/// The ids of the contacts, which tells of each whole list that the service sends after the first.
-class IdList : public Ids
-{
-public:
-    using Ids::Ids;
-
-    /// Called when the list shows what was sent, also when that is what it held before.
-    void setResentFunction(std::function<void()> resent) { m_resent = std::move(resent); }
-
-    void listAll(iface::JsonObjectReader body) override
-    {
-        m_isWhole = true;
-        Ids::listAll(body);
-    }
-    void listElements(iface::JsonObjectReader body) override
-    {
-        m_isWhole = false;
-        Ids::listElements(body);
-    }
-    void listChunk(iface::JsonObjectReader body) override
-    {
-        const QExplicitlySharedDataPointer<IdList> keep(this);
-        const bool isLater = m_isWhole && isTransferring() && !m_firstListPending;
-        iface::detail::FirstException thrown;
-        thrown.guard([&] { Ids::listChunk(body); });
-        if (isLater && !isTransferring())
-            thrown.guard([this] { m_resent(); });
-        thrown.rethrow();
-    }
-
-private:
-    std::function<void()> m_resent = [] {};
-    bool m_isWhole = false; ///< what is being transferred, if anything is
-};
-
-/// What the values of the record map hold, by user id. It follows the map alone, which announces each change of a
-/// value's contents under the user's id: there are many values, and following each costs as much as the rest of the
-/// way.
-class RecordContents : public iface::ObservableMapImpl<QString, PlatformContact>
-{
-public:
-    explicit RecordContents(const RecordMap::Pointer& records)
-        : m_records(records)
-    {
-        m_follower.follow(*records);
-    }
-
-    PlatformContact get(const QString& userId) const override { return m_records->get(userId).getValue(); }
-
-private:
-    class RecordsFollower : public iface::Follower
-    {
-    public:
-        explicit RecordsFollower(RecordContents* owner)
-            : m_owner(owner)
-        {
-        }
-
-    protected:
-        void mark(const iface::Change& change) override { m_owner->note(change); }
-
-    private:
-        RecordContents* const m_owner;
-    };
-
-    const RecordMap::Pointer m_records;
-    RecordsFollower m_follower{this};
-};
-
-/// Records as the ids have them, those without a handle left out. Every record is held: one that was forgotten could
-/// change without anybody being told.
-iface::ObservableList<PlatformContact> initializedContacts(const QExplicitlySharedDataPointer<IdList>& ids,
-                                                           const RecordMap::Pointer& records)
-{
-    using Transformed = iface::LazyTransformedObservableListImpl<QString, PlatformContact>;
-    const iface::ObservableMap<QString, PlatformContact> contents(new RecordContents(records));
-    const auto contacts = iface::TransformedObservableList::create<QString, PlatformContact>(
-        iface::ObservableList<QString>(ids.data()), contents, Transformed::KeepsEverything);
-    return iface::FilteredObservableList<PlatformContact>::create(
-        contacts, [](const PlatformContact& contact) { return contact.isInitialized(); });
-}
 
 } // namespace
 
@@ -152,8 +42,8 @@ struct PlatformContactManagerBase::Private
     const QSharedPointer<zel::JsonStream> stream;
     RegistrationHandler* readiness = nullptr;
 
-    QExplicitlySharedDataPointer<IdList> ids; ///< this and the records are null until init()
-    RecordMap::Pointer records;
+    QExplicitlySharedDataPointer<ContactIds> ids; ///< this and the records are null until init()
+    ContactRecords::Pointer records;
     QExplicitlySharedDataPointer<ContactView> view{new ContactView};
     ReplacementMark replacement;
     StreamRequests avatarRequests; ///< by user
@@ -209,11 +99,11 @@ void PlatformContactManagerBase::init()
 {
     if (d->ids)
         return;
-    d->ids = new IdList(d->multiplexer, QSharedPointer<PlatformUserJsonAdapter>::create(), u"platformContact"_s, {},
-                        IdList::Keys::Distinct);
+    d->ids = new ContactIds(d->multiplexer, QSharedPointer<PlatformUserJsonAdapter>::create(), u"platformContact"_s, {},
+                            ContactIds::Keys::Distinct);
     d->ids->setResentFunction([this] { listResent(); });
-    d->records =
-        RecordMap::create(d->multiplexer, QSharedPointer<PlatformContactJsonAdapter>::create(), u"platformUser"_s, {});
+    d->records = ContactRecords::create(d->multiplexer, QSharedPointer<PlatformContactJsonAdapter>::create(),
+                                        u"platformUser"_s, {});
 
     d->replacement.follow(*d->ids);
     d->view->setInput(initializedContacts(d->ids, d->records));
@@ -267,7 +157,9 @@ bool PlatformContactManagerBase::hasApplication(const PlatformContact& contact) 
 
 PlatformContact PlatformContactManagerBase::getContact(const QString& userId) const
 {
-    return iface::ObservableMap<QString, RecordValue>(d->records.data()).get(userId).getValue();
+    return iface::ObservableMap<QString, iface::ObservableValue<PlatformContact>>(d->records.data())
+        .get(userId)
+        .getValue();
 }
 
 void PlatformContactManagerBase::getContactList()
