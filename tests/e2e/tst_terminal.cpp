@@ -98,6 +98,7 @@ private Q_SLOTS:
             }
         }
         startZelctl();
+        QVERIFY(m_terminal->isBeingEdited()); // before that the terminal itself takes the key
         QVERIFY(m_terminal->type("\004"));
         QVERIFY(m_terminal->isLeftInOrder());
     }
