@@ -50,6 +50,8 @@ public:
     bool tellCount();
 
     bool replaceAll(const QList<QVariant>& wanted);
+    /// Ends what is under way: there are newer rows, be they the same as those that are there.
+    void overtake() { ++m_changes; }
 
     RecordListModel* const q;
     const Shown shown;
@@ -229,6 +231,7 @@ void RecordListModel::setRecords(const QList<QVariant>& records)
     }
     const QPointer<RecordListModel> alive(this);
     ++d->replacing;
+    d->overtake();
     const bool isDone = d->replaceAll(distinct);
     if (!alive)
         return;
