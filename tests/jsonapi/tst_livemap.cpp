@@ -420,6 +420,10 @@ private Q_SLOTS:
             "ask a b; answer b; wait; ask c; answer c; c is there; wait; wait; sent 4");
         row("in part, and the rest changes",
             "ask a b; answer b; change a; wait; asked a; answer a; wait; wait; sent 2");
+        row("needless", "ask a b; add a; ask c; sent 1; add b; turn; asked c; answer a b; c is missing; answer c; "
+                        "c is there; wait; sent 2");
+        row("under way, and needless", "ask a; begin; add a; ask b; sent 1; end a; turn; asked b");
+        row("needless, after a reconnection", "ask a; answer a; reconnect; ask b; add b; wait; asked a");
         row("cut", "ask a; begin; reconnect; end; a is missing; answer; a is there");
         row("a reconnection without keys", "reconnect; ask a; sent 2; answer; a is missing; answer a; a is there");
     }
@@ -456,9 +460,9 @@ private Q_SLOTS:
                 f.chunk(words, first == u"end");
             } else if (first == u"answer") {
                 f.answer(words);
-            } else if (first == u"change") {
+            } else if (first == u"add" || first == u"change") {
                 for (const QString& key : words)
-                    f.pipe->inject(listMessage("listChange", {noteJson(key, u"changed"_s)}));
+                    f.pipe->inject(listMessage(first == u"add" ? "listAdd" : "listChange", {noteJson(key, first)}));
             } else if (first == u"sent") {
                 QVERIFY2(f.pipe->sentCount() == words.first().toInt(), qPrintable(line));
             } else if (first == u"asked") {

@@ -81,6 +81,9 @@ public:
     void requestAll();
     /// The answer to the batch under way has been stored. Without one, nothing happens.
     void updateDone();
+    /// Contents have been stored that are no answer: a batch that waits for nothing any more is at its end, also when
+    /// its answer was lost. One that comes all the same is an answer of others.
+    void endArrivedBatch();
 
     /// An answer is about to be stored: ends the requests that it answers, and returns the batch if that is among them.
     /// An answer with contents ends the batch only if it has some of it, and then also what went out before; one that
@@ -111,6 +114,7 @@ private:
     void repeatBatch();
     void repeatRefresh();
     void endRefresh();
+    Batch takeBatch();
     void load(const QList<K>& keys);
 
     QHash<K, ValuePointer> m_values;

@@ -139,11 +139,22 @@ void LazyLoader<K, V>::repeatBatch()
         if (waiting.value->m_progress == Progress::InFlight)
             unanswered.append(waiting.key);
     }
-    // Everything has come but for the end of the answer.
     if (unanswered.isEmpty())
-        updateDone();
+        endArrivedBatch();
     else
         load(unanswered);
+}
+
+template <class K, class V>
+void LazyLoader<K, V>::endArrivedBatch()
+{
+    const auto isAwaited = [](const Waiting& each) { return each.value->m_progress == Progress::InFlight; };
+    if (m_inFlight.isEmpty() || std::any_of(m_inFlight.cbegin(), m_inFlight.cend(), isAwaited))
+        return;
+    m_due.removeOne(Request::Batch);
+    const Batch arrived = takeBatch();
+    requestAll();
+    settle(arrived);
 }
 
 template <class K, class V>
@@ -171,11 +182,17 @@ auto LazyLoader<K, V>::takeAnswered(Answer answer) -> Batch
             continue;
         }
         m_due.removeFirst();
-        m_batchRetry.stop();
-        m_requestScheduled = false;
-        answered.swap(m_inFlight);
+        answered = takeBatch();
     }
     return answered;
+}
+
+template <class K, class V>
+auto LazyLoader<K, V>::takeBatch() -> Batch
+{
+    m_batchRetry.stop();
+    m_requestScheduled = false;
+    return std::exchange(m_inFlight, {});
 }
 
 template <class K, class V>

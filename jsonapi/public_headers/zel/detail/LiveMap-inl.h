@@ -106,7 +106,14 @@ void LiveMap<Key, T>::listAdd(iface::JsonObjectReader body)
 {
     const detail::KeepAlive keep(this);
     const QList<T> records = parseElements(elementsOf(body));
-    detail::MessageOrder::runParts(int(records.size()), [&](int i) { takeRecord(records.at(i)); });
+    const int count = int(records.size());
+    detail::MessageOrder::runParts(count + 1, [&](int i) {
+        if (i < count) {
+            takeRecord(records.at(i));
+        } else if (!m_answer) {
+            m_loader.endArrivedBatch();
+        }
+    });
 }
 
 template <class Key, class T>
