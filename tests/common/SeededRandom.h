@@ -4,13 +4,13 @@
 #include <QtCore/QRandomGenerator>
 #include <QtGlobal>
 
-/// Other numbers in every run. The seed is printed; ZEL_TEST_SEED=<seed> repeats that run.
+/// The same numbers in every run, so that who runs the tests to see whether a change is right sees nothing else;
+/// ZEL_TEST_SEED=<seed> gives others, and ZEL_TEST_SEED=random those of a seed drawn anew. The seed is printed.
 inline QRandomGenerator seededRandom()
 {
-    bool isGiven = false;
-    const int given = qEnvironmentVariableIntValue("ZEL_TEST_SEED", &isGiven);
+    const QByteArray given = qgetenv("ZEL_TEST_SEED");
     // Within an int, so that any seed can be given.
-    const quint32 seed = isGiven ? quint32(given) : QRandomGenerator::global()->generate() >> 1;
+    const quint32 seed = given == "random" ? QRandomGenerator::global()->generate() >> 1 : quint32(given.toInt());
     qInfo("seed %u", seed);
     return QRandomGenerator(seed);
 }
