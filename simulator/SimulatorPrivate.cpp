@@ -29,7 +29,9 @@ SimulatorPrivate::SimulatorPrivate(Simulator* simulator)
     , service(world, outbox)
     , activity(world, [this](const QString& userId) { invite(userId); })
 {
+    m_age.start();
     server.setQueueLimit(queueLimit);
+    connectTap();
     connectParts();
 }
 
@@ -75,6 +77,39 @@ void SimulatorPrivate::connectParts()
             refuse(u"%1: %2"_s.arg(step.line, reply));
         Q_EMIT q->commandExecuted(step.line, reply);
     });
+}
+
+/// Connected first: whoever watches sees a record before its answers.
+void SimulatorPrivate::connectTap()
+{
+    using Direction = WireRecord::Direction;
+    QObject::connect(&server, &ObjectServer::recordReceived, q, [this](int client, const QByteArray& record) {
+        tap({0, client, QString(), QString(), Direction::FromApplication, record});
+    });
+    QObject::connect(&outbox, &Outbox::passed, q, [this](int client, const QByteArray& record) {
+        tap({0, client, QString(), QString(), Direction::ToApplication, record});
+    });
+    QObject::connect(&targets, &InvocationTargets::passed, q,
+                     [this](const QString& target, qint64 process, const QByteArray& record) {
+                         tap({0, clientOf(process), QString(), target, Direction::FromApplication, record});
+                     });
+}
+
+void SimulatorPrivate::tap(WireRecord record)
+{
+    const auto& sessions = service.context().sessions;
+    const auto found = sessions.find(record.client);
+    record.time = m_born + m_age.elapsed();
+    record.uuid = found == sessions.end() ? QString() : found->second->uuid;
+    Q_EMIT q->recordPassed(record);
+}
+
+int SimulatorPrivate::clientOf(qint64 process) const
+{
+    int client = 0;
+    for (const int candidate : server.clients())
+        client = server.processOf(candidate) == process ? candidate : client;
+    return client;
 }
 
 // --- Life -------------------------------------------------------------------------------------------------------

@@ -12,6 +12,8 @@
 
 #include <vx/system/ObjectServer.h>
 
+#include <QtCore/QDateTime>
+#include <QtCore/QElapsedTimer>
 #include <QtCore/QTemporaryDir>
 
 #include <memory>
@@ -43,6 +45,9 @@ public:
     /// A contact, by handle or user id, invites the user. Empty, or why not.
     QString invite(const QString& contact);
 
+    /// The application that connected last of those of a process; 0 without one.
+    int clientOf(qint64 process) const;
+
     Simulator* const q;
     World world;
     vx::system::ObjectServer server;
@@ -58,6 +63,11 @@ public:
 
 private:
     void connectParts();
+    void connectTap();
+    void tap(WireRecord record);
+
+    const qint64 m_born = QDateTime::currentMSecsSinceEpoch();
+    QElapsedTimer m_age; ///< Since then: the clock on the wall may be set.
 };
 
 } // namespace zelcore

@@ -34,7 +34,10 @@ bool InvocationTargets::start(const QString& root, QString* error)
             return false;
         }
         connect(server.get(), &ObjectServer::recordReceived, this,
-                [this, target](int, const QByteArray& record) { take(target, record); });
+                [this, target, from = server.get()](int client, const QByteArray& record) {
+                    Q_EMIT passed(target, from->processOf(client), record);
+                    take(target, record);
+                });
         m_servers.push_back(std::move(server));
     }
     return true;

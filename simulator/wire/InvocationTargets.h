@@ -25,6 +25,8 @@ public:
     void stop();
 
 Q_SIGNALS:
+    /// Any record, before anything is done about it; \a process is the number of whose it is.
+    void passed(const QString& target, qint64 process, const QByteArray& record);
     void received(const QString& target, const QString& action, const QString& mimeType, const QByteArray& data);
     /// Somebody was invited.
     void invited(const QString& ecoId);

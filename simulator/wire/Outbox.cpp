@@ -57,7 +57,9 @@ void Outbox::sendJson(int client, const QString& type, const QByteArray& json)
 
 void Outbox::sendRecord(int client, const QByteArray& record)
 {
-    if (!m_server.send(client, record) && m_server.clients().contains(client))
+    if (m_server.send(client, record))
+        Q_EMIT passed(client, record);
+    else if (m_server.clients().contains(client))
         Q_EMIT lost(client, u"a record of %1 bytes could not be sent"_s.arg(record.size()));
 }
 

@@ -31,6 +31,7 @@ public:
 
 Q_SIGNALS:
     void sent(int client, const QString& type, const QByteArray& json);
+    void passed(int client, const QByteArray& record);
     void lost(int client, const QString& why);
 
 private:

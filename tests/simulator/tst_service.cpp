@@ -309,6 +309,36 @@ private Q_SLOTS:
         }
     }
 
+    void tellsEveryRecordAsItPasses()
+    {
+        QList<zelcore::WireRecord> passed;
+        connect(m_simulator.get(), &Simulator::recordPassed, this, [&](const auto& record) { passed.append(record); });
+        QVERIFY(play(R"(
+            A> registrationRequest {"uuid":"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b","silent":true}
+            A< listChange "Success"
+            $ drop
+            $ truncate 5
+            $ send lost {}
+            $ send cut {}
+            $ raw any)"));
+        RawApplication& a = application('A');
+        QTRY_COMPARE(a.records.size(), 3);
+        QByteArrayList toA;
+        for (const zelcore::WireRecord& record : std::as_const(passed)) {
+            QVERIFY(record.client == 1 && record.time >= passed.first().time && record.target.isEmpty());
+            QCOMPARE(record.uuid.isEmpty(), &record == &passed.first()); // known once it has been read
+            if (record.direction == zelcore::WireRecord::Direction::ToApplication)
+                toA.append(record.bytes);
+        }
+        QCOMPARE(toA, a.records);
+        QVERIFY(passed.first().bytes.startsWith("msg::zel\ndat:json:{\"registrationRequest\":"));
+
+        QVERIFY(application('I').connectTo(m_simulator->root(), "/services/invocation/sys.zel.chathandler"));
+        application('I').sendRecord("nonsense");
+        QTRY_COMPARE(passed.last().target, u"sys.zel.chathandler"_s);
+        QVERIFY(passed.last().client > 0 && passed.last().bytes == "nonsense"); // an application of this process
+    }
+
     void announcesEveryChangeSoThatAMirrorStaysEqual()
     {
         QRandomGenerator random = seededRandom();

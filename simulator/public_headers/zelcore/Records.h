@@ -58,4 +58,19 @@ struct BoxIcon
     bool operator==(const BoxIcon&) const = default;
 };
 
+/// One record as it passed between an application and the service.
+struct WireRecord
+{
+    enum class Direction { FromApplication, ToApplication };
+
+    qint64 time = 0; ///< Milliseconds since the beginning of 1970; never less than that of the record before.
+    int client = 0;  ///< The application's number; 0 for an invocation of a process that is not connected.
+    QString uuid;    ///< As the application called itself; empty before its registration request has been read.
+    QString target;  ///< The invocation target that took it; empty for the object.
+    Direction direction = Direction::FromApplication;
+    QByteArray bytes; ///< All of it, framing included.
+
+    bool operator==(const WireRecord&) const = default;
+};
+
 } // namespace zelcore

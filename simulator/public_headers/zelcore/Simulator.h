@@ -230,6 +230,9 @@ Q_SIGNALS:
     /// An application asked the invocation framework for something; \a data is the text of the request.
     void invocationReceived(const QString& target, const QString& action, const QString& mimeType,
                             const QByteArray& data);
+    /// Every record of every application in both directions, and every invocation, as it passes: one that comes before
+    /// anything is done about it, one that goes when it has gone, after all faults (what is lost never passes).
+    void recordPassed(const zelcore::WireRecord& record);
     /// A record of an application, before anything is done about it. \a json is empty when it is not in the form.
     void messageReceived(int client, const QString& type, const QByteArray& json);
     /// A message on its way to an application, before faults.
