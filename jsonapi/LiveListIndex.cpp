@@ -1,139 +1,78 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <zel/detail/LiveListIndex.h>
 
+#include <utility>
+
 namespace zel::detail {
-
-namespace {
-
-/// How many slots the tree's node at position (counted from 1) sums up.
-int span(int position)
-{
-    return position & -position;
-}
-
-} // namespace
 
 void LiveListIndex::clear()
 {
-    m_slotByKey.clear();
-    m_earlierTwin.clear();
-    m_counts.clear();
-    m_items = 0;
-}
-
-void LiveListIndex::reserve(int items)
-{
-    m_slotByKey.reserve(items);
-    m_counts.reserve(size_t(items));
-}
-
-int LiveListIndex::itemsBefore(int slot) const
-{
-    int items = 0;
-    for (int position = slot; position > 0; position -= span(position)) {
-        items += m_counts[size_t(position) - 1];
-    }
-    return items;
+    m_sequence.reset(0);
+    m_last.clear();
+    m_empty = nullptr;
+    m_places.clear();
 }
 
 void LiveListIndex::append(const QString& key)
 {
-    const int slot = int(m_counts.size());
-    const int position = slot + 1;
-    int count = 1;
-    for (int child = position - 1; child > position - span(position); child -= span(child)) {
-        count += m_counts[size_t(child) - 1];
-    }
-    m_counts.push_back(count);
-    ++m_items;
-    link(key, slot);
+    Place* const place = make();
+    m_sequence.insert(m_sequence.size(), place);
+    link(key, place);
 }
 
 int LiveListIndex::indexOf(const QString& key) const
 {
-    const auto entry = m_slotByKey.constFind(key);
-    return entry == m_slotByKey.cend() ? -1 : itemsBefore(entry.value());
+    const Place* const last = m_last.value(key);
+    return last ? m_sequence.indexOf(*last) : -1;
 }
 
 void LiveListIndex::remove(const QString& key)
 {
-    const int slot = unlink(key);
-    if (slot < 0) {
-        return;
-    }
-    for (int position = slot + 1; position <= int(m_counts.size()); position += span(position)) {
-        --m_counts[size_t(position) - 1];
-    }
-    --m_items;
-    if (int(m_counts.size()) > 2 * m_items + 64) {
-        renumber();
+    if (Place* const place = unlink(key)) {
+        m_sequence.remove(m_sequence.indexOf(*place));
+        place->earlierTwin = std::exchange(m_empty, place);
     }
 }
 
 void LiveListIndex::rename(const QString& from, const QString& to)
 {
-    const int slot = unlink(from);
-    if (slot >= 0) {
-        link(to, slot);
+    if (Place* const place = unlink(from)) {
+        link(to, place);
     }
 }
 
-/// Takes the last twin of a key out of its chain; its slot, or -1.
-int LiveListIndex::unlink(const QString& key)
+LiveListIndex::Place* LiveListIndex::make()
 {
-    const auto entry = m_slotByKey.find(key);
-    if (entry == m_slotByKey.end()) {
-        return -1;
+    if (!m_empty) {
+        return &m_places.emplace_back();
     }
-    const int slot = entry.value();
-    const auto twin = m_earlierTwin.constFind(slot);
-    if (twin == m_earlierTwin.cend()) {
-        m_slotByKey.erase(entry);
+    return std::exchange(m_empty, m_empty->earlierTwin);
+}
+
+LiveListIndex::Place* LiveListIndex::unlink(const QString& key)
+{
+    const auto last = m_last.find(key);
+    if (last == m_last.end()) {
+        return nullptr;
+    }
+    Place* const place = last.value();
+    if (place->earlierTwin) {
+        last.value() = place->earlierTwin;
     } else {
-        entry.value() = twin.value();
-        m_earlierTwin.erase(twin);
+        m_last.erase(last);
     }
-    return slot;
+    return place;
 }
 
-/// Puts a slot into the chain of its key's twins, which goes from the last one back to the first.
-void LiveListIndex::link(const QString& key, int slot)
+/// Puts a place into the chain of its key's twins, which goes from the last one back to the first.
+void LiveListIndex::link(const QString& key, Place* place)
 {
-    const auto entry = m_slotByKey.find(key);
-    if (entry == m_slotByKey.end()) {
-        m_slotByKey.insert(key, slot);
-        return;
+    const int index = m_sequence.indexOf(*place);
+    Place** later = &m_last[key];
+    while (*later && m_sequence.indexOf(**later) > index) {
+        later = &(*later)->earlierTwin;
     }
-    if (entry.value() < slot) {
-        m_earlierTwin.insert(slot, entry.value());
-        entry.value() = slot;
-        return;
-    }
-    int later = entry.value();
-    while (m_earlierTwin.value(later, -1) > slot) {
-        later = m_earlierTwin.value(later);
-    }
-    if (m_earlierTwin.contains(later)) {
-        m_earlierTwin.insert(slot, m_earlierTwin.value(later));
-    }
-    m_earlierTwin.insert(later, slot);
-}
-
-/// Gives out the slots anew, without the empty ones.
-void LiveListIndex::renumber()
-{
-    for (int& slot : m_slotByKey) {
-        slot = itemsBefore(slot);
-    }
-    QHash<int, int> twins;
-    for (auto twin = m_earlierTwin.cbegin(); twin != m_earlierTwin.cend(); ++twin) {
-        twins.insert(itemsBefore(twin.key()), itemsBefore(twin.value()));
-    }
-    m_earlierTwin.swap(twins);
-    m_counts.resize(size_t(m_items));
-    for (int position = 1; position <= m_items; ++position) {
-        m_counts[size_t(position) - 1] = span(position);
-    }
+    place->earlierTwin = std::exchange(*later, place);
 }
 
 } // namespace zel::detail

@@ -2,47 +2,48 @@
 #pragma once
 
 #include <iface/Export.h>
+#include <iface/detail/IndexedSequence.h>
 
 #include <QtCore/QHash>
 #include <QtCore/QString>
 
-#include <vector>
+#include <deque>
 
 namespace zel::detail {
 
-/// Where the items of a live list stand, by key, while items are appended at the end and removed anywhere.
-///
-/// Keys map to slots, which are given out in the order of the items and never move; a tree of counts over the slots
-/// tells how many items stand before one. So nothing is entered again when an index shifts: looking up, appending
-/// and removing cost O(log n), and renumbering the slots, once as many are empty as are in use, spreads to O(log n)
-/// a removal.
+/// Where the items of a live list stand, by key, while items are appended at the end and removed anywhere: nothing is
+/// entered again when an index shifts.
 ///
 /// Several items may have one key; the last of these twins answers for it, and when it goes, the one before it.
 class ZEL_EXPORT LiveListIndex
 {
 public:
     void clear();
-    void reserve(int items);
+    void reserve(int items) { m_last.reserve(items); }
 
     /// One more item at the end.
     void append(const QString& key);
     /// The index of the item with that key, or -1.
     int indexOf(const QString& key) const;
-    /// Takes out the item that answers for the key, which must be there.
+    /// Takes out the item that answers for the key, if there is one.
     void remove(const QString& key);
-    /// The item that answers for @p from, which must be there, has another key from now on and stays where it is.
+    /// The item that answers for @p from, if there is one, has another key from now on and stays where it is.
     void rename(const QString& from, const QString& to);
 
 private:
-    int itemsBefore(int slot) const;
-    int unlink(const QString& key);
-    void link(const QString& key, int slot);
-    void renumber();
+    struct Place : iface::detail::IndexedSequence::Item
+    {
+        Place* earlierTwin = nullptr; ///< or, of an empty one, the next that is empty
+    };
 
-    QHash<QString, int> m_slotByKey; // of the last twin
-    QHash<int, int> m_earlierTwin;   // slot by slot
-    std::vector<int> m_counts;       // a Fenwick tree, the node of slot s at s
-    int m_items = 0;
+    Place* make();
+    Place* unlink(const QString& key);
+    void link(const QString& key, Place* place);
+
+    std::deque<Place> m_places; ///< where each stays as long as it is used
+    Place* m_empty = nullptr;
+    QHash<QString, Place*> m_last; ///< of the twins
+    iface::detail::IndexedSequence m_sequence;
 };
 
 } // namespace zel::detail
