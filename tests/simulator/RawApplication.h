@@ -10,6 +10,7 @@
 #include <QtCore/QSocketNotifier>
 #include <QtCore/QTimer>
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <utility>
@@ -26,7 +27,7 @@ public:
     ~RawApplication() { disconnect(); }
     Q_DISABLE_COPY_MOVE(RawApplication)
 
-    bool connectTo(const QString& root, const char* object)
+    bool connectTo(const QString& root, const QByteArray& object)
     {
         disconnect();
         m_descriptor = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
@@ -71,17 +72,17 @@ public:
     QJsonObject take(const char* type)
     {
         const QString wanted = QString::fromLatin1(type);
-        QJsonObject body;
+        auto found = messages.end();
         const bool came = waitFor([&] {
-            for (qsizetype i = 0; i < messages.size(); ++i) {
-                if (messages.at(i).contains(wanted)) {
-                    body = messages.takeAt(i).value(wanted).toObject();
-                    return true;
-                }
-            }
-            return false;
+            found = std::find_if(messages.begin(), messages.end(),
+                                 [&](const QJsonObject& message) { return message.contains(wanted); });
+            return found != messages.end();
         });
-        return came ? body : QJsonObject{{QStringLiteral("never came"), wanted}};
+        if (!came)
+            return {{QStringLiteral("never came"), wanted}};
+        const QJsonObject body = found->value(wanted).toObject();
+        messages.erase(found);
+        return body;
     }
 
     /// Waits for the answer to something that is asked for now: everything sent before is done by then.

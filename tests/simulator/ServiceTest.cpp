@@ -8,6 +8,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+const QString uuid = u"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b"_s;
+
 QByteArray picture(int size)
 {
     QByteArray data;
@@ -75,33 +77,52 @@ bool ServiceTest::playLine(const QString& line)
         return playCommand(rest, !line.startsWith("$!"_L1));
     if (line.startsWith(u'!')) {
         application('A').synchronize();
-        return m_refused->size() == rest.toInt();
+        return m_refused->size() == rest.toInt() &&
+               std::all_of(m_refused->cbegin(), m_refused->cend(), [](const QVariantList& refusal) {
+                   return !refusal.first().toString().contains(u'\n') && refusal.first().toString().size() < 400;
+               });
     }
     RawApplication& speaker = application(line.at(0).toLatin1());
-    QStringList words = rest.split(u' ', Qt::SkipEmptyParts);
     if (line.at(1) == u'.')
-        return speaker.drain() == words;
-    const QString type = words.takeFirst();
-    const QJsonObject body = QJsonDocument::fromJson(rest.section(u' ', 1).toUtf8()).object();
-    if (line.at(1) == u'<') {
-        const QString heard =
-            QString::fromUtf8(QJsonDocument(speaker.take(qPrintable(type))).toJson(QJsonDocument::Compact));
-        return std::all_of(words.begin(), words.end(), [&](const QString& word) {
-            return word.startsWith(u'-') ? !heard.contains(word.mid(1)) : heard.contains(word);
-        });
-    }
+        return speaker.drain() == rest.split(u' ', Qt::SkipEmptyParts);
+    if (line.at(1) == u'=')
+        return speaker.sendRecord(QString(rest).replace("\\n"_L1, "\n"_L1).toUtf8());
+    QStringList answers = rest.section(u" -> "_s, line.at(1) == u'>' ? 1 : 0).split(u"; "_s, Qt::SkipEmptyParts);
+    return (line.at(1) == u'<' || say(speaker, rest.section(u" -> "_s, 0, 0))) &&
+           std::all_of(answers.cbegin(), answers.cend(), [&](const QString& answer) { return hears(speaker, answer); });
+}
+
+bool ServiceTest::say(RawApplication& speaker, const QString& message)
+{
+    const QString type = message.section(u' ', 0, 0);
+    const QString words = message.section(u' ', 1);
+    const QJsonObject body = QJsonDocument::fromJson(words.toUtf8()).object();
+    if (type == "register"_L1)
+        return speaker.send(u"registrationRequest"_s, {{u"uuid"_s, uuid}, {u"silent"_s, words == "silent"_L1}});
     if (type != "change"_L1)
         return speaker.send(type, body);
     const QJsonObject element{{u"name"_s, u"platformProfile"_s}, {u"value"_s, body}};
     return speaker.send(u"requestListChange"_s, {{u"elements"_s, QJsonArray{element}}, {u"type"_s, u"global"_s}});
 }
 
+bool ServiceTest::hears(RawApplication& listener, const QString& expected)
+{
+    QStringList words = expected.split(u' ', Qt::SkipEmptyParts);
+    const QJsonDocument message(listener.take(qPrintable(words.takeFirst())));
+    const QString text = QString::fromUtf8(message.toJson(QJsonDocument::Compact));
+    return std::all_of(words.cbegin(), words.cend(), [&](const QString& word) {
+        return word.startsWith(u'-') ? !text.contains(word.mid(1)) : text.contains(word);
+    });
+}
+
 bool ServiceTest::playCommand(const QString& line, bool isDone)
 {
     QString reply;
-    const bool done = m_simulator->execute(line.section(u" => "_s, 0, 0), &reply);
-    const QString text = line.section(u" => "_s, 1);
-    const bool fits = done == isDone && (isDone ? reply.startsWith(text) : reply.contains(text));
+    const QStringList texts = line.split(u" => "_s);
+    const bool done = m_simulator->execute(texts.first(), &reply);
+    const QString said = reply.simplified();
+    const bool fits = done == isDone && std::all_of(texts.cbegin() + 1, texts.cend(),
+                                                    [&](const QString& text) { return said.contains(text); });
     if (!fits)
         qWarning("it says: %s", qPrintable(reply));
     return fits;
