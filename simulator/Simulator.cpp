@@ -228,6 +228,18 @@ int Simulator::contactCount() const
     return int(d->world.everybody().size());
 }
 
+QStringList Simulator::contactIds() const
+{
+    return d->world.everybody();
+}
+
+bool Simulator::hasApplication(const QString& handle) const
+{
+    QString problem;
+    const Person* person = d->world.findContact(handle, &problem);
+    return person && d->world.isInstalled(person->userId);
+}
+
 bool Simulator::sendInvitation(const QString& handle)
 {
     return d->accepted(d->invite(handle));

@@ -71,6 +71,12 @@ void SimulatorPrivate::connectParts()
     QObject::connect(&targets, &InvocationTargets::received, q, &Simulator::invocationReceived);
     QObject::connect(&targets, &InvocationTargets::refused, q, [this](const QString& line) { refuse(line); });
     QObject::connect(&targets, &InvocationTargets::invited, &world, &World::invite);
+    QObject::connect(&world, &World::permissionsChanged, q, &Simulator::permissionsChanged);
+    QObject::connect(&world, &World::profileChanged, q, &Simulator::profileChanged);
+    QObject::connect(&world, &World::personChanged, q, &Simulator::contactChanged);
+    for (const auto change : {&World::boxItemAdded, &World::boxItemChanged, &World::boxItemRemoved,
+                              &World::boxIconAdded, &World::boxIconRemoved})
+        QObject::connect(&world, change, q, &Simulator::boxChanged);
     QObject::connect(&timeline, &Timeline::due, q, [this](const Scenario::Step& step) {
         QString reply;
         if (!Commands(*this).run(step.words, &reply))

@@ -214,6 +214,7 @@ QString World::addContact(Person& person, bool installed)
         m.installed.append(person.userId);
         Q_EMIT contactInstalled(person.userId);
     }
+    Q_EMIT personChanged(person.userId);
     return {};
 }
 
@@ -234,8 +235,11 @@ QString World::changeContact(const Person& person)
     index(person);
     if (difference.contains("ppid"_L1))
         endPending(person.ppId);
-    if (!difference.isEmpty())
-        Q_EMIT contactChanged(QString(person.userId), difference);
+    if (difference.isEmpty())
+        return {};
+    const QString userId = person.userId;
+    Q_EMIT contactChanged(userId, difference);
+    Q_EMIT personChanged(userId);
     return {};
 }
 
@@ -255,6 +259,7 @@ QString World::removeContact(const QString& contact)
         m.installed.removeOne(removed);
         Q_EMIT contactUninstalled(removed);
     }
+    Q_EMIT personChanged(removed);
     return {};
 }
 
@@ -276,6 +281,7 @@ QString World::setInstalled(const QString& contact, bool installed)
         m.installed.removeOne(userId);
         Q_EMIT contactUninstalled(userId);
     }
+    Q_EMIT personChanged(userId);
     return {};
 }
 

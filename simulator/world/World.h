@@ -111,6 +111,8 @@ Q_SIGNALS:
     void contactInstalled(const QString& userId);
     void contactUninstalled(const QString& userId);
     void contactChanged(const QString& userId, const QJsonObject& difference);
+    /// Of everybody, also those without the application: added, removed, installed, uninstalled, or another record.
+    void personChanged(const QString& userId);
     void boxItemAdded(const QString& id);
     void boxItemChanged(const QString& id);
     void boxItemRemoved(const QString& id);

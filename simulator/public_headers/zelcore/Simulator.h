@@ -146,6 +146,10 @@ public:
     QList<Person> contacts() const;
     /// All of them, also those without the application.
     int contactCount() const;
+    /// The user ids of all of them, in the order in which they were added.
+    QStringList contactIds() const;
+    /// Whether the contact runs the application.
+    bool hasApplication(const QString& handle) const;
     /// Tells applications that this contact sent a connection invitation.
     bool sendInvitation(const QString& handle);
     /// Keeps doing something \a perSecond times a second, at random but the same for the same seed; 0 stops it.
@@ -227,6 +231,13 @@ Q_SIGNALS:
     /// After the answers have been sent. \a uuid is what the application called itself.
     void registrationRequested(const QString& uuid, bool silent);
     void registrationStateChanged(const QString& state);
+    // What these tell of is done, and applications have been told, whoever did it: a call, a command, an application.
+    void permissionsChanged();
+    void profileChanged();
+    /// The contact was added or removed, runs the application or no longer does, or has another record.
+    void contactChanged(const QString& userId);
+    /// An item or icon was added or removed, or an item is another.
+    void boxChanged();
     /// An application asked the invocation framework for something; \a data is the text of the request.
     void invocationReceived(const QString& target, const QString& action, const QString& mimeType,
                             const QByteArray& data);
