@@ -11,6 +11,7 @@
 
 #include <poll.h>
 #include <sys/signalfd.h>
+#include <termios.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -37,6 +38,17 @@ bool isOurs(int terminal)
 {
     const pid_t foreground = ::tcgetpgrp(terminal);
     return foreground < 0 || foreground == ::getpgrp(); // nobody's, for whom it does not control
+}
+
+/// Keys that can be read may be gone when they are: Ctrl-C throws away what was typed before it. A read that waited for
+/// the next one would stop the program.
+void neverWaitForKeys(int terminal)
+{
+    termios modes{};
+    if (::tcgetattr(terminal, &modes) != 0)
+        return;
+    modes.c_cc[VMIN] = 0;
+    ::tcsetattr(terminal, TCSANOW, &modes);
 }
 
 sigset_t suspension()
@@ -258,6 +270,7 @@ void LineEditor::show()
     if (m_line == Line::None) {
         m_line = Line::Hidden;
         el_wset(editor, EL_UNBUFFERED, 1);
+        neverWaitForKeys(input());
     }
     el_winsertstr(editor, m_hidden.c_str());
     el_cursor(editor, -m_hiddenBehind);
@@ -302,8 +315,9 @@ int LineEditor::nextCharacter(EditLine* editor, wchar_t* character)
         if (::poll(&waiting, 1, patienceInKey) <= 0)
             return 0;
         char byte;
-        if (::read(self.input(), &byte, 1) <= 0) {
-            self.m_atEnd = true;
+        const ssize_t count = ::read(self.input(), &byte, 1);
+        if (count <= 0) {
+            self.m_atEnd = count < 0 || (waiting.revents & POLLHUP) != 0;
             return 0;
         }
         const std::size_t taken = std::mbrtowc(character, &byte, 1, &state);
