@@ -8,10 +8,13 @@
 #include <Output.h>
 #include <Record.h>
 
+#include <common/Manual.h>
 #include <zelcore/Simulator.h>
 
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
+#include <QtCore/QProcess>
+#include <QtCore/QTemporaryDir>
 #include <QtTest/QTest>
 
 using namespace zelctl;
@@ -95,6 +98,34 @@ private Q_SLOTS:
                                   "icon-get 2147483648", "box-add x --icon 1.5", "box-add x --icon", "register --loud",
                                   "register --silent=no", "set-status Busy x"})
             QVERIFY2(!fitted(wrong), wrong);
+    }
+
+    void isCompletedInBash()
+    {
+        const zeltools::Manual manual{.program = u"try-it"_s,
+                                      .options = {{u"--all"_s, {}}, {u"--root DIR"_s, {}}, {u"--with[=FILE]"_s, {}}},
+                                      .commands = {{u"set on|off TEXT"_s, {}}, {u"show ID [--big] [-o FILE]"_s, {}}}};
+        const std::pair<const char*, const char*> rows[] = {{"''", "--all --root --with= help set show"},
+                                                            {"--a", "--all"},
+                                                            {"--all s", "set show"},
+                                                            {"--root s", "stars.png"},
+                                                            {"--with = s", "stars.png"},
+                                                            {"set o", "on off"},
+                                                            {"set s", ""},
+                                                            {"show 7 -", "--big -o"},
+                                                            {"show 7 -o ''", "stars.png"},
+                                                            {"help s", "set show"}};
+        QTemporaryDir folder;
+        QVERIFY(QFile(folder.filePath(u"stars.png"_s)).open(QIODevice::WriteOnly));
+        for (const auto& [typed, offered] : rows) {
+            QProcess bash;
+            bash.setWorkingDirectory(folder.path());
+            bash.start(u"bash"_s, {u"-c"_s, manual.completion() +
+                                                u"COMP_WORDS=(try-it %1); COMP_CWORD=$((${#COMP_WORDS["
+                                                "@]}-1)); _try_it; echo ${COMPREPLY[@]}"_s.arg(QLatin1String(typed))});
+            QVERIFY(bash.waitForFinished());
+            QCOMPARE(bash.readAll().trimmed(), QByteArray(offered));
+        }
     }
 
     void bringsAnyTextBackThroughJson()

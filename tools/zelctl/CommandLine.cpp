@@ -61,11 +61,11 @@ bool setSwitch(CommandLine& line, const Typed& typed)
         return line.json = true;
     if (typed.name == "--all"_L1)
         return line.all = true;
-    if (typed.name == "--help"_L1 || typed.name == "-h"_L1)
-        return line.help = true;
-    if (typed.name == "--version"_L1)
-        return line.version = true;
-    return false;
+    static const QStringList about{u"--help"_s, u"-h"_s, u"--version"_s, u"--completion"_s, u"--manual-page"_s};
+    if (!about.contains(typed.name))
+        return false;
+    line.about = typed.name;
+    return true;
 }
 
 } // namespace

@@ -17,8 +17,7 @@ struct CommandLine
 {
     bool json = false;
     bool all = false;
-    bool help = false;
-    bool version = false;
+    QString about; ///< "--help" or another that has the program only tell of itself; empty: none.
     bool simulate = false;
     QString scenario; ///< Empty: the simulator's own world.
     QUuid uuid = defaultUuid();

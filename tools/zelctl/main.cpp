@@ -9,6 +9,7 @@
 #include "Watch.h"
 
 #include <common/LineReader.h>
+#include <common/Manual.h>
 #include <common/QuitSignals.h>
 
 #include <zelcore/Simulator.h>
@@ -33,29 +34,32 @@ namespace {
 
 constexpr int wrongUse = 2;
 
-void printUsage()
+zeltools::Manual manual()
 {
-    QString text =
-        u"Usage: zelctl [--json] [--all] [--uuid UUID] [--timeout S] [--simulate[=SCENARIO]] COMMAND ...\n\n"
-        "An application of the messaging service, on the command line.\n\n"
-        "  --json                 JSON Lines on standard output, and nothing else there\n"
-        "  --all                  tables with everything, ids and versions, too\n"
-        "  --uuid UUID            what the application calls itself (default %1)\n"
-        "  --timeout S            how many seconds a command may take (default 10)\n"
-        "  --simulate[=SCENARIO]  with a core service of its own, empty or with the world of a scenario: a file,\n"
-        "                         or one of %2\n\n"
-        "Commands:\n"_s.arg(CommandLine::defaultUuid().toString(QUuid::WithoutBraces),
-                            zelcore::Simulator::scenarioNames().join(", "_L1));
-    const auto add = [&text](const QString& usage, const QString& summary) {
-        text += u"  %1 %2\n"_s.arg(usage, -44).arg(summary);
-    };
+    using Entry = zeltools::Manual::Entry;
+    zeltools::Manual manual{
+        .program = u"zelctl"_s,
+        .synopsis = u"[OPTION ...] COMMAND ..."_s,
+        .purpose = u"an application of the messaging service, on the command line"_s,
+        .more = u"What needs it registers the application first. Scenarios: %1."_s.arg(
+            zelcore::Simulator::scenarioNames().join(", "_L1)),
+        .options = {{u"--json"_s, u"JSON Lines on standard output, and nothing else there"_s},
+                    {u"--all"_s, u"tables with everything, ids and versions, too"_s},
+                    {u"--uuid UUID"_s, u"what the application calls itself (default %1)"_s.arg(
+                                           CommandLine::defaultUuid().toString(QUuid::WithoutBraces))},
+                    {u"--timeout S"_s, u"how many seconds a command may take (default 10)"_s},
+                    {u"--simulate[=SCENARIO]"_s,
+                     u"with a core service of its own, empty or with a scenario: a name or a file"_s}},
+        .ending = u"'zelctl help COMMAND' shows one with an example.\n"
+                  "Exit status: 0 done, 1 the request failed or timed out, 2 wrong use."_s};
+    manual.options += zeltools::Manual::ownOptions();
     for (const Command& command : commands())
-        add(command.name + u' ' + command.usage, command.summary);
-    add(u"watch"_s, u"register if allowed, and print every signal until interrupted"_s);
-    add(u"shell"_s, u"take commands from standard input, a line each; 'help' lists them"_s);
-    text += u"\n'zelctl help COMMAND' shows one with an example. What needs it registers the application first.\n"
-            "Exit status: 0 done, 1 the request failed or timed out, 2 wrong use.\n"_s;
-    std::fputs(text.toUtf8().constData(), stdout);
+        manual.commands += Entry{(command.name + u' ' + command.usage).trimmed(), command.summary};
+    manual.commands += {
+        Entry{u"watch"_s, u"register if allowed, and print every signal until interrupted"_s},
+        Entry{u"shell"_s, u"take commands from standard input, a line each; 'help' lists them"_s},
+    };
+    return manual;
 }
 
 int complain(const QString& sentence, int exitStatus = wrongUse)
@@ -171,14 +175,12 @@ int main(const QStringList& words)
         return complain(error + u"; zelctl --help shows what there is"_s);
     const QStringList& typed = line->words;
     const QString name = typed.value(0);
-    if (line->version || (typed.size() == 2 && typed.last() == "--version"_L1)) {
+    if (line->about == "--version"_L1 || (typed.size() == 2 && typed.last() == "--version"_L1)) {
         std::puts("zelctl " ZELCTL_VERSION);
         return 0;
     }
-    if (line->help || typed == QStringList{u"help"_s}) {
-        printUsage();
+    if (manual().print(typed == QStringList{u"help"_s} ? u"--help"_s : line->about, QStringLiteral(ZELCTL_VERSION)))
         return 0;
-    }
     if (typed.isEmpty())
         return complain(u"no command; zelctl --help shows what there is"_s);
     const bool asksForHelp = typed.size() == 2 && (name == "help"_L1 || typed.last() == "--help"_L1);

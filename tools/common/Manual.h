@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QtCore/QList>
+#include <QtCore/QString>
+
+namespace zeltools {
+
+/// How a program is called: told for people, as a page of the manual, and to the shell that completes its command line.
+///
+/// A usage is what is typed: "--timeout S", "--simulate[=SCENARIO]", "set-status available|busy TEXT",
+/// "picture HANDLE [-o FILE]". FILE and DIR stand for names of files, other capitals for what only a person knows.
+struct Manual
+{
+    struct Entry
+    {
+        QString usage;
+        QString text;
+    };
+
+    QString program;
+    QString synopsis = {}; ///< Behind the program's name.
+    QString purpose = {};  ///< As manuals name it: a lower-case letter first, and no full stop.
+    QString more = {};     ///< Further sentences.
+    QList<Entry> options = {};
+    QList<Entry> commands = {}; ///< The first word of a usage is the command's name.
+    QString ending = {};
+
+    QString help() const;
+    /// In the words of man(7).
+    QString page(const QString& version) const;
+    /// For bash. "help" is completed by the names of the commands, if there are any.
+    QString completion() const;
+
+    /// Prints what \a word ("--help", "-h", "--manual-page", "--completion") asks for; false when it is none of them.
+    bool print(const QString& word, const QString& version) const;
+    /// The options that print() knows, for the table of them.
+    static QList<Entry> ownOptions();
+};
+
+} // namespace zeltools
