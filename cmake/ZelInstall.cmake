@@ -57,6 +57,9 @@ foreach(program IN ITEMS zelctl zelcore-sim)
         install(TARGETS ${program} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
     endif()
 endforeach()
+if(TARGET manuals)
+    install(DIRECTORY "${PROJECT_BINARY_DIR}/share/" DESTINATION "${CMAKE_INSTALL_DATADIR}")
+endif()
 
 configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/ZelPlatformConfig.cmake.in"
     "${PROJECT_BINARY_DIR}/ZelPlatformConfig.cmake" INSTALL_DESTINATION "${zel_package}")

@@ -83,6 +83,16 @@ private Q_SLOTS:
         QVERIFY(m_terminal->shows({"{\"x\":{}}", "zelctl> prof"}));
     }
 
+    void saysWhatIsBeingWaitedFor()
+    {
+        m_service->setRegistrationState(u"Pending"_s);
+        m_terminal =
+            std::make_unique<PseudoTerminal>(QStringList{QStringLiteral(ZELCTL_PATH), u"contacts"_s}, m_environment);
+        QVERIFY(m_terminal->shows({"Waiting for the registration, 1 s"}));
+        m_service->setRegistrationState(u"Success"_s);
+        QVERIFY(m_terminal->shows({"valid     yes", "complete  yes", "count     0", "status 0", ""}));
+    }
+
     void leavesTheTerminalInOrder()
     {
         for (const auto start : {&TstTerminal::startSimulator, &TstTerminal::startZelctl}) {

@@ -8,6 +8,10 @@
 
 #include <vx/platform/zel/Context.h>
 
+#include <cstdio>
+
+#include <unistd.h>
+
 using namespace vx::platform::zel;
 using namespace Qt::StringLiterals;
 
@@ -57,6 +61,7 @@ OneShot::OneShot(Session& session, Output& output, const Command& command, const
 {
     m_timer.setSingleShot(true);
     connect(&m_timer, &QTimer::timeout, this, &OneShot::onTimeout);
+    connect(&m_patience, &QTimer::timeout, this, &OneShot::showPatience);
     connect(&m_session, &Session::signalled, this, &OneShot::onSignal);
     connect(&m_session, &Session::liveObjectsMade, this, &OneShot::onLive);
     connect(&m_session, &Session::saved, this, [this](const QString& sentence) { m_saved = sentence; });
@@ -72,6 +77,8 @@ void OneShot::start()
 {
     if (m_session.hasService()) {
         m_timer.start(m_timeout);
+        if (m_output.format() == Output::Format::People && ::isatty(STDERR_FILENO))
+            m_patience.start(1000);
         return;
     }
     if (m_command.needs == Needs::State && !registers())
@@ -81,6 +88,7 @@ void OneShot::start()
 
 void OneShot::onSignal(const Record& record)
 {
+    hidePatience();
     const bool isState = record.textOf(u"source"_s) == "Context"_L1;
     if (isState && registers() && m_phase != Phase::Done)
         m_output.signal(record);
@@ -143,6 +151,7 @@ void OneShot::act()
     if (m_phase == Phase::Outcome || m_phase == Phase::Delivery || m_phase == Phase::Done)
         return;
     m_phase = Phase::Outcome;
+    hidePatience();
     if (const QString objection = objectionTo(m_command, m_arguments, m_session); !objection.isEmpty()) {
         fail(objection);
         return;
@@ -221,6 +230,7 @@ void OneShot::fail(const QString& sentence)
 {
     if (m_phase == Phase::Done)
         return;
+    hidePatience();
     m_output.diagnostic(sentence);
     finish(1);
 }
@@ -231,8 +241,24 @@ void OneShot::finish(int exitStatus)
         return;
     m_phase = Phase::Done;
     m_timer.stop();
+    m_patience.stop();
     QMetaObject::invokeMethod(
         this, [this, exitStatus] { Q_EMIT finished(exitStatus); }, Qt::QueuedConnection);
+}
+
+void OneShot::showPatience() const
+{
+    const char* const what = m_phase == Phase::State          ? "the registration state"
+                             : m_phase == Phase::Registration ? "the registration"
+                             : m_phase == Phase::Contacts     ? "the contacts"
+                                                              : "the answer";
+    std::fprintf(stderr, "\r\033[KWaiting for %s, %d s", what, (m_timeout - m_timer.remainingTime()) / 1000);
+}
+
+void OneShot::hidePatience() const
+{
+    if (m_patience.isActive())
+        std::fputs("\r\033[K", stderr);
 }
 
 void OneShot::interrupt()

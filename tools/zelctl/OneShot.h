@@ -50,6 +50,8 @@ private:
     void fail(const QString& sentence);
     void finish(int exitStatus);
     void onTimeout();
+    void showPatience() const;
+    void hidePatience() const;
     QString fill(const QString& sentence, const Record& signal, bool* hasNothing) const;
 
     Session& m_session;
@@ -58,6 +60,7 @@ private:
     const Arguments m_arguments;
     const int m_timeout;
     QTimer m_timer;
+    QTimer m_patience; ///< Runs at a terminal, where somebody wonders what is being waited for.
     Phase m_phase = Phase::State;
     bool m_waitsForDelivery = false;
     QString m_saved; ///< What is to be said about a file that was written.
