@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+// As docs/testing.md and docs/simulator.md have it.
+// clang-format off
+#include <zelcore/TestService.h>
+
+#include <zelcore/Simulator.h>
+
+#include <QtTest/QTest>
+
+using namespace Qt::StringLiterals;
+
+class ContactBrowser
+{
+public:
+    ContactBrowser();
+    QStringList names() const;
+};
+
+class TstContactBrowser : public QObject
+{
+    void showsWhoIsThereComesAndLeaves();
+};
+
+void TstContactBrowser::showsWhoIsThereComesAndLeaves()
+{
+    zelcore::TestService service;                        // runs already, in a folder of its own
+    QVERIFY2(service.isRunning(), qPrintable(service.problem()));
+    service.addContact(u"Anna"_s);                       // the world, before the application
+
+    ContactBrowser browser;                              // your class: it registers, as ever
+    QTRY_COMPARE(browser.names(), QStringList(u"Anna"_s));
+
+    service.addContact(u"Bert"_s);                       // what happens while it runs
+    QTRY_COMPARE(browser.names(), (QStringList{u"Anna"_s, u"Bert"_s}));
+    QVERIFY(service.uninstallApplication(u"anna"_s));    // the handle
+    QTRY_COMPARE(browser.names(), QStringList(u"Bert"_s));
+    QCOMPARE(service.refusals(), QStringList());         // nothing that it asked for was refused
+}
+
+void stepping(zelcore::TestService& service)
+{
+    service.setTimelinePaused(true);                     // a Simulator; a TestService is paused
+    QVERIFY(service.loadScenario(u"first-steps"_s));
+    // ...
+    QVERIFY(service.stepTimeline());                     // the next entry, now
+    QCOMPARE(service.runTimelineUntil(2000), 3);         // all up to 2 s, now: how many they were
+    service.setTimelinePaused(false);                    // on by the clock, from there
+}
+
+void refused()
+{
+    zelcore::Simulator service;
+    service.setRegistrationPolicy(zelcore::Simulator::RegistrationPolicy::Fixed, u"Expired"_s);
+    QVERIFY(service.start());
+    QVERIFY(service.exportRoot());   // before the application's objects are made
+}
