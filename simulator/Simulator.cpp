@@ -2,6 +2,7 @@
 #include <zelcore/Simulator.h>
 
 #include <simulator/ClientLibrary.h>
+#include <simulator/recordings/Anonymiser.h>
 #include <simulator/scenarios/Commands.h>
 #include <simulator/SimulatorPrivate.h>
 #include <simulator/scenarios/Words.h>
@@ -86,7 +87,7 @@ bool Simulator::comeBack(QString* error)
 
 int Simulator::clientCount() const
 {
-    return int(d->service.context().sessions.size());
+    return int(d->server.clients().size());
 }
 
 // --- Registration and permissions -------------------------------------------------------------------------------
@@ -358,6 +359,59 @@ bool Simulator::loadScenario(const QString& scenario, QString* error)
 QStringList Simulator::scenarioNames()
 {
     return Scenario::names();
+}
+
+// --- Recordings -------------------------------------------------------------------------------------------------
+
+bool Simulator::record(const QString& path, QString* error)
+{
+    return orWarned(*d, error, [&](QString* problem) { return d->record(path, problem); });
+}
+
+void Simulator::stopRecording()
+{
+    d->recorder.close();
+}
+
+bool Simulator::isRecording() const
+{
+    return d->recorder.isOpen();
+}
+
+bool Simulator::anonymise(const QString& from, const QString& to, QString* error)
+{
+    QString own;
+    QString& problem = error ? *error : own;
+    problem.clear();
+    const std::optional<Recording> recording = Recording::load(from, &problem);
+    if (recording)
+        problem = Anonymiser().anonymised(*recording).save(to);
+    return problem.isEmpty();
+}
+
+bool Simulator::replay(const QString& path, QString* error, ReplayPace pace, int patience)
+{
+    return orWarned(*d, error, [&](QString* problem) { return d->startReplay(path, problem, pace, patience); });
+}
+
+bool Simulator::isReplaying() const
+{
+    return d->replay != nullptr;
+}
+
+bool Simulator::isReplayFinished() const
+{
+    return d->replay && d->replay->isFinished();
+}
+
+QString Simulator::replayAwaits() const
+{
+    return d->replay ? d->replay->awaits() : QString();
+}
+
+QStringList Simulator::replayDifferences() const
+{
+    return d->replay ? d->replay->differences() : QStringList();
 }
 
 // --- The timeline of a scenario ---------------------------------------------------------------------------------

@@ -44,17 +44,7 @@ SimulatorPrivate::~SimulatorPrivate()
 
 void SimulatorPrivate::connectParts()
 {
-    QObject::connect(&server, &ObjectServer::clientConnected, q, [this](int client) {
-        service.connected(client, server.processOf(client));
-        Q_EMIT q->clientConnected(client);
-        Q_EMIT q->clientCountChanged(q->clientCount());
-    });
-    QObject::connect(&server, &ObjectServer::clientDisconnected, q, [this](int client) {
-        service.disconnected(client);
-        Q_EMIT q->clientDisconnected(client);
-        Q_EMIT q->clientCountChanged(q->clientCount());
-    });
-    QObject::connect(&server, &ObjectServer::recordReceived, &service, &CoreService::received);
+    connectApplications();
     QObject::connect(&service, &CoreService::messageReceived, q, &Simulator::messageReceived);
     QObject::connect(&service, &CoreService::refused, q, [this](const QString& line) { refuse(line); });
     QObject::connect(&service.registrar(), &Registrar::requested, q, &Simulator::registrationRequested);
@@ -68,6 +58,11 @@ void SimulatorPrivate::connectParts()
     QObject::connect(&outbox, &Outbox::lost, q, [this](int client, const QString& why) {
         warn(u"application %1: %2"_s.arg(QString::number(client), why));
     });
+    QObject::connect(&targets, &InvocationTargets::passed, q,
+                     [this](const QString& target, qint64, const QByteArray& record) {
+                         if (replay)
+                             replay->invoked(target, record);
+                     });
     QObject::connect(&targets, &InvocationTargets::received, q, &Simulator::invocationReceived);
     QObject::connect(&targets, &InvocationTargets::refused, q, [this](const QString& line) { refuse(line); });
     QObject::connect(&targets, &InvocationTargets::invited, &world, &World::invite);
@@ -82,6 +77,33 @@ void SimulatorPrivate::connectParts()
         if (!Commands(*this).run(step.words, &reply))
             refuse(u"%1: %2"_s.arg(step.line, reply));
         Q_EMIT q->commandExecuted(step.line, reply);
+    });
+}
+
+void SimulatorPrivate::connectApplications()
+{
+    QObject::connect(&server, &ObjectServer::clientConnected, q, [this](int client) {
+        note({Recording::Entry::Kind::Connected, 0, client});
+        if (replay)
+            replay->connected(client);
+        else
+            service.connected(client, server.processOf(client));
+        Q_EMIT q->clientConnected(client);
+        Q_EMIT q->clientCountChanged(q->clientCount());
+    });
+    QObject::connect(&server, &ObjectServer::clientDisconnected, q, [this](int client) {
+        note({Recording::Entry::Kind::Disconnected, 0, client});
+        if (replay)
+            replay->disconnected(client);
+        service.disconnected(client);
+        Q_EMIT q->clientDisconnected(client);
+        Q_EMIT q->clientCountChanged(q->clientCount());
+    });
+    QObject::connect(&server, &ObjectServer::recordReceived, q, [this](int client, const QByteArray& record) {
+        if (replay)
+            replay->received(client, record);
+        else
+            service.received(client, record);
     });
 }
 
@@ -107,7 +129,67 @@ void SimulatorPrivate::tap(WireRecord record)
     const auto found = sessions.find(record.client);
     record.time = m_born + m_age.elapsed();
     record.uuid = found == sessions.end() ? QString() : found->second->uuid;
+    using Kind = Recording::Entry::Kind;
+    note({!record.target.isEmpty()                                     ? Kind::Invoked
+          : record.direction == WireRecord::Direction::FromApplication ? Kind::Received
+                                                                       : Kind::Sent,
+          0, record.client, record.uuid, record.target, record.bytes});
     Q_EMIT q->recordPassed(record);
+}
+
+void SimulatorPrivate::note(Recording::Entry entry)
+{
+    if (!recorder.isOpen())
+        return;
+    entry.time = m_age.elapsed() - m_recordingBegan;
+    const QString problem = recorder.write(entry);
+    if (!problem.isEmpty())
+        warn(problem);
+}
+
+bool SimulatorPrivate::record(const QString& path, QString* error)
+{
+    m_recordingBegan = m_age.elapsed();
+    *error = recorder.open(path, {QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs), false, {}});
+    for (const int client : server.clients())
+        note({Recording::Entry::Kind::Connected, 0, client});
+    return error->isEmpty();
+}
+
+bool SimulatorPrivate::startReplay(const QString& path, QString* error, Simulator::ReplayPace pace, int patience)
+{
+    if (!server.clients().isEmpty()) {
+        *error = u"a replay begins before the applications: %1 are connected"_s.arg(server.clients().size());
+        return false;
+    }
+    std::optional<Recording> recording = Recording::load(path, error);
+    if (!recording)
+        return false;
+    endReplay();
+    replay = std::make_unique<Replay>(*std::move(recording), pace, patience);
+    connectReplay();
+    return true;
+}
+
+void SimulatorPrivate::connectReplay()
+{
+    QObject::connect(replay.get(), &Replay::due, &outbox, &Outbox::sendRecord);
+    QObject::connect(replay.get(), &Replay::differed, q, &Simulator::replayDiffered);
+    QObject::connect(replay.get(), &Replay::finished, q, &Simulator::replayFinished);
+    QObject::connect(replay.get(), &Replay::goAwayDue, q, [this] { goAway(); });
+    QObject::connect(replay.get(), &Replay::comeBackDue, q, [this] {
+        QString problem;
+        if (!comeBack(&problem))
+            refuse(problem);
+    });
+}
+
+void SimulatorPrivate::endReplay()
+{
+    if (!replay)
+        return;
+    replay->end();
+    replay.release()->deleteLater(); // it may be the one who is telling
 }
 
 int SimulatorPrivate::clientOf(qint64 process) const
@@ -174,6 +256,7 @@ void SimulatorPrivate::stop()
 {
     if (!running)
         return;
+    recorder.close(); // an end is not what a replay should play
     goAway();
     running = false;
     away = false;
@@ -188,6 +271,7 @@ void SimulatorPrivate::goAway()
     if (!running || away)
         return;
     away = true;
+    note({Recording::Entry::Kind::Away});
     service.suspend();
     server.close();
 }
@@ -203,6 +287,7 @@ bool SimulatorPrivate::comeBack(QString* error)
     if (!listen(error))
         return false;
     away = false;
+    note({Recording::Entry::Kind::Back});
     return true;
 }
 

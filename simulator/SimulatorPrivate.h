@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <simulator/recordings/Recorder.h>
+#include <simulator/recordings/Replay.h>
 #include <simulator/scenarios/ActivityMaker.h>
 #include <simulator/services/CoreService.h>
 #include <simulator/wire/InvocationTargets.h>
@@ -45,6 +47,10 @@ public:
     /// A contact, by handle or user id, invites the user. Empty, or why not.
     QString invite(const QString& contact);
 
+    bool record(const QString& path, QString* error);
+    bool startReplay(const QString& path, QString* error, Simulator::ReplayPace pace, int patience);
+    void endReplay();
+
     /// The application that connected last of those of a process; 0 without one.
     int clientOf(qint64 process) const;
 
@@ -56,6 +62,8 @@ public:
     InvocationTargets targets;
     ActivityMaker activity;
     Timeline timeline;
+    Recorder recorder;
+    std::unique_ptr<Replay> replay; ///< Who answers in place of the service, if anybody does.
     std::unique_ptr<QTemporaryDir> temporary;
     QString root;
     bool running = false;
@@ -64,10 +72,14 @@ public:
 private:
     void connectParts();
     void connectTap();
+    void connectApplications();
+    void connectReplay();
     void tap(WireRecord record);
+    void note(Recording::Entry entry);
 
     const qint64 m_born = QDateTime::currentMSecsSinceEpoch();
     QElapsedTimer m_age; ///< Since then: the clock on the wall may be set.
+    qint64 m_recordingBegan = 0;
 };
 
 } // namespace zelcore

@@ -2,19 +2,17 @@
 #include <simulator/scenarios/Scenario.h>
 
 #include <simulator/scenarios/Commands.h>
+#include <simulator/scenarios/MemberReader.h>
 #include <simulator/scenarios/Words.h>
 #include <simulator/world/World.h>
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
-#include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 
 #include <algorithm>
-#include <functional>
-#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -30,101 +28,19 @@ namespace {
 
 const QString shippedFolder = u":/zelcore/scenarios/"_s;
 
-/// Takes the members of an object one by one, and remembers the first thing that is wrong with any of them. What they
-/// mean is for the commands to know.
-class Reader
-{
-public:
-    Reader(const QJsonObject& object, const QString& place, QString* problem)
-        : m_object(object)
-        , m_place(place)
-        , m_problem(problem)
-    {
-    }
-
-    const QString& place() const { return m_place; }
-    QString placeOf(const QString& key) const { return m_place.isEmpty() ? key : m_place + u'.' + key; }
-    QStringList keys() const { return m_object.keys(); }
-    bool has(const QString& key) const { return m_object.contains(key); }
-
-    /// A text, number or switch as the command language has it; \a preset when there is none.
-    QString word(const QString& key, const QString& preset = QString())
-    {
-        const QJsonValue value = m_object.take(key);
-        if (value.isUndefined())
-            return preset;
-        if (value.isBool())
-            return value.toBool() ? u"on"_s : u"off"_s;
-        if (!value.isString() && !value.isDouble())
-            complain(key, u"is no text, no number, and neither true nor false"_s);
-        return value.toVariant().toString();
-    }
-
-    /// NAME=VALUE for every member that nobody took.
-    QStringList fields()
-    {
-        QStringList fields;
-        for (const QString& key : keys())
-            fields.append(key + u'=' + word(key));
-        return fields;
-    }
-
-    Reader object(const QString& key)
-    {
-        const QJsonValue value = m_object.take(key);
-        if (!value.isUndefined() && !value.isObject())
-            complain(key, u"is no object"_s);
-        return {value.toObject(), placeOf(key), m_problem};
-    }
-
-    /// Calls \a visit with each object of an array.
-    void each(const QString& key, const std::function<void(Reader&)>& visit)
-    {
-        const QJsonValue value = m_object.take(key);
-        if (!value.isUndefined() && !value.isArray())
-            complain(key, u"is no array"_s);
-        const QJsonArray array = value.toArray();
-        for (qsizetype i = 0; i < array.size(); ++i) {
-            Reader element(array.at(i).toObject(), u"%1[%2]"_s.arg(placeOf(key)).arg(i), m_problem);
-            if (!array.at(i).isObject())
-                complain(key, u"holds something that is no object"_s);
-            visit(element);
-            element.end();
-        }
-    }
-
-    /// Whatever is left was misspelt.
-    void end()
-    {
-        if (!m_object.isEmpty())
-            complain(m_object.begin().key(), u"means nothing here"_s);
-    }
-
-    void complain(const QString& key, const QString& what)
-    {
-        if (m_problem->isEmpty())
-            *m_problem = u"%1 %2"_s.arg(placeOf(key), what);
-    }
-
-private:
-    QJsonObject m_object;
-    QString m_place;
-    QString* m_problem;
-};
-
-void readWorld(Reader world, QList<Scenario::Step>* steps)
+void readWorld(MemberReader world, QList<Scenario::Step>* steps)
 {
     const auto add = [steps](const QString& place, const QStringList& words) {
         steps->append({place, QString(), words, 0, false});
     };
     /// One command for each member of an object.
     const auto addMembers = [&](const QString& key, const QString& command) {
-        Reader reader = world.object(key);
+        MemberReader reader = world.object(key);
         for (const QString& name : reader.keys())
             add(reader.placeOf(name), {command, name, reader.word(name)});
     };
     if (world.has(u"profile"_s)) {
-        Reader profile = world.object(u"profile"_s);
+        MemberReader profile = world.object(u"profile"_s);
         add(profile.place(), QStringList{u"profile"_s} + profile.fields());
     }
     addMembers(u"permissions"_s, u"permission"_s);
@@ -132,19 +48,19 @@ void readWorld(Reader world, QList<Scenario::Step>* steps)
         add(world.placeOf(u"registration"_s),
             QStringList{u"registration"_s} + world.word(u"registration"_s).split(u' '));
     if (world.has(u"generate"_s)) {
-        Reader generate = world.object(u"generate"_s);
+        MemberReader generate = world.object(u"generate"_s);
         add(generate.place(), {u"generate"_s, generate.word(u"count"_s), generate.word(u"seed"_s, u"1"_s)});
         generate.end();
     }
-    world.each(u"contacts"_s, [&](Reader& contact) {
+    world.each(u"contacts"_s, [&](MemberReader& contact) {
         const QStringList words{u"contact"_s, u"add"_s, contact.word(u"handle"_s)};
         add(contact.place(), words + contact.fields());
     });
-    Reader box = world.object(u"box"_s);
-    box.each(u"icons"_s, [&](Reader& icon) {
+    MemberReader box = world.object(u"box"_s);
+    box.each(u"icons"_s, [&](MemberReader& icon) {
         add(icon.place(), {u"box"_s, u"icon"_s, icon.word(u"id"_s), icon.word(u"size"_s)});
     });
-    box.each(u"items"_s, [&](Reader& item) {
+    box.each(u"items"_s, [&](MemberReader& item) {
         add(item.place(), {u"box"_s, u"add"_s, item.word(u"text"_s), item.word(u"cookie"_s), item.word(u"icon"_s)});
     });
     box.end();
@@ -153,7 +69,7 @@ void readWorld(Reader world, QList<Scenario::Step>* steps)
     world.end();
 }
 
-void readStep(Reader& reader, QList<Scenario::Step>* steps)
+void readStep(MemberReader& reader, QList<Scenario::Step>* steps)
 {
     Scenario::Step step;
     step.place = reader.place();
@@ -184,10 +100,10 @@ bool parse(const QByteArray& text, Scenario* scenario, QString* problem)
         *problem = u"a scenario is one JSON object, not an array"_s;
     if (!problem->isEmpty())
         return false;
-    Reader root(document.object(), QString(), problem);
+    MemberReader root(document.object(), QString(), problem);
     root.word(u"description"_s);
     readWorld(root.object(u"world"_s), &scenario->world);
-    root.each(u"timeline"_s, [&](Reader& step) { readStep(step, &scenario->timeline); });
+    root.each(u"timeline"_s, [&](MemberReader& step) { readStep(step, &scenario->timeline); });
     root.end();
     return problem->isEmpty();
 }

@@ -60,11 +60,15 @@ QByteArray envelope(QLatin1String type, const QByteArray& body)
 std::optional<Message> parse(const QByteArray& record, QString* problem)
 {
     const QByteArray target = attribute(record, "msg::");
-    if (target != "zel") {
-        *problem = target.isNull() ? u"a record without \"msg\""_s
-                                   : u"a record for \"%1\""_s.arg(QString::fromUtf8(target.left(40)));
-        return std::nullopt;
-    }
+    if (target == "zel")
+        return read(record, problem);
+    *problem = target.isNull() ? u"a record without \"msg\""_s
+                               : u"a record for \"%1\""_s.arg(QString::fromUtf8(target.left(40)));
+    return std::nullopt;
+}
+
+std::optional<Message> read(const QByteArray& record, QString* problem)
+{
     const QByteArray json = attribute(record, "dat:json:");
     if (json.isNull()) {
         *problem = u"a record without \"dat\""_s;

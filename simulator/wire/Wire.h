@@ -31,6 +31,9 @@ QByteArray record(const QByteArray& json);
 /// {"TYPE":BODY}
 QByteArray envelope(QLatin1String type, const QByteArray& body);
 
+/// Reads the message in a record of either direction. On failure empty, with a sentence in \a problem.
+std::optional<Message> read(const QByteArray& record, QString* problem);
+
 /// Reads an application's record. On failure empty, with a sentence in \a problem.
 std::optional<Message> parse(const QByteArray& record, QString* problem);
 

@@ -16,7 +16,7 @@ class ServiceTest : public QObject
 {
     Q_OBJECT
 
-private Q_SLOTS:
+protected Q_SLOTS:
     void init();
     void cleanup();
 

@@ -78,7 +78,12 @@ private Q_SLOTS:
                                                    {{u"word"_s}, 2},
                                                    {{u"--rot"_s}, 2},
                                                    {{u"--scenario"_s, u"nowhere"_s}, 1},
-                                                   {{u"--root"_s, u"/proc/none"_s}, 1}};
+                                                   {{u"--root"_s, u"/proc/none"_s}, 1},
+                                                   {{u"--replay"_s, u"nowhere"_s}, 1},
+                                                   {{u"--replay"_s, u"a"_s, u"--contacts"_s, u"1"_s}, 2},
+                                                   {{u"--record"_s, u"/proc/none"_s}, 1},
+                                                   {{u"--anonymise"_s, u"nowhere"_s}, 2},
+                                                   {{u"--anonymise"_s, u"nowhere"_s, u"new"_s}, 1}};
         m_program->setProcessChannelMode(QProcess::SeparateChannels);
         for (const auto& [arguments, status] : wrong) {
             m_program->start(QStringLiteral(ZELCORE_SIM), arguments);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Trace.h"
 
+#include <QtCore/QDateTime>
 #include <QtCore/QRegularExpression>
-#include <QtCore/QTime>
 
 using namespace Qt::StringLiterals;
 
@@ -10,12 +10,16 @@ namespace {
 
 constexpr int longestBody = 400;
 
-/// What stands between {"TYPE": and the last brace.
-QString bodyOf(const QString& type, const QByteArray& json)
+/// TYPE BODY, for a message {"TYPE":BODY}.
+QString contentOf(const QByteArray& record)
 {
-    const QString text = QString::fromUtf8(json);
-    const QString head = u"{\"%1\":"_s.arg(type);
-    return text.startsWith(head) ? text.mid(head.size(), text.size() - head.size() - 1) : text;
+    const QByteArray head = "dat:json:";
+    const qsizetype start = record.indexOf('\n' + head) + 1 + head.size();
+    const QString json = QString::fromUtf8(record.mid(start, record.indexOf('\n', start) - start));
+    const qsizetype nameEnd = json.indexOf(u"\":"_s);
+    const bool isMessage = start > head.size() && json.startsWith(u"{\""_s) && json.endsWith(u'}') && nameEnd > 0;
+    return isMessage ? json.mid(2, nameEnd - 2) + u' ' + json.mid(nameEnd + 2).chopped(1)
+                     : u"(not a message) "_s + QString::fromUtf8(record).simplified();
 }
 
 QString shortened(QString body)
@@ -34,10 +38,10 @@ QString shortened(QString body)
 
 } // namespace
 
-QString traceLine(bool fromApplication, int client, const QString& type, const QByteArray& json)
+QString traceLine(const zelcore::WireRecord& record)
 {
-    const QString time = QTime::currentTime().toString(u"HH:mm:ss.zzz"_s);
-    const QString arrow = fromApplication ? u"-->"_s : u"<--"_s;
-    const QString what = type.isEmpty() ? u"(not a message)"_s : type;
-    return u"%1 app %2 %3 %4 %5"_s.arg(time, QString::number(client), arrow, what, shortened(bodyOf(type, json)));
+    const QString time = QDateTime::fromMSecsSinceEpoch(record.time).toString(u"HH:mm:ss.zzz"_s);
+    const bool isRequest = record.direction == zelcore::WireRecord::Direction::FromApplication;
+    return u"%1 app %2 %3 %4"_s.arg(time, QString::number(record.client), isRequest ? u"-->"_s : u"<--"_s,
+                                    shortened(contentOf(record.bytes)));
 }

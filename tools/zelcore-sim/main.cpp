@@ -63,6 +63,9 @@ struct Options
     quint32 seed = 1;
     bool trace = false;
     bool paused = false;
+    QString record;
+    QString replay;
+    bool atOnce = false;
 };
 
 const QCommandLineOption rootOption(u"root"_s, u"Serve below this folder."_s, u"DIR"_s);
@@ -74,6 +77,20 @@ const QCommandLineOption contactsOption(u"contacts"_s, u"Add so many made-up con
 const QCommandLineOption seedOption(u"seed"_s, u"Make them up from this number."_s, u"S"_s, u"1"_s);
 const QCommandLineOption pausedOption(u"paused"_s, u"The scenario's timeline stands still until it is stepped."_s);
 const QCommandLineOption traceOption(u"trace"_s, u"Show every message, both ways."_s);
+
+const QCommandLineOption recordOption(u"record"_s,
+                                      u"Write every record, both ways, into this new file. What is in it "
+                                      "is personal: names, messages, pictures."_s,
+                                      u"FILE"_s);
+const QCommandLineOption replayOption(u"replay"_s,
+                                      u"Play the service's side of a recording, and tell what applications "
+                                      "do otherwise than then."_s,
+                                      u"FILE"_s);
+const QCommandLineOption atOnceOption(u"at-once"_s, u"Replay as fast as the application goes, not as then."_s);
+const QCommandLineOption anonymiseOption(u"anonymise"_s,
+                                         u"Make the new file NEW of a recording, with names, messages, ids "
+                                         "and pictures replaced, and end."_s,
+                                         u"FILE"_s);
 
 /// False, with a line on standard error, for numbers that are none.
 bool readOptions(const QCommandLineParser& parser, Options* options)
@@ -87,6 +104,13 @@ bool readOptions(const QCommandLineParser& parser, Options* options)
     options->seed = parser.value(seedOption).toUInt(&seedOk);
     options->trace = parser.isSet(traceOption);
     options->paused = parser.isSet(pausedOption);
+    options->record = parser.value(recordOption);
+    options->replay = parser.value(replayOption);
+    options->atOnce = parser.isSet(atOnceOption);
+    if (!options->replay.isEmpty() && (!options->scenario.isEmpty() || options->contacts > 0)) {
+        complain(u"a replay has no scenario and no contacts: what it plays is all in the recording"_s);
+        return false;
+    }
     if (!contactsOk || options->contacts < 0 || !seedOk)
         complain(u"--contacts and --seed take numbers from 0"_s);
     return contactsOk && options->contacts >= 0 && seedOk;
@@ -120,14 +144,29 @@ void show(zelcore::Simulator& simulator, bool trace)
                      });
     QObject::connect(&simulator, &Simulator::registrationStateChanged, &simulator,
                      [](const QString& state) { print(u"registration: "_s + state); });
-    if (!trace)
-        return;
-    QObject::connect(
-        &simulator, &Simulator::messageReceived, &simulator,
-        [](int client, const QString& type, const QByteArray& json) { print(traceLine(true, client, type, json)); });
-    QObject::connect(
-        &simulator, &Simulator::messageSent, &simulator,
-        [](int client, const QString& type, const QByteArray& json) { print(traceLine(false, client, type, json)); });
+    QObject::connect(&simulator, &Simulator::replayDiffered, &simulator,
+                     [](const QString& sentence) { print(u"replay: "_s + sentence); });
+    QObject::connect(&simulator, &Simulator::replayFinished, &simulator, [&simulator] {
+        print(u"replay: all of it has been played; %1 differences"_s.arg(simulator.replayDifferences().size()));
+    });
+    if (trace)
+        QObject::connect(&simulator, &Simulator::recordPassed, &simulator, [](const zelcore::WireRecord& record) {
+            if (record.target.isEmpty())
+                print(traceLine(record));
+        });
+}
+
+/// With what the process ends.
+int anonymise(const QString& from, const QStringList& names)
+{
+    QString problem;
+    if (names.size() != 1)
+        problem = u"--anonymise takes a recording and the name of the file to make of it"_s;
+    else
+        zelcore::Simulator::anonymise(from, names.first(), &problem);
+    if (!problem.isEmpty())
+        complain(problem);
+    return problem.isEmpty() ? 0 : names.size() == 1 ? 1 : 2;
 }
 
 bool prepare(zelcore::Simulator& simulator, const Options& options)
@@ -140,11 +179,13 @@ bool prepare(zelcore::Simulator& simulator, const Options& options)
     }
     simulator.setTimelinePaused(options.paused);
     simulator.generateContacts(options.contacts, options.seed);
-    if (!simulator.start(&error)) {
+    using Pace = zelcore::Simulator::ReplayPace;
+    const bool done = (options.replay.isEmpty() ||
+                       simulator.replay(options.replay, &error, options.atOnce ? Pace::AtOnce : Pace::AsThen)) &&
+                      (options.record.isEmpty() || simulator.record(options.record, &error)) && simulator.start(&error);
+    if (!done)
         complain(error);
-        return false;
-    }
-    return true;
+    return done;
 }
 
 } // namespace
@@ -164,7 +205,9 @@ int main(int argc, char* argv[])
     const QCommandLineOption help = parser.addHelpOption();
     const QCommandLineOption version(u"version"_s, u"Show the version."_s);
     parser.addOption(version);
-    parser.addOptions({rootOption, scenarioOption, contactsOption, seedOption, pausedOption, traceOption});
+    parser.addOptions({rootOption, scenarioOption, contactsOption, seedOption, pausedOption, traceOption, recordOption,
+                       replayOption, atOnceOption, anonymiseOption});
+    parser.addPositionalArgument(u"NEW"_s, u"The file that --anonymise makes."_s, u"[NEW]"_s);
     const bool understood = parser.parse(QCoreApplication::arguments());
     Options options;
     if (!understood) {
@@ -177,6 +220,8 @@ int main(int argc, char* argv[])
         print(u"zelcore-sim "_s + QStringLiteral(ZELCORE_SIM_VERSION));
         return 0;
     }
+    if (parser.isSet(anonymiseOption))
+        return anonymise(parser.value(anonymiseOption), parser.positionalArguments());
     if (!parser.positionalArguments().isEmpty()) {
         complain(u"\"%1\" is no option; see --help"_s.arg(parser.positionalArguments().first()));
         return 2;

@@ -68,6 +68,13 @@ public:
     enum class Activity { Changes, Installs, Uninstalls, Invitations, Mixed };
     Q_ENUM(Activity)
 
+    /// How replay() keeps time.
+    enum class ReplayPace {
+        AtOnce, ///< What an application heard follows as soon as all has come that it had sent before.
+        AsThen  ///< ... and as long after it as then.
+    };
+    Q_ENUM(ReplayPace)
+
     explicit Simulator(QObject* parent = nullptr);
     ~Simulator() override;
 
@@ -208,6 +215,44 @@ public:
     bool loadScenario(const QString& scenario, QString* error = nullptr);
     static QStringList scenarioNames();
 
+    // --- Recordings ---------------------------------------------------------------------------------------------
+
+    /// Writes every record of both directions into the new file \a path from now on, until stop(), as JSON Lines: a
+    /// header, then a line for each, with its time and application. A line is out of the process when the next record
+    /// passes, so that a crash loses nothing. Begin it before the applications. What is in it is personal: names,
+    /// messages, pictures; the file is for the user alone, and anonymise() makes another that may be given away.
+    bool record(const QString& path, QString* error = nullptr);
+    void stopRecording();
+    bool isRecording() const;
+    /// Makes the new file \a to of the recording \a from, with everything personal replaced: the same text by the same
+    /// other one, a picture by another of its size. It replays; what applications say then themselves is compared by
+    /// its form alone.
+    static bool anonymise(const QString& from, const QString& to, QString* error = nullptr);
+
+    /// Plays the service's side of a recording for the applications that come from now on, in place of the world, until
+    /// reset(). Applications take the parts of the recorded ones in the order in which they come. A part is played in
+    /// its order: what was heard then goes out when everything has come that those who are here had sent before. Only
+    /// what may differ each time differs unsaid: UUIDs, cookies, names of streams that an application chose, times.
+    ///
+    /// What is missing stops a part until nothing has come and gone for \a patience milliseconds; then it is told and
+    /// given up. All or nothing: a file that is damaged or no recording changes nothing and is refused with its name,
+    /// the line and the member. False, too, while an application is connected.
+    ///
+    ///     QVERIFY2(service.replay(QStringLiteral("bug.jsonl"), &error), qPrintable(error));
+    ///     ContactBrowser browser;
+    ///     QTRY_VERIFY2(service.isReplayFinished(), qPrintable(service.replayAwaits()));
+    ///     QCOMPARE(service.replayDifferences(), QStringList());
+    bool replay(const QString& path, QString* error = nullptr, ReplayPace pace = ReplayPace::AtOnce,
+                int patience = 2000);
+    bool isReplaying() const;
+    /// Whether all of it has been played, and all that was sent then has come or was given up.
+    bool isReplayFinished() const;
+    /// What it waits for, in words; empty when it is finished.
+    QString replayAwaits() const;
+    /// What applications did otherwise than then, a sentence each: what is missing, another or additional, or came in
+    /// another order.
+    QStringList replayDifferences() const;
+
     // --- The timeline of a scenario -----------------------------------------------------------------------------
 
     /// The timeline runs by the clock, and so races a test that looks at what comes of it. Pause it, before start() or
@@ -250,6 +295,9 @@ Q_SIGNALS:
     void messageSent(int client, const QString& type, const QByteArray& json);
     /// One clear line about something that was refused; it also goes to Qt's message handler as a warning.
     void refused(const QString& line);
+    /// One more of replayDifferences().
+    void replayDiffered(const QString& sentence);
+    void replayFinished();
     /// A command of the scenario's timeline has run.
     void commandExecuted(const QString& commandLine, const QString& reply);
     /// The command "quit" was given; what it ends is for the program to say.

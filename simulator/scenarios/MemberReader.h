@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QtCore/QJsonObject>
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+#include <functional>
+
+namespace zelcore {
+
+/// Takes the members of an object one by one, and remembers the first thing that is wrong with any of them. What they
+/// mean is for others to know.
+class MemberReader
+{
+public:
+    /// \a problem must outlive it.
+    MemberReader(const QJsonObject& object, const QString& place, QString* problem)
+        : m_object(object)
+        , m_place(place)
+        , m_problem(problem)
+    {
+    }
+
+    const QString& place() const { return m_place; }
+    QString placeOf(const QString& key) const { return m_place.isEmpty() ? key : m_place + u'.' + key; }
+    QStringList keys() const { return m_object.keys(); }
+    bool has(const QString& key) const { return m_object.contains(key); }
+
+    /// A text, number or switch as the command language has it; \a preset when there is none.
+    QString word(const QString& key, const QString& preset = QString());
+    /// A text that must be there.
+    QString text(const QString& key);
+    /// A whole number that must be there and be at least \a least.
+    qint64 number(const QString& key, qint64 least);
+    /// NAME=VALUE for every member that nobody took.
+    QStringList fields();
+    MemberReader object(const QString& key);
+    /// Calls \a visit with each object of an array.
+    void each(const QString& key, const std::function<void(MemberReader&)>& visit);
+
+    /// Whatever is left was misspelt.
+    void end();
+    void complain(const QString& key, const QString& what);
+
+private:
+    QJsonObject m_object;
+    QString m_place;
+    QString* m_problem;
+};
+
+} // namespace zelcore

@@ -1,0 +1,215 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ServiceTest.h"
+
+#include <simulator/recordings/Recording.h>
+#include <simulator/recordings/Texts.h>
+
+#include <QtCore/QFileInfo>
+#include <QtCore/QRegularExpression>
+#include <QtCore/QTemporaryDir>
+
+using namespace Qt::StringLiterals;
+using zelcore::Recording;
+using zelcore::Simulator;
+
+namespace {
+
+/// Two applications, a picture each way, an icon, records that are cut, and a service that goes away. @ is the name of
+/// whoever is sent to, # a number that is another one each time.
+const char* const session = R"(
+    A> tpaApi {}
+    A> registrationRequest {"uuid":"#a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b","silent":true}
+    A< listChange "Success"
+    A> requestListElements {"cookie":"cookie-#","elements":[{"userId":"user-anna"}],"type":"platformUser"}
+    A< listElements "cookie-#"
+    A< listChunk "last":true
+    A> requestUserAvatar {"userId":"user-anna","streamId":"mine-#"}
+    A< stream "mine-#"
+    A< stream "mine-#" "last":true
+    B> tpaApi {}
+    B> requestEcoId {"ppid":"pp-anna"}
+    B< requestEcoIdResponse
+    A> change {"displayName":"Mine","avatarId":"hash[500]","avatarMimeType":"image/gif"}
+    A< requestNewAvatarImage hash[500]
+    A> stream {"id":"hash[500]","value":"data[500]","last":true}
+    A< profileChangeResponse "Success"
+    A< listChange hash[500]
+    B< listChange hash[500]
+    A> createProfileBoxItem {"text":"Mine, too","cookie":"own"}
+    B< listAdd)";
+
+const char* const comeback = "C> tpaApi {}\nC> requestEcoId {\"ppid\":\"later\"}\nC< requestEcoIdResponse";
+
+/// What applications say and hear in the session this time.
+QByteArray sessionOf(int number)
+{
+    return QByteArray(session).replace('#', QByteArray::number(number));
+}
+
+/// A record with the names of the session in it, and the members of its message in one order.
+QByteArray steady(const QByteArray& record, int number)
+{
+    const std::optional<zelcore::Content> content = zelcore::contentOf(record, false);
+    QByteArray bytes = content ? zelcore::withContent(record, false, *content) : record;
+    for (const char* const name : {"#a0fd1e9", "cookie-#", "mine-#"})
+        bytes.replace(QByteArray(name).replace('#', QByteArray::number(number)), name);
+    return bytes;
+}
+
+} // namespace
+
+/// A recording, and what is made of it.
+class TstRecordings : public ServiceTest
+{
+    Q_OBJECT
+
+protected Q_SLOTS:
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        begin();
+    }
+
+private Q_SLOTS:
+    void replaysSoThatARecordingOfItIsTheSame()
+    {
+        recordSession(1, true);
+        for (const auto pace : {Simulator::ReplayPace::AtOnce, Simulator::ReplayPace::AsThen}) {
+            const int number = pace == Simulator::ReplayPace::AtOnce ? 2 : 3;
+            begin();
+            QVERIFY(m_simulator->replay(path(u"1"_s), nullptr, pace));
+            QVERIFY(m_simulator->record(path(QString::number(number))));
+            QVERIFY(play(sessionOf(number).constData()));
+            QTRY_VERIFY(application('A').closed); // as then, when the service went away
+            QTRY_VERIFY(QFileInfo::exists(m_simulator->root() + u"/services/zelcore/platform"_s));
+            QVERIFY(play(comeback));
+            QTRY_VERIFY2(m_simulator->isReplayFinished(), qPrintable(m_simulator->replayAwaits()));
+            QCOMPARE(m_simulator->replayDifferences(), QStringList());
+            QCOMPARE(lanes(number), lanes(1));
+        }
+    }
+
+    void tellsWhatAnApplicationDoesOtherwise()
+    {
+        const auto sends = [](const char* what) { return QByteArray("A> ") + what + '\n'; };
+        const QByteArray start = sends("tpaApi {}");
+        const QByteArray one = sends(R"(requestEcoId {"ppid":"one"})");
+        const QByteArray two = sends(R"(requestEcoIdStatus {"ecoId":"two"})");
+        const QByteArray other = sends(R"(requestEcoId {"ppid":"other"})");
+        const QByteArray last = sends(R"(requestListAll {"type":"profileBoxItem"})");
+        const std::tuple<QByteArray, QByteArray, int> cases[] = {
+            {start + one + two + last, {}, 0},
+            {start + two + last, "has not sent requestEcoId {\"ppid\":\"one\"} (line 4), as it did then", 1},
+            {start + one + last, "has not sent requestEcoIdStatus {\"ecoId\":\"two\"} (line 6), as it did then", 1},
+            {start + other + two + last,
+             "another requestEcoId {\"ppid\":\"one\"} (line 4): \"ppid\" was \"one\", is \"other\"", 1},
+            {start + one + other + two + last, "also sent requestEcoId {\"ppid\":\"other\"}, which it did not then", 1},
+            {start + two + one + last,
+             "sent requestEcoId {\"ppid\":\"one\"} (line 4) after requestEcoIdStatus {\"ecoId\":\"two\"} (line 6);",
+             1}};
+        QVERIFY(m_simulator->record(path(u"then"_s)));
+        QVERIFY(play(start + one + "A< requestEcoIdResponse\n" + two + "A< requestEcoIdStatusResponse\n" + last +
+                     "A< listChunk"));
+        for (const auto& [dialogue, told, count] : cases) {
+            begin();
+            QVERIFY(m_simulator->replay(path(u"then"_s), nullptr, Simulator::ReplayPace::AtOnce, 50));
+            QVERIFY(play(dialogue.constData()));
+            QTRY_VERIFY2(m_simulator->isReplayFinished(), qPrintable(m_simulator->replayAwaits()));
+            const QStringList differences = m_simulator->replayDifferences();
+            const QByteArray all = differences.join(u'\n').toUtf8();
+            QVERIFY2(all.contains(told) && differences.size() == count, all + "\nfor\n" + dialogue);
+            QVERIFY(play("A< listChunk \"profileBoxItem\""));
+        }
+    }
+
+    void anonymisesSoThatItStillReplays()
+    {
+        recordSession(1, false);
+        QVERIFY(Simulator::anonymise(path(u"1"_s), path(u"anonymous"_s)));
+        QFile file(path(u"anonymous"_s));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QString text = QString::fromUtf8(file.readAll());
+        static const QRegularExpression personal(u"anna|Mine|robin|Out and about|own\\b|1a0fd1e9|Europe|pp-|eco-"_s,
+                                                 QRegularExpression::CaseInsensitiveOption);
+        QCOMPARE(personal.match(text).captured(), QString());
+        // Each application asks for whom the anonymous recording names, and brings words and pictures of its own.
+        const QString id = QRegularExpression(u"userId.....([^\\\\]*)"_s).match(text).captured(1);
+        const QString ppId = QRegularExpression(u"ppid.....([^\\\\]*)"_s).match(text).captured(1);
+        begin();
+        QVERIFY(m_simulator->replay(path(u"anonymous"_s)));
+        QVERIFY(play(sessionOf(2).replace("user-anna", id.toUtf8()).replace("pp-anna", ppId.toUtf8()).constData()));
+        QTRY_VERIFY2(m_simulator->isReplayFinished(), qPrintable(m_simulator->replayAwaits()));
+        QCOMPARE(m_simulator->replayDifferences(), QStringList());
+        QString error;
+        QVERIFY(!Simulator::anonymise(path(u"1"_s), path(u"anonymous"_s), &error) && error.contains("already"_L1));
+    }
+
+    void refusesWhatIsDamagedOrForeign()
+    {
+        const QByteArray head = "{\"format\":\"zelcore-recording\",\"version\":1,\"started\":\"\"}\n";
+        const QByteArray here = head + "{\"kind\":\"connected\",\"application\":1,\"time\":5}\n";
+        const QPair<QByteArray, const char*> cases[] = {
+            {"", "line 1: is missing"},
+            {"{\"world\":{}}\n", "line 1: format is not"},
+            {"{\"format\":\"zelcore-recording\",\"version\":2,\"started\":\"\"}\n", "line 1: version is 2"},
+            {head + "{]\n", "line 2: is no JSON object"},
+            {here.chopped(4), "line 2: is cut"},
+            {here + "{\"kind\":\"sung\",\"time\":6}\n", "line 3: kind is no kind"},
+            {here + "{\"kind\":\"away\",\"time\":4}\n", "line 3: time is before"},
+            {here + "{\"kind\":\"away\",\"time\":6,\"mood\":1}\n", "line 3: mood means nothing"},
+            {here + "{\"kind\":\"sent\",\"application\":2,\"time\":6,\"text\":\"\"}\n",
+             "line 3: application names one"},
+            {here + "{\"kind\":\"sent\",\"application\":1,\"time\":6}\n", "line 3: text is missing"},
+            {here + "{\"kind\":\"sent\",\"application\":1,\"time\":6,\"base64\":\"*\"}\n", "line 3: base64 is no"}};
+        for (const auto& [text, hint] : cases) {
+            QFile file(path(u"faulty"_s));
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
+            file.close();
+            QString error;
+            QVERIFY(!m_simulator->replay(file.fileName(), &error) && !m_simulator->isReplaying());
+            QVERIFY2(error.startsWith(file.fileName()) && error.contains(QLatin1String(hint)), qPrintable(error));
+        }
+        QVERIFY(play("A> tpaApi {}\nA."));
+        QString error;
+        QVERIFY(!m_simulator->replay(path(u"faulty"_s), &error) && error.contains("connected"_L1));
+    }
+
+private:
+    void begin()
+    {
+        cleanup();
+        m_simulator = std::make_unique<Simulator>();
+        QVERIFY(m_simulator->start());
+        m_refused = std::make_unique<QSignalSpy>(m_simulator.get(), &Simulator::refused);
+    }
+
+    void recordSession(int number, bool withEnd)
+    {
+        QVERIFY(m_simulator->record(path(QString::number(number))));
+        QVERIFY(play("$ contact add anna picture=20000"));
+        QVERIFY(play(sessionOf(number).constData()));
+        if (withEnd)
+            QVERIFY(play("$ truncate 9\n$ send cut {}\n$ raw any\n$ away\n$ back") && play(comeback));
+        m_simulator->stopRecording();
+    }
+
+    QString path(const QString& name) const { return m_folder->filePath(name + u".jsonl"_s); }
+
+    /// What each application said and heard, in order.
+    QMap<int, QByteArrayList> lanes(int number) const
+    {
+        QMap<int, QByteArrayList> lanes;
+        QString problem;
+        const std::optional<Recording> recording = Recording::load(path(QString::number(number)), &problem);
+        for (const Recording::Entry& entry : recording.value_or(Recording()).entries) {
+            if (entry.isRecord())
+                lanes[entry.application].append(steady(entry.bytes, number));
+        }
+        return lanes;
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+ZEL_TEST(TstRecordings)
+#include "tst_recordings.moc"
