@@ -41,6 +41,17 @@ zel_install_component(Requests TARGET zelrequests LIBRARY zelrequests PKGCONFIG 
     DESCRIPTION "Requests to the messaging service as futures" REQUIRES zelplatform HEADERS requests/public_headers)
 zel_install_component(Models TARGET zelmodels LIBRARY zelmodels PKGCONFIG zelplatform-models
     DESCRIPTION "List models of contacts and profile box items" REQUIRES zelplatform HEADERS models/public_headers)
+if(TARGET zelquick)
+    # Beside Qt's own modules when the prefix is that of Qt.
+    set(module_folder "${zel_qml_destination}/ZelPlatform")
+    file(RELATIVE_PATH module_to_libraries "/${module_folder}" "/${CMAKE_INSTALL_LIBDIR}")
+    set_target_properties(zelquick PROPERTIES INSTALL_RPATH "$ORIGIN/${module_to_libraries}")
+    install(TARGETS zelquick LIBRARY DESTINATION "${module_folder}")
+    install(FILES "${zel_qml_folder}/ZelPlatform/qmldir" "${zel_qml_folder}/ZelPlatform/plugins.qmltypes"
+            DESTINATION "${module_folder}")
+    install(TARGETS zelquickimport EXPORT ZelPlatformQuick)
+    install(EXPORT ZelPlatformQuick NAMESPACE ZelPlatform:: DESTINATION "${zel_package}")
+endif()
 if(TARGET zelcoresim)
     zel_install_component(Simulator TARGET zelcoresim LIBRARY zelcoresim PKGCONFIG zelplatform-simulator
         DESCRIPTION "A simulated core service for tests of applications" REQUIRES Qt6Core

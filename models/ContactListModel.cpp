@@ -4,6 +4,10 @@
 #include <vx/platform/zel/ContactService.h>
 #include <vx/platform/zel/Context.h>
 
+#include <QtCore/QPointer>
+
+#include <memory>
+
 namespace vx::platform::zel {
 
 class ContactListModel::Private
@@ -14,28 +18,57 @@ public:
     {
     }
 
-    void start(Context* context);
+    void setContext(Context* given);
+    void start();
     void readAll();
+    void readAllThenTell(bool isOtherComplete);
     void read(const QString& handle);
 
     ContactListModel* const q;
-    ContactService* service = nullptr; // a child of the model, from when the context is first ready
+    QPointer<Context> context;
+    std::unique_ptr<QObject> link;     // what listens to the context; the service is its child
+    ContactService* service = nullptr; // from when the context is first ready
 };
 
-void ContactListModel::Private::start(Context* context)
+void ContactListModel::Private::setContext(Context* given)
 {
-    service = new ContactService(context, q);
+    if (given == context)
+        return;
+    const bool wasComplete = q->isComplete();
+    link = std::make_unique<QObject>();
+    service = nullptr;
+    context = given;
+    const QPointer<ContactListModel> alive(q);
+    q->setRecords({});
+    if (alive && wasComplete)
+        Q_EMIT q->completeChanged();
+    if (alive && given && given == context)
+        whenReady(given, link.get(), [this] { start(); });
+}
+
+void ContactListModel::Private::start()
+{
+    service = new ContactService(context, link.get());
     const auto all = [this] { readAll(); };
     const auto one = [this](const QString& handle) { read(handle); };
-    connect(service, &ContactService::contactListUpdated, q, all);
+    connect(service, &ContactService::contactListUpdated, link.get(), all);
     // What changed while the service was away is announced by nothing else. The list is announced within this.
     connect(service, &ContactService::contactListResent, service, &ContactService::refresh);
-    connect(service, &ContactService::applicationEnabled, q, one);
-    connect(service, &ContactService::applicationDisabled, q, one);
-    connect(service, &ContactService::contactUpdated, q, one);
-    connect(context, &Context::registrationStateUpdated, q, all);
-    connect(context, &QObject::destroyed, q, all);
+    connect(service, &ContactService::applicationEnabled, link.get(), one);
+    connect(service, &ContactService::applicationDisabled, link.get(), one);
+    connect(service, &ContactService::contactUpdated, link.get(), one);
+    connect(service, &ContactService::completeChanged, q, &ContactListModel::completeChanged);
+    connect(context, &Context::registrationStateUpdated, link.get(), all);
+    connect(context, &QObject::destroyed, link.get(), [this] { readAllThenTell(true); });
+    readAllThenTell(service->isComplete());
+}
+
+void ContactListModel::Private::readAllThenTell(bool isOtherComplete)
+{
+    const QPointer<ContactListModel> alive(q);
     readAll();
+    if (alive && isOtherComplete)
+        Q_EMIT q->completeChanged();
 }
 
 void ContactListModel::Private::readAll()
@@ -66,11 +99,20 @@ ContactListModel::ContactListModel(Context* context, QObject* parent)
     : RecordListModel({Contact::staticMetaObject, "handle", "displayName", true}, parent)
     , d(std::make_unique<Private>(this))
 {
-    if (context)
-        whenReady(context, this, [this, context] { d->start(context); });
+    d->setContext(context);
 }
 
 ContactListModel::~ContactListModel() = default;
+
+void ContactListModel::setContext(Context* context)
+{
+    d->setContext(context);
+}
+
+bool ContactListModel::isComplete() const
+{
+    return d->service && d->service->isComplete();
+}
 
 Contact ContactListModel::contact(int row) const
 {

@@ -4,14 +4,39 @@
 #include <vx/platform/zel/Context.h>
 #include <vx/platform/zel/ProfileBox.h>
 
+#include <QtCore/QPointer>
+
+#include <memory>
+
 namespace vx::platform::zel {
+
+class ProfileBoxModel::Private
+{
+public:
+    QPointer<Context> context;
+    std::unique_ptr<QObject> link; // what listens to the context; the box is its child
+};
 
 ProfileBoxModel::ProfileBoxModel(Context* context, QObject* parent)
     : RecordListModel({ProfileBoxItem::staticMetaObject, "id", "text", false}, parent)
+    , d(std::make_unique<Private>())
 {
-    if (!context)
+    setContext(context);
+}
+
+ProfileBoxModel::~ProfileBoxModel() = default;
+
+void ProfileBoxModel::setContext(Context* context)
+{
+    if (context == d->context)
         return;
-    const auto* const box = new ProfileBox(context, this);
+    d->context = context;
+    d->link = std::make_unique<QObject>();
+    if (!context) {
+        setRecords({});
+        return;
+    }
+    const auto* const box = new ProfileBox(context, d->link.get());
     const auto readAll = [this, box] {
         QList<QVariant> records;
         const QList<ProfileBoxItem> items = box->items();
@@ -19,14 +44,12 @@ ProfileBoxModel::ProfileBoxModel(Context* context, QObject* parent)
             records.append(QVariant::fromValue(item));
         setRecords(records);
     };
-    connect(box, &ProfileBox::itemAdded, this, readAll);
-    connect(box, &ProfileBox::itemRemoved, this, readAll);
-    connect(context, &Context::registrationStateUpdated, this, readAll);
-    connect(context, &QObject::destroyed, this, readAll);
+    connect(box, &ProfileBox::itemAdded, d->link.get(), readAll);
+    connect(box, &ProfileBox::itemRemoved, d->link.get(), readAll);
+    connect(context, &Context::registrationStateUpdated, d->link.get(), readAll);
+    connect(context, &QObject::destroyed, d->link.get(), readAll);
     readAll();
 }
-
-ProfileBoxModel::~ProfileBoxModel() = default;
 
 ProfileBoxItem ProfileBoxModel::item(int row) const
 {

@@ -14,10 +14,16 @@ namespace zelcore::clientlibrary {
 
 namespace {
 
+/// What a QML module or another plugin has brought along is not among what the program was linked with.
 template <typename Function>
 Function find(const char* name)
 {
-    return reinterpret_cast<Function>(::dlsym(RTLD_DEFAULT, name));
+    void* symbol = ::dlsym(RTLD_DEFAULT, name);
+    if (void* const library = symbol ? nullptr : ::dlopen("libzelplatform.so.2", RTLD_LAZY | RTLD_NOLOAD)) {
+        symbol = ::dlsym(library, name);
+        ::dlclose(library); // which was open before
+    }
+    return reinterpret_cast<Function>(symbol);
 }
 
 /// Null when the process is not connected.

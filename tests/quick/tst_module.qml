@@ -1,0 +1,226 @@
+// SPDX-License-Identifier: Apache-2.0
+import QtQuick
+import QtTest
+import ZelPlatform
+
+TestCase {
+    id: test
+    name: "Module"
+    when: windowShown
+    width: 200
+    height: 200
+    visible: true
+
+    property Item application
+
+    Component {
+        id: applicationComponent
+
+        Item {
+            property alias context: context
+            property alias profile: profile
+            property alias contacts: contacts
+            property alias filter: filter
+            property alias items: items
+            property alias box: box
+            property alias utils: utils
+            property alias anna: anna
+            property alias shown: shown
+            property alias icons: icons
+            property alias ownImage: ownImage
+
+            Context { id: context; uuid: "6f8d2c4e-5b0a-4a37-9d0e-0c8f3f1f2a10"; registration: Context.Automatic }
+            UserProfile { id: profile; context: context }
+            ContactListModel { id: contacts; context: context }
+            ContactFilterModel { id: filter; sourceModel: contacts }
+            ProfileBoxModel { id: items; context: context }
+            ProfileBox { id: box; context: context }
+            Utils { id: utils; context: context }
+            FollowedContact { id: anna; context: context; handle: "anna" }
+            Image { id: ownImage; y: 100; width: 8; height: 8; source: profile.picture }
+            Repeater {
+                id: shown
+                model: filter
+                // As two delegates may: both show the same.
+                Item {
+                    required property string displayName
+                    required property url picture
+                    required property int index
+                    property alias image: first
+                    Image { id: first; x: parent.index * 20; width: 8; height: 8; source: parent.picture }
+                    Image { x: parent.index * 20; y: 20; width: 8; height: 8; source: parent.picture; sourceSize.width: 4; cache: false }
+                }
+            }
+            Repeater {
+                id: icons
+                model: items
+                Image { required property url icon; y: 120; width: 8; height: 8; source: icon }
+            }
+        }
+    }
+
+    function init() { compare(world.begin(), "") }
+    function start(properties) { return createTemporaryObject(applicationComponent, test, properties ?? {}) }
+    function color(item) { return String(grabImage(item).pixel(2, 2)) }
+    function names(repeater) {
+        return Array.from({length: repeater.count}, (_, row) => repeater.itemAt(row)?.displayName).join()
+    }
+
+    function test_registersByItselfWhenTold_data() {
+        return [{tag: "never", registration: Context.Manual, requests: 0},
+                {tag: "the user may be asked", registration: Context.Automatic, requests: 1},
+                {tag: "nobody is asked", registration: Context.Silent, requests: 1}]
+    }
+
+    function test_registersByItselfWhenTold(data) {
+        const app = start()
+        app.context.registration = data.registration
+        if (data.requests === 0) {
+            tryCompare(app.context, "registrationState", RegistrationState.Unregistered)
+            verify(app.context.requestRegisterApplication())
+        }
+        tryCompare(app.context, "ready", true)
+        compare(app.context.registrationState, RegistrationState.Allowed)
+        compare(world.asked("registrationRequest"), 1)
+        // A service that registers nobody is asked again, but not at once and over and over.
+        world.run("registration manual")
+        world.run("state Unregistered")
+        tryVerify(() => world.asked("registrationRequest") === 1 + data.requests)
+        for (let i = 0; i < 3; ++i)
+            world.run("state Unregistered")
+        world.run("state NoDataConnection")
+        tryCompare(app.context, "registrationState", RegistrationState.NoDataConnection)
+        compare(world.asked("registrationRequest"), 1 + data.requests)
+    }
+
+    function test_saysWhatCanNeverWork() {
+        ignoreWarning(/the uuid "nonsense" is none/)
+        const context = createTemporaryQmlObject('import ZelPlatform; Context { uuid: "nonsense" }', test)
+        ignoreWarning(/the uuid stays/)
+        context.uuid = "6f8d2c4e-5b0a-4a37-9d0e-0c8f3f1f2a10"
+        compare(context.uuid, "nonsense")
+        const app = start()
+        ignoreWarning(/requestUpdatePersonalMessage\(\) is refused: the context is not ready/)
+        verify(!app.profile.requestUpdatePersonalMessage("too early"))
+        tryCompare(app.context, "ready", true)
+        ignoreWarning(/cannot read file:\/\/\/nowhere.png/)
+        verify(!app.profile.requestUpdateDisplayPictureFile("file:///nowhere.png"))
+    }
+
+    function test_listsContactsAndFindsThem() {
+        world.run("contact add zoe displayName=Zoe showBusy=true personalMessage=\"at the sea\"")
+        world.run("contact add anna displayName=Anna")
+        const app = start()
+        tryVerify(() => names(app.shown) === "Anna,Zoe")
+        verify(app.contacts.complete)
+        app.filter.searchText = "sea"
+        compare(names(app.shown), "Zoe")
+        app.filter.searchText = ""
+        app.filter.presence = ContactFilterModel.Available
+        compare(names(app.shown), "Anna")
+        compare(app.anna.contact.displayName, "Anna")
+        verify(app.anna.present)
+        world.run("contact change anna displayName=Berta")
+        tryVerify(() => names(app.shown) === "Berta" && app.anna.contact.displayName === "Berta")
+        world.run("contact uninstall anna")
+        tryVerify(() => names(app.shown) === "" && !app.anna.present)
+    }
+
+    function test_changesTheProfile() {
+        world.run("profile displayName=Robin")
+        const app = start()
+        tryCompare(app.profile, "displayName", "Robin")
+        verify(app.profile.requestUpdatePersonalMessage("back at five"))
+        verify(app.profile.requestUpdateStatus(UserStatus.Busy, "meeting"))
+        tryCompare(app.profile, "personalMessage", "back at five")
+        tryCompare(app.profile, "status", UserStatus.Busy)
+        compare(world.ownMessage(), "back at five")
+        world.paint("", "red")
+        tryVerify(() => color(app.ownImage) === "#ff0000")
+        // One that is much too big for the service arrives as one that is not.
+        verify(app.profile.requestUpdateDisplayPictureFile(world.bigPicture("#0000ff")))
+        tryVerify(() => color(app.ownImage) === "#0000fe")
+        compare(world.refusals(), [])
+    }
+
+    function test_asksForAPictureOnceAndShowsANewOne() {
+        world.run("contact add anna displayName=Anna")
+        world.run("contact add bert displayName=Bert")
+        world.paint("anna", "#00ff00")
+        const app = start()
+        tryVerify(() => app.shown.count === 2 && color(app.shown.itemAt(0).image) === "#00ff00")
+        const asked = 2 // and the user's own
+        compare(world.asked("requestUserAvatar"), asked)
+        compare(app.shown.itemAt(1).image.status, Image.Ready)
+        const before = app.anna.picture
+        world.paint("anna", "#0000ff")
+        tryVerify(() => color(app.shown.itemAt(0).image) === "#0000ff")
+        compare(world.asked("requestUserAvatar"), asked + 1)
+        verify(before !== app.anna.picture)
+        compare(app.anna.picture, app.shown.itemAt(0).picture)
+    }
+
+    function test_losesAccessAndWinsItBack() {
+        world.run("contact add anna displayName=Anna")
+        world.run("profile displayName=Robin")
+        world.paint("anna", "#00ff00")
+        world.run("box add first")
+        const app = start()
+        for (let i = 0; i < 2; ++i) {
+            tryVerify(() => names(app.shown) === "Anna" && app.items.count === 1)
+            tryVerify(() => color(app.shown.itemAt(0).image) === "#00ff00")
+            compare(app.profile.displayName, "Robin")
+            world.run("state NoDataConnection")
+            tryVerify(() => app.shown.count + app.items.count === 0 && app.profile.displayName === "")
+            verify(!app.context.ready && !app.anna.present && !app.contacts.complete)
+            world.run("state Success")
+        }
+        // Another context, or none, is another beginning.
+        tryCompare(app.contacts, "count", 1)
+        app.contacts.context = app.profile.context = app.anna.context = null
+        verify(app.contacts.count === 0 && app.profile.displayName === "" && app.anna.contact.null)
+        app.contacts.context = app.profile.context = app.context
+        tryVerify(() => app.contacts.count === 1 && app.profile.displayName === "Robin")
+    }
+
+    function test_findsTheServiceAgain() {
+        world.run("contact add anna displayName=Anna")
+        world.paint("anna", "#00ff00")
+        const app = start()
+        tryVerify(() => app.shown.count === 1 && color(app.shown.itemAt(0).image) === "#00ff00")
+        world.run("away")
+        world.run("contact add bert displayName=Bert")
+        world.paint("anna", "#0000ff")
+        world.run("back")
+        tryVerify(() => names(app.shown) === "Anna,Bert" && color(app.shown.itemAt(0).image) === "#0000ff")
+    }
+
+    function test_fillsTheBox() {
+        world.addIcon(7, "#00ff00")
+        const app = start()
+        tryCompare(app.context, "ready", true)
+        compare(app.box.registeredIcons, [7])
+        verify(app.box.requestAddItem("Level 7", 7, "cookie"))
+        tryCompare(app.items, "count", 1)
+        tryVerify(() => color(app.icons.itemAt(0)) === "#00ff00")
+        const item = app.items.item(0)
+        compare([item.text, item.cookie, item.iconId], ["Level 7", "cookie", 7])
+        verify(app.box.requestRemoveItem(item.id))
+        tryCompare(app.items, "count", 0)
+        compare(world.refusals(), [])
+    }
+
+    SignalSpy { id: ecoIds; signalName: "ecoIdUpdated" }
+
+    function test_handsOverInvitationsAndChats() {
+        world.run("contact add anna displayName=Anna ppId=pp-anna")
+        world.run("eco pp-anna eco-anna")
+        const app = start()
+        ecoIds.target = app.utils
+        tryCompare(app.anna, "present", true)
+        verify(app.utils.requestEcoId(app.anna.contact.ppId))
+        tryCompare(ecoIds, "count", 1)
+        compare(Array.from(ecoIds.signalArguments[0]), ["pp-anna", "eco-anna"])
+        verify(app.utils.invokeChat("eco-anna"))
+    }
+}

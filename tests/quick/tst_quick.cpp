@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <zelcore/TestService.h>
+
+#include <QtCore/QBuffer>
+#include <QtCore/QHash>
+#include <QtCore/QTemporaryDir>
+#include <QtCore/QUrl>
+#include <QtGui/QColor>
+#include <QtGui/QImage>
+#include <QtQml/QQmlContext>
+#include <QtQml/QQmlEngine>
+#include <QtQuickTest/quicktest.h>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+/// The service, for test functions written in QML.
+class World : public QObject
+{
+    Q_OBJECT
+
+public Q_SLOTS:
+    void qmlEngineAvailable(QQmlEngine* engine) { engine->rootContext()->setContextProperty(u"world"_s, this); }
+
+    /// A service for one function. What the one before made is gone by now.
+    QString begin()
+    {
+        m_service = nullptr;
+        m_asked.clear();
+        m_service = std::make_unique<zelcore::TestService>();
+        connect(m_service.get(), &zelcore::Simulator::messageReceived, this,
+                [this](int, const QString& type) { ++m_asked[type]; });
+        return m_service->problem();
+    }
+    /// What the command answers.
+    QString run(const QString& command)
+    {
+        QString reply;
+        return m_service->execute(command, &reply) ? reply : u"failed: "_s + reply;
+    }
+    void paint(const QString& handle, const QColor& color)
+    {
+        if (handle.isEmpty())
+            m_service->setProfilePicture(picture(color));
+        else
+            m_service->setContactPicture(handle, picture(color));
+    }
+    /// A file of some 3 MB.
+    QUrl bigPicture(const QColor& color) const
+    {
+        QImage image(1000, 1000, QImage::Format_RGB32);
+        image.fill(color);
+        const QString file = m_folder.filePath(u"big.bmp"_s);
+        image.save(file);
+        return QUrl::fromLocalFile(file);
+    }
+    void addIcon(int iconId, const QColor& color) { m_service->addBoxIcon(iconId, picture(color)); }
+    /// How many messages of this type have come from the application.
+    int asked(const QString& type) const { return m_asked.value(type); }
+    QStringList refusals() const { return m_service->refusals(); }
+    QString ownMessage() const { return m_service->profile().personalMessage; }
+
+private:
+    static QByteArray picture(const QColor& color)
+    {
+        QImage image(8, 8, QImage::Format_RGB32);
+        image.fill(color);
+        QByteArray bytes;
+        QBuffer buffer(&bytes);
+        image.save(&buffer, "PNG");
+        return bytes;
+    }
+
+    const QTemporaryDir m_folder;
+    std::unique_ptr<zelcore::TestService> m_service;
+    QHash<QString, int> m_asked;
+};
+
+QUICK_TEST_MAIN_WITH_SETUP(quick, World)
+#include "tst_quick.moc"
