@@ -85,6 +85,11 @@ bool Simulator::comeBack(QString* error)
     return orWarned(*d, error, [this](QString* problem) { return d->comeBack(problem); });
 }
 
+bool Simulator::isAway() const
+{
+    return d->away;
+}
+
 int Simulator::clientCount() const
 {
     return int(d->server.clients().size());
@@ -95,6 +100,11 @@ int Simulator::clientCount() const
 void Simulator::setRegistrationPolicy(RegistrationPolicy policy, const QString& fixedState, int delay)
 {
     d->service.registrar().setPolicy(policy, fixedState, delay);
+}
+
+Simulator::RegistrationPolicy Simulator::registrationPolicy() const
+{
+    return d->service.registrar().policy();
 }
 
 void Simulator::setRegistrationState(const QString& state)

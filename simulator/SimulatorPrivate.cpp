@@ -8,6 +8,8 @@
 #include <QtCore/QDir>
 #include <QtCore/QLoggingCategory>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace zelcore {
@@ -245,7 +247,6 @@ bool SimulatorPrivate::start(QString* error)
         return false;
     }
     running = true;
-    away = false;
     activity.setPaused(false);
     timeline.start();
     Q_EMIT q->runningChanged(true);
@@ -257,12 +258,13 @@ void SimulatorPrivate::stop()
     if (!running)
         return;
     recorder.close(); // an end is not what a replay should play
-    goAway();
+    leave();
     running = false;
-    away = false;
     activity.setPaused(true);
     timeline.stop();
     targets.stop();
+    if (std::exchange(away, false))
+        Q_EMIT q->awayChanged(false);
     Q_EMIT q->runningChanged(false);
 }
 
@@ -270,8 +272,14 @@ void SimulatorPrivate::goAway()
 {
     if (!running || away)
         return;
-    away = true;
     note({Recording::Entry::Kind::Away});
+    away = true;
+    leave();
+    Q_EMIT q->awayChanged(true);
+}
+
+void SimulatorPrivate::leave()
+{
     service.suspend();
     server.close();
 }
@@ -288,6 +296,7 @@ bool SimulatorPrivate::comeBack(QString* error)
         return false;
     away = false;
     note({Recording::Entry::Kind::Back});
+    Q_EMIT q->awayChanged(false);
     return true;
 }
 

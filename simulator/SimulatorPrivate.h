@@ -74,6 +74,7 @@ private:
     void connectTap();
     void connectApplications();
     void connectReplay();
+    void leave();
     void tap(WireRecord record);
     void note(Recording::Entry entry);
 

@@ -18,6 +18,7 @@ public:
     Registrar(ServiceContext& context, ListService& lists, QObject* parent = nullptr);
 
     void setPolicy(Simulator::RegistrationPolicy policy, const QString& fixedState, int delay);
+    Simulator::RegistrationPolicy policy() const { return m_policy; }
     QString request(Session& session, const QJsonObject& body);
 
     /// The state in which applications begin.

@@ -5,16 +5,15 @@
 
 #include <common/LineReader.h>
 #include <common/QuitSignals.h>
+#include <common/Root.h>
 
 #include <zelcore/Simulator.h>
 
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
-#include <QtCore/QDir>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 
-#include <algorithm>
 #include <csignal>
 #include <cstdio>
 
@@ -35,23 +34,6 @@ void complain(const QString& line)
 {
     zeltools::LineReader::makeRoom();
     std::fprintf(stderr, "zelcore-sim: %s\n", line.toUtf8().constData());
-}
-
-/// A folder of this user's, the same one each time.
-QString usualRoot()
-{
-    const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
-    return runtime.isEmpty() ? QDir::tempPath() + u"/zelplatform-%1"_s.arg(::getuid()) : runtime + u"/zelplatform"_s;
-}
-
-/// A word as a shell takes it.
-QString quoted(QString word)
-{
-    static const QString plain = u"/._-+,:=@"_s;
-    const bool needsNone = std::all_of(word.cbegin(), word.cend(), [](QChar c) {
-        return (c.unicode() < 0x80 && c.isLetterOrNumber()) || plain.contains(c);
-    });
-    return needsNone ? word : u'\'' + word.replace(u'\'', "'\\''"_L1) + u'\'';
 }
 
 /// What the command line asks for.
@@ -97,7 +79,7 @@ bool readOptions(const QCommandLineParser& parser, Options* options)
 {
     bool contactsOk = true;
     bool seedOk = true;
-    options->root = parser.isSet(rootOption) ? parser.value(rootOption) : usualRoot();
+    options->root = parser.isSet(rootOption) ? parser.value(rootOption) : zeltools::usualRoot();
     options->scenario = parser.value(scenarioOption);
     if (parser.isSet(contactsOption))
         options->contacts = parser.value(contactsOption).toInt(&contactsOk);
@@ -236,7 +218,7 @@ int main(int argc, char* argv[])
     show(simulator, options.trace);
     if (!prepare(simulator, options))
         return 1;
-    print(u"export PPS_ROOT="_s + quoted(simulator.root()));
+    print(zeltools::exportLine(simulator.root()));
 
     using zeltools::LineReader;
     const bool isPerson = ::isatty(STDIN_FILENO) && ::isatty(STDOUT_FILENO);

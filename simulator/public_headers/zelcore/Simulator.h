@@ -42,6 +42,7 @@ class ZELCORE_EXPORT Simulator : public QObject
 {
     Q_OBJECT
     Q_PROPERTY(bool running READ isRunning NOTIFY runningChanged)
+    Q_PROPERTY(bool away READ isAway NOTIFY awayChanged)
     Q_PROPERTY(int clientCount READ clientCount NOTIFY clientCountChanged)
 
 public:
@@ -101,6 +102,7 @@ public:
     /// Returns. An application that was connected before keeps its registration when its library reconnects (it is
     /// known by its process), and is told permission, profile, lists and records anew.
     bool comeBack(QString* error = nullptr);
+    bool isAway() const;
 
     int clientCount() const;
 
@@ -108,6 +110,7 @@ public:
 
     /// \a fixedState counts for RegistrationPolicy::Fixed; \a delay passes between "Pending" and the outcome.
     void setRegistrationPolicy(RegistrationPolicy policy, const QString& fixedState = QString(), int delay = 0);
+    RegistrationPolicy registrationPolicy() const;
     /// Sets the state of every connected application, and the state in which new ones begin ("Unregistered"), and
     /// forgets who was registered before.
     /// Any text may be sent, also one that applications do not know; see registrationStates().
@@ -269,6 +272,7 @@ public:
 
 Q_SIGNALS:
     void runningChanged(bool running);
+    void awayChanged(bool away);
     void clientCountChanged(int count);
     /// Applications go by numbers that count up from 1.
     void clientConnected(int client);
