@@ -47,6 +47,17 @@ void stepping(zelcore::TestService& service)
     service.setTimelinePaused(false);                    // on by the clock, from there
 }
 
+void aReport()
+{
+    zelcore::TestService service;
+    QString problem;
+    QVERIFY2(service.replay(QFINDTESTDATA("report.jsonl"), &problem), qPrintable(problem));
+    ContactBrowser browser;
+    QTRY_VERIFY2(service.isReplayFinished(), qPrintable(service.replayAwaits()));
+    QCOMPARE(service.replayDifferences(), QStringList());    // it asked for what it asked for then
+    QCOMPARE(browser.names(), QStringList(u"Person 3"_s));   // and made of the answers what it should
+}
+
 void refused()
 {
     zelcore::Simulator service;
