@@ -24,6 +24,7 @@ namespace {
 struct ContactsStage : Stage
 {
     zelsplib::PlatformContactManager<RecordingContactList> manager{multiplexer, stream, &gates};
+    zelsplib::StreamRequests others{stream, [](const QString&, const QString&) {}}; ///< of another manager
 
     ContactsStage()
     {
@@ -78,6 +79,8 @@ struct ContactsStage : Stage
             pipe->inject("{'connectionInvitationReceived':{'userId':'@'}}", {user.toUtf8()});
         else if (what == u"fetch")
             log.add(manager.retrieveAvatar(user) ? u"yes"_s : u"no"_s);
+        else if (what == u"elsewhere")
+            others.request(user, words.value(1));
         else if (what == u"list")
             manager.getContactList();
         else if (what == u"events")
@@ -208,22 +211,6 @@ private Q_SLOTS:
         )"_s);
     }
 
-    // Two managers that wait for the same picture.
-    void leavesAloneWhatOthersWaitFor()
-    {
-        ContactsStage stage;
-        stage.play(ready);
-        zelsplib::StreamRequests others(stage.stream, [](const QString&, const QString&) {});
-        others.request(u"user0"_s, u"p"_s);
-        stage.play(uR"(
-            change 0 n p  -> update h0 n n; requestUserAvatar user0 p
-            half p half
-            fetch 0       -> yes; requestUserAvatar user0 p
-            stream p more -> picture h0 p halfmore
-        )"_s);
-        QVERIFY(stage.manager.getContact(u"user0"_s).getAvatarData().isEmpty()); // they travel with the report only
-    }
-
     void leavesItsViewToOthers()
     {
         auto stage = std::make_unique<ContactsStage>();
@@ -291,33 +278,33 @@ void TstPlatformContactManager::tellsItsStory_data()
         invite 9           -> invitation -
         invite             -> invitation -
     )");
-    row("the picture of a changed contact", R"(
-        change 0 m         -> update h0 n m
-        change 0 m p       -> update h0 m m; requestUserAvatar user0 p
-        stream q other
-        stream p bytes     -> picture h0 p bytes
-        stream p again
-    )");
     row("all who wait for one picture", R"(
-        change 0 n same    -> update h0 n n; requestUserAvatar user0 same
+        change 0 m         -> update h0 n m
+        change 0 m same    -> update h0 m m; requestUserAvatar user0 same
         change 1 n same    -> update h1 n n; requestUserAvatar user1 same
         change 2 n own     -> update h2 n n; requestUserAvatar user2 own
         fetch              -> Error:PlatformContactManager::retrieveAvatar(): Unable to process empty userId; ignoring; no
         fetch 5            -> Error:PlatformContactManager::retrieveAvatar(): Platform contact is not initialized; no
-        fetch 1            -> yes; requestUserAvatar user1 same
+        stream other O
         stream same S      -> picture h0 same S; picture h1 same S
         stream own O       -> picture h2 own O
+        stream own again
         fetch 1            -> yes; requestUserAvatar user1 same
         stream same S      -> picture h1 same S
+    )");
+    row("a picture for which another manager waits, too", R"(
+        elsewhere 0 p
+        change 0 n p       -> update h0 n n; requestUserAvatar user0 p
+        half p half
+        fetch 0            -> yes; requestUserAvatar user0 p
+        stream p more      -> picture h0 p halfmore
     )");
     row("pictures that were overtaken", R"(
         change 0 n old     -> update h0 n n; requestUserAvatar user0 old
         change 0 n new     -> update h0 n n; requestUserAvatar user0 new
         stream old O
-        stream new N       -> picture h0 new N
-        change 0 n third   -> update h0 n n; requestUserAvatar user0 third
         change 0 n -       -> update h0 n n; picture h0 - -
-        stream third T
+        stream new N
     )");
     // Somebody who went away still has a picture, but nobody follows it; without a handle it is nobody's.
     row("pictures of who is away", R"(
@@ -340,26 +327,20 @@ void TstPlatformContactManager::tellsItsStory_data()
         wait 20
         fetch 0            -> yes; requestUserAvatar user0 p
         half p cut
-        stream q Q         -> picture h2 q Q
-        wait 10            -> requestUserAvatar user0 p; requestUserAvatar user1 p
+        wait 10            -> requestUserAvatar user0 p; requestUserAvatar user1 p; requestUserAvatar user2 q
         stream p P         -> picture h0 p P; picture h1 p P
-        wait 600
-        fetch 2            -> yes; requestUserAvatar user2 q
         remove 2           -> uninstall h2
         change 2 n r
-        wait 30            -> requestUserAvatar user2 r
+        wait 60            -> requestUserAvatar user2 r
         half r cut
         fetch 2            -> yes; requestUserAvatar user2 r
         stream r third     -> picture h2 r third
+        wait 600
     )");
     // One that is named after its hash is asked for again at once, but not for ever: the other side may never do
     // better.
     row("pictures that are not whole", R"(
         change 0 n %whole  -> update h0 n n; requestUserAvatar user0 %whole
-        stream %whole half -> requestUserAvatar user0 %whole
-        stream %whole half -> requestUserAvatar user0 %whole
-        stream %whole whole -> picture h0 %whole whole
-        fetch 0            -> yes; requestUserAvatar user0 %whole
         stream %whole a    -> requestUserAvatar user0 %whole
         stream %whole b    -> requestUserAvatar user0 %whole
         stream %whole c

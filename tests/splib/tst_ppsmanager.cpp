@@ -51,31 +51,25 @@ private Q_SLOTS:
         QCOMPARE(records[1][1].toByteArray(), QByteArray("msg::zel\ndat:json:\n"));
     }
 
-    void dispatchesTheFirstMember_data()
+    void dispatchesTheFirstMemberOfItsObject()
     {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<QString>("expected");
-        const auto row = [](const char* name, const QByteArray& text, const QString& heard = {}) {
-            QTest::newRow(name) << text << heard;
-        };
-        row("lines around it", "@platform\nmsg::zel\ndat:json:{\"m\":{\"a\":\"1\"}}\nx:n:1\n", u"1"_s);
-        row("two members", "@platform\ndat:json:{\"m\":{\"a\":\"2\"},\"other\":{}}\n", u"2"_s);
-        row("two objects", "@x\ndat:json:{\"other\":{}}\n@platform\ndat:json:{\"m\":{\"a\":\"3\"}}", u"3"_s);
-        row("broken lines around it, and broken members",
-            "@x\nno form\n@platform\nbad:json:{\ndat:json:{\"m\":{\"n\":1e309,\"b\":[99999999999999999999],"
-            "\"a\":\"4\"}}\nworse:n:x\n",
-            u"4"_s);
-        row("bytes that are no UTF-8", "@platform\ndat:json:{\"m\":{\"a\":\"\xFF<\xC3\xA9\"}}\n", u"\uFFFD<\u00E9"_s);
-        row("a byte order mark", "\xEF\xBB\xBF@platform\ndat:json:{\"m\":{\"a\":\"5\"}}\n", u"5"_s);
-        for (const char* text :
-             {"", "\n", "nonsense", "@other\ndat:json:{\"m\":{}}\n", "@platform\ndata:json:{\"m\":{}}\n",
-              "@platform\ndat::{\"m\":{}}\n", "@platform\ndat:json:{\"m\":{}\n", "@platform\ndat:json:{}\n",
-              "@platform\ndat:json:[{\"m\":1}]\n", "@platform\ndat:json:{\"m\\u0000\":{}}\n"})
-            row(qPrintable(u"no message: "_s + QString::fromUtf8(text).simplified()), text);
-    }
-    void dispatchesTheFirstMember()
-    {
-        QFETCH(const QByteArray, text);
+        const std::pair<QByteArray, QString> rows[] = {
+            {"@platform\nmsg::zel\ndat:json:{\"m\":{\"a\":\"1\"},\"other\":{}}\nx:n:1\n", u"1"_s},
+            {"@x\ndat:json:{\"other\":{}}\n@platform\ndat:json:{\"m\":{\"a\":\"2\"}}", u"2"_s},
+            {"@x\nno form\n@platform\nbad:json:{\ndat:json:{\"m\":{\"n\":1e309,\"b\":[99999999999999999999],"
+             "\"a\":\"3\"}}\nworse:n:x\n",
+             u"3"_s},
+            {"@platform\ndat:json:{\"m\":{\"a\":\"\xFF<\xC3\xA9\"}}\n", u"\uFFFD<\u00E9"_s}, // no UTF-8
+            {"\xEF\xBB\xBF@platform\ndat:json:{\"m\":{\"a\":\"5\"}}\n", u"5"_s},             // a byte order mark
+            {"", {}},
+            {"nonsense\n", {}},
+            {"@other\ndat:json:{\"m\":{}}\n", {}},
+            {"@platform\ndata:json:{\"m\":{}}\n", {}},
+            {"@platform\ndat::{\"m\":{}}\n", {}},
+            {"@platform\ndat:json:{\"m\":{}\n", {}},
+            {"@platform\ndat:json:{}\n", {}},
+            {"@platform\ndat:json:[{\"m\":1}]\n", {}},
+            {"@platform\ndat:json:{\"m\\u0000\":{}}\n", {}}};
         QObject owner;
         QStringList heard;
         for (const QString& type : {u"m"_s, u"other"_s, u"dat"_s, QString()}) {
@@ -85,34 +79,31 @@ private Q_SLOTS:
                 heard.append(value);
             });
         }
-        m_manager->dispatchMessageReceived(text);
-        QTEST(heard.join(u' '), "expected");
+        for (const auto& [text, expected] : rows) {
+            m_manager->dispatchMessageReceived(text);
+            QVERIFY2(heard.join(u' ') == expected, text.constData());
+            heard.clear();
+        }
         m_manager->removeListeners(&owner);
-        m_manager->dispatchMessageReceived(u"@platform\ndat:json:{\"m\":{\"a\":\"gone\"}}\n"_s);
-        QVERIFY(!heard.contains(u"gone"));
+        m_manager->dispatchMessageReceived(rows[0].first);
+        QCOMPARE(heard, QStringList());
     }
 
     void logsBothDirections()
     {
-        {
-            const SlogCapture log;
-            m_manager->send(u"{\"%1\":1}"_s);
-            m_manager->dispatchMessageReceived(u"@platform\ndat:json:{\"%1\":1}\n"_s);
-            m_manager->dispatchMessageReceived(u"nonsense"_s);
-            QCOMPARE(log.lines(), (QStringList{u"6: sending json string to zelcore ==>: {\"%1\":1}"_s,
-                                               u"6: received json string from zelcore <==: {\"%1\":1}"_s,
-                                               u"2: Error:PPSManager::getJsonFromPps(): invalid input: 1%"_s,
-                                               u"6: received json string from zelcore <==: "_s}));
-        }
-        const SlogCapture log(5);
+        const SlogCapture log;
+        m_manager->send(u"{\"%1\":1}"_s);
+        m_manager->dispatchMessageReceived(u"@platform\ndat:json:{\"%1\":1}\n"_s);
         m_manager->dispatchMessageReceived(u"nonsense"_s);
-        QCOMPARE(log.lines(), QStringList{u"2: Error:PPSManager::getJsonFromPps(): invalid input: 1%"_s});
+        QCOMPARE(log.lines(), (QStringList{u"6: sending json string to zelcore ==>: {\"%1\":1}"_s,
+                                           u"6: received json string from zelcore <==: {\"%1\":1}"_s,
+                                           u"2: Error:PPSManager::getJsonFromPps(): invalid input: 1%"_s,
+                                           u"6: received json string from zelcore <==: "_s}));
     }
 
     void closesTheObject()
     {
         QSignalSpy gone(&m_server, &vx::system::ObjectServer::clientDisconnected);
-        QVERIFY(m_manager->getPpsHandle() > 0);
         QTRY_COMPARE(m_server.clients().size(), 1);
         m_manager.reset();
         QTRY_COMPARE(gone.size(), 1);
