@@ -26,22 +26,35 @@ Desk::Desk()
     addContact(u"ada"_s, R"({"ppid":"p","appVersion":"3","displayName":"Ada","personalMessage":"Hi","showBusy":true,
                              "currentStatus":"out","platformVersion":150,"clientVersion":9})");
     addContact(u"cem"_s);
-    answer(u"tpaApi"_s, [](const QJsonObject&) {});
-    answer(u"requestListElements"_s, [this](const QJsonObject& body) { answerElements(body); });
-    answer(u"requestListAll"_s, [this](const QJsonObject& body) {
-        const QString list = body.value("type"_L1).toString();
-        if (!heldBack.contains(list))
-            tellList(list);
-    });
-    answer(u"requestUserAvatar"_s, [this](const QJsonObject& body) {
-        const QString id = body.value("streamId"_L1).toString();
+    qputenv("PPS_ROOT", m_root.path().toLocal8Bit());
+    if (!m_server.listen(u"/pps/services/zelcore/platform"_s, nullptr))
+        qFatal("cannot serve the platform object");
+    connect(&m_server, &vx::system::ObjectServer::recordReceived, this,
+            [this](int, const QByteArray& record) { receive(record); });
+}
+
+void Desk::receive(const QByteArray& record)
+{
+    const QByteArray head = "msg::zel\ndat:json:";
+    const QByteArray text = record.startsWith(head) ? record.mid(head.size()).chopped(1) : record;
+    const QJsonObject message = json(text);
+    const QString type = message.keys().value(0);
+    const QJsonObject body = message.value(type).toObject();
+    const QString id = body.value("streamId"_L1).toString();
+    const QString list = body.value("type"_L1).toString();
+    if (type == "requestListElements"_L1)
+        answerElements(body);
+    else if (type == "requestListAll"_L1 && !heldBack.contains(list))
+        tellList(list);
+    else if (type == "requestUserAvatar"_L1 && !heldBack.contains(type))
         tellStream(id, id.toUtf8() + " picture");
-    });
+    else if (type != "requestListAll"_L1 && type != "tpaApi"_L1)
+        m_messages.enqueue(text);
 }
 
 static QJsonObject merged(QJsonObject record, const QByteArray& members)
 {
-    const QJsonObject changes = ScriptedCore::json(members);
+    const QJsonObject changes = Desk::json(members);
     for (auto member = changes.begin(); member != changes.end(); ++member)
         record.insert(member.key(), member.value());
     return record;
@@ -73,6 +86,14 @@ void Desk::addContact(const QString& name, const QByteArray& members)
     records.insert(u"u-"_s + name, merged(record, members));
     lists[u"platformContact"_s].append(key);
     tell(u"listAdd"_s, u"platformContact"_s, QJsonArray{key});
+}
+
+void Desk::send(const QString& type, const QJsonObject& body)
+{
+    const QByteArray message = QJsonDocument(QJsonObject{{type, body}}).toJson(QJsonDocument::Compact);
+    const QList<int> clients = m_server.clients();
+    for (int client : clients)
+        m_server.send(client, "@platform\ndat:json:" + message + '\n');
 }
 
 void Desk::tell(const QString& message, const QString& list, const QJsonArray& elements)
@@ -116,10 +137,15 @@ bool Desk::settle()
 {
     const QString mark = u"mark %1"_s.arg(++m_marks);
     QSignalSpy marks(ServiceBridge::instance()->utils(), &UtilsDelegate::ecoIdUpdated);
-    if (!QTest::qWaitFor([this] { return hasClient(); }))
+    if (!QTest::qWaitFor([this] { return !m_server.clients().isEmpty(); }))
         return false;
     send(u"requestEcoIdResponse"_s, {{u"ppid"_s, mark}});
     return QTest::qWaitFor([&] { return !marks.isEmpty() && marks.last().at(0).toString() == mark; });
+}
+
+QByteArray Desk::nextMessage()
+{
+    return QTest::qWaitFor([this] { return !m_messages.isEmpty(); }) ? m_messages.dequeue() : QByteArray();
 }
 
 QByteArrayList Desk::written()

@@ -1,23 +1,32 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <common/ScriptedCore.h>
-
 #include <vx/platform/zel/Context.h>
+#include <vx/system/ObjectServer.h>
 
 #include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
 #include <QtCore/QMetaProperty>
+#include <QtCore/QQueue>
+#include <QtCore/QTemporaryDir>
 #include <QtCore/QUuid>
+#include <QtTest/QTest>
 
 #include <memory>
 #include <utility>
 
-/// A core service that has one user, three contacts and a box, which the user allows. What the library asks of the
-/// lists is answered from the members below; whatever else it writes is left to the test.
-class Desk : public ScriptedCore
+/// A core service that has one user, three contacts and a box, which the user allows. It serves the platform object
+/// below a PPS_ROOT of its own. What the library asks of the lists and the own picture is answered from the members
+/// below; whatever else it writes is left to the test.
+class Desk : public QObject
 {
 public:
     Desk();
+
+    static QJsonObject json(const QByteArray& text) { return QJsonDocument::fromJson(text).object(); }
+    QString root() const { return m_root.path(); }
+    void goAway() { m_server.close(); }
 
     /// Each changes members of a record and tells the library.
     void changePermission(const QByteArray& members) { changeGlobal(QStringLiteral("permission"), members); }
@@ -27,6 +36,7 @@ public:
     /// "u-<name>" to the service and "<name>" to the application, unless the members have another handle.
     void addContact(const QString& name, const QByteArray& members = "{}");
 
+    void send(const QString& type, const QJsonObject& body);
     /// A message with elements of a list.
     void tell(const QString& message, const QString& list, const QJsonArray& elements);
     void tell(const QString& message, const QString& list, const QByteArray& element);
@@ -35,17 +45,23 @@ public:
 
     /// Whether the library has handled everything sent so far: a mark follows and has come out at the other end.
     bool settle();
+    /// The next message that was not answered, without the lines around it; empty after five seconds without any.
+    QByteArray nextMessage();
     /// What the library has written since the last time and was not answered: what comes before a mark.
     QByteArrayList written();
 
     QMap<QString, QJsonObject> records; ///< the user's own by name, those of contacts by user id
     QMap<QString, QJsonArray> lists;    ///< those asked for whole, by type
-    QStringList heldBack;               ///< lists and records that are not answered yet
+    QStringList heldBack;               ///< lists, records and types of messages that are not answered yet
 
 private:
     void changeGlobal(const QString& name, const QByteArray& members);
+    void receive(const QByteArray& record);
     void answerElements(const QJsonObject& body);
 
+    QTemporaryDir m_root;
+    vx::system::ObjectServer m_server;
+    QQueue<QByteArray> m_messages;
     int m_marks = 0;
 };
 

@@ -158,7 +158,7 @@ class TstAccess : public PlatformTest
 private Q_SLOTS:
     void withoutAServiceItIsBlockedByTheUser()
     {
-        m_desk->server().close();
+        m_desk->goAway();
         QLoggingCategory::setFilterRules(u"zel.platform.debug=true"_s);
         // An application that shows what it is told may use the library to do so.
         static QStringList messages;
@@ -191,18 +191,20 @@ private Q_SLOTS:
         QCOMPARE(warned(u"made without a context"_s), everybody);
         QCOMPARE(warned(u"there is no context"_s), requests);
 
-        m_desk->heldBack = QStringList{u"permission"_s};
-        m_desk->leaveToTest(u"requestUserAvatar"_s);
+        m_desk->heldBack = QStringList{u"permission"_s, u"requestUserAvatar"_s};
         m_context = std::make_unique<Context>(m_uuid);
         auto own = std::make_unique<Context>(m_uuid);
         Objects early(own.get());
         QVERIFY(m_desk->settle());
+        QCOMPARE(shown(*own),
+                 u"registrationState=Unknown accessAllowed=false ready=false zelSetup=false platformVersion=200"_s);
         QCOMPARE(early.working(), nobody);
         QCOMPARE(warned(u"made before access was allowed"_s),
                  QStringList({u"ApplicationPermissions"_s, u"ContactService"_s, u"UserProfile"_s}));
         QCOMPARE(warned(u"the service has not said yet"_s), requests);
         QCOMPARE(m_desk->written(), QByteArrayList());
-        m_desk->tell(u"listAdd"_s, u"global"_s, R"({"name":"permission","value":{"registrationState":"Success"}})");
+        m_desk->tell(u"listAdd"_s, u"global"_s,
+                     R"({"name":"permission","value":{"registrationState":"Success","zelSetup":true}})");
         QVERIFY(m_desk->nextMessage().contains("requestUserAvatar"));
         const Objects hasty(own.get());
         QCOMPARE(warned(u"made before the context was ready"_s), QStringList{u"UserProfile"_s});

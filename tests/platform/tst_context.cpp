@@ -15,32 +15,6 @@ class TstContext : public PlatformTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void knowsNothingBeforeTheServiceSpeaks()
-    {
-        m_desk->heldBack += u"permission"_s;
-        begin();
-        QVERIFY(m_desk->settle());
-        QCOMPARE(shown(*m_context),
-                 u"registrationState=Unknown accessAllowed=false ready=false zelSetup=false platformVersion=200"_s);
-        QVERIFY(!m_context->requestRegisterApplication());
-        QCOMPARE(m_desk->written(), QByteArrayList());
-        QCOMPARE(m_heard->lines(), QStringList());
-
-        m_desk->tell(u"listAdd"_s, u"global"_s,
-                     R"({"name":"permission","value":{"registrationState":"Unregistered","zelSetup":true}})");
-        QTRY_COMPARE(m_heard->lines(), QStringList{u"Unregistered"_s});
-        QVERIFY(m_context->isZelSetup());
-    }
-
-    void refusesANullUuid()
-    {
-        begin();
-        Context withoutUuid{QUuid()};
-        QVERIFY(!withoutUuid.requestRegisterApplication() && !withoutUuid.requestRegisterApplicationSilent());
-        QCOMPARE(m_heard->lines(), QStringList({u"InvalidUuid"_s, u"InvalidUuid"_s})); // every context hears of it
-        QCOMPARE(m_desk->written(), QByteArrayList());
-    }
-
     void registersOnlyInStatesThatAllowIt()
     {
         const QStringList allowing{u"Unregistered"_s, u"NoDataConnection"_s, u"UnexpectedError"_s,
@@ -111,8 +85,7 @@ private Q_SLOTS:
 
     void holdsAllowedBackUntilEverythingIsThere()
     {
-        m_desk->leaveToTest(u"requestUserAvatar"_s);
-        m_desk->heldBack = QStringList{u"platformContact"_s};
+        m_desk->heldBack = QStringList{u"platformContact"_s, u"requestUserAvatar"_s};
         begin();
         m_desk->changeState(u"Success"_s);
         const auto waitFor = [this](Context* context, const QObject* receiver, const QString& line) {

@@ -21,10 +21,13 @@ private Q_SLOTS:
         heard.note(box, &ProfileBox::itemCountChanged, u"count"_s, [&] { return QString::number(box.itemCount()); });
         heard.note(box, &ProfileBox::itemAdded, u"added"_s, [&] { return box.items().last().text(); });
         heard.note(box, &ProfileBox::itemRemoved, u"removed"_s, [&] { return box.item(u"2"_s).id(); });
+        heard.note(box, &ProfileBox::iconRegistered, u"registered"_s);
+        heard.note(box, &ProfileBox::registeredIconsChanged, u"icons"_s,
+                   [&] { return QString::number(box.registeredIcons().size()); });
         QTRY_COMPARE(m_context->registrationState(), RegistrationState::Unregistered);
         QVERIFY(m_desk->settle());
         ready();
-        QCOMPARE(heard.take(), QStringList{u"count | 3"_s}); // what it held before
+        QCOMPARE(heard.take(), QStringList({u"count | 3"_s, u"icons | 1"_s})); // what it held before
         QStringList items;
         for (const ProfileBoxItem& item : box.items())
             items.append(shown(item));
@@ -37,21 +40,11 @@ private Q_SLOTS:
         m_desk->tell(u"listAdd"_s, u"profileBoxItem"_s, R"({"itemId":"4","text":"four"})");
         m_desk->tell(u"listRemove"_s, u"profileBoxItem"_s, R"({"itemId":"2"})");
         m_desk->tell(u"listRemove"_s, u"profileBoxItem"_s, R"({"itemId":"9"})");
-        QVERIFY(m_desk->settle());
-        QCOMPARE(heard.take(), QStringList({u"added 4 | four"_s, u"count | 4"_s, u"removed 2 | "_s, u"count | 3"_s}));
-    }
-
-    void announcesWhichIconsItemsMayName()
-    {
-        const ProfileBox box(ready());
-        Heard heard;
-        heard.note(box, &ProfileBox::registeredIconsChanged, u"icons"_s,
-                   [&] { return QString::number(box.registeredIcons().size()); });
-        heard.note(box, &ProfileBox::iconRegistered, u"registered"_s);
-        for (const auto& message : {u"listAdd"_s, u"listAdd"_s, u"listRemove"_s})
+        for (const auto& message : {u"listAdd"_s, u"listAdd"_s, u"listRemove"_s}) // the other items may name
             m_desk->tell(message, u"profileBoxImage"_s, R"({"imageId":"5"})");
         QVERIFY(m_desk->settle());
-        QCOMPARE(heard.take(), QStringList({u"registered 5"_s, u"icons | 2"_s, u"icons | 1"_s}));
+        QCOMPARE(heard.take(), QStringList({u"added 4 | four"_s, u"count | 4"_s, u"removed 2 | "_s, u"count | 3"_s,
+                                            u"registered 5"_s, u"icons | 2"_s, u"icons | 1"_s}));
     }
 
     void asksForTheRemovalOfItems()
@@ -71,14 +64,11 @@ private Q_SLOTS:
         const ProfileBox box(ready());
         Heard heard;
         heard.note(box, &ProfileBox::iconRetrieved, QString());
-        const std::pair<QByteArray, QString> icons[] = {{"\x89PNG\r\n\x1a\n and more", u"Png"_s},
-                                                        {"GIF89a and more", u"Gif"_s},
-                                                        {"BM and more", u"Bmp"_s},
-                                                        {"\xff\xd8\xff and more", u"Jpg"_s},
+        const std::pair<QByteArray, QString> icons[] = {{"GIF89a and more", u"Gif"_s},
                                                         {"nothing that shows", u"Jpg"_s}};
         for (const auto& [data, type] : icons) {
             QVERIFY(box.requestRetrieveIcon(7));
-            const auto request = ScriptedCore::json(m_desk->nextMessage()).value("requestProfileBoxImage"_L1);
+            const auto request = Desk::json(m_desk->nextMessage()).value("requestProfileBoxImage"_L1);
             QCOMPARE(request["imageId"_L1].toString(), u"7"_s);
             m_desk->tellStream(request["streamId"_L1].toString(), data);
             QVERIFY(m_desk->settle());

@@ -67,20 +67,18 @@ private Q_SLOTS:
         // Longer than can be counted on the way: it would go out cut. Nobody looks at its bytes.
         QVERIFY(!profile.requestUpdateDisplayPicture(ImageType::Png, QByteArray::fromRawData("x", 0x100000001)));
         const std::tuple<ImageType::Type, QByteArray, QString> rows[] = {
-            {ImageType::Jpg, "image/jpeg", u"Jpg"_s},
             {ImageType::Png, "image/png", u"Png"_s},
             {ImageType::Gif, "image/gif", u"Gif"_s},
             {ImageType::Bmp, "image/bmp", u"Bmp"_s},
             {ImageType::Unsupported, "image/jpeg", u"Jpg"_s}};
         for (const auto& [type, mimeType, shownType] : rows) {
-            const QByteArray picture = "picture " + QByteArray::number(type);
-            QVERIFY(profile.requestUpdateDisplayPicture(type, picture));
-            const QByteArray hash = QCryptographicHash::hash(picture, QCryptographicHash::Sha1).toHex();
+            QVERIFY(profile.requestUpdateDisplayPicture(type, mimeType));
+            const QByteArray hash = QCryptographicHash::hash(mimeType, QCryptographicHash::Sha1).toHex();
             const QByteArray change = "{\"avatarId\":\"" + hash + "\",\"avatarMimeType\":\"" + mimeType + "\"}";
             QCOMPARE(m_desk->written(), QByteArrayList{changeRequest(change)});
             m_desk->changeProfile(change);
             QVERIFY(m_desk->settle());
-            QCOMPARE(heard.take(), QStringList{u"%1 %2 | %1 %2"_s.arg(shownType, QString::fromLatin1(picture))});
+            QCOMPARE(heard.take(), QStringList{u"%1 %2 | %1 %2"_s.arg(shownType, QString::fromLatin1(mimeType))});
         }
     }
 
