@@ -2,52 +2,116 @@
 #pragma once
 
 #include <QtCore/QByteArray>
+#include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 #include <QtCore/QList>
 #include <QtCore/QProcess>
 #include <QtCore/QStringList>
+#include <QtTest/QTest>
+
+#include <csignal>
 
 /// zelctl as a program that another one drives: words in, lines out.
 class ZelctlProcess
 {
 public:
-    /// \a root is its PPS_ROOT; empty for none.
-    explicit ZelctlProcess(const QString& root = QString());
-    ~ZelctlProcess();
+    /// \a root is its PPS_ROOT.
+    explicit ZelctlProcess(const QString& root)
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("PPS_ROOT"), root);
+        m_process.setProcessEnvironment(environment);
+        m_process.setProgram(QStringLiteral(ZELCTL_PATH));
+    }
+    ~ZelctlProcess()
+    {
+        m_process.kill();
+        m_process.waitForFinished(patience);
+    }
 
     /// Standard input stays open until finish().
-    bool start(const QStringList& arguments);
-    /// `--json shell` up to its first line; empty when that does not come.
-    QJsonObject startShell(const QStringList& options = {});
+    bool start(const QStringList& arguments)
+    {
+        m_process.setArguments(arguments);
+        m_process.start();
+        return m_process.waitForStarted(patience);
+    }
+    /// `--json shell` up to its first line and the first registration state.
+    void startShell()
+    {
+        start({QStringLiteral("--json"), QStringLiteral("shell")});
+        takeUntil(QStringLiteral("Unregistered"));
+    }
 
     /// One line to standard input.
-    void write(const QByteArray& line);
+    void write(const QByteArray& line) { m_process.write(line + '\n'); }
     /// The next line that was not taken yet, whatever it is; empty when none comes.
-    QByteArray takeLine();
+    QByteArray takeLine()
+    {
+        // The event loop runs meanwhile: the other end of the object lives in this process.
+        const auto there = [this] {
+            collect();
+            return m_output.indexOf('\n', m_taken) >= 0;
+        };
+        if (!QTest::qWaitFor(there, patience)) {
+            qWarning("zelctl said no more; so far: %s\n%s", m_output.constData(), diagnostics().constData());
+            return {};
+        }
+        const qsizetype start = std::exchange(m_taken, m_output.indexOf('\n', m_taken) + 1);
+        return m_output.mid(start, m_taken - 1 - start);
+    }
     QJsonObject take() { return parsed(takeLine()); }
     /// Sends a command and takes the next line.
-    QJsonObject ask(const QByteArray& command);
-    /// The lines up to the one that announces this registration state, without it.
-    QList<QJsonObject> takeUntil(const QString& registrationState);
+    QJsonObject ask(const QByteArray& command)
+    {
+        write(command);
+        return take();
+    }
+    /// Takes the lines up to the one that announces this registration state.
+    void takeUntil(const QString& registrationState)
+    {
+        QJsonObject line;
+        do
+            line = take();
+        while (!line.isEmpty() && line.value(QStringLiteral("state")).toString() != registrationState);
+    }
 
-    /// SIGTERM.
-    void terminate() { m_process.terminate(); }
-    /// SIGINT.
-    void interrupt();
+    void end(int signal) { ::kill(pid_t(m_process.processId()), signal); }
     /// Closes standard input and waits for the end. The exit status; -1 when it crashed or did not end.
-    int finish();
+    int finish()
+    {
+        m_process.closeWriteChannel();
+        const bool ended = QTest::qWaitFor([this] { return m_process.state() == QProcess::NotRunning; }, patience);
+        collect();
+        return ended && m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
+    }
     /// Runs it to its end on \a input.
-    int run(const QStringList& arguments, const QByteArray& input = QByteArray());
+    int run(const QStringList& arguments, const QByteArray& input = QByteArray())
+    {
+        if (!start(arguments))
+            return -1;
+        m_process.write(input);
+        return finish();
+    }
 
     /// What it wrote in all.
-    QByteArray output() const { return m_output; }
-    QByteArray diagnostics();
-    QList<QByteArray> lines() const;
+    QList<QByteArray> lines() const { return m_output.split('\n').mid(0, m_output.count('\n')); }
+    QByteArray diagnostics()
+    {
+        collect();
+        return m_diagnostics;
+    }
 
-    static QJsonObject parsed(const QByteArray& line);
+    static QJsonObject parsed(const QByteArray& line) { return QJsonDocument::fromJson(line).object(); }
 
 private:
-    void collect();
+    void collect()
+    {
+        m_output += m_process.readAllStandardOutput();
+        m_diagnostics += m_process.readAllStandardError();
+    }
+
+    static constexpr int patience = 20'000; // for machines that are busy with other things, too
 
     QProcess m_process;
     QByteArray m_output;

@@ -41,9 +41,7 @@ private Q_SLOTS:
     {
         QFETCH(int, count);
         fill(count);
-        const QJsonObject list = m_shell->ask("contacts");
-        QCOMPARE(list.value("count"_L1).toInt(), count);
-        QCOMPARE(list.value("contacts"_L1).toArray().size(), count);
+        QCOMPARE(m_shell->ask("contacts").value("contacts"_L1).toArray().size(), count);
 
         QStringList expected;
         for (const QString& handle : handles()) {
@@ -90,7 +88,6 @@ private:
         m_simulator->generateContacts(count, 7);
         m_shell = std::make_unique<ZelctlProcess>(m_simulator->root());
         m_shell->startShell();
-        m_shell->takeUntil(u"Unregistered"_s);
         m_shell->write("register");
         m_shell->takeUntil(u"Allowed"_s);
         QCOMPARE(m_shell->take().value("signal"_L1).toString(), u"contactListUpdated"_s);
