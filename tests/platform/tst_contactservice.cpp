@@ -34,7 +34,11 @@ private Q_SLOTS:
         const ContactService later(m_context.get());
         QVERIFY(later.isComplete());
         QCOMPARE(later.contacts(), m_service->contacts());
-        QCOMPARE(m_heard->lines(), QStringList{u"list"_s}); // the others hear of the list that was read for it
+        QCOMPARE(m_heard->take(), QStringList{u"list"_s}); // the others hear of the list that was read for it
+
+        m_desk->changeState(u"TemporaryError"_s);
+        QVERIFY(m_desk->settle());
+        QCOMPARE(m_heard->lines(), QStringList({u"valid | false"_s, u"count | 0"_s}));
     }
 
     void announcesWhatComesChangesAndGoes()
@@ -78,6 +82,7 @@ private:
         m_heard->note(service, &ContactService::contactListUpdated, u"list"_s);
         m_heard->note(service, &ContactService::contactCountChanged, u"count"_s,
                       [&] { return QString::number(service.contactCount()); });
+        m_heard->note(service, &ContactService::validChanged, u"valid"_s, [&] { return words(service.isValid()); });
         m_heard->note(service, &ContactService::contactUpdated, u"updated"_s,
                       [&] { return service.contact(u"bea"_s).displayName(); });
         m_heard->note(service, &ContactService::applicationEnabled, u"enabled"_s,
