@@ -20,13 +20,13 @@ class TstSlog : public QObject
 private Q_SLOTS:
     void takesLinesUpToTheLevel()
     {
-        const std::pair<QByteArray, int> levels[] = {{{}, 5},    {"7", 7},     {"2", 2},
-                                                     {"-1", -1}, {"9", 7},     {"99999999999999999999", 7},
-                                                     {"-5", -1}, {"debug", 5}, {"7x", 5}};
-        for (const auto& [level, highest] : levels) {
+        for (const QByteArray level : {"", "7", "2", "-1", "9", "99999999999999999999", "-5", "debug", "7x"}) {
             const SlogCapture log;
-            level.isNull() ? qunsetenv("ZEL_SLOG_LEVEL") : qputenv("ZEL_SLOG_LEVEL", level);
+            level.isEmpty() ? qunsetenv("ZEL_SLOG_LEVEL") : qputenv("ZEL_SLOG_LEVEL", level);
             slog_reload();
+            bool isNumber = false;
+            const double given = level.toDouble(&isNumber);
+            const int highest = isNumber ? int(qBound(-1.0, given, 7.0)) : 5;
             QStringList expected;
             for (int severity = 0; severity <= 7; ++severity) {
                 QCOMPARE(device::isLogged(severity), severity <= highest);
@@ -59,17 +59,14 @@ private Q_SLOTS:
         const SlogCapture log;
         std::vector<std::thread> threads;
         for (int t = 0; t < 4; ++t) {
-            threads.emplace_back([t] {
+            threads.emplace_back([] {
                 for (int i = 0; i < 200; ++i)
-                    slogf(1, 5, "%d.%d.%s", t, i, "end");
+                    slogf(1, 5, "%s.%s", "beginning", "end");
             });
         }
         for (std::thread& thread : threads)
             thread.join();
-        const QStringList lines = log.lines();
-        QCOMPARE(lines.size(), 800);
-        for (const QString& line : lines)
-            QVERIFY2(line.startsWith(u"5: "_s) && line.endsWith(u".end"_s) && line.count(u'.') == 2, qPrintable(line));
+        QCOMPARE(log.lines(), QStringList(800, u"5: beginning.end"_s));
     }
 };
 
