@@ -29,24 +29,20 @@ private Q_SLOTS:
     void writesFromItsLevelOn()
     {
         setLogCategory(LogCategory::Type(1)); // has no say
-        QVERIFY(!passes("x.cpp", -1) && !passes("x.cpp", 0) && passes("x.cpp", 1) && passes("x.cpp", 2));
+        QVERIFY(!passes("x.cpp", 0) && passes("x.cpp", 1) && passes("x.cpp", 2));
         setLogLevel(LogLevel::Error);
         QVERIFY(!passes("x.cpp", 1) && passes("x.cpp", 2));
     }
 
+    // What is a plain expression, or none, is taken as a wildcard.
     void matchesWholeFileNamesAsWildcardsOfAnyCase()
     {
         for (const char* path : {"/a/b/Realm.cpp", "a/b\\Realm.cpp", "a\\b/Realm.cpp", "Realm.cpp"})
             QCOMPARE(filterFilename(path), u"Realm.cpp"_s);
-        QCOMPARE(filterFilename("a/"), QString());
-        // As a plain expression this would mean something else.
-        setFilenameFilter(QRegExp(u"observable*"_s, Qt::CaseSensitive, QRegExp::RegExp));
-        QVERIFY(passes("/src/ObservableTracker.h"));
-        QVERIFY(!passes("/src/Realm.cpp") && !passes("/src/MyObservable.h"));
-        setFilenameFilter(QRegExp(u"*("_s, Qt::CaseInsensitive, QRegExp::RegExp)); // invalid
-        QVERIFY(passes("/src/ObservableTracker.h") && !passes("/src/Realm.cpp"));
-        setFilenameFilter(QRegExp(u"Realm"_s));
-        QVERIFY(!passes("/src/Realm.cpp"));
+        for (const char* const filter : {"observable*", "*("}) { // the second is none, and changes nothing
+            setFilenameFilter(QRegExp(QLatin1String(filter), Qt::CaseSensitive, QRegExp::RegExp));
+            QVERIFY(passes("/src/ObservableTracker.h") && !passes("/src/Realm.cpp") && !passes("MyObservable.h"));
+        }
     }
 
     void writesOneLineInItsForm()

@@ -79,22 +79,16 @@ private Q_SLOTS:
         QVERIFY(!observable->addObserver(nullptr) && !observable->removeObserver(nullptr));
         observable->notifyObservers();
         QCOMPARE(calls, 2);
-    }
-
-    void followsOneThingAtATime()
-    {
-        const Observables one(new ObservableImpl);
+        // A follower follows one thing at a time.
         Observables other(new ObservableImpl);
-        int marks = 0;
-        FunctionFollower follower([&] { ++marks; });
+        FunctionFollower follower([&] { ++calls; });
         FunctionFollower second([] {});
         second.follow(*other);
-        follower.follow(*one);
+        follower.follow(*observable);
         follower.follow(*other);
-        one->notifyObservers();
+        observable->notifyObservers();
         other->notifyObservers();
-        QCOMPARE(marks, 1);
-        second.detach();
+        QCOMPARE(calls, 3);
         second.detach();
         other.reset();
         QVERIFY(!follower.observable());
@@ -103,12 +97,11 @@ private Q_SLOTS:
     void keepsReactionsFromTheTrackedComputation()
     {
         const Observables observable(new ObservableImpl);
-        const NumberPointer before(new Number(0));
-        const NumberPointer during(new Number(0));
-        const NumberPointer after(new Number(0));
+        const NumberPointer read(new Number(0));
+        const NumberPointer unread(new Number(0));
         bool isBad = false;
         ObserverFunctorAdapter observer([&] {
-            during->getValue();
+            unread->getValue();
             if (isBad)
                 throw std::runtime_error("no");
         });
@@ -117,15 +110,14 @@ private Q_SLOTS:
         for (const bool isFollowed : {false, true}) { // then by way of a round
             if (isFollowed)
                 follower.follow(*observable);
-            const auto read = ObservableTracker::runAndMonitor([&] {
-                before->getValue();
+            const auto found = ObservableTracker::runAndMonitor([&] {
                 isBad = false;
                 observable->notifyObservers();
                 isBad = true;
                 QVERIFY_THROWS_EXCEPTION(std::runtime_error, observable->notifyObservers());
-                after->getValue();
+                read->getValue();
             });
-            QVERIFY(read->size() == 2 && read->contains(before.data()) && read->contains(after.data()));
+            QVERIFY(found->size() == 1 && found->contains(read.data()));
         }
     }
 
@@ -138,16 +130,14 @@ private Q_SLOTS:
         QCOMPARE(Round::number(), 0U);
         // Several changes made together are announced once each, whatever is thrown meanwhile.
         const auto several = [&] {
-            Round::together([&] {
-                pair.second->notifyObservers();
-                pair.first->notifyObservers();
-                Round::together([&] { pair.first->notifyObservers(); });
-                QCOMPARE(pair.take(), (QStringList{u"mark"_s, u"mark"_s}));
-                throw std::runtime_error("no");
-            });
+            pair.second->notifyObservers();
+            pair.first->notifyObservers();
+            Round::together([&] { pair.first->notifyObservers(); });
+            QCOMPARE(pair.take().join(u' '), u"mark mark"_s);
+            throw 1;
         };
-        QVERIFY_THROWS_EXCEPTION(std::runtime_error, several());
-        QCOMPARE(pair.take(), (QStringList{u"second"_s, u"first"_s}));
+        QVERIFY_THROWS_EXCEPTION(int, Round::together(several));
+        QCOMPARE(pair.take().join(u' '), u"second first"_s);
     }
 
     // What the outer change has not announced by then is announced with the inner one.
@@ -158,29 +148,25 @@ private Q_SLOTS:
             pair.whenHeard = [] {};
             pair.first->notifyObservers();
             pair.log << u"done"_s;
+            throw 1;
         };
-        pair.first->notifyObservers();
-        QCOMPARE(pair.take(), (QStringList{u"mark"_s, u"first"_s, u"mark"_s, u"first"_s, u"second"_s, u"done"_s}));
-    }
-
-    void passesTheFirstExceptionOnWhenAllHasBeenTold()
-    {
-        Pair pair;
+        QVERIFY_THROWS_EXCEPTION(int, pair.first->notifyObservers());
+        QCOMPARE(pair.take().join(u' '), u"mark first mark first second done"_s);
+        // Of several exceptions the first goes on, when all have been told.
+        int thrown = 0;
         pair.whenHeard = [&] { throw int(pair.log.size()); };
         try {
             pair.first->notifyObservers();
-            QFAIL("nothing was thrown");
-        } catch (int thrown) {
-            QCOMPARE(thrown, 2); // mark, first
+        } catch (int first) {
+            thrown = first;
         }
+        QCOMPARE(thrown, 2); // mark, first
         QCOMPARE(pair.take().size(), 3);
-        QCOMPARE(pair.first->ref.loadRelaxed(), 1);
         QCOMPARE(Round::number(), 0U);
     }
 
     void livesUntilItHasAnnouncedWhoeverDropsIt()
     {
-        using List = QExplicitlySharedDataPointer<ObservableListImpl>;
         const auto lives = [](auto handle, auto signal, const auto& change) {
             const QPointer<QObject> alive(handle.data());
             bool aliveAtTheLast = false;
@@ -191,29 +177,21 @@ private Q_SLOTS:
             return aliveAtTheLast && !alive;
         };
         const auto notify = [](ObservableImpl& observable) { observable.notifyObservers(); };
-        QVERIFY(lives(Observables(new ObservableImpl), &ObservableImpl::observableChanged, notify));
-        Observables followed(new ObservableImpl);
         FunctionFollower follower([] {});
-        follower.follow(*followed);
-        QVERIFY(lives(std::move(followed), &ObservableImpl::observableChanged, notify));
-        QVERIFY(lives(EditableListPointer<int>(new EditableList<int>({1})), &ObservableListImpl::itemRemoved,
-                      [](EditableList<int>& list) { list.remove(0); }));
-        QVERIFY(lives(QExplicitlySharedDataPointer(new PlainMap<int, int>), &ObservableMapImplBase::mapChanged,
-                      [](PlainMap<int, int>& map) {
-                          map.set({{1, 1}});
-                      }));
-
-        const EditableListPointer<int> input(new EditableList<int>({1, 2, 3, 4}));
-        const ObservableList<int> source(input.data());
-        const auto remove = [&](ObservableListImpl&) { input->remove(0); };
-        QVERIFY(lives(List(new CachedObservableList<int>(source)), &ObservableListImpl::itemRemoved, remove));
-        List filtered(FilteredObservableList<int>::create(source, [](int) { return true; }).impl());
-        QVERIFY(lives(std::move(filtered), &ObservableListImpl::itemRemoved, remove));
-        const ObservableMap<int, int> map(new PlainMap<int, int>);
-        List transformed(TransformedObservableList::create<int, int>(source, map).impl());
-        QVERIFY(lives(std::move(transformed), &ObservableListImpl::itemRemoved, remove));
+        for (const bool isFollowed : {false, true}) {
+            Observables observable(new ObservableImpl);
+            if (isFollowed)
+                follower.follow(*observable);
+            QVERIFY(lives(std::move(observable), &ObservableImpl::observableChanged, notify));
+        }
+        const auto remove = [](EditableList<int>& list) { list.remove(0); };
+        QVERIFY(lives(EditableListPointer<int>(new EditableList<int>({1})), &ObservableListImpl::itemRemoved, remove));
+        const auto set = [](PlainMap<int, int>& map) { map.set({{1, 1}}); };
+        QVERIFY(lives(QExplicitlySharedDataPointer(new PlainMap<int, int>), &ObservableMapImplBase::mapChanged, set));
+        const EditableListPointer<int> input(new EditableList<int>({1, 2}));
+        QVERIFY(lives(QExplicitlySharedDataPointer(new CachedObservableList<int>(ObservableList<int>(input.data()))),
+                      &ObservableListImpl::itemRemoved, [&](auto&) { input->remove(0); }));
         input->remove(0); // nobody follows it any more
-
         const NumberPointer value(new Number(1));
         QExplicitlySharedDataPointer values(MapObservableToValue<int>::create().impl());
         values->get(ObservableValue<int>(value.data()));
@@ -224,20 +202,18 @@ private Q_SLOTS:
     void isNeitherDeletedNorMissedWhenNobodyCountsIt()
     {
         auto owned = std::make_unique<ObservableImpl>();
-        const QPointer<QObject> alive(owned.get());
         Pair pair;
         FunctionFollower follower([&] { owned->notifyObservers(); });
         follower.follow(*pair.second);
         pair.first->notifyObservers();
         QVERIFY(ObservableTracker::runAndMonitor([&] { ObservableTracker::getterCalled(owned.get()); })->isEmpty());
-        QVERIFY(alive);
         QCOMPARE(owned->ref.loadRelaxed(), 0);
         // It may be destroyed before it is announced, and by its own announcement.
         ObserverFunctorAdapter heard([] { QFAIL("it is gone"); });
         owned->addObserver(&heard);
         pair.whenHeard = [&] { owned.reset(); };
         pair.first->notifyObservers();
-        QVERIFY(!alive);
+        QVERIFY(!owned);
         owned = std::make_unique<ObservableImpl>();
         ObserverFunctorAdapter destroys([&] { owned.reset(); });
         owned->addObserver(&destroys);

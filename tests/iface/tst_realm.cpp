@@ -33,7 +33,6 @@ private Q_SLOTS:
         QApplicationRealm realm;
         QApplicationRealm other;
         QStringList log;
-        QSignalSpy queued(&realm, &QApplicationRealm::itemQueued);
         const int first = realm.asyncExec([&] {
             log << u"first"_s;
             realm.asyncExec([&] { log << u"later"_s; });
@@ -43,18 +42,17 @@ private Q_SLOTS:
         QCOMPARE(other.asyncExec({}), first + 1);
         const int removed = realm.asyncExec([&] { log << u"removed"_s; });
         QCOMPARE(realm.asyncExec([&] { log << u"second"_s; }), first + 3);
-        QCOMPARE(queued.count(), 3);
         for (const int id : {removed, removed, -1})
             realm.remove(id);
         QCOMPARE(log, QStringList());
         realm.execute();
-        QCOMPARE(log, (QStringList{u"first"_s, u"end of first"_s}));
+        QCOMPARE(log.join(u' '), u"first end of first"_s);
         QVERIFY_THROWS_EXCEPTION(boost::bad_function_call, other.execute());
         turn(); // one call more than there are functions
-        QTRY_COMPARE(log, (QStringList{u"first"_s, u"end of first"_s, u"second"_s, u"later"_s}));
+        QTRY_COMPARE(log.join(u' '), u"first end of first second later"_s);
     }
 
-    void survivesItsOwnDestructionInAFunction()
+    void mayBeDestroyedInAFunction()
     {
         auto realm = std::make_unique<QApplicationRealm>();
         int calls = 0;
@@ -63,8 +61,13 @@ private Q_SLOTS:
             ++calls;
         });
         realm->asyncExec([&] { calls += 100; });
+        // Nor is what is posted for somebody called when that one has gone.
+        auto goes = std::make_unique<QObject>();
+        Realm::postGuarded(goes.get(), [&] { calls += 100; });
+        Realm::postGuarded(this, [&] { ++calls; });
+        goes.reset();
         turn();
-        QCOMPARE(calls, 1);
+        QCOMPARE(calls, 2);
     }
 
     void keepsReadsOfAFunctionFromATrackedComputation()
@@ -91,32 +94,21 @@ private Q_SLOTS:
         QCOMPARE(Realm::threadDefault(), mine);
     }
 
-    void postsOnlyToThoseWhoAreStillThere()
-    {
-        QObject stays;
-        auto goes = std::make_unique<QObject>();
-        QStringList log;
-        Realm::postGuarded(goes.get(), [&] { log << u"gone"_s; });
-        Realm::postGuarded(&stays, [&] { log << u"there"_s; });
-        goes.reset();
-        turn();
-        QCOMPARE(log, QStringList{u"there"_s});
-    }
-
-    void remindsWithDoublingDelays()
+    void remindsWithDoublingDelaysUntilItGoes()
     {
         const auto clock = FakeClock::install();
         int reminders = 0;
-        RetryTimer timer([&] {
+        std::unique_ptr<RetryTimer> timer;
+        timer = std::make_unique<RetryTimer>([&] {
             if (++reminders == 8)
-                timer.stop();
+                timer.reset();
         });
-        QVERIFY(!timer.isActive());
-        timer.start();
+        QVERIFY(!timer->isActive());
+        timer->start();
         int expected = 0;
         for (const int seconds : {30, 60, 120, 240, 300, 300, 0, 30, 60}) {
             if (seconds == 0) {
-                timer.start(); // anew
+                timer->start(); // anew
                 QCOMPARE(clock->waiting(), 1);
                 continue;
             }
@@ -125,22 +117,6 @@ private Q_SLOTS:
             clock->advance(1);
             QCOMPARE(reminders, ++expected);
         }
-        QVERIFY(!timer.isActive());
-        QCOMPARE(clock->waiting(), 0);
-    }
-
-    void mayBeDestroyedByItsReminder()
-    {
-        const auto clock = FakeClock::install();
-        int reminders = 0;
-        std::unique_ptr<RetryTimer> timer;
-        timer = std::make_unique<RetryTimer>([&] {
-            ++reminders;
-            timer.reset();
-        });
-        timer->start();
-        clock->advance(1000 * 1000);
-        QCOMPARE(reminders, 1);
         QCOMPARE(clock->waiting(), 0);
     }
 

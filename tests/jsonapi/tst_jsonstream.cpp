@@ -1,28 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <common/FakePipe.h>
+#include <common/SeededRandom.h>
 #include <common/TestMain.h>
 #include <zel/JsonStream.h>
 
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
-#include <QtCore/QRandomGenerator>
 
+#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-QByteArray randomBytes(int size)
-{
-    QByteArray bytes(size, Qt::Uninitialized);
-    QRandomGenerator random(quint32(size) + 1);
-    for (char& byte : bytes)
-        byte = char(random.generate());
-    return bytes;
-}
-
-} // namespace
 
 class TstJsonStream : public QObject
 {
@@ -38,35 +26,28 @@ private Q_SLOTS:
         });
     }
 
-    void reassemblesWhatItSends_data()
-    {
-        QTest::addColumn<int>("bytes");
-        QTest::addColumn<QList<int>>("characters");
-        QTest::newRow("nothing") << 0 << QList<int>();
-        QTest::newRow("one byte") << 1 << QList<int>{4};
-        QTest::newRow("20480 characters") << 15360 << QList<int>{20480};
-        QTest::newRow("20484 characters") << 15361 << QList<int>{20480, 4};
-        QTest::newRow("32768 bytes") << 32768 << QList<int>{20480, 20480, 2732};
-    }
-
     void reassemblesWhatItSends()
     {
-        QFETCH(int, bytes);
-        QFETCH(QList<int>, characters);
-        const QByteArray data = randomBytes(bytes);
-        stream->send(u"id"_s, data);
-        for (const int size : characters) {
-            QVERIFY(received.isEmpty());
-            const QByteArray message = pipe->takeSent();
-            const QJsonObject body = QJsonDocument::fromJson(message).object().value(u"stream"_s).toObject();
-            const QByteArray value = body.value(u"value"_s).toString().toLatin1();
-            const QByteArray last = pipe->sentCount() == 0 ? ",\"last\":true" : "";
-            QCOMPARE(message, "{\"stream\":{\"id\":\"id\",\"value\":\"" + value + '"' + last + "}}");
-            QCOMPARE(value.size(), size);
-            pipe->inject(message);
+        const std::pair<int, QList<int>> pieces[] = {
+            {0, {}}, {1, {4}}, {15360, {20480}}, {15361, {20480, 4}}, {32768, {20480, 20480, 2732}}};
+        QRandomGenerator random = seededRandom();
+        for (const auto& [size, characters] : pieces) {
+            QByteArray data(size, Qt::Uninitialized);
+            std::generate(data.begin(), data.end(), [&] { return char(random.generate()); });
+            stream->send(u"id"_s, data);
+            for (const int length : characters) {
+                QVERIFY(received.isEmpty());
+                const QByteArray message = pipe->takeSent();
+                const QByteArray value = QJsonDocument::fromJson(message)[u"stream"][u"value"].toString().toLatin1();
+                const QByteArray last = pipe->sentCount() == 0 ? ",\"last\":true" : "";
+                QCOMPARE(message, "{\"stream\":{\"id\":\"id\",\"value\":\"" + value + '"' + last + "}}");
+                QCOMPARE(value.size(), length);
+                pipe->inject(message);
+            }
+            QVERIFY(pipe->expectNothingSent());
+            const QStringList expected(u"id="_s + QString::fromLatin1(data));
+            QCOMPARE(std::exchange(received, {}), size > 0 ? expected : QStringList());
         }
-        QVERIFY(pipe->expectNothingSent());
-        QCOMPARE(received, bytes > 0 ? QStringList(u"id="_s + QString::fromLatin1(data)) : QStringList());
     }
 
     void keepsInterleavedStreamsApart()
@@ -105,10 +86,6 @@ private Q_SLOTS:
         take("a", "old");
         take("a", "data");
         QCOMPARE(received.join(u", "), u"a=old, a=new data"_s);
-    }
-
-    void leavesThePipeWhenItGoes()
-    {
         stream.reset();
         QCOMPARE(pipe->listenerCount(u"stream"_s), 0);
     }
