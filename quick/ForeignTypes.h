@@ -36,44 +36,59 @@ struct ContactFilterModelForeign
     QML_NAMED_ELEMENT(ContactFilterModel)
 };
 
+// Enumerations: types that nobody makes, for their values. Classes of their own, for QML's tools do not look into
+// foreign ones for values.
+
 /// RegistrationState.Allowed
-namespace RegistrationStateForeign {
-Q_NAMESPACE
-QML_FOREIGN_NAMESPACE(vx::platform::zel::RegistrationState)
-QML_NAMED_ELEMENT(RegistrationState)
-} // namespace RegistrationStateForeign
+class RegistrationStateValues : public QObject
+{
+    Q_OBJECT
+    QML_NAMED_ELEMENT(RegistrationState)
+    QML_UNCREATABLE("RegistrationState is there for its values")
+    QML_EXTENDED_NAMESPACE(vx::platform::zel::RegistrationState)
+};
 
 /// UserStatus.Busy
-namespace UserStatusForeign {
-Q_NAMESPACE
-QML_FOREIGN_NAMESPACE(vx::platform::zel::UserStatus)
-QML_NAMED_ELEMENT(UserStatus)
-} // namespace UserStatusForeign
+class UserStatusValues : public QObject
+{
+    Q_OBJECT
+    QML_NAMED_ELEMENT(UserStatus)
+    QML_UNCREATABLE("UserStatus is there for its values")
+    QML_EXTENDED_NAMESPACE(vx::platform::zel::UserStatus)
+};
 
 /// ImageType.Png
-namespace ImageTypeForeign {
-Q_NAMESPACE
-QML_FOREIGN_NAMESPACE(vx::platform::zel::ImageType)
-QML_NAMED_ELEMENT(ImageType)
-} // namespace ImageTypeForeign
+class ImageTypeValues : public QObject
+{
+    Q_OBJECT
+    QML_NAMED_ELEMENT(ImageType)
+    QML_UNCREATABLE("ImageType is there for its values")
+    QML_EXTENDED_NAMESPACE(vx::platform::zel::ImageType)
+};
 
 /// EcoIdStatus.ContactExists
-namespace EcoIdStatusForeign {
-Q_NAMESPACE
-QML_FOREIGN_NAMESPACE(vx::platform::zel::EcoIdStatus)
-QML_NAMED_ELEMENT(EcoIdStatus)
-} // namespace EcoIdStatusForeign
+class EcoIdStatusValues : public QObject
+{
+    Q_OBJECT
+    QML_NAMED_ELEMENT(EcoIdStatus)
+    QML_UNCREATABLE("EcoIdStatus is there for its values")
+    QML_EXTENDED_NAMESPACE(vx::platform::zel::EcoIdStatus)
+};
 
 /// Permission.ProfileUpdatesAllowed
-namespace PermissionForeign {
-Q_NAMESPACE
-QML_FOREIGN_NAMESPACE(vx::platform::zel::Permission)
-QML_NAMED_ELEMENT(Permission)
-} // namespace PermissionForeign
+class PermissionValues : public QObject
+{
+    Q_OBJECT
+    QML_NAMED_ELEMENT(Permission)
+    QML_UNCREATABLE("Permission is there for its values")
+    QML_EXTENDED_NAMESPACE(vx::platform::zel::Permission)
+};
 
 /// PermissionValue.Denied
-namespace PermissionValueForeign {
-Q_NAMESPACE
-QML_FOREIGN_NAMESPACE(vx::platform::zel::PermissionValue)
-QML_NAMED_ELEMENT(PermissionValue)
-} // namespace PermissionValueForeign
+class PermissionValueValues : public QObject
+{
+    Q_OBJECT
+    QML_NAMED_ELEMENT(PermissionValue)
+    QML_UNCREATABLE("PermissionValue is there for its values")
+    QML_EXTENDED_NAMESPACE(vx::platform::zel::PermissionValue)
+};

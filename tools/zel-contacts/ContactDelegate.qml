@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: Apache-2.0
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+import ZelPlatform
+
+// A contact in the list.
+ItemDelegate {
+    id: delegate
+
+    required property string handle
+    required property string displayName
+    required property string personalMessage
+    required property string statusMessage
+    required property int status
+    required property url picture
+    readonly property color ground: highlighted ? Colors.chosen : hovered ? Colors.window : Colors.base
+
+    padding: 8
+    leftPadding: 12
+    Accessible.name: qsTr("%1, %2").arg(displayName).arg(Words.ofPresence(status, statusMessage))
+    Accessible.description: personalMessage
+
+    background: Rectangle {
+        color: delegate.ground
+        border { width: delegate.visualFocus ? 2 : 0; color: Colors.accent }
+    }
+    contentItem: RowLayout {
+        spacing: 12
+
+        Portrait {
+            name: delegate.displayName
+            handle: delegate.handle
+            picture: delegate.picture
+            status: delegate.status
+            ground: delegate.ground
+        }
+        ColumnLayout {
+            spacing: 2
+
+            Label {
+                Layout.fillWidth: true
+                text: delegate.displayName
+                textFormat: Text.PlainText
+                elide: Text.ElideRight
+                font.pixelSize: 15
+            }
+            Label {
+                Layout.fillWidth: true
+                visible: text !== ""
+                text: delegate.personalMessage || delegate.statusMessage
+                textFormat: Text.PlainText
+                elide: Text.ElideRight
+                maximumLineCount: 1
+                color: Colors.faint
+                font.pixelSize: 13
+            }
+        }
+    }
+}

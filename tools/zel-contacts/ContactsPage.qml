@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: Apache-2.0
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+import ZelPlatform
+
+// The user, and the contacts whom he or she looks for.
+Rectangle {
+    id: page
+
+    required property Session session
+    signal contactOpened(string handle)
+    signal profileOpened
+    signal boxOpened
+
+    function search() { searchField.forceActiveFocus() }
+    function openFirst() {
+        const first = page.session.people.mapToSource(page.session.people.index(0, 0))
+        list.currentIndex = 0
+        page.contactOpened(page.session.contacts.contact(first.row).handle)
+    }
+
+    color: Colors.base
+
+    ColumnLayout {
+        anchors.fill: parent
+        spacing: 0
+
+        RowLayout {
+            Layout.margins: 8
+            spacing: 8
+
+            ItemDelegate {
+                id: own
+                readonly property color ground: hovered ? Colors.window : Colors.base
+                readonly property string presence: Words.ofPresence(page.session.profile.status, page.session.profile.statusMessage)
+                Layout.fillWidth: true
+                padding: 4
+                Accessible.name: qsTr("Your profile: %1, %2").arg(page.session.profile.displayName).arg(presence)
+                onClicked: page.profileOpened()
+                background: Rectangle {
+                    color: own.ground
+                    border { width: own.visualFocus ? 2 : 0; color: Colors.accent }
+                }
+                contentItem: RowLayout {
+                    spacing: 12
+                    Portrait {
+                        name: page.session.profile.displayName
+                        handle: page.session.profile.handle
+                        picture: page.session.profile.picture
+                        status: page.session.profile.status
+                        ground: own.ground
+                    }
+                    ColumnLayout {
+                        spacing: 2
+                        Label {
+                            Layout.fillWidth: true
+                            text: page.session.profile.displayName
+                            textFormat: Text.PlainText
+                            elide: Text.ElideRight
+                            font { pixelSize: 15; weight: Font.DemiBold }
+                        }
+                        Label {
+                            Layout.fillWidth: true
+                            text: own.presence
+                            textFormat: Text.PlainText
+                            elide: Text.ElideRight
+                            color: Colors.faint
+                            font.pixelSize: 13
+                        }
+                    }
+                }
+            }
+            ActionButton {
+                text: qsTr("Box")
+                Accessible.name: qsTr("Your profile box")
+                onClicked: page.boxOpened()
+            }
+        }
+        RowLayout {
+            Layout.margins: 8
+            Layout.topMargin: 0
+            spacing: 8
+
+            Field {
+                id: searchField
+                Layout.fillWidth: true
+                placeholderText: qsTr("Search")
+                Accessible.name: qsTr("Search contacts")
+                onTextChanged: page.session.people.searchText = text
+                Keys.onDownPressed: list.forceActiveFocus()
+            }
+            Choice {
+                id: presence
+                implicitWidth: 120
+                model: [
+                    { text: qsTr("Everybody"), value: ContactFilterModel.Anybody },
+                    { text: qsTr("Available"), value: ContactFilterModel.Available },
+                    { text: qsTr("Busy"), value: ContactFilterModel.Busy }
+                ]
+                Accessible.name: qsTr("Whom to show")
+                onActivated: page.session.people.presence = currentValue
+            }
+        }
+        Rectangle {
+            Layout.fillWidth: true
+            implicitHeight: 1
+            color: Colors.line
+        }
+        ListView {
+            id: list
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            clip: true
+            activeFocusOnTab: true
+            currentIndex: -1
+            onActiveFocusChanged: if (activeFocus && currentIndex === -1) currentIndex = 0
+            model: page.session.people
+            reuseItems: true
+            Accessible.role: Accessible.List
+            Accessible.name: qsTr("Contacts")
+            Keys.onReturnPressed: currentItem?.clicked()
+            Keys.onEnterPressed: currentItem?.clicked()
+            ScrollBar.vertical: ScrollBar {}
+            delegate: ContactDelegate {
+                id: person
+                required property int index
+                width: ListView.view.width
+                highlighted: ListView.isCurrentItem
+                onClicked: () => {
+                    ListView.view.currentIndex = person.index
+                    page.contactOpened(person.handle)
+                }
+            }
+
+            Note {
+                anchors.centerIn: parent
+                width: parent.width - 48
+                visible: list.count === 0
+                busy: !page.session.contacts.complete
+                text: busy ? qsTr("Reading your contacts")
+                    : page.session.contacts.count > 0 ? qsTr("Nobody whom you look for.")
+                    : qsTr("None of your contacts has this application yet. They appear here when they do.")
+            }
+        }
+        Rectangle {
+            Layout.fillWidth: true
+            implicitHeight: 1
+            color: Colors.line
+        }
+        Label {
+            Layout.margins: 8
+            Layout.leftMargin: 12
+            color: Colors.faint
+            font.pixelSize: 13
+            text: list.count === page.session.contacts.count
+                ? qsTr("%L1 contacts").arg(list.count)
+                : qsTr("%L1 of %L2 contacts").arg(list.count).arg(page.session.contacts.count)
+        }
+    }
+}

@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: Apache-2.0
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Dialogs
+import QtQuick.Layouts
+import ZelPlatform
+
+// The user's own profile, to change.
+Item {
+    id: page
+
+    required property Session session
+    required property bool canGoBack
+    readonly property UserProfile profile: session.profile
+    readonly property bool messageChanged: message.text !== profile.personalMessage
+    readonly property bool statusChanged: status.currentValue !== profile.status || statusMessage.text !== profile.statusMessage
+    signal back
+
+    function save() {
+        if (page.messageChanged)
+            page.profile.requestUpdatePersonalMessage(message.text)
+        if (page.statusChanged)
+            page.profile.requestUpdateStatus(status.currentValue, statusMessage.text)
+    }
+    // What is being typed stays; everything else follows the profile.
+    function read() {
+        if (!message.activeFocus)
+            message.text = page.profile.personalMessage
+        if (!statusMessage.activeFocus)
+            statusMessage.text = page.profile.statusMessage
+        status.currentIndex = status.indexOfValue(page.profile.status)
+    }
+
+    Component.onCompleted: read()
+    Connections {
+        target: page.profile
+        function onProfileChanged() { page.read() }
+    }
+    FileDialog {
+        id: files
+        title: qsTr("A picture of you")
+        nameFilters: [qsTr("Pictures (*.png *.jpg *.jpeg *.gif *.bmp)")]
+        onAccepted: problem.text = page.profile.requestUpdateDisplayPictureFile(selectedFile)
+            ? "" : qsTr("This picture cannot be taken now.")
+    }
+
+    ColumnLayout {
+        anchors { fill: parent; margins: 16 }
+        spacing: 12
+
+        Heading {
+            Layout.fillWidth: true
+            title: page.profile.displayName
+            canGoBack: page.canGoBack
+            onBack: page.back()
+        }
+        RowLayout {
+            spacing: 20
+            Layout.topMargin: 8
+
+            Portrait {
+                implicitWidth: 112
+                name: page.profile.displayName
+                handle: page.profile.handle
+                picture: page.profile.picture
+                status: page.profile.status
+                ground: Colors.window
+            }
+            ColumnLayout {
+                ActionButton {
+                    text: qsTr("Another picture…")
+                    onClicked: files.open()
+                }
+                Label {
+                    id: problem
+                    Layout.fillWidth: true
+                    visible: text !== ""
+                    color: Colors.busy
+                    wrapMode: Text.Wrap
+                    Accessible.role: Accessible.AlertMessage
+                    Accessible.name: text
+                }
+            }
+        }
+        GridLayout {
+            Layout.topMargin: 8
+            Layout.maximumWidth: 520
+            columns: 2
+            columnSpacing: 12
+            rowSpacing: 8
+
+            Label { text: qsTr("Message") }
+            Field {
+                id: message
+                Layout.fillWidth: true
+                Accessible.name: qsTr("Personal message")
+                onAccepted: page.save()
+            }
+            Label { text: qsTr("Status") }
+            Choice {
+                id: status
+                Layout.fillWidth: true
+                model: [
+                    { text: Words.ofStatus(UserStatus.Available), value: UserStatus.Available },
+                    { text: Words.ofStatus(UserStatus.Busy), value: UserStatus.Busy }
+                ]
+                Accessible.name: qsTr("Status")
+            }
+            Label { text: qsTr("About it") }
+            Field {
+                id: statusMessage
+                Layout.fillWidth: true
+                Accessible.name: qsTr("Status message")
+                onAccepted: page.save()
+            }
+            Item { implicitWidth: 1; implicitHeight: 1 }
+            ActionButton {
+                text: qsTr("Save")
+                highlighted: enabled
+                enabled: page.messageChanged || page.statusChanged
+                onClicked: page.save()
+            }
+        }
+        Item { Layout.fillHeight: true }
+    }
+}

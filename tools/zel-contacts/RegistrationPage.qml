@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+import QtQuick
+import QtQuick.Controls.Basic
+import ZelPlatform
+
+// How the registration stands, and what can be done about it.
+Item {
+    id: page
+
+    required property Session session
+    readonly property var words: Words.ofRegistration(session.context.registrationState)
+    readonly property bool busy: Words.isWaiting(session.context.registrationState)
+
+    Column {
+        anchors.centerIn: parent
+        width: Math.min(parent.width - 32, 420)
+        spacing: 20
+
+        Note {
+            width: parent.width
+            busy: page.busy
+            title: page.words.title
+            text: page.words.text
+        }
+        ActionButton {
+            anchors.horizontalCenter: parent.horizontalCenter
+            visible: text !== ""
+            text: page.words.action ?? ""
+            highlighted: true
+            focus: true
+            onClicked: page.session.context.requestRegisterApplication()
+        }
+    }
+}
