@@ -62,7 +62,7 @@ endif()
 
 # The programs find the libraries beside them, wherever the tree was installed or moved to.
 file(RELATIVE_PATH bin_to_libraries "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
-foreach(program IN ITEMS zelctl zelcore-sim zel-contacts)
+foreach(program IN ITEMS zelctl zelcore-sim zelcore-desk zel-contacts)
     if(TARGET ${program})
         set_target_properties(${program} PROPERTIES INSTALL_RPATH "$ORIGIN/${bin_to_libraries}")
         install(TARGETS ${program} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")

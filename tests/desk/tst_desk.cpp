@@ -1,0 +1,368 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <Desk.h>
+#include <WireText.h>
+
+#include <common/SeededRandom.h>
+#include <simulator/RawApplication.h>
+
+#include <QtCore/QProcess>
+#include <QtCore/QTemporaryDir>
+#include <QtCore/QtPlugin>
+#include <QtGui/QImage>
+#include <QtQml/QQmlApplicationEngine>
+#include <QtQuick/QQuickItem>
+#include <QtQuick/QQuickWindow>
+#include <QtTest/QAbstractItemModelTester>
+#include <QtTest/QSignalSpy>
+#include <QtTest/QTest>
+
+Q_IMPORT_PLUGIN(ZelCoreDeskPlugin)
+
+using namespace Qt::StringLiterals;
+using zelcore::Simulator;
+using namespace zeldesk;
+
+namespace {
+
+/// What a view shows of a role.
+QStringList shown(const QAbstractItemModel& model, int role)
+{
+    QStringList texts;
+    for (int row = 0; row < model.rowCount(); ++row)
+        texts.append(model.index(row, 0).data(role).toString());
+    return texts;
+}
+
+/// A view's own copy of the names, kept up by the signals alone.
+class Mirror
+{
+public:
+    explicit Mirror(const QAbstractItemModel& model, int role)
+    {
+        const auto read = [&model, role](int row) { return model.index(row, 0).data(role).toString(); };
+        QObject::connect(&model, &QAbstractItemModel::rowsInserted, &m_context, [=, this](auto&, int first, int last) {
+            for (int row = first; row <= last; ++row)
+                texts.insert(row, read(row));
+        });
+        QObject::connect(&model, &QAbstractItemModel::rowsRemoved, &m_context,
+                         [this](auto&, int first, int last) { texts.remove(first, last - first + 1); });
+        QObject::connect(&model, &QAbstractItemModel::dataChanged, &m_context,
+                         [=, this](const QModelIndex& first, const QModelIndex& last) {
+                             for (int row = first.row(); row <= last.row(); ++row)
+                                 texts[row] = read(row);
+                         });
+    }
+
+    QStringList texts;
+
+private:
+    QObject m_context;
+};
+
+/// The list that shows a model, below \a item.
+QQuickItem* viewOf(QQuickItem* item, const QObject* model)
+{
+    if (item->property("model").value<QObject*>() == model && item->property("currentIndex").isValid())
+        return item;
+    QQuickItem* found = nullptr;
+    for (QQuickItem* child : item->childItems())
+        found = found ? found : viewOf(child, model);
+    return found;
+}
+
+QStringList warnings;
+
+void keepWarnings(QtMsgType type, const QMessageLogContext&, const QString& message)
+{
+    if (type != QtDebugMsg && type != QtInfoMsg)
+        warnings.append(message);
+}
+
+} // namespace
+
+class TstDesk : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_simulator = std::make_unique<Simulator>();
+        QVERIFY(m_simulator->start());
+        m_desk = std::make_unique<Desk>(*m_simulator);
+    }
+    void cleanup()
+    {
+        m_desk.reset();
+        m_simulator.reset();
+    }
+
+    void contactsFollowWhoeverChangesThem()
+    {
+        ContactModel& contacts = *m_desk->contacts();
+        const QAbstractItemModelTester tester(&contacts);
+        const QAbstractItemModelTester filterTester(m_desk->shownContacts());
+        const Mirror mirror(contacts, ContactModel::NameRole);
+        m_desk->shownContacts()->setText(u"1"_s);
+        QRandomGenerator random = seededRandom();
+        for (int turn = 0; turn < 20; ++turn) {
+            for (int change = 0; change < random.bounded(30); ++change) {
+                const QStringList ids = m_simulator->contactIds();
+                const QString id = ids.isEmpty() ? QString() : ids.at(random.bounded(int(ids.size())));
+                zelcore::Person person = m_simulator->contact(id);
+                switch (ids.isEmpty() ? 0 : random.bounded(6)) {
+                case 0:
+                    contacts.generate(random.bounded(20) + 1);
+                    break;
+                case 1:
+                    contacts.remove(id);
+                    break;
+                case 2:
+                    contacts.setInstalled(id, !m_simulator->hasApplication(id));
+                    break;
+                case 3: // is last then, under the same key
+                    m_simulator->removeContact(id);
+                    m_simulator->addContact(person, false);
+                    break;
+                default:
+                    person.displayName = u"Name %1"_s.arg(random.bounded(100));
+                    m_simulator->changeContact(person);
+                }
+            }
+            QStringList names;
+            for (const QString& id : m_simulator->contactIds())
+                names.append(m_simulator->contact(id).displayName);
+            QTRY_COMPARE(mirror.texts, names);
+            QCOMPARE(shown(contacts, ContactModel::UserIdRole), m_simulator->contactIds());
+        }
+        QStringList found;
+        for (int row = 0; row < contacts.count(); ++row) {
+            if (contacts.index(row).data(ContactModel::SearchRole).toString().contains(u'1'))
+                found.append(contacts.index(row).data(ContactModel::UserIdRole).toString());
+        }
+        QCOMPARE(shown(*m_desk->shownContacts(), ContactModel::UserIdRole), found);
+    }
+
+    void tenThousandContactsComeInOnePiece()
+    {
+        QSignalSpy inserted(m_desk->contacts(), &ContactModel::rowsInserted);
+        m_desk->contacts()->generate(10000);
+        QTRY_COMPARE(m_desk->contacts()->count(), 10000);
+        QCOMPARE(inserted.size(), 1);
+    }
+
+    void whatIsChangedAtTheDeskReachesApplications()
+    {
+        m_simulator->setRegistrationPolicy(Simulator::RegistrationPolicy::Automatic);
+        RawApplication application(m_simulator->root());
+        application.begin();
+        QTRY_COMPARE(m_desk->applications()->count(), 1);
+        application.send("registrationRequest", R"({"uuid":"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b","silent":true})");
+        QTRY_COMPARE(m_desk->applications()->index(0).data(ApplicationModel::UuidRole).toString(),
+                     u"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b"_s);
+        application.drain();
+
+        const auto tells = [&](const char* text) {
+            application.synchronize();
+            const bool isTold = std::any_of(application.records.cbegin(), application.records.cend(),
+                                            [text](const QByteArray& record) { return record.contains(text); });
+            application.records.clear();
+            return isTold;
+        };
+        PersonModel& user = *m_desk->user();
+        QVERIFY(user.setData(user.index(0), u"Robin at the desk"_s, PersonModel::ValueRole));
+        QVERIFY(tells("Robin at the desk"));
+        QVERIFY(!user.setData(user.index(8), u"many"_s, PersonModel::ValueRole)); // a number
+        QVERIFY(!user.setData(user.index(0), QString(62000, u'x'), PersonModel::ValueRole));
+        QVERIFY(m_desk->service()->isComplaint());
+        QCOMPARE(user.name(), u"Robin at the desk"_s);
+
+        PersonModel& contact = *m_desk->contact();
+        contact.setUserId(m_desk->contacts()->add(u"Anna"_s));
+        QVERIFY(tells("user-anna"));
+        QVERIFY(contact.setData(contact.index(1), u"Back at five"_s, PersonModel::ValueRole));
+        QVERIFY(tells("Back at five"));
+        contact.setPictureSize(3000);
+        QCOMPARE(contact.picture(), u"%L1 bytes"_s.arg(3000));
+
+        BoxModel& box = *m_desk->box();
+        box.addIcon();
+        QVERIFY(box.add(u"Level 3"_s));
+        QTRY_COMPARE(shown(box, BoxModel::TextRole), QStringList(u"Level 3"_s));
+        QVERIFY(box.setData(box.index(0), u"1"_s, BoxModel::IconRole) && tells("\"imageId\":\"1\""));
+        QVERIFY(!box.setData(box.index(0), u"7"_s, BoxModel::IconRole)); // there is none
+
+        m_desk->service()->setZelInvites(false);
+        QVERIFY(tells("\"zelInvites\":false"));
+        m_desk->service()->setRegistrationState(u"Expired"_s);
+        QVERIFY(tells("Expired"));
+        m_desk->service()->setAway(true);
+        QTRY_VERIFY(application.closed && m_desk->applications()->count() == 0);
+        QVERIFY(m_desk->service()->execute(u"back"_s) && !m_desk->service()->isAway());
+    }
+
+    void theTimelineGoesStepByStep()
+    {
+        Timeline& timeline = *m_desk->timeline();
+        timeline.setPaused(true);
+        QVERIFY(!timeline.open(u"/no/such/file"_s) && m_desk->service()->isComplaint());
+        QVERIFY(timeline.open(u"busy-day"_s));
+        timeline.step(); // it waits for a registration
+        QVERIFY(m_desk->service()->isComplaint());
+        RawApplication application(m_simulator->root());
+        application.begin();
+        application.send("registrationRequest", R"({"uuid":"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b","silent":true})");
+        application.synchronize();
+        timeline.step();
+        QCOMPARE(m_desk->service()->notices().last(), u"scenario: rate 20 mixed"_s);
+        QCOMPARE(timeline.time(), 500);
+    }
+
+    void theWireStaysWithinItsBoundsAndTakesTurns()
+    {
+        WireModel& wire = *m_desk->wire();
+        const QAbstractItemModelTester tester(&wire, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        RawApplication application(m_simulator->root());
+        application.begin();
+        QTRY_COMPARE(wire.count(), 1);
+        QSignalSpy inserted(&wire, &WireModel::rowsInserted);
+        for (int i = 0; i < 12000; ++i)
+            m_simulator->sendMessage(i % 2 ? u"odd"_s : u"even"_s, {{u"number"_s, i}});
+        QTRY_COMPARE(wire.count(), WireModel::mostRecords);
+        QCOMPARE(inserted.size(), 1);
+        QCOMPARE(wire.passed(), 12001);
+        QVERIFY(wire.pretty(int(WireModel::mostRecords) - 1).contains("\"number\": 11999"_L1));
+
+        wire.clear();
+        wire.setHeld(true);
+        const QByteArray large(60000, 'x');
+        for (int i = 0; i < 1000; ++i)
+            m_simulator->sendRecord(large);
+        QTRY_COMPARE(wire.passed(), 13001);
+        QCOMPARE(wire.count(), 0);
+        wire.setHeld(false);
+        QTRY_COMPARE(wire.count(), WireModel::mostBytes / large.size());
+    }
+
+    void theWireShowsWhatIsAskedFor()
+    {
+        WireModel& wire = *m_desk->wire();
+        RawApplication first(m_simulator->root());
+        first.begin();
+        first.synchronize();
+        RawApplication second(m_simulator->root());
+        second.begin();
+        second.synchronize();
+        QTRY_COMPARE(wire.applications(), (QStringList{u"1"_s, u"2"_s}));
+        const int all = wire.count();
+        wire.setApplication(u"2"_s);
+        const int ofSecond = wire.count();
+        QVERIFY(ofSecond > 0 && ofSecond < all);
+        wire.setDirection(WireModel::FromApplications);
+        QCOMPARE(shown(wire, WireModel::TypeRole), (QStringList{u"tpaApi"_s, u"requestEcoId"_s}));
+        wire.setType(u"requestEcoId"_s);
+        QCOMPARE(wire.count(), 1);
+        // What comes is asked for, too.
+        second.synchronize();
+        first.synchronize();
+        QTRY_COMPARE(wire.count(), 2);
+        wire.setText(u"mark 2"_s);
+        QCOMPARE(wire.count(), 1);
+        QCOMPARE(wire.lastOfType(u"requestEcoId"_s), 0);
+        QCOMPARE(wire.lastOfType(u"tpaApi"_s), -1);
+    }
+
+    void anyRecordCanBeRead_data()
+    {
+        QTest::addColumn<QByteArray>("record");
+        QTest::addColumn<QString>("type");
+        QTest::addColumn<QString>("pretty");
+        QTest::newRow("message") << QByteArray("msg::zel\ndat:json:{\"tpaApi\":{\"b\":[1,{}],\"a\":\"x\\\"{,\"}}\n")
+                                 << u"tpaApi"_s
+                                 << u"{\n  \"tpaApi\": {\n    \"b\": [\n      1,\n      {}\n    ],\n    \"a\": "
+                                    "\"x\\\"{,\"\n  }\n}"_s;
+        QTest::newRow("long text")
+            << QByteArray("@platform\ndat:json:{\"stream\":\"" + QByteArray(1000, 'A') + "\"}\n") << u"stream"_s
+            << u"{\n  \"stream\": \"%1… (%L2 characters)\"\n}"_s.arg(QString(59, u'A')).arg(1000);
+        QTest::newRow("cut in a text") << QByteArray("@platform\ndat:json:{\"li") << u"not a message"_s
+                                       << u"{\n  \"li"_s;
+        QTest::newRow("cut behind a backslash")
+            << QByteArray("dat:json:{\"a\":\"\\") << u"a"_s << u"{\n  \"a\": \"\\"_s;
+        QTest::newRow("too many ends") << QByteArray("dat:json:}]") << u"not a message"_s << u"\n}\n]"_s;
+        QTest::newRow("nothing") << QByteArray() << u"not a message"_s << QString();
+    }
+    void anyRecordCanBeRead()
+    {
+        QFETCH(const QByteArray, record);
+        const zelcore::WireRecord passed{0, 1, {}, {}, zelcore::WireRecord::Direction::ToApplication, record};
+        QTEST(typeOf(passed), "type");
+        QTEST(prettyOf(passed), "pretty");
+        QVERIFY(summaryOf(passed, 20).size() <= 21);
+    }
+
+    void theWindowSaysNothingAndGoesByKeyboard()
+    {
+        const auto before = qInstallMessageHandler(keepWarnings);
+        warnings.clear();
+        m_simulator->generateContacts(3, 1);
+        QQmlApplicationEngine engine;
+        engine.setInitialProperties({{u"desk"_s, QVariant::fromValue(m_desk.get())}, {u"dark"_s, true}});
+        engine.load(u"qrc:/qml/ZelCoreDesk/Main.qml"_s);
+        QCOMPARE(engine.rootObjects().size(), 1);
+        auto* const window = qobject_cast<QQuickWindow*>(engine.rootObjects().constFirst());
+        for (const int width : {1180, 360}) {
+            window->resize(width, 700);
+            QVERIFY(QTest::qWaitForWindowExposed(window));
+            QVERIFY(!window->grabWindow().isNull());
+        }
+        QQuickItem* const contacts = viewOf(window->contentItem(), m_desk->shownContacts());
+        QVERIFY(contacts);
+        QTRY_COMPARE(contacts->property("count").toInt(), 3);
+        contacts->forceActiveFocus();
+        QTest::keyClick(window, Qt::Key_Down);
+        QTest::keyClick(window, Qt::Key_Space);
+        const QString second = m_simulator->contactIds().at(1);
+        QVERIFY(!m_simulator->hasApplication(second));
+        QTest::keyClick(window, Qt::Key_Return);
+        QCOMPARE(m_desk->contact()->userId(), second);
+
+        window->resize(1180, 700);
+        RawApplication application(m_simulator->root());
+        application.begin();
+        QQuickItem* const records = viewOf(window->contentItem(), m_desk->wire());
+        QVERIFY(records);
+        QTRY_COMPARE(records->property("count").toInt(), 1);
+        QSignalSpy chosen(records, SIGNAL(chosen(QString)));
+        records->forceActiveFocus();
+        QTest::keyClick(window, Qt::Key_Down);
+        QCOMPARE(chosen.size(), 1);
+        QVERIFY(chosen.first().first().toString().contains("tpaApi"_L1));
+        qInstallMessageHandler(before);
+        QCOMPARE(warnings, QStringList());
+    }
+
+    void theProgramTakesAPictureWithAnApplicationBesideIt()
+    {
+        const QTemporaryDir folder;
+        const QString picture = folder.filePath(u"desk.png"_s);
+        QProcess program;
+        program.start(QStringLiteral(ZELCORE_DESK),
+                      {u"--root"_s, folder.filePath(u"root"_s), u"--scenario"_s, u"first-steps"_s, u"--paused"_s,
+                       u"--size"_s, u"900x500"_s, u"--record"_s, folder.filePath(u"wire.jsonl"_s), u"--screenshot"_s,
+                       picture, QStringLiteral(ZELCTL), u"contacts"_s});
+        QVERIFY(program.waitForFinished(60000));
+        QCOMPARE(program.exitCode(), 0);
+        QCOMPARE(QImage(picture).size(), QSize(900, 500));
+        QVERIFY(program.readAllStandardOutput().contains("Anna Brandt"));
+        const QByteArray said = program.readAllStandardError();
+        QVERIFY2(!said.contains("qrc:") && !said.contains("zelcore-desk:"), said);
+        QVERIFY(QFileInfo(folder.filePath(u"wire.jsonl"_s)).size() > 1000);
+    }
+
+private:
+    std::unique_ptr<Simulator> m_simulator;
+    std::unique_ptr<Desk> m_desk;
+};
+
+QTEST_MAIN(TstDesk)
+#include "tst_desk.moc"

@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Service.h"
+
+#include <common/Root.h>
+
+#include <QtCore/QMetaEnum>
+#include <QtGui/QClipboard>
+#include <QtGui/QGuiApplication>
+
+using namespace Qt::StringLiterals;
+
+namespace zeldesk {
+
+using zelcore::Simulator;
+
+Service::Service(Simulator& simulator, QObject* parent)
+    : QObject(parent)
+    , m_simulator(simulator)
+{
+    connect(&simulator, &Simulator::runningChanged, this, &Service::runningChanged);
+    connect(&simulator, &Simulator::awayChanged, this, &Service::awayChanged);
+    connect(&simulator, &Simulator::permissionsChanged, this, &Service::permissionsChanged);
+    connect(&simulator, &Simulator::registrationStateChanged, this, &Service::registrationChanged);
+    connect(&simulator, &Simulator::clientCountChanged, this, &Service::registrationChanged);
+    connect(&simulator, &Simulator::refused, this, [this](const QString& line) { note(line, true); });
+    connect(&simulator, &Simulator::invocationReceived, this,
+            [this](const QString& target, const QString& action, const QString&, const QByteArray&) {
+                note(u"%1 was invoked: %2"_s.arg(target, action));
+            });
+    connect(&simulator, &Simulator::commandExecuted, this, [this](const QString& line, const QString&) {
+        note(u"scenario: "_s + line);
+        Q_EMIT registrationChanged();
+    });
+}
+
+QString Service::exportLine() const
+{
+    return zeltools::exportLine(m_simulator.root());
+}
+
+void Service::setAway(bool away)
+{
+    QString problem;
+    if (away)
+        m_simulator.goAway();
+    else if (!m_simulator.comeBack(&problem))
+        note(problem, true);
+    Q_EMIT awayChanged(); // a switch that was moved in vain moves back
+}
+
+void Service::setRegistrationState(const QString& state)
+{
+    m_simulator.setRegistrationState(state);
+    Q_EMIT registrationChanged();
+}
+
+void Service::setRegistrationPolicy(int policy, const QString& state, int delay)
+{
+    m_simulator.setRegistrationPolicy(Simulator::RegistrationPolicy(policy), state, delay);
+    Q_EMIT registrationChanged();
+}
+
+QStringList Service::faults() const
+{
+    QStringList names;
+    const auto all = QMetaEnum::fromType<Simulator::Fault>();
+    for (int i = 0; i < all.keyCount(); ++i)
+        names.append(QString::fromLatin1(all.key(i)));
+    return names;
+}
+
+void Service::injectFault(int fault, int amount, const QString& type)
+{
+    m_simulator.injectFault(Simulator::Fault(fault), amount, type);
+    note(u"%1: the next message%2"_s.arg(faults().value(fault), type.isEmpty() ? QString() : u" of type "_s + type));
+}
+
+QString Service::amountOf(int fault) const
+{
+    switch (Simulator::Fault(fault)) {
+    case Simulator::Fault::Delay:
+        return u"ms"_s;
+    case Simulator::Fault::Truncate:
+        return u"bytes"_s;
+    default:
+        return {};
+    }
+}
+
+bool Service::execute(const QString& line)
+{
+    QString reply;
+    const bool isDone = m_simulator.execute(line, &reply);
+    note(reply.isEmpty() ? line : line + u": "_s + reply, !isDone);
+    Q_EMIT registrationChanged();
+    return isDone;
+}
+
+bool Service::record(const QUrl& file)
+{
+    const QString path = file.toLocalFile();
+    QString problem;
+    const bool isDone = m_simulator.record(path, &problem);
+    note(isDone ? u"recording into %1; what is in it is personal"_s.arg(path) : problem, !isDone);
+    Q_EMIT recordingChanged();
+    return isDone;
+}
+
+void Service::stopRecording()
+{
+    m_simulator.stopRecording();
+    note(u"the recording is complete"_s);
+    Q_EMIT recordingChanged();
+}
+
+void Service::copyExportLine() const
+{
+    QGuiApplication::clipboard()->setText(exportLine());
+}
+
+void Service::note(const QString& line, bool isComplaint)
+{
+    m_notices.append(line);
+    if (m_notices.size() > mostNotices)
+        m_notices.removeFirst();
+    m_isComplaint = isComplaint;
+    Q_EMIT noticed();
+}
+
+void Service::allow(bool zelcore::Permissions::*permission, bool on)
+{
+    zelcore::Permissions permissions = m_simulator.permissions();
+    permissions.*permission = on;
+    m_simulator.setPermissions(permissions);
+}
+
+} // namespace zeldesk

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Timeline.h"
+
+#include "Service.h"
+
+#include <QtCore/QFileInfo>
+
+#include <chrono>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace zeldesk {
+
+Timeline::Timeline(zelcore::Simulator& simulator, Service& service, QObject* parent)
+    : QObject(parent)
+    , m_simulator(simulator)
+    , m_service(service)
+{
+    connect(&m_look, &QTimer::timeout, this, &Timeline::look);
+    m_look.start(200ms);
+}
+
+void Timeline::setPaused(bool paused)
+{
+    m_simulator.setTimelinePaused(paused);
+    look();
+}
+
+bool Timeline::open(const QString& scenario)
+{
+    QString problem;
+    const bool isDone = m_simulator.loadScenario(scenario, &problem);
+    m_service.note(isDone ? u"opened %1"_s.arg(scenario) : problem, !isDone);
+    if (isDone) {
+        m_scenario = QFileInfo(scenario).completeBaseName();
+        Q_EMIT scenarioChanged();
+        Q_EMIT m_service.registrationChanged();
+    }
+    look();
+    return isDone;
+}
+
+void Timeline::step()
+{
+    if (!m_simulator.stepTimeline())
+        m_service.note(u"no entry follows; those that wait for a registration do not before it"_s, true);
+    look();
+}
+
+/// Commands and the clock change these, too.
+void Timeline::look()
+{
+    if (m_wasPaused == isPaused() && m_toldTime == time())
+        return;
+    m_wasPaused = isPaused();
+    m_toldTime = time();
+    Q_EMIT changed();
+}
+
+} // namespace zeldesk

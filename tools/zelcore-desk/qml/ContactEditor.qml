@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: Apache-2.0
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import ZelCoreDesk
+
+// One contact: the record, and what he or she may do.
+ColumnLayout {
+    id: editor
+
+    required property ContactModel contacts
+    required property PersonModel contact
+
+    signal done
+
+    spacing: Theme.gap
+    Keys.onEscapePressed: done()
+    StackView.onActivated: back.forceActiveFocus()
+
+    RowLayout {
+        Button {
+            id: back
+            text: qsTr("‹ &Back")
+            onClicked: editor.done()
+        }
+        Label {
+            Layout.fillWidth: true
+            elide: Text.ElideRight
+            textFormat: Text.PlainText
+            font.bold: true
+            text: editor.contact.name
+        }
+        Button {
+            text: qsTr("&Invites")
+            onClicked: editor.contacts.invite(editor.contact.userId)
+            ToolTip.text: qsTr("Tells applications that this contact sent an invitation")
+            ToolTip.visible: hovered
+            Accessible.description: ToolTip.text
+        }
+        Button {
+            text: qsTr("Re&move")
+            onClicked: {
+                editor.contacts.remove(editor.contact.userId)
+                editor.done()
+            }
+        }
+    }
+    PersonForm {
+        Layout.fillWidth: true
+        Layout.fillHeight: true
+        person: editor.contact
+    }
+}

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import ZelCoreDesk
+
+RowLayout {
+    id: field
+
+    required property var model
+    required property string label
+    required property string value
+
+    Label {
+        Layout.preferredWidth: 120
+        elide: Text.ElideRight
+        text: field.label
+        color: Theme.faint
+    }
+    TextField {
+        Layout.fillWidth: true
+        selectByMouse: true
+        text: field.value
+        onEditingFinished: {
+            if (text !== field.value)
+                field.model.value = text
+            text = Qt.binding(() => field.value)
+        }
+        Accessible.name: field.label
+    }
+}
