@@ -4,7 +4,6 @@
 #include <slog/reload.h>
 
 #include <QtCore/QByteArray>
-#include <QtCore/QRegularExpression>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
@@ -55,13 +54,6 @@ public:
                     QString::fromUtf8(line.mid(mark.size())).replace(QStringLiteral("]: "), QStringLiteral(": ")));
         }
         return lines;
-    }
-
-    /// The lines so far of one severity, without it.
-    QStringList lines(int severity) const
-    {
-        const QRegularExpression mark(QStringLiteral("^%1: ").arg(severity));
-        return lines().filter(mark).replaceInStrings(mark, QString());
     }
 
 private:

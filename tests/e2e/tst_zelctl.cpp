@@ -36,6 +36,11 @@ QByteArray stateLine(const char* state)
     return "{\"source\":\"Context\",\"signal\":\"registrationStateUpdated\",\"state\":\"" + QByteArray(state) + "\"}";
 }
 
+QByteArray signalLine(const char* signal)
+{
+    return "{\"source\":\"ContactService\",\"signal\":\"" + QByteArray(signal) + "\",\"handle\":\"bob\"}";
+}
+
 zelcore::Person person(const QString& handle)
 {
     zelcore::Person result;
@@ -325,6 +330,13 @@ private Q_SLOTS:
             QVERIFY(watch.start({u"--json"_s, u"watch"_s}));
             std::signal(SIGINT, SIG_DFL);
             watch.takeUntil(u"Allowed"_s);
+            watch.takeLine(); // of the list
+            QVERIFY(m_simulator->execute(u"contact add bob"_s));
+            QCOMPARE(watch.takeLine(), signalLine("applicationEnabled"));
+            QVERIFY(m_simulator->execute(u"contact change bob displayName=Bobby"_s));
+            QCOMPARE(watch.takeLine(), signalLine("contactUpdated"));
+            QVERIFY(m_simulator->execute(u"contact remove bob"_s));
+            QCOMPARE(watch.takeLine(), signalLine("applicationDisabled"));
             watch.end(inScript ? SIGINT : SIGTERM);
             QCOMPARE(watch.finish(), 0);
         }

@@ -75,7 +75,7 @@ struct BoxStage : Stage
                         : u"refused"_s);
         else if (what == u"item") // a text, its line breaks and a cookie
             log.add(manager.createProfileBoxItem(
-                        words[0] == u"-" ? QString()
+                        words[0] == u"-" ? u""_s
                                          : words[0] + QString(words[1]).replace(u'n', u'\n').replace(u'r', u'\r'),
                         {}, words.value(2))
                         ? u"taken"_s
