@@ -19,7 +19,7 @@ void ContextObject::setContext(Context* context)
     m_context = context;
     m_owner = std::make_unique<QObject>();
     forget();
-    if (context) {
+    if (context && context == m_context) { // who heard of it may have set another one
         QObject* const owner = m_owner.get();
         connect(context, &QObject::destroyed, owner, [this] { setContext(nullptr); });
         const auto startWhenReady = [this, context, owner] {

@@ -18,6 +18,8 @@ configure() # SOURCE NAME [argument...]
 }
 examples=(first-steps)
 components=(Platform Containers Models Requests)
+module="$work/prefix/$libraries/qt6/qml/ZelPlatform"
+[ ! -d "$module" ] || examples+=(first-window)
 [ -n "$platform" ] || { examples+=(contact-test); components+=(Simulator); }
 for example in "${examples[@]}"; do
     quietly configure "$source/examples/$example" "$example"
@@ -52,6 +54,13 @@ for component in "${components[@]}"; do
 done
 ! configure "$work/headers" headers-unknown -DCOMPONENT=Unknown >"$work/log" 2>&1
 grep -q "component Unknown is not installed" "$work/log"
+
+# The module is whole: QML's tools know its types, and the program that imports it shows a window.
+if [ -d "$module" ]; then
+    quietly cmake --build "$work/first-window" --target all_qmllint
+    QT_QPA_PLATFORM=offscreen quietly env -u LD_LIBRARY_PATH timeout 60 \
+        "$work/prefix/bin/zel-contacts" --simulate --screenshot "$work/window.png"
+fi
 
 [ -n "$platform" ] || timeout 60 "$work/contact-test/contact-test"
 

@@ -31,6 +31,8 @@ public Q_SLOTS:
         m_service = std::make_unique<zelcore::TestService>();
         connect(m_service.get(), &zelcore::Simulator::messageReceived, this,
                 [this](int, const QString& type) { ++m_asked[type]; });
+        connect(m_service.get(), &zelcore::Simulator::invocationReceived, this,
+                [this](const QString& target) { ++m_asked[target]; });
         return m_service->problem();
     }
     /// What the command answers.
@@ -56,7 +58,7 @@ public Q_SLOTS:
         return QUrl::fromLocalFile(file);
     }
     void addIcon(int iconId, const QColor& color) { m_service->addBoxIcon(iconId, picture(color)); }
-    /// How many messages of this type have come from the application.
+    /// How many messages of this type have come from the application, or invocations for this target.
     int asked(const QString& type) const { return m_asked.value(type); }
     QStringList refusals() const { return m_service->refusals(); }
     QString ownMessage() const { return m_service->profile().personalMessage; }

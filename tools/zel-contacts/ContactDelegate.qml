@@ -14,8 +14,11 @@ ItemDelegate {
     required property string statusMessage
     required property int status
     required property url picture
+    property bool focused: false
     readonly property color ground: highlighted ? Colors.chosen : hovered ? Colors.window : Colors.base
 
+    // The list has the focus, and says which of its delegates goes with it.
+    focusPolicy: Qt.NoFocus
     padding: 8
     leftPadding: 12
     Accessible.name: qsTr("%1, %2").arg(displayName).arg(Words.ofPresence(status, statusMessage))
@@ -23,7 +26,7 @@ ItemDelegate {
 
     background: Rectangle {
         color: delegate.ground
-        border { width: delegate.visualFocus ? 2 : 0; color: Colors.accent }
+        border { width: delegate.focused ? 2 : 0; color: Colors.accent }
     }
     contentItem: RowLayout {
         spacing: 12

@@ -31,11 +31,12 @@ Item {
 
         Heading {
             Layout.fillWidth: true
-            title: page.person.displayName
+            title: page.person.null ? qsTr("Not a contact any more") : page.person.displayName
             canGoBack: page.canGoBack
             onBack: page.back()
         }
         RowLayout {
+            visible: !page.person.null
             spacing: 20
             Layout.topMargin: 8
 
@@ -77,6 +78,7 @@ Item {
             }
         }
         RowLayout {
+            visible: !page.person.null
             Layout.topMargin: 8
             spacing: 8
 

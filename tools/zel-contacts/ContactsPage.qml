@@ -13,6 +13,7 @@ Rectangle {
     signal profileOpened
     signal boxOpened
 
+    function takeFocus() { list.forceActiveFocus() }
     function search() { searchField.forceActiveFocus() }
     function openFirst() {
         const first = page.session.people.mapToSource(page.session.people.index(0, 0))
@@ -33,10 +34,11 @@ Rectangle {
             ItemDelegate {
                 id: own
                 readonly property color ground: hovered ? Colors.window : Colors.base
-                readonly property string presence: Words.ofPresence(page.session.profile.status, page.session.profile.statusMessage)
+                readonly property string told: Words.ofPresence(page.session.profile.status, page.session.profile.statusMessage)
                 Layout.fillWidth: true
+                focusPolicy: Qt.StrongFocus
                 padding: 4
-                Accessible.name: qsTr("Your profile: %1, %2").arg(page.session.profile.displayName).arg(presence)
+                Accessible.name: qsTr("Your profile: %1, %2").arg(page.session.profile.displayName).arg(own.told)
                 onClicked: page.profileOpened()
                 background: Rectangle {
                     color: own.ground
@@ -62,7 +64,7 @@ Rectangle {
                         }
                         Label {
                             Layout.fillWidth: true
-                            text: own.presence
+                            text: own.told
                             textFormat: Text.PlainText
                             elide: Text.ElideRight
                             color: Colors.faint
@@ -127,7 +129,9 @@ Rectangle {
                 required property int index
                 width: ListView.view.width
                 highlighted: ListView.isCurrentItem
+                focused: highlighted && ListView.view.activeFocus
                 onClicked: () => {
+                    list.forceActiveFocus()
                     ListView.view.currentIndex = person.index
                     page.contactOpened(person.handle)
                 }
@@ -154,7 +158,7 @@ Rectangle {
             color: Colors.faint
             font.pixelSize: 13
             text: list.count === page.session.contacts.count
-                ? qsTr("%L1 contacts").arg(list.count)
+                ? (list.count === 1 ? qsTr("1 contact") : qsTr("%L1 contacts").arg(list.count))
                 : qsTr("%L1 of %L2 contacts").arg(list.count).arg(page.session.contacts.count)
         }
     }

@@ -16,10 +16,14 @@ ApplicationWindow {
     readonly property bool settled: session.settled && !awaitsFirst
     readonly property bool awaitsFirst: firstPage === "contact" && handle === "" && session.contacts.count > 0
 
-    function open(which: string) { page = which }
+    function open(which: string) {
+        page = which
+        if (!wide)
+            beside.forceActiveFocus()
+    }
     function close() {
         page = ""
-        contacts.search()
+        contacts.takeFocus()
     }
 
     visible: true
@@ -60,10 +64,26 @@ ApplicationWindow {
     }
     Shortcut {
         sequences: ["Ctrl+F"]
-        onActivated: window.close()
+        onActivated: {
+            if (!window.wide)
+                window.page = ""
+            contacts.search()
+        }
     }
 
+    // The keyboard goes with what is to be seen.
+    Connections {
+        target: session.context
+        function onReadyChanged() {
+            if (session.context.ready)
+                contacts.search()
+            else
+                registration.forceActiveFocus()
+        }
+    }
     RegistrationPage {
+        id: registration
+        focus: true
         anchors.fill: parent
         visible: !session.context.ready
         session: session
@@ -84,7 +104,7 @@ ApplicationWindow {
         visible: contacts.visible && window.wide
         color: Colors.line
     }
-    Item {
+    FocusScope {
         id: beside
         anchors { fill: parent; leftMargin: window.wide ? contacts.width + 1 : 0 }
         visible: session.context.ready

@@ -4,7 +4,7 @@ import QtQuick.Controls.Basic
 import ZelPlatform
 
 // How the registration stands, and what can be done about it.
-Item {
+FocusScope {
     id: page
 
     required property Session session

@@ -5,6 +5,8 @@
 #include <QtGui/QImage>
 #include <QtGui/QPainter>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -51,7 +53,9 @@ bool Simulation::start(const World& world, QString* error)
     user.personalMessage = u"Out on the boat until Sunday"_s;
     m_service.setProfile(user);
     m_service.setProfilePicture(portrait(3));
-    m_service.generateContacts(world.contacts, 1);
+    if (world.contacts > 0)
+        addAda();
+    m_service.generateContacts(std::max(0, world.contacts - 1), 1);
     addFaces();
     m_service.addBoxIcon(1, portrait(8));
     m_service.addBoxItem(u"Reached level 7"_s, {}, u"1"_s);
@@ -63,6 +67,18 @@ bool Simulation::start(const World& world, QString* error)
     if (world.isAlive)
         m_service.setActivity(zelcore::Simulator::Activity::Mixed, 0.5);
     return true;
+}
+
+/// Somebody who comes first, and has all that one can have.
+void Simulation::addAda()
+{
+    zelcore::Person ada;
+    ada.displayName = u"Ada Brandt"_s;
+    ada.personalMessage = u"Reading on the train"_s;
+    ada.showBusy = true;
+    ada.statusMessage = u"On my way to Lyon"_s;
+    ada.appVersion = u"2.0"_s;
+    m_service.addContact(ada);
 }
 
 /// Whom the service makes up has noise for a picture, or none. Two in three get a face, as far as one looks.

@@ -21,6 +21,7 @@ public:
     bool start(const World& world, QString* error);
 
 private:
+    void addAda();
     void addFaces();
 
     zelcore::Simulator m_service;

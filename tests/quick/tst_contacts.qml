@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: Apache-2.0
+import QtQuick
+import QtTest
+import ZelPlatform
+import "qrc:/ZelContacts" as Contacts
+
+// The program as a person uses it: by keyboard, and what is told to whoever cannot see it.
+TestCase {
+    id: test
+    name: "Contacts"
+    when: windowShown
+    visible: true
+
+    property QtObject window
+
+    Component { id: windowComponent; Contacts.Main {} }
+
+    function init() {
+        compare(world.begin(), "")
+        world.run("contact add anna displayName=Anna ppId=pp-anna")
+        world.run("contact add bert displayName=Bert showBusy=true statusMessage=driving ppId=pp-bert")
+        world.run("eco pp-bert eco-bert")
+    }
+    function cleanup() { test.parent = null }
+
+    // Keys go to the window that the test case is in.
+    function start(width) {
+        test.window = createTemporaryObject(windowComponent, test, {width: width, height: 600})
+        test.parent = test.window.contentItem
+        test.window.requestActivate()
+        tryCompare(test.window, "settled", true)
+        tryCompare(test.window, "active", true)
+        tryVerify(() => said() === "Search contacts")
+    }
+    // What is said of what has the focus.
+    function said() { return test.window.activeFocusItem?.Accessible.name || test.window.activeFocusItem?.text || "" }
+    function go(key, name) { tryVerify(() => said() === name || (keyClick(key), false), 5000, name) }
+    function type(text) { Array.from(text).forEach(key => keyClick(key)) }
+
+    function test_goesByKeyboard_data() { return [{tag: "wide", width: 960}, {tag: "narrow", width: 380}] }
+
+    function test_goesByKeyboard(data) {
+        start(data.width)
+        type("ber")
+        keyClick(Qt.Key_Down)
+        tryVerify(() => said() === "Bert, Busy: driving")
+        keyClick(Qt.Key_Return)
+        compare([test.window.page, test.window.handle], ["contact", "bert"])
+        go(Qt.Key_Tab, "Chat")
+        keyClick(Qt.Key_Space)
+        tryVerify(() => world.asked("sys.zel.chathandler") === 1)
+        keyClick(Qt.Key_Escape)
+        compare(test.window.page, "")
+        keyClick("f", Qt.ControlModifier)
+        compare(said(), "Search contacts")
+        go(Qt.Key_Backtab, "Your profile box")
+        keyClick(Qt.Key_Space)
+        go(Qt.Key_Tab, "Another line for the box")
+        type("level 8")
+        keyClick(Qt.Key_Return)
+        tryVerify(() => world.run("box").includes("level 8"))
+        compare(world.refusals(), [])
+    }
+
+    function test_saysHowTheRegistrationStands() {
+        start(960)
+        world.run("state NoDataConnection")
+        tryVerify(() => said() === "Try again")
+        keyClick(Qt.Key_Space)
+        tryVerify(() => said() === "Search contacts")
+        // Every state has words, and a way on where a request is possible.
+        const words = Contacts.Words
+        for (let state = RegistrationState.Allowed; state <= RegistrationState.BlockedEnterprisePerimeter; ++state)
+            verify(words.ofRegistration(state).title !== "" && words.ofRegistration(state).text !== "", state)
+        compare(words.ofRegistration(RegistrationState.CancelledByUser).action, "Try again")
+        compare(words.ofRegistration(RegistrationState.Expired).action, undefined)
+    }
+}
