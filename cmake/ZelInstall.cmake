@@ -2,6 +2,8 @@
 # What is installed: the components, each with its target, headers and package files, and the programs.
 include(CMakePackageConfigHelpers)
 
+# To each package its part (ZelPackages.cmake): runtime, simulator, qml, programs, and what is not said otherwise.
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
 set(zel_package "${CMAKE_INSTALL_LIBDIR}/cmake/ZelPlatform")
 # The package files find their prefix from where they stand, so that an installed tree may be moved.
 file(RELATIVE_PATH ZEL_PC_TO_PREFIX "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
@@ -13,7 +15,12 @@ file(RELATIVE_PATH ZEL_PC_TO_PREFIX "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 function(zel_install_component component)
     cmake_parse_arguments(arg "" "TARGET;PKGCONFIG;DESCRIPTION;LIBRARY" "REQUIRES;FLAGS;HEADERS" ${ARGN})
     string(TOLOWER "${component}" folder)
-    install(TARGETS ${arg_TARGET} EXPORT ZelPlatform${component} LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+    set(part runtime)
+    if(component STREQUAL "Simulator")
+        set(part simulator)
+    endif()
+    install(TARGETS ${arg_TARGET} EXPORT ZelPlatform${component} LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
+            COMPONENT ${part} NAMELINK_COMPONENT development)
     install(EXPORT ZelPlatform${component} NAMESPACE ZelPlatform:: DESTINATION "${zel_package}")
     foreach(headers IN LISTS arg_HEADERS)
         install(DIRECTORY "${PROJECT_SOURCE_DIR}/${headers}/" DESTINATION "${zel_headers}/${folder}"
@@ -46,9 +53,9 @@ if(TARGET zelquick)
     set(module_folder "${zel_qml_destination}/ZelPlatform")
     file(RELATIVE_PATH module_to_libraries "/${module_folder}" "/${CMAKE_INSTALL_LIBDIR}")
     set_target_properties(zelquick PROPERTIES INSTALL_RPATH "$ORIGIN/${module_to_libraries}")
-    install(TARGETS zelquick LIBRARY DESTINATION "${module_folder}")
+    install(TARGETS zelquick LIBRARY DESTINATION "${module_folder}" COMPONENT qml)
     install(FILES "${zel_qml_folder}/ZelPlatform/qmldir" "${zel_qml_folder}/ZelPlatform/plugins.qmltypes"
-            DESTINATION "${module_folder}")
+            DESTINATION "${module_folder}" COMPONENT qml)
     install(TARGETS zelquickimport EXPORT ZelPlatformQuick)
     install(EXPORT ZelPlatformQuick NAMESPACE ZelPlatform:: DESTINATION "${zel_package}")
 endif()
@@ -57,7 +64,7 @@ if(TARGET zelcoresim)
         DESCRIPTION "A simulated core service for tests of applications" REQUIRES Qt6Core
         HEADERS simulator/public_headers)
     install(DIRECTORY "${PROJECT_SOURCE_DIR}/simulator/scenarios" DESTINATION "${CMAKE_INSTALL_DATADIR}/zelplatform"
-            FILES_MATCHING PATTERN "*.json")
+            COMPONENT simulator FILES_MATCHING PATTERN "*.json")
 endif()
 
 # The programs find the libraries beside them, wherever the tree was installed or moved to.
@@ -65,11 +72,11 @@ file(RELATIVE_PATH bin_to_libraries "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL
 foreach(program IN ITEMS zelctl zelcore-sim zelcore-desk zel-contacts)
     if(TARGET ${program})
         set_target_properties(${program} PROPERTIES INSTALL_RPATH "$ORIGIN/${bin_to_libraries}")
-        install(TARGETS ${program} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+        install(TARGETS ${program} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT programs)
     endif()
 endforeach()
 if(TARGET manuals)
-    install(DIRECTORY "${PROJECT_BINARY_DIR}/share/" DESTINATION "${CMAKE_INSTALL_DATADIR}")
+    install(DIRECTORY "${PROJECT_BINARY_DIR}/share/" DESTINATION "${CMAKE_INSTALL_DATADIR}" COMPONENT programs)
 endif()
 
 configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/ZelPlatformConfig.cmake.in"
