@@ -4,6 +4,7 @@
 #include "Trace.h"
 
 #include <common/LineReader.h>
+#include <common/Manual.h>
 #include <common/QuitSignals.h>
 #include <common/Root.h>
 
@@ -50,28 +51,28 @@ struct Options
     bool atOnce = false;
 };
 
-const QCommandLineOption rootOption(u"root"_s, u"Serve below this folder."_s, u"DIR"_s);
+const QCommandLineOption rootOption(u"root"_s, u"serve below this folder"_s, u"DIR"_s);
 const QCommandLineOption scenarioOption(u"scenario"_s,
-                                        u"Begin with this scenario: a file, or the name of one that "
-                                        "ships with the simulator."_s,
+                                        u"begin with this scenario: a file, or the name of one that "
+                                        "ships with the simulator"_s,
                                         u"FILE"_s);
-const QCommandLineOption contactsOption(u"contacts"_s, u"Add so many made-up contacts."_s, u"N"_s);
-const QCommandLineOption seedOption(u"seed"_s, u"Make them up from this number."_s, u"S"_s, u"1"_s);
-const QCommandLineOption pausedOption(u"paused"_s, u"The scenario's timeline stands still until it is stepped."_s);
-const QCommandLineOption traceOption(u"trace"_s, u"Show every message, both ways."_s);
+const QCommandLineOption contactsOption(u"contacts"_s, u"add so many made-up contacts"_s, u"N"_s);
+const QCommandLineOption seedOption(u"seed"_s, u"make them up from this number"_s, u"S"_s, u"1"_s);
+const QCommandLineOption pausedOption(u"paused"_s, u"the scenario's timeline stands still until it is stepped"_s);
+const QCommandLineOption traceOption(u"trace"_s, u"show every message, both ways"_s);
 
 const QCommandLineOption recordOption(u"record"_s,
-                                      u"Write every record, both ways, into this new file. What is in it "
-                                      "is personal: names, messages, pictures."_s,
+                                      u"write every record, both ways, into this new file. What is in it "
+                                      "is personal: names, messages, pictures"_s,
                                       u"FILE"_s);
 const QCommandLineOption replayOption(u"replay"_s,
-                                      u"Play the service's side of a recording, and tell what applications "
-                                      "do otherwise than then."_s,
+                                      u"play the service's side of a recording, and tell what applications "
+                                      "do otherwise than then"_s,
                                       u"FILE"_s);
-const QCommandLineOption atOnceOption(u"at-once"_s, u"Replay as fast as the application goes, not as then."_s);
+const QCommandLineOption atOnceOption(u"at-once"_s, u"replay as fast as the application goes, not as then"_s);
 const QCommandLineOption anonymiseOption(u"anonymise"_s,
-                                         u"Make the new file NEW of a recording, with names, messages, ids "
-                                         "and pictures replaced, and end."_s,
+                                         u"make the new file NEW of a recording, with names, messages, ids "
+                                         "and pictures replaced, and end"_s,
                                          u"FILE"_s);
 
 /// False, with a line on standard error, for numbers that are none.
@@ -170,6 +171,23 @@ bool prepare(zelcore::Simulator& simulator, const Options& options)
     return done;
 }
 
+zeltools::Manual manualOf(const QList<QCommandLineOption>& options)
+{
+    zeltools::Manual manual{
+        .program = u"zelcore-sim"_s,
+        .synopsis = u"[OPTION ...] [NEW]"_s,
+        .purpose = u"a core service of the messaging service, for the desktop"_s,
+        .more =
+            u"It serves applications that run with PPS_ROOT set to its folder, and takes commands on standard input: "
+            "\"help\" lists them. Scenarios: %1."_s.arg(zelcore::Simulator::scenarioNames().join(", "_L1))};
+    for (const QCommandLineOption& option : options) {
+        const QString value = option.valueName().isEmpty() ? QString() : u' ' + option.valueName();
+        manual.options += {"--"_L1 + option.names().first() + value, option.description()};
+    }
+    manual.options += zeltools::Manual::ownOptions();
+    return manual;
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
@@ -179,26 +197,24 @@ int main(int argc, char* argv[])
     std::signal(SIGTTIN, SIG_IGN);
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"zelcore-sim"_s);
+    const QList<QCommandLineOption> options{rootOption,  scenarioOption, contactsOption, seedOption,   pausedOption,
+                                            traceOption, recordOption,   replayOption,   atOnceOption, anonymiseOption};
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        u"A core service for the desktop. It serves applications that run with PPS_ROOT set to its "
-        "folder,\nand takes commands on standard input (\"help\" lists them).\nScenarios: %1."_s.arg(
-            zelcore::Simulator::scenarioNames().join(", "_L1)));
-    const QCommandLineOption help = parser.addHelpOption();
-    const QCommandLineOption version(u"version"_s, u"Show the version."_s);
-    parser.addOption(version);
-    parser.addOptions({rootOption, scenarioOption, contactsOption, seedOption, pausedOption, traceOption, recordOption,
-                       replayOption, atOnceOption, anonymiseOption});
-    parser.addPositionalArgument(u"NEW"_s, u"The file that --anonymise makes."_s, u"[NEW]"_s);
+    parser.addOptions(options);
+    const zeltools::Manual manual = manualOf(options);
+    parser.addOption(QCommandLineOption(u"h"_s));
+    for (const zeltools::Manual::Entry& own : zeltools::Manual::ownOptions())
+        parser.addOption(QCommandLineOption(own.usage.mid(2)));
     const bool understood = parser.parse(QCoreApplication::arguments());
-    Options options;
     if (!understood) {
         complain(parser.errorText() + u" See --help."_s);
         return 2;
     }
-    if (parser.isSet(help))
-        parser.showHelp();
-    if (parser.isSet(version)) {
+    for (const QString& asked : parser.optionNames()) {
+        if (manual.print((asked.size() == 1 ? "-"_L1 : "--"_L1) + asked, QStringLiteral(ZELCORE_SIM_VERSION)))
+            return 0;
+    }
+    if (parser.isSet(u"version"_s)) {
         print(u"zelcore-sim "_s + QStringLiteral(ZELCORE_SIM_VERSION));
         return 0;
     }
@@ -208,15 +224,16 @@ int main(int argc, char* argv[])
         complain(u"\"%1\" is no option; see --help"_s.arg(parser.positionalArguments().first()));
         return 2;
     }
-    if (!readOptions(parser, &options))
+    Options wanted;
+    if (!readOptions(parser, &wanted))
         return 2;
 
     zeltools::QuitSignals ending;
     QObject::connect(&ending, &zeltools::QuitSignals::quitRequested, &application, &QCoreApplication::quit);
     zelcore::Simulator simulator;
     QObject::connect(&simulator, &zelcore::Simulator::quitRequested, &application, &QCoreApplication::quit);
-    show(simulator, options.trace);
-    if (!prepare(simulator, options))
+    show(simulator, wanted.trace);
+    if (!prepare(simulator, wanted))
         return 1;
     print(zeltools::exportLine(simulator.root()));
 
