@@ -2,7 +2,8 @@
 # What is installed: the components, each with its target, headers and package files, and the programs.
 include(CMakePackageConfigHelpers)
 
-# To each package its part (ZelPackages.cmake): runtime, simulator, qml, programs, and what is not said otherwise.
+# To each package its part (ZelPackages.cmake): runtime, simulator, qml, programs, desktop, and what is not
+# said otherwise.
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
 set(zel_package "${CMAKE_INSTALL_LIBDIR}/cmake/ZelPlatform")
 # The package files find their prefix from where they stand, so that an installed tree may be moved.
@@ -69,11 +70,15 @@ endif()
 
 # The programs find the libraries beside them, wherever the tree was installed or moved to.
 file(RELATIVE_PATH bin_to_libraries "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
-foreach(program IN ITEMS zelctl zelcore-sim zelcore-desk zel-contacts)
-    if(TARGET ${program})
-        set_target_properties(${program} PROPERTIES INSTALL_RPATH "$ORIGIN/${bin_to_libraries}")
-        install(TARGETS ${program} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT programs)
-    endif()
+set(programs zelctl zelcore-sim)
+set(desktop zel-contacts zelcore-desk)
+foreach(part IN ITEMS programs desktop)
+    foreach(program IN LISTS ${part})
+        if(TARGET ${program})
+            set_target_properties(${program} PROPERTIES INSTALL_RPATH "$ORIGIN/${bin_to_libraries}")
+            install(TARGETS ${program} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT ${part})
+        endif()
+    endforeach()
 endforeach()
 if(TARGET manuals)
     install(DIRECTORY "${PROJECT_BINARY_DIR}/share/" DESTINATION "${CMAKE_INSTALL_DATADIR}" COMPONENT programs)

@@ -88,6 +88,15 @@ if(TARGET zelquick)
              "import ZelPlatform."
         DEPENDS "libzelplatform2 ${same}" qml6-module-qtquick)
 endif()
+if(TARGET zel-contacts)
+    zel_package(desktop NAME zelplatform-desktop SECTION net
+        SUMMARY "contacts of the messaging service in a window"
+        TEXT "zel-contacts shows the user's profile, contacts and profile box, from the"
+             "service of the device or from a simulated one."
+        DEPENDS "libzelcoresim2 ${same}" "qml6-module-zelplatform ${same}" qml6-module-qtquick-controls
+                qml6-module-qtquick-dialogs qml6-module-qtquick-layouts qml6-module-qtquick-templates
+                qml6-module-qtquick-window qml6-module-qtqml-workerscript)
+endif()
 list(TRANSFORM development APPEND " ${same}")
 zel_package(development NAME libzelplatform-dev SECTION libdevel
     SUMMARY "client library for a device's instant-messaging service - development files"
