@@ -214,7 +214,7 @@ private Q_SLOTS:
         application.send("registrationRequest", R"({"uuid":"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b","silent":true})");
         application.synchronize();
         timeline.step();
-        QCOMPARE(m_desk->service()->notices().last(), u"scenario: rate 20 mixed"_s);
+        QCOMPARE(m_desk->service()->notices().first(), u"scenario: rate 20 mixed"_s);
         QCOMPARE(timeline.time(), 500);
     }
 

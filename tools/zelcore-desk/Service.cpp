@@ -120,9 +120,9 @@ void Service::copyExportLine() const
 
 void Service::note(const QString& line, bool isComplaint)
 {
-    m_notices.append(line);
+    m_notices.prepend(line);
     if (m_notices.size() > mostNotices)
-        m_notices.removeFirst();
+        m_notices.removeLast();
     m_isComplaint = isComplaint;
     Q_EMIT noticed();
 }

@@ -31,7 +31,7 @@ class Service : public QObject
     /// By the values of zelcore::Simulator::Fault.
     Q_PROPERTY(QStringList faults READ faults CONSTANT FINAL)
     Q_PROPERTY(bool recording READ isRecording NOTIFY recordingChanged FINAL)
-    /// The latest lines, the last one said last, and whether that is a complaint.
+    /// What was said, the latest first, and whether that is a complaint.
     Q_PROPERTY(QStringList notices READ notices NOTIFY noticed FINAL)
     Q_PROPERTY(bool complaint READ isComplaint NOTIFY noticed FINAL)
 

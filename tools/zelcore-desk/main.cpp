@@ -37,7 +37,7 @@ bool prepare(zelcore::Simulator& simulator, zeldesk::Desk& desk, const zeldesk::
                         (options.record.isEmpty() || desk.service()->record(QUrl::fromLocalFile(options.record)));
     simulator.generateContacts(options.contacts, options.seed);
     if (!isDone)
-        complain(desk.service()->notices().last());
+        complain(desk.service()->notices().first());
     else if (!simulator.start(&problem))
         complain(problem);
     return isDone && simulator.isRunning();

@@ -9,19 +9,25 @@ Pane {
     id: bar
 
     required property Service service
+    readonly property string latest: service.notices[0] ?? ""
+
+    function execute(command) {
+        if (service.execute(command))
+            line.clear()
+        if (latest.includes("\n"))
+            notices.open()
+    }
 
     contentItem: ColumnLayout {
         spacing: Theme.gap
 
         Label {
             Layout.fillWidth: true
-            visible: text !== ""
             elide: Text.ElideRight
-            maximumLineCount: 6
-            wrapMode: Text.Wrap
+            maximumLineCount: 1
             textFormat: Text.PlainText
             color: bar.service.complaint ? Theme.complaint : Theme.text
-            text: bar.service.notices.length ? bar.service.notices[bar.service.notices.length - 1] : ""
+            text: bar.latest.split("\n")[0]
             Accessible.role: Accessible.StatusBar
         }
         RowLayout {
@@ -30,10 +36,7 @@ Pane {
                 Layout.fillWidth: true
                 placeholderText: qsTr("A command of zelcore-sim: help")
                 font.family: Theme.monospace
-                onAccepted: {
-                    if (bar.service.execute(text))
-                        clear()
-                }
+                onAccepted: bar.execute(text)
                 Accessible.name: qsTr("Command")
             }
             Button {
@@ -48,7 +51,7 @@ Pane {
         id: notices
         parent: Overlay.overlay
         anchors.centerIn: parent
-        width: Math.min(640, parent.width - 2 * Theme.gap)
+        width: Math.min(720, parent.width - 2 * Theme.gap)
         height: Math.min(420, parent.height - 2 * Theme.gap)
         title: qsTr("What was said")
         modal: true
@@ -58,11 +61,10 @@ Pane {
             TextArea {
                 readOnly: true
                 selectByMouse: true
-                wrapMode: Text.Wrap
                 textFormat: TextEdit.PlainText
                 font.family: Theme.monospace
                 text: bar.service.notices.join("\n")
-                Accessible.name: qsTr("What was said, the latest last")
+                Accessible.name: qsTr("What was said, the latest first")
             }
         }
     }
