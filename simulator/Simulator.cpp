@@ -265,12 +265,12 @@ void Simulator::setActivity(Activity activity, double perSecond, quint32 seed)
 
 QList<BoxItem> Simulator::boxItems() const
 {
-    return d->world.boxItems();
+    return d->world.box().items();
 }
 
 QList<BoxIcon> Simulator::boxIcons() const
 {
-    return d->world.boxIcons();
+    return d->world.box().icons();
 }
 
 QString Simulator::addBoxItem(const QString& text, const QString& cookie, const QString& iconId)

@@ -211,12 +211,12 @@ Answer setRate(SimulatorPrivate& simulator, const QStringList& args)
 Answer showBox(World& world, const QStringList&)
 {
     QList<QStringList> rows;
-    for (const BoxItem& item : world.boxItems())
+    for (const BoxItem& item : world.box().items())
         rows.append({item.id, u"icon "_s + (item.iconId.isEmpty() ? u"none"_s : item.iconId),
                      u"text=\"%1\" cookie=\"%2\""_s.arg(item.text, item.cookie)});
-    for (const BoxIcon& icon : world.boxIcons())
+    for (const BoxIcon& icon : world.box().icons())
         rows.append({u"icon "_s + icon.id, u"%1 bytes"_s.arg(world.picture(icon.hash).size()), icon.hash});
-    return say(table(rows) + u"%1 items, %2 icons"_s.arg(world.boxItems().size()).arg(world.boxIcons().size()));
+    return say(table(rows) + u"%1 items, %2 icons"_s.arg(world.box().items().size()).arg(world.box().icons().size()));
 }
 
 Answer addItem(World& world, const QStringList& args)
@@ -228,7 +228,7 @@ Answer addItem(World& world, const QStringList& args)
 
 Answer changeItem(World& world, const QStringList& args)
 {
-    const BoxItem* before = world.boxItem(args.first());
+    const BoxItem* before = world.box().item(args.first());
     BoxItem item = before ? *before : BoxItem{args.first(), {}, {}, {}};
     for (const QString& field : args.mid(1)) {
         const QString name = field.section(u'=', 0, 0);

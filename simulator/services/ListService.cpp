@@ -71,11 +71,15 @@ ListService::ListService(ServiceContext& context, QObject* parent)
     };
     relay(&World::contactInstalled, listAdd, Lists::platformContact);
     relay(&World::contactUninstalled, listRemove, Lists::platformContact);
-    relay(&World::boxItemAdded, listAdd, Lists::profileBoxItem);
-    relay(&World::boxItemChanged, listChange, Lists::profileBoxItem);
-    relay(&World::boxItemRemoved, listRemove, Lists::profileBoxItem);
-    relay(&World::boxIconAdded, listAdd, Lists::profileBoxImage);
-    relay(&World::boxIconRemoved, listRemove, Lists::profileBoxImage);
+    const auto relayBox = [&](auto signal, QLatin1String type, const QString& list) {
+        connect(world, signal, this,
+                [this, type, list](const QString& key, const QString& owner) { tellBox(type, list, key, owner); });
+    };
+    relayBox(&World::boxItemAdded, listAdd, Lists::profileBoxItem);
+    relayBox(&World::boxItemChanged, listChange, Lists::profileBoxItem);
+    relayBox(&World::boxItemRemoved, listRemove, Lists::profileBoxItem);
+    relayBox(&World::boxIconAdded, listAdd, Lists::profileBoxImage);
+    relayBox(&World::boxIconRemoved, listRemove, Lists::profileBoxImage);
     connect(world, &World::contactChanged, this, &ListService::broadcastContact);
     connect(world, &World::profileChanged, this, [this] {
         broadcastElement(listChange, Lists::global, m_context.lists.element(Lists::global, Lists::platformProfile, {}));
@@ -94,7 +98,7 @@ QString ListService::requestAll(Session& session, const QJsonObject& body)
     if (!problem.isEmpty())
         return problem;
     session.unannounced.remove(list);
-    transfer(session, listAll, list, {}, m_context.lists.elements(list, session.state));
+    transfer(session, listAll, list, {}, m_context.lists.elements(list, session));
     return {};
 }
 
@@ -112,7 +116,7 @@ QString ListService::requestElements(Session& session, const QJsonObject& body)
     QList<QByteArray> elements;
     elements.reserve(keys.size());
     for (const QString& key : keys) {
-        const QByteArray element = m_context.lists.element(list, key, session.state);
+        const QByteArray element = m_context.lists.element(list, key, session);
         if (!element.isEmpty())
             elements.append(element);
         else
@@ -122,7 +126,7 @@ QString ListService::requestElements(Session& session, const QJsonObject& body)
     return problem;
 }
 
-QString ListService::requestRemove(Session&, const QJsonObject& body)
+QString ListService::requestRemove(Session& session, const QJsonObject& body)
 {
     const QString list = textOf(body, "type"_L1);
     QString problem = listProblem(body);
@@ -134,8 +138,10 @@ QString ListService::requestRemove(Session&, const QJsonObject& body)
     const QStringList keys = readKeys(body, list, &problem);
     if (!problem.isEmpty())
         return problem;
+    const QString owner = m_context.lists.boxOwner(session);
     for (const QString& key : keys) {
-        const QString failure = isItem ? m_context.world.removeBoxItem(key) : m_context.world.removeBoxIcon(key);
+        const QString failure =
+            isItem ? m_context.world.removeBoxItem(key, owner) : m_context.world.removeBoxIcon(key, owner);
         if (!failure.isEmpty())
             problem = failure;
     }
@@ -148,7 +154,7 @@ void ListService::announce(Session& session)
     for (const QString& list : Lists::all()) {
         if (!lists.contains(list))
             continue;
-        const QList<QByteArray> elements = m_context.lists.elements(list, session.state);
+        const QList<QByteArray> elements = m_context.lists.elements(list, session);
         // The keyed lists are never sent whole: who mirrors them takes additions as the newest state.
         if (list == Lists::global || list == Lists::platformUser)
             m_context.sendElements(session.client, listAdd, list, elements);
@@ -167,7 +173,7 @@ void ListService::transfer(const Session& session, QLatin1String type, const QSt
 
 void ListService::sendPermission(const Session& session)
 {
-    const QByteArray element = m_context.lists.element(Lists::global, Lists::permission, session.state);
+    const QByteArray element = m_context.lists.element(Lists::global, Lists::permission, session);
     m_context.sendElements(session.client, listChange, Lists::global, {element});
 }
 
@@ -175,6 +181,18 @@ void ListService::broadcastElement(QLatin1String type, const QString& list, cons
 {
     if (!m_context.sessions.empty())
         m_context.broadcast(type, wire::packElements({element}, list, false).first());
+}
+
+/// To those who see this box.
+void ListService::tellBox(QLatin1String type, const QString& list, const QString& key, const QString& owner)
+{
+    const auto everyone = m_context.sessions;
+    for (const auto& [client, session] : everyone) {
+        if (m_context.lists.boxOwner(*session) == owner)
+            m_context.sendElements(
+                client, type, list,
+                {type == listRemove ? Lists::keyJson(list, key) : m_context.lists.element(list, key, *session)});
+    }
 }
 
 void ListService::broadcastContact(const QString& userId, const QJsonObject& difference)

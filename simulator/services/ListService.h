@@ -28,6 +28,7 @@ private:
     void transfer(const Session& session, QLatin1String type, const QString& list, const QString& cookie,
                   const QList<QByteArray>& elements);
     void broadcastElement(QLatin1String type, const QString& list, const QByteArray& element);
+    void tellBox(QLatin1String type, const QString& list, const QString& key, const QString& owner);
     void broadcastContact(const QString& userId, const QJsonObject& difference);
 
     ServiceContext& m_context;

@@ -29,15 +29,27 @@ QString Lists::keyMember(const QString& list)
     return list == profileBoxImage ? u"imageId"_s : QString();
 }
 
-QList<QByteArray> Lists::elements(const QString& list, const QString& state) const
+QString Lists::boxOwner(const Session& session) const
+{
+    return m_world.boxOwner(session.uuid.toLower());
+}
+
+const Box& Lists::box(const Session& session) const
+{
+    return m_world.box(session.uuid.toLower());
+}
+
+QList<QByteArray> Lists::elements(const QString& list, const Session& session) const
 {
     QList<QByteArray> elements;
     if (list == global)
-        elements = {permissionJson(state), profileJson()};
+        elements = {permissionJson(session.state), profileJson()};
     else if (list == profileBoxItem)
-        std::transform(m_world.boxItems().cbegin(), m_world.boxItems().cend(), std::back_inserter(elements), itemJson);
+        std::transform(box(session).items().cbegin(), box(session).items().cend(), std::back_inserter(elements),
+                       itemJson);
     else if (list == profileBoxImage)
-        std::transform(m_world.boxIcons().cbegin(), m_world.boxIcons().cend(), std::back_inserter(elements), iconJson);
+        std::transform(box(session).icons().cbegin(), box(session).icons().cend(), std::back_inserter(elements),
+                       iconJson);
     else if (list == platformUser || list == platformContact)
         std::transform(
             m_world.installed().cbegin(), m_world.installed().cend(), std::back_inserter(elements),
@@ -45,22 +57,22 @@ QList<QByteArray> Lists::elements(const QString& list, const QString& state) con
     return elements;
 }
 
-QByteArray Lists::element(const QString& list, const QString& key, const QString& state) const
+QByteArray Lists::element(const QString& list, const QString& key, const Session& session) const
 {
     if (list == platformUser)
         return m_world.contactJson(key);
     if (list == platformContact)
         return m_world.isInstalled(key) ? keyJson(list, key) : QByteArray();
     if (list == global && key == permission)
-        return permissionJson(state);
+        return permissionJson(session.state);
     if (list == global && key == platformProfile)
         return profileJson();
     if (list == profileBoxImage) {
-        const BoxIcon* icon = m_world.boxIcon(key);
+        const BoxIcon* icon = box(session).icon(key);
         return icon ? iconJson(*icon) : QByteArray();
     }
     if (list == profileBoxItem) {
-        const BoxItem* item = m_world.boxItem(key);
+        const BoxItem* item = box(session).item(key);
         return item ? itemJson(*item) : QByteArray();
     }
     return {};

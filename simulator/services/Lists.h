@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <simulator/services/Session.h>
 #include <simulator/world/World.h>
 
 #include <QtCore/QByteArray>
@@ -33,10 +34,14 @@ public:
     /// The member that tells one element of the list from another; empty for a list that there is not.
     static QString keyMember(const QString& list);
 
-    /// Everything in the list, as an application in the registration state \a state sees it.
-    QList<QByteArray> elements(const QString& list, const QString& state) const;
+    /// Everything in the list, as an application sees it.
+    QList<QByteArray> elements(const QString& list, const Session& session) const;
     /// One element; empty when the list has none of this key.
-    QByteArray element(const QString& list, const QString& key, const QString& state) const;
+    QByteArray element(const QString& list, const QString& key, const Session& session) const;
+    /// The box that an application sees.
+    const Box& box(const Session& session) const;
+    /// What the world calls it.
+    QString boxOwner(const Session& session) const;
 
     /// {"MEMBER":"KEY"}: how an element is named where it is not shown.
     static QByteArray keyJson(const QString& list, const QString& key);

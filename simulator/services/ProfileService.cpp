@@ -106,7 +106,7 @@ QString ProfileService::answerChange(const Session& session, const QString& prob
     return problem;
 }
 
-QString ProfileService::createBoxItem(Session&, const QJsonObject& body)
+QString ProfileService::createBoxItem(Session& session, const QJsonObject& body)
 {
     const QJsonValue iconId = body.value("imageId"_L1);
     if (!iconId.isUndefined() && !iconId.isString())
@@ -116,18 +116,22 @@ QString ProfileService::createBoxItem(Session&, const QJsonObject& body)
     if (!world.permissions().showAppBox)
         return boxIsOff;
     // An application may register an icon and use it in one go; the item is there as soon as the icon is.
-    ExpectedPicture* coming = world.boxIcon(item.iconId) ? nullptr : expectedIcon(item.iconId);
+    const Box& box = m_context.lists.box(session);
+    ExpectedPicture* coming = box.icon(item.iconId) ? nullptr : expectedIcon(session, item.iconId);
     if (!coming)
-        return world.addBoxItem(item);
-    const QString problem = coming->items.size() < mostExpected ? world.boxItemProblem(item, true) : tooManyItems;
+        return world.addBoxItem(item, m_context.lists.boxOwner(session));
+    const QString problem = coming->items.size() < mostExpected ? box.itemProblem(item, true) : tooManyItems;
     if (problem.isEmpty())
         coming->items.append(item);
     return problem;
 }
 
-ExpectedPicture* ProfileService::expectedIcon(const QString& iconId) const
+ExpectedPicture* ProfileService::expectedIcon(const Session& asking, const QString& iconId) const
 {
+    const QString owner = m_context.lists.boxOwner(asking);
     for (const auto& [client, session] : m_context.sessions) {
+        if (m_context.lists.boxOwner(*session) != owner)
+            continue;
         const auto expected = session->expected.find(iconStream + iconId);
         if (expected != session->expected.end())
             return &*expected;
@@ -142,8 +146,9 @@ QString ProfileService::createBoxIcon(Session& session, const QJsonObject& body)
         return boxIsOff;
     if (!isHash(picture.hash))
         return u"\"imageHash\" is no SHA-1"_s;
-    const QString problem =
-        session.expected.size() < mostExpected ? m_context.world.boxIconProblem(picture.iconId) : tooManyExpected;
+    const QString problem = session.expected.size() < mostExpected
+                                ? m_context.lists.box(session).iconProblem(picture.iconId)
+                                : tooManyExpected;
     if (!problem.isEmpty())
         return problem;
 
@@ -190,10 +195,11 @@ QString ProfileService::finish(const Session& session, const ExpectedPicture& pi
     if (!problem.isEmpty())
         return isOwnPicture ? answerChange(session, problem) : problem;
     if (!isOwnPicture) {
-        problem = m_context.world.addBoxIcon(picture.iconId, picture.bytes);
+        const QString owner = m_context.lists.boxOwner(session);
+        problem = m_context.world.addBoxIcon(picture.iconId, picture.bytes, owner);
         for (BoxItem item : picture.items) {
             if (problem.isEmpty())
-                problem = m_context.world.addBoxItem(item);
+                problem = m_context.world.addBoxItem(item, owner);
         }
         return problem;
     }
@@ -220,7 +226,7 @@ QString ProfileService::requestUserPicture(Session& session, const QJsonObject& 
 QString ProfileService::requestBoxIcon(Session& session, const QJsonObject& body)
 {
     const QString iconId = textOf(body, "imageId"_L1);
-    const BoxIcon* icon = m_context.world.boxIcon(iconId);
+    const BoxIcon* icon = m_context.lists.box(session).icon(iconId);
     if (!icon)
         return u"no icon has the id \"%1\""_s.arg(iconId.left(40));
     sendPicture(session, textOf(body, "streamId"_L1), m_context.world.picture(icon->hash));

@@ -32,8 +32,8 @@ private:
     QString applyProfile(const Session& session, const QJsonObject& change);
     QString answerChange(const Session& session, const QString& problem);
     QString finish(const Session& session, const ExpectedPicture& picture);
-    /// The icon of this id, if its bytes are on their way from any application.
-    ExpectedPicture* expectedIcon(const QString& iconId) const;
+    /// The icon of this id, if its bytes are on their way from any application that sees the same box.
+    ExpectedPicture* expectedIcon(const Session& asking, const QString& iconId) const;
     void sendPicture(const Session& session, const QString& streamId, const QByteArray& data);
 
     ServiceContext& m_context;

@@ -14,41 +14,6 @@ namespace zelcore {
 
 namespace {
 
-// What applications may put into one item of the box.
-constexpr qsizetype longestItemText = 100;
-constexpr qsizetype mostItemLineBreaks = 2;
-constexpr qsizetype longestItemCookie = 128;
-
-const QString ecoIdPrefix = u"eco-"_s;
-const QString unknown = u"Unknown"_s;
-const QString contactExists = u"ContactExists"_s;
-const QString pending = u"PendingContactExists"_s;
-
-/// Null when there is none.
-template <typename Record>
-const Record* findById(const QList<Record>& records, const QString& id)
-{
-    const auto found =
-        std::find_if(records.cbegin(), records.cend(), [&](const Record& record) { return record.id == id; });
-    return found == records.cend() ? nullptr : &*found;
-}
-
-template <typename Record>
-bool removeById(QList<Record>& records, const QString& id)
-{
-    return records.removeIf([&](const Record& record) { return record.id == id; }) > 0;
-}
-
-QString noItem(const QString& id)
-{
-    return u"no item has the id \"%1\""_s.arg(id);
-}
-
-QString noIcon(const QString& id)
-{
-    return u"no icon has the id \"%1\""_s.arg(id);
-}
-
 QString tooLong(const QByteArray& json)
 {
     return json.size() <= wire::largestElement
@@ -337,148 +302,125 @@ bool World::isInstalled(const QString& userId) const
 
 // --- Profile box ------------------------------------------------------------------------------------------------
 
-QString World::boxItemProblem(const BoxItem& item, bool iconIsComing) const
+const Box& World::box(const QString& application) const
 {
-    if (item.text.isEmpty())
-        return u"an item needs a text"_s;
-    if (item.text.size() > longestItemText)
-        return u"an item's text has at most %1 characters, not %2"_s.arg(longestItemText).arg(item.text.size());
-    if (item.text.count(u'\n') + item.text.count(u'\r') > mostItemLineBreaks)
-        return u"an item's text has at most %1 line breaks"_s.arg(mostItemLineBreaks);
-    if (item.cookie.size() > longestItemCookie)
-        return u"an item's cookie has at most %1 characters, not %2"_s.arg(longestItemCookie).arg(item.cookie.size());
-    if (!item.iconId.isEmpty() && !iconIsComing && !boxIcon(item.iconId))
-        return noIcon(item.iconId);
-    return {};
+    const auto own = m.ownBoxes.constFind(application);
+    return own == m.ownBoxes.cend() ? m.commonBox : *own;
 }
 
-QString World::addBoxItem(BoxItem& item)
+Box& World::editable(const QString& application)
 {
-    const QString problem = boxItemProblem(item);
-    if (!problem.isEmpty())
-        return problem;
-    item.id = u"item-%1"_s.arg(m.nextItem++);
-    m.items.append(item);
-    Q_EMIT boxItemAdded(item.id);
-    return {};
+    return application.isEmpty() ? m.commonBox : m.ownBoxes[application];
 }
 
-QString World::changeBoxItem(const BoxItem& item)
+QString World::boxOwner(const QString& application) const
 {
-    const BoxItem* before = boxItem(item.id);
-    const QString problem = before ? boxItemProblem(item) : noItem(item.id);
-    if (!problem.isEmpty() || *before == item)
-        return problem;
-    m.items[before - m.items.constData()] = item;
-    Q_EMIT boxItemChanged(item.id);
-    return {};
+    return m.ownBoxes.contains(application) ? application : QString();
 }
 
-QString World::removeBoxItem(QString id)
+void World::giveOwnBox(const QString& application)
 {
-    if (!removeById(m.items, id))
-        return noItem(id);
-    Q_EMIT boxItemRemoved(id);
-    return {};
+    if (!application.isEmpty() && !m.ownBoxes.contains(application))
+        m.ownBoxes.insert(application, m.commonBox);
 }
 
-void World::clearBox()
+QString World::addBoxItem(BoxItem& item, const QString& owner)
 {
-    const QList<BoxItem> items = m.items;
+    const QString problem = editable(owner).addItem(item);
+    if (problem.isEmpty())
+        Q_EMIT boxItemAdded(item.id, owner);
+    return problem;
+}
+
+QString World::changeBoxItem(const BoxItem& item, const QString& owner)
+{
+    bool isAnother = false;
+    const QString problem = editable(owner).changeItem(item, &isAnother);
+    if (isAnother)
+        Q_EMIT boxItemChanged(item.id, owner);
+    return problem;
+}
+
+QString World::removeBoxItem(QString id, const QString& owner)
+{
+    const QString problem = editable(owner).removeItem(id);
+    if (problem.isEmpty())
+        Q_EMIT boxItemRemoved(id, owner);
+    return problem;
+}
+
+void World::clearBox(const QString& owner)
+{
+    const QList<BoxItem> items = box(owner).items();
     for (const BoxItem& item : items)
-        removeBoxItem(item.id);
+        removeBoxItem(item.id, owner);
 }
 
-QString World::boxIconProblem(const QString& id) const
+QString World::addBoxIcon(const QString& id, const QByteArray& data, const QString& owner)
 {
-    bool isNumber = false;
-    const int number = id.toInt(&isNumber);
-    if (!isNumber || number < 0 || QString::number(number) != id)
-        return u"\"%1\" is no icon id"_s.arg(id);
-    return boxIcon(id) ? u"the icon %1 is registered already"_s.arg(id) : QString();
-}
-
-QString World::addBoxIcon(const QString& id, const QByteArray& data)
-{
-    for (const QString& problem : {boxIconProblem(id), pictureProblem(data)}) {
+    for (const QString& problem : {box(owner).iconProblem(id), pictureProblem(data)}) {
         if (!problem.isEmpty())
             return problem;
     }
-    const BoxIcon icon{id, keepPicture(data)};
-    m.icons.append(icon);
-    Q_EMIT boxIconAdded(icon.id);
+    editable(owner).addIcon({id, keepPicture(data)});
+    Q_EMIT boxIconAdded(id, owner);
     return {};
 }
 
-QString World::removeBoxIcon(QString id)
+QString World::removeBoxIcon(QString id, const QString& owner)
 {
-    if (!removeById(m.icons, id))
-        return noIcon(id);
-    Q_EMIT boxIconRemoved(id);
-    return {};
+    const QString problem = editable(owner).removeIcon(id);
+    if (problem.isEmpty())
+        Q_EMIT boxIconRemoved(id, owner);
+    return problem;
 }
 
-const BoxItem* World::boxItem(const QString& id) const
+void World::setBoxLimit(int items)
 {
-    return findById(m.items, id);
-}
-
-const BoxIcon* World::boxIcon(const QString& id) const
-{
-    return findById(m.icons, id);
+    m.commonBox.setLimit(items);
+    for (Box& own : m.ownBoxes)
+        own.setLimit(items);
 }
 
 // --- Eco identifiers --------------------------------------------------------------------------------------------
 
 QString World::ecoId(const QString& ppId) const
 {
-    const auto given = m.ecoIds.constFind(ppId);
-    if (given != m.ecoIds.cend())
-        return *given;
-    const bool known = m.userIdByPpId.contains(ppId) || (!ppId.isEmpty() && ppId == m.profile.ppId);
-    return known ? ecoIdPrefix + ppId : QString();
+    const bool isKnown = isContact(ppId) || (!ppId.isEmpty() && ppId == m.profile.ppId);
+    return m.ecoIds.of(ppId, isKnown);
 }
 
 QString World::ecoIdStatus(const QString& ecoId) const
 {
-    const auto given = m.ecoIdStates.constFind(ecoId);
-    if (given != m.ecoIdStates.cend())
-        return *given;
-    const QStringList ppIds = m.ecoIds.keys(ecoId)
-                              << (ecoId.startsWith(ecoIdPrefix) ? ecoId.mid(ecoIdPrefix.size()) : QString());
-    const bool isContact = std::any_of(ppIds.cbegin(), ppIds.cend(),
-                                       [this](const QString& ppId) { return m.userIdByPpId.contains(ppId); });
-    return isContact ? contactExists : unknown;
+    return m.ecoIds.status(ecoId, [this](const QString& ppId) { return isContact(ppId); });
 }
 
 void World::setEcoId(const QString& ppId, const QString& ecoId)
 {
-    m.ecoIds.insert(ppId, ecoId);
-    if (m.userIdByPpId.contains(ppId))
+    m.ecoIds.set(ppId, ecoId);
+    if (isContact(ppId))
         endPending(ppId);
 }
 
 QString World::setEcoIdStatus(const QString& ecoId, const QString& status)
 {
-    const QStringList states{unknown, contactExists, pending};
-    if (!states.contains(status))
-        return u"\"%1\" is none of %2"_s.arg(status, states.join(", "_L1));
-    m.ecoIdStates.insert(ecoId, status);
-    return {};
+    return m.ecoIds.setStatus(ecoId, status);
 }
 
 void World::invite(const QString& ecoId)
 {
-    if (ecoIdStatus(ecoId) == unknown)
-        m.ecoIdStates.insert(ecoId, pending);
+    m.ecoIds.invite(ecoId, [this](const QString& ppId) { return isContact(ppId); });
+}
+
+bool World::isContact(const QString& ppId) const
+{
+    return m.userIdByPpId.contains(ppId);
 }
 
 /// Whoever was invited and is a contact now is waited for no more.
 void World::endPending(const QString& ppId)
 {
-    const QString id = ecoId(ppId);
-    if (m.ecoIdStates.value(id) == pending)
-        m.ecoIdStates.remove(id);
+    m.ecoIds.endPending(ecoId(ppId));
 }
 
 } // namespace zelcore

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <simulator/world/Box.h>
+#include <simulator/world/EcoIds.h>
+
 #include <zelcore/Records.h>
 
 #include <QtCore/QHash>
@@ -80,22 +83,23 @@ public:
     /// How many contacts there ever were.
     int addedContacts() const { return m.added; }
 
-    const QList<BoxItem>& boxItems() const { return m.items; }
-    const QList<BoxIcon>& boxIcons() const { return m.icons; }
-    /// Why the box does not take \a item; its icon need not be there yet when it \a iconIsComing.
-    QString boxItemProblem(const BoxItem& item, bool iconIsComing = false) const;
+    // The box: the common one, or that of an application that has one of its own, which is named by its UUID.
+
+    /// That of an application, by its UUID; the common one where it has none of its own.
+    const Box& box(const QString& application = QString()) const;
+    /// \a application if it has a box of its own; empty, which stands for the common one, if not.
+    QString boxOwner(const QString& application) const;
+    /// From now on the application has a box of its own, which begins as the common one is.
+    void giveOwnBox(const QString& application);
     /// Gives \a item its id.
-    QString addBoxItem(BoxItem& item);
-    QString changeBoxItem(const BoxItem& item);
-    QString removeBoxItem(QString id);
-    void clearBox();
-    /// Whether an icon of this id may be registered now.
-    QString boxIconProblem(const QString& id) const;
-    QString addBoxIcon(const QString& id, const QByteArray& data);
-    QString removeBoxIcon(QString id);
-    /// Null when there is none; until the next change of the box.
-    const BoxItem* boxItem(const QString& id) const;
-    const BoxIcon* boxIcon(const QString& id) const;
+    QString addBoxItem(BoxItem& item, const QString& owner = QString());
+    QString changeBoxItem(const BoxItem& item, const QString& owner = QString());
+    QString removeBoxItem(QString id, const QString& owner = QString());
+    void clearBox(const QString& owner = QString());
+    QString addBoxIcon(const QString& id, const QByteArray& data, const QString& owner = QString());
+    QString removeBoxIcon(QString id, const QString& owner = QString());
+    /// Of every box.
+    void setBoxLimit(int items);
 
     QString ecoId(const QString& ppId) const;
     QString ecoIdStatus(const QString& ecoId) const;
@@ -113,11 +117,11 @@ Q_SIGNALS:
     void contactChanged(const QString& userId, const QJsonObject& difference);
     /// Of everybody, also those without the application: added, removed, installed, uninstalled, or another record.
     void personChanged(const QString& userId);
-    void boxItemAdded(const QString& id);
-    void boxItemChanged(const QString& id);
-    void boxItemRemoved(const QString& id);
-    void boxIconAdded(const QString& id);
-    void boxIconRemoved(const QString& id);
+    void boxItemAdded(const QString& id, const QString& owner);
+    void boxItemChanged(const QString& id, const QString& owner);
+    void boxItemRemoved(const QString& id, const QString& owner);
+    void boxIconAdded(const QString& id, const QString& owner);
+    void boxIconRemoved(const QString& id, const QString& owner);
 
 private:
     struct Contact
@@ -139,11 +143,9 @@ private:
         QList<QString> installed;
         QList<QString> everybody;
         QSet<QString> gone; ///< User ids of removed contacts, whose records applications may still hold.
-        QList<BoxItem> items;
-        QList<BoxIcon> icons;
-        QHash<QString, QString> ecoIds;
-        QHash<QString, QString> ecoIdStates;
-        quint64 nextItem = 1;
+        Box commonBox;
+        QHash<QString, Box> ownBoxes; ///< By UUID.
+        EcoIds ecoIds;
         int added = 0;
     };
 
@@ -152,7 +154,9 @@ private:
     QString contactProblem(const Person& person, const QByteArray& json) const;
     void index(const Person& person);
     void unindex(const Person& person);
+    bool isContact(const QString& ppId) const;
     void endPending(const QString& ppId);
+    Box& editable(const QString& application);
 
     State m;
 };
