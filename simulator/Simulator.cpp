@@ -95,6 +95,24 @@ int Simulator::clientCount() const
     return int(d->server.clients().size());
 }
 
+void Simulator::reset()
+{
+    d->reset();
+}
+
+QList<Client> Simulator::clients() const
+{
+    QList<Client> clients;
+    const auto& sessions = d->service.context().sessions;
+    for (const int number : d->server.clients()) {
+        const auto found = sessions.find(number);
+        const bool isKnown = found != sessions.end();
+        clients.append({number, isKnown ? found->second->uuid : QString(), isKnown ? found->second->state : QString(),
+                        d->server.processOf(number)});
+    }
+    return clients;
+}
+
 // --- Registration and permissions -------------------------------------------------------------------------------
 
 void Simulator::setRegistrationPolicy(RegistrationPolicy policy, const QString& fixedState, int delay)
@@ -115,6 +133,37 @@ void Simulator::setRegistrationState(const QString& state)
 QString Simulator::registrationState() const
 {
     return d->service.registrationState();
+}
+
+bool Simulator::setRegistrationState(const QString& state, const QString& application)
+{
+    const std::optional<Addressee> whose = d->addressee(application);
+    return whose && d->accepted(d->service.setRegistrationState(state, *whose));
+}
+
+QString Simulator::registrationState(const QString& application) const
+{
+    const std::optional<Addressee> whose = Addressee::of(application);
+    const Session* session = whose ? d->service.find(*whose) : nullptr;
+    return session ? session->state : QString();
+}
+
+QStringList Simulator::registeredUuids() const
+{
+    return d->service.registrar().registered();
+}
+
+bool Simulator::setRegistered(const QString& uuid, bool registered)
+{
+    return d->accepted(d->service.registrar().setRegistered(uuid, registered));
+}
+
+bool Simulator::rememberRegistrations(const QString& path, QString* error)
+{
+    return orWarned(*d, error, [&](QString* problem) {
+        *problem = d->service.registrar().remember(path);
+        return problem->isEmpty();
+    });
 }
 
 QStringList Simulator::registrationStates()
@@ -304,7 +353,99 @@ bool Simulator::removeBoxIcon(int iconId)
     return d->accepted(d->world.removeBoxIcon(QString::number(iconId)));
 }
 
+void Simulator::setBoxLimit(int items)
+{
+    d->world.setBoxLimit(items);
+}
+
+int Simulator::boxLimit() const
+{
+    return d->world.box().limit();
+}
+
+/// Does something to the box of one application; \a change answers why not.
+template <typename Change>
+static bool changeOwnBox(SimulatorPrivate& simulator, const QString& application, Change change)
+{
+    const std::optional<Addressee> whose = simulator.addressee(application);
+    if (!whose)
+        return false;
+    QString problem;
+    const QString owner = whose->isEverybody() ? QString() : simulator.boxOwner(*whose, &problem);
+    if (problem.isEmpty()) {
+        simulator.world.giveOwnBox(owner);
+        problem = change(simulator.world, owner);
+    }
+    return simulator.accepted(problem);
+}
+
+static const Box& boxOf(const SimulatorPrivate& simulator, const QString& application)
+{
+    QString problem;
+    return simulator.world.box(simulator.boxOwner(Addressee::of(application).value_or(Addressee()), &problem));
+}
+
+QList<BoxItem> Simulator::boxItems(const QString& application) const
+{
+    return boxOf(*d, application).items();
+}
+
+QList<BoxIcon> Simulator::boxIcons(const QString& application) const
+{
+    return boxOf(*d, application).icons();
+}
+
+QString Simulator::addBoxItem(const BoxItem& item, const QString& application)
+{
+    BoxItem added = item;
+    const bool done = changeOwnBox(*d, application,
+                                   [&](World& world, const QString& owner) { return world.addBoxItem(added, owner); });
+    return done ? added.id : QString();
+}
+
+bool Simulator::changeBoxItem(const BoxItem& item, const QString& application)
+{
+    return changeOwnBox(*d, application,
+                        [&](World& world, const QString& owner) { return world.changeBoxItem(item, owner); });
+}
+
+bool Simulator::removeBoxItem(const QString& itemId, const QString& application)
+{
+    return changeOwnBox(*d, application,
+                        [&](World& world, const QString& owner) { return world.removeBoxItem(itemId, owner); });
+}
+
+bool Simulator::clearBox(const QString& application)
+{
+    return changeOwnBox(*d, application,
+                        [](World& world, const QString& owner) { return world.clearBox(owner), QString(); });
+}
+
+bool Simulator::addBoxIcon(int iconId, const QByteArray& data, const QString& application)
+{
+    return changeOwnBox(*d, application, [&](World& world, const QString& owner) {
+        return world.addBoxIcon(QString::number(iconId), data, owner);
+    });
+}
+
+bool Simulator::removeBoxIcon(int iconId, const QString& application)
+{
+    return changeOwnBox(*d, application, [&](World& world, const QString& owner) {
+        return world.removeBoxIcon(QString::number(iconId), owner);
+    });
+}
+
 // --- Eco identifiers --------------------------------------------------------------------------------------------
+
+QString Simulator::ecoId(const QString& ppId) const
+{
+    return d->world.ecoId(ppId);
+}
+
+QString Simulator::ecoIdStatus(const QString& ecoId) const
+{
+    return d->world.ecoIdStatus(ecoId);
+}
 
 void Simulator::setEcoId(const QString& ppId, const QString& ecoId)
 {
@@ -320,7 +461,57 @@ void Simulator::setEcoIdStatus(const QString& ecoId, const QString& status)
 
 void Simulator::injectFault(Fault fault, int amount, const QString& type)
 {
-    d->outbox.addFault(fault, amount, type);
+    d->outbox.way().addFault(fault, amount, type, Addressee());
+}
+
+bool Simulator::injectFault(WireRecord::Direction direction, Fault fault, int amount, const QString& type,
+                            const QString& application)
+{
+    const std::optional<Addressee> whose = d->addressee(application);
+    if (whose)
+        d->way(direction).addFault(fault, amount, type, *whose);
+    return whose.has_value();
+}
+
+bool Simulator::setLatency(WireRecord::Direction direction, int milliseconds, const QString& application)
+{
+    const std::optional<Addressee> whose = d->addressee(application);
+    if (whose)
+        d->way(direction).setLatency(milliseconds, *whose);
+    return whose.has_value();
+}
+
+int Simulator::latency(WireRecord::Direction direction, const QString& application) const
+{
+    return d->way(direction).latencyOf(Addressee::of(application).value_or(Addressee()));
+}
+
+bool Simulator::refuseNext(const QString& type, const QString& reason, const QString& application)
+{
+    const std::optional<Addressee> whose = d->addressee(application);
+    if (whose)
+        d->service.refuseNext(type, reason, *whose);
+    return whose.has_value();
+}
+
+void Simulator::setReading(bool reading)
+{
+    d->server.setReading(reading);
+}
+
+bool Simulator::isReading() const
+{
+    return d->server.isReading();
+}
+
+bool Simulator::setTargetState(const QString& target, TargetState state)
+{
+    return d->accepted(d->targets.setState(target, state));
+}
+
+Simulator::TargetState Simulator::targetState(const QString& target) const
+{
+    return d->targets.state(target);
 }
 
 void Simulator::sendMessage(const QString& type, const QJsonObject& body)

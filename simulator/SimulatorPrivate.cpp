@@ -21,14 +21,23 @@ Q_LOGGING_CATEGORY(lcZelcore, "zelcore")
 /// Room for the records of tens of thousands of contacts, which an application that comes back is told at once.
 constexpr qint64 queueLimit = qint64(128) * 1024 * 1024;
 
+/// Empty for a record that holds no message.
+QString typeOf(const QByteArray& record)
+{
+    QString problem;
+    return wire::read(record, &problem).value_or(wire::Message()).type;
+}
+
 } // namespace
 
 using vx::system::ObjectServer;
 
 SimulatorPrivate::SimulatorPrivate(Simulator* simulator)
     : q(simulator)
-    , outbox(server)
+    , outbox(server, [this](int client) { return uuidOf(client); })
     , service(world, outbox)
+    , inbound([this](int client, const QByteArray& record) { service.received(client, record); },
+              [this](int client) { return uuidOf(client); })
     , activity(world, [this](const QString& userId) { invite(userId); })
 {
     m_age.start();
@@ -50,6 +59,7 @@ void SimulatorPrivate::connectParts()
     QObject::connect(&service, &CoreService::messageReceived, q, &Simulator::messageReceived);
     QObject::connect(&service, &CoreService::refused, q, [this](const QString& line) { refuse(line); });
     QObject::connect(&service.registrar(), &Registrar::requested, q, &Simulator::registrationRequested);
+    QObject::connect(&service.registrar(), &Registrar::forgetful, q, [this](const QString& why) { warn(why); });
     QObject::connect(&service.registrar(), &Registrar::stateChanged, q, [this](const QString& state) {
         if (state == "Success"_L1)
             timeline.registered();
@@ -105,7 +115,7 @@ void SimulatorPrivate::connectApplications()
         if (replay)
             replay->received(client, record);
         else
-            service.received(client, record);
+            inbound.pass(client, inbound.hasFaults() ? typeOf(record) : QString(), record);
     });
 }
 
@@ -127,10 +137,8 @@ void SimulatorPrivate::connectTap()
 
 void SimulatorPrivate::tap(WireRecord record)
 {
-    const auto& sessions = service.context().sessions;
-    const auto found = sessions.find(record.client);
     record.time = m_born + m_age.elapsed();
-    record.uuid = found == sessions.end() ? QString() : found->second->uuid;
+    record.uuid = uuidOf(record.client);
     using Kind = Recording::Entry::Kind;
     note({!record.target.isEmpty()                                     ? Kind::Invoked
           : record.direction == WireRecord::Direction::FromApplication ? Kind::Received
@@ -300,6 +308,32 @@ bool SimulatorPrivate::comeBack(QString* error)
     return true;
 }
 
+void SimulatorPrivate::reset()
+{
+    const bool serves = running && !away;
+    if (serves)
+        goAway();
+    if (clientlibrary::isConnectedTo(root))
+        clientlibrary::letGo(); // of an application of this process that is gone
+    endReplay();
+    world.reset();
+    service.reset();
+    for (const auto direction : {WireRecord::Direction::FromApplication, WireRecord::Direction::ToApplication})
+        way(direction).reset();
+    for (const QString& target : InvocationTargets::names())
+        accepted(targets.setState(target, Simulator::TargetState::Taking));
+    server.setReading(true);
+    activity.set(Simulator::Activity::Mixed, 0, 1);
+    timeline.setSteps({});
+    if (running) {
+        QString problem;
+        timeline.start();
+        comeBack(&problem);
+        accepted(problem);
+    }
+    Q_EMIT q->worldReset();
+}
+
 // --- What several ways in share ---------------------------------------------------------------------------------
 
 bool SimulatorPrivate::accepted(const QString& problem)
@@ -318,6 +352,34 @@ void SimulatorPrivate::refuse(const QString& line)
 void SimulatorPrivate::warn(const QString& line) const
 {
     qCWarning(lcZelcore).noquote() << line;
+}
+
+std::optional<Addressee> SimulatorPrivate::addressee(const QString& application)
+{
+    const std::optional<Addressee> whose = Addressee::of(application);
+    if (!whose)
+        refuse(u"\"%1\" is neither the number of an application nor a UUID"_s.arg(application.left(60)));
+    return whose;
+}
+
+QString SimulatorPrivate::boxOwner(const Addressee& whose, QString* problem) const
+{
+    const QString uuid = whose.client > 0 ? uuidOf(whose.client).toLower() : whose.uuid;
+    if (uuid.isEmpty())
+        *problem = u"application %1 is not connected, or has not told its UUID"_s.arg(whose.client);
+    return uuid;
+}
+
+Way& SimulatorPrivate::way(WireRecord::Direction direction)
+{
+    return direction == WireRecord::Direction::FromApplication ? inbound : outbox.way();
+}
+
+QString SimulatorPrivate::uuidOf(int client) const
+{
+    const auto& sessions = service.context().sessions;
+    const auto found = sessions.find(client);
+    return found == sessions.end() ? QString() : found->second->uuid;
 }
 
 QString SimulatorPrivate::invite(const QString& contact)

@@ -7,6 +7,7 @@
 #include <simulator/services/CoreService.h>
 #include <simulator/wire/InvocationTargets.h>
 #include <simulator/wire/Outbox.h>
+#include <simulator/wire/Way.h>
 #include <simulator/scenarios/Timeline.h>
 #include <simulator/world/World.h>
 
@@ -34,6 +35,7 @@ public:
     void stop();
     void goAway();
     bool comeBack(QString* error);
+    void reset();
     bool makeRoot(QString* error);
     bool freeProcess(QString* error);
 
@@ -51,6 +53,13 @@ public:
     bool startReplay(const QString& path, QString* error, Simulator::ReplayPace pace, int patience);
     void endReplay();
 
+    /// Who is meant by a number or a UUID; empty, with the reason told, when it is neither.
+    std::optional<Addressee> addressee(const QString& application);
+    /// The UUID by which an application has a box of its own. Empty, with a sentence in \a problem, without one.
+    QString boxOwner(const Addressee& whose, QString* problem) const;
+    Way& way(WireRecord::Direction direction);
+    QString uuidOf(int client) const;
+
     /// The application that connected last of those of a process; 0 without one.
     int clientOf(qint64 process) const;
 
@@ -59,6 +68,7 @@ public:
     vx::system::ObjectServer server;
     Outbox outbox;
     CoreService service;
+    Way inbound; ///< What applications send, on its way to the service.
     InvocationTargets targets;
     ActivityMaker activity;
     Timeline timeline;

@@ -108,16 +108,16 @@ void readEntry(MemberReader reader, QList<int>* present, Recording* recording)
 }
 
 /// What is wrong with a line by itself; its members otherwise.
-QJsonObject readLine(const QByteArray& line, QString* problem)
+QJsonObject readLine(const QByteArray& line, MemberProblem* problem)
 {
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(line, &error);
     if (!line.endsWith('\n'))
-        *problem = u"is cut; without it the rest can be read"_s;
+        problem->what = u"is cut; without it the rest can be read"_s;
     else if (error.error != QJsonParseError::NoError)
-        *problem = u"is no JSON object (%1)"_s.arg(error.errorString());
+        problem->what = u"is no JSON object (%1)"_s.arg(error.errorString());
     else if (!document.isObject())
-        *problem = u"is no JSON object"_s;
+        problem->what = u"is no JSON object"_s;
     return document.object();
 }
 
@@ -159,9 +159,11 @@ std::optional<Recording> Recording::load(const QString& path, QString* problem)
     }
     Recording recording;
     QList<int> present;
-    QString wrong = file.atEnd() ? u"is missing: the file is empty"_s : QString();
+    MemberProblem wrong;
+    if (file.atEnd())
+        wrong.what = u"is missing: the file is empty"_s;
     qsizetype line = 1;
-    for (; wrong.isEmpty() && !file.atEnd(); ++line) {
+    for (; wrong.what.isEmpty() && !file.atEnd(); ++line) {
         const QJsonObject members = readLine(file.readLine(), &wrong);
         const MemberReader reader(members, QString(), &wrong);
         if (line == 1)
@@ -169,9 +171,9 @@ std::optional<Recording> Recording::load(const QString& path, QString* problem)
         else
             readEntry(reader, &present, &recording);
     }
-    if (wrong.isEmpty())
+    if (wrong.what.isEmpty())
         return recording;
-    *problem = u"%1: line %2: %3"_s.arg(path).arg(qMax<qsizetype>(1, line - 1)).arg(wrong);
+    *problem = u"%1: line %2: %3"_s.arg(path).arg(qMax<qsizetype>(1, line - 1)).arg(wrong.sentence());
     return std::nullopt;
 }
 

@@ -10,6 +10,9 @@ namespace zelcore {
 
 class SimulatorPrivate;
 class World;
+struct Addressee;
+struct Answer;
+struct Form;
 
 /// The command language: what is typed, what scenarios are made of.
 class Commands
@@ -34,6 +37,10 @@ public:
     static std::optional<QStringList> split(const QString& line, QString* error);
 
 private:
+    bool runFor(const Addressee& whose, const QStringList& words, QString* reply) const;
+    static const Form* find(const QStringList& words, qsizetype* nameLength, QString* problem);
+    Answer act(const Form& form, const Addressee& whose, const QStringList& args) const;
+
     World& m_world;
     SimulatorPrivate* m_simulator = nullptr;
 };

@@ -1,11 +1,88 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <simulator/scenarios/MemberReader.h>
 
+#include <QtCore/QByteArrayView>
 #include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
 
 using namespace Qt::StringLiterals;
 
 namespace zelcore {
+
+namespace {
+
+/// Walks through a text that has been parsed before, so that nothing in it surprises.
+class LineFinder
+{
+public:
+    explicit LineFinder(const QByteArray& json)
+        : m_json(json)
+    {
+        value(QString());
+    }
+
+    QHash<QString, int> lines;
+
+private:
+    char next()
+    {
+        for (; m_at < m_json.size() && QByteArrayView(" \t\r\n,:").contains(m_json.at(m_at)); ++m_at)
+            m_line += m_json.at(m_at) == '\n';
+        return m_at < m_json.size() ? m_json.at(m_at) : ' ';
+    }
+
+    /// With its quotes.
+    QByteArray string()
+    {
+        const qsizetype start = m_at++;
+        for (; m_at < m_json.size() && m_json.at(m_at) != '"'; ++m_at)
+            m_at += m_json.at(m_at) == '\\';
+        ++m_at;
+        return m_json.mid(start, m_at - start);
+    }
+
+    void value(const QString& name)
+    {
+        const char first = next();
+        if (!lines.contains(name))
+            lines.insert(name, m_line);
+        if (first == '"')
+            string();
+        else if (first == '{' || first == '[')
+            elements(name, first == '{');
+        else
+            while (m_at < m_json.size() && !QByteArrayView(" \t\r\n,]}").contains(m_json.at(m_at)))
+                ++m_at;
+    }
+
+    void elements(const QString& name, bool isObject)
+    {
+        ++m_at;
+        for (int i = 0; next() != (isObject ? '}' : ']') && m_at < m_json.size(); ++i) {
+            if (!isObject) {
+                value(u"%1[%2]"_s.arg(name).arg(i));
+                continue;
+            }
+            const int line = m_line;
+            const QString key = QJsonDocument::fromJson('[' + string() + ']').array().first().toString();
+            const QString place = name.isEmpty() ? key : name + u'.' + key;
+            lines.insert(place, line);
+            value(place);
+        }
+        ++m_at;
+    }
+
+    const QByteArray& m_json;
+    qsizetype m_at = 0;
+    int m_line = 1;
+};
+
+} // namespace
+
+QHash<QString, int> memberLines(const QByteArray& json)
+{
+    return LineFinder(json).lines;
+}
 
 QString MemberReader::word(const QString& key, const QString& preset)
 {
@@ -75,8 +152,8 @@ void MemberReader::end()
 
 void MemberReader::complain(const QString& key, const QString& what)
 {
-    if (m_problem->isEmpty())
-        *m_problem = u"%1 %2"_s.arg(key.isEmpty() ? m_place : placeOf(key), what);
+    if (m_problem->what.isEmpty())
+        *m_problem = {key.isEmpty() ? m_place : placeOf(key), what};
 }
 
 } // namespace zelcore

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <QtCore/QByteArray>
+#include <QtCore/QHash>
 #include <QtCore/QJsonObject>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
@@ -9,13 +11,25 @@
 
 namespace zelcore {
 
+/// What is wrong with a file of JSON, and with which member of it.
+struct MemberProblem
+{
+    QString member; ///< As "timeline[0].command"; empty for all of it.
+    QString what;   ///< Empty when nothing is.
+
+    QString sentence() const { return member.isEmpty() ? what : member + u' ' + what; }
+};
+
+/// The line of each member of a JSON text that is well formed, by its name as in MemberProblem.
+QHash<QString, int> memberLines(const QByteArray& json);
+
 /// Takes the members of an object one by one, and remembers the first thing that is wrong with any of them. What they
 /// mean is for others to know.
 class MemberReader
 {
 public:
     /// \a problem must outlive it.
-    MemberReader(const QJsonObject& object, const QString& place, QString* problem)
+    MemberReader(const QJsonObject& object, const QString& place, MemberProblem* problem)
         : m_object(object)
         , m_place(place)
         , m_problem(problem)
@@ -46,7 +60,7 @@ public:
 private:
     QJsonObject m_object;
     QString m_place;
-    QString* m_problem;
+    MemberProblem* m_problem;
 };
 
 } // namespace zelcore

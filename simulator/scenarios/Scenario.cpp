@@ -47,6 +47,16 @@ void readWorld(MemberReader world, QList<Scenario::Step>* steps)
     if (world.has(u"registration"_s))
         add(world.placeOf(u"registration"_s),
             QStringList{u"registration"_s} + world.word(u"registration"_s).split(u' '));
+    const auto addWord = [&](const QString& key, const QStringList& command) {
+        if (world.has(key))
+            add(world.placeOf(key), command + QStringList{world.word(key)});
+    };
+    addWord(u"state"_s, {u"state"_s});
+    addMembers(u"registered"_s, u"registered"_s);
+    addWord(u"latency"_s, {u"latency"_s});
+    addWord(u"requestLatency"_s, {u"request"_s, u"latency"_s});
+    addWord(u"reading"_s, {u"reading"_s});
+    addMembers(u"targets"_s, u"target"_s);
     if (world.has(u"generate"_s)) {
         MemberReader generate = world.object(u"generate"_s);
         add(generate.place(), {u"generate"_s, generate.word(u"count"_s), generate.word(u"seed"_s, u"1"_s)});
@@ -57,6 +67,8 @@ void readWorld(MemberReader world, QList<Scenario::Step>* steps)
         add(contact.place(), words + contact.fields());
     });
     MemberReader box = world.object(u"box"_s);
+    if (box.has(u"limit"_s))
+        add(box.placeOf(u"limit"_s), {u"box"_s, u"limit"_s, box.word(u"limit"_s)});
     box.each(u"icons"_s, [&](MemberReader& icon) {
         add(icon.place(), {u"box"_s, u"icon"_s, icon.word(u"id"_s), icon.word(u"size"_s)});
     });
@@ -89,23 +101,28 @@ void readStep(MemberReader& reader, QList<Scenario::Step>* steps)
     steps->append(step);
 }
 
-/// False, with a sentence in \a problem, when \a text is no scenario by its form.
-bool parse(const QByteArray& text, Scenario* scenario, QString* problem)
+/// Empty, or what is wrong with \a text by its form, and where.
+QString parse(const QByteArray& text, Scenario* scenario)
 {
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(text, &error);
     if (error.error != QJsonParseError::NoError)
-        *problem = u"line %1: %2"_s.arg(1 + text.left(error.offset).count('\n')).arg(error.errorString());
-    else if (!document.isObject())
-        *problem = u"a scenario is one JSON object, not an array"_s;
-    if (!problem->isEmpty())
-        return false;
-    MemberReader root(document.object(), QString(), problem);
+        return u"line %1: %2"_s.arg(1 + text.left(error.offset).count('\n')).arg(error.errorString());
+    if (!document.isObject())
+        return u"a scenario is one JSON object, not an array"_s;
+    MemberProblem problem;
+    MemberReader root(document.object(), QString(), &problem);
     root.word(u"description"_s);
     readWorld(root.object(u"world"_s), &scenario->world);
     root.each(u"timeline"_s, [&](MemberReader& step) { readStep(step, &scenario->timeline); });
     root.end();
-    return problem->isEmpty();
+    const QHash<QString, int> lines = memberLines(text);
+    for (QList<Scenario::Step>* const steps : {&scenario->world, &scenario->timeline}) {
+        for (Scenario::Step& step : *steps)
+            step.place = u"line %1: %2"_s.arg(lines.value(step.place, 1)).arg(step.place);
+    }
+    return problem.what.isEmpty() ? QString()
+                                  : u"line %1: %2"_s.arg(lines.value(problem.member, 1)).arg(problem.sentence());
 }
 
 } // namespace
@@ -123,9 +140,10 @@ std::optional<Scenario> Scenario::load(const QString& nameOrPath, QString* probl
     }
     Scenario scenario;
     scenario.name = nameOrPath;
-    if (parse(file.readAll(), &scenario, problem))
+    const QString wrong = parse(file.readAll(), &scenario);
+    if (wrong.isEmpty())
         return scenario;
-    problem->prepend(nameOrPath + u": "_s);
+    *problem = nameOrPath + u": "_s + wrong;
     return std::nullopt;
 }
 

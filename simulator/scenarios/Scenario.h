@@ -17,7 +17,7 @@ struct Scenario
 {
     struct Step
     {
-        QString place; ///< Where in the file.
+        QString place; ///< Where in the file: line and member.
         QString line;  ///< The command as it was written; for the timeline only.
         QStringList words;
         int at = 0; ///< So many milliseconds after the start, or after the first registration.

@@ -133,10 +133,68 @@ void CoreService::received(int client, const QByteArray& record)
     Q_EMIT messageReceived(client, message->type, message->json);
     const auto handler = m_handlers.constFind(message->type);
     problem = handler == m_handlers.cend() ? u"no such message is known"_s : missingText(*handler, message->body);
-    if (problem.isEmpty())
-        problem = handler->answer(*session, message->body);
+    if (problem.isEmpty()) {
+        problem = takeRefusal(message->type, *session);
+        if (problem.isEmpty())
+            problem = handler->answer(*session, message->body);
+        else if (message->type == "requestListChange"_L1)
+            m_profiles.refuseChange(*session, problem); // the only one of which an application hears
+    }
     if (!problem.isEmpty())
         refuse(client, message->type, problem);
+}
+
+void CoreService::refuseNext(const QString& type, const QString& why, const Addressee& whose)
+{
+    m_refusals.append({type, why.isEmpty() ? u"it was told to refuse this"_s : why, whose});
+}
+
+/// Why a request is refused although nothing is wrong with it; empty when it is not.
+QString CoreService::takeRefusal(const QString& type, const Session& session)
+{
+    const auto ordered = std::find_if(m_refusals.cbegin(), m_refusals.cend(), [&](const Refusal& refusal) {
+        return refusal.type == type && refusal.whose.isMeant(session.client, session.uuid);
+    });
+    if (ordered == m_refusals.cend())
+        return {};
+    const QString why = ordered->why;
+    m_refusals.erase(ordered);
+    return why;
+}
+
+void CoreService::reset()
+{
+    m_refusals.clear();
+    m_suspended.clear();
+    m_registrar.reset();
+}
+
+const Session* CoreService::find(const Addressee& whose) const
+{
+    const auto found = std::find_if(m_context.sessions.crbegin(), m_context.sessions.crend(),
+                                    [&](const auto& entry) { return whose.isMeant(entry.first, entry.second->uuid); });
+    return found == m_context.sessions.crend() ? nullptr : found->second.get();
+}
+
+QString CoreService::setRegistrationState(const QString& state, const Addressee& whose)
+{
+    bool isAnybody = false;
+    for (Session& session : m_suspended) {
+        if (whose.isMeant(session.client, session.uuid)) {
+            session.state = state;
+            isAnybody = true;
+        }
+    }
+    const auto everyone = m_context.sessions;
+    for (const auto& [client, session] : everyone) {
+        if (!whose.isMeant(client, session->uuid))
+            continue;
+        isAnybody = true;
+        if (state != "Success"_L1)
+            m_registrar.setRegistered(session->uuid, false);
+        m_registrar.setState(*session, state);
+    }
+    return isAnybody ? QString() : u"no such application is connected"_s;
 }
 
 void CoreService::refuse(int client, const QString& type, const QString& why)

@@ -5,6 +5,7 @@
 #include <simulator/services/ListService.h>
 #include <simulator/services/ProfileService.h>
 #include <simulator/services/Registrar.h>
+#include <simulator/wire/Addressee.h>
 
 #include <QtCore/QHash>
 #include <QtCore/QList>
@@ -33,8 +34,18 @@ public:
 
     /// Of everybody: who is connected, who is expected back, who comes later.
     void setRegistrationState(const QString& state);
+    /// Of those who are meant and connected or expected back; what the user need not be asked again is not forgotten
+    /// for others. Empty, or why not.
+    QString setRegistrationState(const QString& state, const Addressee& whose);
+    /// Null when nobody who is connected is meant.
+    const Session* find(const Addressee& whose) const;
+    /// The next request of this type that is in the form is refused.
+    void refuseNext(const QString& type, const QString& why, const Addressee& whose);
+    /// As in the beginning, but for the world.
+    void reset();
     Registrar& registrar() { return m_registrar; }
     ServiceContext& context() { return m_context; }
+    const ServiceContext& context() const { return m_context; }
     /// The state of the application that connected last.
     QString registrationState() const;
 
@@ -44,6 +55,7 @@ Q_SIGNALS:
 
 private:
     void settle(Session& session);
+    QString takeRefusal(const QString& type, const Session& session);
     void refuse(int client, const QString& type, const QString& why);
     QString requestEcoId(Session& session, const QJsonObject& body);
     QString requestEcoIdStatus(Session& session, const QJsonObject& body);
@@ -53,6 +65,13 @@ private:
     Registrar m_registrar;
     ProfileService m_profiles;
     QHash<QString, RequestHandler> m_handlers;
+    struct Refusal
+    {
+        QString type;
+        QString why;
+        Addressee whose;
+    };
+    QList<Refusal> m_refusals;
     QList<Session> m_suspended; ///< In the order in which they had connected.
 };
 

@@ -19,6 +19,7 @@ public:
     }
 
     QString requestChange(Session& session, const QJsonObject& body);
+    void refuseChange(const Session& session, const QString& why) { answerChange(session, why); }
     QString createBoxItem(Session& session, const QJsonObject& body);
     QString createBoxIcon(Session& session, const QJsonObject& body);
     QString requestUserPicture(Session& session, const QJsonObject& body);

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <simulator/services/Registrar.h>
 
+#include <QtCore/QFile>
 #include <QtCore/QRegularExpression>
+#include <QtCore/QSaveFile>
 #include <QtCore/QTimer>
 #include <QtCore/QUuid>
 
@@ -76,7 +78,7 @@ void Registrar::conclude(int client)
 void Registrar::setState(const QString& state)
 {
     m_initialState = state;
-    m_registered.clear();
+    changeRegistered({});
     const auto everyone = m_context.sessions;
     for (const auto& [client, session] : everyone)
         setState(*session, state);
@@ -87,10 +89,70 @@ void Registrar::setState(const QString& state)
 void Registrar::setState(Session& session, const QString& state)
 {
     session.state = state;
-    if (state == "Success"_L1)
-        m_registered.insert(session.uuid.toLower());
+    if (state == "Success"_L1 && isUuid(session.uuid))
+        changeRegistered(m_registered + QSet{session.uuid.toLower()});
     m_lists.sendPermission(session);
     Q_EMIT stateChanged(state);
+}
+
+// --- What is remembered -----------------------------------------------------------------------------------------
+
+QStringList Registrar::registered() const
+{
+    QStringList uuids = m_registered.values();
+    uuids.sort();
+    return uuids;
+}
+
+QString Registrar::setRegistered(const QString& uuid, bool registered)
+{
+    if (!isUuid(uuid))
+        return u"\"%1\" is no UUID"_s.arg(uuid.left(80));
+    const QSet<QString> one{uuid.toLower()};
+    changeRegistered(registered ? m_registered + one : m_registered - one);
+    return {};
+}
+
+QString Registrar::remember(const QString& path)
+{
+    QSet<QString> read = m_registered;
+    QFile file(path);
+    if (file.exists() && !file.open(QIODevice::ReadOnly))
+        return u"%1: %2"_s.arg(path, file.errorString());
+    for (int line = 1; file.isOpen() && !file.atEnd(); ++line) {
+        const QString uuid = QString::fromUtf8(file.readLine()).trimmed();
+        if (!isUuid(uuid))
+            return u"%1: line %2: \"%3\" is no UUID"_s.arg(path, QString::number(line), uuid.left(80));
+        read.insert(uuid.toLower());
+    }
+    file.close();
+    m_file = path;
+    m_registered.clear();
+    changeRegistered(read);
+    return {};
+}
+
+void Registrar::changeRegistered(const QSet<QString>& registered)
+{
+    if (registered == m_registered)
+        return;
+    m_registered = registered;
+    if (m_file.isEmpty())
+        return;
+    QByteArray lines;
+    for (const QString& uuid : Registrar::registered())
+        lines += uuid.toLatin1() + '\n';
+    QSaveFile file(m_file);
+    if (!file.open(QIODevice::WriteOnly) || file.write(lines) < 0 || !file.commit())
+        Q_EMIT forgetful(u"%1: %2"_s.arg(m_file, file.errorString()));
+}
+
+void Registrar::reset()
+{
+    m_file.clear();
+    m_registered.clear();
+    m_initialState = u"Unregistered"_s;
+    setPolicy(Simulator::RegistrationPolicy::Automatic, QString(), 0);
 }
 
 } // namespace zelcore

@@ -6,6 +6,7 @@
 
 #include <QtCore/QObject>
 #include <QtCore/QSet>
+#include <QtCore/QStringList>
 
 namespace zelcore {
 
@@ -26,12 +27,24 @@ public:
     void setState(const QString& state);
     void setState(Session& session, const QString& state);
 
+    /// The UUIDs that the user need not be asked about again, in small letters.
+    QStringList registered() const;
+    /// Empty, or why not.
+    QString setRegistered(const QString& uuid, bool registered);
+    /// Takes the UUIDs from a file, where there is one, and keeps them there from now on. Empty, or why not.
+    QString remember(const QString& path);
+    /// As in the beginning; a file of UUIDs stays as it is.
+    void reset();
+
 Q_SIGNALS:
     void requested(const QString& uuid, bool silent);
     void stateChanged(const QString& state);
+    /// What is registered could not be kept.
+    void forgetful(const QString& why);
 
 private:
     void conclude(int client);
+    void changeRegistered(const QSet<QString>& registered);
 
     ServiceContext& m_context;
     ListService& m_lists;
@@ -39,7 +52,8 @@ private:
     Simulator::RegistrationPolicy m_policy = Simulator::RegistrationPolicy::Automatic;
     QString m_outcome = QStringLiteral("Success");
     int m_delay = 0;
-    QSet<QString> m_registered; ///< The UUIDs that the user need not be asked about again.
+    QSet<QString> m_registered; ///< As registered().
+    QString m_file;             ///< Where they are kept; empty when nowhere.
 };
 
 } // namespace zelcore

@@ -3,6 +3,8 @@
 
 #include <vx/system/ObjectServer.h>
 
+#include <QtCore/QDir>
+#include <QtCore/QFile>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 
@@ -25,27 +27,66 @@ InvocationTargets::InvocationTargets(QObject* parent)
 
 InvocationTargets::~InvocationTargets() = default;
 
+QStringList InvocationTargets::names()
+{
+    return {socialTarget, u"sys.zel.chathandler"_s};
+}
+
 bool InvocationTargets::start(const QString& root, QString* error)
 {
-    for (const QString& target : {socialTarget, u"sys.zel.chathandler"_s}) {
-        auto server = std::make_unique<ObjectServer>();
-        if (!server->listen(root + u"/services/invocation/"_s + target, error)) {
+    m_folder = root + u"/services/invocation/"_s;
+    for (const QString& target : names()) {
+        *error = open(target);
+        if (!error->isEmpty()) {
             stop();
             return false;
         }
-        connect(server.get(), &ObjectServer::recordReceived, this,
-                [this, target, from = server.get()](int client, const QByteArray& record) {
-                    Q_EMIT passed(target, from->processOf(client), record);
-                    take(target, record);
-                });
-        m_servers.push_back(std::move(server));
     }
     return true;
 }
 
 void InvocationTargets::stop()
 {
-    m_servers.clear();
+    for (const QString& target : names())
+        close(target);
+    m_folder.clear();
+}
+
+QString InvocationTargets::setState(const QString& target, Simulator::TargetState state)
+{
+    if (!names().contains(target))
+        return u"there is no target \"%1\"; there are: %2"_s.arg(target, names().join(", "_L1));
+    close(target);
+    m_states.insert(target, state);
+    return open(target);
+}
+
+QString InvocationTargets::open(const QString& target)
+{
+    QString problem;
+    if (m_folder.isEmpty() || state(target) == Simulator::TargetState::Missing)
+        return problem;
+    if (state(target) == Simulator::TargetState::Refusing) {
+        // Nobody ever listens there, so whoever connects is refused.
+        QFile closed(m_folder + target);
+        return QDir().mkpath(m_folder) && closed.open(QIODevice::WriteOnly) ? QString() : closed.errorString();
+    }
+    auto server = std::make_unique<ObjectServer>();
+    connect(server.get(), &ObjectServer::recordReceived, this,
+            [this, target, from = server.get()](int client, const QByteArray& record) {
+                Q_EMIT passed(target, from->processOf(client), record);
+                take(target, record);
+            });
+    if (server->listen(m_folder + target, &problem))
+        m_servers.emplace(target, std::move(server));
+    return problem;
+}
+
+void InvocationTargets::close(const QString& target)
+{
+    m_servers.erase(target);
+    if (!m_folder.isEmpty() && state(target) == Simulator::TargetState::Refusing)
+        QFile::remove(m_folder + target);
 }
 
 void InvocationTargets::take(const QString& target, const QByteArray& record)

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QtCore/QObject>
-#include <QtCore/QString>
+#include <zelcore/Simulator.h>
 
+#include <QtCore/QHash>
+#include <QtCore/QObject>
+
+#include <map>
 #include <memory>
-#include <vector>
 
 namespace vx::system {
 class ObjectServer;
@@ -13,7 +15,7 @@ class ObjectServer;
 
 namespace zelcore {
 
-/// The applications that take invitations and chats: they take anything, and tell.
+/// The applications that take invitations and chats: they take anything, and tell, unless they were told otherwise.
 class InvocationTargets : public QObject
 {
     Q_OBJECT
@@ -23,6 +25,11 @@ public:
 
     bool start(const QString& root, QString* error);
     void stop();
+
+    static QStringList names();
+    Simulator::TargetState state(const QString& target) const { return m_states.value(target); }
+    /// At once when it runs. Empty, or why not.
+    QString setState(const QString& target, Simulator::TargetState state);
 
 Q_SIGNALS:
     /// Any record, before anything is done about it; \a process is the number of whose it is.
@@ -35,7 +42,12 @@ Q_SIGNALS:
 private:
     void take(const QString& target, const QByteArray& record);
 
-    std::vector<std::unique_ptr<vx::system::ObjectServer>> m_servers;
+    QString open(const QString& target);
+    void close(const QString& target);
+
+    QString m_folder; ///< Where their sockets are; empty while they do not run.
+    QHash<QString, Simulator::TargetState> m_states;
+    std::map<QString, std::unique_ptr<vx::system::ObjectServer>> m_servers;
 };
 
 } // namespace zelcore

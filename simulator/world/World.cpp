@@ -47,6 +47,12 @@ Person defaultProfile(World& world)
 
 World::World()
 {
+    reset();
+}
+
+void World::reset()
+{
+    m = State();
     m.profile = defaultProfile(*this);
 }
 

@@ -36,6 +36,9 @@ public:
     {
     }
 
+    /// As in the beginning. Nobody is told.
+    void reset();
+
     const Permissions& permissions() const { return m.permissions; }
     void setPermissions(const Permissions& permissions);
 

@@ -116,6 +116,14 @@ private Q_SLOTS:
         const QList<QPair<const char*, const char*>> cases{
             {"{\n\"world\":", "line 2"},
             {"[]", "array"},
+            {"{\"world\":{\n\"contacts\":[{\"handle\":\"a\"},\n{\"handle\":\"b\",\n\"x\\\"\":1}]}}",
+             "line 3: world.contacts[1]: "},
+            {"{\"timeline\":[\n{\"command\":\"drop\"},{\n\"at\":\"soon\"}]}", "line 3: timeline[1].at is"},
+            {R"({"world":{"targets":{"nobody":"missing"}}})", "world.targets.nobody: "},
+            {R"({"world":{"registered":{"me":true}}})", "no UUID"},
+            {R"({"world":{"box":{"limit":1,"items":[{"text":"a"},{"text":"b"}]}}})",
+             "world.box.items[1]: the box is full"},
+            {R"({"timeline":[{"command":"app you drop"}]})", "timeline[0]: "},
             {R"({"world":{"registration":"lunch"}})", "world.registration: \"lunch\""},
             {R"({"wrld":{}})", "wrld"},
             {R"({"world":{"profile":{"age":3}}})", "world.profile: no field \"age\""},
@@ -138,7 +146,11 @@ private Q_SLOTS:
         // What applications make need not be there, and times count.
         QCOMPARE(load(R"({"timeline":[{"at":9,"command":"contact remove a"},{"at":1,"command":"contact add a"},
                                       {"command":"box remove item-7"},{"command":"box change item-1 text=b"},
-                                      {"command":"box icon 3 none"},{"command":"away 5"},{"command":"back"}]})"),
+                                      {"command":"box icon 3 none"},{"command":"away 5"},{"command":"back"},
+                                      {"command":"app 2 state Expired"},{"command":"app 2 box add x"}],
+                          "world":{"state":"Pending","latency":5,"requestLatency":"5","reading":true,
+                                   "targets":{"sys.socialplatform":"refuses"},"box":{"limit":"none"},
+                                   "registered":{"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b":true}}})"),
                  QString());
     }
 

@@ -2,6 +2,7 @@
 #include "ServiceTest.h"
 
 #include <QtCore/QFileInfo>
+#include <QtCore/QTemporaryDir>
 
 #include <csignal>
 
@@ -173,6 +174,66 @@ const struct
         A> requestEcoId {"ppid":"4"} -> requestEcoIdResponse "ppid":"4"; requestEcoIdResponse "ppid":"3"
         A> requestEcoIdStatus {"ecoId":"1"}
         A> requestEcoIdStatus {"ecoId":"2"} -> requestEcoIdStatusResponse "ecoId":"2")"},
+    {"lets what applications send be lost, late and cut", R"(
+        $ request drop
+        $ request delay 20
+        $ request truncate 20 requestEcoIdStatus
+        A> requestEcoId {"ppid":"1"}
+        A> requestEcoId {"ppid":"2"}
+        A> requestEcoId {"ppid":"3"} -> requestEcoIdResponse "ppid":"3"; requestEcoIdResponse "ppid":"2"
+        A> requestEcoIdStatus {"ecoId":"1"}
+        A.
+        ! 1)"},
+    {"keeps the order when a latency ends, and knows whose it was", R"(
+        B> tpaApi {}
+        B.
+        $ app 1 latency 40
+        $ send one {}
+        $ app 1 latency 0
+        $ send two {}
+        A> requestEcoId {"ppid":"3"}
+        B. one two
+        A< one
+        A. two)"},
+    {"has states, faults and a box for one of several applications", R"(
+        A> register silent -> listChange "Success"
+        B> tpaApi {}
+        B.
+        $ app 1 state Expired
+        A< listChange "Expired"
+        $ app 6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b drop
+        $ app 2 send for-b {}
+        $ send lost-by-a {}
+        $ app 1 box add mine => item-1
+        A< listAdd "mine"
+        A> createProfileBoxItem {"text":"mine, too","cookie":""} -> listAdd "item-2"
+        $ app 1 box => mine => 2 items
+        $ box => 0 items
+        $ box add common
+        B< listAdd "common"
+        B. for-b lost-by-a
+        A.
+        $! app 2 box add x => UUID
+        $! app 9 state Expired => no such application
+        $! app x state Expired => neither
+        $! app 1 contacts => concerns all)"},
+    {"refuses what is right when it is told to, and when the box is full", R"(
+        $ refuse requestListChange "not today"
+        $ app 2 refuse createProfileBoxItem
+        $ box limit 1
+        A> change {"displayName":"New"} -> profileChangeResponse "Failure" today
+        A> createProfileBoxItem {"text":"a","cookie":""} -> listAdd "a"
+        A> createProfileBoxItem {"text":"b","cookie":""}
+        ! 2
+        A> change {"displayName":"New"} -> profileChangeResponse "Success"; listChange "New"
+        A.)"},
+    {"registers at once whom it is told to know", R"(
+        $ registered 6A0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b on
+        $ registered => 6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b
+        A> register loud -> listChange "Success"
+        $ app 1 state Expired
+        A> register loud -> listChange "Expired"; listChange "Pending"; listChange "Success"
+        A.)"},
     {"tells an application that comes back everything anew, but for what it asks for, and one that starts nothing", R"(
         $ contact add anna
         $ contact add bob
@@ -372,6 +433,81 @@ private Q_SLOTS:
         // Its own folder goes with it.
         m_simulator.reset();
         QVERIFY(!QFileInfo::exists(root));
+    }
+
+    void readsNothingWhileItDoesNotRead()
+    {
+        const QSignalSpy received(m_simulator.get(), &Simulator::messageReceived);
+        QVERIFY(play("A.\n$ reading off"));
+        const qsizetype before = received.size();
+        QVERIFY(play("A> requestEcoId {}\n$ send ping {}\nA< ping\nB> requestEcoId {}\n$ send ping {}\nA< ping"));
+        QCOMPARE(received.size(), before);
+        QVERIFY(play("$ reading on"));
+        QTRY_COMPARE(received.size(), before + 2);
+    }
+
+    void meetsInvocationsAsItIsTold()
+    {
+        using State = Simulator::TargetState;
+        const QString target = u"sys.zel.chathandler"_s;
+        for (const State state : {State::Missing, State::Refusing, State::Taking, State::Refusing}) {
+            QVERIFY(m_simulator->setTargetState(target, state));
+            QCOMPARE(application('I').connectTo(m_simulator->root(), "/services/invocation/sys.zel.chathandler"),
+                     state == State::Taking);
+        }
+        QVERIFY(!m_simulator->setTargetState(u"elsewhere"_s, State::Missing));
+        m_simulator->stop();
+        QVERIFY(m_simulator->start() && m_simulator->targetState(target) == State::Refusing);
+    }
+
+    void remembersRegistrationsInAFile()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(u"registered"_s);
+        QVERIFY(m_simulator->rememberRegistrations(path));
+        QVERIFY(play("A> register silent -> listChange \"Success\""));
+        Simulator next;
+        QVERIFY(next.rememberRegistrations(path));
+        QCOMPARE(next.registeredUuids(), QStringList(u"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b"_s));
+        next.setRegistrationState(u"Expired"_s); // forgets them, in the file as well
+        QFile file(path);
+        QCOMPARE(file.size(), 0);
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b\nme\n") > 0);
+        file.close();
+        QString error;
+        QVERIFY(!next.rememberRegistrations(path, &error) && error.startsWith(path + u": line 2: "_s));
+        QVERIFY(next.registeredUuids().isEmpty());
+    }
+
+    void beginsAnewForTheNextCase()
+    {
+        const zelcore::Person before = m_simulator->profile();
+        QVERIFY(play(R"(
+            A> register silent -> listChange "Success"
+            $ contact add anna
+            $ profile displayName Other
+            $ box limit 0
+            $ app 1 box icon 1 100
+            $ target sys.socialplatform missing
+            $ drop
+            $ latency 10000
+            $ refuse requestEcoId
+            $ registration manual
+            $ reading off
+            $ reset)"));
+        QTRY_VERIFY(application('A').closed);
+        QVERIFY(m_simulator->isRunning() && m_simulator->contactCount() == 0 && m_simulator->profile() == before);
+        QVERIFY(play(R"(
+            B> tpaApi {}
+            B> register loud -> listChange "Pending"; listChange "Success"
+            $ box add item => item-1
+            B< listAdd "item"
+            B.)"));
+        QCOMPARE(m_simulator->clients().size(), 1);
+        const zelcore::Client client = m_simulator->clients().first();
+        QCOMPARE(client.state, u"Success"_s);
+        QCOMPARE(client.process, qint64(::getpid()));
+        QCOMPARE(m_simulator->targetState(u"sys.socialplatform"_s), Simulator::TargetState::Taking);
     }
 
     void standsApplicationsThatComeAndGoWhileASlotSpinsTheLoop()

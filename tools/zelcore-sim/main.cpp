@@ -46,6 +46,7 @@ struct Options
     quint32 seed = 1;
     bool trace = false;
     bool paused = false;
+    QString remember;
     QString record;
     QString replay;
     bool atOnce = false;
@@ -61,6 +62,10 @@ const QCommandLineOption seedOption(u"seed"_s, u"make them up from this number"_
 const QCommandLineOption pausedOption(u"paused"_s, u"the scenario's timeline stands still until it is stepped"_s);
 const QCommandLineOption traceOption(u"trace"_s, u"show every message, both ways"_s);
 
+const QCommandLineOption rememberOption(u"remember"_s,
+                                        u"keep the UUIDs that were registered in this file, and register them at "
+                                        "once the next time"_s,
+                                        u"FILE"_s);
 const QCommandLineOption recordOption(u"record"_s,
                                       u"write every record, both ways, into this new file. What is in it "
                                       "is personal: names, messages, pictures"_s,
@@ -87,6 +92,7 @@ bool readOptions(const QCommandLineParser& parser, Options* options)
     options->seed = parser.value(seedOption).toUInt(&seedOk);
     options->trace = parser.isSet(traceOption);
     options->paused = parser.isSet(pausedOption);
+    options->remember = parser.value(rememberOption);
     options->record = parser.value(recordOption);
     options->replay = parser.value(replayOption);
     options->atOnce = parser.isSet(atOnceOption);
@@ -154,18 +160,18 @@ int anonymise(const QString& from, const QStringList& names)
 
 bool prepare(zelcore::Simulator& simulator, const Options& options)
 {
+    using Pace = zelcore::Simulator::ReplayPace;
     QString error;
     simulator.setRoot(options.root);
-    if (!options.scenario.isEmpty() && !simulator.loadScenario(options.scenario, &error)) {
-        complain(error);
-        return false;
-    }
     simulator.setTimelinePaused(options.paused);
-    simulator.generateContacts(options.contacts, options.seed);
-    using Pace = zelcore::Simulator::ReplayPace;
-    const bool done = (options.replay.isEmpty() ||
-                       simulator.replay(options.replay, &error, options.atOnce ? Pace::AtOnce : Pace::AsThen)) &&
-                      (options.record.isEmpty() || simulator.record(options.record, &error)) && simulator.start(&error);
+    bool done = options.scenario.isEmpty() || simulator.loadScenario(options.scenario, &error);
+    if (done)
+        simulator.generateContacts(options.contacts, options.seed);
+    // The state that a scenario begins with would have it forget.
+    done = done && (options.remember.isEmpty() || simulator.rememberRegistrations(options.remember, &error)) &&
+           (options.replay.isEmpty() ||
+            simulator.replay(options.replay, &error, options.atOnce ? Pace::AtOnce : Pace::AsThen)) &&
+           (options.record.isEmpty() || simulator.record(options.record, &error)) && simulator.start(&error);
     if (!done)
         complain(error);
     return done;
@@ -197,8 +203,9 @@ int main(int argc, char* argv[])
     std::signal(SIGTTIN, SIG_IGN);
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"zelcore-sim"_s);
-    const QList<QCommandLineOption> options{rootOption,  scenarioOption, contactsOption, seedOption,   pausedOption,
-                                            traceOption, recordOption,   replayOption,   atOnceOption, anonymiseOption};
+    const QList<QCommandLineOption> options{rootOption,   scenarioOption, contactsOption, seedOption,
+                                            pausedOption, traceOption,    rememberOption, recordOption,
+                                            replayOption, atOnceOption,   anonymiseOption};
     QCommandLineParser parser;
     parser.addOptions(options);
     const zeltools::Manual manual = manualOf(options);

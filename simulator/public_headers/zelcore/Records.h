@@ -58,6 +58,17 @@ struct BoxIcon
     bool operator==(const BoxIcon&) const = default;
 };
 
+/// An application that is connected.
+struct Client
+{
+    int number = 0;     ///< They count up from 1.
+    QString uuid;       ///< As it called itself; empty before its registration request.
+    QString state;      ///< Its registration.
+    qint64 process = 0; ///< The number of its process; 0 when that is not known.
+
+    bool operator==(const Client&) const = default;
+};
+
 /// One record as it passed between an application and the service.
 struct WireRecord
 {

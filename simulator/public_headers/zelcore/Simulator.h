@@ -65,6 +65,14 @@ public:
     };
     Q_ENUM(Fault)
 
+    /// How an invocation target meets requests.
+    enum class TargetState {
+        Taking,   ///< It takes anything.
+        Refusing, ///< It is there, and refuses every connection.
+        Missing   ///< It is not there.
+    };
+    Q_ENUM(TargetState)
+
     /// What setActivity() keeps doing.
     enum class Activity { Changes, Installs, Uninstalls, Invitations, Mixed };
     Q_ENUM(Activity)
@@ -104,7 +112,14 @@ public:
     bool comeBack(QString* error = nullptr);
     bool isAway() const;
 
+    /// Everything as in a new simulator: world, registrations, faults, targets, timeline, recorded parts to be played;
+    /// folder and pause of the timeline stay, and a recording goes on. One that runs drops its connections;
+    /// applications that connect again are new to it. For the time between two cases of a test.
+    void reset();
+
     int clientCount() const;
+    /// In the order in which they came. While a recording is played, only their numbers and processes are known.
+    QList<Client> clients() const;
 
     // --- Registration and permissions ---------------------------------------------------------------------------
 
@@ -119,6 +134,20 @@ public:
     QString registrationState() const;
     /// The states that applications know, as they stand on the wire ("Success", "BlockedByTov", ...).
     static QStringList registrationStates();
+
+    // Some things concern one of several applications. It is named by its number or its UUID; an empty name, where one
+    // is taken, means all of them.
+
+    /// Sets the state of the applications that are connected and meant. False when there is none.
+    bool setRegistrationState(const QString& state, const QString& application);
+    /// Empty when no such application is connected.
+    QString registrationState(const QString& application) const;
+    /// The UUIDs that were registered once: they are registered at once when they ask again.
+    QStringList registeredUuids() const;
+    bool setRegistered(const QString& uuid, bool registered);
+    /// Takes such UUIDs from the file \a path, one a line, if it is there, and keeps them in it from now on, so that
+    /// they outlive the process. A file with anything else in it is refused, with the line.
+    bool rememberRegistrations(const QString& path, QString* error = nullptr);
 
     Permissions permissions() const;
     void setPermissions(const Permissions& permissions);
@@ -174,13 +203,31 @@ public:
     bool changeBoxItem(const BoxItem& item);
     bool removeBoxItem(const QString& itemId);
     void clearBox();
+    /// How many items the box takes, whoever adds them; as many as come when it is below 0, as in the beginning.
+    void setBoxLimit(int items);
+    int boxLimit() const;
     bool addBoxIcon(int iconId, const QByteArray& data);
     bool removeBoxIcon(int iconId);
+
+    /// The box that one application sees. The first of the calls below that changes it gives the application one of its
+    /// own, which begins as the common one is; it stays with the UUID. An application that is named by its number must
+    /// have told its UUID. False, too, when there is no such application.
+    QList<BoxItem> boxItems(const QString& application) const;
+    QList<BoxIcon> boxIcons(const QString& application) const;
+    /// The id of the new item; empty when it is refused.
+    QString addBoxItem(const BoxItem& item, const QString& application);
+    bool changeBoxItem(const BoxItem& item, const QString& application);
+    bool removeBoxItem(const QString& itemId, const QString& application);
+    bool clearBox(const QString& application);
+    bool addBoxIcon(int iconId, const QByteArray& data, const QString& application);
+    bool removeBoxIcon(int iconId, const QString& application);
 
     // --- Eco identifiers ----------------------------------------------------------------------------------------
 
     /// What "requestEcoId" answers for \a ppId. Contacts and the own user have one from the start.
     void setEcoId(const QString& ppId, const QString& ecoId);
+    QString ecoId(const QString& ppId) const;
+    QString ecoIdStatus(const QString& ecoId) const;
     /// "Unknown", "ContactExists" or "PendingContactExists"; contacts exist by themselves, and an invitation that
     /// reaches the invocation target makes its identifier pending, until its owner is a contact.
     void setEcoIdStatus(const QString& ecoId, const QString& status);
@@ -190,6 +237,23 @@ public:
     /// The next message to any application suffers \a fault; with \a type, the next one of that message type.
     /// Faults queue up, each for one message.
     void injectFault(Fault fault, int amount = 0, const QString& type = QString());
+    /// The same in either direction, and for one of several applications. What an application sends befalls it on its
+    /// way to the service; recordPassed() has told it by then.
+    bool injectFault(WireRecord::Direction direction, Fault fault, int amount, const QString& type,
+                     const QString& application);
+    /// Every record takes so many milliseconds on its way, and none overtakes another; 0 ends it.
+    bool setLatency(WireRecord::Direction direction, int milliseconds, const QString& application = QString());
+    /// What the records of an application take; with an empty name, those of any for which nothing else was set.
+    int latency(WireRecord::Direction direction, const QString& application = QString()) const;
+    /// The next request of \a type is refused although nothing is wrong with it: "requestListChange" (a change of the
+    /// profile, which is answered with \a reason), "createProfileBoxItem", "createProfileBoxImage" or any other.
+    bool refuseNext(const QString& type, const QString& reason = QString(), const QString& application = QString());
+    /// A service that does not read leaves what applications send in their sockets, until those are full.
+    void setReading(bool reading);
+    bool isReading() const;
+    /// \a target is "sys.socialplatform" or "sys.zel.chathandler".
+    bool setTargetState(const QString& target, TargetState state);
+    TargetState targetState(const QString& target) const;
     /// Sends one message of \a type to every application, whatever it says.
     void sendMessage(const QString& type, const QJsonObject& body);
     /// Sends \a record to every application as it is, framing and all.
@@ -272,6 +336,8 @@ public:
 
 Q_SIGNALS:
     void runningChanged(bool running);
+    /// reset() is done.
+    void worldReset();
     void awayChanged(bool away);
     void clientCountChanged(int count);
     /// Applications go by numbers that count up from 1.

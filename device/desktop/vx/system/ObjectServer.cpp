@@ -87,6 +87,7 @@ public:
     std::map<int, Client> clients;
     int lastClient = 0;
     qint64 queueLimit = defaultQueueLimit;
+    bool reading = true;
     const std::unique_ptr<char[]> buffer;
 };
 
@@ -134,6 +135,7 @@ void ObjectServerPrivate::watch(int id, Client& client)
 {
     client.reader.reset(new QSocketNotifier(client.socket.get(), QSocketNotifier::Read, q));
     client.writer.reset(new QSocketNotifier(client.socket.get(), QSocketNotifier::Write, q));
+    client.reader->setEnabled(reading);
     client.writer->setEnabled(!client.queue.empty());
     QObject::connect(client.reader.get(), &QSocketNotifier::activated, q, [this, id] { takeRecords(id); });
     QObject::connect(client.writer.get(), &QSocketNotifier::activated, q, [this, id] { flush(id); });
@@ -163,7 +165,7 @@ void ObjectServerPrivate::takeRecords(int id)
     const QPointer<ObjectServer> guard(q);
     for (int i = 0; i < recordsPerTurn; ++i) {
         const auto found = clients.find(id);
-        if (found == clients.end())
+        if (found == clients.end() || !reading)
             return;
         bool isOver = false;
         const QByteArray record = takeRecord(found->second.socket.get(), &isOver);
@@ -327,6 +329,18 @@ void ObjectServer::setQueueLimit(qint64 bytes)
 qint64 ObjectServer::queueLimit() const
 {
     return d->queueLimit;
+}
+
+void ObjectServer::setReading(bool reading)
+{
+    d->reading = reading;
+    for (auto& [id, client] : d->clients)
+        client.reader->setEnabled(reading);
+}
+
+bool ObjectServer::isReading() const
+{
+    return d->reading;
 }
 
 } // namespace system

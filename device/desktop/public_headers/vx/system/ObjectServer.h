@@ -52,6 +52,11 @@ public:
     void setQueueLimit(qint64 bytes);
     qint64 queueLimit() const;
 
+    // Whether records of clients are taken; true unless told otherwise. What they send meanwhile waits in their
+    // sockets, and when those are full, so do they.
+    void setReading(bool reading);
+    bool isReading() const;
+
 Q_SIGNALS:
     void clientConnected(int client);
     // Comes once for every client that connected, after it is gone from clients(), whoever ended it.

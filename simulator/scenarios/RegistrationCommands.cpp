@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <simulator/scenarios/CommandForms.h>
+
+#include <simulator/SimulatorPrivate.h>
+#include <simulator/scenarios/Commands.h>
+
+using namespace Qt::StringLiterals;
+
+namespace zelcore {
+
+namespace {
+
+Answer setState(SimulatorPrivate& simulator, const Addressee& whose, const QStringList& args)
+{
+    QString problem;
+    if (whose.isEverybody())
+        simulator.service.setRegistrationState(args.first());
+    else
+        problem = simulator.service.setRegistrationState(args.first(), whose);
+    return done(problem, Simulator::registrationStates().contains(args.first())
+                             ? QString()
+                             : u"done, but applications do not know the state \"%1\""_s.arg(args.first()));
+}
+
+Answer setRegistration(SimulatorPrivate& simulator, const QStringList& args)
+{
+    using Policy = Simulator::RegistrationPolicy;
+    const QString& name = args.first();
+    const Policy policy = name == "auto"_L1 ? Policy::Automatic : name == "manual"_L1 ? Policy::Manual : Policy::Fixed;
+    simulator.service.registrar().setPolicy(policy, name, args.value(1).toInt());
+    return {};
+}
+
+Answer setPermission(World& world, const QStringList& args)
+{
+    Permissions permissions = world.permissions();
+    bool& member = args.first() == "showAppBox"_L1   ? permissions.showAppBox
+                   : args.first() == "zelInvites"_L1 ? permissions.zelInvites
+                                                     : permissions.zelSetup;
+    member = args.last() == "on"_L1;
+    world.setPermissions(permissions);
+    return {};
+}
+
+Answer showClients(SimulatorPrivate& simulator, const QStringList&)
+{
+    QList<QStringList> rows;
+    for (const Client& client : simulator.q->clients())
+        rows.append({u"application %1"_s.arg(client.number), client.state,
+                     client.uuid.isEmpty() ? u"(no UUID yet)"_s : client.uuid});
+    return say(table(rows) + u"%1 applications"_s.arg(rows.size()));
+}
+
+using S = SimulatorPrivate;
+using W = World;
+using A = QStringList;
+
+const Form forms[] = {
+    {u"help", u"", u"this text", [](W&, const A&) { return say(Commands::help()); }},
+    {u"state", u"", u"that of the application that came last",
+     [](S& s, const Addressee& whose, const A&) {
+         const Session* const session = s.service.find(whose);
+         return whose.isEverybody() ? say(s.service.registrationState())
+                : session           ? say(session->state)
+                                    : done(u"no such application is connected"_s);
+     }},
+    {u"state", u"STATE", u"sets that of all: Success, Expired, ...", setState},
+    {u"registration", u"POLICY [MS]", u"auto, manual, or a state, after MS", setRegistration},
+    {u"registered", u"", u"the UUIDs that are registered at once",
+     [](S& s, const A&) { return say(s.service.registrar().registered().join(u'\n')); }},
+    {u"registered", u"UUID on|off", u"one of them, or no longer",
+     [](S& s, const A& args) {
+         return done(s.service.registrar().setRegistered(args.first(), args.last() == "on"_L1));
+     }},
+    {u"permission", u"showAppBox|zelInvites|zelSetup on|off", u"what the user allows", setPermission},
+    {u"clients", u"", u"the applications that are connected", showClients},
+};
+
+} // namespace
+
+std::span<const Form> registrationForms()
+{
+    return forms;
+}
+
+} // namespace zelcore

@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <simulator/scenarios/CommandForms.h>
+
+#include <simulator/SimulatorPrivate.h>
+#include <simulator/wire/Wire.h>
+
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtCore/QTimer>
+
+using namespace Qt::StringLiterals;
+
+namespace zelcore {
+
+namespace {
+
+Answer showTimeline(SimulatorPrivate& simulator, const QStringList&)
+{
+    return say(
+        u"%1 ms%2"_s.arg(simulator.timeline.time()).arg(simulator.timeline.isPaused() ? u", paused"_s : QString()));
+}
+
+Answer stepTimeline(SimulatorPrivate& simulator, const QStringList&)
+{
+    return done(simulator.timeline.step() ? QString()
+                                          : u"no entry follows; those that wait for a registration do not before it"_s);
+}
+
+// --- Trouble -----------------------------------------------------------------------------------------------------
+
+using Direction = WireRecord::Direction;
+constexpr Direction in = Direction::FromApplication;
+constexpr Direction out = Direction::ToApplication;
+
+template <Direction direction, Simulator::Fault kind>
+Answer orderFault(SimulatorPrivate& simulator, const Addressee& whose, const QStringList& args)
+{
+    const bool hasAmount = kind == Simulator::Fault::Delay || kind == Simulator::Fault::Truncate;
+    simulator.way(direction).addFault(kind, hasAmount ? args.first().toInt() : 0, args.value(hasAmount ? 1 : 0), whose);
+    return {};
+}
+
+template <Direction direction>
+Answer setLatency(SimulatorPrivate& simulator, const Addressee& whose, const QStringList& args)
+{
+    simulator.way(direction).setLatency(args.first().toInt(), whose);
+    return {};
+}
+
+Answer setTarget(SimulatorPrivate& simulator, const QStringList& args)
+{
+    using State = Simulator::TargetState;
+    const QString& state = args.last();
+    return done(simulator.targets.setState(args.first(), state == "takes"_L1     ? State::Taking
+                                                         : state == "refuses"_L1 ? State::Refusing
+                                                                                 : State::Missing));
+}
+
+/// Calls \a send with the number of everyone who is meant.
+template <typename Send>
+Answer sendTo(SimulatorPrivate& simulator, const Addressee& whose, Send send)
+{
+    bool isAnybody = whose.isEverybody();
+    const auto everyone = simulator.service.context().sessions;
+    for (const auto& [client, session] : everyone) {
+        if (whose.isMeant(client, session->uuid)) {
+            isAnybody = true;
+            send(client);
+        }
+    }
+    return done(isAnybody ? QString() : u"no such application is connected"_s);
+}
+
+Answer sendMessage(SimulatorPrivate& simulator, const Addressee& whose, const QStringList& args)
+{
+    const QJsonObject body = QJsonDocument::fromJson(args.last().toUtf8()).object();
+    const QByteArray json = wire::text(QJsonObject{{args.first(), body}});
+    return sendTo(simulator, whose, [&](int client) { simulator.outbox.sendJson(client, args.first(), json); });
+}
+
+Answer sendRecord(SimulatorPrivate& simulator, const Addressee& whose, const QStringList& args)
+{
+    return sendTo(simulator, whose, [&](int client) { simulator.outbox.sendRecord(client, args.first().toUtf8()); });
+}
+
+Answer comeBack(SimulatorPrivate& simulator, const QStringList&)
+{
+    QString problem;
+    simulator.comeBack(&problem);
+    return done(problem);
+}
+
+Answer goAway(SimulatorPrivate& simulator, const QStringList& args)
+{
+    simulator.goAway();
+    if (!args.isEmpty()) {
+        QTimer::singleShot(args.first().toInt(), simulator.q, [d = &simulator] {
+            QString problem;
+            if (d->running && !d->comeBack(&problem))
+                d->refuse(problem);
+        });
+    }
+    return {};
+}
+
+using Fault = Simulator::Fault;
+using S = SimulatorPrivate;
+using A = QStringList;
+
+const Form forms[] = {
+    {u"timeline", u"", u"how far the scenario's timeline is", showTimeline},
+    {u"timeline pause", u"", u"its clock stands still",
+     [](S& s, const A&) { return s.timeline.setPaused(true), Answer(); }},
+    {u"timeline step", u"", u"pauses, and runs the next entry", stepTimeline},
+    {u"timeline until", u"MS", u"pauses, and runs all up to MS",
+     [](S& s, const A& args) { return say(u"%1 entries"_s.arg(s.timeline.runUntil(args.first().toInt()))); }},
+    {u"timeline go", u"", u"on by the clock", [](S& s, const A&) { return s.timeline.setPaused(false), Answer(); }},
+    {u"drop", u"[TYPE]", u"the next message (of a type) is lost", orderFault<out, Fault::Drop>},
+    {u"delay", u"MS [TYPE]", u"... comes late, after others", orderFault<out, Fault::Delay>},
+    {u"duplicate", u"[TYPE]", u"... comes twice", orderFault<out, Fault::Duplicate>},
+    {u"truncate", u"BYTES [TYPE]", u"... is cut", orderFault<out, Fault::Truncate>},
+    {u"garble", u"[TYPE]", u"... is unreadable", orderFault<out, Fault::Garble>},
+    {u"latency", u"MS", u"all take so long, in their order", setLatency<out>},
+    {u"request drop", u"[TYPE]", u"an application's next one is lost", orderFault<in, Fault::Drop>},
+    {u"request delay", u"MS [TYPE]", u"... comes late, after others", orderFault<in, Fault::Delay>},
+    {u"request duplicate", u"[TYPE]", u"... comes twice", orderFault<in, Fault::Duplicate>},
+    {u"request truncate", u"BYTES [TYPE]", u"... is cut", orderFault<in, Fault::Truncate>},
+    {u"request garble", u"[TYPE]", u"... is unreadable", orderFault<in, Fault::Garble>},
+    {u"request latency", u"MS", u"all take so long, in their order", setLatency<in>},
+    {u"refuse", u"TYPE [WHY]", u"refuses the next, though it is right",
+     [](S& s, const Addressee& whose, const A& args) {
+         return s.service.refuseNext(args.first(), args.value(1), whose), Answer();
+     }},
+    {u"reading", u"on|off", u"whether the service reads at all",
+     [](S& s, const A& args) { return s.server.setReading(args.first() == "on"_L1), Answer(); }},
+    {u"target", u"TARGET takes|refuses|missing", u"how an invocation target is met", setTarget},
+    {u"send", u"TYPE JSON", u"sends any message to applications", sendMessage},
+    {u"raw", u"TEXT", u"sends any record", sendRecord},
+    {u"away", u"[MS]", u"the service goes away (for so long)", goAway},
+    {u"back", u"", u"it returns", comeBack},
+    {u"reset", u"", u"all as in the beginning; connections drop", [](S& s, const A&) { return s.reset(), Answer(); }},
+    {u"quit", u"", u"ends the program", [](S& s, const A&) { return s.q->quitRequested(), Answer(); }},
+};
+
+} // namespace
+
+std::span<const Form> wireForms()
+{
+    return forms;
+}
+
+} // namespace zelcore

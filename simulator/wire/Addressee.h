@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QtCore/QString>
+
+#include <optional>
+
+namespace zelcore {
+
+/// One application, by its number or its UUID, or all of them.
+struct Addressee
+{
+    int client = 0;
+    QString uuid; ///< In small letters.
+
+    /// Of an empty text all; empty when it is neither a number nor a UUID.
+    static std::optional<Addressee> of(const QString& application);
+
+    bool isEverybody() const { return client == 0 && uuid.isEmpty(); }
+    bool isMeant(int number, const QString& itsUuid) const
+    {
+        return isEverybody() || (client > 0 ? client == number : uuid.compare(itsUuid, Qt::CaseInsensitive) == 0);
+    }
+};
+
+} // namespace zelcore
