@@ -24,6 +24,7 @@ TestCase {
             property alias items: items
             property alias box: box
             property alias utils: utils
+            property alias permissions: permissions
             property alias anna: anna
             property alias shown: shown
             property alias icons: icons
@@ -36,8 +37,10 @@ TestCase {
             ProfileBoxModel { id: items; context: context }
             ProfileBox { id: box; context: context }
             Utils { id: utils; context: context }
+            ApplicationPermissions { id: permissions; context: context }
             FollowedContact { id: anna; context: context; handle: "anna" }
-            Image { id: ownImage; y: 100; width: 8; height: 8; source: profile.picture }
+            // Without Qt's own cache, so that all that is asked for comes to the module.
+            Image { id: ownImage; y: 100; width: 8; height: 8; source: profile.picture; cache: false }
             Repeater {
                 id: shown
                 model: filter
@@ -47,19 +50,21 @@ TestCase {
                     required property url picture
                     required property int index
                     property alias image: first
-                    Image { id: first; x: parent.index * 20; width: 8; height: 8; source: parent.picture }
+                    Image { id: first; x: parent.index * 20; width: 8; height: 8; source: parent.picture; cache: false }
                     Image { x: parent.index * 20; y: 20; width: 8; height: 8; source: parent.picture; sourceSize.width: 4; cache: false }
                 }
             }
             Repeater {
                 id: icons
                 model: items
-                Image { required property url icon; y: 120; width: 8; height: 8; source: icon }
+                Image { required property url icon; y: 120; width: 8; height: 8; source: icon; cache: false }
             }
         }
     }
 
     function init() { compare(world.begin(), "") }
+    // The pictures of the last function go with the next frame.
+    function cleanupTestCase() { grabImage(test) }
     function start(properties) { return createTemporaryObject(applicationComponent, test, properties ?? {}) }
     function color(item) { return String(grabImage(item).pixel(2, 2)) }
     function names(repeater) {
@@ -211,16 +216,25 @@ TestCase {
     }
 
     SignalSpy { id: ecoIds; signalName: "ecoIdUpdated" }
+    SignalSpy { id: statuses; signalName: "ecoIdStatusUpdated" }
 
     function test_handsOverInvitationsAndChats() {
         world.run("contact add anna displayName=Anna ppId=pp-anna")
         world.run("eco pp-anna eco-anna")
         const app = start()
-        ecoIds.target = app.utils
+        ecoIds.target = statuses.target = app.utils
+        compare(app.permissions.permissionValue(Permission.ContactInvitationsAllowed), PermissionValue.Denied)
         tryCompare(app.anna, "present", true)
         verify(app.utils.requestEcoId(app.anna.contact.ppId))
         tryCompare(ecoIds, "count", 1)
         compare(Array.from(ecoIds.signalArguments[0]), ["pp-anna", "eco-anna"])
+        compare(app.permissions.permissionValue(Permission.ContactInvitationsAllowed), PermissionValue.Allowed)
+        verify(app.utils.sendContactInvitation("eco-new", app.profile.displayName, "Join me"))
+        tryVerify(() => world.asked("sys.socialplatform") === 1)
+        verify(app.utils.requestEcoIdStatus("eco-new"))
+        tryCompare(statuses, "count", 1)
+        compare(Array.from(statuses.signalArguments[0]), ["eco-new", EcoIdStatus.PendingContactInviteExists])
         verify(app.utils.invokeChat("eco-anna"))
+        tryVerify(() => world.asked("sys.zel.chathandler") === 1)
     }
 }

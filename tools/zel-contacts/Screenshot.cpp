@@ -18,6 +18,7 @@ Screenshot::Screenshot(QQuickWindow* window, const QString& file)
     connect(&m_rest, &QTimer::timeout, this, &Screenshot::take);
     connect(window, &QQuickWindow::afterRendering, &m_rest, qOverload<>(&QTimer::start), Qt::QueuedConnection);
     m_rest.start();
+    QTimer::singleShot(20s, this, [this] { Q_EMIT taken(false); });
 }
 
 void Screenshot::take()

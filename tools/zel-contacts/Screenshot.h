@@ -8,6 +8,7 @@
 class QQuickWindow;
 
 /// Saves what a window shows once it has come to rest: it says that it has settled, and has not been drawn for a while.
+/// What never comes to rest is given up.
 class Screenshot : public QObject
 {
     Q_OBJECT
