@@ -8,8 +8,6 @@
 #include <QtTest/QTest>
 
 #include <cerrno>
-#include <thread>
-#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -52,21 +50,6 @@ private Q_SLOTS:
             expected.append(u"2: "_s + QString::fromLatin1(text));
         }
         QCOMPARE(log.lines(), expected);
-    }
-
-    void keepsLinesOfSeveralThreadsApart()
-    {
-        const SlogCapture log;
-        std::vector<std::thread> threads;
-        for (int t = 0; t < 4; ++t) {
-            threads.emplace_back([] {
-                for (int i = 0; i < 200; ++i)
-                    slogf(1, 5, "%s.%s", "beginning", "end");
-            });
-        }
-        for (std::thread& thread : threads)
-            thread.join();
-        QCOMPARE(log.lines(), QStringList(800, u"5: beginning.end"_s));
     }
 };
 

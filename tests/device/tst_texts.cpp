@@ -201,17 +201,8 @@ pps_encoder_error_t play(pps_encoder_t* encoder, const QByteArrayList& calls)
     return first;
 }
 
-const char* const sample = "before::the first object\n"
-                           "@first\n"
-                           "s::a\\\\b\\nc\\0d\\x\n"
-                           "\n"
-                           "n:n:-12\r\n"
-                           "yes:b:true\r\n"
-                           "raw:b64:AP8KDQ==\n"
-                           "odd:xyz:?\n"
-                           "with:colon::in the value\n"
-                           "@platform\n"
-                           "msg::zel\n"
+const char* const sample = "before::the first object\n@first\ns::a\\\\b\\nc\\0d\\x\n\nn:n:-12\r\nyes:b:true\r\n"
+                           "raw:b64:AP8KDQ==\nodd:xyz:?\nwith:colon::in the value\n@platform\nmsg::zel\n"
                            "dat:json:{\"m\":{\"list\":[1,{\"k\":\"v\"},[true,null]],\"last\":2.5},\"more\":{}}";
 
 } // namespace
@@ -307,15 +298,12 @@ private Q_SLOTS:
             QCOMPARE(pps_encoder_buffer(&e), one.text);
             pps_encoder_cleanup(&e);
         }
-        // Not initialized any more, or not yet.
-        for (const char* const call : {"[", "{", "1", "]", "}"})
-            QCOMPARE(play(&e, {call}), PPS_ENCODER_NOT_INITIALIZED);
+        QCOMPARE(play(&e, {"[", "1", "]"}), PPS_ENCODER_NOT_INITIALIZED);
         QCOMPARE(pps_encoder_length(&e), 0);
         pps_decoder_t d = {};
         int value = 7;
         QCOMPARE(pps_decoder_get_int(&d, "n", &value), PPS_DECODER_NOT_INITIALIZED);
         QCOMPARE(pps_decoder_length(&d), 0);
-        QCOMPARE(pps_decoder_name(&d), nullptr);
         QCOMPARE(pps_decoder_initialize(&d, nullptr), PPS_DECODER_OK);
         pps_decoder_cleanup(&d);
         pps_decoder_cleanup(&d);

@@ -286,19 +286,12 @@ private Q_SLOTS:
                              QRegularExpression(u"^LazyTransformedObservableList\\.h \\[ 101 \\]:  "
                                                 "\"?Index out of bounds accessing LazyTransformedObservableList!"_s));
         QVERIFY(!desk.list.impl()->data({4}).isValid());
-    }
-
-    void hearOnlyWhatTheMapAnnouncesUnderKeys()
-    {
-        Desk desk({3, 4});
-        desk.list.toList();
-        desk.map->contents = {{3, u"three"_s}, {4, u"four"_s}};
+        // And hears only what the map announces under keys; without any, of all that it keeps.
+        desk.map->contents = {{5, u"fünf"_s}, {9, u"neun"_s}};
         desk.map->fireMapChanged(MapChange());
         QCOMPARE(desk.takeUpdated(), Items());
-        desk.map->fireMapChanged(MapChange::create(Items{3}));
-        QCOMPARE(desk.takeUpdated(), Items{0});
-        desk.map->fireMapChanged(MapChange::create(Items())); // and no key says what
-        QCOMPARE(desk.takeUpdated(), Items{1});
+        desk.map->fireMapChanged(MapChange::create(Items()));
+        QCOMPARE(desk.takeUpdated(), Items{3});
     }
 
     // Asked for 1 the map changes that very key, for 9 it adds a key, and for 8 takes away the one that is being read.
@@ -393,42 +386,23 @@ private Q_SLOTS:
         QCOMPARE(cached.itemAt(0), QVariant(8));
     }
 
-    // Value and key are one change; the value is not announced while any list still holds the old item.
-    void announceEachChangeOfARecordOnce()
+    // Value and key of a record are one change, announced once. One made in a function, as by a slot of the application
+    // that spins an event loop in which more comes, is told, in order, before it is announced; a view hears of the
+    // first with the second.
+    void tellOfEachChangeThatIsMadeMeanwhile()
     {
-        for (const int count : {0, 1, 149, 150, 151, 1000}) {
-            Chain chain(count);
+        for (const int count : {1, 149, 150, 151, 1000}) {
+            Chain chain(count + 1);
             ListMirror<QString> mirror(chain.view);
             const auto change = [&](int id, const QString& record) {
                 chain.records->set(id, record);
                 return mirror.take().join(u' ');
             };
-            for (int id = 0; id < count; ++id)
-                QCOMPARE(change(id, u"first"_s), u"added %1"_s.arg(id));
-            for (int id = 0; id < count; ++id)
-                QCOMPARE(change(id, u"second"_s), u"updated %1"_s.arg(id));
-            QCOMPARE(chain.judgements, 3 * count); // each once empty, and at each change of its own
-            for (int id = count - 1; id >= 0; --id)
-                QCOMPARE(change(id, id % 2 ? QString() : u"second"_s), id % 2 ? u"removed %1"_s.arg(id) : QString());
-            chain.ids->append(count);
-            QCOMPARE(mirror.take(), QStringList());
-            QCOMPARE(change(count, u"late"_s), u"added %1"_s.arg((count + 1) / 2));
-            chain.ids->remove(count);
-            QCOMPARE(mirror.take(), QStringList{u"removed %1"_s.arg((count + 1) / 2)});
-            QCOMPARE(mirror.items(), chain.expected());
-            QCOMPARE(mirror.complaint(), QString());
-        }
-    }
-
-    // As a slot of the application does that spins an event loop in which more comes: each change is told, once, in
-    // order, before it is announced; a view hears of them as one.
-    void tellOfEachChangeThatIsMadeMeanwhile()
-    {
-        for (const int count : {1, 149, 150, 151, 1000}) {
-            Chain chain(count + 1);
-            for (int id = 0; id <= count; ++id)
-                chain.records->set(id, QString::number(id));
-            ListMirror<QString> mirror(chain.view);
+            for (int id = 0; id <= count; ++id) {
+                QCOMPARE(change(id, QString::number(-1 - id)), u"added %1"_s.arg(id));
+                QCOMPARE(change(id, QString::number(id)), u"updated %1"_s.arg(id));
+            }
+            QCOMPARE(chain.judgements, 3 * (count + 1)); // each once empty, and at each change of its own
             QStringList told;
             chain.cached->setUpdateFunction([&](int index, const QString& before, const QString& after) {
                 told.append(u"%1 %2 %3"_s.arg(index).arg(before, after));
@@ -442,10 +416,11 @@ private Q_SLOTS:
             });
             chain.cached->setRemoveFunction(
                 [&](int index, const QString& item) { told.append(u"-%1 %2"_s.arg(index).arg(item)); });
-            chain.records->set(0, u"first"_s);
+            QCOMPARE(change(0, u"first"_s), u"updated 0 removed %1 updated 0"_s.arg(count));
             QCOMPARE(told,
                      (QStringList{u"0 0 first"_s, u"0 first second"_s, u"-%1 %1"_s.arg(count), u"0 second third"_s}));
-            QCOMPARE(mirror.items(), chain.expected());
+            for (int id = count - 1; id >= 0; --id)
+                QCOMPARE(change(id, QString()), u"removed %1"_s.arg(id));
             QCOMPARE(mirror.complaint(), QString());
         }
     }

@@ -41,8 +41,11 @@ private Q_SLOTS:
             for (const QVariantList& bad : {QVariantList(), path(-1), QVariantList{0, 0}, QVariantList{u"x"_s}})
                 QVERIFY(!one.impl()->data(bad).isValid());
             QCOMPARE(one.impl()->childCount(path(0)), 0);
-            QCOMPARE(one[3], 0);
-            QVERIFY(one.indexOf(4) == 0 && one.indexOf(9) == -1 && one.contains(5));
+            QVERIFY(one.indexOf(4) == 0 && one.indexOf(9) == -1 && one[3] == 0);
+            const auto reads = [&](const auto& read) {
+                return ObservableTracker::runAndMonitor([&] { read(); })->contains(one.impl());
+            };
+            QVERIFY(reads([&] { one.size(); }) && reads([&] { one[0]; }));
         }
         QVERIFY2(ObservableList<QList<int>>(list.impl())[0].isEmpty(), "what does not convert reads as a default");
         // As it stands: nobody counts the children of an item.
@@ -51,12 +54,9 @@ private Q_SLOTS:
         for (const auto& empty : {none, ObservableList<int>(new ObservableListImpl),
                                   ObservableList<int>(new CachedObservableList<int>(none)),
                                   FilteredObservableList<int>::create(none, [](int) { return true; })}) {
-            QVERIFY(empty.isEmpty());
+            QVERIFY(empty.isEmpty() && empty[0] == 0);
             QVERIFY(!empty.impl() || !empty.impl()->hasChildren({}));
-            QCOMPARE(empty[0], 0);
         }
-        QVERIFY(ObservableTracker::runAndMonitor([&] { list.size(); })->contains(list.impl()));
-        QVERIFY(ObservableTracker::runAndMonitor([&] { list[0]; })->contains(list.impl()));
         // Through data(), also where a subclass has another.
         struct Doubled : IntList
         {
@@ -107,14 +107,12 @@ private Q_SLOTS:
         }
     }
 
-    void emitsWholesaleChangesWithDefaults()
+    // And with defaults; who follows the list hears nothing.
+    void reachesOnlyItsSlotsWhenASignalIsEmitted()
     {
-        const Lists list(new IntList);
-        // The names under which the signals are known to those who connect by them.
-        for (const char* signature :
-             {"itemAdded(QVariantList)", "itemUpdated(QVariantList)", "itemRemoved(QVariantList)", "itemsChanged()",
-              "itemsChanged(ObservableListImpl::ChangeType::Type)", "observableChanged()"})
-            QVERIFY2(list->metaObject()->indexOfSignal(signature) >= 0, signature);
+        const Lists list(new IntList({1}));
+        CachedObservableList<int> cached(ObservableList<int>(list.data()));
+        cached.setChangeFunction([](auto&&...) { QFAIL("nothing has changed"); });
         QSignalSpy spy(list.data(), &ObservableListImpl::itemsChanged);
         Q_EMIT list->itemsChanged();
         QCOMPARE(spy.size(), 1);

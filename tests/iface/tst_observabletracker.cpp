@@ -89,25 +89,14 @@ private Q_SLOTS:
         QVERIFY(!ObservableTracker::currentGetterCalledSet());
 
         const auto takeAway = [] { ObservableTracker::setCurrentGetterCalledSet(nullptr); };
-        for (const char* line : {"88", "94", "88", "94"})
+        for (const char* line : {"82", "88", "94", "88", "94", "88", "94"})
             QTest::ignoreMessage(
                 QtDebugMsg, QByteArray("ObservableTracker.h [ ").append(line).append(" ]:  ObservableSet is null!"));
+        QVERIFY(!ObservableTracker::runInto(nullptr, [] {}));
         QVERIFY(!ObservableTracker::runAndMonitor(takeAway));
         QTest::ignoreMessage(QtDebugMsg,
                              "ObservableMonitor.h [ 116 ]:  m_observedList is null! This shouldn't happen.");
         const CountedMonitor monitor(takeAway);
-    }
-
-    void runsFirstInALaterTurnIfAsked()
-    {
-        int runs = 0;
-        const ObservableMonitor asked([&] { ++runs; }, nullptr, u"asked"_s, true);
-        const ObservableMonitor waits([&] { runs += 100; }, nullptr, u"waits"_s, false);
-        std::make_unique<ObservableMonitor>([&] { runs += 1000; }, nullptr, QString(), true).reset();
-        QCOMPARE(runs, 0);
-        QCOMPARE(asked.name(), u"asked"_s);
-        turn();
-        QCOMPARE(runs, 1);
     }
 
     void leavesTheEventLoopAliveWhenItNeverSettles()
@@ -177,21 +166,6 @@ private Q_SLOTS:
         QVERIFY(thread.wait());
     }
 
-    void keepsWhatItReadAliveUntilTheNextRun()
-    {
-        const NumberPointer trigger = makeNumber();
-        iface::ObservableList<int> list(new EditableList<int>);
-        const QPointer<QObject> alive(list.impl());
-        const CountedMonitor monitor([&] {
-            trigger->getValue();
-            list.size();
-        });
-        list = {};
-        QVERIFY(alive);
-        trigger->setValue(1);
-        QVERIFY(!alive);
-    }
-
     // Each run reads another random selection, changes some, in an event loop or not, or throws in the middle of it.
     // The monitor must run exactly when one of those changes that it read, and once more after a run in which one did:
     // ours, to which it comes by itself, also when they override addObserver(), and others through addObserver(), where
@@ -233,12 +207,12 @@ private Q_SLOTS:
                     --changesLeft;
                     const int changed = anyValue();
                     isOutOfDate = isOutOfDate || read.contains(changed);
-                    ObservableTracker::runUntracked([&] {
-                        if (random.bounded(2))
-                            return change(changed);
+                    if (random.bounded(2)) {
+                        ObservableTracker::runUntracked([&] { change(changed); });
+                    } else { // whose own reads are no reads of this
                         iface::Realm::threadDefault()->asyncExec([&] { change(changed); });
                         turn();
-                    });
+                    }
                 }
                 if (random.bounded(100) == 0 && std::exchange(mayThrow, false))
                     throw std::runtime_error("no");
@@ -262,13 +236,17 @@ private Q_SLOTS:
             }
             turn(); // where it runs again what threw
             QCOMPARE(monitor.runs, expected);
-            for (int i = 1; i < Count; i += 2)
-                QCOMPARE(others[i]->observers.size(), read.contains(i) ? 1 : 0);
+            for (int i = 0; i < Count; i += 2) {
+                QCOMPARE(ours[i]->ref.loadRelaxed(), read.contains(i) ? 2 : 1); // is kept alive until the next run
+                QCOMPARE(others[i + 1]->observers.size(), read.contains(i + 1) ? 1 : 0);
+            }
         }
     }
 
     void waitsUntilTrueAndThenStaysIdle()
     {
+        const ObservableMonitor never([&] { QFAIL("nobody asked"); }, nullptr, QString(), false);
+        std::make_unique<ObservableMonitor>([&] { QFAIL("it is gone"); }, nullptr, QString(), true).reset();
         const NumberPointer value = makeNumber();
         int runs = 0;
         iface::RunUntilTrue waiter(

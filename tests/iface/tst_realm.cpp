@@ -70,18 +70,6 @@ private Q_SLOTS:
         QCOMPARE(calls, 2);
     }
 
-    void keepsReadsOfAFunctionFromATrackedComputation()
-    {
-        const ObservableValue<int> value(new ObservableValueImpl<int>(1));
-        int ran = 0;
-        const auto read = ObservableTracker::runAndMonitor([&] {
-            Realm::threadDefault()->asyncExec([&] { ran = value.getValue(); });
-            turn();
-        });
-        QCOMPARE(ran, 1);
-        QVERIFY(read->isEmpty());
-    }
-
     void makesOneDefaultRealmPerThread()
     {
         const auto mine = Realm::threadDefault();
