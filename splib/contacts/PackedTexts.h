@@ -26,11 +26,12 @@ public:
     /// Those without data are not there.
     explicit PackedTexts(const std::array<std::string_view, count>& texts)
     {
+        int end = 0;
         for (int i = 0; i < count; ++i) {
-            m_ends[i] = begin(i) + int(texts[i].size());
-            noteThere(i, texts[i].data());
+            m_ends[i] = end += int(texts[i].size());
+            m_there |= unsigned(texts[i].data() != nullptr) << i;
         }
-        m_all = QByteArray(m_ends.back(), Qt::Uninitialized);
+        m_all = QByteArray(end, Qt::Uninitialized);
         char* to = m_all.data();
         for (const std::string_view text : texts)
             to = std::copy(text.begin(), text.end(), to);

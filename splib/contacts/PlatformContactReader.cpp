@@ -7,8 +7,8 @@
 
 #include <algorithm>
 #include <array>
-#include <optional>
 #include <string_view>
+#include <utility>
 
 namespace zelsplib {
 
@@ -26,83 +26,80 @@ constexpr auto fieldsByKey = [] {
     return fields;
 }();
 
-/// The members of an object, by field: shown by the source, which costs least, or asked for by name.
+using Texts = PlatformContactData::Texts;
+
+/// Takes what it is shown into a record; its texts stay where they are shown until texts() packs them. Of members with
+/// the same name the first counts.
 class Members final : public iface::JsonMemberVisitor
 {
 public:
-    explicit Members(const iface::JsonObjectReader& json)
-        : m_json(json)
-        , m_isShown(json.visitMembers(*this))
+    explicit Members(PlatformContactData& data)
+        : m_data(data)
     {
+        for (int field = 0; field < Texts::Count; ++field)
+            m_texts[field] = data.texts.view(field);
     }
 
-    template <class T>
-    bool read(int field, T& value) const
-    {
-        return m_isShown ? m_shown[field] && m_shown[field]->read(value)
-                         : m_json.read(contactKeys[field].data(), value);
-    }
-    bool isShown() const { return m_isShown; }
-    /// Replaces `text` by the one that was shown, if it was one.
-    void readShown(int field, std::string_view& text) const
-    {
-        if (m_shown[field])
-            m_shown[field]->read(text);
-    }
-
-    /// Of members with the same name the first counts.
     void member(const iface::JsonMember& shown) override
     {
         for (std::size_t tried = 0; tried < fieldCount; ++tried) {
             const std::size_t field = fieldsByKey[m_next];
-            m_next = (m_next + 1) % fieldCount;
+            m_next = m_next + 1 < fieldCount ? m_next + 1 : 0;
             if (shown.name() != contactKeys[field])
                 continue;
-            if (!m_shown[field])
-                m_shown[field] = shown;
+            if (!std::exchange(m_isTaken[field], true))
+                take(field, shown);
             return;
         }
     }
+    Texts texts() const { return Texts(m_texts); }
 
 private:
-    const iface::JsonObjectReader& m_json;
-    std::array<std::optional<iface::JsonMember>, fieldCount> m_shown;
+    void take(std::size_t field, const iface::JsonMember& shown)
+    {
+        switch (field) {
+        case PlatformContact::ZelsdkVersion:
+            shown.read(m_data.zelsdkVersion);
+            break;
+        case PlatformContact::ZelVersion:
+            shown.read(m_data.zelVersion);
+            break;
+        case PlatformContact::ShowBusy:
+            shown.read(m_data.showBusy);
+            break;
+        default:
+            shown.read(m_texts[field]);
+        }
+    }
+
+    PlatformContactData& m_data;
+    std::array<std::string_view, Texts::Count> m_texts;
+    std::array<bool, fieldCount> m_isTaken = {};
     std::size_t m_next = 0; ///< in fieldsByKey: what the next member is expected to be
-    const bool m_isShown;   // last: being shown fills the others
 };
 
-using Texts = PlatformContactData::Texts;
-
-Texts readTexts(const Members& members, const Texts& before)
-{
-    std::array<std::string_view, Texts::Count> texts;
-    for (int field = 0; field < Texts::Count; ++field) {
-        texts[field] = before.view(field);
-        if (isText(field))
-            members.readShown(field, texts[field]);
-    }
-    return Texts(texts);
-}
-
 /// The same one by one, for a source that cannot show its members.
-Texts askForTexts(const Members& members, Texts texts)
+void askForMembers(const iface::JsonObjectReader& json, PlatformContactData& data)
 {
+    const auto read = [&json](int field, auto& value) { return json.read(contactKeys[field].data(), value); };
     for (int field = 0; field < Texts::Count; ++field) {
-        if (QString text; isText(field) && members.read(field, text))
-            texts.set(field, text);
+        if (QString text; isText(field) && read(field, text))
+            data.texts.set(field, text);
     }
-    return texts;
+    read(PlatformContact::ZelsdkVersion, data.zelsdkVersion);
+    read(PlatformContact::ZelVersion, data.zelVersion);
+    read(PlatformContact::ShowBusy, data.showBusy);
 }
 
 } // namespace
 
 void readContactMembers(const iface::JsonObjectReader& json, PlatformContactData& data)
 {
-    const Members members(json);
-    data.texts = members.isShown() ? readTexts(members, data.texts) : askForTexts(members, data.texts);
-    members.read(PlatformContact::ZelsdkVersion, data.zelsdkVersion);
-    members.read(PlatformContact::ZelVersion, data.zelVersion);
-    members.read(PlatformContact::ShowBusy, data.showBusy);
+    Members members(data);
+    if (json.visitMembers(members))
+        data.texts = members.texts();
+    else
+        askForMembers(json, data);
 }
 
 } // namespace zelsplib
