@@ -4,11 +4,11 @@
 #include "Escape.h"
 #include "TextBuffer.h"
 
-#include <algorithm>
 #include <charconv>
 #include <climits>
 #include <new>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 using device::Text;
@@ -166,18 +166,27 @@ pps_encoder_error_t finish(pps_encoder_t* encoder, bool isArray)
     return result(d, PPS_ENCODER_OK);
 }
 
+// Calls `take` with each piece of the text between line breaks of one kind.
+template <typename Take>
+void splitAt(char lineBreak, std::string_view text, const Take& take)
+{
+    for (size_t end = 0; (end = text.find(lineBreak)) != text.npos; text.remove_prefix(end + 1))
+        take(text.substr(0, end));
+    take(text);
+}
+
 // Line breaks mean nothing between JSON's tokens, and cannot be anywhere else in it, but they end an attribute's line.
+// Mostly there are none, which is found out fastest of one kind after the other.
 void appendJsonOnOneLine(TextBuffer& text, std::string_view json)
 {
-    const auto isBreak = [](char character) { return character == '\n' || character == '\r'; };
-    for (const char *start = json.data(), *const end = start + json.size();;) {
-        const char* const lineEnd = std::find_if(start, end, isBreak);
-        text.append(start, static_cast<size_t>(lineEnd - start));
-        if (lineEnd == end)
-            return;
-        text.append(' ');
-        start = lineEnd + 1;
-    }
+    bool isFirst = true;
+    splitAt('\n', json, [&](std::string_view line) {
+        splitAt('\r', line, [&](std::string_view piece) {
+            if (!std::exchange(isFirst, false))
+                text.append(' ');
+            text.append(piece.data(), piece.size());
+        });
+    });
 }
 
 pps_encoder_error_t addBool(pps_encoder_t* encoder, Text name, bool value)
