@@ -25,6 +25,11 @@ constexpr std::uint64_t bitsBelow(int offset)
 {
     return bit(offset) - 1;
 }
+/// Mostly all are marked or none is, and counting bits is a call where the processor may not know how.
+constexpr int countOf(std::uint64_t marks)
+{
+    return marks == 0 ? 0 : ~marks == 0 ? WordBits : std::popcount(marks);
+}
 } // namespace
 
 struct IndexedSequence::Block
@@ -45,18 +50,20 @@ struct IndexedSequence::Block
     {
         int count = 0;
         for (int word = 0; word < offset / WordBits; ++word)
-            count += std::popcount(marks[word]);
-        return offset % WordBits ? count + std::popcount(marks[offset / WordBits] & bitsBelow(offset)) : count;
+            count += countOf(marks[word]);
+        return offset % WordBits ? count + countOf(marks[offset / WordBits] & bitsBelow(offset)) : count;
     }
 
     int selectMarked(int rank) const
     {
         int word = 0;
-        for (int count = std::popcount(marks[0]); count <= rank; count = std::popcount(marks[word])) {
+        for (int count = countOf(marks[0]); count <= rank; count = countOf(marks[word])) {
             rank -= count;
             ++word;
         }
         auto bits = marks[word];
+        if ((bits & (bits + 1)) == 0)
+            return word * WordBits + rank; // all up to the last are marked
         for (; rank > 0; --rank)
             bits &= bits - 1;
         return word * WordBits + std::countr_zero(bits);
@@ -263,6 +270,8 @@ int IndexedSequence::indexOf(const Item& item) const
 IndexedSequence::Block& IndexedSequence::seek(int index) const
 {
     Q_ASSERT(index >= 0 && index <= m_size);
+    if (static_cast<unsigned>(index - m_cursor.start) < static_cast<unsigned>(m_sizes[m_cursor.block]))
+        return *m_blocks[m_cursor.block]; // mostly it is there already
     if (index == m_size)
         seekBlock(int(m_blocks.size()) - 1);
     while (index < m_cursor.start)
