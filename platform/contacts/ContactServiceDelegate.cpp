@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace vx::platform::zel {
@@ -24,8 +25,10 @@ public:
         : m_contact(&contact)
     {
         const QString text = contact.handle();
-        for (qsizetype i = 0; i < beginLength && i < text.size(); ++i)
-            m_begin[i] = text.at(i).unicode();
+        for (qsizetype i = 0; i < beginLength; ++i) {
+            std::uint64_t& word = m_begin[std::size_t(i / unitsPerWord)];
+            word = word << 16 | (i < text.size() ? text.at(i).unicode() : 0);
+        }
     }
 
     const Contact& contact() const { return *m_contact; }
@@ -36,9 +39,10 @@ public:
     }
 
 private:
-    static constexpr qsizetype beginLength = 12;
+    static constexpr qsizetype unitsPerWord = 4;
+    static constexpr qsizetype beginLength = 3 * unitsPerWord;
 
-    std::array<char16_t, beginLength> m_begin = {};
+    std::array<std::uint64_t, beginLength / unitsPerWord> m_begin = {}; ///< as numbers that are ordered as the text is
     const Contact* m_contact;
 };
 
