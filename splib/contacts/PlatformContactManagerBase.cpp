@@ -166,8 +166,7 @@ void PlatformContactManagerBase::getContactList()
 {
     if (!d->listReady)
         Log<ZELSP_CONTACTS_NOT_READY>({}, "getContactList");
-    const QList<PlatformContact> contacts = contactList().toList();
-    d->report([this, contacts] { reportList(contacts); });
+    d->report([this, contacts = d->view->toList()] { reportList(contacts); });
 }
 
 iface::ObservableList<PlatformContact> PlatformContactManagerBase::contactList() const

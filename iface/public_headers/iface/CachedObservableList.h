@@ -52,6 +52,9 @@ public:
     void setUpdateFunction(UpdateFunction function) { m_updateFunction = std::move(function); }
     void setChangeFunction(ChangeFunction function) { m_changeFunction = std::move(function); }
 
+    /// The copy, which costs nothing for each item; a read that is tracked.
+    QList<T> toList() const;
+
     int childCount(const QVariantList& indexPath) const override;
     bool hasChildren(const QVariantList& indexPath) const override;
     QVariant data(const QVariantList& indexPath) const final;

@@ -55,6 +55,8 @@ public:
     /// The index of the item with that key, or -1; a read that is tracked. Of several with one key, the last.
     int locateItem(const QString& key) const;
 
+    QVariant itemAt(int index) const override;
+
     /// Asks the service to remove an element. The list changes when the service says so.
     void requestRemoveId(const Key& key);
 

@@ -23,6 +23,14 @@ void CachedObservableList<T>::setInput(const ObservableList<T>& input)
 }
 
 template <class T>
+QList<T> CachedObservableList<T>::toList() const
+{
+    ObservableTracker::getterCalled(this);
+    m_intake.catchUp();
+    return m_copy;
+}
+
+template <class T>
 int CachedObservableList<T>::childCount(const QVariantList& indexPath) const
 {
     m_intake.catchUp();

@@ -42,6 +42,13 @@ bool LiveList<T, Key>::isIncomplete() const
     return m_firstListPending;
 }
 
+/// What data() answers, without a path.
+template <class T, class Key>
+QVariant LiveList<T, Key>::itemAt(int index) const
+{
+    return index >= 0 && index < this->m_list.size() ? QVariant::fromValue(this->m_list.at(index)) : QVariant();
+}
+
 template <class T, class Key>
 int LiveList<T, Key>::locateItem(const QString& key) const
 {
