@@ -21,7 +21,7 @@ public:
         m_follower.follow(*records);
     }
 
-    PlatformContact get(const QString& userId) const override { return m_records->get(userId).getValue(); }
+    PlatformContact get(const QString& userId) const override { return m_records->contents(userId); }
 
 private:
     class RecordsFollower : public iface::Follower

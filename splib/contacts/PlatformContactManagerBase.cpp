@@ -14,7 +14,6 @@
 #include <zel/JsonWriter.h>
 
 #include <iface/CachedObservableList.h>
-#include <iface/ObservableMap.h>
 #include <iface/ObservableTracker.h>
 #include <iface/RunUntilTrue.h>
 
@@ -157,9 +156,7 @@ bool PlatformContactManagerBase::hasApplication(const PlatformContact& contact) 
 
 PlatformContact PlatformContactManagerBase::getContact(const QString& userId) const
 {
-    return iface::ObservableMap<QString, iface::ObservableValue<PlatformContact>>(d->records.data())
-        .get(userId)
-        .getValue();
+    return d->records->contents(userId);
 }
 
 void PlatformContactManagerBase::getContactList()

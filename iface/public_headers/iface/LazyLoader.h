@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <iface/LazyLoaderValue.h>
 #include <iface/ObservableValue.h>
 #include <iface/QApplicationRealm.h>
 #include <iface/RetryTimer.h>
+#include <iface/detail/LazyLoaderEntry.h>
 
 #include <QtCore/QHash>
 #include <QtCore/QList>
@@ -34,12 +34,14 @@ namespace iface {
 template <class K, class V>
 class LazyLoader : public QSharedData
 {
-    using ValuePointer = QExplicitlySharedDataPointer<LazyLoaderValue<K, V>>;
-    /// A key with its value at hand: looking it up again and again is what costs most with many keys.
+    using Entry = detail::LazyLoaderEntry<K, V>;
+    using EntryPointer = QExplicitlySharedDataPointer<Entry>;
+    using Progress = typename Entry::Progress;
+    /// A key with its entry at hand: looking it up again and again is what costs most with many keys.
     struct Waiting
     {
         K key;
-        ValuePointer value;
+        EntryPointer entry;
         int refreshes; // how many there were before it was asked for
     };
 
@@ -58,8 +60,11 @@ public:
     explicit LazyLoader(LoadFunction loadFunction, V defaultValue = V(), int batchLimit = BatchLimit);
     virtual ~LazyLoader() = default;
 
-    /// The value of a key. The first use of a key creates it, with default contents, and asks for it.
+    /// The value of a key. The first use of a key gives it the default contents and asks for it.
     ObservableValue<V> getObservableValue(const K& key);
+    /// What that value holds. It asks for a key like getObservableValue(), but makes no value: for many keys that
+    /// nobody observes one by one.
+    V contents(const K& key);
     /// Stores contents that have come, asked for or not; never asks. If they differ from what was there (which for a
     /// new key are the default contents), the value's observers hear first, and then the function is called.
     template <class Function>
@@ -72,10 +77,10 @@ public:
     bool isLoaded(const K& key) const;
     /// Whether the key is in the batch under way.
     bool isInFlight(const K& key) const;
-    /// The value of a key that there is, otherwise null; asks for nothing.
-    Value* value(const K& key) const { return m_values.value(key).data(); }
+    /// The value of a key that was asked for or stored, otherwise null; asks for nothing.
+    Value* value(const K& key) const;
     /// All keys, in no particular order.
-    QList<K> keys() const { return m_values.keys(); }
+    QList<K> keys() const { return m_entries.keys(); }
 
     /// Has a request for the waiting keys sent soon, unless one is already scheduled or under way.
     void requestAll();
@@ -105,10 +110,10 @@ public:
 
 private:
     Q_DISABLE_COPY_MOVE(LazyLoader)
-    using Progress = typename Value::Progress;
     enum class Request { Batch, Refresh };
 
-    ValuePointer provide(const K& key, bool* isNew);
+    EntryPointer provide(const K& key, bool* isNew);
+    EntryPointer ask(const K& key);
     bool isBatchWaiting() const;
     void performRequestAll();
     void repeatBatch();
@@ -117,11 +122,11 @@ private:
     Batch takeBatch();
     void load(const QList<K>& keys);
 
-    QHash<K, ValuePointer> m_values;
+    QHash<K, EntryPointer> m_entries;
     const LoadFunction m_loadFunction;
     const V m_defaultValue;
     const int m_batchLimit;
-    // No duplicates: a key waits once, when its value is made.
+    // No duplicates: a key waits once, when its entry is made.
     QList<Waiting> m_pending;
     Batch m_inFlight;
     bool m_requestScheduled = false;

@@ -5,10 +5,12 @@
 
 namespace iface {
 
+namespace detail {
 template <class K, class V>
-class LazyLoader;
+class LazyLoaderEntry;
+} // namespace detail
 
-/// One value of a LazyLoader, small because there is one per key.
+/// What a LazyLoader holds under one key, for those who observe it. It is made when the first of them asks.
 template <class K, class V>
 class LazyLoaderValue : public WritableObservableValue<V>
 {
@@ -18,19 +20,12 @@ public:
     using WritableObservableValue<V>::WritableObservableValue;
 
     /// Requested until the request that carries this key has been answered, or its contents have come unasked.
-    int state() const { return m_progress == Progress::Settled ? Settled : Requested; }
+    int state() const { return m_state; }
 
 private:
-    friend class LazyLoader<K, V>;
+    friend class detail::LazyLoaderEntry<K, V>;
 
-    enum class Progress : quint8 {
-        Waiting,  ///< to be requested
-        InFlight, ///< in the request under way, or in one whose answer is being stored
-        Arrived,  ///< the same, and its contents have been stored
-        Settled
-    };
-
-    Progress m_progress = Progress::Waiting;
+    State m_state = Requested;
 };
 
 } // namespace iface

@@ -52,6 +52,9 @@ public:
 
     /// The value of a key; the first use of a key asks the service for it.
     Value doGet(const Key& key) const override;
+    /// What that value holds, for those who hear of changes from the map: it asks for the key, too, but makes no value
+    /// for it. A read of the map that is tracked.
+    T contents(const Key& key) const;
 
     /// Whether a record for the key has been stored, or its request has been answered without one. Asks for nothing
     /// and is no tracked read: the value's own observers hear when it turns.

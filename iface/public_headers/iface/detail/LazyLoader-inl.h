@@ -18,27 +18,39 @@ LazyLoader<K, V>::LazyLoader(LoadFunction loadFunction, V defaultValue, int batc
 {
 }
 
-/// The value of a key, made if there is none: one look into the hash.
+/// The entry of a key, made if there is none: one look into the hash.
 template <class K, class V>
-auto LazyLoader<K, V>::provide(const K& key, bool* isNew) -> ValuePointer
+auto LazyLoader<K, V>::provide(const K& key, bool* isNew) -> EntryPointer
 {
-    ValuePointer& value = m_values[key];
-    *isNew = !value;
-    if (!value)
-        value = ValuePointer(new Value(m_defaultValue));
-    return value;
+    EntryPointer& entry = m_entries[key];
+    *isNew = !entry;
+    if (!entry)
+        entry = EntryPointer(new Entry(m_defaultValue));
+    return entry;
+}
+
+template <class K, class V>
+auto LazyLoader<K, V>::ask(const K& key) -> EntryPointer
+{
+    bool isNew = false;
+    EntryPointer entry = provide(key, &isNew);
+    if (isNew) {
+        m_pending.append({key, entry, m_refreshes});
+        requestAll();
+    }
+    return entry;
 }
 
 template <class K, class V>
 ObservableValue<V> LazyLoader<K, V>::getObservableValue(const K& key)
 {
-    bool isNew = false;
-    const ValuePointer value = provide(key, &isNew);
-    if (isNew) {
-        m_pending.append({key, value, m_refreshes});
-        requestAll();
-    }
-    return ObservableValue<V>(value.data());
+    return ObservableValue<V>(ask(key)->value());
+}
+
+template <class K, class V>
+V LazyLoader<K, V>::contents(const K& key)
+{
+    return ask(key)->contents();
 }
 
 template <class K, class V>
@@ -55,16 +67,16 @@ template <class Function>
 void LazyLoader<K, V>::change(const K& key, const V& contents, Function whenChanged)
 {
     bool isNew = false;
-    const ValuePointer found = provide(key, &isNew);
+    const EntryPointer found = provide(key, &isNew);
     // Contents that come for a key in flight settle with their request; a key that still waits need not be requested.
-    const bool settles = found->m_progress == Progress::Waiting;
+    const bool settles = found->progress() == Progress::Waiting;
     if (settles)
-        found->m_progress = Progress::Settled;
-    else if (found->m_progress == Progress::InFlight)
-        found->m_progress = Progress::Arrived;
+        found->setProgress(Progress::Settled);
+    else if (found->progress() == Progress::InFlight)
+        found->setProgress(Progress::Arrived);
     detail::FirstException thrown;
     bool changed = true; // so it has, if an observer throws
-    thrown.guard([&] { changed = found->setValue(contents); });
+    thrown.guard([&] { changed = found->setContents(contents); });
     if (changed)
         thrown.guard(whenChanged);
     else if (settles)
@@ -73,17 +85,24 @@ void LazyLoader<K, V>::change(const K& key, const V& contents, Function whenChan
 }
 
 template <class K, class V>
+auto LazyLoader<K, V>::value(const K& key) const -> Value*
+{
+    const EntryPointer found = m_entries.value(key);
+    return found ? found->value() : nullptr;
+}
+
+template <class K, class V>
 bool LazyLoader<K, V>::isLoaded(const K& key) const
 {
-    const Value* found = value(key);
-    return found && found->m_progress >= Progress::Arrived;
+    const EntryPointer found = m_entries.value(key);
+    return found && found->progress() >= Progress::Arrived;
 }
 
 template <class K, class V>
 bool LazyLoader<K, V>::isInFlight(const K& key) const
 {
-    const Value* found = value(key);
-    return found && (found->m_progress == Progress::InFlight || found->m_progress == Progress::Arrived);
+    const EntryPointer found = m_entries.value(key);
+    return found && (found->progress() == Progress::InFlight || found->progress() == Progress::Arrived);
 }
 
 template <class K, class V>
@@ -107,9 +126,9 @@ void LazyLoader<K, V>::performRequestAll()
         if (!keys.isEmpty() && m_pending.constFirst().refreshes != m_inFlight.constFirst().refreshes)
             break;
         Waiting waiting = m_pending.takeFirst();
-        if (waiting.value->m_progress != Progress::Waiting)
+        if (waiting.entry->progress() != Progress::Waiting)
             continue;
-        waiting.value->m_progress = Progress::InFlight;
+        waiting.entry->setProgress(Progress::InFlight);
         keys.append(waiting.key);
         m_inFlight.append(std::move(waiting));
     }
@@ -136,7 +155,7 @@ void LazyLoader<K, V>::repeatBatch()
 {
     QList<K> unanswered;
     for (const Waiting& waiting : std::as_const(m_inFlight)) {
-        if (waiting.value->m_progress == Progress::InFlight)
+        if (waiting.entry->progress() == Progress::InFlight)
             unanswered.append(waiting.key);
     }
     if (unanswered.isEmpty())
@@ -148,7 +167,7 @@ void LazyLoader<K, V>::repeatBatch()
 template <class K, class V>
 void LazyLoader<K, V>::endArrivedBatch()
 {
-    const auto isAwaited = [](const Waiting& each) { return each.value->m_progress == Progress::InFlight; };
+    const auto isAwaited = [](const Waiting& each) { return each.entry->progress() == Progress::InFlight; };
     if (m_inFlight.isEmpty() || std::any_of(m_inFlight.cbegin(), m_inFlight.cend(), isAwaited))
         return;
     m_due.removeOne(Request::Batch);
@@ -208,15 +227,15 @@ template <class K, class V>
 void LazyLoader<K, V>::settle(const Batch& answered)
 {
     for (const Waiting& each : answered) {
-        if (each.value->m_progress == Progress::InFlight)
+        if (each.entry->progress() == Progress::InFlight)
             m_outdated.insert(each.key);
-        each.value->m_progress = Progress::Settled;
+        each.entry->setProgress(Progress::Settled);
     }
     if (!m_outdated.isEmpty() && !m_refreshRetry.isActive())
         m_refreshRetry.start();
     detail::FirstException thrown;
     for (const Waiting& each : answered)
-        thrown.guard([&each] { each.value->notifyObservers(); });
+        thrown.guard([&each] { each.entry->notifyObservers(); });
     thrown.rethrow();
 }
 
@@ -225,8 +244,8 @@ void LazyLoader<K, V>::refresh()
 {
     forgetRequests();
     ++m_refreshes;
-    for (auto each = m_values.cbegin(); each != m_values.cend(); ++each) {
-        if (each.value()->m_progress >= Progress::Arrived)
+    for (auto each = m_entries.cbegin(); each != m_entries.cend(); ++each) {
+        if (each.value()->progress() >= Progress::Arrived)
             m_outdated.insert(each.key());
     }
     if (!m_inFlight.isEmpty()) {
@@ -274,7 +293,7 @@ bool LazyLoader<K, V>::isBatchWaiting() const
 {
     int count = 0;
     for (auto waiting = m_pending.cbegin(); waiting != m_pending.cend() && count < m_batchLimit; ++waiting)
-        count += waiting->value->m_progress == Progress::Waiting;
+        count += waiting->entry->progress() == Progress::Waiting;
     return count == m_batchLimit;
 }
 

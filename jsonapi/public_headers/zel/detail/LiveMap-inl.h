@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <iface/ObservableTracker.h>
 #include <iface/Round.h>
 #include <zel/LiveMap.h>
 #include <zel/detail/KeepAlive.h>
@@ -39,6 +40,13 @@ template <class Key, class T>
 typename LiveMap<Key, T>::Value LiveMap<Key, T>::doGet(const Key& key) const
 {
     return m_loader.getObservableValue(key);
+}
+
+template <class Key, class T>
+T LiveMap<Key, T>::contents(const Key& key) const
+{
+    iface::ObservableTracker::getterCalled(this);
+    return m_loader.contents(key);
 }
 
 template <class Key, class T>
@@ -197,7 +205,7 @@ void LiveMap<Key, T>::listChange(iface::JsonObjectReader body)
         const iface::JsonObjectReader json = elements[i].object();
         const Key key = m_adapter->idJsonToId(json);
         if (m_loader.isLoaded(key)) {
-            changeRecord(key, m_adapter->jsonToElement(json, m_loader.value(key)->getValue()));
+            changeRecord(key, m_adapter->jsonToElement(json, m_loader.contents(key)));
         }
     });
 }

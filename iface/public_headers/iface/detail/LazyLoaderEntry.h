@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <iface/LazyLoaderValue.h>
+
+#include <QtCore/QExplicitlySharedDataPointer>
+#include <QtCore/QSharedData>
+
+#include <utility>
+
+namespace iface::detail {
+
+/// One key's contents and how far they have come; small, because there is one per key.
+template <class K, class V>
+class LazyLoaderEntry : public QSharedData
+{
+public:
+    using Value = LazyLoaderValue<K, V>;
+
+    enum class Progress : quint8 {
+        Waiting,  ///< to be requested
+        InFlight, ///< in the request under way, or in one whose answer is being stored
+        Arrived,  ///< the same, and its contents have been stored
+        Settled
+    };
+
+    explicit LazyLoaderEntry(const V& contents)
+        : m_contents(contents)
+    {
+    }
+
+    const V& contents() const { return m_contents; }
+    Progress progress() const { return m_progress; }
+    Value* value()
+    {
+        if (!m_value) {
+            m_value = QExplicitlySharedDataPointer<Value>(new Value(m_contents));
+            setProgress(m_progress);
+        }
+        return m_value.data();
+    }
+
+    void setProgress(Progress progress)
+    {
+        m_progress = progress;
+        if (m_value)
+            m_value->m_state = progress == Progress::Settled ? Value::Settled : Value::Requested;
+    }
+    /// Answers whether they differ from what was there. Observers of the value have been told then.
+    bool setContents(const V& contents)
+    {
+        if (m_contents == contents)
+            return false;
+        // What was there goes last: that may run anything.
+        const V before = std::exchange(m_contents, contents);
+        if (m_value)
+            m_value->setValue(contents);
+        return true;
+    }
+    void notifyObservers()
+    {
+        if (m_value)
+            m_value->notifyObservers();
+    }
+
+private:
+    V m_contents;
+    QExplicitlySharedDataPointer<Value> m_value;
+    Progress m_progress = Progress::Waiting;
+};
+
+} // namespace iface::detail
