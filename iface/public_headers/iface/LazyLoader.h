@@ -4,9 +4,9 @@
 #include <iface/ObservableValue.h>
 #include <iface/QApplicationRealm.h>
 #include <iface/RetryTimer.h>
+#include <iface/detail/KeyIndex.h>
 #include <iface/detail/LazyLoaderEntry.h>
 
-#include <QtCore/QHash>
 #include <QtCore/QList>
 #include <QtCore/QSet>
 #include <QtCore/QSharedData>
@@ -37,19 +37,12 @@ class LazyLoader : public QSharedData
     using Entry = detail::LazyLoaderEntry<K, V>;
     using EntryPointer = QExplicitlySharedDataPointer<Entry>;
     using Progress = typename Entry::Progress;
-    /// A key with its entry at hand: looking it up again and again is what costs most with many keys.
-    struct Waiting
-    {
-        K key;
-        EntryPointer entry;
-        int refreshes; // how many there were before it was asked for
-    };
 
 public:
     using Value = LazyLoaderValue<K, V>;
     using LoadFunction = boost::function<void(QList<K>)>;
     /// Keys that were requested together.
-    using Batch = QList<Waiting>;
+    using Batch = QList<EntryPointer>;
     /// What an answer brings: nothing, contents of a key in the batch under way, or only contents of others.
     enum class Answer { Nothing, OfBatch, OfOthers };
 
@@ -79,8 +72,8 @@ public:
     bool isInFlight(const K& key) const;
     /// The value of a key that was asked for or stored, otherwise null; asks for nothing.
     Value* value(const K& key) const;
-    /// All keys, in no particular order.
-    QList<K> keys() const { return m_entries.keys(); }
+    /// All keys, in the order in which they came.
+    QList<K> keys() const;
 
     /// Has a request for the waiting keys sent soon, unless one is already scheduled or under way.
     void requestAll();
@@ -122,12 +115,13 @@ private:
     Batch takeBatch();
     void load(const QList<K>& keys);
 
-    QHash<K, EntryPointer> m_entries;
+    QList<EntryPointer> m_entries;
+    detail::KeyIndex<K, Entry> m_index; // of them; ends first
     const LoadFunction m_loadFunction;
     const V m_defaultValue;
     const int m_batchLimit;
     // No duplicates: a key waits once, when its entry is made.
-    QList<Waiting> m_pending;
+    Batch m_pending;
     Batch m_inFlight;
     bool m_requestScheduled = false;
     // Requests without an answer, in the order in which they went out; one of each at most.

@@ -1,33 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <iface/detail/LazyTransformedListBase.h>
 #include <iface/Equality.h>
 #include <iface/ObservableList.h>
 #include <iface/ObservableMap.h>
+#include <iface/detail/KeyIndex.h>
+#include <iface/detail/LazyTransformedListBase.h>
 
-#include <QtCore/QHashFunctions>
-
-#include <boost/intrusive/unordered_set.hpp>
-
-#include <algorithm>
+#include <cstddef>
 #include <limits>
 #include <memory>
 #include <utility>
-#include <vector>
 
 namespace iface {
-
-/// The hash of keys, as QHash takes it. With a seed, since without one that of a text takes three times as long.
-template <class K>
-struct KeyHash
-{
-    std::size_t operator()(const K& key) const
-    {
-        using ::qHash;
-        return qHash(key, QHashSeed::globalSeed());
-    }
-};
 
 /// A list of keys seen through a map: the item at an index is the map's value for the key at that index.
 ///
@@ -63,39 +48,17 @@ public:
     ~LazyTransformedObservableListImpl() override { dropEntries(); }
 
 private:
-    using KeyHook = boost::intrusive::unordered_set_base_hook<boost::intrusive::store_hash<true>>;
-
-    struct ItemInfo : Entry, KeyHook
+    struct ItemInfo : Entry, detail::KeyHook
     {
         K key;
         V value;
     };
 
-    struct KeyOf
-    {
-        using type = K;
-        const K& operator()(const ItemInfo& item) const { return item.key; }
-    };
-    struct KeyEqual
-    {
-        bool operator()(const K& a, const K& b) const { return a == b; }
-    };
-    /// Items by key, which may repeat. It strings the items themselves together: there may be very many.
-    using KeyIndex =
-        boost::intrusive::unordered_multiset<ItemInfo, boost::intrusive::key_of_value<KeyOf>,
-                                             boost::intrusive::hash<Hash>, boost::intrusive::equal<KeyEqual>>;
-
-    struct Index
-    {
-        std::vector<typename KeyIndex::bucket_type> buckets{KeyIndex::suggested_upper_bucket_count(1)};
-        KeyIndex items{typename KeyIndex::bucket_traits(buckets.data(), buckets.size())};
-
-        /// `expected`: how many there may well be in the end. Growing step by step goes through all of them each time.
-        void insert(ItemInfo& item, int expected);
-    };
-
     Entry* createEntry(const QVariant& inputItem) const override;
-    void enterKey(Entry& entry) const override { m_index.insert(static_cast<ItemInfo&>(entry), mostEntries()); }
+    void enterKey(Entry& entry) const override
+    {
+        m_index.insert(static_cast<ItemInfo&>(entry), std::size_t(mostEntries()));
+    }
     void destroyEntry(Entry* entry) const override;
     bool derive(Entry& entry, const QVariant* inputItem) const override;
     QVariant valueOf(const Entry& entry) const override
@@ -106,7 +69,7 @@ private:
 
     const ObservableList<K> m_input;
     const ObservableMap<K, V> m_mapping;
-    mutable Index m_index;
+    mutable detail::KeyIndex<K, ItemInfo, Hash> m_index;
 };
 
 } // namespace iface

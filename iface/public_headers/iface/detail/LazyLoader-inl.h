@@ -18,14 +18,17 @@ LazyLoader<K, V>::LazyLoader(LoadFunction loadFunction, V defaultValue, int batc
 {
 }
 
-/// The entry of a key, made if there is none: one look into the hash.
+/// The entry of a key, made if there is none.
 template <class K, class V>
 auto LazyLoader<K, V>::provide(const K& key, bool* isNew) -> EntryPointer
 {
-    EntryPointer& entry = m_entries[key];
+    EntryPointer entry(m_index.find(key));
     *isNew = !entry;
-    if (!entry)
-        entry = EntryPointer(new Entry(m_defaultValue));
+    if (!entry) {
+        entry = EntryPointer(new Entry(key, m_defaultValue, m_refreshes));
+        m_entries.append(entry);
+        m_index.insert(*entry);
+    }
     return entry;
 }
 
@@ -35,7 +38,7 @@ auto LazyLoader<K, V>::ask(const K& key) -> EntryPointer
     bool isNew = false;
     EntryPointer entry = provide(key, &isNew);
     if (isNew) {
-        m_pending.append({key, entry, m_refreshes});
+        m_pending.append(entry);
         requestAll();
     }
     return entry;
@@ -87,21 +90,31 @@ void LazyLoader<K, V>::change(const K& key, const V& contents, Function whenChan
 template <class K, class V>
 auto LazyLoader<K, V>::value(const K& key) const -> Value*
 {
-    const EntryPointer found = m_entries.value(key);
+    Entry* const found = m_index.find(key);
     return found ? found->value() : nullptr;
+}
+
+template <class K, class V>
+QList<K> LazyLoader<K, V>::keys() const
+{
+    QList<K> keys;
+    keys.reserve(m_entries.size());
+    for (const EntryPointer& each : m_entries)
+        keys.append(each->key);
+    return keys;
 }
 
 template <class K, class V>
 bool LazyLoader<K, V>::isLoaded(const K& key) const
 {
-    const EntryPointer found = m_entries.value(key);
+    const Entry* const found = m_index.find(key);
     return found && found->progress() >= Progress::Arrived;
 }
 
 template <class K, class V>
 bool LazyLoader<K, V>::isInFlight(const K& key) const
 {
-    const EntryPointer found = m_entries.value(key);
+    const Entry* const found = m_index.find(key);
     return found && (found->progress() == Progress::InFlight || found->progress() == Progress::Arrived);
 }
 
@@ -123,14 +136,14 @@ void LazyLoader<K, V>::performRequestAll()
     keys.reserve(m_batchLimit);
     m_inFlight.reserve(m_batchLimit);
     while (!m_pending.isEmpty() && keys.size() < m_batchLimit) {
-        if (!keys.isEmpty() && m_pending.constFirst().refreshes != m_inFlight.constFirst().refreshes)
+        if (!keys.isEmpty() && m_pending.constFirst()->refreshes != m_inFlight.constFirst()->refreshes)
             break;
-        Waiting waiting = m_pending.takeFirst();
-        if (waiting.entry->progress() != Progress::Waiting)
+        EntryPointer entry = m_pending.takeFirst();
+        if (entry->progress() != Progress::Waiting)
             continue;
-        waiting.entry->setProgress(Progress::InFlight);
-        keys.append(waiting.key);
-        m_inFlight.append(std::move(waiting));
+        entry->setProgress(Progress::InFlight);
+        keys.append(entry->key);
+        m_inFlight.append(std::move(entry));
     }
     if (m_pending.isEmpty())
         m_pending = {}; // gives back what so many keys took
@@ -154,9 +167,9 @@ template <class K, class V>
 void LazyLoader<K, V>::repeatBatch()
 {
     QList<K> unanswered;
-    for (const Waiting& waiting : std::as_const(m_inFlight)) {
-        if (waiting.entry->progress() == Progress::InFlight)
-            unanswered.append(waiting.key);
+    for (const EntryPointer& entry : std::as_const(m_inFlight)) {
+        if (entry->progress() == Progress::InFlight)
+            unanswered.append(entry->key);
     }
     if (unanswered.isEmpty())
         endArrivedBatch();
@@ -167,7 +180,7 @@ void LazyLoader<K, V>::repeatBatch()
 template <class K, class V>
 void LazyLoader<K, V>::endArrivedBatch()
 {
-    const auto isAwaited = [](const Waiting& each) { return each.entry->progress() == Progress::InFlight; };
+    const auto isAwaited = [](const EntryPointer& each) { return each->progress() == Progress::InFlight; };
     if (m_inFlight.isEmpty() || std::any_of(m_inFlight.cbegin(), m_inFlight.cend(), isAwaited))
         return;
     m_due.removeOne(Request::Batch);
@@ -226,16 +239,16 @@ void LazyLoader<K, V>::requestNext()
 template <class K, class V>
 void LazyLoader<K, V>::settle(const Batch& answered)
 {
-    for (const Waiting& each : answered) {
-        if (each.entry->progress() == Progress::InFlight)
-            m_outdated.insert(each.key);
-        each.entry->setProgress(Progress::Settled);
+    for (const EntryPointer& each : answered) {
+        if (each->progress() == Progress::InFlight)
+            m_outdated.insert(each->key);
+        each->setProgress(Progress::Settled);
     }
     if (!m_outdated.isEmpty() && !m_refreshRetry.isActive())
         m_refreshRetry.start();
     detail::FirstException thrown;
-    for (const Waiting& each : answered)
-        thrown.guard([&each] { each.entry->notifyObservers(); });
+    for (const EntryPointer& each : answered)
+        thrown.guard([&each] { each->notifyObservers(); });
     thrown.rethrow();
 }
 
@@ -244,9 +257,9 @@ void LazyLoader<K, V>::refresh()
 {
     forgetRequests();
     ++m_refreshes;
-    for (auto each = m_entries.cbegin(); each != m_entries.cend(); ++each) {
-        if (each.value()->progress() >= Progress::Arrived)
-            m_outdated.insert(each.key());
+    for (const EntryPointer& each : std::as_const(m_entries)) {
+        if (each->progress() >= Progress::Arrived)
+            m_outdated.insert(each->key);
     }
     if (!m_inFlight.isEmpty()) {
         m_due.append(Request::Batch);
@@ -293,7 +306,7 @@ bool LazyLoader<K, V>::isBatchWaiting() const
 {
     int count = 0;
     for (auto waiting = m_pending.cbegin(); waiting != m_pending.cend() && count < m_batchLimit; ++waiting)
-        count += waiting->entry->progress() == Progress::Waiting;
+        count += (*waiting)->progress() == Progress::Waiting;
     return count == m_batchLimit;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <iface/LazyLoaderValue.h>
+#include <iface/detail/KeyIndex.h>
 
 #include <QtCore/QExplicitlySharedDataPointer>
 #include <QtCore/QSharedData>
@@ -12,7 +13,7 @@ namespace iface::detail {
 
 /// One key's contents and how far they have come; small, because there is one per key.
 template <class K, class V>
-class LazyLoaderEntry : public QSharedData
+class LazyLoaderEntry : public QSharedData, public KeyHook
 {
 public:
     using Value = LazyLoaderValue<K, V>;
@@ -24,10 +25,15 @@ public:
         Settled
     };
 
-    explicit LazyLoaderEntry(const V& contents)
-        : m_contents(contents)
+    LazyLoaderEntry(const K& itsKey, const V& contents, int refreshesBefore)
+        : key(itsKey)
+        , refreshes(refreshesBefore)
+        , m_contents(contents)
     {
     }
+
+    const K key;
+    const int refreshes; ///< how many there were before it was asked for
 
     const V& contents() const { return m_contents; }
     Progress progress() const { return m_progress; }

@@ -7,8 +7,7 @@ template <class K, class V, class Eq, class Hash>
 void LazyTransformedObservableListImpl<K, V, Eq, Hash>::destroyEntry(Entry* entry) const
 {
     auto* const item = static_cast<ItemInfo*>(entry);
-    if (item->is_linked())
-        m_index.items.erase(m_index.items.iterator_to(*item));
+    m_index.remove(*item);
     delete item;
 }
 
@@ -31,7 +30,7 @@ bool LazyTransformedObservableListImpl<K, V, Eq, Hash>::derive(Entry& entry, con
         isOther = !(item.key == key);
         if (isOther) {
             // Before the map is asked: what it announces meanwhile under this key has to find the item.
-            m_index.items.erase(m_index.items.iterator_to(item));
+            m_index.remove(item);
             item.key = std::move(key);
             enterKey(item);
         }
@@ -46,22 +45,8 @@ template <class K, class V, class Eq, class Hash>
 bool LazyTransformedObservableListImpl<K, V, Eq, Hash>::findEntries(const ChangedKeys& changed,
                                                                     QVarLengthArray<Entry*, 8>& found) const
 {
-    return changed.visit<K>([&](const K& key) {
-        for (auto [it, end] = m_index.items.equal_range(key); it != end; ++it)
-            found.append(&*it);
-    });
-}
-
-template <class K, class V, class Eq, class Hash>
-void LazyTransformedObservableListImpl<K, V, Eq, Hash>::Index::insert(ItemInfo& item, int expected)
-{
-    if (items.size() >= buckets.size()) {
-        const auto count = std::max(buckets.size() + 1, static_cast<std::size_t>(expected));
-        std::vector<typename KeyIndex::bucket_type> more(KeyIndex::suggested_upper_bucket_count(count));
-        items.rehash(typename KeyIndex::bucket_traits(more.data(), more.size()));
-        buckets.swap(more);
-    }
-    items.insert(item);
+    return changed.visit<K>(
+        [&](const K& key) { m_index.forEach(key, [&found](ItemInfo& item) { found.append(&item); }); });
 }
 
 } // namespace iface
