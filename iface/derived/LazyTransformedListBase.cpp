@@ -46,7 +46,7 @@ struct LazyTransformedListBase::Private : Intake
 
     Entry* entry(int index) const { return static_cast<Entry*>(places.item(index)); }
 
-    QVariant read(int index);
+    QVariant compute(int index);
     void registerRead(int index) const;
     bool keep(int index, Entry* made);
     void makeRoom();
@@ -89,10 +89,9 @@ LazyTransformedListBase::Private::Private(LazyTransformedListBase* list, Observa
         mappingFollower.follow(*mapping);
 }
 
-QVariant LazyTransformedListBase::Private::read(int index)
+/// Of an item that is not kept.
+QVariant LazyTransformedListBase::Private::compute(int index)
 {
-    if (const Entry* const kept = entry(index))
-        return q->valueOf(*kept);
     if (reads == MostRuns)
         return QVariant(); // the map reads the item that it is being asked for
     const QScopedValueRollback<int> reading(reads, reads + 1);
@@ -133,7 +132,7 @@ bool LazyTransformedListBase::Private::keep(int index, Entry* made)
 /// Depending on a list that forgets means depending on what it makes its items of.
 void LazyTransformedListBase::Private::registerRead(int index) const
 {
-    if (!ObservableTracker::currentGetterCalledSet() || q->announcesEveryReadItem())
+    if (q->announcesEveryReadItem())
         return;
     if (cacheLimit != std::numeric_limits<int>::max()) {
         for (const Observable* const madeOf :
@@ -339,8 +338,10 @@ QVariant LazyTransformedListBase::itemAt(int index) const
                       u"Index out of bounds accessing LazyTransformedObservableList!"_s);
         return QVariant();
     }
-    d->registerRead(index);
-    return d->read(index);
+    if (ObservableTracker::currentGetterCalledSet())
+        d->registerRead(index);
+    const Entry* const kept = d->entry(index);
+    return kept ? valueOf(*kept) : d->compute(index);
 }
 
 bool LazyTransformedListBase::announcesEveryReadItem() const

@@ -48,7 +48,7 @@ void assign(QString& value, std::string_view utf8)
     if (isAscii(utf8)) {
         const QLatin1String text(utf8.data(), qsizetype(utf8.size()));
         if (value != text || value.isNull())
-            value = text;
+            value = QString(text);
         return;
     }
     // A script of three bytes a character needs a third of the room: no more is kept.

@@ -68,7 +68,7 @@ Dependencies::Run::Run(Dependencies& dependencies, Node* node)
 
 void Dependencies::Run::recordRead(const Observable* observable)
 {
-    if (observable == m_dependencies.m_self)
+    if (observable == m_dependencies.m_self || observable == std::exchange(m_last, observable))
         return;
     const unsigned run = m_dependencies.m_run;
     // Runs mostly read the same things in the same order.

@@ -72,6 +72,7 @@ public:
         Dependencies& m_dependencies;
         Node* m_node;
         Link* m_expected;
+        const Observable* m_last = nullptr; ///< what was read last: much is read twice in a row
         bool m_isFirst;
     };
 

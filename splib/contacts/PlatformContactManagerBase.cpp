@@ -177,9 +177,10 @@ bool PlatformContactManagerBase::checkUserListState()
 {
     if (d->listReady) // what the application did with it has thrown
         return true;
+    if (d->ids->isIncomplete())
+        return false;
     const int listed = iface::ObservableList<QString>(d->ids.data()).size();
-    const int initialized = contactList().size();
-    if (d->ids->isIncomplete() || initialized < listed)
+    if (contactList().size() < listed)
         return false;
     Log<GENERAL_INFO>({}, "PlatformContactManager::checkUserListState(): All contacts are initialized. "
                           "PlatformContact list is ready.");
