@@ -2,6 +2,8 @@
 #pragma once
 
 #include <QtCore/QByteArray>
+#include <QtCore/QDir>
+#include <QtCore/QFile>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 #include <QtCore/QList>
@@ -74,6 +76,22 @@ public:
         do
             line = take();
         while (!line.isEmpty() && line.value(QStringLiteral("state")).toString() != registrationState);
+    }
+
+    /// How often its threads have gone to sleep: once more for every time that something woke one of them.
+    int timesAsleep() const
+    {
+        constexpr QByteArrayView label = "\nvoluntary_ctxt_switches:";
+        int times = 0;
+        const QDir threads(QStringLiteral("/proc/%1/task").arg(m_process.processId()));
+        for (const QString& thread : threads.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+            QFile status(threads.filePath(thread + QStringLiteral("/status")));
+            if (!status.open(QIODevice::ReadOnly))
+                continue;
+            const QByteArray text = status.readAll();
+            times += text.mid(text.indexOf(label) + label.size()).trimmed().split('\n').first().toInt();
+        }
+        return times;
     }
 
     void end(int signal) { ::kill(pid_t(m_process.processId()), signal); }

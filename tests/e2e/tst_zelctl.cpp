@@ -6,6 +6,7 @@
 #include <zelcore/Simulator.h>
 
 #include <QtCore/QCryptographicHash>
+#include <QtCore/QElapsedTimer>
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QSignalSpy>
@@ -356,6 +357,26 @@ private Q_SLOTS:
         QVERIFY2(m_diagnostics.contains("The service refused: the record would"), m_diagnostics.constData());
         run("--simulate=no-such-scenario state", 1);
         QVERIFY(!m_diagnostics.isEmpty());
+    }
+
+    /// A device sleeps as long as its applications do.
+    void sleepsWhileNothingHappens()
+    {
+        m_simulator->addContact(person(u"bob"_s));
+        ZelctlProcess shell(m_simulator->root());
+        shell.startShell();
+        shell.write("register");
+        shell.takeUntil(u"Allowed"_s);
+        int times = 0;
+        QElapsedTimer quiet;
+        const auto isAsleep = [&] {
+            if (const int now = shell.timesAsleep(); std::exchange(times, now) != now)
+                quiet.start();
+            return quiet.hasExpired(4'000);
+        };
+        QVERIFY(QTest::qWaitFor(isAsleep, 30'000));
+        QVERIFY2(times > 1, "its threads are seen");
+        QCOMPARE(shell.finish(), 0);
     }
 
     void printsTablesForPeople()
