@@ -92,7 +92,8 @@ if(TARGET zel-contacts)
     zel_package(desktop NAME zelplatform-desktop SECTION net
         SUMMARY "contacts of the messaging service in a window"
         TEXT "zel-contacts shows the user's profile, contacts and profile box, from the"
-             "service of the device or from a simulated one."
+             "service of the device or from a simulated one; zelcore-desk is the simulated"
+             "one with a window."
         DEPENDS "libzelcoresim2 ${same}" "qml6-module-zelplatform ${same}" qml6-module-qtquick-controls
                 qml6-module-qtquick-dialogs qml6-module-qtquick-layouts qml6-module-qtquick-templates
                 qml6-module-qtquick-window qml6-module-qtqml-workerscript)

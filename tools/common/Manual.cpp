@@ -147,6 +147,16 @@ bool Manual::print(const QString& word, const QString& version) const
     return !text.isEmpty();
 }
 
+QList<Manual::Entry> Manual::entriesOf(const QList<QCommandLineOption>& options)
+{
+    QList<Entry> entries;
+    for (const QCommandLineOption& option : options) {
+        const QString value = option.valueName().isEmpty() ? QString() : u' ' + option.valueName();
+        entries.append({"--"_L1 + option.names().first() + value, option.description()});
+    }
+    return entries;
+}
+
 QList<Manual::Entry> Manual::ownOptions()
 {
     return {{u"--help"_s, u"this text"_s},

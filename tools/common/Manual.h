@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <QtCore/QCommandLineOption>
 #include <QtCore/QList>
 #include <QtCore/QString>
 
@@ -34,6 +35,7 @@ struct Manual
 
     /// Prints what \a word ("--help", "-h", "--manual-page", "--completion") asks for; false when it is none of them.
     bool print(const QString& word, const QString& version) const;
+    static QList<Entry> entriesOf(const QList<QCommandLineOption>& options);
     /// The options that print() knows, for the table of them.
     static QList<Entry> ownOptions();
 };

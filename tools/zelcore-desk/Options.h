@@ -4,7 +4,7 @@
 #include <QtCore/QSize>
 #include <QtCore/QStringList>
 
-#include <optional>
+#include <variant>
 
 namespace zeldesk {
 
@@ -17,15 +17,16 @@ struct Options
     QString screenshot; ///< The file for a picture of the window; the program ends when it is taken.
     QString page;
     QString look; ///< The type of the record to begin with.
-    QSize size{1180, 760};
+    QSize size;
     int contacts = 0;
-    quint32 seed = 1;
+    quint32 seed = 0;
     bool isDark = false;
     bool isPaused = false;
     QStringList application; ///< A program and its arguments, to be run beside the desk.
 };
 
-/// Ends the process for --help and --version; empty, with a line on standard error, for what is no option.
-std::optional<Options> readOptions(const QStringList& arguments);
+/// Needs no application object, and so no screen. What the process is to end with when the command line asks for help
+/// and the like, which is printed, or is wrong, which is said on standard error.
+std::variant<Options, int> readOptions(const QStringList& arguments);
 
 } // namespace zeldesk

@@ -17,6 +17,11 @@ Timeline::Timeline(zelcore::Simulator& simulator, Service& service, QObject* par
     , m_simulator(simulator)
     , m_service(service)
 {
+    connect(&simulator, &zelcore::Simulator::replayDiffered, this,
+            [&service](const QString& sentence) { service.note(u"replay: "_s + sentence, true); });
+    connect(&simulator, &zelcore::Simulator::replayFinished, this, [&simulator, &service] {
+        service.note(u"replay: all of it has been played; %1 differences"_s.arg(simulator.replayDifferences().size()));
+    });
     connect(&m_look, &QTimer::timeout, this, &Timeline::look);
     m_look.start(200ms);
 }
@@ -38,6 +43,15 @@ bool Timeline::open(const QString& scenario)
         Q_EMIT m_service.registrationChanged();
     }
     look();
+    return isDone;
+}
+
+bool Timeline::replay(const QUrl& file)
+{
+    const QString path = file.toLocalFile();
+    QString problem;
+    const bool isDone = m_simulator.replay(path, &problem, zelcore::Simulator::ReplayPace::AsThen);
+    m_service.note(isDone ? u"%1 is played for the applications that come now"_s.arg(path) : problem, !isDone);
     return isDone;
 }
 

@@ -38,6 +38,9 @@ public:
     /// A name or a path. False when it is faulty; nothing has happened then.
     Q_INVOKABLE bool open(const QString& scenario);
     Q_INVOKABLE bool openFile(const QUrl& file) { return open(file.toLocalFile()); }
+    /// Plays the service's side of a recording for the applications that come, in place of the world. False when it
+    /// cannot be; nothing has happened then.
+    Q_INVOKABLE bool replay(const QUrl& file);
     /// Runs the next entry, and pauses.
     Q_INVOKABLE void step();
 

@@ -16,6 +16,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <span>
 
 Q_IMPORT_PLUGIN(ZelCoreDeskPlugin)
 
@@ -73,12 +74,15 @@ void end(QProcess& process)
 int main(int argc, char* argv[])
 {
     zeltools::QuitSignals::block();
+    QStringList arguments;
+    for (const char* argument : std::span(argv, size_t(argc)))
+        arguments.append(QString::fromLocal8Bit(argument));
+    const auto read = zeldesk::readOptions(arguments);
+    if (const int* const status = std::get_if<int>(&read))
+        return *status;
+    const auto* const options = &std::get<zeldesk::Options>(read);
     QGuiApplication application(argc, argv);
     QGuiApplication::setApplicationName(u"zelcore-desk"_s);
-    QGuiApplication::setApplicationVersion(QStringLiteral(ZELCORE_DESK_VERSION));
-    const auto options = zeldesk::readOptions(QGuiApplication::arguments());
-    if (!options)
-        return 2;
     if (!qEnvironmentVariableIsSet("QT_QUICK_CONTROLS_STYLE"))
         QQuickStyle::setStyle(u"Fusion"_s);
 

@@ -186,11 +186,7 @@ zeltools::Manual manualOf(const QList<QCommandLineOption>& options)
         .more =
             u"It serves applications that run with PPS_ROOT set to its folder, and takes commands on standard input: "
             "\"help\" lists them. Scenarios: %1."_s.arg(zelcore::Simulator::scenarioNames().join(", "_L1))};
-    for (const QCommandLineOption& option : options) {
-        const QString value = option.valueName().isEmpty() ? QString() : u' ' + option.valueName();
-        manual.options += {"--"_L1 + option.names().first() + value, option.description()};
-    }
-    manual.options += zeltools::Manual::ownOptions();
+    manual.options = zeltools::Manual::entriesOf(options) + zeltools::Manual::ownOptions();
     return manual;
 }
 

@@ -37,6 +37,10 @@ Flow {
                 text: qsTr("From a file…")
                 onTriggered: scenarioFile.open()
             }
+            MenuItem {
+                text: qsTr("Play a recording…")
+                onTriggered: replayFile.open()
+            }
         }
     }
     Button {
@@ -79,6 +83,12 @@ Flow {
         title: qsTr("Open a scenario")
         nameFilters: [qsTr("Scenarios (*.json)"), qsTr("All files (*)")]
         onAccepted: bar.timeline.openFile(selectedFile)
+    }
+    FileDialog {
+        id: replayFile
+        title: qsTr("Play a recording")
+        nameFilters: [qsTr("Recordings (*.jsonl)"), qsTr("All files (*)")]
+        onAccepted: bar.timeline.replay(selectedFile)
     }
     FileDialog {
         id: recordingFile
