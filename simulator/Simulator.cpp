@@ -125,6 +125,16 @@ Simulator::RegistrationPolicy Simulator::registrationPolicy() const
     return d->service.registrar().policy();
 }
 
+QString Simulator::registrationOutcome() const
+{
+    return d->service.registrar().outcome();
+}
+
+int Simulator::registrationDelay() const
+{
+    return d->service.registrar().delay();
+}
+
 void Simulator::setRegistrationState(const QString& state)
 {
     d->service.setRegistrationState(state);

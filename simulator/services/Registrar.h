@@ -20,6 +20,8 @@ public:
 
     void setPolicy(Simulator::RegistrationPolicy policy, const QString& fixedState, int delay);
     Simulator::RegistrationPolicy policy() const { return m_policy; }
+    const QString& outcome() const { return m_outcome; }
+    int delay() const { return m_delay; }
     QString request(Session& session, const QJsonObject& body);
 
     /// The state in which applications begin.

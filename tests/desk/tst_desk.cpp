@@ -196,6 +196,7 @@ private Q_SLOTS:
         QVERIFY(tells("\"zelInvites\":false"));
         m_desk->service()->setRegistrationState(u"Expired"_s);
         QVERIFY(tells("Expired"));
+        QTRY_COMPARE(shown(*m_desk->applications(), ApplicationModel::StateRole), QStringList(u"Expired"_s));
         m_desk->service()->setAway(true);
         QTRY_VERIFY(application.closed && m_desk->applications()->count() == 0);
         QVERIFY(m_desk->service()->execute(u"back"_s) && !m_desk->service()->isAway());
@@ -206,6 +207,8 @@ private Q_SLOTS:
         Timeline& timeline = *m_desk->timeline();
         timeline.setPaused(true);
         QVERIFY(!timeline.open(u"/no/such/file"_s) && m_desk->service()->isComplaint());
+        QVERIFY(timeline.open(u"first-steps"_s));
+        QCOMPARE(m_desk->service()->registrationDelay(), 400);
         QVERIFY(timeline.open(u"busy-day"_s));
         timeline.step(); // it waits for a registration
         QVERIFY(m_desk->service()->isComplaint());
@@ -216,6 +219,35 @@ private Q_SLOTS:
         timeline.step();
         QCOMPARE(m_desk->service()->notices().first(), u"scenario: rate 20 mixed"_s);
         QCOMPARE(timeline.time(), 500);
+    }
+
+    void weatherIsMadeAndEndsWithTheWorld()
+    {
+        Weather& weather = *m_desk->weather();
+        RawApplication application(m_simulator->root());
+        application.begin();
+        application.synchronize();
+        QVERIFY(weather.refuseNext(u"createProfileBoxItem"_s, u"1"_s));
+        application.send("createProfileBoxItem", R"({"text":"a","cookie":""})");
+        application.synchronize();
+        QVERIFY(m_desk->service()->isComplaint() && m_simulator->boxItems().isEmpty());
+        QVERIFY(weather.injectFault(true, int(Simulator::Fault::Drop), 0, u"createProfileBoxItem"_s, {}));
+        application.send("createProfileBoxItem", R"({"text":"b","cookie":""})");
+        application.synchronize();
+        QVERIFY(m_simulator->boxItems().isEmpty());
+
+        QSignalSpy changed(&weather, &Weather::changed);
+        QVERIFY(m_desk->service()->execute(u"latency 30"_s) && m_desk->service()->execute(u"reading off"_s));
+        QCOMPARE(changed.size(), 2);
+        QCOMPARE(weather.latencyTo(), 30);
+        QVERIFY(!weather.isReading());
+        m_desk->contacts()->generate(3);
+        QVERIFY(m_desk->box()->add(u"c"_s));
+        QTRY_VERIFY(m_desk->contacts()->count() == 3 && m_desk->box()->count() == 1);
+        m_desk->service()->reset();
+        QTRY_VERIFY(m_desk->contacts()->count() == 0 && m_desk->box()->count() == 0);
+        QTRY_COMPARE(m_desk->applications()->count(), 0);
+        QVERIFY(weather.latencyTo() == 0 && weather.isReading());
     }
 
     void theWireStaysWithinItsBoundsAndTakesTurns()

@@ -1,39 +1,44 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ApplicationModel.h"
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace zeldesk {
 
-ApplicationModel::ApplicationModel(zelcore::Simulator& simulator, QObject* parent)
+using zelcore::Client;
+using zelcore::Simulator;
+
+ApplicationModel::ApplicationModel(Simulator& simulator, QObject* parent)
     : KeyedListModel(parent)
+    , m_simulator(simulator)
 {
-    connect(&simulator, &zelcore::Simulator::clientConnected, this, [this](int client) {
-        m_applications.try_emplace(client);
-        change(QString::number(client));
-    });
-    connect(&simulator, &zelcore::Simulator::clientDisconnected, this, [this](int client) {
-        m_applications.erase(client);
-        change(QString::number(client));
-    });
-    connect(&simulator, &zelcore::Simulator::recordPassed, this, &ApplicationModel::note);
+    connect(&simulator, &Simulator::clientCountChanged, this, &ApplicationModel::changeAll);
+    connect(&simulator, &Simulator::registrationRequested, this, &ApplicationModel::changeAll);
+    connect(&simulator, &Simulator::registrationStateChanged, this, &ApplicationModel::changeAll);
+    connect(&simulator, &Simulator::worldReset, this, &ApplicationModel::changeAll);
 }
 
 QVariant ApplicationModel::data(const QModelIndex& index, int role) const
 {
     if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
         return {};
+    const QList<Client> clients = m_simulator.clients();
     const int number = key(index).toInt();
-    const auto found = m_applications.find(number);
-    const Application application = found == m_applications.end() ? Application() : found->second;
+    const auto found =
+        std::find_if(clients.cbegin(), clients.cend(), [&](const Client& client) { return client.number == number; });
+    const Client client = found == clients.cend() ? Client() : *found;
     switch (role) {
     case Qt::DisplayRole:
     case NumberRole:
-        return number;
+        return key(index);
     case UuidRole:
-        return application.uuid;
-    case RecordsRole:
-        return application.records;
+        return client.uuid;
+    case StateRole:
+        return client.state;
+    case ProcessRole:
+        return client.process;
     default:
         return {};
     }
@@ -41,27 +46,20 @@ QVariant ApplicationModel::data(const QModelIndex& index, int role) const
 
 QHash<int, QByteArray> ApplicationModel::roleNames() const
 {
-    return {{NumberRole, "number"}, {UuidRole, "uuid"}, {RecordsRole, "records"}};
+    return {{NumberRole, "number"}, {UuidRole, "uuid"}, {StateRole, "registration"}, {ProcessRole, "process"}};
+}
+
+void ApplicationModel::setState(const QString& number, const QString& state)
+{
+    m_simulator.setRegistrationState(state, number);
 }
 
 QStringList ApplicationModel::wantedKeys() const
 {
     QStringList keys;
-    for (const auto& [number, application] : m_applications)
-        keys.append(QString::number(number));
+    for (const Client& client : m_simulator.clients())
+        keys.append(QString::number(client.number));
     return keys;
-}
-
-/// The first record of an application may pass before it is told that it has come.
-void ApplicationModel::note(const zelcore::WireRecord& record)
-{
-    if (record.client == 0)
-        return;
-    Application& application = m_applications[record.client];
-    ++application.records;
-    if (!record.uuid.isEmpty())
-        application.uuid = record.uuid;
-    change(QString::number(record.client));
 }
 
 } // namespace zeldesk

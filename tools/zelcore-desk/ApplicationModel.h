@@ -5,11 +5,9 @@
 
 #include <zelcore/Simulator.h>
 
-#include <map>
-
 namespace zeldesk {
 
-/// The applications that are connected to a simulator, who must outlive this.
+/// The applications that are connected to a simulator, who must outlive this, by their numbers.
 class ApplicationModel : public KeyedListModel
 {
     Q_OBJECT
@@ -17,26 +15,21 @@ class ApplicationModel : public KeyedListModel
     QML_UNCREATABLE("The desk has it.")
 
 public:
-    enum Role { NumberRole = Qt::UserRole, UuidRole, RecordsRole };
+    enum Role { NumberRole = Qt::UserRole, UuidRole, StateRole, ProcessRole };
 
     explicit ApplicationModel(zelcore::Simulator& simulator, QObject* parent = nullptr);
 
     QVariant data(const QModelIndex& index, int role) const override;
     QHash<int, QByteArray> roleNames() const override;
 
+    /// Sets the registration of one application.
+    Q_INVOKABLE void setState(const QString& number, const QString& state);
+
 protected:
     QStringList wantedKeys() const override;
 
 private:
-    struct Application
-    {
-        QString uuid;
-        qint64 records = 0;
-    };
-
-    void note(const zelcore::WireRecord& record);
-
-    std::map<int, Application> m_applications;
+    zelcore::Simulator& m_simulator;
 };
 
 } // namespace zeldesk

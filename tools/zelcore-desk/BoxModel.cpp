@@ -41,13 +41,11 @@ BoxModel::BoxModel(zelcore::Simulator& simulator, QObject* parent)
     : KeyedListModel(parent)
     , m_simulator(simulator)
 {
-    connect(&simulator, &zelcore::Simulator::boxChanged, this, [this] {
-        // Which item it was is not told, and they are few.
-        for (const QString& id : wantedKeys())
-            change(id);
-        change({});
-        Q_EMIT iconsChanged();
-    });
+    // Which item it was is not told, and they are few.
+    connect(&simulator, &zelcore::Simulator::boxChanged, this, &BoxModel::changeAll);
+    connect(&simulator, &zelcore::Simulator::boxChanged, this, &BoxModel::iconsChanged);
+    connect(&simulator, &zelcore::Simulator::worldReset, this, &BoxModel::changeAll);
+    connect(&simulator, &zelcore::Simulator::worldReset, this, &BoxModel::iconsChanged);
 }
 
 QVariant BoxModel::data(const QModelIndex& index, int role) const

@@ -10,6 +10,7 @@ ContactModel::ContactModel(zelcore::Simulator& simulator, QObject* parent)
     , m_simulator(simulator)
 {
     connect(&simulator, &zelcore::Simulator::contactChanged, this, &ContactModel::change);
+    connect(&simulator, &zelcore::Simulator::worldReset, this, &ContactModel::changeAll);
 }
 
 QVariant ContactModel::data(const QModelIndex& index, int role) const

@@ -8,6 +8,7 @@
 #include "PersonModel.h"
 #include "Service.h"
 #include "Timeline.h"
+#include "Weather.h"
 #include "WireModel.h"
 
 namespace zeldesk {
@@ -20,6 +21,7 @@ class Desk : public QObject
     QML_UNCREATABLE("The program makes it.")
     Q_PROPERTY(zeldesk::Service* service READ service CONSTANT FINAL)
     Q_PROPERTY(zeldesk::Timeline* timeline READ timeline CONSTANT FINAL)
+    Q_PROPERTY(zeldesk::Weather* weather READ weather CONSTANT FINAL)
     Q_PROPERTY(zeldesk::WireModel* wire READ wire CONSTANT FINAL)
     Q_PROPERTY(zeldesk::ApplicationModel* applications READ applications CONSTANT FINAL)
     Q_PROPERTY(zeldesk::PersonModel* user READ user CONSTANT FINAL)
@@ -34,6 +36,7 @@ public:
         : QObject(parent)
         , m_service(simulator)
         , m_timeline(simulator, m_service)
+        , m_weather(simulator, m_service)
         , m_wire(simulator)
         , m_applications(simulator)
         , m_user(simulator)
@@ -46,6 +49,7 @@ public:
 
     Service* service() { return &m_service; }
     Timeline* timeline() { return &m_timeline; }
+    Weather* weather() { return &m_weather; }
     WireModel* wire() { return &m_wire; }
     ApplicationModel* applications() { return &m_applications; }
     PersonModel* user() { return &m_user; }
@@ -57,6 +61,7 @@ public:
 private:
     Service m_service;
     Timeline m_timeline;
+    Weather m_weather;
     WireModel m_wire;
     ApplicationModel m_applications;
     PersonModel m_user;

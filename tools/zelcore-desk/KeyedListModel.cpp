@@ -21,6 +21,12 @@ void KeyedListModel::change(const QString& key)
         m_turn.start(turn);
 }
 
+void KeyedListModel::changeAll()
+{
+    m_changed.unite({m_keys.cbegin(), m_keys.cend()});
+    change({});
+}
+
 void KeyedListModel::takeTurn()
 {
     const int before = count();

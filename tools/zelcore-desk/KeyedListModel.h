@@ -39,6 +39,8 @@ protected:
     virtual QStringList wantedKeys() const = 0;
     /// There are other keys, or the row of \a key shows something else.
     void change(const QString& key);
+    /// The same of every row.
+    void changeAll();
 
 private:
     void takeTurn();

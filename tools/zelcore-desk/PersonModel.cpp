@@ -41,6 +41,7 @@ PersonModel::PersonModel(zelcore::Simulator& simulator, QObject* parent)
         if (m_userId.isEmpty())
             tellAll();
     });
+    connect(&simulator, &zelcore::Simulator::worldReset, this, &PersonModel::tellAll);
     connect(&simulator, &zelcore::Simulator::contactChanged, this, [this](const QString& userId) {
         if (userId == m_userId)
             tellAll();

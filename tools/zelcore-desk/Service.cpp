@@ -3,7 +3,6 @@
 
 #include <common/Root.h>
 
-#include <QtCore/QMetaEnum>
 #include <QtGui/QClipboard>
 #include <QtGui/QGuiApplication>
 
@@ -29,8 +28,12 @@ Service::Service(Simulator& simulator, QObject* parent)
             });
     connect(&simulator, &Simulator::commandExecuted, this, [this](const QString& line, const QString&) {
         note(u"scenario: "_s + line);
-        Q_EMIT registrationChanged();
+        Q_EMIT ordersChanged();
     });
+    connect(&simulator, &Simulator::worldReset, this, &Service::permissionsChanged);
+    connect(&simulator, &Simulator::worldReset, this, &Service::ordersChanged);
+    connect(this, &Service::ordersChanged, this, &Service::registrationChanged);
+    connect(this, &Service::ordersChanged, this, &Service::recordingChanged);
 }
 
 QString Service::exportLine() const
@@ -60,39 +63,12 @@ void Service::setRegistrationPolicy(int policy, const QString& state, int delay)
     Q_EMIT registrationChanged();
 }
 
-QStringList Service::faults() const
-{
-    QStringList names;
-    const auto all = QMetaEnum::fromType<Simulator::Fault>();
-    for (int i = 0; i < all.keyCount(); ++i)
-        names.append(QString::fromLatin1(all.key(i)));
-    return names;
-}
-
-void Service::injectFault(int fault, int amount, const QString& type)
-{
-    m_simulator.injectFault(Simulator::Fault(fault), amount, type);
-    note(u"%1: the next message%2"_s.arg(faults().value(fault), type.isEmpty() ? QString() : u" of type "_s + type));
-}
-
-QString Service::amountOf(int fault) const
-{
-    switch (Simulator::Fault(fault)) {
-    case Simulator::Fault::Delay:
-        return u"ms"_s;
-    case Simulator::Fault::Truncate:
-        return u"bytes"_s;
-    default:
-        return {};
-    }
-}
-
 bool Service::execute(const QString& line)
 {
     QString reply;
     const bool isDone = m_simulator.execute(line, &reply);
     note(reply.isEmpty() ? line : line + u": "_s + reply, !isDone);
-    Q_EMIT registrationChanged();
+    Q_EMIT ordersChanged();
     return isDone;
 }
 
@@ -111,6 +87,12 @@ void Service::stopRecording()
     m_simulator.stopRecording();
     note(u"the recording is complete"_s);
     Q_EMIT recordingChanged();
+}
+
+void Service::reset()
+{
+    m_simulator.reset();
+    note(u"a world of its own again"_s);
 }
 
 void Service::copyExportLine() const

@@ -25,11 +25,11 @@ class Service : public QObject
     Q_PROPERTY(QStringList registrationStates READ registrationStates CONSTANT FINAL)
     /// A zelcore::Simulator::RegistrationPolicy.
     Q_PROPERTY(int registrationPolicy READ registrationPolicy NOTIFY registrationChanged FINAL)
+    Q_PROPERTY(QString registrationOutcome READ registrationOutcome NOTIFY registrationChanged FINAL)
+    Q_PROPERTY(int registrationDelay READ registrationDelay NOTIFY registrationChanged FINAL)
     Q_PROPERTY(bool showAppBox READ isShowAppBox WRITE setShowAppBox NOTIFY permissionsChanged FINAL)
     Q_PROPERTY(bool zelInvites READ isZelInvites WRITE setZelInvites NOTIFY permissionsChanged FINAL)
     Q_PROPERTY(bool zelSetup READ isZelSetup WRITE setZelSetup NOTIFY permissionsChanged FINAL)
-    /// By the values of zelcore::Simulator::Fault.
-    Q_PROPERTY(QStringList faults READ faults CONSTANT FINAL)
     Q_PROPERTY(bool recording READ isRecording NOTIFY recordingChanged FINAL)
     /// What was said, the latest first, and whether that is a complaint.
     Q_PROPERTY(QStringList notices READ notices NOTIFY noticed FINAL)
@@ -47,28 +47,27 @@ public:
     void setRegistrationState(const QString& state);
     QStringList registrationStates() const { return zelcore::Simulator::registrationStates(); }
     int registrationPolicy() const { return int(m_simulator.registrationPolicy()); }
+    QString registrationOutcome() const { return m_simulator.registrationOutcome(); }
+    int registrationDelay() const { return m_simulator.registrationDelay(); }
     bool isShowAppBox() const { return m_simulator.permissions().showAppBox; }
     void setShowAppBox(bool on) { allow(&zelcore::Permissions::showAppBox, on); }
     bool isZelInvites() const { return m_simulator.permissions().zelInvites; }
     void setZelInvites(bool on) { allow(&zelcore::Permissions::zelInvites, on); }
     bool isZelSetup() const { return m_simulator.permissions().zelSetup; }
     void setZelSetup(bool on) { allow(&zelcore::Permissions::zelSetup, on); }
-    QStringList faults() const;
     bool isRecording() const { return m_simulator.isRecording(); }
     QStringList notices() const { return m_notices; }
     bool isComplaint() const { return m_isComplaint; }
 
     /// What answers registration requests, after \a delay milliseconds; \a state counts for the policy Fixed.
     Q_INVOKABLE void setRegistrationPolicy(int policy, const QString& state, int delay);
-    /// Orders a fault for the next message, of a \a type if one is given.
-    Q_INVOKABLE void injectFault(int fault, int amount, const QString& type);
-    /// Whether a fault has an amount, and of what.
-    Q_INVOKABLE QString amountOf(int fault) const;
     /// Runs a line of zelcore-sim's command language, and notes what it answers.
     Q_INVOKABLE bool execute(const QString& line);
     /// Writes what passes from now on into a new file. False, with a notice, when that cannot be.
     Q_INVOKABLE bool record(const QUrl& file);
     Q_INVOKABLE void stopRecording();
+    /// Drops all connections, and begins with a world of its own.
+    Q_INVOKABLE void reset();
     Q_INVOKABLE void copyExportLine() const;
 
     /// Notes a line for the person at the desk.
@@ -80,6 +79,8 @@ Q_SIGNALS:
     void registrationChanged();
     void permissionsChanged();
     void recordingChanged();
+    /// A command, a scenario or a reset may have ordered anything, of which no other signal tells.
+    void ordersChanged();
     void noticed();
 
 private:

@@ -22,6 +22,10 @@ Timeline::Timeline(zelcore::Simulator& simulator, Service& service, QObject* par
     connect(&simulator, &zelcore::Simulator::replayFinished, this, [&simulator, &service] {
         service.note(u"replay: all of it has been played; %1 differences"_s.arg(simulator.replayDifferences().size()));
     });
+    connect(&simulator, &zelcore::Simulator::worldReset, this, [this] {
+        m_scenario.clear();
+        Q_EMIT scenarioChanged();
+    });
     connect(&m_look, &QTimer::timeout, this, &Timeline::look);
     m_look.start(200ms);
 }
@@ -40,7 +44,7 @@ bool Timeline::open(const QString& scenario)
     if (isDone) {
         m_scenario = QFileInfo(scenario).completeBaseName();
         Q_EMIT scenarioChanged();
-        Q_EMIT m_service.registrationChanged();
+        Q_EMIT m_service.ordersChanged();
     }
     look();
     return isDone;

@@ -126,6 +126,9 @@ public:
     /// \a fixedState counts for RegistrationPolicy::Fixed; \a delay passes between "Pending" and the outcome.
     void setRegistrationPolicy(RegistrationPolicy policy, const QString& fixedState = QString(), int delay = 0);
     RegistrationPolicy registrationPolicy() const;
+    /// The state that a request ends in, and the delay before it.
+    QString registrationOutcome() const;
+    int registrationDelay() const;
     /// Sets the state of every connected application, and the state in which new ones begin ("Unregistered"), and
     /// forgets who was registered before.
     /// Any text may be sent, also one that applications do not know; see registrationStates().

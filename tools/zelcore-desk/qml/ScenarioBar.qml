@@ -4,7 +4,7 @@ import QtQuick.Controls
 import QtQuick.Dialogs
 import ZelCoreDesk
 
-// What happens by order: scenarios and their timeline, a recording, faults.
+// What happens by order: scenarios and their timeline, recordings, the weather.
 Flow {
     id: bar
 
@@ -38,6 +38,11 @@ Flow {
                 onTriggered: scenarioFile.open()
             }
             MenuItem {
+                text: qsTr("Reset the world")
+                onTriggered: bar.service.reset()
+            }
+            MenuSeparator {}
+            MenuItem {
                 text: qsTr("Play a recording…")
                 onTriggered: replayFile.open()
             }
@@ -67,14 +72,13 @@ Flow {
         onClicked: bar.service.recording ? bar.service.stopRecording() : recordingFile.open()
     }
     Button {
-        text: qsTr("&Fault…")
-        onClicked: fault.open()
+        text: qsTr("&Weather…")
+        onClicked: weather.open()
 
-        FaultPopup {
-            id: fault
+        WeatherPopup {
+            id: weather
             y: parent.height
-            service: bar.service
-            types: bar.desk.wire.types
+            desk: bar.desk
         }
     }
 

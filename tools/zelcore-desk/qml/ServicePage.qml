@@ -62,7 +62,7 @@ ScrollView {
                 Layout.fillWidth: true
                 visible: policy.currentIndex === 2
                 model: page.service.registrationStates
-                currentIndex: model.indexOf("Expired")
+                currentIndex: model.indexOf(page.service.registrationOutcome)
                 onActivated: page.choosePolicy()
                 Accessible.name: qsTr("State that answers registration requests")
             }
@@ -75,6 +75,7 @@ ScrollView {
                 Layout.fillWidth: true
                 from: 0
                 to: 60000
+                value: page.service.registrationDelay
                 stepSize: 100
                 editable: true
                 enabled: policy.currentIndex !== 1
@@ -116,14 +117,10 @@ ScrollView {
         }
         Repeater {
             model: page.applications
-            delegate: Label {
-                required property int number
-                required property string uuid
-                required property var records
-
+            delegate: ApplicationRow {
                 Layout.fillWidth: true
-                wrapMode: Text.Wrap
-                text: qsTr("%1: %2, %L3 records").arg(number).arg(uuid || qsTr("no UUID yet")).arg(records)
+                applications: page.applications
+                states: page.service.registrationStates
             }
         }
     }
