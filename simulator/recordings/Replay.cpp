@@ -142,7 +142,7 @@ bool Replay::takeEqual(Lane& lane, const QByteArray& record)
         const Entry& then = entry(step);
         if (then.kind == Kind::Sent || step.met)
             continue;
-        const Comparison comparison = Comparison::of(then.bytes, record, lane.isTarget(), m_recording.anonymous);
+        const Comparison comparison = compared(lane, then, record);
         if (!comparison.isEqual())
             continue;
         const auto later = std::find_if(lane.steps.cbegin(), lane.steps.cend(),
@@ -170,7 +170,7 @@ bool Replay::takeSimilar(Lane& lane, const QByteArray& record)
         if (turnIsOver)
             break;
         isAwaited = true;
-        const Comparison comparison = Comparison::of(then.bytes, record, lane.isTarget(), m_recording.anonymous);
+        const Comparison comparison = compared(lane, then, record);
         if (!comparison.sameType)
             continue;
         differ(u"%1 sent another %2: %3"_s.arg(nameOf(lane), place(step), comparison.differences.join("; "_L1)));
@@ -178,6 +178,18 @@ bool Replay::takeSimilar(Lane& lane, const QByteArray& record)
         return true;
     }
     return false;
+}
+
+/// In an anonymous recording a text may be another one now, but not whom the application names that it was told of.
+Comparison Replay::compared(const Lane& lane, const Entry& then, const QByteArray& record) const
+{
+    Comparison comparison = Comparison::of(then.bytes, record, lane.isTarget(), m_recording.anonymous);
+    for (const Comparison::Pair& pair : std::as_const(comparison.pairs)) {
+        const QString known = m_substitutes.value(pair.then, m_named.contains(pair.then) ? pair.then : pair.now);
+        if (pair.meaning == Meaning::Id && pair.now != known)
+            comparison.differences.append(u"\"%1\" was named, now \"%2\""_s.arg(known, pair.now));
+    }
+    return comparison;
 }
 
 void Replay::meet(Lane& lane, Step& step, const Comparison& comparison)
@@ -194,13 +206,15 @@ void Replay::meet(Lane& lane, Step& step, const Comparison& comparison)
 }
 
 /// A record for an application with the names in it that the application uses this time.
-QByteArray Replay::bound(const Lane& lane, const QByteArray& record) const
+QByteArray Replay::bound(const Lane& lane, const QByteArray& record)
 {
     const std::optional<Content> content = contentOf(record, false);
     if (!content)
         return record;
     const Content now = mapped(*content, [&](const TextPlace& place, const QString& text) {
         const Meaning meaning = meaningOf(place, text);
+        if (meaning == Meaning::Id && m_recording.anonymous)
+            m_named.insert(text);
         if (meaning == Meaning::Cookie)
             return lane.cookies.value(text, text);
         if (meaning == Meaning::Stream && lane.streams.contains(text))

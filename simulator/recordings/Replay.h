@@ -9,6 +9,7 @@
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QHash>
 #include <QtCore/QObject>
+#include <QtCore/QSet>
 #include <QtCore/QTimer>
 
 #include <optional>
@@ -84,8 +85,9 @@ private:
     void take(Lane& lane, const QByteArray& record);
     bool takeEqual(Lane& lane, const QByteArray& record);
     bool takeSimilar(Lane& lane, const QByteArray& record);
+    Comparison compared(const Lane& lane, const Entry& then, const QByteArray& record) const;
     void meet(Lane& lane, Step& step, const Comparison& comparison);
-    QByteArray bound(const Lane& lane, const QByteArray& record) const;
+    QByteArray bound(const Lane& lane, const QByteArray& record);
 
     void advance();
     bool isCaused(const Step& step) const;
@@ -109,6 +111,7 @@ private:
     qint64 m_lastNow = 0;
     qint64 m_quietSince = 0;
     QHash<QString, QString> m_substitutes; ///< What stands for what in an anonymous recording.
+    QSet<QString> m_named;                 ///< Whom such a one has named to applications so far.
     QStringList m_differences;
     QElapsedTimer m_clock;
     QTimer m_timer;

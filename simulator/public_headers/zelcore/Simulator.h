@@ -251,7 +251,8 @@ public:
     /// The next request of \a type is refused although nothing is wrong with it: "requestListChange" (a change of the
     /// profile, which is answered with \a reason), "createProfileBoxItem", "createProfileBoxImage" or any other.
     bool refuseNext(const QString& type, const QString& reason = QString(), const QString& application = QString());
-    /// A service that does not read leaves what applications send in their sockets, until those are full.
+    /// A service that does not read leaves what applications send in their sockets, until those are full, and does not
+    /// notice who goes.
     void setReading(bool reading);
     bool isReading() const;
     /// \a target is "sys.socialplatform" or "sys.zel.chathandler".
