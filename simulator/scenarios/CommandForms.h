@@ -49,8 +49,13 @@ struct Form
     std::variant<InWorld, InService, InBox, ForApplications> run;
     bool ofApplications = false; ///< About what applications may have made: there is nothing to try it on.
 
-    bool isForOne() const { return run.index() >= 2; }
-    bool isOfWorld() const { return run.index() % 2 == 0; }
+    template <typename Action>
+    bool runs() const
+    {
+        return std::holds_alternative<Action>(run);
+    }
+    bool isForOne() const { return runs<InBox>() || runs<ForApplications>(); }
+    bool isOfWorld() const { return runs<InWorld>() || runs<InBox>(); }
 };
 
 /// The whole command language, a row for every form of every command, with the arguments that it takes, its help and

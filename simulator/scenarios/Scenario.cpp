@@ -28,58 +28,100 @@ namespace {
 
 const QString shippedFolder = u":/zelcore/scenarios/"_s;
 
-void readWorld(MemberReader world, QList<Scenario::Step>* steps)
+/// Makes commands of the members of a world.
+class WorldReader
 {
-    const auto add = [steps](const QString& place, const QStringList& words) {
-        steps->append({place, QString(), words, 0, false});
-    };
+public:
+    explicit WorldReader(QList<Scenario::Step>* steps)
+        : m_steps(steps)
+    {
+    }
+
+    void read(MemberReader world)
+    {
+        if (world.has(u"profile"_s)) {
+            MemberReader profile = world.object(u"profile"_s);
+            add(profile.place(), QStringList{u"profile"_s} + profile.fields());
+        }
+        addMembers(world, u"permissions"_s, u"permission"_s);
+        if (world.has(u"registration"_s))
+            add(world.placeOf(u"registration"_s),
+                QStringList{u"registration"_s} + world.word(u"registration"_s).split(u' '));
+        addWord(world, u"state"_s, {u"state"_s});
+        addMembers(world, u"registered"_s, u"registered"_s);
+        addWord(world, u"reading"_s, {u"reading"_s});
+        addMembers(world, u"targets"_s, u"target"_s);
+        readPeople(world);
+        readPart(world);
+        readApplications(world.object(u"applications"_s));
+        addMembers(world, u"ecoIds"_s, u"eco"_s);
+        addMembers(world, u"ecoIdStatus"_s, u"eco-status"_s);
+        world.end();
+    }
+
+private:
+    void add(const QString& place, const QStringList& words)
+    {
+        m_steps->append({place, QString(), m_whose + words, 0, false});
+    }
+
+    void addWord(MemberReader& reader, const QString& key, const QStringList& command)
+    {
+        if (reader.has(key))
+            add(reader.placeOf(key), command + QStringList{reader.word(key)});
+    }
+
     /// One command for each member of an object.
-    const auto addMembers = [&](const QString& key, const QString& command) {
-        MemberReader reader = world.object(key);
+    void addMembers(MemberReader& parent, const QString& key, const QString& command)
+    {
+        MemberReader reader = parent.object(key);
         for (const QString& name : reader.keys())
             add(reader.placeOf(name), {command, name, reader.word(name)});
-    };
-    if (world.has(u"profile"_s)) {
-        MemberReader profile = world.object(u"profile"_s);
-        add(profile.place(), QStringList{u"profile"_s} + profile.fields());
     }
-    addMembers(u"permissions"_s, u"permission"_s);
-    if (world.has(u"registration"_s))
-        add(world.placeOf(u"registration"_s),
-            QStringList{u"registration"_s} + world.word(u"registration"_s).split(u' '));
-    const auto addWord = [&](const QString& key, const QStringList& command) {
-        if (world.has(key))
-            add(world.placeOf(key), command + QStringList{world.word(key)});
-    };
-    addWord(u"state"_s, {u"state"_s});
-    addMembers(u"registered"_s, u"registered"_s);
-    addWord(u"latency"_s, {u"latency"_s});
-    addWord(u"requestLatency"_s, {u"request"_s, u"latency"_s});
-    addWord(u"reading"_s, {u"reading"_s});
-    addMembers(u"targets"_s, u"target"_s);
-    if (world.has(u"generate"_s)) {
-        MemberReader generate = world.object(u"generate"_s);
-        add(generate.place(), {u"generate"_s, generate.word(u"count"_s), generate.word(u"seed"_s, u"1"_s)});
-        generate.end();
+
+    void readPeople(MemberReader& world)
+    {
+        if (world.has(u"generate"_s)) {
+            MemberReader generate = world.object(u"generate"_s);
+            add(generate.place(), {u"generate"_s, generate.word(u"count"_s), generate.word(u"seed"_s, u"1"_s)});
+            generate.end();
+        }
+        world.each(u"contacts"_s, [&](MemberReader& contact) {
+            const QStringList words{u"contact"_s, u"add"_s, contact.word(u"handle"_s)};
+            add(contact.place(), words + contact.fields());
+        });
     }
-    world.each(u"contacts"_s, [&](MemberReader& contact) {
-        const QStringList words{u"contact"_s, u"add"_s, contact.word(u"handle"_s)};
-        add(contact.place(), words + contact.fields());
-    });
-    MemberReader box = world.object(u"box"_s);
-    if (box.has(u"limit"_s))
-        add(box.placeOf(u"limit"_s), {u"box"_s, u"limit"_s, box.word(u"limit"_s)});
-    box.each(u"icons"_s, [&](MemberReader& icon) {
-        add(icon.place(), {u"box"_s, u"icon"_s, icon.word(u"id"_s), icon.word(u"size"_s)});
-    });
-    box.each(u"items"_s, [&](MemberReader& item) {
-        add(item.place(), {u"box"_s, u"add"_s, item.word(u"text"_s), item.word(u"cookie"_s), item.word(u"icon"_s)});
-    });
-    box.end();
-    addMembers(u"ecoIds"_s, u"eco"_s);
-    addMembers(u"ecoIdStatus"_s, u"eco-status"_s);
-    world.end();
-}
+
+    /// What there is for all applications, and for one.
+    void readPart(MemberReader& part)
+    {
+        addWord(part, u"latency"_s, {u"latency"_s});
+        addWord(part, u"requestLatency"_s, {u"request"_s, u"latency"_s});
+        MemberReader box = part.object(u"box"_s);
+        addWord(box, u"limit"_s, {u"box"_s, u"limit"_s});
+        box.each(u"icons"_s, [&](MemberReader& icon) {
+            add(icon.place(), {u"box"_s, u"icon"_s, icon.word(u"id"_s), icon.word(u"size"_s)});
+        });
+        box.each(u"items"_s, [&](MemberReader& item) {
+            add(item.place(), {u"box"_s, u"add"_s, item.word(u"text"_s), item.word(u"cookie"_s), item.word(u"icon"_s)});
+        });
+        box.end();
+    }
+
+    void readApplications(MemberReader applications)
+    {
+        for (const QString& application : applications.keys()) {
+            MemberReader one = applications.object(application);
+            m_whose = {u"app"_s, application};
+            readPart(one);
+            one.end();
+        }
+        m_whose.clear();
+    }
+
+    QList<Scenario::Step>* const m_steps;
+    QStringList m_whose; ///< Before the words of a command that is for one application.
+};
 
 void readStep(MemberReader& reader, QList<Scenario::Step>* steps)
 {
@@ -113,7 +155,7 @@ QString parse(const QByteArray& text, Scenario* scenario)
     MemberProblem problem;
     MemberReader root(document.object(), QString(), &problem);
     root.word(u"description"_s);
-    readWorld(root.object(u"world"_s), &scenario->world);
+    WorldReader(&scenario->world).read(root.object(u"world"_s));
     root.each(u"timeline"_s, [&](MemberReader& step) { readStep(step, &scenario->timeline); });
     root.end();
     const QHash<QString, int> lines = memberLines(text);

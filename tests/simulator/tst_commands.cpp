@@ -124,6 +124,8 @@ private Q_SLOTS:
             {R"({"world":{"box":{"limit":1,"items":[{"text":"a"},{"text":"b"}]}}})",
              "world.box.items[1]: the box is full"},
             {R"({"timeline":[{"command":"app you drop"}]})", "timeline[0]: "},
+            {R"({"world":{"applications":{"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b":{"box":{"items":[{"text":""}]}}}}})",
+             "world.applications.6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b.box.items[0]: "},
             {R"({"world":{"registration":"lunch"}})", "world.registration: \"lunch\""},
             {R"({"wrld":{}})", "wrld"},
             {R"({"world":{"profile":{"age":3}}})", "world.profile: no field \"age\""},
@@ -150,8 +152,12 @@ private Q_SLOTS:
                                       {"command":"app 2 state Expired"},{"command":"app 2 box add x"}],
                           "world":{"state":"Pending","latency":5,"requestLatency":"5","reading":true,
                                    "targets":{"sys.socialplatform":"refuses"},"box":{"limit":"none"},
-                                   "registered":{"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b":true}}})"),
+                                   "registered":{"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b":true},
+                                   "applications":{"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b":
+                                                   {"latency":1,"box":{"items":[{"text":"own"}]}}}}})"),
                  QString());
+        QVERIFY(m_simulator->boxItems().isEmpty());
+        QCOMPARE(m_simulator->boxItems(u"6A0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b"_s).size(), 1);
     }
 
     void playsATimelineStepByStepAndByTheClock()
