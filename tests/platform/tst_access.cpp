@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PlatformTest.h"
 
+#include <common/SlogCapture.h>
 #include <common/TestMain.h>
 
 #include <vx/platform/zel/ApplicationPermissions.h>
@@ -11,9 +12,6 @@
 
 #include <QtCore/QLoggingCategory>
 #include <QtTest/QSignalSpy>
-
-using namespace vx::platform::zel;
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -130,6 +128,7 @@ private Q_SLOTS:
     void withoutAServiceItIsBlockedByTheUser()
     {
         m_desk->goAway();
+        const SlogCapture log(3);
         QLoggingCategory::setFilterRules(u"zel.platform.debug=true"_s);
         // An application that shows what it is told may use the library to do so.
         static QStringList messages;
@@ -149,6 +148,11 @@ private Q_SLOTS:
             u"registrationState=BlockedByUser accessAllowed=false ready=false zelSetup=false platformVersion=200"_s);
         QSignalSpy states(&context, &Context::registrationStateUpdated);
         QVERIFY(!context.requestRegisterApplication() && !context.requestRegisterApplicationSilent());
+        const QString refusal =
+            u"2: Error:ZELSPServices::canRegister(), Cannot register since GlobalsManager is null"_s;
+        QCOMPARE(log.lines(),
+                 QStringList({u"3: can't open pps file at: /pps/services/zelcore/platform, shutting down library"_s,
+                              u"3: Failed to initialize ZELSPServices, errno:2"_s, refusal, refusal}));
         QCOMPARE(states.size(), 0);
         Context withoutUuid{QUuid()};
         QVERIFY(!withoutUuid.requestRegisterApplication());

@@ -5,9 +5,6 @@
 
 #include <vx/platform/zel/ContactService.h>
 
-using namespace vx::platform::zel;
-using namespace Qt::StringLiterals;
-
 class TstContactService : public PlatformTest
 {
     Q_OBJECT

@@ -7,9 +7,6 @@
 
 #include <QtTest/QSignalSpy>
 
-using namespace vx::platform::zel;
-using namespace Qt::StringLiterals;
-
 class TstContext : public PlatformTest
 {
     Q_OBJECT

@@ -12,9 +12,6 @@
 
 #include <functional>
 
-using namespace vx::platform::zel;
-using namespace Qt::StringLiterals;
-
 namespace {
 
 /// A mistake, and with what its warnings begin, up to the remedy.

@@ -5,9 +5,6 @@
 
 #include <vx/platform/zel/ProfileBox.h>
 
-using namespace vx::platform::zel;
-using namespace Qt::StringLiterals;
-
 class TstProfileBox : public PlatformTest
 {
     Q_OBJECT

@@ -10,9 +10,6 @@
 
 #include <array>
 
-using namespace vx::platform::zel;
-using namespace Qt::StringLiterals;
-
 namespace {
 
 /// A signal of a public object.

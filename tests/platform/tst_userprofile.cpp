@@ -6,10 +6,6 @@
 #include <vx/platform/zel/UserProfile.h>
 
 #include <QtCore/QCryptographicHash>
-#include <QtTest/QSignalSpy>
-
-using namespace vx::platform::zel;
-using namespace Qt::StringLiterals;
 
 class TstUserProfile : public PlatformTest
 {

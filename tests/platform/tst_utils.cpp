@@ -5,9 +5,6 @@
 
 #include <vx/platform/zel/Utils.h>
 
-using namespace vx::platform::zel;
-using namespace Qt::StringLiterals;
-
 class TstUtils : public PlatformTest
 {
     Q_OBJECT

@@ -13,9 +13,6 @@
 
 #include <QtCore/QSet>
 
-using namespace vx::platform::zel;
-using namespace Qt::StringLiterals;
-
 namespace {
 
 template <typename... Values>

@@ -3,7 +3,6 @@
 
 #include <common/FakePipe.h>
 #include <common/RecordingHandlers.h>
-#include <common/SlogCapture.h>
 #include <common/TestMain.h>
 
 #include <algorithm>
@@ -96,22 +95,6 @@ class TstZELSPServices : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void isUninitializedWithoutAnObject()
-    {
-        qputenv("PPS_ROOT", "/nonexistent");
-        const SlogCapture log;
-        Services* services = Services::getServices();
-        QVERIFY(!services->isInitialized() && !services->canRegister());
-        QVERIFY(!services->globals() && !services->ppsManager() && !services->profileBox());
-        services->userProfileAvatarIsReady();
-        services->contactsIsReady();
-        QCOMPARE(
-            log.lines(),
-            QStringList({u"3: can't open pps file at: /pps/services/zelcore/platform, shutting down library"_s,
-                         u"3: Failed to initialize ZELSPServices, errno:2"_s,
-                         u"2: Error:ZELSPServices::canRegister(), Cannot register since GlobalsManager is null"_s}));
-    }
-
     // Registration and what it waits for in every order, with one thing changed and changed back at any two points.
     void tellsSuccessWhileItIsTrueAndTheContactsOnce_data()
     {
