@@ -70,7 +70,7 @@ private Q_SLOTS:
 
     void replacesAStaleSocketOnly()
     {
-        const auto refused = [this](const QString& path, const QString& why) {
+        const auto refused = [](const QString& path, const QString& why) {
             ObjectServer server;
             QString error;
             return !server.listen(path, &error) && error.contains(why) && !server.isListening() &&

@@ -22,25 +22,6 @@ namespace {
 using List = zel::LiveList<Note>;
 using Handle = iface::ObservableList<Note, List>;
 
-/// Counts the keys that are taken from elements, which is what rebuilding an index would be seen by. Elements may say
-/// that they have another key from now on.
-class Adapter : public NoteAdapter
-{
-public:
-    Note jsonToElement(iface::JsonObjectReader json, const Note& base) override
-    {
-        Note note = NoteAdapter::jsonToElement(json, base);
-        json.readString("renamed", note.id);
-        return note;
-    }
-    QString elementToId(const Note& note) override
-    {
-        ++keysTaken;
-        return note.id;
-    }
-    int keysTaken = 0;
-};
-
 /// What a list should hold and have announced after each message, worked out the slow way.
 struct Model
 {
@@ -153,7 +134,7 @@ private Q_SLOTS:
         clock = FakeClock::install();
         pipe = QSharedPointer<FakePipe>::create();
         multiplexer = QSharedPointer<zel::ListApiMultiplexer>::create(pipe);
-        adapter = QSharedPointer<Adapter>::create();
+        adapter = QSharedPointer<NoteAdapter>::create();
         list = List::create(multiplexer, adapter, u"notes"_s, QString());
     }
 
@@ -314,7 +295,7 @@ private:
     QSharedPointer<FakeClock> clock;
     QSharedPointer<FakePipe> pipe;
     QSharedPointer<zel::ListApiMultiplexer> multiplexer;
-    QSharedPointer<Adapter> adapter;
+    QSharedPointer<NoteAdapter> adapter;
     List::Pointer list;
 };
 

@@ -314,7 +314,7 @@ private Q_SLOTS:
         person.displayName = u"Aaron"_s;
         m_service->changeContact(person);
         QTRY_COMPARE(names(), u"Aaron"_s); // the handle is what it was
-        person.showBusy = true; // and this alone
+        person.showBusy = true;            // and this alone
         m_service->changeContact(person);
         QTRY_COMPARE(names(), QString());
         filter.setPresence(Filter::Anybody);
