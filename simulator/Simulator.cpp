@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// The public calls, long as the list is: a few lines each, which hand on to where a thing is done.
 #include <zelcore/Simulator.h>
 
 #include <simulator/ClientLibrary.h>
