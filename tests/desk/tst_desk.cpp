@@ -3,20 +3,12 @@
 #include <WireText.h>
 
 #include <common/SeededRandom.h>
+#include <common/TestMain.h>
 #include <simulator/RawApplication.h>
 
-#include <QtCore/QProcess>
-#include <QtCore/QTemporaryDir>
-#include <QtCore/QtPlugin>
-#include <QtGui/QImage>
-#include <QtQml/QQmlApplicationEngine>
-#include <QtQuick/QQuickItem>
-#include <QtQuick/QQuickWindow>
 #include <QtTest/QAbstractItemModelTester>
 #include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
-
-Q_IMPORT_PLUGIN(ZelCoreDeskPlugin)
 
 using namespace Qt::StringLiterals;
 using zelcore::Simulator;
@@ -58,25 +50,6 @@ public:
 private:
     QObject m_context;
 };
-
-/// The list that shows a model, below \a item.
-QQuickItem* viewOf(QQuickItem* item, const QObject* model)
-{
-    if (item->property("model").value<QObject*>() == model && item->property("currentIndex").isValid())
-        return item;
-    QQuickItem* found = nullptr;
-    for (QQuickItem* child : item->childItems())
-        found = found ? found : viewOf(child, model);
-    return found;
-}
-
-QStringList warnings;
-
-void keepWarnings(QtMsgType type, const QMessageLogContext&, const QString& message)
-{
-    if (type != QtDebugMsg && type != QtInfoMsg)
-        warnings.append(message);
-}
 
 } // namespace
 
@@ -244,7 +217,10 @@ private Q_SLOTS:
         m_desk->contacts()->generate(3);
         QVERIFY(m_desk->box()->add(u"c"_s));
         QTRY_VERIFY(m_desk->contacts()->count() == 3 && m_desk->box()->count() == 1);
+        m_desk->contact()->setUserId(m_simulator->contactIds().first());
+        QVERIFY(m_desk->contact()->isThere());
         m_desk->service()->reset();
+        QVERIFY(!m_desk->contact()->isThere());
         QTRY_VERIFY(m_desk->contacts()->count() == 0 && m_desk->box()->count() == 0);
         QTRY_COMPARE(m_desk->applications()->count(), 0);
         QVERIFY(weather.latencyTo() == 0 && weather.isReading());
@@ -332,69 +308,10 @@ private Q_SLOTS:
         QVERIFY(summaryOf(passed, 20).size() <= 21);
     }
 
-    void theWindowSaysNothingAndGoesByKeyboard()
-    {
-        const auto before = qInstallMessageHandler(keepWarnings);
-        warnings.clear();
-        m_simulator->generateContacts(3, 1);
-        QQmlApplicationEngine engine;
-        engine.setInitialProperties({{u"desk"_s, QVariant::fromValue(m_desk.get())}, {u"dark"_s, true}});
-        engine.load(u"qrc:/qml/ZelCoreDesk/Main.qml"_s);
-        QCOMPARE(engine.rootObjects().size(), 1);
-        auto* const window = qobject_cast<QQuickWindow*>(engine.rootObjects().constFirst());
-        for (const int width : {1180, 360}) {
-            window->resize(width, 700);
-            QVERIFY(QTest::qWaitForWindowExposed(window));
-            QVERIFY(!window->grabWindow().isNull());
-        }
-        QQuickItem* const contacts = viewOf(window->contentItem(), m_desk->shownContacts());
-        QVERIFY(contacts);
-        QTRY_COMPARE(contacts->property("count").toInt(), 3);
-        contacts->forceActiveFocus();
-        QTest::keyClick(window, Qt::Key_Down);
-        QTest::keyClick(window, Qt::Key_Space);
-        const QString second = m_simulator->contactIds().at(1);
-        QVERIFY(!m_simulator->hasApplication(second));
-        QTest::keyClick(window, Qt::Key_Return);
-        QCOMPARE(m_desk->contact()->userId(), second);
-
-        window->resize(1180, 700);
-        RawApplication application(m_simulator->root());
-        application.begin();
-        QQuickItem* const records = viewOf(window->contentItem(), m_desk->wire());
-        QVERIFY(records);
-        QTRY_COMPARE(records->property("count").toInt(), 1);
-        QSignalSpy chosen(records, SIGNAL(chosen(QString)));
-        records->forceActiveFocus();
-        QTest::keyClick(window, Qt::Key_Down);
-        QCOMPARE(chosen.size(), 1);
-        QVERIFY(chosen.first().first().toString().contains("tpaApi"_L1));
-        qInstallMessageHandler(before);
-        QCOMPARE(warnings, QStringList());
-    }
-
-    void theProgramTakesAPictureWithAnApplicationBesideIt()
-    {
-        const QTemporaryDir folder;
-        const QString picture = folder.filePath(u"desk.png"_s);
-        QProcess program;
-        program.start(QStringLiteral(ZELCORE_DESK),
-                      {u"--root"_s, folder.filePath(u"root"_s), u"--scenario"_s, u"first-steps"_s, u"--paused"_s,
-                       u"--size"_s, u"900x500"_s, u"--record"_s, folder.filePath(u"wire.jsonl"_s), u"--screenshot"_s,
-                       picture, QStringLiteral(ZELCTL), u"contacts"_s});
-        QVERIFY(program.waitForFinished(60000));
-        QCOMPARE(program.exitCode(), 0);
-        QCOMPARE(QImage(picture).size(), QSize(900, 500));
-        QVERIFY(program.readAllStandardOutput().contains("Anna Brandt"));
-        const QByteArray said = program.readAllStandardError();
-        QVERIFY2(!said.contains("qrc:") && !said.contains("zelcore-desk:"), said);
-        QVERIFY(QFileInfo(folder.filePath(u"wire.jsonl"_s)).size() > 1000);
-    }
-
 private:
     std::unique_ptr<Simulator> m_simulator;
     std::unique_ptr<Desk> m_desk;
 };
 
-QTEST_MAIN(TstDesk)
+ZEL_TEST(TstDesk)
 #include "tst_desk.moc"

@@ -17,6 +17,8 @@ class PersonModel : public QAbstractListModel
     QML_UNCREATABLE("The desk has it.")
     /// The contact's user id; empty for the device's own user.
     Q_PROPERTY(QString userId READ userId WRITE setUserId NOTIFY userIdChanged FINAL)
+    /// False when there is no such contact any more.
+    Q_PROPERTY(bool there READ isThere NOTIFY changed FINAL)
     Q_PROPERTY(QString name READ name NOTIFY changed FINAL)
     Q_PROPERTY(bool busy READ isBusy WRITE setBusy NOTIFY changed FINAL)
     /// In words.
@@ -29,6 +31,7 @@ public:
 
     QString userId() const { return m_userId; }
     void setUserId(const QString& userId);
+    bool isThere() const { return m_userId.isEmpty() || !person().userId.isEmpty(); }
     QString name() const;
     bool isBusy() const { return person().showBusy; }
     void setBusy(bool busy);

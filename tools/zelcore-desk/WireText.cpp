@@ -11,6 +11,7 @@ namespace {
 
 constexpr qsizetype longestText = 200;
 constexpr qsizetype shownOfLongText = 60;
+constexpr qsizetype deepestShown = 40;
 
 /// The JSON text; all of a record in which none is announced.
 QByteArrayView bodyOf(const QByteArray& record)
@@ -69,14 +70,14 @@ private:
         return at;
     }
 
-    void breakLine(int deeper)
+    void breakLine(qsizetype deeper)
     {
-        m_depth = qMax(0, m_depth + deeper);
-        m_text += u'\n' + QString(qMin(m_depth, 40) * 2, u' ');
+        m_depth = qMax(qsizetype(0), m_depth + deeper);
+        m_text += u'\n' + QString(2 * qMin(m_depth, deepestShown), u' ');
     }
 
     QString m_text;
-    int m_depth = 0;
+    qsizetype m_depth = 0;
 };
 
 } // namespace

@@ -13,7 +13,13 @@ ColumnLayout {
 
     signal done
 
+    readonly property bool there: contact.there
+
     spacing: Theme.gap
+    onThereChanged: {
+        if (!there)
+            done()
+    }
     Keys.onEscapePressed: done()
     StackView.onActivated: back.forceActiveFocus()
 
@@ -39,10 +45,7 @@ ColumnLayout {
         }
         Button {
             text: qsTr("Re&move")
-            onClicked: {
-                editor.contacts.remove(editor.contact.userId)
-                editor.done()
-            }
+            onClicked: editor.contacts.remove(editor.contact.userId)
         }
     }
     PersonForm {
