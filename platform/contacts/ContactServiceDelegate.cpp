@@ -175,12 +175,13 @@ QList<Contact> ContactServiceDelegate::inHandleOrder(const QList<PlatformContact
 /// Answers the handle by value: a slot of the signal that it goes into may change the record.
 QString ContactServiceDelegate::store(const PlatformContact& record)
 {
-    const QString handle = record.getHandle();
+    const Contact contact(record);
+    const QString handle = contact.handle();
     const int place = placeOf(handle);
     if (place < m_contacts.size() && m_contacts.at(place).handle() == handle)
-        m_contacts[place] = Contact(record);
+        m_contacts[place] = contact;
     else
-        m_contacts.insert(place, Contact(record));
+        m_contacts.insert(place, contact);
     return handle;
 }
 

@@ -52,8 +52,8 @@ QByteArrayView jsonInPps(QByteArrayView ppsText)
 
 PPSManager::PPSManager(const QString& path, const QString& objectName, const QString& messageName)
     : m_ppsHandle(openObject(path))
-    , m_objectName(objectName)
-    , m_messageName(messageName)
+    , m_objectName('@' + objectName.toUtf8())
+    , m_messageName(messageName.toUtf8())
     , m_connected(new iface::WritableObservableValue<bool>(true))
 {
 }
@@ -75,7 +75,7 @@ void PPSManager::send(const QString& json)
 {
     Log<ZELSP_PPS_SEND_JSONDATA>({}, json);
     device::Encoder encoder(device::Encoder::Attributes);
-    encoder.addString("msg", m_messageName.toUtf8());
+    encoder.addString("msg", m_messageName);
     encoder.addJson("dat", json.toUtf8());
     const std::string_view record = encoder.text();
     // A message is written once or not at all; the object gives no sign of what becomes of it.
@@ -121,9 +121,8 @@ bool PPSManager::dispatchText(const QByteArray& ppsText)
 {
     device::Decoder text(ppsText);
     pps_decoder_t* const decoder = text.get();
-    const QByteArray object = '@' + m_objectName.toUtf8();
     if (!text.isValid() || pps_decoder_length(decoder) == 0 ||
-        pps_decoder_push(decoder, object.constData()) != PPS_DECODER_OK ||
+        pps_decoder_push(decoder, m_objectName.constData()) != PPS_DECODER_OK ||
         pps_decoder_push(decoder, "dat") != PPS_DECODER_OK)
         return false;
     const std::string_view type = device::currentName(decoder);

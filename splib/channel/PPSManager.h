@@ -58,8 +58,8 @@ private:
 
     zel::MessageListenerMap m_listeners;
     const int m_ppsHandle;
-    const QString m_objectName;
-    const QString m_messageName;
+    const QByteArray m_objectName; ///< as it stands in a text, behind its mark
+    const QByteArray m_messageName;
     const QExplicitlySharedDataPointer<iface::WritableObservableValue<bool>> m_connected;
 };
 
