@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Root.h"
 
-#include <QtCore/QDir>
+#include <QtCore/QStandardPaths>
 
 #include <algorithm>
-
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -25,10 +23,13 @@ QString quoted(QString word)
 
 } // namespace
 
+/// Never below a folder that others may write to: they could be there first.
 QString usualRoot()
 {
     const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
-    return runtime.isEmpty() ? QDir::tempPath() + u"/zelplatform-%1"_s.arg(::getuid()) : runtime + u"/zelplatform"_s;
+    const QString folder =
+        runtime.isEmpty() ? QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) : runtime;
+    return folder + u"/zelplatform"_s;
 }
 
 QString exportLine(const QString& root)
