@@ -88,8 +88,9 @@ private Q_SLOTS:
         int reminders = 0;
         std::unique_ptr<RetryTimer> timer;
         timer = std::make_unique<RetryTimer>([&] {
-            if (++reminders == 8)
+            if (reminders == 7)
                 timer.reset();
+            ++reminders; // what it captured is still there
         });
         QVERIFY(!timer->isActive());
         timer->start();
