@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <QtCore/QByteArray>
 #include <QtCore/QRandomGenerator>
 #include <QtGlobal>
 

@@ -74,12 +74,12 @@ struct BoxStage : Stage
                         ? u"taken"_s
                         : u"refused"_s);
         else if (what == u"item") // a text, its line breaks and a cookie
-            log.add(manager.createProfileBoxItem(
-                        words[0] == u"-" ? u""_s
-                                         : words[0] + QString(words[1]).replace(u'n', u'\n').replace(u'r', u'\r'),
-                        {}, words.value(2))
-                        ? u"taken"_s
-                        : u"refused"_s);
+            log.add(
+                manager.createProfileBoxItem(
+                    words[0] == u"-" ? u""_s : words[0] + QString(words[1]).replace(u'n', u'\n').replace(u'r', u'\r'),
+                    {}, words.value(2))
+                    ? u"taken"_s
+                    : u"refused"_s);
         else if (what == u"wanted")
             pipe->inject("{'requestNewProfileBoxImage':{'streamId':'s','imageId':'@'}}", {words[0].toUtf8()});
         else if (what == u"get")
