@@ -37,14 +37,18 @@ public:
     /// What is looked for. Each of its words must stand in the name, the handle or one of the messages, in capitals or
     /// not. Without words everybody fits.
     QString searchText() const;
+    /// Looks for the words of \a text, blanks between them.
     void setSearchText(const QString& text);
     /// Whose status fits.
     Presence presence() const;
+    /// Shows those alone whose status fits \a presence.
     void setPresence(Presence presence);
     /// By whose rules names are put in order.
     QLocale locale() const;
+    /// Puts names in order by the rules of \a locale.
     void setLocale(const QLocale& locale);
 
+    /// What is filtered: a ContactListModel, or another \a model with its roles. Not owned; null for none.
     void setSourceModel(QAbstractItemModel* model) override;
 
 Q_SIGNALS:
@@ -56,7 +60,9 @@ Q_SIGNALS:
     void localeChanged();
 
 protected:
+    /// Whether the contact in the source's \a row below \a parent fits.
     bool filterAcceptsRow(int row, const QModelIndex& parent) const override;
+    /// Whether \a left comes before \a right: by name, and for one name by handle.
     bool lessThan(const QModelIndex& left, const QModelIndex& right) const override;
 
 private:

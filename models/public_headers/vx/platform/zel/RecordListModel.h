@@ -27,6 +27,7 @@ class Q_DECL_EXPORT RecordListModel : public QAbstractListModel
     Q_PROPERTY(int count READ count NOTIFY countChanged)
 
 public:
+    /// The roles of every such model, beside Qt::DisplayRole.
     enum Role {
         RecordRole = Qt::UserRole, ///< the value itself; in QML it is called "record"
         FirstPropertyRole,         ///< its first property; the others follow
@@ -34,10 +35,11 @@ public:
 
     ~RecordListModel() override;
 
-    /// How many rows there are below \a parent: none but below the root.
+    /// How many rows there are; none where \a parent is a row itself.
     int rowCount(const QModelIndex& parent = {}) const override;
     /// What \a role is for the row of \a index. Invalid without such a row or role.
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+    /// The names of all roles, as delegates in QML use them.
     QHash<int, QByteArray> roleNames() const override;
     /// rowCount().
     int count() const;
