@@ -35,6 +35,8 @@ class ZELCORE_EXPORT TestService : public Simulator
     Q_OBJECT
 
 public:
+    /// Serves at once, with PPS_ROOT set to its folder; where that fails, isRunning() is false and problem() says why.
+    /// \a parent owns it if there is one.
     explicit TestService(QObject* parent = nullptr);
     /// PPS_ROOT is what it was before.
     ~TestService() override;
