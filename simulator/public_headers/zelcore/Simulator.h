@@ -440,8 +440,8 @@ Q_SIGNALS:
     void contactChanged(const QString& userId);
     /// An item or icon was added or removed, or an item is another.
     void boxChanged();
-    /// An application asked \a target of the invocation framework for \a action with \a mimeType as the type and \a
-    /// data as the text of the request.
+    /// An application asked \a target of the invocation framework for \a action with \a mimeType as the type
+    /// and \a data as the text of the request.
     void invocationReceived(const QString& target, const QString& action, const QString& mimeType,
                             const QByteArray& data);
     /// Every \a record of every application in both directions, and every invocation, as it passes: one that comes
