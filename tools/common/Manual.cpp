@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <common/Manual.h>
 
+#include <QtCore/QCommandLineParser>
 #include <QtCore/QRegularExpression>
 #include <QtCore/QStringList>
 
@@ -139,12 +140,29 @@ bool Manual::print(const QString& word, const QString& version) const
     QString text;
     if (word == "--help"_L1 || word == "-h"_L1)
         text = help();
+    else if (word == "--version"_L1)
+        text = program + u' ' + version + u'\n';
     else if (word == "--manual-page"_L1)
         text = page(version);
     else if (word == "--completion"_L1)
         text = completion();
     std::fputs(text.toUtf8().constData(), stdout);
     return !text.isEmpty();
+}
+
+bool Manual::printAsked(const QCommandLineParser& parser, const QString& version) const
+{
+    const QStringList asked = parser.optionNames();
+    return std::any_of(asked.cbegin(), asked.cend(), [&](const QString& name) {
+        return print((name.size() == 1 ? "-"_L1 : "--"_L1) + name, version);
+    });
+}
+
+void Manual::addOwnOptions(QCommandLineParser& parser)
+{
+    parser.addOption(QCommandLineOption(u"h"_s));
+    for (const Entry& own : ownOptions())
+        parser.addOption(QCommandLineOption(own.usage.mid(2)));
 }
 
 QList<Manual::Entry> Manual::entriesOf(const QList<QCommandLineOption>& options)

@@ -5,6 +5,8 @@
 #include <QtCore/QList>
 #include <QtCore/QString>
 
+class QCommandLineParser;
+
 namespace zeltools {
 
 /// How a program is called: told for people, as a page of the manual, and to the shell that completes its command line.
@@ -33,8 +35,12 @@ struct Manual
     /// For bash. "help" is completed by the names of the commands, if there are any.
     QString completion() const;
 
-    /// Prints what \a word ("--help", "-h", "--manual-page", "--completion") asks for; false when it is none of them.
+    /// Prints what \a word ("--help", "-h", "--version", "--manual-page", "--completion") asks for; false when it is
+    /// none of them.
     bool print(const QString& word, const QString& version) const;
+    /// The same for what a parser has found, that learnt of them by addOwnOptions().
+    bool printAsked(const QCommandLineParser& parser, const QString& version) const;
+    static void addOwnOptions(QCommandLineParser& parser);
     static QList<Entry> entriesOf(const QList<QCommandLineOption>& options);
     /// The options that print() knows, for the table of them.
     static QList<Entry> ownOptions();

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <common/ServiceOptions.h>
+
 #include <QtCore/QSize>
 #include <QtCore/QStringList>
 
@@ -9,19 +11,13 @@
 namespace zeldesk {
 
 /// What the command line asks for.
-struct Options
+struct Options : zeltools::ServiceOptions
 {
-    QString root;
-    QString scenario;
-    QString record;
     QString screenshot; ///< The file for a picture of the window; the program ends when it is taken.
     QString page;
     QString look; ///< The type of the record to begin with.
     QSize size;
-    int contacts = 0;
-    quint32 seed = 0;
     bool isDark = false;
-    bool isPaused = false;
     QStringList application; ///< A program and its arguments, to be run beside the desk.
 };
 

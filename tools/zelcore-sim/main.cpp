@@ -7,6 +7,7 @@
 #include <common/Manual.h>
 #include <common/QuitSignals.h>
 #include <common/Root.h>
+#include <common/ServiceOptions.h>
 
 #include <zelcore/Simulator.h>
 
@@ -17,6 +18,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <optional>
 
 #include <unistd.h>
 
@@ -38,38 +40,20 @@ void complain(const QString& line)
 }
 
 /// What the command line asks for.
-struct Options
+struct Options : zeltools::ServiceOptions
 {
-    QString root;
-    QString scenario;
-    int contacts = 0;
-    quint32 seed = 1;
     bool trace = false;
-    bool paused = false;
     QString remember;
-    QString record;
     QString replay;
     bool atOnce = false;
 };
 
-const QCommandLineOption rootOption(u"root"_s, u"serve below this folder"_s, u"DIR"_s);
-const QCommandLineOption scenarioOption(u"scenario"_s,
-                                        u"begin with this scenario: a file, or the name of one that "
-                                        "ships with the simulator"_s,
-                                        u"FILE"_s);
-const QCommandLineOption contactsOption(u"contacts"_s, u"add so many made-up contacts"_s, u"N"_s);
-const QCommandLineOption seedOption(u"seed"_s, u"make them up from this number"_s, u"S"_s, u"1"_s);
-const QCommandLineOption pausedOption(u"paused"_s, u"the scenario's timeline stands still until it is stepped"_s);
 const QCommandLineOption traceOption(u"trace"_s, u"show every message, both ways"_s);
 
 const QCommandLineOption rememberOption(u"remember"_s,
                                         u"keep the UUIDs that were registered in this file, and register them at "
                                         "once the next time"_s,
                                         u"FILE"_s);
-const QCommandLineOption recordOption(u"record"_s,
-                                      u"write every record, both ways, into this new file. What is in it "
-                                      "is personal: names, messages, pictures"_s,
-                                      u"FILE"_s);
 const QCommandLineOption replayOption(u"replay"_s,
                                       u"play the service's side of a recording, and tell what applications "
                                       "do otherwise than then"_s,
@@ -80,29 +64,21 @@ const QCommandLineOption anonymiseOption(u"anonymise"_s,
                                          "and pictures replaced, and end"_s,
                                          u"FILE"_s);
 
-/// False, with a line on standard error, for numbers that are none.
-bool readOptions(const QCommandLineParser& parser, Options* options)
+/// Nothing, with a line on standard error, for what cannot be meant.
+std::optional<Options> optionsIn(const QCommandLineParser& parser)
 {
-    bool contactsOk = true;
-    bool seedOk = true;
-    options->root = parser.isSet(rootOption) ? parser.value(rootOption) : zeltools::usualRoot();
-    options->scenario = parser.value(scenarioOption);
-    if (parser.isSet(contactsOption))
-        options->contacts = parser.value(contactsOption).toInt(&contactsOk);
-    options->seed = parser.value(seedOption).toUInt(&seedOk);
-    options->trace = parser.isSet(traceOption);
-    options->paused = parser.isSet(pausedOption);
-    options->remember = parser.value(rememberOption);
-    options->record = parser.value(recordOption);
-    options->replay = parser.value(replayOption);
-    options->atOnce = parser.isSet(atOnceOption);
-    if (!options->replay.isEmpty() && (!options->scenario.isEmpty() || options->contacts > 0)) {
-        complain(u"a replay has no scenario and no contacts: what it plays is all in the recording"_s);
-        return false;
-    }
-    if (!contactsOk || options->contacts < 0 || !seedOk)
-        complain(u"--contacts and --seed take numbers from 0"_s);
-    return contactsOk && options->contacts >= 0 && seedOk;
+    Options options;
+    QString problem = options.read(parser);
+    options.trace = parser.isSet(traceOption);
+    options.remember = parser.value(rememberOption);
+    options.replay = parser.value(replayOption);
+    options.atOnce = parser.isSet(atOnceOption);
+    if (!options.replay.isEmpty() && (!options.scenario.isEmpty() || options.contacts > 0))
+        problem = u"a replay has no scenario and no contacts: what it plays is all in the recording"_s;
+    if (problem.isEmpty())
+        return options;
+    complain(problem);
+    return std::nullopt;
 }
 
 /// As what an application asks to be registered, and how.
@@ -163,7 +139,7 @@ bool prepare(zelcore::Simulator& simulator, const Options& options)
     using Pace = zelcore::Simulator::ReplayPace;
     QString error;
     simulator.setRoot(options.root);
-    simulator.setTimelinePaused(options.paused);
+    simulator.setTimelinePaused(options.isPaused);
     bool done = options.scenario.isEmpty() || simulator.loadScenario(options.scenario, &error);
     if (done)
         simulator.generateContacts(options.contacts, options.seed);
@@ -199,44 +175,35 @@ int main(int argc, char* argv[])
     std::signal(SIGTTIN, SIG_IGN);
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"zelcore-sim"_s);
-    const QList<QCommandLineOption> options{rootOption,   scenarioOption, contactsOption, seedOption,
-                                            pausedOption, traceOption,    rememberOption, recordOption,
-                                            replayOption, atOnceOption,   anonymiseOption};
+    const auto options =
+        zeltools::ServiceOptions::all() +
+        QList<QCommandLineOption>{traceOption, rememberOption, replayOption, atOnceOption, anonymiseOption};
     QCommandLineParser parser;
     parser.addOptions(options);
-    const zeltools::Manual manual = manualOf(options);
-    parser.addOption(QCommandLineOption(u"h"_s));
-    for (const zeltools::Manual::Entry& own : zeltools::Manual::ownOptions())
-        parser.addOption(QCommandLineOption(own.usage.mid(2)));
+    zeltools::Manual::addOwnOptions(parser);
     const bool understood = parser.parse(QCoreApplication::arguments());
     if (!understood) {
         complain(parser.errorText() + u" See --help."_s);
         return 2;
     }
-    for (const QString& asked : parser.optionNames()) {
-        if (manual.print((asked.size() == 1 ? "-"_L1 : "--"_L1) + asked, QStringLiteral(ZELCORE_SIM_VERSION)))
-            return 0;
-    }
-    if (parser.isSet(u"version"_s)) {
-        print(u"zelcore-sim "_s + QStringLiteral(ZELCORE_SIM_VERSION));
+    if (manualOf(options).printAsked(parser, QStringLiteral(ZELCORE_SIM_VERSION)))
         return 0;
-    }
     if (parser.isSet(anonymiseOption))
         return anonymise(parser.value(anonymiseOption), parser.positionalArguments());
     if (!parser.positionalArguments().isEmpty()) {
         complain(u"\"%1\" is no option; see --help"_s.arg(parser.positionalArguments().first()));
         return 2;
     }
-    Options wanted;
-    if (!readOptions(parser, &wanted))
+    const std::optional<Options> wanted = optionsIn(parser);
+    if (!wanted)
         return 2;
 
     zeltools::QuitSignals ending;
     QObject::connect(&ending, &zeltools::QuitSignals::quitRequested, &application, &QCoreApplication::quit);
     zelcore::Simulator simulator;
     QObject::connect(&simulator, &zelcore::Simulator::quitRequested, &application, &QCoreApplication::quit);
-    show(simulator, wanted.trace);
-    if (!prepare(simulator, wanted))
+    show(simulator, wanted->trace);
+    if (!prepare(simulator, *wanted))
         return 1;
     print(zeltools::exportLine(simulator.root()));
 

@@ -175,11 +175,12 @@ int main(const QStringList& words)
         return complain(error + u"; zelctl --help shows what there is"_s);
     const QStringList& typed = line->words;
     const QString name = typed.value(0);
-    if (line->about == "--version"_L1 || (typed.size() == 2 && typed.last() == "--version"_L1)) {
-        std::puts("zelctl " ZELCTL_VERSION);
-        return 0;
-    }
-    if (manual().print(typed == QStringList{u"help"_s} ? u"--help"_s : line->about, QStringLiteral(ZELCTL_VERSION)))
+    QString about = line->about;
+    if (typed == QStringList{u"help"_s})
+        about = u"--help"_s;
+    else if (typed.size() == 2 && typed.last() == "--version"_L1)
+        about = typed.last();
+    if (manual().print(about, QStringLiteral(ZELCTL_VERSION)))
         return 0;
     if (typed.isEmpty())
         return complain(u"no command; zelctl --help shows what there is"_s);

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <common/ServiceOptions.h>
+
+#include <common/Root.h>
+
+#include <QtCore/QCommandLineParser>
+
+using namespace Qt::StringLiterals;
+
+namespace zeltools {
+
+namespace {
+
+const QCommandLineOption rootOption(u"root"_s, u"serve below this folder"_s, u"DIR"_s);
+const QCommandLineOption scenarioOption(u"scenario"_s,
+                                        u"begin with this scenario: a file, or the name of one that ships with the "
+                                        "simulator"_s,
+                                        u"FILE"_s);
+const QCommandLineOption contactsOption(u"contacts"_s, u"add so many made-up contacts"_s, u"N"_s, u"0"_s);
+const QCommandLineOption seedOption(u"seed"_s, u"make them up from this number"_s, u"S"_s, u"1"_s);
+const QCommandLineOption pausedOption(u"paused"_s, u"the scenario's timeline stands still until it is stepped"_s);
+const QCommandLineOption recordOption(u"record"_s,
+                                      u"write every record, both ways, into this new file. What is in it is personal: "
+                                      "names, messages, pictures"_s,
+                                      u"FILE"_s);
+
+} // namespace
+
+QList<QCommandLineOption> ServiceOptions::all()
+{
+    return {rootOption, scenarioOption, contactsOption, seedOption, pausedOption, recordOption};
+}
+
+QString ServiceOptions::read(const QCommandLineParser& parser)
+{
+    bool areContacts = false;
+    bool isSeed = false;
+    root = parser.isSet(rootOption) ? parser.value(rootOption) : usualRoot();
+    scenario = parser.value(scenarioOption);
+    contacts = parser.value(contactsOption).toInt(&areContacts);
+    seed = parser.value(seedOption).toUInt(&isSeed);
+    isPaused = parser.isSet(pausedOption);
+    record = parser.value(recordOption);
+    if (!areContacts || contacts < 0 || !isSeed)
+        return u"--contacts and --seed take numbers from 0"_s;
+    return {};
+}
+
+} // namespace zeltools

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QtCore/QCommandLineOption>
+#include <QtCore/QList>
+#include <QtCore/QString>
+
+class QCommandLineParser;
+
+namespace zeltools {
+
+/// What every program that is a core service may be told on its command line.
+struct ServiceOptions
+{
+    QString root; ///< The usual one unless another is named.
+    QString scenario;
+    int contacts = 0;
+    quint32 seed = 1;
+    bool isPaused = false;
+    QString record;
+
+    static QList<QCommandLineOption> all();
+    /// Takes over what a parser that knows these has found. A sentence for what cannot be meant; empty if all can.
+    QString read(const QCommandLineParser& parser);
+};
+
+} // namespace zeltools
