@@ -17,6 +17,7 @@ public:
     Q_DISABLE_COPY_MOVE(CoreProcess)
 
     QString root() const { return m_folder.path(); }
+    qint64 process() const { return m_process.processId(); }
     /// Executes a command of the simulator.
     void tell(const QByteArray& command);
     /// The service stands still until resume(): what is written to it meanwhile waits. However slowly an application
