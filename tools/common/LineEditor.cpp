@@ -73,7 +73,8 @@ QString stateFolder()
 bool makePrivate(const QString& name)
 {
     QFile file(name);
-    return file.open(QIODevice::Append) && file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
+    const QFile::Permissions forTheUser = QFile::ReadOwner | QFile::WriteOwner;
+    return file.open(QIODevice::Append, forTheUser) && file.setPermissions(forTheUser);
 }
 
 void list(const QStringList& names)

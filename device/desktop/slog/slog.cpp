@@ -29,12 +29,12 @@ struct Settings
     Settings() { read(); }
     void read()
     {
-        const char* const text = std::getenv("ZEL_SLOG_LEVEL");
+        const char* const text = ::secure_getenv("ZEL_SLOG_LEVEL");
         char* end = nullptr;
         const long number = text ? std::strtol(text, &end, 10) : 0;
         const bool isNumber = text && end != text && *end == '\0';
         level = isNumber ? static_cast<int>(std::clamp(number, -1L, 7L)) : defaultLevel;
-        const char* const target = std::getenv("ZEL_SLOG");
+        const char* const target = ::secure_getenv("ZEL_SLOG");
         toStandardError = target && std::strcmp(target, "stderr") == 0;
     }
 };
