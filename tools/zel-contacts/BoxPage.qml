@@ -2,7 +2,6 @@
 import QtQuick
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
-import ZelPlatform
 
 // What others see of this application in the user's profile.
 Item {

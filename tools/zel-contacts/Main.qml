@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 import QtQuick
 import QtQuick.Controls.Basic
-import ZelPlatform
 
 // The list of contacts and a page beside it, or one of them where there is no room for both.
 ApplicationWindow {

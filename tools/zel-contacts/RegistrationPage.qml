@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 import QtQuick
-import QtQuick.Controls.Basic
-import ZelPlatform
 
 // How the registration stands, and what can be done about it.
 FocusScope {

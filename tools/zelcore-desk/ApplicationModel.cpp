@@ -37,6 +37,8 @@ QVariant ApplicationModel::data(const QModelIndex& index, int role) const
         return client.uuid;
     case StateRole:
         return client.state;
+    case ChoicesRole:
+        return Simulator::registrationStates();
     case ProcessRole:
         return client.process;
     default:
@@ -46,7 +48,11 @@ QVariant ApplicationModel::data(const QModelIndex& index, int role) const
 
 QHash<int, QByteArray> ApplicationModel::roleNames() const
 {
-    return {{NumberRole, "number"}, {UuidRole, "uuid"}, {StateRole, "registration"}, {ProcessRole, "process"}};
+    return {{NumberRole, "number"},
+            {UuidRole, "uuid"},
+            {StateRole, "registration"},
+            {ChoicesRole, "choices"},
+            {ProcessRole, "process"}};
 }
 
 void ApplicationModel::setState(const QString& number, const QString& state)

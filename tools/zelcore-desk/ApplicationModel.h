@@ -8,14 +8,14 @@
 namespace zeldesk {
 
 /// The applications that are connected to a simulator, who must outlive this, by their numbers.
-class ApplicationModel : public KeyedListModel
+class ApplicationModel : public zeldesk::KeyedListModel
 {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("The desk has it.")
 
 public:
-    enum Role { NumberRole = Qt::UserRole, UuidRole, StateRole, ProcessRole };
+    enum Role { NumberRole = Qt::UserRole, UuidRole, StateRole, ChoicesRole, ProcessRole };
 
     explicit ApplicationModel(zelcore::Simulator& simulator, QObject* parent = nullptr);
 

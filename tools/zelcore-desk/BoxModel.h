@@ -8,7 +8,7 @@
 namespace zeldesk {
 
 /// The items of the profile box of a simulator, who must outlive this, and what can be done to them.
-class BoxModel : public KeyedListModel
+class BoxModel : public zeldesk::KeyedListModel
 {
     Q_OBJECT
     QML_ELEMENT

@@ -8,7 +8,7 @@
 namespace zeldesk {
 
 /// Everybody in the world of a simulator, who must outlive this, and what can be done to them.
-class ContactModel : public KeyedListModel
+class ContactModel : public zeldesk::KeyedListModel
 {
     Q_OBJECT
     QML_ELEMENT

@@ -14,6 +14,8 @@ namespace zeldesk {
 /// Rows of a world that lives elsewhere, each known by a key. The model holds the keys alone: what a row shows is read
 /// where it is, so it is never older than the world. Changes are announced in turns, some twenty a second, as one
 /// difference each: ten thousand changes cost views what one does.
+///
+/// Models name it with its namespace: by that QML finds it among their bases.
 class KeyedListModel : public QAbstractListModel
 {
     Q_OBJECT

@@ -8,12 +8,13 @@ import ZelCoreDesk
 ColumnLayout {
     id: row
 
-    required property ApplicationModel applications
-    required property var states // texts
     required property string number
     required property string uuid
     required property string registration
+    required property list<string> choices // what the registration may be set to
     required property int process
+
+    signal chosen(string number, string to)
 
     spacing: 2
 
@@ -25,11 +26,11 @@ ColumnLayout {
         }
         ComboBox {
             Layout.preferredWidth: 190
-            model: row.states
+            model: row.choices
             currentIndex: model.indexOf(row.registration)
             displayText: row.registration
             onActivated: index => {
-                row.applications.setState(row.number, model[index])
+                row.chosen(row.number, row.choices[index])
                 currentIndex = Qt.binding(() => model.indexOf(row.registration))
             }
             Accessible.name: qsTr("Registration state of application %1").arg(row.number)

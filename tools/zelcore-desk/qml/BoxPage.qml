@@ -49,7 +49,9 @@ ColumnLayout {
             clip: true
             boundsBehavior: Flickable.StopAtBounds
             model: page.box
-            delegate: BoxRow { box: page.box }
+            delegate: BoxRow {
+                onRemoved: itemId => page.box.remove(itemId)
+            }
             ScrollBar.vertical: ScrollBar {}
             Accessible.role: Accessible.List
             Accessible.name: qsTr("Items of the profile box")
@@ -74,7 +76,7 @@ ColumnLayout {
             delegate: Button {
                 required property string modelData
                 text: qsTr("%1 ✕").arg(modelData)
-                onClicked: page.box.removeIcon(modelData)
+                onClicked: () => page.box.removeIcon(modelData)
                 Accessible.name: qsTr("Remove the icon %1").arg(modelData)
             }
         }

@@ -2,15 +2,15 @@
 import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
-import ZelCoreDesk
 
 // An item. A field counts when Enter is pressed or the focus goes on.
 RowLayout {
     id: row
 
-    required property BoxModel box
     required property var model
     required property string itemId
+
+    signal removed(string itemId)
 
     width: ListView.view?.width ?? 0
 
@@ -55,7 +55,7 @@ RowLayout {
     ToolButton {
         Layout.topMargin: 4
         text: "✕"
-        onClicked: row.box.remove(row.itemId)
+        onClicked: row.removed(row.itemId)
         Accessible.name: qsTr("Remove the item")
     }
 }

@@ -18,7 +18,8 @@ Pane {
             notices.open()
     }
 
-    contentItem: ColumnLayout {
+    ColumnLayout {
+        anchors.fill: parent
         spacing: Theme.gap
 
         Label {
@@ -63,7 +64,7 @@ Pane {
                 selectByMouse: true
                 textFormat: TextEdit.PlainText
                 font.family: Theme.monospace
-                text: bar.service.notices.join("\n")
+                text: [...bar.service.notices].join("\n")
                 Accessible.name: qsTr("What was said, the latest first")
             }
         }

@@ -8,7 +8,6 @@ import ZelCoreDesk
 ItemDelegate {
     id: row
 
-    required property ContactModel contacts
     required property string userId
     required property string handle
     required property string name
@@ -17,12 +16,13 @@ ItemDelegate {
     required property bool installed
 
     signal opened(string userId)
+    signal switched(string userId, bool on)
 
     function open() {
         opened(userId)
     }
     function setOther() {
-        contacts.setInstalled(userId, !installed)
+        switched(userId, !installed)
     }
 
     width: ListView.view?.width ?? 0

@@ -13,7 +13,7 @@ StackView {
     function look(userId) {
         desk.contact.userId = userId
         if (depth === 1)
-            push(editor)
+            push(editor, { contacts: desk.contacts, contact: desk.contact })
     }
 
     clip: true
@@ -56,8 +56,8 @@ StackView {
                 boundsBehavior: Flickable.StopAtBounds
                 model: page.desk.shownContacts
                 delegate: ContactRow {
-                    contacts: page.desk.contacts
                     onOpened: userId => page.look(userId)
+                    onSwitched: (userId, on) => page.desk.contacts.setInstalled(userId, on)
                 }
                 ScrollBar.vertical: ScrollBar {}
                 Accessible.role: Accessible.List
@@ -114,9 +114,7 @@ StackView {
         id: editor
 
         ContactEditor {
-            contacts: page.desk.contacts
-            contact: page.desk.contact
-            onDone: page.pop()
+            onDone: () => page.pop()
         }
     }
 }

@@ -27,7 +27,7 @@ Flow {
                 delegate: MenuItem {
                     required property string modelData
                     text: modelData
-                    onTriggered: bar.timeline.open(modelData)
+                    onTriggered: () => bar.timeline.open(modelData)
                 }
                 onObjectAdded: (index, object) => scenarios.insertItem(index, object)
                 onObjectRemoved: (index, object) => scenarios.removeItem(object)

@@ -119,8 +119,7 @@ ScrollView {
             model: page.applications
             delegate: ApplicationRow {
                 Layout.fillWidth: true
-                applications: page.applications
-                states: page.service.registrationStates
+                onChosen: (number, to) => page.applications.setState(number, to)
             }
         }
     }

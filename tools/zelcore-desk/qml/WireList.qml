@@ -21,7 +21,7 @@ ListView {
     model: wire
     currentIndex: -1
     delegate: WireRow {
-        onClicked: {
+        onClicked: () => {
             list.currentIndex = index
             list.forceActiveFocus()
             list.choose()
@@ -35,7 +35,7 @@ ListView {
         if (look)
             lookAtLast()
         else if (following)
-            Qt.callLater(positionViewAtEnd)
+            end.restart()
     }
     Keys.onUpPressed: {
         decrementCurrentIndex()
@@ -48,6 +48,13 @@ ListView {
     Accessible.role: Accessible.List
     Accessible.name: qsTr("Records")
 
+    // Rows that have come are laid out before one can go to them.
+    Timer {
+        id: end
+        interval: 0
+        onTriggered: list.positionViewAtEnd()
+    }
+
     function lookAtLast() {
         const row = wire.lastOfType(look)
         if (row < 0)
@@ -55,7 +62,8 @@ ListView {
         look = ""
         currentIndex = row
         choose()
-        Qt.callLater(positionViewAtIndex, row, ListView.Center)
+        forceLayout()
+        positionViewAtIndex(row, ListView.Center)
     }
     function choose() {
         following = false
