@@ -77,12 +77,15 @@ foreach(part IN ITEMS programs desktop)
         if(TARGET ${program})
             set_target_properties(${program} PROPERTIES INSTALL_RPATH "$ORIGIN/${bin_to_libraries}")
             install(TARGETS ${program} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT ${part})
+            if(TARGET manuals)
+                install(FILES "${PROJECT_BINARY_DIR}/share/man/man1/${program}.1.gz"
+                        DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT ${part})
+                install(FILES "${PROJECT_BINARY_DIR}/share/bash-completion/completions/${program}"
+                        DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT ${part})
+            endif()
         endif()
     endforeach()
 endforeach()
-if(TARGET manuals)
-    install(DIRECTORY "${PROJECT_BINARY_DIR}/share/" DESTINATION "${CMAKE_INSTALL_DATADIR}" COMPONENT programs)
-endif()
 
 configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/ZelPlatformConfig.cmake.in"
     "${PROJECT_BINARY_DIR}/ZelPlatformConfig.cmake" INSTALL_DESTINATION "${zel_package}")

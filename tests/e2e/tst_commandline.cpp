@@ -75,10 +75,13 @@ private Q_SLOTS:
 
     void isCompletedInBash()
     {
-        const zeltools::Manual manual{.program = u"try-it"_s,
-                                      .options = {{u"--all"_s, {}}, {u"--root DIR"_s, {}}, {u"--with[=FILE]"_s, {}}},
-                                      .commands = {{u"set on|off TEXT"_s, {}}, {u"show ID [--big] [-o FILE]"_s, {}}}};
-        const std::pair<const char*, const char*> rows[] = {{"''", "--all --root --with= help set show"},
+        const zeltools::Manual manual{
+            .program = u"try-it"_s,
+            .options = {{u"--all"_s, {}}, {u"--root DIR"_s, {}}, {u"--with[=FILE]"_s, {}}, {u"--hue dark|light"_s, {}}},
+            .commands = {{u"set on|off TEXT"_s, {}}, {u"show ID [--big] [-o FILE]"_s, {}}}};
+        const std::pair<const char*, const char*> rows[] = {{"''", "--all --root --with= --hue help set show"},
+                                                            {"--hue d", "dark"},
+                                                            {"--hue = ''", "dark light"},
                                                             {"--a", "--all"},
                                                             {"--all s", "set show"},
                                                             {"--root s", "stars.png"},

@@ -87,7 +87,9 @@ QString Manual::page(const QString& version) const
     text += u".SH SYNOPSIS\n.B %1\n%2\n"_s.arg(escaped(program), escaped(synopsis));
     text += ".SH DESCRIPTION\n"_L1 + escaped(sentence(purpose)) + ".\n"_L1 + escaped(more) + u'\n';
     text += section(u"OPTIONS"_s, options) + section(u"COMMANDS"_s, commands);
-    for (const QString& line : ending.split(u'\n', Qt::SkipEmptyParts))
+    const QStringList last = ending.split(u'\n', Qt::SkipEmptyParts);
+    text += last.isEmpty() ? QString() : u".SH NOTES\n"_s;
+    for (const QString& line : last)
         text += ".PP\n"_L1 + escaped(line) + u'\n';
     return text;
 }
@@ -95,11 +97,15 @@ QString Manual::page(const QString& version) const
 QString Manual::completion() const
 {
     QStringList words;
-    QStringList beforeFiles{u"-o"_s, u"="_s}; // of a command's options the one that names a file, as "--option=" does
+    QStringList beforeFiles{u"-o"_s, u"*="_s}; // of a command's options the one that names a file, as "--option=" does
+    QString choices;
     for (const Entry& option : options) {
-        words += wordsOf(option.usage);
-        if (wantsFile(option.usage) && !words.last().endsWith(u'='))
-            beforeFiles += words.last();
+        const QStringList typed = wordsOf(option.usage);
+        words += typed.first();
+        if (typed.size() > 1)
+            choices += u"        %1|%1=) words='%2' ;;\n"_s.arg(typed.first(), typed.mid(1).join(u' '));
+        else if (wantsFile(option.usage) && !typed.first().endsWith(u'='))
+            beforeFiles += typed.first();
     }
     QStringList names;
     QString cases;
@@ -117,7 +123,8 @@ QString Manual::completion() const
                          "_%2() {\n"
                          "    local current=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD-1]}\n"
                          "    local commands='%3' words='%4' files= command= word\n"
-                         "    [ \"$current\" != = ] || current= before==\n"
+                         "    [ \"$before\" != = ] || before=${COMP_WORDS[COMP_CWORD-2]}=\n"
+                         "    [ \"$current\" != = ] || { current=; before+==; }\n"
                          "    for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n"
                          "        [[ \" $commands help \" != *\" $word \"* ]] || { command=$word; break; }\n"
                          "    done\n"
@@ -125,13 +132,16 @@ QString Manual::completion() const
                          "%5"
                          "        *) [ -z \"$command\" ] || words= ;;\n"
                          "    esac\n"
-                         "    case $before in %6) words= files=1 ;; esac\n"
+                         "    case $before in\n"
+                         "%6"
+                         "        %7) words= files=1 ;;\n"
+                         "    esac\n"
                          "    mapfile -t COMPREPLY < <(compgen ${files:+-f} -W \"$words\" -- \"$current\")\n"
                          "    [[ ${COMPREPLY[0]-} != *= ]] || compopt -o nospace 2>/dev/null\n"
                          "}\n"
                          "complete -o filenames -F _%2 %1\n"_s;
     QString function = program;
-    return form.arg(program, function.replace(u'-', u'_'), names.join(u' '), words.join(u' '), cases,
+    return form.arg(program, function.replace(u'-', u'_'), names.join(u' '), words.join(u' '), cases, choices,
                     beforeFiles.join(u'|'));
 }
 
@@ -170,7 +180,10 @@ QList<Manual::Entry> Manual::entriesOf(const QList<QCommandLineOption>& options)
     QList<Entry> entries;
     for (const QCommandLineOption& option : options) {
         const QString value = option.valueName().isEmpty() ? QString() : u' ' + option.valueName();
-        entries.append({"--"_L1 + option.names().first() + value, option.description()});
+        const QString usual = option.defaultValues().join(u' ');
+        entries.append(
+            {"--"_L1 + option.names().first() + value,
+             usual.isEmpty() ? option.description() : u"%1 (default %2)"_s.arg(option.description(), usual)});
     }
     return entries;
 }

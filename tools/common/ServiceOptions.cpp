@@ -42,7 +42,7 @@ QString ServiceOptions::read(const QCommandLineParser& parser)
     isPaused = parser.isSet(pausedOption);
     record = parser.value(recordOption);
     if (!areContacts || contacts < 0 || !isSeed)
-        return u"--contacts and --seed take numbers from 0"_s;
+        return u"--contacts and --seed take numbers from 0."_s;
     return {};
 }
 

@@ -1,28 +1,31 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <common/Manual.h>
 #include <common/ServiceOptions.h>
+#include <common/WindowOptions.h>
 
-#include <QtCore/QSize>
+#include <QtCore/QCommandLineOption>
+#include <QtCore/QList>
 #include <QtCore/QStringList>
 
-#include <variant>
+class QCommandLineParser;
 
 namespace zeldesk {
 
 /// What the command line asks for.
-struct Options : zeltools::ServiceOptions
+struct Options
 {
-    QString screenshot; ///< The file for a picture of the window; the program ends when it is taken.
-    QString page;
+    zeltools::ServiceOptions service;
+    zeltools::WindowOptions window;
     QString look; ///< The type of the record to begin with.
-    QSize size;
     bool isDark = false;
     QStringList application; ///< A program and its arguments, to be run beside the desk.
-};
 
-/// Needs no application object, and so no screen. What the process is to end with when the command line asks for help
-/// and the like, which is printed, or is wrong, which is said on standard error.
-std::variant<Options, int> readOptions(const QStringList& arguments);
+    static QList<QCommandLineOption> all();
+    static zeltools::Manual manual();
+    /// Takes over what a parser that knows these has found. A sentence for what cannot be meant; empty if all can.
+    QString read(const QCommandLineParser& parser);
+};
 
 } // namespace zeldesk

@@ -7,6 +7,7 @@
 
 #include <common/QuitSignals.h>
 
+#include <QtCore/QCommandLineParser>
 #include <QtCore/QProcess>
 #include <QtCore/QtPlugin>
 #include <QtGui/QGuiApplication>
@@ -16,7 +17,6 @@
 
 #include <cstdio>
 #include <memory>
-#include <span>
 
 Q_IMPORT_PLUGIN(ZelCoreDeskPlugin)
 
@@ -29,7 +29,7 @@ void complain(const QString& line)
     std::fprintf(stderr, "zelcore-desk: %s\n", line.toUtf8().constData());
 }
 
-bool prepare(zelcore::Simulator& simulator, zeldesk::Desk& desk, const zeldesk::Options& options)
+bool prepare(zelcore::Simulator& simulator, zeldesk::Desk& desk, const zeltools::ServiceOptions& options)
 {
     QString problem;
     simulator.setRoot(options.root);
@@ -74,15 +74,20 @@ void end(QProcess& process)
 int main(int argc, char* argv[])
 {
     zeltools::QuitSignals::block();
-    QStringList arguments;
-    for (const char* argument : std::span(argv, size_t(argc)))
-        arguments.append(QString::fromLocal8Bit(argument));
-    const auto read = zeldesk::readOptions(arguments);
-    if (const int* const status = std::get_if<int>(&read))
-        return *status;
-    const auto* const options = &std::get<zeldesk::Options>(read);
+    QCommandLineParser parser;
+    parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
+    parser.addOptions(zeldesk::Options::all());
+    if (zeltools::isAnswered(zeldesk::Options::manual(), parser, argc, argv, QStringLiteral(ZELCORE_DESK_VERSION)))
+        return 0;
     QGuiApplication application(argc, argv);
     QGuiApplication::setApplicationName(u"zelcore-desk"_s);
+    zeldesk::Options options;
+    const bool isUnderstood = parser.parse(QCoreApplication::arguments());
+    const QString mistake = isUnderstood ? options.read(parser) : parser.errorText();
+    if (!mistake.isEmpty()) {
+        complain(mistake + u" See --help."_s);
+        return 2;
+    }
     if (!qEnvironmentVariableIsSet("QT_QUICK_CONTROLS_STYLE"))
         QQuickStyle::setStyle(u"Fusion"_s);
 
@@ -91,33 +96,33 @@ int main(int argc, char* argv[])
     zelcore::Simulator simulator;
     QObject::connect(&simulator, &zelcore::Simulator::quitRequested, &application, &QCoreApplication::quit);
     zeldesk::Desk desk(simulator);
-    if (!prepare(simulator, desk, *options))
+    if (!prepare(simulator, desk, options.service))
         return 1;
 
     QQmlApplicationEngine engine;
     engine.setInitialProperties({{u"desk"_s, QVariant::fromValue(&desk)},
-                                 {u"dark"_s, options->isDark},
-                                 {u"page"_s, options->page},
-                                 {u"look"_s, options->look},
-                                 {u"width"_s, options->size.width()},
-                                 {u"height"_s, options->size.height()}});
+                                 {u"dark"_s, options.isDark},
+                                 {u"page"_s, options.window.page},
+                                 {u"look"_s, options.look},
+                                 {u"width"_s, options.window.size.width()},
+                                 {u"height"_s, options.window.size.height()}});
     engine.load(u"qrc:/qml/ZelCoreDesk/Main.qml"_s);
     if (engine.rootObjects().isEmpty())
         return 1;
     auto* const window = qobject_cast<QQuickWindow*>(engine.rootObjects().constFirst());
 
     std::unique_ptr<zeldesk::Screenshot> screenshot;
-    if (!options->screenshot.isEmpty()) {
-        screenshot = std::make_unique<zeldesk::Screenshot>(*window, *desk.wire(), options->screenshot);
+    if (!options.window.screenshot.isEmpty()) {
+        screenshot = std::make_unique<zeldesk::Screenshot>(*window, *desk.wire(), options.window.screenshot);
         QObject::connect(screenshot.get(), &zeldesk::Screenshot::taken, &application, [&](bool isSaved) {
             if (!isSaved)
-                complain(u"%1 cannot be written"_s.arg(options->screenshot));
+                complain(u"%1 cannot be written"_s.arg(options.window.screenshot));
             QCoreApplication::exit(isSaved ? 0 : 1);
         });
     }
     std::unique_ptr<QProcess> beside;
-    if (!options->application.isEmpty())
-        beside = run(options->application, simulator.root());
+    if (!options.application.isEmpty())
+        beside = run(options.application, simulator.root());
     const int status = QGuiApplication::exec();
     if (beside)
         end(*beside);

@@ -74,7 +74,7 @@ std::optional<Options> optionsIn(const QCommandLineParser& parser)
     options.replay = parser.value(replayOption);
     options.atOnce = parser.isSet(atOnceOption);
     if (!options.replay.isEmpty() && (!options.scenario.isEmpty() || options.contacts > 0))
-        problem = u"a replay has no scenario and no contacts: what it plays is all in the recording"_s;
+        problem = u"a replay has no scenario and no contacts: what it plays is all in the recording."_s;
     if (problem.isEmpty())
         return options;
     complain(problem);
