@@ -118,6 +118,8 @@ QList<Client> Simulator::clients() const
 
 void Simulator::setRegistrationPolicy(RegistrationPolicy policy, const QString& fixedState, int delay)
 {
+    if (policy == RegistrationPolicy::Fixed)
+        d->lookAt(fixedState);
     d->service.registrar().setPolicy(policy, fixedState, delay);
 }
 
@@ -138,6 +140,7 @@ int Simulator::registrationDelay() const
 
 void Simulator::setRegistrationState(const QString& state)
 {
+    d->lookAt(state);
     d->service.setRegistrationState(state);
 }
 
@@ -149,6 +152,7 @@ QString Simulator::registrationState() const
 bool Simulator::setRegistrationState(const QString& state, const QString& application)
 {
     const std::optional<Addressee> whose = d->addressee(application);
+    d->lookAt(state);
     return whose && d->accepted(d->service.setRegistrationState(state, *whose));
 }
 

@@ -354,6 +354,20 @@ void SimulatorPrivate::warn(const QString& line) const
     qCWarning(lcZelcore).noquote() << line;
 }
 
+QString SimulatorPrivate::remarkOn(const QString& state)
+{
+    const QStringList known = Simulator::registrationStates();
+    return known.contains(state) ? QString()
+                                 : u"applications do not know the state \"%1\", and read it as Unknown; they know %2 "
+                                   "(\"%3\" is their Allowed)"_s.arg(state, known.join(", "_L1), known.first());
+}
+
+void SimulatorPrivate::lookAt(const QString& state) const
+{
+    if (const QString remark = remarkOn(state); !remark.isEmpty())
+        warn(remark);
+}
+
 std::optional<Addressee> SimulatorPrivate::addressee(const QString& application)
 {
     const std::optional<Addressee> whose = Addressee::of(application);

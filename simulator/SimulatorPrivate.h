@@ -43,6 +43,10 @@ public:
     bool accepted(const QString& problem);
     void refuse(const QString& line);
     void warn(const QString& line) const;
+    /// What is to be known of \a state before it is told to applications; empty when they know it.
+    static QString remarkOn(const QString& state);
+    /// Warns of it.
+    void lookAt(const QString& state) const;
 
     /// Takes a scenario, all or nothing.
     bool load(const QString& scenario, QString* error);

@@ -17,9 +17,8 @@ Answer setState(SimulatorPrivate& simulator, const Addressee& whose, const QStri
         simulator.service.setRegistrationState(args.first());
     else
         problem = simulator.service.setRegistrationState(args.first(), whose);
-    return done(problem, Simulator::registrationStates().contains(args.first())
-                             ? QString()
-                             : u"done, but applications do not know the state \"%1\""_s.arg(args.first()));
+    const QString remark = SimulatorPrivate::remarkOn(args.first());
+    return done(problem, remark.isEmpty() ? remark : u"done, but "_s + remark);
 }
 
 Answer setRegistration(SimulatorPrivate& simulator, const QStringList& args)

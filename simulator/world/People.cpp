@@ -3,6 +3,8 @@
 
 #include <simulator/world/World.h>
 
+#include <QtCore/QtEndian>
+
 #include <array>
 
 using namespace Qt::StringLiterals;
@@ -46,6 +48,34 @@ QString pick(const char16_t* words, PeopleMaker& maker)
 {
     const QStringList list = QString::fromUtf16(words).split(u'|');
     return list.at(maker.below(int(list.size())));
+}
+
+/// A part of a PNG file: its length, \a name, \a data and their checksum.
+QByteArray pngPart(const char* name, const QByteArray& data)
+{
+    const auto bytesOf = [](quint32 number) {
+        const quint32 bigEndian = qToBigEndian(number);
+        return QByteArray(reinterpret_cast<const char*>(&bigEndian), sizeof bigEndian);
+    };
+    const QByteArray summed = name + data;
+    quint32 sum = ~0U;
+    for (const char byte : summed) {
+        sum ^= quint8(byte);
+        for (int bit = 0; bit < 8; ++bit)
+            sum = sum >> 1 ^ (sum % 2 == 1 ? 0xedb88320U : 0U);
+    }
+    return bytesOf(quint32(data.size())) + summed + bytesOf(~sum);
+}
+
+/// A PNG picture of 8 by 8 pixels in the only colour of its palette. The pixels are not compressed, so that the bytes
+/// are the same whatever library compresses on this machine.
+QByteArray square(const std::array<char, 3>& color)
+{
+    const QByteArray header = QByteArray::fromHex("00000008 00000008 01 03 00 00 00");
+    const QByteArray pixels =
+        QByteArray::fromHex("7801 01 1000 efff") + QByteArray(16, '\0') + QByteArray::fromHex("00100001");
+    return QByteArrayLiteral("\x89PNG\r\n\x1a\n") + pngPart("IHDR", header) +
+           pngPart("PLTE", QByteArray(color.data(), color.size())) + pngPart("IDAT", pixels) + pngPart("IEND", {});
 }
 
 } // namespace
@@ -104,8 +134,9 @@ const QList<QByteArray>& PeopleMaker::pictures()
 
 QByteArray PeopleMaker::picture(int size, quint32 seed)
 {
-    QByteArray data = QByteArrayLiteral("\x89PNG\r\n\x1a\n").left(size);
     std::mt19937 noise(seed);
+    const quint32 color = noise();
+    QByteArray data = square({char(color), char(color >> 8), char(color >> 16)}).left(size);
     while (data.size() < size)
         data.append(char(noise() & 0xff));
     return data;

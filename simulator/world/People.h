@@ -27,7 +27,8 @@ public:
 
     /// The pictures that made-up people share.
     const QList<QByteArray>& pictures();
-    /// A picture of exactly \a size bytes: it has the first bytes of a PNG picture, and noise.
+    /// A picture of exactly \a size bytes: a square of one colour as PNG, and noise behind it, which nobody reads.
+    /// Below 99 bytes it is cut, and cannot be shown.
     static QByteArray picture(int size, quint32 seed);
 
 private:

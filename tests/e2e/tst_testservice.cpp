@@ -118,6 +118,18 @@ private Q_SLOTS:
         QTRY_COMPARE(context.registrationState(), RegistrationState::Expired);
     }
 
+    void warnsOfAStateByAnotherName()
+    {
+        zelcore::TestService service;
+        const Context context(QUuid::createUuid());
+        QTest::ignoreMessage(QtWarningMsg,
+                             QRegularExpression(u"the state \"Allowed\".*\"Success\" is their Allowed"_s));
+        service.setRegistrationState(u"Allowed"_s);
+        QTRY_VERIFY(service.clientCount() == 1 && context.registrationState() == RegistrationState::Unknown);
+        service.setRegistrationState(u"Success"_s);
+        QTRY_COMPARE(context.registrationState(), RegistrationState::Allowed);
+    }
+
     void remarksOnceForEachServiceOnASuccessorThatWouldWaitInVain()
     {
         for (int function = 0; function < 2; ++function) {

@@ -195,9 +195,9 @@ TestCase {
         tryVerify(() => app.shown.count === 1 && color(app.shown.itemAt(0).image) === "#00ff00")
         world.run("away")
         world.run("contact add bert displayName=Bert")
-        world.paint("anna", "#0000ff")
+        world.run("contact picture anna 3000")
         world.run("back")
-        tryVerify(() => names(app.shown) === "Anna,Bert" && color(app.shown.itemAt(0).image) === "#0000ff")
+        tryVerify(() => names(app.shown) === "Anna,Bert" && color(app.shown.itemAt(0).image) === "#fc5dc3")
     }
 
     function test_fillsTheBox() {

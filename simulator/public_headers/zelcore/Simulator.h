@@ -136,7 +136,8 @@ public:
     // --- Registration and permissions ---------------------------------------------------------------------------
 
     /// Makes \a policy what becomes of requests. \a fixedState counts for RegistrationPolicy::Fixed; \a delay
-    /// milliseconds pass between "Pending" and the outcome, none when it is below 0.
+    /// milliseconds pass between "Pending" and the outcome, none when it is below 0. A state that applications do not
+    /// know is warned of, as by setRegistrationState().
     void setRegistrationPolicy(RegistrationPolicy policy, const QString& fixedState = QString(), int delay = 0);
     /// RegistrationPolicy::Automatic in the beginning.
     RegistrationPolicy registrationPolicy() const;
@@ -146,11 +147,13 @@ public:
     int registrationDelay() const;
     /// Makes \a state that of every connected application, and the one in which new ones begin ("Unregistered" if
     /// nothing is set), and forgets who was registered before.
-    /// Any text may be sent, also one that applications do not know; see registrationStates().
+    /// States are called as on the wire: see registrationStates(), of which "Success" is what applications read as
+    /// Allowed. Any other text is sent as well, with a warning.
     void setRegistrationState(const QString& state);
     /// The state of the application that connected last; the beginning state without one.
     QString registrationState() const;
-    /// The states that applications know, as they stand on the wire ("Success", "BlockedByTov", ...).
+    /// The states that applications know, as they stand on the wire, in the order of their values: "Success", which
+    /// they read as Allowed, "Unknown", "Unregistered", ...
     static QStringList registrationStates();
 
     // Some things concern one of several applications. It is named by its number or its UUID; an empty name, where one
