@@ -31,10 +31,23 @@ ContactFilterModel::ContactFilterModel(QObject* parent)
     , d(std::make_unique<Private>())
 {
     d->collator.setCaseSensitivity(Qt::CaseInsensitive);
+    connect(this, &QAbstractItemModel::rowsInserted, this, &ContactFilterModel::countChanged);
+    connect(this, &QAbstractItemModel::rowsRemoved, this, &ContactFilterModel::countChanged);
+    connect(this, &QAbstractItemModel::modelReset, this, &ContactFilterModel::countChanged);
     sort(0);
 }
 
 ContactFilterModel::~ContactFilterModel() = default;
+
+int ContactFilterModel::count() const
+{
+    return rowCount();
+}
+
+Contact ContactFilterModel::contact(int row) const
+{
+    return data(index(row, 0), d->roles.value("record", -1)).value<Contact>();
+}
 
 QString ContactFilterModel::searchText() const
 {

@@ -297,6 +297,8 @@ private Q_SLOTS:
         filter.setLocale(QLocale(QLocale::German));
         filter.setSourceModel(&model);
         QTRY_COMPARE(filter.rowCount(), 4);
+        int told = 4;
+        connect(&filter, &ContactFilterModel::countChanged, this, [&] { told = filter.count(); });
         const auto names = [&] { return column(filter, "displayName").join(u'|'); };
         QVERIFY(names().endsWith(u"Bert Ödman|Zoë Adams"_s));
         using Filter = ContactFilterModel;
@@ -309,6 +311,8 @@ private Q_SLOTS:
             filter.setPresence(presence);
             filter.setSearchText(text);
             QCOMPARE(names(), found);
+            QCOMPARE(filter.contact(0).displayName(), found);
+            QCOMPARE(told, filter.rowCount());
         }
         Person person = m_service->contacts().constLast();
         person.displayName = u"Aaron"_s;
@@ -320,6 +324,8 @@ private Q_SLOTS:
         filter.setPresence(Filter::Anybody);
         filter.setSearchText({});
         QVERIFY(names().startsWith("Aaron|"_L1));
+        filter.setSourceModel(nullptr);
+        QVERIFY(told == 0 && filter.contact(0).isNull());
     }
 
 private:

@@ -120,6 +120,7 @@ TestCase {
         verify(app.contacts.complete)
         app.filter.searchText = "sea"
         compare(names(app.shown), "Zoe")
+        verify(app.filter.count === 1 && app.filter.contact(0).displayName === "Zoe" && app.filter.contact(1).null)
         app.filter.searchText = ""
         app.filter.presence = ContactFilterModel.Available
         compare(names(app.shown), "Anna")

@@ -16,9 +16,8 @@ Rectangle {
     function takeFocus() { list.forceActiveFocus() }
     function search() { searchField.forceActiveFocus() }
     function openFirst() {
-        const first = page.session.people.mapToSource(page.session.people.index(0, 0))
         list.currentIndex = 0
-        page.contactOpened(page.session.contacts.contact(first.row).handle)
+        page.contactOpened(page.session.people.contact(0).handle)
     }
 
     color: Colors.base

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <vx/platform/zel/Contact.h>
+
 #include <QtCore/QLocale>
 #include <QtCore/QSortFilterProxyModel>
 #include <QtCore/QString>
@@ -17,6 +19,7 @@ namespace vx::platform::zel {
 class Q_DECL_EXPORT ContactFilterModel : public QSortFilterProxyModel
 {
     Q_OBJECT
+    Q_PROPERTY(int count READ count NOTIFY countChanged)
     Q_PROPERTY(QString searchText READ searchText WRITE setSearchText NOTIFY searchTextChanged)
     Q_PROPERTY(Presence presence READ presence WRITE setPresence NOTIFY presenceChanged)
     Q_PROPERTY(QLocale locale READ locale WRITE setLocale NOTIFY localeChanged)
@@ -33,6 +36,11 @@ public:
     /// Shows everybody, by the application's locale; \a parent may own it.
     explicit ContactFilterModel(QObject* parent = nullptr);
     ~ContactFilterModel() override;
+
+    /// How many fit.
+    int count() const;
+    /// The contact in \a row; a null one when there is no such row.
+    Q_INVOKABLE vx::platform::zel::Contact contact(int row) const;
 
     /// What is looked for. Each of its words must stand in the name, the handle or one of the messages, in capitals or
     /// not. Without words everybody fits.
@@ -52,6 +60,9 @@ public:
     void setSourceModel(QAbstractItemModel* model) override;
 
 Q_SIGNALS:
+    /// count() is another number, or the source model is another one. A view that the same rows are announced to may
+    /// hear of them after this.
+    void countChanged();
     /// searchText() is another one; the rows follow it already.
     void searchTextChanged();
     /// presence() is another one; the rows follow it already.
