@@ -81,6 +81,7 @@ private Q_SLOTS:
                                                    {{u"--root"_s, u"/proc/none"_s}, 1},
                                                    {{u"--replay"_s, u"nowhere"_s}, 1},
                                                    {{u"--replay"_s, u"a"_s, u"--contacts"_s, u"1"_s}, 2},
+                                                   {{u"--at-once"_s}, 2},
                                                    {{u"--record"_s, u"/proc/none"_s}, 1},
                                                    {{u"--anonymise"_s, u"nowhere"_s}, 2},
                                                    {{u"--anonymise"_s, u"nowhere"_s, u"new"_s}, 1}};

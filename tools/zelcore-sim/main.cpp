@@ -75,6 +75,8 @@ std::optional<Options> optionsIn(const QCommandLineParser& parser)
     options.atOnce = parser.isSet(atOnceOption);
     if (!options.replay.isEmpty() && (!options.scenario.isEmpty() || options.contacts > 0))
         problem = u"a replay has no scenario and no contacts: what it plays is all in the recording."_s;
+    if (options.replay.isEmpty() && options.atOnce)
+        problem = u"--at-once says how a recording is played: name one with --replay."_s;
     if (problem.isEmpty())
         return options;
     complain(problem);
