@@ -55,6 +55,7 @@ public:
         connect(contacts, &ContactService::contactUpdated, this, [this, contacts](const QString& handle) {
             update(contacts->contact(handle));
         });
+        connect(contacts, &ContactService::displayPictureUpdated, this, &Page::paint); // handle, format, bytes; none: no picture
         connect(contacts, &ContactService::applicationEnabled, this, &Page::add);      // a contact installed the application
         connect(contacts, &ContactService::applicationDisabled, this, &Page::remove);  // ... or removed it
         show(contacts->contacts());                                                    // what there is already
@@ -72,7 +73,8 @@ public:
         auto* utils = new Utils(&context, this);
         connect(utils, &Utils::ecoIdUpdated, this, [utils](const QString& ppId, const QString& found) {
             qInfo() << ppId << "is" << found;
-            utils->requestEcoIdStatus(found);
+            if (!found.isEmpty())                                                         // empty: the service knows none
+                utils->requestEcoIdStatus(found);
         });
         utils->requestEcoId(contact.ppId());
         utils->sendContactInvitation(ecoId, profile->displayName(), tr("Join me"));   // hands over, in the user's name
@@ -102,6 +104,7 @@ public:
 private:
     void show(const QList<Contact>& contacts);
     void update(const Contact& contact);
+    void paint(const QString& handle, ImageType::Type type, const QByteArray& picture);
     void add(const QString& handle);
     void remove(const QString& handle);
     void sayGoodbye(const Contact& contact);

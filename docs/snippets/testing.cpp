@@ -37,6 +37,17 @@ void TstContactBrowser::showsWhoIsThereComesAndLeaves()
     QCOMPARE(service.refusals(), QStringList());         // nothing that it asked for was refused
 }
 
+void whatHappens(zelcore::TestService& service, const QByteArray& bytes)
+{
+    service.execute(u"contact change anna personalMessage=\"on holiday\" showBusy=true"_s);    // some of her fields
+    service.setContactPicture(u"anna"_s, bytes);
+    service.setRegistrationState(u"Expired"_s);      // access is lost ...
+    service.setRegistrationState(u"Success"_s);      // ... and back: the service's word for Allowed
+    service.goAway();                                // connections drop; the world goes on
+    service.uninstallApplication(u"anna"_s);
+    QVERIFY(service.comeBack());                     // whoever was connected is told anew
+}
+
 void stepping(zelcore::TestService& service)
 {
     service.setTimelinePaused(true);                     // a Simulator; a TestService is paused
