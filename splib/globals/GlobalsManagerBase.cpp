@@ -7,6 +7,7 @@
 #include <splib/globals/GlobalNames.h>
 #include <splib/globals/GlobalVarsJsonAdapter.h>
 #include <splib/globals/OwnPicture.h>
+#include <splib/globals/RegistrationRequest.h>
 #include <splib/log/Logging.h>
 
 #include <zel/JsonStreamFunctorAdapter.h>
@@ -43,6 +44,7 @@ struct GlobalsManagerBase::Private
     std::unique_ptr<zel::JsonStreamFunctorAdapter> streamAdapter;
     EventQueue events;
 
+    RegistrationRequest registration;
     PlatformPermissions permissions; ///< as last told
     PlatformContact profile;         ///< as last told, without its picture
     bool profileInitialized = false;
@@ -55,10 +57,42 @@ struct GlobalsManagerBase::Private
         : jsonStream(stream)
         , registrationHandler(handler)
         , globalMap(GlobalMap::create(listApi, QSharedPointer<GlobalVarsJsonAdapter>::create(), u"global"_s, {}))
+        , registration({[this](const QString& uuid, bool silent) { sendRegistration(uuid, silent); },
+                        [this] { readAgain(globalnames::permission()); }})
         , ownPicture(stream, {[this](const Avatar& avatar) { sendAvatar(avatar); },
+                              [this] { readAgain(globalnames::platformProfile()); },
                               [this](const QString& streamId) { sendAvatarRequest(streamId); },
                               [manager](const QByteArray& data) { manager->postAvatar(data); }})
     {
+    }
+
+    /// News of it may have been lost. Nobody waits for the answer: without a cookie it is nobody's.
+    void readAgain(const QString& name) const { globalMap->requestListElements({name}, QString()); }
+
+    void sendRegistration(const QString& uuid, bool silent) const
+    {
+        const auto request = QSharedPointer<zel::JsonWriter>::create(u"registrationRequest"_s, u"zel"_s);
+        request->addAttribute(u"uuid"_s, uuid);
+        request->addAttribute(u"silent"_s, silent);
+        jsonStream->pipe()->send(request);
+    }
+
+    /// A state that is told without being another one is an answer, too.
+    void heedStates(const iface::JsonObjectReader& listChange)
+    {
+        QString type;
+        listChange.readString("type", type);
+        if (type != globalMap->type())
+            return;
+        const iface::JsonArrayReader elements = listChange["elements"].array();
+        for (int i = 0, count = elements.numChildren(); i < count; ++i) {
+            QString name;
+            QString state;
+            elements[i].object().readString("name", name);
+            if (name == globalnames::permission() &&
+                elements[i].object()["value"].object().readString("registrationState", state))
+                registration.heed(state);
+        }
     }
 
     void sendProfile(const PlatformContact& change) const
@@ -108,6 +142,8 @@ GlobalsManagerBase::GlobalsManagerBase(QSharedPointer<zel::ListApiMultiplexer> l
     pipe->addListener(this, u"profileChangeResponse"_s, [this](QObject* sender, iface::JsonReaderAttribute message) {
         profileChangeResponseCallback(sender, message);
     });
+    pipe->addListener(this, u"listChange"_s,
+                      [this](QObject*, const iface::JsonReaderAttribute& message) { d->heedStates(message.object()); });
 }
 
 GlobalsManagerBase::~GlobalsManagerBase() = default;
@@ -126,10 +162,7 @@ void GlobalsManagerBase::sendRegistration(const QString& uuid, bool silent)
         pushPermissionEvent(state);
         return;
     }
-    const auto request = QSharedPointer<zel::JsonWriter>::create(u"registrationRequest"_s, u"zel"_s);
-    request->addAttribute(u"uuid"_s, uuid);
-    request->addAttribute(u"silent"_s, silent);
-    d->jsonStream->pipe()->send(request);
+    d->registration.begin(uuid, silent);
 }
 
 void GlobalsManagerBase::sendTpaApi(const QString& apiType)
@@ -207,6 +240,7 @@ void GlobalsManagerBase::permissionCallback()
     const QString state = permissions.registrationState;
     if (state == before.registrationState)
         return;
+    d->registration.heed(state);
     // The application hears of its success later, from the facade, when all that belongs to it is there.
     if (state == success)
         d->events.post([this] { d->registrationHandler->registered(); });

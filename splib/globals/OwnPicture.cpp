@@ -26,7 +26,10 @@ bool refuse(const QString& reason)
 OwnPicture::OwnPicture(const QSharedPointer<zel::JsonStream>& stream, Actions actions)
     : m_stream(stream)
     , m_actions(std::move(actions))
-    , m_offerRetry([this] { m_actions.changeProfile(*m_offered.constData()); })
+    , m_offerRetry([this] {
+        m_actions.readProfile();
+        m_actions.changeProfile(*m_offered.constData());
+    })
     , m_requests(stream, [this](const QString&, const QString& streamId) { m_actions.requestBytes(streamId); })
 {
 }

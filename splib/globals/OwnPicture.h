@@ -24,7 +24,8 @@ inline constexpr unsigned int DEFAULT_MAX_AVATAR_DATA_SIZE = 32768;
 ///
 /// A member of the globals manager. A picture that the application has offered is pending until the own profile names
 /// another picture than before, or the service answers for the one that it has already; while it is, the change of the
-/// profile is asked for again. What was offered last is kept, for the service may want its bytes at any time.
+/// profile is asked for again, and the profile itself, of whose change the news may have been lost. What was offered
+/// last is kept, for the service may want its bytes at any time.
 class OwnPicture
 {
 public:
@@ -32,6 +33,7 @@ public:
     struct Actions
     {
         std::function<void(const Avatar&)> changeProfile;          ///< ask for a profile that names this picture
+        std::function<void()> readProfile;                         ///< ask for the profile as it is
         std::function<void(const QString& streamId)> requestBytes; ///< of the picture that the profile names
         std::function<void(const QByteArray&)> tell;               ///< these are the own picture's bytes
     };

@@ -116,6 +116,25 @@ void TstGlobalsManager::tellsItsStory_data()
         show                                             -> 1 1 Expired 1
     )",
         "");
+    row("a registration of which nothing is heard", R"(
+        turn                                             -> requestListElements permission global
+        answer permission "registrationState":"Unregistered" -> state Unregistered
+        register                                         -> registrationRequest u-1 false
+        wait 30                                          -> requestListElements permission global
+        wait 60                                          -> registrationRequest u-1 false
+        wait 120                                         -> requestListElements permission global
+        unasked permission "registrationState":"Pending" -> state Pending
+        wait 540 -> requestListElements permission global; requestListElements permission global
+        change permission "registrationState":"Expired"  -> state Expired
+        wait 600
+        register                                         -> registrationRequest u-1 false
+        change other "registrationState":"Expired"
+        change permission "showAppBox":true
+        wait 30                                          -> requestListElements permission global
+        change permission "registrationState":"Expired"
+        wait 600
+    )",
+        "");
     row("a profile without a picture", R"(
         answer platformProfile "userId":""               -> gate profile; picture - - -; gate picture
         change platformProfile "displayName":"A"         -> name A
@@ -173,7 +192,7 @@ void TstGlobalsManager::tellsItsStory_data()
     pictureRow("an offer that is given up", R"(
         offer mine                                       -> taken; requestListChange platformProfile %mine image/gif global
         offer other                                      -> Error:m_pendingAvatarSetRequest != 0; this request will be ignored since a request is already pending; refused
-        wait 30                                          -> requestListChange platformProfile %mine image/gif global
+        wait 30                                          -> requestListElements platformProfile global; requestListChange platformProfile %mine image/gif global
         response {"status":"Failure"}                    -> Warning:a change of the own profile was refused; the own picture is given up
         wait 600
         bytes                                            -> has old

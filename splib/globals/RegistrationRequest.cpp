@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <splib/globals/RegistrationRequest.h>
+
+#include <utility>
+
+namespace zelsplib {
+
+RegistrationRequest::RegistrationRequest(Actions actions)
+    : m_actions(std::move(actions))
+    , m_retry([this] { remind(); })
+{
+}
+
+void RegistrationRequest::begin(const QString& uuid, bool silent)
+{
+    m_uuid = uuid;
+    m_silent = silent;
+    m_isPending = false;
+    m_isRead = false;
+    m_retry.start();
+    m_actions.send(uuid, silent);
+}
+
+void RegistrationRequest::heed(const QString& state)
+{
+    m_isPending = state == QStringLiteral("Pending");
+    if (!m_isPending)
+        m_retry.stop();
+}
+
+void RegistrationRequest::remind()
+{
+    if (!m_isPending && std::exchange(m_isRead, !m_isRead))
+        m_actions.send(m_uuid, m_silent);
+    else
+        m_actions.readState();
+}
+
+} // namespace zelsplib
