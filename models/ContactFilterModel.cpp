@@ -46,7 +46,7 @@ int ContactFilterModel::count() const
 
 Contact ContactFilterModel::contact(int row) const
 {
-    return data(index(row, 0), d->roles.value("record", -1)).value<Contact>();
+    return index(row, 0).data(d->roles.value("record", -1)).value<Contact>();
 }
 
 QString ContactFilterModel::searchText() const
