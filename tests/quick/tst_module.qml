@@ -216,6 +216,27 @@ TestCase {
         compare(world.refusals(), [])
     }
 
+    Component { id: ecoComponent; EcoContact {} }
+
+    function test_knowsWhoMayBeInvited() {
+        world.run("eco pp-eve eco-eve")
+        const app = start()
+        const eco = createTemporaryObject(ecoComponent, test, {context: app.context, ppId: "pp-eve"})
+        verify(!eco.chat() && !eco.invitable)
+        tryVerify(() => eco.invitable && eco.chat())
+        compare(world.asked("requestEcoId"), 1)
+        verify(eco.invite(app.profile.displayName, "Join me") && !eco.invitable)
+        tryVerify(() => world.asked("sys.socialplatform") === 1)
+        eco.lookUp()
+        tryVerify(() => eco.status === EcoIdStatus.PendingContactInviteExists && !eco.invitable)
+        world.run("state NoDataConnection")
+        tryVerify(() => eco.ecoId === "" && eco.status === EcoIdStatus.Unknown && !eco.invitable)
+        world.run("state Success")
+        tryCompare(eco, "status", EcoIdStatus.PendingContactInviteExists)
+        eco.ppId = "pp-nobody"
+        verify(eco.ecoId === "" && !eco.invite("Robin", "Nobody hears"))
+    }
+
     SignalSpy { id: ecoIds; signalName: "ecoIdUpdated" }
     SignalSpy { id: statuses; signalName: "ecoIdStatusUpdated" }
 

@@ -21,7 +21,7 @@ Item {
     }
     EcoContact {
         id: eco
-        session: page.session
+        context: page.session.context
         ppId: page.person.ppId
     }
 
@@ -85,14 +85,14 @@ Item {
             ActionButton {
                 text: qsTr("Chat")
                 highlighted: true
-                enabled: eco.known
+                enabled: eco.ecoId !== ""
                 onClicked: outcome.text = eco.chat() ? "" : qsTr("The messaging application does not answer.")
             }
             ActionButton {
-                visible: eco.known && eco.status !== EcoIdStatus.ContactExists
-                enabled: eco.status === EcoIdStatus.Unknown
-                text: enabled ? qsTr("Invite") : qsTr("Invited")
-                onClicked: outcome.text = eco.invite(qsTr("Let us talk here"))
+                visible: eco.invitable || eco.status === EcoIdStatus.PendingContactInviteExists
+                enabled: eco.invitable
+                text: eco.invitable ? qsTr("Invite") : qsTr("Invited")
+                onClicked: outcome.text = eco.invite(page.session.profile.displayName, qsTr("Let us talk here"))
                     ? qsTr("The invitation is with the messaging application.")
                     : qsTr("The messaging application does not answer.")
             }
