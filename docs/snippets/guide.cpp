@@ -117,7 +117,7 @@ private:
 void simulated()
 {
     zelcore::Simulator service;
-    service.generateContacts(25, 1);
+    service.addContact(u"Anna"_s);           // and so on; generateContacts(25, 1) makes people up
     QVERIFY(service.start());
     QVERIFY(service.exportRoot());           // before the application's objects are made
     // ... your application registers ...

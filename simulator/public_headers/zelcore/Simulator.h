@@ -34,7 +34,7 @@ class SimulatorPrivate;
 /// Changes made before start() are what applications find; changes made afterwards are announced to all of them.
 ///
 ///     zelcore::Simulator simulator;
-///     simulator.generateContacts(25, 1);
+///     simulator.addContact(QStringLiteral("Anna"));
 ///     simulator.start();
 ///     simulator.exportRoot();          // before the objects of an application in this process are made
 ///     simulator.execute(QStringLiteral("contact change anna displayName=\"Anna B.\""));
