@@ -7,24 +7,46 @@
 #include <QtCore/QStringList>
 
 #include <algorithm>
+#include <array>
 
 namespace vx::platform::zel {
 
 class ContactFilterModel::Private
 {
 public:
-    QString textOf(const QAbstractItemModel& model, const QModelIndex& index, const char* property) const
-    {
-        return model.data(index, roles.value(property, -1)).toString();
-    }
+    bool fits(const QAbstractItemModel& model, const QModelIndex& index) const;
 
     QString searchText;
     QStringList words; ///< of the search text
     Presence presence = Anybody;
     QLocale locale;
     QCollator collator{locale};
-    QHash<QByteArray, int> roles; ///< of the source model, by name
+    /// Whoever does not fit already cannot do so now. Until the first row goes: then others may change contacts.
+    bool isNarrowing = false;
+
+    // Roles of the source model.
+    int nameRole = -1;
+    int handleRole = -1;
+    int statusRole = -1;
+    int recordRole = -1;
+    std::array<int, 4> searchedRoles{};
 };
+
+bool ContactFilterModel::Private::fits(const QAbstractItemModel& model, const QModelIndex& index) const
+{
+    if (presence != Anybody) {
+        const auto status = model.data(index, statusRole).value<UserStatus::Type>();
+        if ((status == UserStatus::Available) != (presence == Available))
+            return false;
+    }
+    if (words.isEmpty())
+        return true;
+    QString searched;
+    for (const int role : searchedRoles)
+        searched += model.data(index, role).toString() + u'\n';
+    return std::all_of(words.cbegin(), words.cend(),
+                       [&](const QString& word) { return searched.contains(word, Qt::CaseInsensitive); });
+}
 
 ContactFilterModel::ContactFilterModel(QObject* parent)
     : QSortFilterProxyModel(parent)
@@ -34,6 +56,7 @@ ContactFilterModel::ContactFilterModel(QObject* parent)
     connect(this, &QAbstractItemModel::rowsInserted, this, &ContactFilterModel::countChanged);
     connect(this, &QAbstractItemModel::rowsRemoved, this, &ContactFilterModel::countChanged);
     connect(this, &QAbstractItemModel::modelReset, this, &ContactFilterModel::countChanged);
+    connect(this, &QAbstractItemModel::rowsAboutToBeRemoved, this, [this] { d->isNarrowing = false; });
     sort(0);
 }
 
@@ -46,7 +69,7 @@ int ContactFilterModel::count() const
 
 Contact ContactFilterModel::contact(int row) const
 {
-    return index(row, 0).data(d->roles.value("record", -1)).value<Contact>();
+    return index(row, 0).data(d->recordRole).value<Contact>();
 }
 
 QString ContactFilterModel::searchText() const
@@ -58,9 +81,11 @@ void ContactFilterModel::setSearchText(const QString& text)
 {
     if (text == d->searchText)
         return;
+    d->isNarrowing = text.startsWith(d->searchText);
     d->searchText = text;
     d->words = text.simplified().split(u' ', Qt::SkipEmptyParts);
     invalidateFilter();
+    d->isNarrowing = false;
     Q_EMIT searchTextChanged();
 }
 
@@ -95,11 +120,14 @@ void ContactFilterModel::setLocale(const QLocale& locale)
 
 void ContactFilterModel::setSourceModel(QAbstractItemModel* model)
 {
-    d->roles.clear();
     const QHash<int, QByteArray> names = model ? model->roleNames() : QHash<int, QByteArray>();
-    for (auto name = names.cbegin(); name != names.cend(); ++name)
-        d->roles.insert(*name, name.key());
-    setSortRole(d->roles.value("displayName", Qt::DisplayRole));
+    d->nameRole = names.key("displayName", Qt::DisplayRole);
+    d->handleRole = names.key("handle", -1);
+    d->statusRole = names.key("status", -1);
+    d->recordRole = names.key("record", -1);
+    d->searchedRoles = {names.key("displayName", -1), d->handleRole, names.key("personalMessage", -1),
+                        names.key("statusMessage", -1)};
+    setSortRole(d->nameRole);
     setFilterRole(-1); // a change of any role may change who fits
     QSortFilterProxyModel::setSourceModel(model);
 }
@@ -108,28 +136,17 @@ bool ContactFilterModel::filterAcceptsRow(int row, const QModelIndex& parent) co
 {
     const QAbstractItemModel& model = *sourceModel();
     const QModelIndex index = model.index(row, 0, parent);
-    if (d->presence != Anybody) {
-        const auto status = model.data(index, d->roles.value("status", -1)).value<UserStatus::Type>();
-        if ((status == UserStatus::Available) != (d->presence == Available))
-            return false;
-    }
-    if (d->words.isEmpty())
-        return true;
-    QString searched;
-    for (const char* property : {"displayName", "handle", "personalMessage", "statusMessage"})
-        searched += d->textOf(model, index, property) + u'\n';
-    return std::all_of(d->words.cbegin(), d->words.cend(),
-                       [&](const QString& word) { return searched.contains(word, Qt::CaseInsensitive); });
+    return (!d->isNarrowing || mapFromSource(index).isValid()) && d->fits(model, index);
 }
 
 bool ContactFilterModel::lessThan(const QModelIndex& left, const QModelIndex& right) const
 {
     const QAbstractItemModel& model = *sourceModel();
-    const auto compare = [&](const char* property) {
-        return d->collator.compare(d->textOf(model, left, property), d->textOf(model, right, property));
+    const auto compare = [&](int role) {
+        return d->collator.compare(model.data(left, role).toString(), model.data(right, role).toString());
     };
-    const int byName = compare("displayName");
-    return byName != 0 ? byName < 0 : compare("handle") < 0;
+    const int byName = compare(d->nameRole);
+    return byName != 0 ? byName < 0 : compare(d->handleRole) < 0;
 }
 
 } // namespace vx::platform::zel
