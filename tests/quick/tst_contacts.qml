@@ -50,6 +50,7 @@ TestCase {
         tryVerify(() => said() === "Bert, Busy: driving")
         keyClick(Qt.Key_Return)
         compare([test.window.page, test.window.handle], ["contact", "bert"])
+        compare(said(), data.tag === "wide" ? "Bert, Busy: driving" : "Back") // never nothing, and never what is hidden
         go(Qt.Key_Tab, "Chat")
         keyClick(Qt.Key_Space)
         tryVerify(() => world.asked("sys.zel.chathandler") === 1)
@@ -66,11 +67,32 @@ TestCase {
         compare(world.refusals(), [])
     }
 
+    // What is half changed and not saved is nobody else's to change back.
+    function test_keepsWhatIsBeingChanged() {
+        start(960)
+        go(Qt.Key_Backtab, "Your profile box")
+        keyClick(Qt.Key_Backtab)
+        keyClick(Qt.Key_Space)
+        go(Qt.Key_Tab, "Personal message")
+        type("new")
+        go(Qt.Key_Tab, "Status message")
+        world.run("profile personalMessage=theirs statusMessage=away")
+        tryCompare(test.window.activeFocusItem, "text", "away")
+        go(Qt.Key_Tab, "Save")
+        keyClick(Qt.Key_Space)
+        tryVerify(() => world.ownMessage().includes("new"))
+        compare(said(), "Personal message")
+    }
+
     function test_saysHowTheRegistrationStands() {
         start(960)
         world.run("state NoDataConnection")
         tryVerify(() => said() === "Try again")
         keyClick(Qt.Key_Space)
+        tryVerify(() => said() === "Search contacts")
+        world.run("state Expired") // nothing to do but to hear of it
+        tryVerify(() => said().startsWith("Expired. "))
+        world.run("state Success")
         tryVerify(() => said() === "Search contacts")
         // Every state has words, and a way on where a request is possible.
         const words = Contacts.Words

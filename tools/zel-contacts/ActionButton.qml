@@ -8,7 +8,7 @@ Button {
 
     horizontalPadding: 16
     implicitWidth: Math.max(72, implicitContentWidth + leftPadding + rightPadding)
-    implicitHeight: 40
+    implicitHeight: Math.max(40, implicitContentHeight + 16)
     opacity: enabled ? 1 : 0.5
     contentItem: Text {
         text: button.text

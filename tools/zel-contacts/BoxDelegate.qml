@@ -7,6 +7,7 @@ import QtQuick.Layouts
 Rectangle {
     id: delegate
 
+    required property int index
     required property string id
     required property string text
     required property url icon
@@ -36,12 +37,14 @@ Rectangle {
             Layout.leftMargin: 4
             text: delegate.text
             textFormat: Text.PlainText
+            horizontalAlignment: Text.AlignLeft
             wrapMode: Text.Wrap
         }
         ActionButton {
             text: qsTr("Remove")
             Accessible.name: qsTr("Remove %1").arg(delegate.text)
             onClicked: delegate.removed(delegate.id)
+            onActiveFocusChanged: if (activeFocus) delegate.ListView.view.positionViewAtIndex(delegate.index, ListView.Contain)
         }
     }
 }

@@ -4,7 +4,7 @@ import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
 // What others see of this application in the user's profile.
-Item {
+FocusScope {
     id: page
 
     required property Session session
@@ -14,6 +14,7 @@ Item {
     function add() {
         if (page.session.box.requestAddItem(line.text, ""))
             line.clear()
+        line.forceActiveFocus()
     }
 
     ColumnLayout {
@@ -21,7 +22,6 @@ Item {
         spacing: 12
 
         Heading {
-            Layout.fillWidth: true
             title: qsTr("Your profile box")
             canGoBack: page.canGoBack
             onBack: page.back()
@@ -44,7 +44,10 @@ Item {
             ScrollBar.vertical: ScrollBar {}
             delegate: BoxDelegate {
                 width: ListView.view.width
-                onRemoved: id => page.session.box.requestRemoveItem(id)
+                onRemoved: id => {
+                    page.session.box.requestRemoveItem(id)
+                    line.forceActiveFocus()
+                }
             }
 
             Note {

@@ -8,6 +8,7 @@ ComboBox {
 
     textRole: "text"
     valueRole: "value"
+    implicitContentWidthPolicy: ComboBox.WidestText
     background: Rectangle {
         implicitWidth: 120
         implicitHeight: 40

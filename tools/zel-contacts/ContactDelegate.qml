@@ -18,6 +18,7 @@ ItemDelegate {
 
     // The list has the focus, and says which of its delegates goes with it.
     focusPolicy: Qt.NoFocus
+    implicitHeight: Sizes.row
     padding: 8
     leftPadding: 12
     Accessible.name: qsTr("%1, %2").arg(displayName).arg(Words.ofPresence(status, statusMessage))
@@ -44,18 +45,19 @@ ItemDelegate {
                 Layout.fillWidth: true
                 text: delegate.displayName
                 textFormat: Text.PlainText
+                horizontalAlignment: Text.AlignLeft
                 elide: Text.ElideRight
-                font.pixelSize: 15
+                font.pixelSize: Sizes.name
             }
             Label {
                 Layout.fillWidth: true
                 visible: text !== ""
                 text: delegate.personalMessage || delegate.statusMessage
                 textFormat: Text.PlainText
+                horizontalAlignment: Text.AlignLeft
                 elide: Text.ElideRight
                 maximumLineCount: 1
                 color: Colors.faint
-                font.pixelSize: 13
             }
         }
     }

@@ -5,14 +5,18 @@ import QtQuick.Layouts
 import ZelPlatform
 
 // Somebody: who it is, and what can be done together.
-Item {
+FocusScope {
     id: page
 
     required property Session session
     required property string handle
     required property bool canGoBack
     readonly property contact person: followed.contact
+    // What came of what was asked for.
+    property string outcome
     signal back
+
+    onHandleChanged: outcome = ""
 
     FollowedContact {
         id: followed
@@ -25,12 +29,10 @@ Item {
         ppId: page.person.ppId
     }
 
-    ColumnLayout {
-        anchors { fill: parent; margins: 16 }
-        spacing: 12
+    Scroller {
+        anchors.fill: parent
 
         Heading {
-            Layout.fillWidth: true
             title: page.person.null ? qsTr("Not a contact any more") : page.person.displayName
             canGoBack: page.canGoBack
             onBack: page.back()
@@ -56,6 +58,7 @@ Item {
                     Layout.fillWidth: true
                     text: Words.ofPresence(page.person.status, page.person.statusMessage)
                     textFormat: Text.PlainText
+                    horizontalAlignment: Text.AlignLeft
                     color: page.person.status === UserStatus.Busy ? Colors.busy : Colors.available
                     wrapMode: Text.Wrap
                 }
@@ -64,13 +67,15 @@ Item {
                     visible: text !== ""
                     text: page.person.personalMessage
                     textFormat: Text.PlainText
+                    horizontalAlignment: Text.AlignLeft
                     wrapMode: Text.Wrap
-                    font.pixelSize: 17
+                    font.pixelSize: Sizes.name
                 }
                 Label {
                     Layout.fillWidth: true
-                    text: followed.present ? qsTr("Has version %1 of this application").arg(page.person.applicationVersion)
-                                           : qsTr("Does not have this application any more")
+                    text: !followed.present ? qsTr("Does not have this application any more")
+                        : page.person.applicationVersion === "" ? qsTr("Has this application")
+                        : qsTr("Has version %1 of this application").arg(page.person.applicationVersion)
                     textFormat: Text.PlainText
                     color: Colors.faint
                     wrapMode: Text.Wrap
@@ -83,28 +88,33 @@ Item {
             spacing: 8
 
             ActionButton {
+                id: chat
                 text: qsTr("Chat")
                 highlighted: true
                 enabled: eco.ecoId !== ""
-                onClicked: outcome.text = eco.chat() ? "" : qsTr("The messaging application does not answer.")
+                onClicked: page.outcome = eco.chat() ? "" : qsTr("The messaging application does not answer.")
             }
             ActionButton {
                 visible: eco.invitable || eco.status === EcoIdStatus.PendingContactInviteExists
                 enabled: eco.invitable
                 text: eco.invitable ? qsTr("Invite") : qsTr("Invited")
-                onClicked: outcome.text = eco.invite(page.session.profile.displayName, qsTr("Let us talk here"))
-                    ? qsTr("The invitation is with the messaging application.")
-                    : qsTr("The messaging application does not answer.")
+                onClicked: {
+                    page.outcome = eco.invite(page.session.profile.displayName, qsTr("Let us talk here"))
+                        ? qsTr("The invitation is with the messaging application.")
+                        : qsTr("The messaging application does not answer.")
+                    chat.forceActiveFocus()
+                }
             }
         }
         Label {
-            id: outcome
             Layout.fillWidth: true
+            visible: !page.person.null
+            text: eco.ecoId !== "" ? page.outcome
+                : qsTr("There is no chat until the messaging application says who this is.")
             color: Colors.faint
             wrapMode: Text.Wrap
             Accessible.role: Accessible.AlertMessage
             Accessible.name: text
         }
-        Item { Layout.fillHeight: true }
     }
 }

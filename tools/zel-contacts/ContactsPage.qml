@@ -30,7 +30,7 @@ Rectangle {
             Layout.margins: 8
             spacing: 8
 
-            ItemDelegate {
+            AbstractButton {
                 id: own
                 readonly property color ground: hovered ? Colors.window : Colors.base
                 readonly property string told: Words.ofPresence(page.session.profile.status, page.session.profile.statusMessage)
@@ -58,16 +58,17 @@ Rectangle {
                             Layout.fillWidth: true
                             text: page.session.profile.displayName
                             textFormat: Text.PlainText
+                            horizontalAlignment: Text.AlignLeft
                             elide: Text.ElideRight
-                            font { pixelSize: 15; weight: Font.DemiBold }
+                            font { pixelSize: Sizes.name; weight: Font.DemiBold }
                         }
                         Label {
                             Layout.fillWidth: true
                             text: own.told
                             textFormat: Text.PlainText
+                            horizontalAlignment: Text.AlignLeft
                             elide: Text.ElideRight
                             color: Colors.faint
-                            font.pixelSize: 13
                         }
                     }
                 }
@@ -88,12 +89,14 @@ Rectangle {
                 Layout.fillWidth: true
                 placeholderText: qsTr("Search")
                 Accessible.name: qsTr("Search contacts")
-                onTextChanged: page.session.people.searchText = text
+                onTextChanged: {
+                    page.session.people.searchText = text
+                    list.positionViewAtBeginning()
+                }
                 Keys.onDownPressed: list.forceActiveFocus()
             }
             Choice {
                 id: presence
-                implicitWidth: 120
                 model: [
                     { text: qsTr("Everybody"), value: ContactFilterModel.Anybody },
                     { text: qsTr("Available"), value: ContactFilterModel.Available },
@@ -155,7 +158,6 @@ Rectangle {
             Layout.margins: 8
             Layout.leftMargin: 12
             color: Colors.faint
-            font.pixelSize: 13
             text: list.count === page.session.contacts.count
                 ? (list.count === 1 ? qsTr("1 contact") : qsTr("%L1 contacts").arg(list.count))
                 : qsTr("%L1 of %L2 contacts").arg(list.count).arg(page.session.contacts.count)

@@ -11,10 +11,12 @@ RowLayout {
     property bool canGoBack: false
     signal back
 
+    Layout.fillWidth: true
     spacing: 8
 
     ActionButton {
         visible: heading.canGoBack
+        Layout.alignment: Qt.AlignTop
         text: qsTr("Back")
         onClicked: heading.back()
     }
@@ -22,8 +24,12 @@ RowLayout {
         Layout.fillWidth: true
         Layout.minimumHeight: 40
         text: heading.title
-        font { pixelSize: 20; weight: Font.DemiBold }
+        textFormat: Text.PlainText
+        font { pixelSize: Sizes.title; weight: Font.DemiBold }
+        horizontalAlignment: Text.AlignLeft
         verticalAlignment: Text.AlignVCenter
+        wrapMode: Text.Wrap
+        maximumLineCount: 3
         elide: Text.ElideRight
         Accessible.role: Accessible.Heading
         Accessible.name: text

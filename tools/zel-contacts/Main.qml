@@ -17,12 +17,18 @@ ApplicationWindow {
 
     function open(which: string) {
         page = which
-        if (!wide)
-            beside.forceActiveFocus()
+        takeFocus()
     }
     function close() {
         page = ""
         contacts.takeFocus()
+    }
+    // The keyboard goes with what is to be seen.
+    function takeFocus() {
+        if (!session.context.ready)
+            registration.forceActiveFocus()
+        else if (!contacts.visible)
+            beside.nextItemInFocusChain().forceActiveFocus(Qt.TabFocusReason)
     }
 
     visible: true
@@ -70,14 +76,13 @@ ApplicationWindow {
         }
     }
 
-    // The keyboard goes with what is to be seen.
+    onWideChanged: takeFocus()
     Connections {
         target: session.context
         function onReadyChanged() {
-            if (session.context.ready)
+            if (contacts.visible)
                 contacts.search()
-            else
-                registration.forceActiveFocus()
+            window.takeFocus()
         }
     }
     RegistrationPage {

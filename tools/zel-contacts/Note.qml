@@ -21,7 +21,7 @@ Column {
         visible: text !== ""
         width: parent.width
         text: note.title
-        font { pixelSize: 20; weight: Font.DemiBold }
+        font { pixelSize: Sizes.title; weight: Font.DemiBold }
         wrapMode: Text.Wrap
         horizontalAlignment: Text.AlignHCenter
         Accessible.role: Accessible.Heading

@@ -6,7 +6,7 @@ import QtQuick.Layouts
 import ZelPlatform
 
 // The user's own profile, to change.
-Item {
+FocusScope {
     id: page
 
     required property Session session
@@ -14,6 +14,10 @@ Item {
     readonly property UserProfile profile: session.profile
     readonly property bool messageChanged: message.text !== profile.personalMessage
     readonly property bool statusChanged: status.currentValue !== profile.status || statusMessage.text !== profile.statusMessage
+    // As they were read last.
+    property string readMessage: ""
+    property string readStatusMessage: ""
+    property int readStatus: UserStatus.Available
     signal back
 
     function save() {
@@ -22,13 +26,17 @@ Item {
         if (page.statusChanged)
             page.profile.requestUpdateStatus(status.currentValue, statusMessage.text)
     }
-    // What is being typed stays; everything else follows the profile.
+    // What was changed here and is not saved stays; everything else follows the profile.
     function read() {
-        if (!message.activeFocus)
+        if (message.text === page.readMessage)
             message.text = page.profile.personalMessage
-        if (!statusMessage.activeFocus)
+        if (statusMessage.text === page.readStatusMessage)
             statusMessage.text = page.profile.statusMessage
-        status.currentIndex = status.indexOfValue(page.profile.status)
+        if (status.currentValue === page.readStatus)
+            status.currentIndex = status.indexOfValue(page.profile.status)
+        page.readMessage = page.profile.personalMessage
+        page.readStatusMessage = page.profile.statusMessage
+        page.readStatus = page.profile.status
     }
 
     Component.onCompleted: read()
@@ -44,12 +52,10 @@ Item {
             ? "" : qsTr("This picture cannot be taken now.")
     }
 
-    ColumnLayout {
-        anchors { fill: parent; margins: 16 }
-        spacing: 12
+    Scroller {
+        anchors.fill: parent
 
         Heading {
-            Layout.fillWidth: true
             title: page.profile.displayName
             canGoBack: page.canGoBack
             onBack: page.back()
@@ -68,6 +74,8 @@ Item {
             }
             ColumnLayout {
                 ActionButton {
+                    Layout.fillWidth: true
+                    Layout.maximumWidth: implicitWidth
                     text: qsTr("Another picture…")
                     onClicked: files.open()
                 }
@@ -118,9 +126,11 @@ Item {
                 text: qsTr("Save")
                 highlighted: enabled
                 enabled: page.messageChanged || page.statusChanged
-                onClicked: page.save()
+                onClicked: {
+                    page.save()
+                    message.forceActiveFocus() // it has nothing to do any more
+                }
             }
         }
-        Item { Layout.fillHeight: true }
     }
 }

@@ -9,6 +9,10 @@ FocusScope {
     readonly property var words: Words.ofRegistration(session.context.registrationState)
     readonly property bool busy: Words.isWaiting(session.context.registrationState)
 
+    // With nothing to do the page itself has the focus, and is read out.
+    Accessible.role: Accessible.AlertMessage
+    Accessible.name: qsTr("%1. %2").arg(words.title).arg(words.text)
+
     Column {
         anchors.centerIn: parent
         width: Math.min(parent.width - 32, 420)
@@ -25,7 +29,7 @@ FocusScope {
             visible: text !== ""
             text: page.words.action ?? ""
             highlighted: true
-            focus: true
+            focus: visible
             onClicked: page.session.context.requestRegisterApplication()
         }
     }
