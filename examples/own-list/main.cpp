@@ -16,7 +16,6 @@ class Range : public iface::ObservableListImpl
 {
 public:
     int childCount(const QVariantList& indexPath) const override { return indexPath.isEmpty() ? m_count : 0; }
-    bool hasChildren(const QVariantList& indexPath) const override { return childCount(indexPath) > 0; }
     QVariant data(const QVariantList& indexPath) const override
     {
         const int index = indexOfPath(indexPath);

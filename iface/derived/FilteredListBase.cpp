@@ -252,11 +252,6 @@ int FilteredListBase::childCount(const QVariantList& indexPath) const
     return indexPath.isEmpty() ? d->places.markedCount() : 0;
 }
 
-bool FilteredListBase::hasChildren(const QVariantList& indexPath) const
-{
-    return indexPath.isEmpty() && childCount(indexPath) > 0;
-}
-
 QVariant FilteredListBase::data(const QVariantList& indexPath) const
 {
     return itemAt(indexOfPath(indexPath));

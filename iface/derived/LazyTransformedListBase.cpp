@@ -312,11 +312,6 @@ int LazyTransformedListBase::childCount(const QVariantList& indexPath) const
     return indexPath.isEmpty() ? d->places.size() : 0;
 }
 
-bool LazyTransformedListBase::hasChildren(const QVariantList& indexPath) const
-{
-    return indexPath.isEmpty() && childCount(indexPath) > 0;
-}
-
 QVariant LazyTransformedListBase::data(const QVariantList& indexPath) const
 {
     return itemAt(indexOfPath(indexPath));

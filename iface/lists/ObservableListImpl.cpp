@@ -27,9 +27,9 @@ int ObservableListImpl::childCount(const QVariantList&) const
     return 0;
 }
 
-bool ObservableListImpl::hasChildren(const QVariantList&) const
+bool ObservableListImpl::hasChildren(const QVariantList& indexPath) const
 {
-    return false;
+    return indexPath.isEmpty() && childCount(indexPath) > 0;
 }
 
 QString ObservableListImpl::itemType(const QVariantList&) const

@@ -4,7 +4,6 @@
 #include <iface/ObservableListImpl.h>
 
 #include <QtCore/QList>
-#include <QtCore/QString>
 #include <QtCore/QVariant>
 
 namespace iface {
@@ -18,8 +17,6 @@ class BaseListImpl : public ObservableListImpl
 public:
     /// For a path of an item the answer is 1 if the list is empty and 0 otherwise: nobody counts children of items.
     int childCount(const QVariantList& indexPath) const override;
-    bool hasChildren(const QVariantList& indexPath) const override;
-    QString itemType(const QVariantList& indexPath) const override;
     /// Invalid for anything but the path of an item that is there.
     QVariant data(const QVariantList& indexPath) const override;
 
@@ -33,18 +30,6 @@ int BaseListImpl<T>::childCount(const QVariantList& indexPath) const
     if (indexPath.isEmpty())
         return static_cast<int>(m_list.size());
     return m_list.isEmpty() ? 1 : 0;
-}
-
-template <class T>
-bool BaseListImpl<T>::hasChildren(const QVariantList& indexPath) const
-{
-    return indexPath.isEmpty() && !m_list.isEmpty();
-}
-
-template <class T>
-QString BaseListImpl<T>::itemType(const QVariantList&) const
-{
-    return QString();
 }
 
 template <class T>

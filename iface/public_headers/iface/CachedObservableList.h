@@ -56,7 +56,6 @@ public:
     QList<T> toList() const;
 
     int childCount(const QVariantList& indexPath) const override;
-    bool hasChildren(const QVariantList& indexPath) const override;
     QVariant data(const QVariantList& indexPath) const final;
     QVariant itemAt(int index) const final;
 

@@ -65,6 +65,7 @@ public:
     ~ObservableListImpl() override;
 
     virtual int childCount(const QVariantList& indexPath) const;
+    /// Of the empty path: whether there are items, as childCount() has it. Items have none.
     virtual bool hasChildren(const QVariantList& indexPath) const;
     virtual QString itemType(const QVariantList& indexPath) const;
     virtual QVariant data(const QVariantList& indexPath) const;

@@ -38,12 +38,6 @@ int CachedObservableList<T>::childCount(const QVariantList& indexPath) const
 }
 
 template <class T>
-bool CachedObservableList<T>::hasChildren(const QVariantList& indexPath) const
-{
-    return indexPath.isEmpty() && childCount(indexPath) > 0;
-}
-
-template <class T>
 QVariant CachedObservableList<T>::data(const QVariantList& indexPath) const
 {
     return itemAt(indexOfPath(indexPath));

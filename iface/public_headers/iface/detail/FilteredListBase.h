@@ -17,7 +17,6 @@ public:
     ~FilteredListBase() override;
 
     int childCount(const QVariantList& indexPath) const override;
-    bool hasChildren(const QVariantList& indexPath) const override;
     QVariant data(const QVariantList& indexPath) const final;
     QVariant itemAt(int index) const final;
     bool announcesEveryReadItem() const override;
