@@ -6,72 +6,56 @@
 
 #include <iface/ObservableTracker.h>
 #include <iface/PrecomputedMapper.h>
-#include <iface/detail/IndexedSequence.h>
-#include <iface/detail/Intake.h>
+#include <iface/detail/FirstException.h>
 
 #include <algorithm>
-#include <exception>
 #include <utility>
 
 namespace iface::detail {
 
-/// One place per input item, marked if the item passes, with a node if its verdict depends on anything.
-struct FilteredListBase::Private : Intake
-{
-    using Node = Dependencies::Node;
+using Node = Dependencies::Node;
 
-    Private(FilteredListBase* list, ObservableListImpl* inputList);
-    ~Private() override
-    {
-        close(); // letting go of what was read may run anything
-        releaseNodes(places);
-    }
-
-    void take(const Change& change) override;
-    void settleOthers() override { dependencies.settle(); }
-
-    Change takeInput(const Change& change);
-    Change added(int index);
-    Change updated(int index);
-    Change removed(int index);
-    Change rebuilt(const Change& change);
-    Change remapped(const IndexMapper& mapper);
-    Change judgedAnew();
-
-    bool judge(int index);
-    void setNode(int index, Node* node);
-    void releaseNodes(IndexedSequence& sequence);
-    FilterFlips flips();
-
-    FilteredListBase* const q;
-    ObservableListImpl* const input;
-    IndexedSequence places;
-    Dependencies dependencies;
-    std::vector<int> turned;
-    std::exception_ptr thrown; ///< by the filter, the first time since take() began
-};
-
-FilteredListBase::Private::Private(FilteredListBase* list, ObservableListImpl* inputList)
-    : Intake(*list)
-    , q(list)
-    , input(inputList)
-    , dependencies([this] { markBehind(); }, list)
+FilteredListBase::FilteredListBase(ObservableListImpl* input)
+    : m_dependencies(std::make_unique<Dependencies>([this] { markBehind(); }, this))
 {
     follow(input);
 }
 
-void FilteredListBase::Private::take(const Change& change)
+FilteredListBase::~FilteredListBase()
 {
-    Change made = takeInput(fitting(change, places.size()));
+    releaseNodes(m_places);
+}
+
+bool FilteredListBase::announcesEveryReadItem() const
+{
+    return !input() || input()->announcesEveryReadItem();
+}
+
+int FilteredListBase::count() const
+{
+    return m_places.markedCount();
+}
+
+QVariant FilteredListBase::item(int index) const
+{
+    return index < count() ? input()->itemAt(m_places.select(index)) : QVariant();
+}
+
+void FilteredListBase::settleOthers()
+{
+    m_dependencies->settle();
+}
+
+void FilteredListBase::take(const Change& change)
+{
+    Change made = takeInput(fitting(change, m_places.size()));
     if (!isOvertaken())
         made = merged(made, judgedAnew());
     if (made.kind != Change::None)
-        q->note(made);
-    if (thrown)
-        std::rethrow_exception(std::exchange(thrown, nullptr));
+        note(made);
 }
 
-Change FilteredListBase::Private::takeInput(const Change& change)
+Change FilteredListBase::takeInput(const Change& change)
 {
     switch (change.kind) {
     case Change::None:
@@ -87,62 +71,62 @@ Change FilteredListBase::Private::takeInput(const Change& change)
     }
 }
 
-Change FilteredListBase::Private::added(int index)
+Change FilteredListBase::added(int index)
 {
-    places.insert(index);
+    m_places.insert(index);
     if (!judge(index))
         return {};
-    places.setMarked(index, true);
-    return {Change::Added, places.rank(index)};
+    m_places.setMarked(index, true);
+    return {Change::Added, m_places.rank(index)};
 }
 
-Change FilteredListBase::Private::updated(int index)
+Change FilteredListBase::updated(int index)
 {
-    const bool passed = places.isMarked(index);
+    const bool passed = m_places.isMarked(index);
     const bool passes = judge(index);
-    places.setMarked(index, passes);
+    m_places.setMarked(index, passes);
     if (!passed && !passes)
         return {};
-    return {!passes ? Change::Removed : passed ? Change::Updated : Change::Added, places.rank(index)};
+    return {!passes ? Change::Removed : passed ? Change::Updated : Change::Added, m_places.rank(index)};
 }
 
-Change FilteredListBase::Private::removed(int index)
+Change FilteredListBase::removed(int index)
 {
-    const bool passed = places.isMarked(index);
-    const int position = places.rank(index);
+    const bool passed = m_places.isMarked(index);
+    const int position = m_places.rank(index);
     setNode(index, nullptr);
-    places.remove(index);
+    m_places.remove(index);
     return passed ? Change{Change::Removed, position} : Change();
 }
 
 /// Judges every item. Old nodes go last, so that what is read again stays hooked.
-Change FilteredListBase::Private::rebuilt(const Change& change)
+Change FilteredListBase::rebuilt(const Change& change)
 {
     const int count = inputCount();
-    dependencies.takeDirty();
+    m_dependencies->takeDirty();
     IndexedSequence before;
-    if (change.kind != Change::Data || count != places.size()) {
-        before.swap(places);
-        places.reset(count);
+    if (change.kind != Change::Data || count != m_places.size()) {
+        before.swap(m_places);
+        m_places.reset(count);
     }
     for (int i = 0; i < count && !isOvertaken(); ++i)
-        places.setMarked(i, judge(i));
+        m_places.setMarked(i, judge(i));
     releaseNodes(before);
     return change;
 }
 
 /// Items that the input kept are as they were: their verdicts move along, and only new items are judged.
-Change FilteredListBase::Private::remapped(const IndexMapper& mapper)
+Change FilteredListBase::remapped(const IndexMapper& mapper)
 {
     const int count = inputCount();
-    std::vector<int> translated(places.size());
+    std::vector<int> translated(m_places.size());
     IndexTranslation translate(mapper);
-    for (int i = 0; i < places.size(); ++i)
+    for (int i = 0; i < m_places.size(); ++i)
         translated[i] = translate(i, count);
 
     IndexedSequence before;
-    before.swap(places);
-    places.reset(count);
+    before.swap(m_places);
+    m_places.reset(count);
     std::vector<bool> isKept(count);
     QList<int> movedTo;
     movedTo.reserve(before.markedCount());
@@ -152,122 +136,81 @@ Change FilteredListBase::Private::remapped(const IndexMapper& mapper)
             to = -1;
         if (to >= 0) {
             isKept[to] = true;
-            places.setItem(to, before.setItem(i, nullptr));
-            places.setMarked(to, before.isMarked(i));
+            m_places.setItem(to, before.setItem(i, nullptr));
+            m_places.setMarked(to, before.isMarked(i));
         }
         if (before.isMarked(i))
             movedTo.append(to);
     }
     for (int i = 0; i < count && !isOvertaken(); ++i) {
         if (!isKept[i])
-            places.setMarked(i, judge(i));
+            m_places.setMarked(i, judge(i));
     }
     releaseNodes(before);
     for (int& to : movedTo)
-        to = to >= 0 ? places.rank(to) : -1;
+        to = to >= 0 ? m_places.rank(to) : -1;
     return {Change::Moved, -1, QSharedPointer<PrecomputedMapper>::create(movedTo)};
 }
 
 /// Judges the dirty items, with all verdicts taken before any is acted upon.
-Change FilteredListBase::Private::judgedAnew()
+Change FilteredListBase::judgedAnew()
 {
-    turned.clear();
-    for (const Node* const node : dependencies.takeDirty()) {
+    m_turned.clear();
+    for (const Node* const node : m_dependencies->takeDirty()) {
         if (isOvertaken())
             return {};
-        const int index = places.indexOf(*node);
-        if (judge(index) != places.isMarked(index))
-            turned.push_back(index);
+        const int index = m_places.indexOf(*node);
+        if (judge(index) != m_places.isMarked(index))
+            m_turned.push_back(index);
     }
-    if (turned.empty() || isOvertaken())
+    if (m_turned.empty() || isOvertaken())
         return {};
-    return {Change::Moved, -1, q->makeMapper(flips())};
+    return {Change::Moved, -1, makeMapper(flips())};
 }
 
-/// Turns the verdicts of the items in `turned`.
-FilterFlips FilteredListBase::Private::flips()
+/// Turns the verdicts of the items in `m_turned`.
+FilterFlips FilteredListBase::flips()
 {
-    std::sort(turned.begin(), turned.end());
+    std::sort(m_turned.begin(), m_turned.end());
     FilterFlips result;
-    result.oldCount = places.markedCount();
+    result.oldCount = m_places.markedCount();
     int grownBy = 0; // by the turns before the one at hand, which are in its rank
-    for (const int index : turned) {
-        const bool passes = !places.isMarked(index);
-        const int position = places.rank(index);
+    for (const int index : m_turned) {
+        const bool passes = !m_places.isMarked(index);
+        const int position = m_places.rank(index);
         if (passes)
             result.taken.push_back(position);
         else
             result.dropped.push_back(position - grownBy);
         grownBy += passes ? 1 : -1;
-        places.setMarked(index, passes);
+        m_places.setMarked(index, passes);
     }
     return result;
 }
 
-bool FilteredListBase::Private::judge(int index)
+bool FilteredListBase::judge(int index)
 {
-    auto* const node = static_cast<Node*>(places.item(index));
-    Dependencies::Run run(dependencies, node);
-    bool passes = false;
-    try {
-        ObservableTracker::runInto(&run, [&] { passes = q->passes(input->itemAt(index)); });
-    } catch (...) {
-        if (!thrown)
-            thrown = std::current_exception();
-    }
+    auto* const node = static_cast<Node*>(m_places.item(index));
+    Dependencies::Run run(*m_dependencies, node);
+    bool isPassing = false;
+    thrown().guard([&] { ObservableTracker::runInto(&run, [&] { isPassing = passes(input()->itemAt(index)); }); });
     if (Node* const now = run.finish(); now != node)
         setNode(index, now);
-    return passes;
+    return isPassing;
 }
 
-void FilteredListBase::Private::setNode(int index, Node* node)
+void FilteredListBase::setNode(int index, Item* node)
 {
-    if (auto* const before = static_cast<Node*>(places.setItem(index, node)))
-        dependencies.release(before);
+    if (auto* const before = static_cast<Node*>(m_places.setItem(index, node)))
+        m_dependencies->release(before);
 }
 
-void FilteredListBase::Private::releaseNodes(IndexedSequence& sequence)
+void FilteredListBase::releaseNodes(IndexedSequence& places)
 {
-    for (int i = 0; i < sequence.size(); ++i) {
-        if (auto* const node = static_cast<Node*>(sequence.setItem(i, nullptr)))
-            dependencies.release(node);
+    for (int i = 0; i < places.size(); ++i) {
+        if (auto* const node = static_cast<Node*>(places.setItem(i, nullptr)))
+            m_dependencies->release(node);
     }
-}
-
-FilteredListBase::FilteredListBase(ObservableListImpl* input)
-    : d(std::make_unique<Private>(this, input))
-{
-}
-
-FilteredListBase::~FilteredListBase() = default;
-
-void FilteredListBase::build()
-{
-    d->reset();
-}
-
-int FilteredListBase::childCount(const QVariantList& indexPath) const
-{
-    d->catchUp();
-    return indexPath.isEmpty() ? d->places.markedCount() : 0;
-}
-
-QVariant FilteredListBase::data(const QVariantList& indexPath) const
-{
-    return itemAt(indexOfPath(indexPath));
-}
-
-QVariant FilteredListBase::itemAt(int index) const
-{
-    d->catchUp();
-    if (index < 0 || index >= d->places.markedCount())
-        return QVariant();
-    return d->input->itemAt(d->places.select(index));
-}
-
-bool FilteredListBase::announcesEveryReadItem() const
-{
-    return !d->input || d->input->announcesEveryReadItem();
 }
 
 } // namespace iface::detail

@@ -8,31 +8,13 @@
 #include <iface/ObservableTracker.h>
 #include <iface/ObserverImpl.h>
 #include <iface/Round.h>
+#include <iface/detail/FirstException.h>
 
 #include <QtCore/QMetaMethod>
-
-#include <exception>
 
 namespace iface {
 
 namespace {
-
-/// Runs both, also if the first throws; the first exception goes on.
-template <class First, class Second>
-void callBoth(const First& first, const Second& second)
-{
-    try {
-        first();
-    } catch (...) {
-        const std::exception_ptr thrown = std::current_exception();
-        try {
-            second();
-        } catch (...) {
-        }
-        std::rethrow_exception(thrown);
-    }
-    second();
-}
 
 /// What announces a change of this kind, Keys to Removed, besides observableChanged().
 const QMetaMethod& particularSignal(Change::Kind kind)
@@ -152,11 +134,13 @@ void ObservableImpl::tell(const Change& change, const std::vector<MapChange>& ke
         return;
     if (change.kind <= Change::Keys && keys.empty())
         return doEmit();
-    callBoth([&] { tellInParticular(change, keys, hold); },
-             [&] {
-                 if (hold.isAlive())
-                     doEmit();
-             });
+    detail::FirstException thrown;
+    thrown.guard([&] { tellInParticular(change, keys, hold); });
+    thrown.guard([&] {
+        if (hold.isAlive())
+            doEmit();
+    });
+    thrown.rethrow();
 }
 
 /// Emits what only a map or only a list has to say.

@@ -6,7 +6,7 @@
 
 #include <iface/ObservableImpl.h>
 #include <iface/ObservableTracker.h>
-#include <iface/detail/Intake.h>
+#include <iface/detail/DerivedList.h>
 
 #include <algorithm>
 #include <memory>
@@ -103,11 +103,11 @@ Round::Untold& Round::nextUntold()
     return *m_state.untold[m_state.untoldCount++];
 }
 
-void Round::enter(detail::Intake& intake)
+void Round::enter(detail::DerivedList& list)
 {
-    if (std::exchange(intake.m_isBehind, true))
+    if (std::exchange(list.m_isBehind, true))
         return;
-    m_state.behind.push_back(&intake);
+    m_state.behind.push_back(&list);
     ++t_behindCount;
 }
 
@@ -117,14 +117,14 @@ std::size_t Round::enter(MonitoredRun& run)
     return m_state.monitors.size();
 }
 
-void Round::strikeOut(const detail::Intake& intake)
+void Round::strikeOut(const detail::DerivedList& list)
 {
     if (!t_innermostRound)
         return;
     State& now = state();
-    t_behindCount -= intake.m_isBehind;
+    t_behindCount -= list.m_isBehind;
     std::replace_if(
-        now.behind.begin(), now.behind.end(), [&](const auto* other) { return other == &intake; }, nullptr);
+        now.behind.begin(), now.behind.end(), [&](const auto* other) { return other == &list; }, nullptr);
 }
 
 void Round::strikeOut(std::size_t placeOfMonitor)
@@ -141,19 +141,21 @@ void Round::run()
         for (std::size_t place = m_firstUntold; place < m_state.untoldCount; ++place)
             tellNext(place);
         for (std::size_t place = m_firstMonitor; place < m_state.monitors.size(); ++place)
-            runMonitor(place);
+            m_thrown.guard([this, place] {
+                if (MonitoredRun* const monitor = m_state.monitors[place])
+                    monitor->runInRound();
+            });
     }
-    if (m_thrown)
-        std::rethrow_exception(m_thrown);
+    m_thrown.rethrow();
 }
 
 void Round::takeIn()
 {
     auto& behind = m_state.behind;
     for (std::size_t& next = m_state.nextBehind; next < behind.size();) {
-        detail::Intake* const intake = behind[next++];
-        if (intake && intake->m_isBehind)
-            intake->settle();
+        detail::DerivedList* const list = behind[next++];
+        if (list && list->m_isBehind)
+            list->settle();
     }
     behind.clear();
     m_state.nextBehind = 0;
@@ -162,42 +164,17 @@ void Round::takeIn()
 void Round::tellNext(std::size_t place)
 {
     Untold& entry = *m_state.untold[place];
-    const auto guarded = [this](const auto& call) {
-        try {
-            call();
-        } catch (...) {
-            keepException();
-        }
-    };
     if (entry.isThere() && entry.beforeTelling) {
         // The list may be told meanwhile, by a round that its functions make.
         const ObservableImpl::Hold hold = entry.hold;
-        guarded([&] { entry.beforeTelling(*entry.observable); });
+        m_thrown.guard([&] { entry.beforeTelling(*entry.observable); });
     }
     if (entry.isThere()) {
         ObservableImpl& observable = *std::exchange(entry.observable, nullptr);
         observable.m_untold = 0;
-        guarded([&] { observable.tell(entry.change, entry.keys, entry.hold); });
+        m_thrown.guard([&] { observable.tell(entry.change, entry.keys, entry.hold); });
     }
     entry.clear();
-}
-
-void Round::runMonitor(std::size_t place)
-{
-    MonitoredRun* const monitor = m_state.monitors[place];
-    if (!monitor)
-        return;
-    try {
-        monitor->runInRound();
-    } catch (...) {
-        keepException();
-    }
-}
-
-void Round::keepException()
-{
-    if (!m_thrown)
-        m_thrown = std::current_exception();
 }
 
 } // namespace iface

@@ -36,7 +36,7 @@ struct Round::State
     std::size_t untoldCount = 0;
     std::vector<MonitoredRun*> monitors;
     /// Only the innermost round can be open, so these are its own.
-    std::vector<detail::Intake*> behind;
+    std::vector<detail::DerivedList*> behind;
     std::size_t nextBehind = 0;
 };
 

@@ -1,16 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <iface/Change.h>
 #include <iface/ObservableList.h>
-#include <iface/detail/Intake.h>
+#include <iface/detail/DerivedList.h>
+#include <iface/detail/FirstException.h>
 
 #include <QtCore/QList>
-#include <QtCore/QSharedPointer>
 
 #include <boost/function.hpp>
 
-#include <exception>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -28,7 +26,7 @@ namespace iface {
 /// the change before this list announced it. A function may do whatever an observer may. When it throws (an empty one
 /// throws `boost::bad_function_call`) the change is announced, and then the exception goes on. One thread.
 template <class T>
-class CachedObservableList : public ObservableListImpl
+class CachedObservableList : public detail::DerivedList
 {
 public:
     using ItemFunction = boost::function<void(int, const T&)>;
@@ -43,6 +41,7 @@ public:
     {
         setInput(input);
     }
+    ~CachedObservableList() override { close(); }
 
     /// Replaces the content: a change of kind Reset. A handle on nothing makes the list empty.
     void setInput(const ObservableList<T>& input);
@@ -55,30 +54,7 @@ public:
     /// The copy, which costs nothing for each item; a read that is tracked.
     QList<T> toList() const;
 
-    int childCount(const QVariantList& indexPath) const override;
-    QVariant data(const QVariantList& indexPath) const final;
-    QVariant itemAt(int index) const final;
-
 private:
-    class Input : public detail::Intake
-    {
-    public:
-        explicit Input(CachedObservableList* owner)
-            : Intake(*owner)
-            , m_owner(owner)
-        {
-        }
-
-    protected:
-        void take(const Change& change) override
-        {
-            m_owner->takeOver(this->fitting(change, int(m_owner->m_copy.size())));
-        }
-
-    private:
-        CachedObservableList* const m_owner;
-    };
-
     /// A change that the copy shows and no function has been told: one item before and after it, or all.
     struct TakenOver
     {
@@ -89,13 +65,13 @@ private:
         QList<T> after;
     };
 
-    void takeOver(const Change& change);
+    int count() const override { return int(m_copy.size()); }
+    QVariant item(int index) const override;
+    void take(const Change& change) override;
     bool applyToCopy(TakenOver& taken);
     void callFunctions();
     void callFunction(const TakenOver& taken) const;
 
-    ObservableList<T> m_input;
-    Input m_intake;
     QList<T> m_copy;
     std::vector<TakenOver> m_untold;
     ItemFunction m_addFunction;

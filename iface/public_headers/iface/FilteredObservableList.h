@@ -43,10 +43,11 @@ public:
     /// Throws what the filter throws; `boost::bad_function_call` if it is empty and there is an item.
     static ObservableList<T> create(const ObservableList<T>& input, Filter filter);
 
+    ~FilteredObservableList() override { this->close(); }
+
 private:
     FilteredObservableList(const ObservableList<T>& input, Filter filter)
         : FilteredListBase(input.impl())
-        , m_input(input)
         , m_filter(std::move(filter))
     {
     }
@@ -57,7 +58,6 @@ private:
         return QSharedPointer<FilterFunctionIndexMapper<T>>::create(std::move(flips));
     }
 
-    const ObservableList<T> m_input;
     const Filter m_filter;
 };
 
@@ -66,7 +66,7 @@ ObservableList<T> FilteredObservableList<T>::create(const ObservableList<T>& inp
 {
     auto* list = new FilteredObservableList(input, std::move(filter));
     const ObservableList<T> handle(list);
-    list->build();
+    list->reset();
     return handle;
 }
 

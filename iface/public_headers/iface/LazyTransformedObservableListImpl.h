@@ -41,7 +41,6 @@ public:
     LazyTransformedObservableListImpl(const ObservableList<K>& input, const ObservableMap<K, V>& mapping,
                                       int cacheLimit = DefaultCacheLimit)
         : LazyTransformedListBase(input.impl(), mapping.impl(), cacheLimit)
-        , m_input(input)
         , m_mapping(mapping)
     {
     }
@@ -54,22 +53,18 @@ private:
         V value;
     };
 
-    Entry* createEntry(const QVariant& inputItem) const override;
-    void enterKey(Entry& entry) const override
-    {
-        m_index.insert(static_cast<ItemInfo&>(entry), std::size_t(mostEntries()));
-    }
-    void destroyEntry(Entry* entry) const override;
-    bool derive(Entry& entry, const QVariant* inputItem) const override;
+    Entry* createEntry(const QVariant& inputItem) override;
+    void enterKey(Entry& entry) override { m_index.insert(static_cast<ItemInfo&>(entry), std::size_t(mostEntries())); }
+    void destroyEntry(Entry* entry) override;
+    bool derive(Entry& entry, const QVariant* inputItem) override;
     QVariant valueOf(const Entry& entry) const override
     {
         return QVariant::fromValue(static_cast<const ItemInfo&>(entry).value);
     }
-    bool findEntries(const ChangedKeys& changed, QVarLengthArray<Entry*, 8>& found) const override;
+    bool findEntries(const ChangedKeys& changed, QVarLengthArray<Entry*, 8>& found) override;
 
-    const ObservableList<K> m_input;
     const ObservableMap<K, V> m_mapping;
-    mutable detail::KeyIndex<K, ItemInfo, Hash> m_index;
+    detail::KeyIndex<K, ItemInfo, Hash> m_index;
 };
 
 } // namespace iface

@@ -2,11 +2,11 @@
 #pragma once
 
 #include <iface/Export.h>
+#include <iface/detail/FirstException.h>
 
 #include <QtGlobal>
 
 #include <cstddef>
-#include <exception>
 #include <utility>
 
 namespace iface {
@@ -16,7 +16,7 @@ class ObservableImpl;
 struct Change;
 
 namespace detail {
-class Intake;
+class DerivedList;
 } // namespace detail
 
 /// One change, or several made together, and all that follows from it. It goes in two steps: everything that is derived
@@ -43,7 +43,7 @@ public:
 private:
     friend class ObservableImpl;
     friend class MonitoredRun;
-    friend class detail::Intake;
+    friend class detail::DerivedList;
     struct State;
     struct Untold;
     using BeforeTelling = void (*)(ObservableImpl&);
@@ -56,19 +56,17 @@ private:
     /// The round that is being taken in, if any: all changes join it.
     static Round* open();
     static bool isOpen();
-    static void strikeOut(const detail::Intake& intake);
+    static void strikeOut(const detail::DerivedList& list);
     static void strikeOut(std::size_t placeOfMonitor);
 
     void enter(ObservableImpl& observable, const Change& change, BeforeTelling beforeTelling);
     void queue(ObservableImpl& observable, const Change& change, BeforeTelling beforeTelling);
-    void enter(detail::Intake& intake);
+    void enter(detail::DerivedList& list);
     std::size_t enter(MonitoredRun& run);
     Untold& nextUntold();
     void run();
     void takeIn();
     void tellNext(std::size_t place);
-    void runMonitor(std::size_t place);
-    void keepException();
 
     State& m_state;
     Round* const m_outer;
@@ -77,7 +75,7 @@ private:
     const unsigned m_number;
     bool m_isOpen = true;
     bool m_isBeingMade = false; ///< together() is calling the function
-    std::exception_ptr m_thrown;
+    detail::FirstException m_thrown;
 };
 
 template <class Function>
@@ -89,11 +87,7 @@ void Round::together(Function&& function)
     }
     Round round;
     round.m_isBeingMade = true;
-    try {
-        std::forward<Function>(function)();
-    } catch (...) {
-        round.keepException();
-    }
+    round.m_thrown.guard(std::forward<Function>(function));
     round.m_isBeingMade = false;
     round.run();
 }

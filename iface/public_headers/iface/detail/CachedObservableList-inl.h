@@ -5,8 +5,7 @@ namespace iface {
 
 template <class T>
 CachedObservableList<T>::CachedObservableList()
-    : m_intake(this)
-    , m_addFunction([](int, const T&) {})
+    : m_addFunction([](int, const T&) {})
     , m_removeFunction([](int, const T&) {})
     , m_updateFunction([](int, const T&, const T&) {})
     , m_changeFunction([](ChangeType::Type, const QSharedPointer<IndexMapper>&, const QList<T>&, const QList<T>&) {})
@@ -17,47 +16,34 @@ template <class T>
 void CachedObservableList<T>::setInput(const ObservableList<T>& input)
 {
     // The old input goes at the end: nobody is called while this is half done.
-    const ObservableList<T> before = std::exchange(m_input, input);
-    m_intake.follow(m_input.impl());
-    m_intake.reset();
+    const auto before = this->input();
+    follow(input.impl());
+    reset();
 }
 
 template <class T>
 QList<T> CachedObservableList<T>::toList() const
 {
     ObservableTracker::getterCalled(this);
-    m_intake.catchUp();
+    catchUp();
     return m_copy;
 }
 
 template <class T>
-int CachedObservableList<T>::childCount(const QVariantList& indexPath) const
+QVariant CachedObservableList<T>::item(int index) const
 {
-    m_intake.catchUp();
-    return indexPath.isEmpty() ? int(m_copy.size()) : 0;
+    return index < m_copy.size() ? QVariant::fromValue(m_copy.at(index)) : QVariant();
 }
 
 template <class T>
-QVariant CachedObservableList<T>::data(const QVariantList& indexPath) const
+void CachedObservableList<T>::take(const Change& change)
 {
-    return itemAt(indexOfPath(indexPath));
-}
-
-template <class T>
-QVariant CachedObservableList<T>::itemAt(int index) const
-{
-    m_intake.catchUp();
-    return index >= 0 && index < m_copy.size() ? QVariant::fromValue(m_copy.at(index)) : QVariant();
-}
-
-template <class T>
-void CachedObservableList<T>::takeOver(const Change& change)
-{
-    TakenOver taken{change, {}, {}, {}, {}};
+    TakenOver taken{fitting(change, count()), {}, {}, {}, {}};
     if (!applyToCopy(taken))
         return; // reading the input changed it: everything is read again
     m_untold.push_back(std::move(taken));
-    note(change, [](ObservableImpl& list) { static_cast<CachedObservableList&>(list).callFunctions(); });
+    note(m_untold.back().change,
+         [](ObservableImpl& list) { static_cast<CachedObservableList&>(list).callFunctions(); });
 }
 
 template <class T>
@@ -68,10 +54,10 @@ bool CachedObservableList<T>::applyToCopy(TakenOver& taken)
         taken.itemBefore = m_copy.takeAt(index);
         return true;
     }
-    const ObservableList<T> input = m_input;
+    const ObservableList<T> input(this->input());
     if (taken.change.kind == Change::Added || taken.change.kind == Change::Updated) {
         taken.itemAfter = input[index];
-        if (m_intake.isOvertaken())
+        if (isOvertaken())
             return false;
         if (taken.change.kind == Change::Added)
             m_copy.insert(index, *taken.itemAfter);
@@ -80,7 +66,7 @@ bool CachedObservableList<T>::applyToCopy(TakenOver& taken)
         return true;
     }
     taken.after = input.toList();
-    if (m_intake.isOvertaken())
+    if (isOvertaken())
         return false;
     taken.before = std::exchange(m_copy, taken.after);
     return true;
@@ -92,18 +78,13 @@ template <class T>
 void CachedObservableList<T>::callFunctions()
 {
     const Hold hold(*this);
-    std::exception_ptr thrown;
+    detail::FirstException thrown;
     while (hold.isAlive() && !m_untold.empty()) {
         const TakenOver taken = std::move(m_untold.front());
         m_untold.erase(m_untold.begin());
-        try {
-            callFunction(taken);
-        } catch (...) {
-            thrown = thrown ? thrown : std::current_exception();
-        }
+        thrown.guard([&] { callFunction(taken); });
     }
-    if (thrown)
-        std::rethrow_exception(thrown);
+    thrown.rethrow();
 }
 
 template <class T>

@@ -1,39 +1,60 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <iface/detail/DerivedList.h>
 #include <iface/detail/FilterFlips.h>
-#include <iface/ObservableListImpl.h>
-
-#include <QtCore/QSharedPointer>
+#include <iface/detail/IndexedSequence.h>
 
 #include <memory>
+#include <vector>
+
+namespace iface {
+class Dependencies;
+} // namespace iface
 
 namespace iface::detail {
 
 /// Everything of a filtered list that does not depend on the type of its items; see FilteredObservableList.
-class ZEL_EXPORT FilteredListBase : public ObservableListImpl
+///
+/// One place per input item, marked if the item passes, with what the item's verdict depends on, if anything.
+class ZEL_EXPORT FilteredListBase : public DerivedList
 {
 public:
     ~FilteredListBase() override;
 
-    int childCount(const QVariantList& indexPath) const override;
-    QVariant data(const QVariantList& indexPath) const final;
-    QVariant itemAt(int index) const final;
     bool announcesEveryReadItem() const override;
 
 protected:
-    /// The subclass keeps the input alive. May be null: an empty input.
+    /// reset() is to be called once, when the subclass can judge.
     explicit FilteredListBase(ObservableListImpl* input);
-    /// To be called once, when the subclass can judge.
-    void build();
 
 private:
+    using Item = IndexedSequence::Item;
+
     virtual bool passes(const QVariant& item) const = 0;
     virtual QSharedPointer<IndexMapper> makeMapper(FilterFlips flips) const = 0;
 
-    struct Private;
-    friend struct Private;
-    std::unique_ptr<Private> const d;
+    int count() const override;
+    QVariant item(int index) const override;
+    void take(const Change& change) override;
+    void settleOthers() override;
+
+    Change takeInput(const Change& change);
+    Change added(int index);
+    Change updated(int index);
+    Change removed(int index);
+    Change rebuilt(const Change& change);
+    Change remapped(const IndexMapper& mapper);
+    Change judgedAnew();
+
+    bool judge(int index);
+    void setNode(int index, Item* node);
+    void releaseNodes(IndexedSequence& places);
+    FilterFlips flips();
+
+    IndexedSequence m_places;
+    std::unique_ptr<Dependencies> const m_dependencies;
+    std::vector<int> m_turned;
 };
 
 } // namespace iface::detail

@@ -1,26 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <iface/ChangedKeys.h>
-#include <iface/ObservableListImpl.h>
 #include <iface/ObservableMapImplBase.h>
+#include <iface/detail/DerivedList.h>
 #include <iface/detail/IndexedSequence.h>
 
 #include <QtCore/QVarLengthArray>
 
-#include <memory>
+#include <algorithm>
+#include <vector>
 
 namespace iface::detail {
 
 /// Everything of a transformed list that does not depend on its types; see LazyTransformedObservableListImpl.
-class ZEL_EXPORT LazyTransformedListBase : public ObservableListImpl
+///
+/// One place per key, marked and with an entry if the item is kept.
+class ZEL_EXPORT LazyTransformedListBase : public DerivedList
 {
 public:
-    ~LazyTransformedListBase() override;
-
-    int childCount(const QVariantList& indexPath) const override;
-    QVariant data(const QVariantList& indexPath) const final;
-    QVariant itemAt(int index) const final;
     bool announcesEveryReadItem() const override;
 
 protected:
@@ -32,30 +29,70 @@ protected:
         bool m_isKeyDirty = false; ///< and so may its key
     };
 
-    /// The subclass keeps both alive; either may be null.
+    /// The subclass keeps the map alive; either may be null.
     LazyTransformedListBase(ObservableListImpl* input, ObservableMapImplBase* mapping, int cacheLimit);
     /// How many items may come to be kept as the list is now.
-    int mostEntries() const;
+    int mostEntries() const { return std::min(m_cacheLimit, count()); }
     /// To be called in the subclass's destructor, while it can still destroy entries.
     void dropEntries();
 
 private:
     /// An entry made of the input's item.
-    virtual Entry* createEntry(const QVariant& inputItem) const = 0;
+    virtual Entry* createEntry(const QVariant& inputItem) = 0;
     /// Has the entry found by its key; once.
-    virtual void enterKey(Entry& entry) const = 0;
+    virtual void enterKey(Entry& entry) = 0;
     /// Also takes it out of the keys.
-    virtual void destroyEntry(Entry* entry) const = 0;
+    virtual void destroyEntry(Entry* entry) = 0;
     /// Derives the value of an entry anew, from the input's item or, if there is none, from the key that is kept; tells
     /// whether key or value differ from what was kept.
-    virtual bool derive(Entry& entry, const QVariant* inputItem) const = 0;
+    virtual bool derive(Entry& entry, const QVariant* inputItem) = 0;
     virtual QVariant valueOf(const Entry& entry) const = 0;
     /// Appends the entries under the keys that changed; false when none is known.
-    virtual bool findEntries(const ChangedKeys& changed, QVarLengthArray<Entry*, 8>& found) const = 0;
+    virtual bool findEntries(const ChangedKeys& changed, QVarLengthArray<Entry*, 8>& found) = 0;
 
-    struct Private;
-    friend struct Private;
-    std::unique_ptr<Private> const d;
+    class Mapping : public iface::Follower
+    {
+    public:
+        explicit Mapping(LazyTransformedListBase* owner)
+            : m_owner(owner)
+        {
+        }
+
+    protected:
+        void mark(const Change& change) override
+        {
+            if (change.kind == Change::Keys)
+                m_owner->mappingChanged(*change.keys);
+        }
+
+    private:
+        LazyTransformedListBase* const m_owner;
+    };
+
+    int count() const override { return m_places.size(); }
+    QVariant item(int index) const override;
+    void take(const Change& change) override;
+
+    Entry* entry(int index) const { return static_cast<Entry*>(m_places.item(index)); }
+    QVariant compute(int index);
+    void registerRead(int index) const;
+    bool keep(int index, Entry* made);
+    void forgetAll();
+    void destroy(Entry* entry);
+
+    Change takeInput(const Change& change);
+    void mappingChanged(const ChangedKeys& changed);
+    void setDirty(Entry* entry, bool withKey);
+    void setAllDirty(bool withKeys);
+    void move(const IndexMapper& mapper);
+    bool announcesKeys() const { return !input() || input()->announcesEveryReadItem(); }
+
+    const int m_cacheLimit;
+    IndexedSequence m_places;
+    std::vector<Entry*> m_dirty; ///< null for those that are gone
+    std::vector<Entry*> m_asked; ///< to be used again
+    Mapping m_mapping{this};
+    int m_reads = 0; ///< under way
 };
 
 } // namespace iface::detail

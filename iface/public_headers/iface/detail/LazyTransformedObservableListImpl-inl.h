@@ -4,7 +4,7 @@
 namespace iface {
 
 template <class K, class V, class Eq, class Hash>
-void LazyTransformedObservableListImpl<K, V, Eq, Hash>::destroyEntry(Entry* entry) const
+void LazyTransformedObservableListImpl<K, V, Eq, Hash>::destroyEntry(Entry* entry)
 {
     auto* const item = static_cast<ItemInfo*>(entry);
     m_index.remove(*item);
@@ -12,7 +12,7 @@ void LazyTransformedObservableListImpl<K, V, Eq, Hash>::destroyEntry(Entry* entr
 }
 
 template <class K, class V, class Eq, class Hash>
-auto LazyTransformedObservableListImpl<K, V, Eq, Hash>::createEntry(const QVariant& inputItem) const -> Entry*
+auto LazyTransformedObservableListImpl<K, V, Eq, Hash>::createEntry(const QVariant& inputItem) -> Entry*
 {
     auto item = std::make_unique<ItemInfo>();
     item->key = inputItem.value<K>();
@@ -21,7 +21,7 @@ auto LazyTransformedObservableListImpl<K, V, Eq, Hash>::createEntry(const QVaria
 }
 
 template <class K, class V, class Eq, class Hash>
-bool LazyTransformedObservableListImpl<K, V, Eq, Hash>::derive(Entry& entry, const QVariant* inputItem) const
+bool LazyTransformedObservableListImpl<K, V, Eq, Hash>::derive(Entry& entry, const QVariant* inputItem)
 {
     auto& item = static_cast<ItemInfo&>(entry);
     bool isOther = false;
@@ -43,7 +43,7 @@ bool LazyTransformedObservableListImpl<K, V, Eq, Hash>::derive(Entry& entry, con
 
 template <class K, class V, class Eq, class Hash>
 bool LazyTransformedObservableListImpl<K, V, Eq, Hash>::findEntries(const ChangedKeys& changed,
-                                                                    QVarLengthArray<Entry*, 8>& found) const
+                                                                    QVarLengthArray<Entry*, 8>& found)
 {
     return changed.visit<K>(
         [&](const K& key) { m_index.forEach(key, [&found](ItemInfo& item) { found.append(&item); }); });

@@ -3,6 +3,7 @@
 
 #include <iface/Change.h>
 #include <iface/Follower.h>
+#include <iface/ObservableListImpl.h>
 
 namespace iface {
 class Round;
@@ -10,64 +11,70 @@ class Round;
 
 namespace iface::detail {
 
-/// How a derived list takes in what changed, in the first step of a round, before anything is announced.
+class FirstException;
+
+/// A list made of another list, its input: how it takes in what changed, in the first step of a round, before anything
+/// is announced.
 ///
 /// It notes the changes of the input, merged into one. Then, when it is the list's turn or as soon as somebody reads
 /// it, what the list reads is brought up to date, and after that the list, with take(): so every list has taken in
 /// everything whenever it is read, in whatever order lists hang on each other. While take() runs, the list is left
 /// alone: another change of the input then counts as a Reset and leads to another take().
-class ZEL_EXPORT Intake : public Follower
+///
+/// The destructor of a subclass calls close() first of all: whatever goes there may run anything.
+class ZEL_EXPORT DerivedList : public ObservableListImpl, private Follower
 {
 public:
-    ~Intake() override;
+    ~DerivedList() override;
 
-    /// Follows from the state in which the input is now. Null: nothing.
+    int childCount(const QVariantList& indexPath) const final;
+    QVariant data(const QVariantList& indexPath) const final;
+    QVariant itemAt(int index) const final;
+
+protected:
+    DerivedList() = default;
+
+    /// What the list is made of, which it holds; null reads as empty.
+    const QExplicitlySharedDataPointer<ObservableListImpl>& input() const { return m_input; }
+    int inputCount() const;
+    /// Follows an input from the state in which that is now.
     void follow(ObservableListImpl* input);
     /// Has everything taken in anew.
     void reset();
+    /// Nothing is taken in any more.
+    void close();
     /// Something else than the input's items makes the list another.
     void markBehind();
     /// To be called first by everything that reads the list.
-    void catchUp() const
-    {
-        if (m_isBusy || !isAnyBehind())
-            return;
-        const_cast<Intake*>(this)->settle();
-    }
-    /// Nothing is taken in any more.
-    void close();
+    void catchUp() const;
 
-    int inputCount() const;
     /// Grows with everything that is noted.
     unsigned generation() const { return m_generation; }
     /// Whether take() is running.
     bool isTaking() const { return m_isTaking; }
     /// Whether the input has changed since take() began; there will be another.
     bool isOvertaken() const { return m_pending.kind != Change::None; }
-
-protected:
-    explicit Intake(ObservableListImpl& list)
-        : m_list(list)
-    {
-    }
-
-    /// Takes the change in and notes what follows from it; None if only what made the list markBehind() has changed.
-    virtual void take(const Change& change) = 0;
-    /// Brings what take() reads besides the input up to date.
-    virtual void settleOthers();
-    /// The change, or a Reset if it tells of other items than a list that had `count` of them can have.
-    Change fitting(const Change& change, int count) const;
+    /// The change, or a Reset if it tells of other items than an input that had `before` of them can have.
+    Change fitting(const Change& change, int before) const;
+    /// What was thrown while changes are taken in. It goes on when all has been announced.
+    static FirstException& thrown();
 
 private:
     friend class iface::Round;
 
-    static bool isAnyBehind();
+    /// Of the items, and one of them, or nothing where none is: after the list has caught up.
+    virtual int count() const = 0;
+    virtual QVariant item(int index) const = 0;
+    /// Takes the change in and notes what follows from it; None if only what made the list markBehind() has changed.
+    virtual void take(const Change& change) = 0;
+    /// Brings what take() reads besides the input up to date.
+    virtual void settleOthers();
+
     void mark(const Change& change) override;
     void settle();
     bool mayTakeAgain();
 
-    ObservableListImpl& m_list;
-    ObservableListImpl* m_input = nullptr;
+    QExplicitlySharedDataPointer<ObservableListImpl> m_input;
     Change m_pending;
     unsigned m_generation = 0;
     unsigned m_round = 0; ///< in which m_takes counts

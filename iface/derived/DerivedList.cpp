@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <iface/detail/Intake.h>
+#include <iface/detail/DerivedList.h>
 
 #include "observables/MostRuns.h"
 #include "observables/RoundState.h"
@@ -16,41 +16,54 @@ using namespace Qt::StringLiterals;
 
 namespace iface::detail {
 
-Intake::~Intake()
+DerivedList::~DerivedList()
 {
     Round::strikeOut(*this);
 }
 
-bool Intake::isAnyBehind()
+int DerivedList::childCount(const QVariantList& indexPath) const
 {
-    return t_behindCount > 0;
+    catchUp();
+    return indexPath.isEmpty() ? count() : 0;
 }
 
-void Intake::follow(ObservableListImpl* input)
+QVariant DerivedList::data(const QVariantList& indexPath) const
+{
+    return itemAt(indexOfPath(indexPath));
+}
+
+QVariant DerivedList::itemAt(int index) const
+{
+    catchUp();
+    return index >= 0 ? item(index) : QVariant();
+}
+
+int DerivedList::inputCount() const
+{
+    return m_input ? m_input->childCount(QVariantList()) : 0;
+}
+
+void DerivedList::follow(ObservableListImpl* input)
 {
     detach();
-    m_input = input;
     if (input)
         Follower::follow(*input);
+    QExplicitlySharedDataPointer<ObservableListImpl> other(input);
+    other.swap(m_input); // the one before goes last: that may run anything
 }
 
-void Intake::close()
+void DerivedList::close()
 {
     detach();
     m_isClosed = true;
 }
 
-void Intake::reset()
+void DerivedList::reset()
 {
     Round::together([this] { mark({Change::Reset}); });
 }
 
-int Intake::inputCount() const
-{
-    return m_input ? m_input->childCount(QVariantList()) : 0;
-}
-
-void Intake::mark(const Change& change)
+void DerivedList::mark(const Change& change)
 {
     // A list that only said that something about it changed, without saying what of its items, has changed none.
     if (change.kind <= Change::Keys)
@@ -59,7 +72,7 @@ void Intake::mark(const Change& change)
     markBehind();
 }
 
-void Intake::markBehind()
+void DerivedList::markBehind()
 {
     if (m_isClosed)
         return;
@@ -67,10 +80,22 @@ void Intake::markBehind()
     Round::open()->enter(*this);
 }
 
-void Intake::settleOthers() {}
+void DerivedList::settleOthers() {}
+
+FirstException& DerivedList::thrown()
+{
+    return Round::open()->m_thrown;
+}
+
+void DerivedList::catchUp() const
+{
+    // It is busy when what it reads hangs on itself.
+    if (t_behindCount > 0 && !m_isBusy)
+        const_cast<DerivedList*>(this)->settle();
+}
 
 /// Whether this round has not had enough of it yet. Reads of a function that makes changes do not count.
-bool Intake::mayTakeAgain()
+bool DerivedList::mayTakeAgain()
 {
     const Round& round = *Round::open();
     if (std::exchange(m_round, round.m_number) != round.m_number || round.m_isBeingMade)
@@ -78,51 +103,42 @@ bool Intake::mayTakeAgain()
     return m_takes++ < MostRuns;
 }
 
-void Intake::settle()
+void DerivedList::settle()
 {
-    if (m_isBusy)
-        return; // it reads what hangs on itself
-    Round& round = *Round::open();
     const ObservableTracker::Suspension untracked;
-    const ObservablePointer hold(m_list.ref.loadRelaxed() > 0 ? &m_list : nullptr);
+    const Hold hold(*this);
     const QScopedValueRollback<bool> busy(m_isBusy, true);
-    const auto guarded = [&round](const auto& call) {
-        try {
-            call();
-        } catch (...) {
-            round.keepException();
-        }
-    };
     // What is taken in may change something further up, which has to come down first before this is up to date.
     do {
         // Mostly nothing else is behind, and what is read then need not be asked.
-        if (t_behindCount > int(m_isBehind))
-            guarded([this] {
+        if (t_behindCount > int(m_isBehind)) {
+            thrown().guard([this] {
                 inputCount();
                 settleOthers();
             });
+        }
         if (!m_isBehind)
             return;
         m_isBehind = false;
         --t_behindCount;
         if (!mayTakeAgain()) {
-            ZEL_IFACE_LOG("Intake.cpp", __LINE__, LogLevel::Error, LogCategory::General,
+            ZEL_IFACE_LOG("DerivedList.cpp", __LINE__, LogLevel::Error, LogCategory::General,
                           u"A derived list keeps changing what it is made of; it may be incomplete"_s);
             m_pending = {Change::Reset}; // the next change has everything taken in anew
             return;
         }
         const QScopedValueRollback<bool> taking(m_isTaking, true);
-        guarded([this] { take(std::exchange(m_pending, Change())); });
-    } while (isAnyBehind());
+        thrown().guard([this] { take(std::exchange(m_pending, Change())); });
+    } while (t_behindCount > 0);
 }
 
-Change Intake::fitting(const Change& change, int count) const
+Change DerivedList::fitting(const Change& change, int before) const
 {
     if (change.kind < Change::Added || change.kind > Change::Removed)
         return change;
     const int growth = change.kind == Change::Added ? 1 : change.kind == Change::Removed ? -1 : 0;
     const bool fits =
-        change.index >= 0 && change.index < std::max(count, count + growth) && inputCount() == count + growth;
+        change.index >= 0 && change.index < std::max(before, before + growth) && inputCount() == before + growth;
     return fits ? change : Change{Change::Reset};
 }
 
