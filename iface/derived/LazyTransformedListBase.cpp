@@ -128,7 +128,6 @@ void LazyTransformedListBase::destroy(Entry* entry)
 void LazyTransformedListBase::take(const Change& change)
 {
     Change made = takeInput(fitting(change, m_places.size()));
-    QVarLengthArray<int, 8> others;
     // While the map is asked more may become dirty, or even this again: that is for another take.
     m_asked.clear();
     m_asked.swap(m_dirty);
@@ -145,13 +144,9 @@ void LazyTransformedListBase::take(const Change& change)
             const bool isKeyDirty = std::exchange(each->m_isKeyDirty, false);
             const QVariant item = isKeyDirty ? input()->itemAt(index) : QVariant();
             if (derive(*each, isKeyDirty ? &item : nullptr))
-                others.append(index);
+                made = merged(made, {Change::Updated, index});
         });
     }
-    if (others.size() == 1)
-        made = merged(made, {Change::Updated, others.first()});
-    else if (others.size() > 1)
-        made = merged(made, {Change::Data});
     if (made.kind != Change::None)
         note(made);
 }
@@ -159,7 +154,6 @@ void LazyTransformedListBase::take(const Change& change)
 /// Takes in what makes the list another as a whole, and has the rest derived anew.
 Change LazyTransformedListBase::takeInput(const Change& change)
 {
-    const int count = inputCount();
     switch (change.kind) {
     case Change::None:
         return change;
@@ -175,14 +169,15 @@ Change LazyTransformedListBase::takeInput(const Change& change)
     default:
         break;
     }
+    const int countNow = inputCount();
     if (change.kind == Change::Moved && change.mapper) {
-        move(*change.mapper);
-    } else if (count == m_places.size()) {
+        move(*change.mapper, countNow);
+    } else if (countNow == count()) {
         setAllDirty(true);
         return {};
     } else {
         forgetAll();
-        m_places.reset(count);
+        m_places.reset(countNow);
     }
     return change;
 }
@@ -216,17 +211,16 @@ void LazyTransformedListBase::setAllDirty(bool withKeys)
         setDirty(entry(m_places.select(rank)), withKeys);
 }
 
-void LazyTransformedListBase::move(const IndexMapper& mapper)
+void LazyTransformedListBase::move(const IndexMapper& mapper, int countNow)
 {
-    const int count = inputCount();
     IndexTranslation translate(mapper);
     std::vector<int> translated(m_places.markedCount());
     for (int rank = 0; rank < m_places.markedCount(); ++rank)
-        translated[rank] = translate(m_places.select(rank), count);
+        translated[rank] = translate(m_places.select(rank), countNow);
 
     IndexedSequence before;
     before.swap(m_places);
-    m_places.reset(count);
+    m_places.reset(countNow);
     int rank = 0;
     for (const int to : translated) {
         auto* const entry = static_cast<Entry*>(before.setItem(before.select(rank++), nullptr));

@@ -84,7 +84,7 @@ private:
     void mappingChanged(const ChangedKeys& changed);
     void setDirty(Entry* entry, bool withKey);
     void setAllDirty(bool withKeys);
-    void move(const IndexMapper& mapper);
+    void move(const IndexMapper& mapper, int countNow);
     bool announcesKeys() const { return !input() || input()->announcesEveryReadItem(); }
 
     const int m_cacheLimit;
