@@ -7,6 +7,7 @@
 #include <iface/ObservableTracker.h>
 #include <iface/PrecomputedMapper.h>
 #include <iface/detail/FirstException.h>
+#include <iface/detail/FlipMapper.h>
 
 #include <algorithm>
 #include <utility>
@@ -165,27 +166,28 @@ Change FilteredListBase::judgedAnew()
     }
     if (m_turned.empty() || isOvertaken())
         return {};
-    return {Change::Moved, -1, makeMapper(flips())};
+    return {Change::Moved, -1, turn()};
 }
 
 /// Turns the verdicts of the items in `m_turned`.
-FilterFlips FilteredListBase::flips()
+QSharedPointer<ObservableListImpl::IndexMapper> FilteredListBase::turn()
 {
     std::sort(m_turned.begin(), m_turned.end());
-    FilterFlips result;
-    result.oldCount = m_places.markedCount();
+    const int oldCount = count();
+    std::vector<int> dropped;
+    std::vector<int> taken;
     int grownBy = 0; // by the turns before the one at hand, which are in its rank
     for (const int index : m_turned) {
         const bool passes = !m_places.isMarked(index);
         const int position = m_places.rank(index);
         if (passes)
-            result.taken.push_back(position);
+            taken.push_back(position);
         else
-            result.dropped.push_back(position - grownBy);
+            dropped.push_back(position - grownBy);
         grownBy += passes ? 1 : -1;
         m_places.setMarked(index, passes);
     }
-    return result;
+    return QSharedPointer<FlipMapper>::create(std::move(dropped), std::move(taken), oldCount);
 }
 
 bool FilteredListBase::judge(int index)

@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <iface/detail/FilterFlips.h>
-#include <iface/ObservableListImpl.h>
-
-#include <utility>
+#include <iface/detail/FlipMapper.h>
 
 namespace iface {
 
@@ -14,21 +11,6 @@ namespace iface {
 /// It holds only what was dropped and what came in, so a single item that turns costs the same in a list of any
 /// length. A value that outlives its list.
 template <class T>
-class FilterFunctionIndexMapper : public ObservableListImpl::IndexMapper
-{
-public:
-    explicit FilterFunctionIndexMapper(detail::FilterFlips flips)
-        : m_flips(std::move(flips))
-    {
-    }
-
-    bool newIndexPath(QVariantList* newPath, int* removed, const QVariantList& oldPath) const override
-    {
-        return answer(newPath, removed, m_flips.newPosition(ObservableListImpl::indexOfPath(oldPath)));
-    }
-
-private:
-    const detail::FilterFlips m_flips;
-};
+using FilterFunctionIndexMapper = detail::FlipMapper;
 
 } // namespace iface

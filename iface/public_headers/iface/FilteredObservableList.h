@@ -53,10 +53,6 @@ private:
     }
 
     bool passes(const QVariant& item) const override { return m_filter(item.value<T>()); }
-    QSharedPointer<IndexMapper> makeMapper(detail::FilterFlips flips) const override
-    {
-        return QSharedPointer<FilterFunctionIndexMapper<T>>::create(std::move(flips));
-    }
 
     const Filter m_filter;
 };

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <iface/detail/DerivedList.h>
-#include <iface/detail/FilterFlips.h>
 #include <iface/detail/IndexedSequence.h>
 
 #include <memory>
@@ -32,7 +31,6 @@ private:
     using Item = IndexedSequence::Item;
 
     virtual bool passes(const QVariant& item) const = 0;
-    virtual QSharedPointer<IndexMapper> makeMapper(FilterFlips flips) const = 0;
 
     int count() const override;
     QVariant item(int index) const override;
@@ -50,7 +48,7 @@ private:
     bool judge(int index);
     void setNode(int index, Item* node);
     void releaseNodes(IndexedSequence& places);
-    FilterFlips flips();
+    QSharedPointer<IndexMapper> turn();
 
     IndexedSequence m_places;
     std::unique_ptr<Dependencies> const m_dependencies;
