@@ -1,25 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <iface/ObservableTracker.h>
 
-#include "observables/CurrentRecorder.h"
-
 #include <iface/Logging.h>
 
 using namespace Qt::StringLiterals;
 
 namespace iface {
 
-[[gnu::tls_model("initial-exec")]] constinit thread_local ReadRecorder* t_currentRecorder = nullptr;
-
 namespace {
 
-// The lines are known under this name and these numbers to whoever reads logs; they do not follow the source.
-void reportNullSet(int line)
-{
-    ZEL_IFACE_LOG("ObservableTracker.h", line, LogLevel::Error, LogCategory::General, u"ObservableSet is null!"_s);
-}
+/// What takes note of this thread's reads. Announcements suspend it for every single change.
+[[gnu::tls_model("initial-exec")]] constinit thread_local ReadRecorder* t_currentRecorder = nullptr;
 
 } // namespace
+
+ReadRecorder::~ReadRecorder() = default;
 
 void ObservableTracker::getterCalled(const Observable* observable)
 {
@@ -37,8 +32,8 @@ ReadRecorder* ObservableTracker::setCurrentGetterCalledSet(ReadRecorder* recorde
     return std::exchange(t_currentRecorder, recorder);
 }
 
-ObservableTracker::Suspension::Suspension()
-    : m_suspended(std::exchange(t_currentRecorder, nullptr))
+ObservableTracker::Suspension::Suspension(ReadRecorder* recorder)
+    : m_suspended(setCurrentGetterCalledSet(recorder))
 {
 }
 
@@ -47,27 +42,10 @@ ObservableTracker::Suspension::~Suspension()
     t_currentRecorder = m_suspended;
 }
 
-ObservableTracker::Scope::Scope(ReadRecorder* recorder)
-    : m_outer(std::exchange(t_currentRecorder, recorder))
+// The lines are known under this name and their numbers to whoever reads logs; they do not follow the source.
+void ObservableTracker::reportNullSet(int line)
 {
-    if (!t_currentRecorder)
-        reportNullSet(82);
-}
-
-bool ObservableTracker::Scope::finish() const
-{
-    if (t_currentRecorder)
-        return true;
-    // Somebody has taken the recorder away and not put it back. Once for the result that is missing, once for the
-    // set that is to be given back; that nothing was tracked around an outermost run is no fault and no line.
-    reportNullSet(88);
-    reportNullSet(94);
-    return false;
-}
-
-ObservableTracker::Scope::~Scope()
-{
-    t_currentRecorder = m_outer;
+    ZEL_IFACE_LOG("ObservableTracker.h", line, LogLevel::Error, LogCategory::General, u"ObservableSet is null!"_s);
 }
 
 } // namespace iface

@@ -56,7 +56,7 @@ class TstObservableTracker : public QObject
 private Q_SLOTS:
     void collectsWhatIsReadOnceInOrder()
     {
-        for (const int count : {2, 200}) { // few are searched through, many are hashed
+        for (const int count : {2, 200}) {
             std::vector<NumberPointer> values(count);
             std::generate(values.begin(), values.end(), [] { return makeNumber(); });
             iface::ObservableSet set;

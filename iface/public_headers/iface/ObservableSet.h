@@ -18,26 +18,23 @@ class ZEL_EXPORT ObservableSet : public ReadRecorder
 public:
     using const_iterator = std::vector<ObservablePointer>::const_iterator;
 
-    ObservableSet();
-    ~ObservableSet() override;
+    ObservableSet() = default;
 
     /// Takes a reference on what was read, unless the set holds it already.
     void recordRead(const Observable* observable) override;
 
-    bool contains(const Observable* observable) const;
+    bool contains(const Observable* observable) const { return m_known.contains(observable); }
     bool isEmpty() const { return m_items.empty(); }
     int size() const { return static_cast<int>(m_items.size()); }
     const_iterator begin() const { return m_items.begin(); }
     const_iterator end() const { return m_items.end(); }
-    /// Forgets everything and keeps the room.
     void clear();
 
 private:
     Q_DISABLE_COPY_MOVE(ObservableSet)
 
     std::vector<ObservablePointer> m_items;
-    // Only filled once the set is too large to be searched through.
-    QSet<const Observable*> m_index;
+    QSet<const Observable*> m_known; ///< the same, to be found
 };
 
 } // namespace iface
