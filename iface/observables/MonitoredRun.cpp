@@ -18,35 +18,8 @@ using namespace Qt::StringLiterals;
 
 namespace iface {
 
-/// A run under way. Leaves everything in order, also when the function throws.
-class MonitoredRun::Running
-{
-public:
-    explicit Running(MonitoredRun& run)
-        : m_run(run)
-    {
-        m_run.m_running = true;
-        m_run.m_again = false;
-    }
-
-    ~Running()
-    {
-        m_run.m_running = false;
-        if (m_run.isIdle())
-            m_run.letGo();
-        else if (m_run.m_again)
-            m_run.schedule();
-    }
-
-private:
-    Q_DISABLE_COPY_MOVE(Running)
-    MonitoredRun& m_run;
-};
-
-MonitoredRun::MonitoredRun(ObserverImpl* owner, const QString& name, boost::function<bool()> function,
-                           const char* logFile, int logLine)
+MonitoredRun::MonitoredRun(ObserverImpl* owner, boost::function<bool()> function, const char* logFile, int logLine)
     : m_owner(owner)
-    , m_name(name)
     , m_function(std::move(function))
     , m_logFile(logFile)
     , m_logLine(logLine)
@@ -94,23 +67,27 @@ void MonitoredRun::runInRound()
 
 void MonitoredRun::handleChange()
 {
-    if (isIdle())
+    if (!m_owner)
         return;
     // This run takes the place of those that are still to come.
     m_realm.remove(std::exchange(m_pendingId, -1));
     leaveRound();
-    if (m_running) {
-        m_again = true;
+    m_again = true;
+    if (m_running)
         return;
-    }
     const std::shared_ptr<MonitoredRun> alive = shared_from_this();
-    const Running running(*this);
+    m_running = true;
+    const auto end = qScopeGuard([this] { // also when the function throws
+        m_running = false;
+        if (!m_owner)
+            letGo();
+        else if (m_again)
+            schedule();
+    });
     // A function that changes what it reads settles in a few runs. One that does not must not hold up the event loop.
-    for (int run = 0; run < MostRuns; ++run) {
+    for (int run = 0; run < MostRuns && m_again && m_owner; ++run) {
         m_again = false;
         runOnce();
-        if (!m_again || isIdle())
-            return;
     }
 }
 
@@ -127,7 +104,8 @@ void MonitoredRun::runOnce()
     });
     bool finished = false;
     isBroken = !ObservableTracker::runInto(&run, [&] { finished = m_function(); });
-    m_finished = finished && !isBroken;
+    if (finished && !isBroken)
+        m_owner = nullptr;
     if (isBroken)
         ZEL_IFACE_LOG(m_logFile, m_logLine, LogLevel::Error, LogCategory::General,
                       u"m_observedList is null! This shouldn't happen."_s);
@@ -150,23 +128,18 @@ void MonitoredRun::close()
 
 // The two that share it.
 
-class ObservableMonitor::Private : public MonitoredRun
-{
-public:
-    using MonitoredRun::MonitoredRun;
-};
-
 ObservableMonitor::ObservableMonitor(boost::function<void()> function, QObject* parent, const QString& name,
                                      bool runAtOnce)
     : ObserverImpl(parent)
-    , d(std::make_shared<Private>(
-          this, name,
+    , d(std::make_shared<MonitoredRun>(
+          this,
           [function = std::move(function)] {
               function();
               return false;
           },
           "ObservableMonitor.h", 116))
 {
+    setObjectName(name);
     if (runAtOnce)
         d->schedule();
 }
@@ -176,37 +149,22 @@ ObservableMonitor::~ObservableMonitor()
     d->close();
 }
 
-QString ObservableMonitor::name() const
-{
-    return d->name();
-}
-
 void ObservableMonitor::handleObservableChanged()
 {
     d->handleChange();
 }
 
-class RunUntilTrue::Private : public MonitoredRun
-{
-public:
-    using MonitoredRun::MonitoredRun;
-};
-
 RunUntilTrue::RunUntilTrue(boost::function<bool()> function, QObject* parent, const QString& name)
     : ObserverImpl(parent)
-    , d(std::make_shared<Private>(this, name, std::move(function), "RunUntilTrue.h", 88))
+    , d(std::make_shared<MonitoredRun>(this, std::move(function), "RunUntilTrue.h", 88))
 {
+    setObjectName(name);
     d->schedule();
 }
 
 RunUntilTrue::~RunUntilTrue()
 {
     d->close();
-}
-
-QString RunUntilTrue::name() const
-{
-    return d->name();
 }
 
 void RunUntilTrue::handleObservableChanged()

@@ -5,8 +5,6 @@
 
 #include <iface/QApplicationRealm.h>
 
-#include <QtCore/QString>
-
 #include <boost/function.hpp>
 
 #include <cstddef>
@@ -24,11 +22,9 @@ class MonitoredRun : public std::enable_shared_from_this<MonitoredRun>
 {
 public:
     /// `function` answers true when it need not run any more. `logFile` and `logLine` say where a broken run is logged.
-    MonitoredRun(ObserverImpl* owner, const QString& name, boost::function<bool()> function, const char* logFile,
-                 int logLine);
+    MonitoredRun(ObserverImpl* owner, boost::function<bool()> function, const char* logFile, int logLine);
     ~MonitoredRun();
 
-    const QString& name() const { return m_name; }
     /// Has the owner told of a change in a later turn of the event loop.
     void schedule();
     /// Runs the function now, or after the run that is under way.
@@ -39,16 +35,12 @@ public:
 
 private:
     Q_DISABLE_COPY_MOVE(MonitoredRun)
-    class Running;
-
-    bool isIdle() const { return m_finished || !m_owner; }
     void changed();
     void leaveRound();
     void runOnce();
     void letGo();
 
-    ObserverImpl* m_owner;
-    const QString m_name;
+    ObserverImpl* m_owner; ///< null when there are to be no more runs
     const boost::function<bool()> m_function;
     const char* const m_logFile;
     const int m_logLine;
@@ -58,7 +50,6 @@ private:
     bool m_running = false;
     // Something that this run has read has changed since.
     bool m_again = false;
-    bool m_finished = false;
     int m_pendingId = -1;
     QApplicationRealm m_realm;
 };

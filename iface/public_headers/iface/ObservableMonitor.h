@@ -11,6 +11,8 @@
 
 namespace iface {
 
+class MonitoredRun;
+
 /// Runs a function again whenever something that its last run read has changed: once for a change, however much of what
 /// it read is another, when everything has taken the change in and has announced it (see Round).
 ///
@@ -35,14 +37,13 @@ public:
     ObservableMonitor(boost::function<void()> function, QObject* parent, const QString& name, bool runAtOnce);
     ~ObservableMonitor() override;
 
-    QString name() const;
+    QString name() const { return objectName(); }
 
 public Q_SLOTS:
     void handleObservableChanged() override;
 
 private:
-    class Private;
-    std::shared_ptr<Private> const d;
+    std::shared_ptr<MonitoredRun> const d;
 };
 
 } // namespace iface

@@ -11,6 +11,8 @@
 
 namespace iface {
 
+class MonitoredRun;
+
 /// Waits for a condition: runs a function in a later turn of the event loop, and again whenever something that it read
 /// has changed, until it answers true once. From then on it stays idle, observes nothing and never runs again.
 ///
@@ -23,14 +25,13 @@ public:
     RunUntilTrue(boost::function<bool()> function, QObject* parent, const QString& name);
     ~RunUntilTrue() override;
 
-    QString name() const;
+    QString name() const { return objectName(); }
 
 public Q_SLOTS:
     void handleObservableChanged() override;
 
 private:
-    class Private;
-    std::shared_ptr<Private> const d;
+    std::shared_ptr<MonitoredRun> const d;
 };
 
 } // namespace iface
