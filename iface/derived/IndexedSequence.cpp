@@ -146,9 +146,7 @@ IndexedSequence::~IndexedSequence()
 
 void IndexedSequence::swap(IndexedSequence& other) noexcept
 {
-    std::swap(m_blocks, other.m_blocks);
-    std::swap(m_sizes, other.m_sizes);
-    std::swap(m_marks, other.m_marks);
+    std::swap(m_parts, other.m_parts);
     std::swap(m_cursor, other.m_cursor);
     std::swap(m_size, other.m_size);
     std::swap(m_marked, other.m_marked);
@@ -156,21 +154,17 @@ void IndexedSequence::swap(IndexedSequence& other) noexcept
 
 void IndexedSequence::reset(int count)
 {
-    for (std::size_t block = 0; block < m_blocks.size(); ++block) {
-        for (int offset = 0; m_blocks[block]->items && offset < m_sizes[block]; ++offset)
-            m_blocks[block]->take(offset);
+    for (const Part& part : m_parts) {
+        for (int offset = 0; part.block->items && offset < part.size; ++offset)
+            part.block->take(offset);
     }
-    m_blocks.clear();
-    m_sizes.clear();
-    m_marks.clear();
+    m_parts.clear();
     m_cursor = Cursor();
     m_size = count;
     m_marked = 0;
     do {
-        m_blocks.push_back(std::make_unique<Block>(int(m_blocks.size())));
-        m_sizes.push_back(std::min(count, Capacity));
-        m_marks.push_back(0);
-        count -= m_sizes.back();
+        m_parts.push_back({std::make_unique<Block>(int(m_parts.size())), std::min(count, Capacity)});
+        count -= m_parts.back().size;
     } while (count > 0);
 }
 
@@ -180,7 +174,7 @@ void IndexedSequence::insert(int index, Item* item)
     seek(index);
     int offset = index - m_cursor.start;
     Block& block = makeRoom(offset);
-    block.insert(offset, m_sizes[block.ordinal], item);
+    block.insert(offset, m_parts[block.ordinal].size, item);
     addSize(block.ordinal, 1);
 }
 
@@ -191,14 +185,14 @@ IndexedSequence::Item* IndexedSequence::remove(int index)
     const int ordinal = block.ordinal;
     const int offset = index - m_cursor.start;
     const bool marked = block.isMarked(offset);
-    Item* const item = block.remove(offset, m_sizes[ordinal]);
+    Item* const item = block.remove(offset, m_parts[ordinal].size);
     addSize(ordinal, -1);
     if (marked)
         addMarked(ordinal, -1);
-    if (m_sizes[ordinal] == 0)
+    const int left = m_parts[ordinal].size;
+    if (left == 0)
         removeBlock(ordinal);
-    else if (m_sizes[ordinal] < Sparse && ordinal + 1 < int(m_blocks.size()) &&
-             m_sizes[ordinal] + m_sizes[ordinal + 1] <= Capacity / 2)
+    else if (left < Sparse && ordinal + 1 < int(m_parts.size()) && left + m_parts[ordinal + 1].size <= Capacity / 2)
         mergeWithNext(ordinal);
     return item;
 }
@@ -232,9 +226,9 @@ int IndexedSequence::select(int rank) const
     Q_ASSERT(rank >= 0 && rank < m_marked);
     while (rank < m_cursor.startRank)
         stepBackward();
-    while (rank >= m_cursor.startRank + m_marks[m_cursor.block])
+    while (rank >= m_cursor.startRank + current().marked)
         stepForward();
-    return m_cursor.start + m_blocks[m_cursor.block]->selectMarked(rank - m_cursor.startRank);
+    return m_cursor.start + current().block->selectMarked(rank - m_cursor.startRank);
 }
 
 IndexedSequence::Item* IndexedSequence::item(int index) const
@@ -270,22 +264,22 @@ int IndexedSequence::indexOf(const Item& item) const
 IndexedSequence::Block& IndexedSequence::seek(int index) const
 {
     Q_ASSERT(index >= 0 && index <= m_size);
-    if (static_cast<unsigned>(index - m_cursor.start) < static_cast<unsigned>(m_sizes[m_cursor.block]))
-        return *m_blocks[m_cursor.block]; // mostly it is there already
+    if (static_cast<unsigned>(index - m_cursor.start) < static_cast<unsigned>(current().size))
+        return *current().block; // mostly it is there already
     if (index == m_size)
-        seekBlock(int(m_blocks.size()) - 1);
+        seekBlock(int(m_parts.size()) - 1);
     while (index < m_cursor.start)
         stepBackward();
-    while (index >= m_cursor.start + m_sizes[m_cursor.block] && m_cursor.block + 1 < int(m_blocks.size()))
+    while (index >= m_cursor.start + current().size && m_cursor.block + 1 < int(m_parts.size()))
         stepForward();
-    return *m_blocks[m_cursor.block];
+    return *current().block;
 }
 
 void IndexedSequence::seekBlock(int block) const
 {
-    const int last = int(m_blocks.size()) - 1;
+    const int last = int(m_parts.size()) - 1;
     if (block == last) {
-        m_cursor = {last, m_size - m_sizes[last], m_marked - m_marks[last]};
+        m_cursor = {last, m_size - m_parts[last].size, m_marked - m_parts[last].marked};
     } else if (block < m_cursor.block / 2) {
         m_cursor = Cursor();
     }
@@ -297,79 +291,73 @@ void IndexedSequence::seekBlock(int block) const
 
 void IndexedSequence::stepForward() const
 {
-    m_cursor.start += m_sizes[m_cursor.block];
-    m_cursor.startRank += m_marks[m_cursor.block];
+    m_cursor.start += current().size;
+    m_cursor.startRank += current().marked;
     ++m_cursor.block;
 }
 
 void IndexedSequence::stepBackward() const
 {
     --m_cursor.block;
-    m_cursor.start -= m_sizes[m_cursor.block];
-    m_cursor.startRank -= m_marks[m_cursor.block];
+    m_cursor.start -= current().size;
+    m_cursor.startRank -= current().marked;
 }
 
 /// The block under the cursor, or the one beside it that takes the place at `offset` when it is full.
 IndexedSequence::Block& IndexedSequence::makeRoom(int& offset)
 {
-    const int block = m_cursor.block;
-    if (m_sizes[block] < Capacity)
-        return *m_blocks[block];
-    split(block, offset);
-    if (offset <= m_sizes[block] && m_sizes[block] < Capacity)
-        return *m_blocks[block];
-    offset -= m_sizes[block];
-    stepForward();
-    return *m_blocks[block + 1];
+    if (current().size == Capacity)
+        split(m_cursor.block, offset);
+    if (offset > current().size || current().size == Capacity) {
+        offset -= current().size;
+        stepForward();
+    }
+    return *current().block;
 }
 
 /// Halves a full block to make room at `offset`; past the end of the last one a new block is begun instead, so that a
 /// list that is only appended to fills its blocks.
 void IndexedSequence::split(int block, int offset)
 {
-    const bool isAppended = offset == Capacity && block + 1 == int(m_blocks.size());
+    const bool isAppended = offset == Capacity && block + 1 == int(m_parts.size());
     const int moved = isAppended ? 0 : Capacity / 2;
-    auto added = std::make_unique<Block>(block + 1);
-    m_blocks.insert(m_blocks.begin() + block + 1, std::move(added));
-    m_sizes.insert(m_sizes.begin() + block + 1, 0);
-    m_marks.insert(m_marks.begin() + block + 1, 0);
+    Part added{std::make_unique<Block>(block + 1), moved};
+    added.block->takeOver(*m_parts[block].block, Capacity - moved, moved, 0);
+    added.marked = added.block->markedBefore(moved);
+    m_parts[block].size -= moved;
+    m_parts[block].marked -= added.marked;
+    m_parts.insert(m_parts.begin() + block + 1, std::move(added));
     renumber(block + 1);
-    m_blocks[block + 1]->takeOver(*m_blocks[block], Capacity - moved, moved, 0);
-    const int marked = m_blocks[block + 1]->markedBefore(moved);
-    m_sizes[block] -= moved;
-    m_sizes[block + 1] = moved;
-    m_marks[block] -= marked;
-    m_marks[block + 1] = marked;
 }
 
 void IndexedSequence::mergeWithNext(int block)
 {
-    m_blocks[block]->takeOver(*m_blocks[block + 1], 0, m_sizes[block + 1], m_sizes[block]);
-    m_sizes[block] += std::exchange(m_sizes[block + 1], 0);
-    m_marks[block] += std::exchange(m_marks[block + 1], 0);
+    Part& part = m_parts[block];
+    const Part& next = m_parts[block + 1];
+    part.block->takeOver(*next.block, 0, next.size, part.size);
+    part.size += next.size;
+    part.marked += next.marked;
     removeBlock(block + 1);
 }
 
 void IndexedSequence::removeBlock(int block)
 {
-    if (m_blocks.size() == 1)
+    if (m_parts.size() == 1)
         return;
-    m_blocks.erase(m_blocks.begin() + block);
-    m_sizes.erase(m_sizes.begin() + block);
-    m_marks.erase(m_marks.begin() + block);
+    m_parts.erase(m_parts.begin() + block);
     renumber(block);
     m_cursor = Cursor();
 }
 
 void IndexedSequence::renumber(int from)
 {
-    for (int block = from; block < int(m_blocks.size()); ++block)
-        m_blocks[block]->ordinal = block;
+    for (int block = from; block < int(m_parts.size()); ++block)
+        m_parts[block].block->ordinal = block;
 }
 
 void IndexedSequence::addSize(int block, int difference)
 {
-    m_sizes[block] += difference;
+    m_parts[block].size += difference;
     m_size += difference;
     if (m_cursor.block > block)
         m_cursor.start += difference;
@@ -377,7 +365,7 @@ void IndexedSequence::addSize(int block, int difference)
 
 void IndexedSequence::addMarked(int block, int difference)
 {
-    m_marks[block] += difference;
+    m_parts[block].marked += difference;
     m_marked += difference;
     if (m_cursor.block > block)
         m_cursor.startRank += difference;

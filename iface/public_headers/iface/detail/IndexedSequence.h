@@ -68,6 +68,13 @@ public:
     int indexOf(const Item& item) const;
 
 private:
+    /// The counts stand beside the blocks, so that summing does not visit them.
+    struct Part
+    {
+        std::unique_ptr<Block> block;
+        int size = 0;
+        int marked = 0;
+    };
     /// A block, and how many places and marked places lie before it.
     struct Cursor
     {
@@ -78,6 +85,7 @@ private:
 
     Block& seek(int index) const;
     void seekBlock(int block) const;
+    const Part& current() const { return m_parts[m_cursor.block]; }
     void stepForward() const;
     void stepBackward() const;
     Block& makeRoom(int& offset);
@@ -88,9 +96,7 @@ private:
     void addSize(int block, int difference);
     void addMarked(int block, int difference);
 
-    std::vector<std::unique_ptr<Block>> m_blocks; ///< never empty
-    std::vector<int> m_sizes;                     ///< beside the blocks, so that summing walks plain integers
-    std::vector<int> m_marks;
+    std::vector<Part> m_parts; ///< never empty
     mutable Cursor m_cursor;
     int m_size = 0;
     int m_marked = 0;
