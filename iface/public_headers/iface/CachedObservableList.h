@@ -9,7 +9,6 @@
 
 #include <boost/function.hpp>
 
-#include <optional>
 #include <utility>
 #include <vector>
 
@@ -55,25 +54,15 @@ public:
     QList<T> toList() const;
 
 private:
-    /// A change that the copy shows and no function has been told: one item before and after it, or all.
-    struct TakenOver
-    {
-        Change change;
-        std::optional<T> itemBefore;
-        std::optional<T> itemAfter;
-        QList<T> before;
-        QList<T> after;
-    };
-
     int count() const override { return int(m_copy.size()); }
     QVariant item(int index) const override;
     void take(const Change& change) override;
-    bool applyToCopy(TakenOver& taken);
+    void noteWith(const Change& change, boost::function<void()> call);
     void callFunctions();
-    void callFunction(const TakenOver& taken) const;
 
     QList<T> m_copy;
-    std::vector<TakenOver> m_untold;
+    /// What is to be called for the changes that the copy shows.
+    std::vector<boost::function<void()>> m_calls;
     ItemFunction m_addFunction;
     ItemFunction m_removeFunction;
     UpdateFunction m_updateFunction;

@@ -35,72 +35,58 @@ QVariant CachedObservableList<T>::item(int index) const
     return index < m_copy.size() ? QVariant::fromValue(m_copy.at(index)) : QVariant();
 }
 
+// What is read of the input may change it, and then everything is read again. A function is called as a copy, since it
+// may set another in its place.
 template <class T>
-void CachedObservableList<T>::take(const Change& change)
+void CachedObservableList<T>::take(const Change& noted)
 {
-    TakenOver taken{fitting(change, count()), {}, {}, {}, {}};
-    if (!applyToCopy(taken))
-        return; // reading the input changed it: everything is read again
-    m_untold.push_back(std::move(taken));
-    note(m_untold.back().change,
-         [](ObservableImpl& list) { static_cast<CachedObservableList&>(list).callFunctions(); });
-}
-
-template <class T>
-bool CachedObservableList<T>::applyToCopy(TakenOver& taken)
-{
-    const int index = taken.change.index;
-    if (taken.change.kind == Change::Removed) {
-        taken.itemBefore = m_copy.takeAt(index);
-        return true;
+    const Change change = fitting(noted, count());
+    const int index = change.index;
+    if (change.kind == Change::Removed) {
+        return noteWith(change,
+                        [this, index, item = m_copy.takeAt(index)] { ItemFunction{m_removeFunction}(index, item); });
     }
     const ObservableList<T> input(this->input());
-    if (taken.change.kind == Change::Added || taken.change.kind == Change::Updated) {
-        taken.itemAfter = input[index];
+    if (change.kind == Change::Added || change.kind == Change::Updated) {
+        const T item = input[index];
         if (isOvertaken())
-            return false;
-        if (taken.change.kind == Change::Added)
-            m_copy.insert(index, *taken.itemAfter);
-        else
-            taken.itemBefore = std::exchange(m_copy[index], *taken.itemAfter);
-        return true;
+            return;
+        if (change.kind == Change::Added) {
+            m_copy.insert(index, item);
+            return noteWith(change, [this, index, item] { ItemFunction{m_addFunction}(index, item); });
+        }
+        return noteWith(change, [this, index, before = std::exchange(m_copy[index], item), item] {
+            UpdateFunction{m_updateFunction}(index, before, item);
+        });
     }
-    taken.after = input.toList();
+    const QList<T> items = input.toList();
     if (isOvertaken())
-        return false;
-    taken.before = std::exchange(m_copy, taken.after);
-    return true;
+        return;
+    noteWith(change, [this, change, before = std::exchange(m_copy, items), items] {
+        ChangeFunction{m_changeFunction}(change.type(), change.mapper, before, items);
+    });
 }
 
-/// The first exception goes on when all have been called. A function may make changes, which add to what is untold and
-/// may well be told before it returns; and it may be what destroys a list that nobody counts.
+template <class T>
+void CachedObservableList<T>::noteWith(const Change& change, boost::function<void()> call)
+{
+    m_calls.push_back(std::move(call));
+    note(change, [](ObservableImpl& list) { static_cast<CachedObservableList&>(list).callFunctions(); });
+}
+
+/// The first exception goes on when all have been called. A function may make changes, which add to what is to be
+/// called and may well be told before it returns; and it may be what destroys a list that nobody counts.
 template <class T>
 void CachedObservableList<T>::callFunctions()
 {
     const Hold hold(*this);
     detail::FirstException thrown;
-    while (hold.isAlive() && !m_untold.empty()) {
-        const TakenOver taken = std::move(m_untold.front());
-        m_untold.erase(m_untold.begin());
-        thrown.guard([&] { callFunction(taken); });
+    while (hold.isAlive() && !m_calls.empty()) {
+        const boost::function<void()> call = std::move(m_calls.front());
+        m_calls.erase(m_calls.begin());
+        thrown.guard(call);
     }
     thrown.rethrow();
-}
-
-template <class T>
-void CachedObservableList<T>::callFunction(const TakenOver& taken) const
-{
-    // Copies: a function may set another in its place.
-    switch (taken.change.kind) {
-    case Change::Added:
-        return ItemFunction(m_addFunction)(taken.change.index, *taken.itemAfter);
-    case Change::Updated:
-        return UpdateFunction(m_updateFunction)(taken.change.index, *taken.itemBefore, *taken.itemAfter);
-    case Change::Removed:
-        return ItemFunction(m_removeFunction)(taken.change.index, *taken.itemBefore);
-    default:
-        return ChangeFunction(m_changeFunction)(taken.change.type(), taken.change.mapper, taken.before, taken.after);
-    }
 }
 
 } // namespace iface
