@@ -98,7 +98,6 @@ Dependencies::Link* Dependencies::Run::findEarlier(const Source* source) const
 
 Dependencies::Node* Dependencies::Run::finish()
 {
-    m_dependencies.m_running = nullptr;
     if (!m_node)
         return nullptr;
     Link* dropped = nullptr;
@@ -120,6 +119,7 @@ Dependencies::Node* Dependencies::Run::finish()
         m_dependencies.unlink(link);
         m_dependencies.dropUnused(source);
     }
+    m_dependencies.m_running = nullptr;
     return m_node->m_first ? m_node : nullptr;
 }
 
@@ -137,17 +137,10 @@ Dependencies::~Dependencies()
 void Dependencies::release(Node* node)
 {
     Q_ASSERT(!node->isPlaced());
+    Run(*this, node).finish(); // which reads nothing any more
     if (node->m_isDirty)
         m_dirty.erase(std::find(m_dirty.begin(), m_dirty.end(), node));
-    std::vector<Source*> sources;
-    for (Link* link = node->m_first; link;) {
-        sources.push_back(link->source);
-        unlink(std::exchange(link, link->nextOfNode));
-    }
     delete node;
-    // Letting go may destroy observables, and so run anything.
-    for (Source* const source : sources)
-        dropUnused(source);
 }
 
 const std::vector<Dependencies::Node*>& Dependencies::takeDirty()

@@ -105,7 +105,7 @@ private:
     Q_DISABLE_COPY_MOVE(LazyLoader)
     enum class Request { Batch, Refresh };
 
-    EntryPointer provide(const K& key, bool* isNew);
+    EntryPointer provide(const K& key);
     EntryPointer ask(const K& key);
     bool isBatchWaiting() const;
     void performRequestAll();

@@ -20,10 +20,9 @@ LazyLoader<K, V>::LazyLoader(LoadFunction loadFunction, V defaultValue, int batc
 
 /// The entry of a key, made if there is none.
 template <class K, class V>
-auto LazyLoader<K, V>::provide(const K& key, bool* isNew) -> EntryPointer
+auto LazyLoader<K, V>::provide(const K& key) -> EntryPointer
 {
     EntryPointer entry(m_index.find(key));
-    *isNew = !entry;
     if (!entry) {
         entry = EntryPointer(new Entry(key, m_defaultValue, m_refreshes));
         m_entries.append(entry);
@@ -35,9 +34,9 @@ auto LazyLoader<K, V>::provide(const K& key, bool* isNew) -> EntryPointer
 template <class K, class V>
 auto LazyLoader<K, V>::ask(const K& key) -> EntryPointer
 {
-    bool isNew = false;
-    EntryPointer entry = provide(key, &isNew);
-    if (isNew) {
+    const auto known = m_entries.size();
+    EntryPointer entry = provide(key);
+    if (m_entries.size() > known) {
         m_pending.append(entry);
         requestAll();
     }
@@ -69,8 +68,7 @@ template <class K, class V>
 template <class Function>
 void LazyLoader<K, V>::change(const K& key, const V& contents, Function whenChanged)
 {
-    bool isNew = false;
-    const EntryPointer found = provide(key, &isNew);
+    const EntryPointer found = provide(key);
     // Contents that come for a key in flight settle with their request; a key that still waits need not be requested.
     const bool settles = found->progress() == Progress::Waiting;
     if (settles)
