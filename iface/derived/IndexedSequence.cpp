@@ -173,27 +173,26 @@ void IndexedSequence::insert(int index, Item* item)
     Q_ASSERT(index >= 0 && index <= m_size);
     seek(index);
     int offset = index - m_cursor.start;
-    Block& block = makeRoom(offset);
-    block.insert(offset, m_parts[block.ordinal].size, item);
-    addSize(block.ordinal, 1);
+    makeRoom(offset);
+    current().block->insert(offset, current().size, item);
+    ++current().size;
+    ++m_size;
 }
 
 IndexedSequence::Item* IndexedSequence::remove(int index)
 {
     Q_ASSERT(index >= 0 && index < m_size);
-    Block& block = seek(index);
-    const int ordinal = block.ordinal;
-    const int offset = index - m_cursor.start;
-    const bool marked = block.isMarked(offset);
-    Item* const item = block.remove(offset, m_parts[ordinal].size);
-    addSize(ordinal, -1);
-    if (marked)
-        addMarked(ordinal, -1);
-    const int left = m_parts[ordinal].size;
-    if (left == 0)
-        removeBlock(ordinal);
-    else if (left < Sparse && ordinal + 1 < int(m_parts.size()) && left + m_parts[ordinal + 1].size <= Capacity / 2)
-        mergeWithNext(ordinal);
+    setMarked(index, false);
+    Part& part = current();
+    Item* const item = part.block->remove(index - m_cursor.start, part.size);
+    --part.size;
+    --m_size;
+    const int block = m_cursor.block;
+    if (part.size == 0)
+        removeBlock(block);
+    else if (part.size < Sparse && block + 1 < int(m_parts.size()) &&
+             part.size + m_parts[block + 1].size <= Capacity / 2)
+        mergeWithNext(block);
     return item;
 }
 
@@ -210,7 +209,8 @@ void IndexedSequence::setMarked(int index, bool marked)
     if (block.isMarked(offset) == marked)
         return;
     block.setMarked(offset, marked);
-    addMarked(block.ordinal, marked ? 1 : -1);
+    current().marked += marked ? 1 : -1;
+    m_marked += marked ? 1 : -1;
 }
 
 int IndexedSequence::rank(int index) const
@@ -303,8 +303,8 @@ void IndexedSequence::stepBackward() const
     m_cursor.startRank -= current().marked;
 }
 
-/// The block under the cursor, or the one beside it that takes the place at `offset` when it is full.
-IndexedSequence::Block& IndexedSequence::makeRoom(int& offset)
+/// Has the cursor at a block that is not full, with the place at `offset`.
+void IndexedSequence::makeRoom(int& offset)
 {
     if (current().size == Capacity)
         split(m_cursor.block, offset);
@@ -312,7 +312,6 @@ IndexedSequence::Block& IndexedSequence::makeRoom(int& offset)
         offset -= current().size;
         stepForward();
     }
-    return *current().block;
 }
 
 /// Halves a full block to make room at `offset`; past the end of the last one a new block is begun instead, so that a
@@ -353,22 +352,6 @@ void IndexedSequence::renumber(int from)
 {
     for (int block = from; block < int(m_parts.size()); ++block)
         m_parts[block].block->ordinal = block;
-}
-
-void IndexedSequence::addSize(int block, int difference)
-{
-    m_parts[block].size += difference;
-    m_size += difference;
-    if (m_cursor.block > block)
-        m_cursor.start += difference;
-}
-
-void IndexedSequence::addMarked(int block, int difference)
-{
-    m_parts[block].marked += difference;
-    m_marked += difference;
-    if (m_cursor.block > block)
-        m_cursor.startRank += difference;
 }
 
 } // namespace iface::detail

@@ -85,16 +85,16 @@ private:
 
     Block& seek(int index) const;
     void seekBlock(int block) const;
+    /// The part under the cursor.
     const Part& current() const { return m_parts[m_cursor.block]; }
+    Part& current() { return m_parts[m_cursor.block]; }
     void stepForward() const;
     void stepBackward() const;
-    Block& makeRoom(int& offset);
+    void makeRoom(int& offset);
     void split(int block, int offset);
     void mergeWithNext(int block);
     void removeBlock(int block);
     void renumber(int from);
-    void addSize(int block, int difference);
-    void addMarked(int block, int difference);
 
     std::vector<Part> m_parts; ///< never empty
     mutable Cursor m_cursor;
