@@ -2,9 +2,9 @@
 #include <iface/JsonMember.h>
 
 #include <QtCore/QStringDecoder>
+#include <QtCore/QVarLengthArray>
 
 #include <cstring>
-#include <iterator>
 #include <limits>
 
 namespace iface {
@@ -33,15 +33,6 @@ bool isAscii(std::string_view text)
     return (seen & highBits) == 0;
 }
 
-/// Decodes into `to`, which has room for as many characters as there are bytes, and answers the end. Each byte that is
-/// none of UTF-8 becomes U+FFFD; a U+FEFF at the beginning stays, which QString::fromUtf8() drops.
-QChar* decode(std::string_view utf8, QChar* to)
-{
-    QStringDecoder decoder(QStringDecoder::Utf8,
-                           QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
-    return decoder.appendToBuffer(to, QByteArrayView(utf8.data(), qsizetype(utf8.size())));
-}
-
 /// A value that has this text already is left as it is: copies of it go on sharing their memory.
 void assign(QString& value, std::string_view utf8)
 {
@@ -51,19 +42,15 @@ void assign(QString& value, std::string_view utf8)
             value = QString(text);
         return;
     }
+    // Each byte that is none of UTF-8 becomes U+FFFD; a U+FEFF at the beginning stays, which QString::fromUtf8() drops.
+    QStringDecoder decoder(QStringDecoder::Utf8,
+                           QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
     // A script of three bytes a character needs a third of the room: no more is kept.
-    QChar buffer[256];
-    if (utf8.size() <= std::size(buffer)) {
-        const QStringView text(buffer, decode(utf8, buffer));
-        if (value != text)
-            value = text.toString();
-        return;
-    }
-    QString text(qsizetype(utf8.size()), Qt::Uninitialized);
-    text.truncate(decode(utf8, text.data()) - text.constData());
-    text.squeeze();
+    QVarLengthArray<QChar, 256> room(qsizetype(utf8.size()));
+    const QStringView text(room.data(),
+                           decoder.appendToBuffer(room.data(), QByteArrayView(utf8.data(), qsizetype(utf8.size()))));
     if (value != text)
-        value = text;
+        value = text.toString();
 }
 
 } // namespace
