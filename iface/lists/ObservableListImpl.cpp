@@ -22,24 +22,9 @@ ObservableListImpl::IndexMapper::~IndexMapper() = default;
 ObservableListImpl::ObservableListImpl() = default;
 ObservableListImpl::~ObservableListImpl() = default;
 
-int ObservableListImpl::childCount(const QVariantList&) const
-{
-    return 0;
-}
-
 bool ObservableListImpl::hasChildren(const QVariantList& indexPath) const
 {
     return indexPath.isEmpty() && childCount(indexPath) > 0;
-}
-
-QString ObservableListImpl::itemType(const QVariantList&) const
-{
-    return QString();
-}
-
-QVariant ObservableListImpl::data(const QVariantList&) const
-{
-    return QVariant();
 }
 
 QVariant ObservableListImpl::itemAt(int index) const
@@ -54,11 +39,6 @@ QVariant ObservableListImpl::itemAt(int index) const
     QVariant item = data(path);
     spare = std::move(path);
     return item;
-}
-
-bool ObservableListImpl::announcesEveryReadItem() const
-{
-    return true;
 }
 
 QVariantList ObservableListImpl::pathOf(int index)

@@ -36,36 +36,27 @@ void ObservableListImplFunctorAdapter::setDataModel(ObservableListImpl* model)
     connect(model, &List::itemsChanged, this, &Adapter::itemsChanged);
 }
 
-ObservableListImpl* ObservableListImplFunctorAdapter::dataModel() const
-{
-    return m_model;
-}
-
 // Each calls a copy: the function may destroy this.
 
 void ObservableListImplFunctorAdapter::itemAdded(QVariantList indexPath)
 {
-    const ItemFunction function = m_added;
-    function(indexPath);
+    ItemFunction{m_added}(indexPath);
 }
 
 void ObservableListImplFunctorAdapter::itemUpdated(QVariantList indexPath)
 {
-    const ItemFunction function = m_updated;
-    function(indexPath);
+    ItemFunction{m_updated}(indexPath);
 }
 
 void ObservableListImplFunctorAdapter::itemRemoved(QVariantList indexPath)
 {
-    const ItemFunction function = m_removed;
-    function(indexPath);
+    ItemFunction{m_removed}(indexPath);
 }
 
 void ObservableListImplFunctorAdapter::itemsChanged(ObservableListImpl::ChangeType::Type eChangeType,
                                                     QSharedPointer<ObservableListImpl::IndexMapper> indexMapper)
 {
-    const ChangeFunction function = m_changed;
-    function(eChangeType, indexMapper);
+    ChangeFunction{m_changed}(eChangeType, indexMapper);
 }
 
 } // namespace iface

@@ -54,10 +54,10 @@ public:
     virtual ~LazyLoader() = default;
 
     /// The value of a key. The first use of a key gives it the default contents and asks for it.
-    ObservableValue<V> getObservableValue(const K& key);
+    ObservableValue<V> getObservableValue(const K& key) { return ObservableValue<V>(ask(key)->value()); }
     /// What that value holds. It asks for a key like getObservableValue(), but makes no value: for many keys that
     /// nobody observes one by one.
-    V contents(const K& key);
+    V contents(const K& key) { return ask(key)->contents(); }
     /// Stores contents that have come, asked for or not; never asks. If they differ from what was there (which for a
     /// new key are the default contents), the value's observers hear first, and then the function is called.
     template <class Function>

@@ -26,9 +26,6 @@ public:
     V get(const Handle& handle) const override;
     bool equals(const V& a, const V& b) const override { return Eq()(a, b); }
 
-    /// How many values are observed.
-    int observedCount() const { return static_cast<int>(m_entries.size()); }
-
 private:
     // Light: there is one per value.
     class EntryStruct : public Follower

@@ -8,6 +8,7 @@
 #include <QtCore/QList>
 
 #include <type_traits>
+#include <utility>
 
 namespace iface {
 
@@ -46,10 +47,10 @@ public:
 
     /// The item at `index`, read through the list's variants; a default-constructed one where there is none.
     virtual T operator[](int index) const;
-    virtual T operator[](int index);
+    virtual T operator[](int index) { return std::as_const(*this)[index]; }
     virtual int size() const;
-    virtual bool isEmpty() const;
-    virtual bool contains(const T& value) const;
+    virtual bool isEmpty() const { return size() == 0; }
+    virtual bool contains(const T& value) const { return indexOf(value) >= 0; }
     /// The first item that equals `value`, or -1. Reads item by item, so it is meant for short lists.
     virtual int indexOf(const T& value) const;
     QList<T> toList() const;
@@ -71,30 +72,12 @@ T ObservableList<T, Impl>::operator[](int index) const
 }
 
 template <class T, class Impl>
-T ObservableList<T, Impl>::operator[](int index)
-{
-    return std::as_const(*this)[index];
-}
-
-template <class T, class Impl>
 int ObservableList<T, Impl>::size() const
 {
     if (!d)
         return 0;
     ObservableTracker::getterCalled(d.data());
     return d->childCount(QVariantList());
-}
-
-template <class T, class Impl>
-bool ObservableList<T, Impl>::isEmpty() const
-{
-    return size() == 0;
-}
-
-template <class T, class Impl>
-bool ObservableList<T, Impl>::contains(const T& value) const
-{
-    return indexOf(value) >= 0;
 }
 
 template <class T, class Impl>

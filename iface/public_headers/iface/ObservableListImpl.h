@@ -64,16 +64,16 @@ public:
     ObservableListImpl();
     ~ObservableListImpl() override;
 
-    virtual int childCount(const QVariantList& indexPath) const;
+    virtual int childCount(const QVariantList&) const { return 0; }
     /// Of the empty path: whether there are items, as childCount() has it. Items have none.
     virtual bool hasChildren(const QVariantList& indexPath) const;
-    virtual QString itemType(const QVariantList& indexPath) const;
-    virtual QVariant data(const QVariantList& indexPath) const;
+    virtual QString itemType(const QVariantList&) const { return QString(); }
+    virtual QVariant data(const QVariantList&) const { return QVariant(); }
     /// The same for the item at an index, for those who read many; made of data() unless a list has a shorter way.
     virtual QVariant itemAt(int index) const;
     /// Whether the list announces a change of every item that anybody ever read. True, as a rule; a list that computes
     /// items on demand and forgets them does not, and whoever depends on its items has to track their reads.
-    virtual bool announcesEveryReadItem() const;
+    virtual bool announcesEveryReadItem() const { return true; }
 
     /// The path of the item at `index`.
     static QVariantList pathOf(int index);

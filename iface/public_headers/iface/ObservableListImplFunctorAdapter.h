@@ -30,7 +30,6 @@ public:
 
     /// Listens to another list, or to none.
     void setDataModel(ObservableListImpl* model);
-    ObservableListImpl* dataModel() const;
 
 public Q_SLOTS:
     void itemAdded(QVariantList indexPath);

@@ -31,21 +31,9 @@ template <class K, class V>
 class ObservableMapImpl : public ObservableMapImplBase
 {
 public:
-    virtual V get(const K& key) const;
+    virtual V get(const K&) const { return detail::MissingValue<V>::make(); }
     /// Whether two values count as the same, so that going from one to the other is no change.
-    virtual bool equals(const V& a, const V& b) const;
+    virtual bool equals(const V& a, const V& b) const { return iEqual<V>()(a, b); }
 };
-
-template <class K, class V>
-V ObservableMapImpl<K, V>::get(const K&) const
-{
-    return detail::MissingValue<V>::make();
-}
-
-template <class K, class V>
-bool ObservableMapImpl<K, V>::equals(const V& a, const V& b) const
-{
-    return iEqual<V>()(a, b);
-}
 
 } // namespace iface

@@ -44,18 +44,6 @@ auto LazyLoader<K, V>::ask(const K& key) -> EntryPointer
 }
 
 template <class K, class V>
-ObservableValue<V> LazyLoader<K, V>::getObservableValue(const K& key)
-{
-    return ObservableValue<V>(ask(key)->value());
-}
-
-template <class K, class V>
-V LazyLoader<K, V>::contents(const K& key)
-{
-    return ask(key)->contents();
-}
-
-template <class K, class V>
 template <class Function>
 void LazyLoader<K, V>::store(const K& key, const V& contents, Function whenChanged)
 {
