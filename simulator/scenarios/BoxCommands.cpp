@@ -18,7 +18,7 @@ Answer showBox(World& world, const QString& owner, const QStringList&)
     for (const BoxIcon& icon : world.box(owner).icons())
         rows.append({u"icon "_s + icon.id, u"%1 bytes"_s.arg(world.picture(icon.hash).size()), icon.hash});
     return say(table(rows) +
-               u"%1 items, %2 icons"_s.arg(world.box(owner).items().size()).arg(world.box(owner).icons().size()));
+               u"items: %1, icons: %2"_s.arg(world.box(owner).items().size()).arg(world.box(owner).icons().size()));
 }
 
 Answer addItem(World& world, const QString& owner, const QStringList& args)

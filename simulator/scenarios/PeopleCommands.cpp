@@ -79,7 +79,7 @@ Answer showContacts(World& world, const QStringList&)
             {person.handle, world.isInstalled(userId) ? u"installed"_s : u"not installed"_s, person.displayName});
     }
     return say(table(rows) +
-               u"%1 contacts, %2 of them run the application"_s.arg(rows.size()).arg(world.installed().size()));
+               u"contacts: %1, with the application: %2"_s.arg(rows.size()).arg(world.installed().size()));
 }
 
 Answer setRate(SimulatorPrivate& simulator, const QStringList& args)

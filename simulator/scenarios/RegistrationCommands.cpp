@@ -47,7 +47,7 @@ Answer showClients(SimulatorPrivate& simulator, const QStringList&)
     for (const Client& client : simulator.q->clients())
         rows.append({u"application %1"_s.arg(client.number), client.state,
                      client.uuid.isEmpty() ? u"(no UUID yet)"_s : client.uuid});
-    return say(table(rows) + u"%1 applications"_s.arg(rows.size()));
+    return say(table(rows) + u"applications: %1"_s.arg(rows.size()));
 }
 
 using S = SimulatorPrivate;

@@ -47,7 +47,7 @@ private Q_SLOTS:
             $ contact boris => personalMessage x = "y" => avatarMimeType image/
             $ contacts => anna not installed => boris installed
             $ generate 5 2
-            $ contacts => 7 contacts, 6 of them
+            $ contacts => contacts: 7, with the application: 6
             $ profile displayName "Robin the 2nd"
             $ profile statusMessage=away showBusy=on
             $ picture none
@@ -55,12 +55,12 @@ private Q_SLOTS:
             $ permission zelInvites off
             $ state BlockedByUser
             $ state => BlockedByUser
-            $ clients => BlockedByUser (no UUID yet) 1 applications
+            $ clients => BlockedByUser (no UUID yet) applications: 1
             $ box icon 3 500
             $ box add "two\nlines" c 3
             $ box change item-1 cookie=d icon=
             $ box icon 3 none
-            $ box => item-1 icon none text="two lines" cookie="d" 1 items, 0 icons
+            $ box => item-1 icon none text="two lines" cookie="d" items: 1, icons: 0
             $ eco pp-x eco-y
             $ eco pp-x => eco-y)";
         QVERIFY(play(story));

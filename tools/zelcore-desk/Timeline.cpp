@@ -20,7 +20,7 @@ Timeline::Timeline(zelcore::Simulator& simulator, Service& service, QObject* par
     connect(&simulator, &zelcore::Simulator::replayDiffered, this,
             [&service](const QString& sentence) { service.note(u"replay: "_s + sentence, true); });
     connect(&simulator, &zelcore::Simulator::replayFinished, this, [&simulator, &service] {
-        service.note(u"replay: all of it has been played; %1 differences"_s.arg(simulator.replayDifferences().size()));
+        service.note(u"replay: all of it has been played; differences: %1"_s.arg(simulator.replayDifferences().size()));
     });
     connect(&simulator, &zelcore::Simulator::worldReset, this, [this] {
         m_scenario.clear();

@@ -114,7 +114,7 @@ void show(zelcore::Simulator& simulator, bool trace)
     QObject::connect(&simulator, &Simulator::replayDiffered, &simulator,
                      [](const QString& sentence) { print(u"replay: "_s + sentence); });
     QObject::connect(&simulator, &Simulator::replayFinished, &simulator, [&simulator] {
-        print(u"replay: all of it has been played; %1 differences"_s.arg(simulator.replayDifferences().size()));
+        print(u"replay: all of it has been played; differences: %1"_s.arg(simulator.replayDifferences().size()));
     });
     if (trace)
         QObject::connect(&simulator, &Simulator::recordPassed, &simulator, [](const zelcore::WireRecord& record) {
