@@ -69,6 +69,7 @@ private Q_SLOTS:
         QQuickItem* const contacts = viewOf(window->contentItem(), desk.shownContacts());
         QVERIFY(contacts);
         QTRY_COMPARE(contacts->property("count").toInt(), 3);
+        QCOMPARE(window->activeFocusItem()->property("text"), QVariant(QString())); // a line to type a command
         contacts->forceActiveFocus();
         QTest::keyClick(window, Qt::Key_Down);
         QTest::keyClick(window, Qt::Key_Space);
@@ -76,6 +77,9 @@ private Q_SLOTS:
         QVERIFY(!simulator.hasApplication(second));
         QTest::keyClick(window, Qt::Key_Return);
         QCOMPARE(desk.contact()->userId(), second);
+        QTRY_VERIFY(!contacts->hasActiveFocus());
+        QTest::keyClick(window, Qt::Key_Escape);
+        QVERIFY(contacts->hasActiveFocus()); // back where it was
 
         window->resize(1180, 700);
         RawApplication application(simulator.root());

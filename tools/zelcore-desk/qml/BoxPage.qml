@@ -18,18 +18,18 @@ ColumnLayout {
     spacing: Theme.gap
 
     RowLayout {
-        TextField {
+        Field {
             id: text
             Layout.fillWidth: true
             placeholderText: qsTr("Text of a new item")
             onAccepted: page.add()
             Accessible.name: placeholderText
         }
-        Button {
+        PushButton {
             text: qsTr("&Add")
             onClicked: page.add()
         }
-        Button {
+        PushButton {
             text: qsTr("&Clear")
             enabled: list.count > 0
             onClicked: page.box.clear()
@@ -73,14 +73,14 @@ ColumnLayout {
         }
         Repeater {
             model: page.box.icons
-            delegate: Button {
+            delegate: PushButton {
                 required property string modelData
                 text: qsTr("%1 ✕").arg(modelData)
                 onClicked: () => page.box.removeIcon(modelData)
                 Accessible.name: qsTr("Remove the icon %1").arg(modelData)
             }
         }
-        Button {
+        PushButton {
             text: qsTr("New &icon")
             onClicked: page.box.addIcon()
         }

@@ -2,8 +2,9 @@
 import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
+import ZelCoreDesk
 
-// An item. A field counts when Enter is pressed or the focus goes on.
+// An item.
 RowLayout {
     id: row
 
@@ -14,21 +15,7 @@ RowLayout {
 
     width: ListView.view?.width ?? 0
 
-    component Field: TextField {
-        property string value
-
-        signal changed(string to)
-
-        selectByMouse: true
-        text: value
-        onEditingFinished: {
-            if (text !== value)
-                changed(text)
-            text = Qt.binding(() => value)
-        }
-    }
-
-    Field {
+    ValueField {
         Layout.fillWidth: true
         Layout.leftMargin: 4
         Layout.topMargin: 4
@@ -36,7 +23,7 @@ RowLayout {
         onChanged: to => row.model.text = to
         Accessible.name: qsTr("Text")
     }
-    Field {
+    ValueField {
         Layout.preferredWidth: 90
         Layout.topMargin: 4
         placeholderText: qsTr("cookie")
@@ -44,7 +31,7 @@ RowLayout {
         onChanged: to => row.model.cookie = to
         Accessible.name: qsTr("Cookie")
     }
-    Field {
+    ValueField {
         Layout.preferredWidth: 50
         Layout.topMargin: 4
         placeholderText: qsTr("icon")

@@ -24,6 +24,7 @@ Pane {
 
         Label {
             Layout.fillWidth: true
+            visible: text !== ""
             elide: Text.ElideRight
             maximumLineCount: 1
             textFormat: Text.PlainText
@@ -32,15 +33,16 @@ Pane {
             Accessible.role: Accessible.StatusBar
         }
         RowLayout {
-            TextField {
+            Field {
                 id: line
                 Layout.fillWidth: true
+                focus: true
                 placeholderText: qsTr("A command of zelcore-sim: help")
                 font.family: Theme.monospace
                 onAccepted: bar.execute(text)
                 Accessible.name: qsTr("Command")
             }
-            Button {
+            PushButton {
                 text: qsTr("&Notices…")
                 enabled: bar.service.notices.length > 0
                 onClicked: notices.open()

@@ -24,7 +24,7 @@ ColumnLayout {
     StackView.onActivated: back.forceActiveFocus()
 
     RowLayout {
-        Button {
+        PushButton {
             id: back
             text: qsTr("‹ &Back")
             onClicked: editor.done()
@@ -36,14 +36,14 @@ ColumnLayout {
             font.bold: true
             text: editor.contact.name
         }
-        Button {
+        PushButton {
             text: qsTr("&Invites")
             onClicked: editor.contacts.invite(editor.contact.userId)
             ToolTip.text: qsTr("Tells applications that this contact sent an invitation")
             ToolTip.visible: hovered
             Accessible.description: ToolTip.text
         }
-        Button {
+        PushButton {
             text: qsTr("Re&move")
             onClicked: editor.contacts.remove(editor.contact.userId)
         }

@@ -15,6 +15,8 @@ ItemDelegate {
     required property bool busy
     required property bool installed
 
+    readonly property string about: (busy ? qsTr("busy · ") : "") + handle + (message ? " · " + message : "")
+
     signal opened(string userId)
     signal switched(string userId, bool on)
 
@@ -26,11 +28,12 @@ ItemDelegate {
     }
 
     width: ListView.view?.width ?? 0
-    height: 44
+    height: Math.max(44, contentItem.implicitHeight + 8)
     focusPolicy: Qt.NoFocus
     highlighted: ListView.isCurrentItem && (ListView.view?.activeFocus ?? false)
     text: name
     Accessible.name: installed ? name : qsTr("%1, without the application").arg(name)
+    Accessible.description: about
     onClicked: open()
     Keys.onReturnPressed: open()
     Keys.onSpacePressed: setOther()
@@ -50,7 +53,7 @@ ItemDelegate {
                 horizontalAlignment: Text.AlignLeft
                 elide: Text.ElideRight
                 textFormat: Text.PlainText
-                text: row.busy ? qsTr("%1 (busy)").arg(row.name) : row.name
+                text: row.name
             }
             Label {
                 Layout.fillWidth: true
@@ -59,7 +62,7 @@ ItemDelegate {
                 textFormat: Text.PlainText
                 font.pointSize: row.font.pointSize * 0.85
                 color: Theme.faint
-                text: row.message ? row.handle + " · " + row.message : row.handle
+                text: row.about
             }
         }
         Switch {

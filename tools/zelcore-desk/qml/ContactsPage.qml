@@ -21,7 +21,7 @@ StackView {
         spacing: Theme.gap
 
         RowLayout {
-            TextField {
+            Field {
                 id: search
                 Layout.fillWidth: true
                 placeholderText: qsTr("Search, or a new name")
@@ -29,7 +29,7 @@ StackView {
                 onTextEdited: page.desk.shownContacts.text = text
                 Accessible.name: placeholderText
             }
-            Button {
+            PushButton {
                 text: qsTr("&Add")
                 enabled: search.text.trim() !== ""
                 onClicked: {
@@ -82,30 +82,32 @@ StackView {
                 text: qsTr("%L1 of %L2").arg(list.count).arg(page.desk.contacts.count)
                 color: Theme.faint
             }
-            Button {
+            PushButton {
                 text: qsTr("&Make up")
                 onClicked: page.desk.contacts.generate(howMany.value)
                 Accessible.description: qsTr("Adds so many made-up contacts")
             }
-            SpinBox {
+            NumberBox {
                 id: howMany
                 width: 84
                 from: 1
                 to: 10000
                 value: 25
-                editable: true
                 Accessible.name: qsTr("How many contacts to make up")
             }
-            BarLabel {
-                text: qsTr("changes/s")
-            }
-            SpinBox {
-                width: 74
-                from: 0
-                to: 1000
-                editable: true
-                onValueModified: page.desk.contacts.live(value)
-                Accessible.name: qsTr("Changes of contacts per second")
+            Row {
+                spacing: Theme.gap
+
+                BarLabel {
+                    text: qsTr("changes/s")
+                }
+                NumberBox {
+                    width: 74
+                    from: 0
+                    to: 1000
+                    onValueModified: page.desk.contacts.live(value)
+                    Accessible.name: qsTr("Changes of contacts per second")
+                }
             }
         }
     }
@@ -114,7 +116,10 @@ StackView {
         id: editor
 
         ContactEditor {
-            onDone: () => page.pop()
+            onDone: () => {
+                page.pop()
+                list.forceActiveFocus()
+            }
         }
     }
 }

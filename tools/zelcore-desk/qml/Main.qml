@@ -47,6 +47,7 @@ ApplicationWindow {
             panes.currentIndex = 1
         else
             world.show(page)
+        commands.forceActiveFocus() // the keyboard has a place from the beginning
     }
 
     header: Column {
@@ -65,6 +66,7 @@ ApplicationWindow {
             id: panes
             visible: !window.wide
             width: parent.width - 2 * parent.padding
+            Accessible.name: qsTr("Panes")
 
             TabButton { text: qsTr("World") }
             TabButton { text: qsTr("Wire (%L1)").arg(window.desk.wire.passed) }
@@ -106,6 +108,7 @@ ApplicationWindow {
     }
 
     footer: CommandBar {
+        id: commands
         padding: Theme.gap
         service: window.desk.service
     }

@@ -17,15 +17,10 @@ RowLayout {
         text: field.label
         color: Theme.faint
     }
-    TextField {
+    ValueField {
         Layout.fillWidth: true
-        selectByMouse: true
-        text: field.value
-        onEditingFinished: {
-            if (text !== field.value)
-                field.model.value = text
-            text = Qt.binding(() => field.value)
-        }
+        value: field.value
+        onChanged: to => field.model.value = to
         Accessible.name: field.label
     }
 }

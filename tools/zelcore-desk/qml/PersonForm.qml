@@ -36,12 +36,12 @@ ScrollView {
                 elide: Text.ElideRight
                 text: qsTr("Picture: %1").arg(form.person.picture)
             }
-            Button {
+            PushButton {
                 text: qsTr("New")
                 onClicked: form.person.setPictureSize(2000 + Math.floor(Math.random() * 20000))
                 Accessible.name: qsTr("A new made-up picture")
             }
-            Button {
+            PushButton {
                 text: qsTr("None")
                 onClicked: form.person.setPictureSize(0)
                 Accessible.name: qsTr("No picture")

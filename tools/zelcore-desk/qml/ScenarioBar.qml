@@ -14,7 +14,7 @@ Flow {
 
     spacing: Theme.gap
 
-    Button {
+    PushButton {
         text: qsTr("&Scenario…")
         onClicked: scenarios.open()
 
@@ -48,13 +48,13 @@ Flow {
             }
         }
     }
-    Button {
+    PushButton {
         enabled: bar.timeline.scenario !== ""
         text: bar.timeline.paused ? qsTr("&Go on") : qsTr("&Pause")
         onClicked: bar.timeline.paused = !bar.timeline.paused
         Accessible.description: qsTr("The clock of the scenario's timeline")
     }
-    Button {
+    PushButton {
         enabled: bar.timeline.scenario !== ""
         text: qsTr("S&tep")
         onClicked: bar.timeline.step()
@@ -66,12 +66,12 @@ Flow {
         color: bar.timeline.paused ? Theme.faint : Theme.text
         Accessible.name: qsTr("Time of the timeline: %1").arg(text)
     }
-    Button {
+    PushButton {
         text: bar.service.recording ? qsTr("End the &recording") : qsTr("&Record…")
         highlighted: bar.service.recording
         onClicked: bar.service.recording ? bar.service.stopRecording() : recordingFile.open()
     }
-    Button {
+    PushButton {
         text: qsTr("&Weather…")
         onClicked: weather.open()
 

@@ -22,15 +22,14 @@ Flow {
         ToolTip.visible: hovered
         Accessible.name: qsTr("Serving")
     }
-    TextField {
+    Field {
         width: Math.min(contentWidth + leftPadding + rightPadding + 2, bar.width - copy.width - Theme.gap)
         readOnly: true
-        selectByMouse: true
         text: bar.desk.service.exportLine
         font.family: Theme.monospace
         Accessible.name: qsTr("Line for the shell of an application")
     }
-    Button {
+    PushButton {
         id: copy
         text: qsTr("Copy")
         onClicked: bar.desk.service.copyExportLine()

@@ -70,14 +70,13 @@ ScrollView {
                 text: qsTr("after (ms)")
                 color: Theme.faint
             }
-            SpinBox {
+            NumberBox {
                 id: delay
                 Layout.fillWidth: true
                 from: 0
                 to: 60000
                 value: page.service.registrationDelay
                 stepSize: 100
-                editable: true
                 enabled: policy.currentIndex !== 1
                 onValueModified: page.choosePolicy()
                 Accessible.name: qsTr("Milliseconds until a registration request is answered")

@@ -19,12 +19,11 @@ Popup {
     padding: Theme.gap
     width: 320
 
-    component Latency: SpinBox {
+    component Latency: NumberBox {
         Layout.fillWidth: true
         from: 0
         to: 60000
         stepSize: 100
-        editable: true
     }
 
     ColumnLayout {
@@ -85,7 +84,7 @@ Popup {
                 model: popup.weather.faults
                 Accessible.name: qsTr("Fault")
             }
-            SpinBox {
+            NumberBox {
                 id: amount
                 visible: popup.unit !== ""
                 Layout.preferredWidth: 90
@@ -93,14 +92,13 @@ Popup {
                 to: 65536
                 value: 500
                 stepSize: 100
-                editable: true
                 Accessible.name: popup.unit
             }
             Label {
                 visible: popup.unit !== ""
                 text: popup.unit
             }
-            Button {
+            PushButton {
                 text: qsTr("Order it")
                 onClicked: popup.weather.injectFault(direction.currentIndex === 0, kind.currentIndex,
                                                      popup.unit ? amount.value : 0, popup.chosenType,
@@ -108,7 +106,7 @@ Popup {
                 Accessible.description: qsTr("Orders the fault for the next message")
             }
         }
-        Button {
+        PushButton {
             Layout.alignment: Qt.AlignRight
             enabled: direction.currentIndex === 0 && popup.chosenType !== ""
             text: qsTr("Refuse it")

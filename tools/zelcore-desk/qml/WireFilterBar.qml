@@ -49,7 +49,7 @@ Flow {
         onChosen: to => bar.wire.application = to
         Accessible.name: qsTr("Application")
     }
-    TextField {
+    Field {
         width: 100
         placeholderText: qsTr("that contain …")
         text: bar.wire.text
@@ -64,7 +64,7 @@ Flow {
         ToolTip.visible: hovered
         Accessible.description: ToolTip.text
     }
-    Button {
+    PushButton {
         width: 60
         text: qsTr("C&lear")
         onClicked: bar.wire.clear()

@@ -19,6 +19,7 @@ ColumnLayout {
     TabBar {
         id: tabs
         Layout.fillWidth: true
+        Accessible.name: qsTr("World")
 
         TabButton { text: qsTr("Contacts") }
         TabButton { text: qsTr("User") }
