@@ -28,16 +28,19 @@ public:
         delegate = ServiceBridge::instance()->contactService();
         delegate->updateContactList();
         connectDelegate();
-        m_wasValid = isValid();
-        m_wasComplete = isComplete();
-        m_countBefore = contactCount();
+        m_announced = properties();
     }
 
     bool isAllowed() const { return mistakes::hasAccess("ContactService", context) && delegate; }
     bool mayRequest(const char* where) const { return mistakes::mayRequest(where, context, isAllowed()); }
-    bool isValid() const { return isAllowed() && delegate->isContactListInitialized(); }
-    bool isComplete() const { return isAllowed() && delegate->isContactListComplete(); }
-    int contactCount() const { return isAllowed() ? delegate->contactCount() : 0; }
+
+    struct Properties
+    {
+        bool isValid = false;
+        bool isComplete = false;
+        int contactCount = 0;
+    };
+    Properties properties() const;
 
     ContactService* const q;
     QPointer<Context> const context;
@@ -48,10 +51,15 @@ private:
     void pictureUpdated(const QString& handle);
     void announceProperties();
 
-    bool m_wasValid = false;
-    bool m_wasComplete = false;
-    int m_countBefore = 0;
+    Properties m_announced;
 };
+
+ContactServicePrivate::Properties ContactServicePrivate::properties() const
+{
+    if (!isAllowed())
+        return {};
+    return {delegate->isContactListInitialized(), delegate->isContactListComplete(), delegate->contactCount()};
+}
 
 void ContactServicePrivate::connectDelegate()
 {
@@ -79,16 +87,14 @@ void ContactServicePrivate::pictureUpdated(const QString& handle)
 
 void ContactServicePrivate::announceProperties()
 {
-    const auto isOther = [](auto& before, auto now) { return std::exchange(before, now) != now; };
-    const bool isOtherCount = isOther(m_countBefore, contactCount());
-    const bool isOtherValid = isOther(m_wasValid, isValid());
-    const bool isOtherComplete = isOther(m_wasComplete, isComplete());
+    const Properties now = properties();
+    const Properties before = std::exchange(m_announced, now);
     const QPointer<ContactServicePrivate> alive(this);
-    if (isOtherValid)
+    if (now.isValid != before.isValid)
         Q_EMIT q->validChanged(ContactService::QPrivateSignal());
-    if (alive && isOtherComplete)
+    if (alive && now.isComplete != before.isComplete)
         Q_EMIT q->completeChanged(ContactService::QPrivateSignal());
-    if (alive && isOtherCount)
+    if (alive && now.contactCount != before.contactCount)
         Q_EMIT q->contactCountChanged(ContactService::QPrivateSignal());
 }
 
@@ -106,14 +112,14 @@ ContactService::~ContactService() = default;
 /// access. Whether these are all of them is told by isComplete().
 bool ContactService::isValid() const
 {
-    return d->isValid();
+    return d->properties().isValid;
 }
 
 /// Whether contacts() has everybody whom the list named when it was whole. It turns true with contactListUpdated() and
 /// stays so while there is access: who comes later is announced by applicationEnabled().
 bool ContactService::isComplete() const
 {
-    return d->isComplete();
+    return d->properties().isComplete;
 }
 
 /// Whether contacts() has one with the handle of \a contact.
@@ -144,7 +150,7 @@ QList<vx::platform::zel::Contact> ContactService::contacts() const
 /// How many contacts() answers.
 int ContactService::contactCount() const
 {
-    return d->contactCount();
+    return d->properties().contactCount;
 }
 
 /// Reads the list anew from what the library knows by now: who has removed the application is gone from contacts()
