@@ -9,6 +9,8 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
+#include <utility>
 #include <vector>
 
 namespace vx::platform::zel {
@@ -21,7 +23,7 @@ namespace {
 class ByHandle
 {
 public:
-    explicit ByHandle(const Contact& contact)
+    explicit ByHandle(Contact& contact)
         : m_contact(&contact)
     {
         const QString text = contact.handle();
@@ -31,11 +33,11 @@ public:
         }
     }
 
-    const Contact& contact() const { return *m_contact; }
+    Contact take() const { return std::move(*m_contact); }
 
     friend bool operator<(const ByHandle& a, const ByHandle& b)
     {
-        return a.m_begin != b.m_begin ? a.m_begin < b.m_begin : a.contact().handle() < b.contact().handle();
+        return a.m_begin != b.m_begin ? a.m_begin < b.m_begin : a.m_contact->handle() < b.m_contact->handle();
     }
 
 private:
@@ -43,7 +45,7 @@ private:
     static constexpr qsizetype beginLength = 3 * unitsPerWord;
 
     std::array<std::uint64_t, beginLength / unitsPerWord> m_begin = {}; ///< as numbers that are ordered as the text is
-    const Contact* m_contact;
+    Contact* m_contact;
 };
 
 } // namespace
@@ -160,14 +162,14 @@ QList<Contact> ContactServiceDelegate::inHandleOrder(const QList<PlatformContact
     made.reserve(records.size());
     for (const PlatformContact& record : records)
         made.append(Contact(record));
-    std::vector<ByHandle> ordered(made.cbegin(), made.cend());
+    std::vector<ByHandle> ordered(made.begin(), made.end());
     std::stable_sort(ordered.begin(), ordered.end());
     QList<Contact> contacts;
     contacts.reserve(records.size());
-    for (const ByHandle& entry : ordered) {
-        if (!contacts.isEmpty() && contacts.constLast().handle() == entry.contact().handle())
-            contacts.removeLast();
-        contacts.append(entry.contact());
+    for (auto entry = ordered.cbegin(); entry != ordered.cend(); ++entry) {
+        const auto next = std::next(entry);
+        if (next == ordered.cend() || *entry < *next)
+            contacts.append(entry->take());
     }
     return contacts;
 }
