@@ -221,9 +221,10 @@ protected:
     V doGet(const K& key) const override
     {
         ++gets;
+        const V answer = contents.value(key);
         if (whenAsked)
             whenAsked(key);
-        return contents.value(key);
+        return answer;
     }
 };
 

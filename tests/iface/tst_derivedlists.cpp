@@ -155,7 +155,7 @@ private Q_SLOTS:
     void announceWhatListsMadeAnewWould()
     {
         QRandomGenerator random = seededRandom();
-        for (const int count : {0, 1, 3, 40, 1100}) {
+        for (const int count : {0, 1, 3, 40, 1024}) {
             const int itemCount = qMax(10, count / 2);
             const std::function<int()> makeItem = [&] { return random.bounded(itemCount); };
             Items items(count);
@@ -182,7 +182,9 @@ private Q_SLOTS:
                 const Items valuesBefore = throughMap(before, *map);
                 const int kind = random.bounded(12);
                 const int size = edited->size();
-                if (step >= 400) // not evenly, which would leave the parts of which a long list is made alike
+                if (step == 400)
+                    edited->replace(items);
+                else if (step > 400) // not evenly, which would leave the parts of which a long list is made alike
                     edited->remove(size / 3 + random.bounded((size + 2) / 3));
                 else if (kind < 5)
                     editAtRandom(*edited, random, makeItem, 100 + 2 * count);
@@ -329,6 +331,10 @@ private Q_SLOTS:
         const Desk other({8}); // into whose place none slides
         other.map->whenAsked = [&](int) { other.keys->remove(0); };
         QCOMPARE(other.list[0], QString());
+        const Desk restless({7}); // whose map never comes to rest
+        restless.map->whenAsked = [&](int key) { restless.map->set({{key, QString::number(restless.map->gets)}}); };
+        const int last = restless.list[0].toInt();
+        QCOMPARE(restless.map->gets, last + 1);
     }
 
     void comeToAnEndThoughTheirMapOrFilterReadsThem()
