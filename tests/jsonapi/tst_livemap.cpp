@@ -452,6 +452,7 @@ private Q_SLOTS:
         row("to none after a reconnection", "ask a; answer a; reconnect; wait; sent 3; wait; wait; sent 4; answer a; "
                                             "wait; sent 4");
         row("lost with the connection", "ask a; reconnect; sent 2; answer a; a is there; ask b; answer b; b is there");
+        row("awaited of nobody", "ask a; disconnect; wait; sent 1");
         row("lost again", "ask a; reconnect; wait; sent 3; answer a; a is there");
         row("in part", "ask a b c; answer b; a is there; sent 1; wait; sent 2; answer a c; wait; wait; sent 2");
         row("in part, and the rest is not there", "ask a b; answer b; wait; asked a; answer; wait; wait; sent 2");
@@ -490,9 +491,9 @@ private Q_SLOTS:
                 clock->advance(30000);
             } else if (first == u"turn") {
                 turn();
-            } else if (first == u"reconnect") {
+            } else if (first == u"reconnect" || first == u"disconnect") {
                 f.pipe->setConnected(false);
-                f.pipe->setConnected(true);
+                f.pipe->setConnected(first == u"reconnect");
             } else if (first == u"begin" || first == u"answer") {
                 f.header(first == u"begin" ? words.value(0, f.map->cookie()) : f.map->cookie());
             } else if (first == u"add" || first == u"change") {

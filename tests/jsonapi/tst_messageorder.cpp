@@ -237,6 +237,26 @@ private Q_SLOTS:
         stage.multiplexer->removeHandler(stage.handlers[u"e"_s].get());
         stage.pipe->inject("{\"listAdd\":{}}");
         QCOMPARE(stage.heard, QStringList());
+        stage.multiplexer->addHandler(u"elsewhere"_s, QString(), stage.handlers[u"a"_s].get());
+        stage.multiplexer->addHandler(u"handlers"_s, QString(), stage.handlers[u"a"_s].get());
+        stage.inject(toHandlers, 1);
+        QCOMPARE(stage.heard.join(u' '), u"b1 c1 a1"_s);
+    }
+
+    void letsGoOfACallbackWhenNobodyCallsIt()
+    {
+        FakePipe pipe;
+        QObject owner;
+        const auto held = std::make_shared<int>();
+        const auto listen = [&] {
+            pipe.addListener(&owner, u"t"_s, [&, held](auto&&...) { pipe.removeListeners(&owner); });
+        };
+        listen();
+        pipe.removeListeners(&owner);
+        QCOMPARE(held.use_count(), 1);
+        listen();
+        pipe.inject(toListeners);
+        QCOMPARE(held.use_count(), 1);
     }
 
     void keepsItsReadsFromAWaitingComputation()
