@@ -132,6 +132,20 @@ private Q_SLOTS:
         }
     }
 
+    void leavesSignalsToTheProgramsThreads()
+    {
+        const Served served;
+        int deaf = 0;
+        for (const QString& task : QDir(u"/proc/self/task"_s).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+            QFile status(u"/proc/self/task/%1/status"_s.arg(task));
+            QVERIFY(status.open(QIODevice::ReadOnly));
+            const QByteArray text = status.readAll();
+            const QByteArray blocked = text.mid(text.indexOf("SigBlk:") + 8, 16);
+            deaf += blocked.toULongLong(nullptr, 16) >> (SIGTERM - 1) & 1;
+        }
+        QCOMPARE(deaf, 1); // its own thread
+    }
+
     void opensWhatIsServedAndOtherFilesPlainly()
     {
         QCOMPARE(Object(nullptr).error, EINVAL);

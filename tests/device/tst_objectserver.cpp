@@ -89,6 +89,7 @@ private Q_SLOTS:
             QVERIFY(QFile::rename(m_path, m_path + u"-moved"_s));
             const Listening second(m_path);
             server.close();
+            QCOMPARE(server.path(), QString());
             QVERIFY(Client(m_path).isConnected);
         }
         QVERIFY(QFile::remove(m_path + u"-moved"_s));
@@ -149,7 +150,7 @@ private Q_SLOTS:
         }
         // What can never arrive is refused, to whomever.
         for (const int id : {1, 2})
-            QVERIFY(!server.send(id, QByteArray()) && !server.send(id, QByteArray(2 * 208 * 1024, 'x')));
+            QVERIFY(!server.send(id, QByteArray("")) && !server.send(id, QByteArray(2 * 208 * 1024, 'x')));
         QVERIFY(!server.send(3, "nobody"));
         client.reset();
         QVERIFY(!server.send(1, "gone, and not noticed yet"));

@@ -50,6 +50,11 @@ private Q_SLOTS:
             expected.append(u"2: "_s + QString::fromLatin1(text));
         }
         QCOMPARE(log.lines(), expected);
+        // What cannot be written is given up.
+        const int full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
+        ::dup2(full, STDERR_FILENO);
+        ::close(full);
+        QCOMPARE(slogf(1, 2, "lost"), -1);
     }
 };
 

@@ -20,15 +20,8 @@ bool makeFolders(const std::string& folder)
 {
     for (size_t end = folder.find('/', 1);; end = folder.find('/', end + 1)) {
         const std::string part = folder.substr(0, end);
-        if (::mkdir(part.c_str(), 0700) == -1 && errno != EEXIST) {
-            // A folder in which we may not make any may still be there.
-            struct stat status;
-            const int savedError = errno;
-            if (::stat(part.c_str(), &status) == -1 || !S_ISDIR(status.st_mode)) {
-                errno = savedError;
-                return false;
-            }
-        }
+        if (::mkdir(part.c_str(), 0700) == -1 && errno != EEXIST)
+            return false;
         if (end == std::string::npos)
             return true;
     }
