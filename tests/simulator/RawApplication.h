@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <utility>
 
@@ -104,8 +105,24 @@ public:
         return types;
     }
 
-    QList<QByteArray> records;   ///< Everything that came.
-    QList<QJsonObject> messages; ///< What was readable of it.
+    /// Looks again after every event; looking every few milliseconds would make thousands of messages slow.
+    template <typename Condition>
+    static bool waitFor(Condition condition)
+    {
+        QTimer late;
+        late.setSingleShot(true);
+        late.start(5000);
+        while (!condition()) {
+            if (!late.isActive())
+                return false;
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        }
+        return true;
+    }
+
+    std::function<void(const QByteArray&)> heard = [](const QByteArray&) {}; ///< Called with each record.
+    QList<QByteArray> records;                                               ///< Everything that came.
+    QList<QJsonObject> messages;                                             ///< What was readable of it.
     qsizetype unreadable = 0;
     bool closed = false;
 
@@ -127,21 +144,7 @@ private:
             messages.append(document.object());
         else
             ++unreadable;
-    }
-
-    /// Looks again after every event; looking every few milliseconds would make thousands of messages slow.
-    template <typename Condition>
-    static bool waitFor(Condition condition)
-    {
-        QTimer late;
-        late.setSingleShot(true);
-        late.start(5000);
-        while (!condition()) {
-            if (!late.isActive())
-                return false;
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        }
-        return true;
+        heard(record);
     }
 
     int m_descriptor = -1;
