@@ -207,8 +207,8 @@ const struct
         $ app 1 box add mine => item-1
         A< listAdd "mine"
         A> createProfileBoxItem {"text":"mine, too","cookie":""} -> listAdd "item-2"
-        $ app 1 box => mine => 2 items
-        $ box => 0 items
+        $ app 1 box => mine => items: 2
+        $ box => items: 0
         $ box add common
         B< listAdd "common"
         B. for-b lost-by-a
