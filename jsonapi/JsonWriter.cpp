@@ -4,6 +4,9 @@
 #include <device/Encoder.h>
 
 #include <QtCore/QDebug>
+#include <QtCore/QScopeGuard>
+
+#include <new>
 
 namespace zel {
 
@@ -115,7 +118,10 @@ JsonWriter::~JsonWriter()
 
 void JsonWriter::openNode()
 {
+    // A writer that was never made has no destructor to let go of the tree.
+    auto letGo = qScopeGuard([this] { m_tree->release(); });
     const Utf8 name(m_name);
+    letGo.dismiss();
     const device::Text nameOrNone = m_name.isEmpty() ? device::Text() : name.text();
     switch (m_type) {
     case Array: // named even when the name is empty, unlike the others
@@ -194,7 +200,7 @@ QString JsonWriter::toString()
         // The buffer is the line "dat:json:{...}" with its line end: the value is what stands between.
         const size_t tag = text.find("json:");
         if (tag == text.npos) {
-            return {};
+            throw std::bad_alloc(); // the encoder's text is empty: it had no room for all of it
         }
         text = text.substr(tag + 5, text.size() - tag - 6);
     }

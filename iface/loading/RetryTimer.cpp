@@ -18,10 +18,13 @@ RetryTimer::~RetryTimer()
 
 void RetryTimer::start()
 {
+    // Without memory for another, the one that runs goes on.
+    const auto clock = Clock::threadDefault();
+    const int timer = clock->callLater(FirstDelay, [this] { remind(); });
     stop();
-    m_clock = Clock::threadDefault();
+    m_clock = clock;
     m_delay = FirstDelay;
-    wait();
+    m_timer = timer;
 }
 
 void RetryTimer::stop()

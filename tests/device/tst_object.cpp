@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "RawServer.h"
 
+#include <common/FailingAllocations.h>
 #include <common/TestMain.h>
 
 #include <pps/object.h>
@@ -70,6 +71,10 @@ public:
 int threadCount()
 {
     return int(QDir(u"/proc/self/task"_s).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size());
+}
+int descriptorCount()
+{
+    return int(QDir(u"/proc/self/fd"_s).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size());
 }
 
 QString file()
@@ -179,6 +184,26 @@ private Q_SLOTS:
     }
 
     // Also at a path that is too long for the address of a socket.
+    void isOpenedOrNotAndLeavesNothingWithoutMemory()
+    {
+        RawServer server(file(), 50);
+        const int descriptors = descriptorCount();
+        const auto open = [](std::unique_ptr<Object>& object) { object = std::make_unique<Object>(); };
+        const auto check = [&](std::unique_ptr<Object>& object) {
+            if (object && object->error == 0) {
+                QVERIFY(server.accept() && object->write("heard"));
+                QCOMPARE(server.receive(), "heard");
+            } else {
+                QVERIFY(!object || object->error == ENOMEM || object->error == EAGAIN);
+                server.accept(0); // it may have come as far as that
+            }
+            object.reset();
+            server.hangUp();
+            QTRY_COMPARE(descriptorCount(), descriptors);
+        };
+        QVERIFY(failing::eachInTurn([] { return std::make_unique<std::unique_ptr<Object>>(); }, open, check) > 3);
+    }
+
     void isQuietWhileTheServerIsAway()
     {
         const QByteArray name = "/pps/" + QByteArray(120, 'd') + '/' + QByteArray(200, 'o');

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "RawServer.h"
 
+#include <common/FailingAllocations.h>
 #include <common/TestMain.h>
 
 #include <vx/system/ObjectServer.h>
@@ -155,6 +156,42 @@ private Q_SLOTS:
         client.reset();
         QVERIFY(!server.send(1, "gone, and not noticed yet"));
         QTRY_COMPARE(server.clients(), QList<int>{2});
+    }
+
+    void losesARecordOrAClientAndNothingElseWithoutMemory()
+    {
+        struct Served
+        {
+            explicit Served(const QString& path)
+                : server(path)
+                , client(path)
+            {
+                QObject::connect(&server, &ObjectServer::recordReceived, &server, [this] { isHeard = true; });
+                QTRY_COMPARE(server.clients(), QList<int>{1});
+                QVERIFY(client.send("heard"));
+            }
+            Listening server;
+            const Client client;
+            bool isHeard = false;
+            int taken = 0;
+        };
+        const QByteArray large(150000, 'x');
+        const auto act = [&](Served& served) {
+            while (served.taken < 5 && served.server.send(1, large))
+                ++served.taken;
+            QCoreApplication::processEvents();
+        };
+        const auto check = [&](Served& served) {
+            QTRY_VERIFY(served.isHeard || served.server.clients().isEmpty());
+            if (!served.isHeard)
+                return;
+            for (int more = 0; more < 5; ++more, ++served.taken)
+                QVERIFY(served.server.send(1, large));
+            for (; served.taken > 0; --served.taken)
+                QCOMPARE(served.client.receive(), large);
+            QVERIFY(served.server.send(1, "last") && served.client.receive() == "last");
+        };
+        QVERIFY(failing::eachInTurn([this] { return std::make_unique<Served>(m_path); }, act, check) > 1);
     }
 
     void handlersMayDeleteTheServer()

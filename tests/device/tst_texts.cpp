@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/FailingAllocations.h>
 #include <common/SeededRandom.h>
 #include <common/TestMain.h>
 
@@ -454,6 +455,34 @@ private Q_SLOTS:
                 QVERIFY(!isArray || d.restore(dat));
             }
         }
+    }
+
+    void isWrittenAndReadWholeOrNotAtAllWithoutMemory()
+    {
+        constexpr int depth = 100;
+        const QByteArray value(300000, 'x'); // of such a text no decoder is kept for the next
+        struct Texts
+        {
+            device::Encoder encoder{device::Encoder::Attributes};
+            std::unique_ptr<Decoder> decoder;
+        };
+        const auto act = [&](Texts& texts) {
+            for (int level = 0; level < depth; ++level)
+                texts.encoder.startObject("level");
+            texts.encoder.addString("text", value);
+            for (int level = 0; level < depth; ++level)
+                texts.encoder.endObject();
+            texts.decoder = std::make_unique<Decoder>(bytes(texts.encoder.text()));
+        };
+        const auto check = [&](Texts& texts) {
+            QVERIFY(texts.encoder.text().empty() || texts.encoder.text().ends_with("}\n"));
+            if (texts.encoder.text().empty() || !texts.decoder || !texts.decoder->isValid())
+                return;
+            for (int level = 0; level < depth; ++level)
+                QVERIFY(texts.decoder->enter("level"));
+            QCOMPARE(texts.decoder->string("text"), value);
+        };
+        QVERIFY(failing::eachInTurn([] { return std::make_unique<Texts>(); }, act, check) > 15);
     }
 
     void survivesRandomChanges()

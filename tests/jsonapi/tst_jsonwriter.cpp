@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/FailingAllocations.h>
 #include <common/TestMain.h>
 
 #include <zel/JsonWriter.h>
@@ -16,6 +17,19 @@ class TstJsonWriter : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void hasAWholeTextOrNoneWithoutMemory()
+    {
+        const auto act = [](QString& text) {
+            JsonWriter root(QString(300, u'n'), u"zel"_s); // children are Qt's shared pointers, which end here
+            root.addAttribute(u"a"_s, QString(2000, u'x'));
+            text = root.toString();
+        };
+        const auto check = [](const QString& text) {
+            QVERIFY(text.isEmpty() || (text.size() > 2300 && text.endsWith(u"}}"_s)));
+        };
+        QVERIFY(failing::eachInTurn([] { return std::make_unique<QString>(); }, act, check) > 5);
+    }
+
     void writesMembersInCallOrderAndDropsNamesInArrays()
     {
         JsonWriter root(u"m"_s, u"zel"_s);

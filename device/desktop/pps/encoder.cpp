@@ -289,12 +289,12 @@ pps_encoder_error_t pps_encoder_add_json(pps_encoder_t* encoder, const char* nam
 
 const char* pps_encoder_buffer(const pps_encoder_t* encoder)
 {
-    return encoder && encoder->d ? encoder->d->text.data() : "";
+    return encoder && encoder->d && !encoder->d->failed() ? encoder->d->text.data() : "";
 }
 
 int pps_encoder_length(const pps_encoder_t* encoder)
 {
-    if (!encoder || !encoder->d)
+    if (!encoder || !encoder->d || encoder->d->failed())
         return 0;
     const size_t size = encoder->d->text.size();
     return size > INT_MAX ? INT_MAX : static_cast<int>(size);

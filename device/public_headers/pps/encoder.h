@@ -45,7 +45,7 @@ typedef enum {
     PPS_ENCODER_BAD_VALUE,        /* a string of NULL: written as null */
     PPS_ENCODER_UNBALANCED,       /* an end without its start: dropped */
     PPS_ENCODER_COMPLETE,  /* a second value after the only one of a JSON text: dropped, with all that is in it */
-    PPS_ENCODER_NO_MEMORY, /* dropped, as is everything after it */
+    PPS_ENCODER_NO_MEMORY, /* dropped, as is everything after it; the text is empty from then on */
     PPS_ENCODER_NOT_INITIALIZED
 } pps_encoder_error_t;
 

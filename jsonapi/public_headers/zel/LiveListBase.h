@@ -33,6 +33,8 @@ protected:
     /// A chunk has been taken. Answers what it has completed, if anything.
     Transfer chunkTaken(bool last);
     bool isTransferring() const { return m_transfer != Transfer::None; }
+    bool isFullList() const { return m_transfer == Transfer::FullList; }
+    void beginTransfer(Transfer transfer);
 
     /// A new transfer throws away what the one before has gathered.
     virtual void dropReceived() = 0;
@@ -45,7 +47,6 @@ protected:
 
 private:
     void requestListAll() const;
-    void beginTransfer(Transfer transfer);
 
     Transfer m_transfer = Transfer::None;
     iface::RetryTimer m_retry;

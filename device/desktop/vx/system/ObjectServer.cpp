@@ -15,6 +15,7 @@
 #include <cstring>
 #include <deque>
 #include <map>
+#include <new>
 #include <utility>
 
 namespace vx {
@@ -27,13 +28,17 @@ constexpr qint64 defaultQueueLimit = qint64(16) * 1024 * 1024;
 constexpr int recordsPerTurn = 16;
 constexpr int acceptPause = 100;
 
-// The notifier may be the one whose signal is being handled, so it goes later.
+// The notifier may be the one whose signal is being handled, so it goes later; with the server, when there is no memory
+// to have it go sooner.
 struct LaterDeleter
 {
     void operator()(QSocketNotifier* notifier) const
     {
         notifier->setEnabled(false);
-        notifier->deleteLater();
+        try {
+            notifier->deleteLater();
+        } catch (const std::bad_alloc&) {
+        }
     }
 };
 using NotifierPointer = std::unique_ptr<QSocketNotifier, LaterDeleter>;
@@ -150,13 +155,17 @@ void ObjectServerPrivate::watchAnew()
         watch(id, client);
 }
 
-// One record; an empty one, with `isOver` saying whether the client is gone, when there is none.
+// One record; an empty one, with `isOver` saying whether the client is gone, when there is none. A client of whom a
+// record is lost for want of memory has to go: it knows what to do when it comes back, and nothing of what was lost.
 QByteArray ObjectServerPrivate::takeRecord(int socket, bool* isOver)
-{
+try {
     const ssize_t size = ::recv(socket, buffer.get(), device::longestRecord(), MSG_DONTWAIT);
     if (size > 0)
         return QByteArray(buffer.get(), size);
     *isOver = size == 0 ? device::isHungUp(socket) : !device::mayReadOn(errno);
+    return {};
+} catch (const std::bad_alloc&) {
+    *isOver = true;
     return {};
 }
 
@@ -201,9 +210,15 @@ bool ObjectServerPrivate::queueRecord(Client& client, const QByteArray& record)
     const bool isTooLong = size_t(record.size()) > device::longestRecord(client.socket.get());
     if (isTooLong || client.queuedBytes + record.size() > queueLimit)
         return false;
-    client.queue.push_back(record);
+    try {
+        client.writer->setEnabled(true);
+        client.queue.push_back(record);
+    } catch (const std::bad_alloc&) {
+        // A notifier that could not be enabled takes itself for enabled all the same.
+        client.writer->setEnabled(!client.queue.empty());
+        return false;
+    }
     client.queuedBytes += record.size();
-    client.writer->setEnabled(true);
     return true;
 }
 

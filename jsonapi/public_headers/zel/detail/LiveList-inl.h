@@ -6,6 +6,8 @@
 #include <zel/detail/KeepAlive.h>
 #include <zel/detail/MessageOrder.h>
 
+#include <QtCore/QScopeGuard>
+
 #include <utility>
 
 namespace zel {
@@ -121,8 +123,10 @@ void LiveList<T, Key>::addOrUpdate(const T& element, const QString& key)
         return;
     }
     if (index == -1) {
+        m_indexDirty = true; // and stays so if only one of the two can be had
         m_index.append(key);
         this->m_list.append(element);
+        m_indexDirty = false;
         this->fireItemAdded(int(this->m_list.size()) - 1);
     } else if (!(this->m_list.at(index) == element)) {
         this->m_list[index] = element;
@@ -137,10 +141,19 @@ void LiveList<T, Key>::listChunk(iface::JsonObjectReader body)
         return;
     }
     const detail::KeepAlive keep(this);
+    // A transfer of which a part is lost must not end as if it were whole. The list is asked for again.
+    auto giveUp = qScopeGuard([this] { beginTransfer(Transfer::None); });
     const iface::JsonArrayReader elements = elementsOf(body);
     for (int i = 0, n = elements.numChildren(); i < n; ++i) {
         m_received.append(m_adapter->jsonToElement(elements[i].object(), T()));
     }
+    if (isLast(body) && isFullList()) {
+        if (m_keys == Keys::Distinct) {
+            keepDistinct(m_received);
+        }
+        m_received.squeeze();
+    }
+    giveUp.dismiss();
     const Transfer completed = chunkTaken(isLast(body));
     // Moved aside before anything is announced: a handler's event loop may bring the next transfer.
     if (completed == Transfer::FullList) {
@@ -154,11 +167,7 @@ template <class T, class Key>
 void LiveList<T, Key>::finishFullList(QList<T> received)
 {
     const bool first = std::exchange(m_firstListPending, false);
-    if (m_keys == Keys::Distinct) {
-        keepDistinct(received);
-    }
     if (received != this->m_list) {
-        received.squeeze();
         this->m_list.swap(received);
         m_indexDirty = true;
         m_index.clear();
@@ -228,10 +237,12 @@ void LiveList<T, Key>::changeElement(const iface::JsonObjectReader& json)
         return;
     }
     const QString newKey = m_adapter->elementToId(changed);
-    if (newKey != key) {
-        m_index.rename(key, newKey);
-    }
     this->m_list[index] = changed;
+    if (newKey != key) {
+        m_indexDirty = true; // and stays so if there is no room for the other key
+        m_index.rename(key, newKey);
+        m_indexDirty = false;
+    }
     this->fireItemUpdated(index);
 }
 
@@ -246,8 +257,8 @@ void LiveList<T, Key>::listRemove(iface::JsonObjectReader body)
         if (index == -1) {
             return;
         }
-        m_index.remove(key);
         this->m_list.removeAt(index);
+        m_index.remove(key);
         this->fireItemRemoved(index);
     });
 }

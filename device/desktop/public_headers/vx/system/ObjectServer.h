@@ -46,7 +46,7 @@ public:
 
     // Sends one record and never waits: what the client does not take at once is queued. False when there is no such
     // client, when the record is empty or longer than the kernel carries (about 400 KiB), and when the client's queue
-    // is full; the record is lost then, and all before it keep their order.
+    // is full or there is no memory for it; the record is lost then, and all before it keep their order.
     bool send(int client, const QByteArray& record);
     // How many bytes may be queued for one client; 16 MiB unless set.
     void setQueueLimit(qint64 bytes);

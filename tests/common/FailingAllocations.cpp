@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "FailingAllocations.h"
+
+#include <cstdlib>
+#include <utility>
+
+static bool isDue()
+{
+    return failing::left >= 0 && failing::left-- == 0;
+}
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr auto& allocate = std::malloc;
+#else
+extern "C" {
+void* __libc_malloc(std::size_t size);
+void* __libc_realloc(void* memory, std::size_t size);
+void* malloc(std::size_t size)
+{
+    return failing::withMalloc && isDue() ? nullptr : __libc_malloc(size);
+}
+void* realloc(void* memory, std::size_t size)
+{
+    return failing::withMalloc && isDue() ? nullptr : __libc_realloc(memory, size);
+}
+}
+constexpr auto& allocate = __libc_malloc;
+#endif
+
+void* operator new(std::size_t size)
+{
+    if (void* const memory = isDue() ? nullptr : allocate(size ? size : 1))
+        return memory;
+    throw std::bad_alloc();
+}
+void* operator new[](std::size_t size)
+{
+    if (failing::withArrays)
+        return operator new(size);
+    const long saved = std::exchange(failing::left, -1);
+    void* const memory = operator new(size);
+    failing::left = saved;
+    return memory;
+}
+void operator delete(void* memory) noexcept
+{
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
