@@ -25,7 +25,9 @@ QString Recorder::writeLine(const QByteArray& line)
 {
     if (m_file.write(line) == line.size())
         return {};
-    const QString problem = u"%1: %2; the recording ends here"_s.arg(m_file.fileName(), m_file.errorString());
+    const bool isCut = m_file.error() == QFileDevice::NoError;
+    const QString why = isCut ? u"there is no room for more"_s : m_file.errorString();
+    const QString problem = u"%1: %2; the recording ends here"_s.arg(m_file.fileName(), why);
     close();
     return problem;
 }

@@ -9,10 +9,12 @@
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 #include <QtCore/QPointer>
+#include <QtCore/QRegularExpression>
 #include <QtTest/QSignalSpy>
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QTest>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
@@ -192,6 +194,26 @@ private Q_SLOTS:
             QVERIFY(served.server.send(1, "last") && served.client.receive() == "last");
         };
         QVERIFY(failing::eachInTurn([this] { return std::make_unique<Served>(m_path); }, act, check) > 1);
+    }
+
+    void takesAWaitingClientWhenThereAreDescriptorsAgain()
+    {
+        Listening server(m_path);
+        const Client first(m_path);
+        QTRY_COMPARE(server.clients().size(), 1);
+        const Client second(m_path);
+        rlimit limit;
+        ::getrlimit(RLIMIT_NOFILE, &limit);
+        const int lowestFree = ::dup(0);
+        ::close(lowestFree);
+        const rlimit none = {rlim_t(lowestFree), limit.rlim_max};
+        ::setrlimit(RLIMIT_NOFILE, &none);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"a client has to wait: Too many open files$"_s));
+        QCoreApplication::processEvents();
+        QVERIFY(server.send(1, "served meanwhile"));
+        ::setrlimit(RLIMIT_NOFILE, &limit);
+        QTRY_COMPARE(server.clients().size(), 2);
+        QVERIFY(server.send(2, "served, too") && second.receive() == "served, too");
     }
 
     void handlersMayDeleteTheServer()

@@ -175,6 +175,8 @@ int main(int argc, char* argv[])
     zeltools::QuitSignals::block();
     // In the background of a terminal a read is answered by a signal that stops the program; ignored, the read fails.
     std::signal(SIGTTIN, SIG_IGN);
+    // A recording that may not grow any more ends with a sentence, and the service goes on.
+    std::signal(SIGXFSZ, SIG_IGN);
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"zelcore-sim"_s);
     const auto options =

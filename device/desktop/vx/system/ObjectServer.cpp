@@ -91,6 +91,7 @@ public:
     NotifierPointer acceptor;
     std::map<int, Client> clients;
     int lastClient = 0;
+    bool outOfDescriptors = false; // and has said so
     qint64 queueLimit = defaultQueueLimit;
     bool reading = true;
     const std::unique_ptr<char[]> buffer;
@@ -108,6 +109,7 @@ void ObjectServerPrivate::accept()
     while (guard && acceptor) {
         device::Descriptor socket(::accept4(listening.socket(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
         if (socket) {
+            outOfDescriptors = false;
             adopt(std::move(socket));
             continue;
         }
@@ -115,6 +117,8 @@ void ObjectServerPrivate::accept()
             continue;
         if (errno != EAGAIN) {
             // Out of descriptors. The client waits on, so the notifier would fire without end.
+            if (!std::exchange(outOfDescriptors, true))
+                qWarning("%s: a client has to wait: %s", listening.path().c_str(), std::strerror(errno));
             acceptor->setEnabled(false);
             QTimer::singleShot(acceptPause, acceptor.get(), [this, paused = acceptor.get()] {
                 if (acceptor.get() == paused)
