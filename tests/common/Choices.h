@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QtCore/QByteArrayView>
+#include <QtCore/QRandomGenerator>
+
+/// What a random test decides by: the numbers of a generator, or the bytes of an input that somebody has to offer. An
+/// input that is used up goes on with zeros.
+class Choices
+{
+public:
+    explicit Choices(quint32 seed)
+        : m_random(seed)
+        , m_isRandom(true)
+    {
+    }
+    explicit Choices(QByteArrayView input)
+        : m_input(input)
+    {
+    }
+
+    /// A number from 0 to below \a end, which is positive.
+    int bounded(int end)
+    {
+        if (m_isRandom)
+            return m_random.bounded(end);
+        unsigned number = 0;
+        for (int reach = 1; reach < end && !m_input.isEmpty(); reach *= 256) {
+            number = number * 256 + static_cast<unsigned char>(m_input.front());
+            m_input = m_input.sliced(1);
+        }
+        return int(number % unsigned(end));
+    }
+    bool isUsedUp() const { return !m_isRandom && m_input.isEmpty(); }
+
+private:
+    QRandomGenerator m_random;
+    QByteArrayView m_input;
+    bool m_isRandom = false;
+};

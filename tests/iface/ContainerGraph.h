@@ -1,0 +1,407 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Containers.h"
+
+#include <common/Choices.h>
+
+#include <iface/CachedObservableList.h>
+#include <iface/FilteredObservableList.h>
+#include <iface/ListMirror.h>
+#include <iface/ObservableTracker.h>
+#include <iface/TransformedObservableList.h>
+
+#include <algorithm>
+#include <memory>
+#include <stdexcept>
+#include <utility>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+
+/// Lists, maps and values at the source, and lists derived from them and from each other at random, with filters that
+/// read yet others: chains and diamonds of any shape. Slots, functions and monitors hang on them, which read, change,
+/// throw, and take things away. Every read, whoever makes it, is compared with what follows from the sources; so is
+/// what was announced of every list, and what the functions of cached lists were told.
+class ContainerGraph
+{
+    using Items = QList<int>;
+
+public:
+    ContainerGraph(Choices choices, bool mayDisturb)
+        : m_choices(choices)
+        , m_mayDisturb(mayDisturb)
+    {
+        for (int i = 0; i < Numbers; ++i)
+            m_numbers.emplace_back(new Number(0));
+        for (int key = 0; key < Keys; ++key) {
+            m_plain->contents.insert(key, key);
+            m_records->set(key, key);
+        }
+        for (int i = any(1, 2); i > 0; --i)
+            addSource();
+        for (int i = any(2, 7); i > 0; --i)
+            addDerived();
+        for (const auto& node : m_nodes)
+            listenTo(*node);
+        for (int i = any(0, 3); i > 0; --i)
+            addMonitor();
+        m_isBuilt = true;
+    }
+
+    /// Makes one change of its own, or several as one, and answers what was wrong by the end of it.
+    QString change()
+    {
+        m_nestedLeft = any(0, 2) == 0 ? any(1, 3) : 0;
+        m_sideEffectsLeft = m_mayDisturb && any(0, 7) == 0 ? 1 : 0;
+        m_mayThrow = any(0, 5) == 0;
+        m_hasThrown = false;
+        const bool isAlone = m_nestedLeft == 0 && !m_mayDisturb;
+        for (auto& monitor : m_monitors)
+            monitor->runs = 0;
+        try {
+            if (any(0, 5) == 0)
+                iface::Round::together([this] { changeSeveral(); });
+            else
+                edit();
+            check(!m_hasThrown, u"an exception was lost"_s);
+        } catch (const std::runtime_error&) {
+        }
+        m_mayThrow = false;
+        for (const auto& node : m_nodes) {
+            if (!node->list.impl())
+                continue;
+            compared(*node, "at rest");
+            check(!node->mirror || sameItems(node->mirror->items(), naive(*node)),
+                  node->is("was announced as another"));
+            check(!node->mirror || node->mirror->complaint().isEmpty(), node->is("was announced wrongly"));
+            check(node->kind != Cached || sameItems(node->told, naive(*node)), node->is("was told as another"));
+        }
+        for (const auto& monitor : m_monitors) {
+            check(!isAlone || monitor->runs <= 1, u"a monitor ran twice for one change"_s);
+            check(monitor->seen == sum(*monitor, true), u"a monitor did not run"_s);
+        }
+        return m_wrong;
+    }
+
+    bool isOver() const { return m_choices.isUsedUp(); }
+
+    qint64 comparisons = 0;
+
+private:
+    static constexpr int Keys = 12;
+    static constexpr int Numbers = 3;
+
+    enum Kind { Source, Cached, Filtered, Mapped, MappedByRecord, Forgetful };
+
+    struct Node
+    {
+        QString is(const char* what) const
+        {
+            return u"list %1 of kind %2: %3"_s.arg(number).arg(kind).arg(QLatin1String(what));
+        }
+
+        int number;
+        Kind kind;
+        iface::ObservableList<int> list;
+        EditableListPointer<int> source;
+        Node* input = nullptr;
+        std::vector<Node*> read; ///< by its filter
+        int salt = 0;
+        int reader = 0; ///< how the filter reads
+        std::unique_ptr<iface::ListMirror<int>> mirror;
+        Items told; ///< to the functions of a cached list
+        bool isUsed = false;
+        int known = -1; ///< the state of the sources for which `expected` is right
+        Items expected;
+    };
+
+    struct Monitor
+    {
+        std::vector<Node*> read;
+        int number = 0;
+        quint64 seen = 0;
+        int runs = 0;
+        std::unique_ptr<CountedMonitor> monitor;
+    };
+
+    int any(int first, int last) { return m_choices.bounded(last - first + 1) + first; }
+    Node& anyNode() { return *m_nodes[std::size_t(any(0, int(m_nodes.size()) - 1))]; }
+    Node* anyToRead()
+    {
+        Node& node = anyNode();
+        node.isUsed = true;
+        return &node;
+    }
+
+    Node& addNode(Kind kind)
+    {
+        m_nodes.push_back(std::make_unique<Node>());
+        Node& node = *m_nodes.back();
+        node.number = int(m_nodes.size()) - 1;
+        node.kind = kind;
+        node.salt = any(0, 20);
+        return node;
+    }
+
+    void addSource()
+    {
+        Node& node = addNode(Source);
+        Items items;
+        for (int i = any(0, 6); i > 0; --i)
+            items.append(any(0, Keys - 1));
+        node.source = EditableListPointer<int>(new EditableList<int>(items));
+        node.list = iface::ObservableList<int>(node.source.data());
+    }
+
+    void addDerived()
+    {
+        const Kind kind = Kind(any(Cached, Forgetful));
+        Node* input = anyToRead();
+        while (!input->list.impl()->announcesEveryReadItem() && kind != Filtered) // the others would not hear of all
+            input = anyToRead();
+        std::vector<Node*> read;
+        for (int i = any(0, 2); i > 0 && kind == Filtered; --i)
+            read.push_back(anyToRead());
+        Node& node = addNode(kind);
+        node.input = input;
+        node.read = read;
+        node.reader = any(0, 4);
+        if (kind == Cached) {
+            auto* const cached = new iface::CachedObservableList<int>(input->list);
+            node.list = iface::ObservableList<int>(cached);
+            replayFunctions(node, *cached);
+        } else if (kind == Filtered) {
+            node.list = iface::FilteredObservableList<int>::create(
+                input->list, [this, &node](int item) { return passes(node, item); });
+        } else {
+            node.list = iface::TransformedObservableList::create<int, int>(
+                input->list, kind == MappedByRecord ? m_composite : iface::ObservableMap<int, int>(m_plain.data()),
+                kind == Forgetful ? 2 : iface::LazyTransformedObservableListImpl<int, int>::KeepsEverything);
+        }
+    }
+
+    void replayFunctions(Node& node, iface::CachedObservableList<int>& list)
+    {
+        node.told = node.list.toList();
+        const auto told = [this, &node](bool fits) {
+            check(fits, node.is("told what was not there"));
+            reactInASlot();
+        };
+        list.setAddFunction([=, &node](int index, int item) {
+            node.told.insert(index, item);
+            told(true);
+        });
+        list.setRemoveFunction([=, &node](int index, int item) { told(node.told.takeAt(index) == item); });
+        list.setUpdateFunction(
+            [=, &node](int index, int before, int after) { told(std::exchange(node.told[index], after) == before); });
+        list.setChangeFunction([=, &node](auto&&, auto&&, const Items& before, const Items& after) {
+            told(sameItems(std::exchange(node.told, after), before));
+        });
+    }
+
+    void addMonitor()
+    {
+        m_monitors.push_back(std::make_unique<Monitor>());
+        Monitor& monitor = *m_monitors.back();
+        for (int i = any(1, 3); i > 0; --i)
+            monitor.read.push_back(anyToRead());
+        monitor.number = any(0, Numbers - 1);
+        monitor.monitor = std::make_unique<CountedMonitor>([this, &monitor] {
+            ++monitor.runs;
+            monitor.seen = sum(monitor, false);
+        });
+    }
+
+    quint64 sum(const Monitor& monitor, bool isNaive)
+    {
+        auto seen = quint64(m_numbers[std::size_t(monitor.number)]->getValue());
+        for (Node* const node : monitor.read) {
+            const Items items = isNaive ? naive(*node) : compared(*node, "in a monitor");
+            for (const int item : items)
+                seen = 31 * seen + quint64(item);
+        }
+        return seen;
+    }
+
+    /// What a filter says depends on what it reads, and what it reads on the item.
+    int verdict(const Node& node, int item, bool isNaive)
+    {
+        int sum = item + node.salt;
+        if (node.reader >= 1)
+            sum += m_numbers[std::size_t((item + node.salt) % Numbers)]->getValue();
+        if (node.reader == 2)
+            sum += isNaive ? m_records->peek(item) : m_composite.get(item);
+        for (std::size_t i = 0; i < node.read.size(); ++i) {
+            if (node.reader == 3 && (item + int(i)) % 2)
+                continue;
+            const Items other = isNaive ? naive(*node.read[i]) : compared(*node.read[i], "in a filter");
+            sum += other.isEmpty() ? 1 : int(other.size()) + other.last() + int(other.contains(item));
+        }
+        return sum;
+    }
+
+    static bool isBad(int verdict) { return verdict % 23 == 5; }
+    static bool isGood(int verdict) { return !isBad(verdict) && verdict % 3 != 0; }
+
+    bool passes(const Node& node, int item)
+    {
+        const int sum = verdict(node, item, false);
+        if (m_sideEffectsLeft > 0 && any(0, 3) == 0) {
+            --m_sideEffectsLeft;
+            any(0, 1) ? edit() : void(dropOne());
+        }
+        if (isBad(sum) && m_isBuilt)
+            throwSomething();
+        return isGood(sum);
+    }
+
+    void throwSomething()
+    {
+        m_hasThrown = true;
+        throw std::runtime_error("thrown on purpose");
+    }
+
+    const Items& naive(Node& node)
+    {
+        if (node.known == m_state)
+            return node.expected;
+        const iface::ObservableTracker::Suspension untracked;
+        const Items inputItems = node.input ? naive(*node.input) : Items();
+        Items expected = node.source ? node.source->items() : Items();
+        for (const int item : inputItems) {
+            if (node.kind == Mapped || node.kind == Forgetful)
+                expected.append(m_plain->contents.value(item));
+            else if (node.kind == MappedByRecord)
+                expected.append(m_records->peek(item));
+            else if (node.kind == Cached || isGood(verdict(node, item, true)))
+                expected.append(item);
+        }
+        node.expected = expected;
+        node.known = m_state;
+        return node.expected;
+    }
+
+    // Not by their own operator, which passes null pointers to memcmp() when they are empty.
+    static bool sameItems(const Items& a, const Items& b) { return std::equal(a.begin(), a.end(), b.begin(), b.end()); }
+
+    Items compared(Node& node, const char* where)
+    {
+        ++comparisons;
+        const iface::ObservableList<int> list = node.list; // a filter may drop the other handle
+        const Items read = list.toList();                  // before the rest: a filter may make a change
+        check(sameItems(read, naive(node)), node.is(where));
+        return read;
+    }
+
+    void compareOne(const char* where)
+    {
+        Node& node = anyNode();
+        if (node.list.impl())
+            compared(node, where);
+    }
+
+    void check(bool holds, const QString& what)
+    {
+        if (!holds && m_wrong.isEmpty())
+            m_wrong = what;
+    }
+
+    /// The sources are another from now on.
+    void edit()
+    {
+        ++m_state;
+        const int kind = any(0, 9);
+        if (kind < 4) {
+            const bool isSecond = m_nodes[1]->kind == Source && any(0, 1);
+            editAtRandom<int>(
+                *m_nodes[isSecond]->source, m_choices, [this] { return any(0, Keys - 1); }, 8);
+        } else if (kind < 6) {
+            m_numbers[std::size_t(any(0, Numbers - 1))]->setValue(any(0, 3));
+        } else if (kind < 8) {
+            m_records->set(any(0, Keys - 1), any(0, Keys - 1));
+        } else {
+            QHash<int, int> changes;
+            for (int i = any(1, 2); i > 0; --i)
+                changes.insert(any(0, Keys - 1), any(0, Keys - 1));
+            m_plain->set(changes);
+        }
+    }
+
+    void changeSeveral()
+    {
+        for (int i = any(0, 3); i > 0; --i) {
+            edit();
+            if (any(0, 1))
+                compareOne("inside a change of several");
+        }
+    }
+
+    void listenTo(Node& node)
+    {
+        if (node.list.impl()->announcesEveryReadItem())
+            node.mirror = std::make_unique<iface::ListMirror<int>>(node.list);
+        const auto react = [this] { reactInASlot(); };
+        using List = iface::ObservableListImpl;
+        for (const auto itemSignal : {&List::itemAdded, &List::itemUpdated, &List::itemRemoved})
+            QObject::connect(node.list.impl(), itemSignal, &m_context, react);
+        QObject::connect(node.list.impl(), &List::itemsChanged, &m_context, react);
+        QObject::connect(node.list.impl(), &List::observableChanged, &m_context, react);
+    }
+
+    void reactInASlot()
+    {
+        compareOne("in a slot");
+        compareOne("in a slot");
+        if (m_nestedLeft > 0 && any(0, 4) == 0) {
+            --m_nestedLeft;
+            edit();
+        }
+        if (m_mayDisturb && any(0, 60) == 0)
+            disturb();
+        if (m_mayThrow && any(0, 9) == 0)
+            throwSomething();
+    }
+
+    /// Takes away what is there, or adds to it.
+    void disturb()
+    {
+        if (dropOne())
+            return;
+        if (!m_monitors.empty() && any(0, 1)) {
+            m_gone.push_back(std::move(m_monitors.back())); // one that is running finds its own still there
+            m_monitors.pop_back();
+            m_gone.back()->monitor.reset();
+        } else if (std::all_of(m_nodes.begin(), m_nodes.end(), [](const auto& each) { return each->list.impl(); })) {
+            addMonitor();
+        }
+    }
+
+    bool dropOne()
+    {
+        Node& node = anyNode();
+        if (node.isUsed || node.kind == Source)
+            return false;
+        node.mirror.reset();
+        node.list = iface::ObservableList<int>();
+        return true;
+    }
+
+    Choices m_choices;
+    QObject m_context;
+    std::vector<NumberPointer> m_numbers;
+    QExplicitlySharedDataPointer<PlainMap<int, int>> m_plain{new PlainMap<int, int>};
+    QExplicitlySharedDataPointer<RecordMap<int, int>> m_records{new RecordMap<int, int>};
+    const iface::ObservableMap<int, int> m_composite = contentsOf(m_records);
+    std::vector<std::unique_ptr<Node>> m_nodes;
+    std::vector<std::unique_ptr<Monitor>> m_monitors;
+    std::vector<std::unique_ptr<Monitor>> m_gone;
+    QString m_wrong;
+    int m_state = 0;
+    int m_nestedLeft = 0;
+    int m_sideEffectsLeft = 0;
+    bool m_isBuilt = false;
+    bool m_mayThrow = false;
+    bool m_hasThrown = false;
+    const bool m_mayDisturb;
+};
