@@ -53,10 +53,11 @@ private:
     void compareElements(const QJsonArray& then, const QJsonArray& now, const TextPlace& place, const QString& path)
     {
         if (then.size() != now.size())
-            m_result->differences.append(
-                u"\"%1\" had %2 elements, has %3"_s.arg(path).arg(then.size()).arg(now.size()));
+            m_result->differences.append(u"\"%1\" had %2 elements, has %3"_s.arg(path, QString::number(then.size()),
+                                                                                 QString::number(now.size())));
         for (qsizetype i = 0; i < qMin(then.size(), now.size()); ++i)
-            compare(then.at(i), now.at(i), {place.type, place.member, place.depth + 1}, u"%1[%2]"_s.arg(path).arg(i));
+            compare(then.at(i), now.at(i), {place.type, place.member, place.depth + 1},
+                    u"%1[%2]"_s.arg(path, QString::number(i)));
     }
 
     /// Whether the two may differ, and do so only as they may.

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -18,6 +19,7 @@ namespace {
 
 const QString formatName = u"zelcore-recording"_s;
 constexpr qint64 formatVersion = 1;
+constexpr qint64 latest = qint64(1) << 53; // what JSON takes for a whole number everywhere
 
 using Entry = Recording::Entry;
 using Kind = Entry::Kind;
@@ -66,7 +68,7 @@ void readHeader(MemberReader reader, Recording* recording)
 {
     if (reader.word(u"format"_s) != formatName)
         reader.complain(u"format"_s, u"is not \"%1\": this is no recording"_s.arg(formatName));
-    const qint64 version = reader.number(u"version"_s, 1);
+    const qint64 version = reader.number(u"version"_s, 1, std::numeric_limits<int>::max());
     if (version != formatVersion)
         reader.complain(u"version"_s, u"is %1; this simulator reads %2"_s.arg(version).arg(formatVersion));
     recording->started = reader.text(u"started"_s);
@@ -82,12 +84,13 @@ void readEntry(MemberReader reader, QList<int>* present, Recording* recording)
 {
     Entry entry;
     entry.kind = readKind(reader);
-    entry.time = reader.number(u"time"_s, 0);
+    entry.time = reader.number(u"time"_s, 0, latest);
     if (!recording->entries.isEmpty() && entry.time < recording->entries.last().time)
         reader.complain(u"time"_s, u"is before that of the line above"_s);
     const bool isOfService = entry.kind == Kind::Away || entry.kind == Kind::Back;
     if (!isOfService)
-        entry.application = int(reader.number(u"application"_s, entry.kind == Kind::Invoked ? 0 : 1));
+        entry.application =
+            int(reader.number(u"application"_s, entry.kind == Kind::Invoked ? 0 : 1, std::numeric_limits<int>::max()));
     if (reader.has(u"uuid"_s))
         entry.uuid = reader.text(u"uuid"_s);
     if (entry.kind == Kind::Invoked)
@@ -173,7 +176,7 @@ std::optional<Recording> Recording::load(const QString& path, QString* problem)
     }
     if (wrong.what.isEmpty())
         return recording;
-    *problem = u"%1: line %2: %3"_s.arg(path).arg(qMax<qsizetype>(1, line - 1)).arg(wrong.sentence());
+    *problem = u"%1: line %2: %3"_s.arg(path, QString::number(qMax<qsizetype>(1, line - 1)), wrong.sentence());
     return std::nullopt;
 }
 

@@ -69,7 +69,8 @@ QString Replay::nameOf(const Lane& lane) const
 QString Replay::place(const Step& step) const
 {
     const Entry& then = entry(step);
-    return u"%1 (line %2)"_s.arg(describe(then.bytes, then.kind == Kind::Invoked)).arg(Recording::lineOf(step.entry));
+    return u"%1 (line %2)"_s.arg(describe(then.bytes, then.kind == Kind::Invoked),
+                                 QString::number(Recording::lineOf(step.entry)));
 }
 
 // --- What applications do ---------------------------------------------------------------------------------------

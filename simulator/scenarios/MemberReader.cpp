@@ -11,6 +11,10 @@ namespace zelcore {
 
 namespace {
 
+/// Members that can mean something have shorter names. What stands deep within long ones is found by their beginnings:
+/// all their names in full would take the square of what the text does.
+constexpr qsizetype longestName = 200;
+
 /// Walks through a text that has been parsed before, so that nothing in it surprises.
 class LineFinder
 {
@@ -60,12 +64,12 @@ private:
         ++m_at;
         for (int i = 0; next() != (isObject ? '}' : ']') && m_at < m_json.size(); ++i) {
             if (!isObject) {
-                value(u"%1[%2]"_s.arg(name).arg(i));
+                value(u"%1[%2]"_s.arg(name, QString::number(i)).left(longestName));
                 continue;
             }
             const int line = m_line;
             const QString key = QJsonDocument::fromJson('[' + string() + ']').array().first().toString();
-            const QString place = name.isEmpty() ? key : name + u'.' + key;
+            const QString place = (name.isEmpty() ? key : name + u'.' + key).left(longestName);
             lines.insert(place, line);
             value(place);
         }
@@ -104,12 +108,13 @@ QString MemberReader::text(const QString& key)
     return value.toString();
 }
 
-qint64 MemberReader::number(const QString& key, qint64 least)
+qint64 MemberReader::number(const QString& key, qint64 least, qint64 most)
 {
     const QJsonValue value = m_object.take(key);
     const qint64 number = value.toInteger(least - 1);
-    if (number < least)
-        complain(key, value.isUndefined() ? u"is missing"_s : u"is no whole number from %1"_s.arg(least));
+    if (number < least || number > most)
+        complain(key,
+                 value.isUndefined() ? u"is missing"_s : u"is no whole number from %1 to %2"_s.arg(least).arg(most));
     return number;
 }
 
@@ -136,7 +141,7 @@ void MemberReader::each(const QString& key, const std::function<void(MemberReade
         complain(key, u"is no array"_s);
     const QJsonArray array = value.toArray();
     for (qsizetype i = 0; i < array.size(); ++i) {
-        MemberReader element(array.at(i).toObject(), u"%1[%2]"_s.arg(placeOf(key)).arg(i), m_problem);
+        MemberReader element(array.at(i).toObject(), u"%1[%2]"_s.arg(placeOf(key), QString::number(i)), m_problem);
         if (!array.at(i).isObject())
             element.complain(QString(), u"is no object"_s);
         visit(element);

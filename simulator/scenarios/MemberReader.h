@@ -45,8 +45,8 @@ public:
     QString word(const QString& key, const QString& preset = QString());
     /// A text that must be there.
     QString text(const QString& key);
-    /// A whole number that must be there and be at least \a least.
-    qint64 number(const QString& key, qint64 least);
+    /// A whole number that must be there and be from \a least to \a most.
+    qint64 number(const QString& key, qint64 least, qint64 most);
     /// NAME=VALUE for every member that nobody took.
     QStringList fields();
     MemberReader object(const QString& key);

@@ -3,8 +3,19 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace zelcore {
+
+namespace {
+
+/// The end of time is not passed.
+int sum(int time, qint64 more)
+{
+    return int(std::min<qint64>(time + more, std::numeric_limits<int>::max()));
+}
+
+} // namespace
 
 Timeline::Timeline()
 {
@@ -55,7 +66,7 @@ void Timeline::setPaused(bool paused)
 
 int Timeline::time() const
 {
-    return m_running && !m_paused ? m_time + int(m_clock.elapsed()) : m_time;
+    return m_running && !m_paused ? sum(m_time, m_clock.elapsed()) : m_time;
 }
 
 bool Timeline::step()
@@ -80,15 +91,18 @@ std::optional<int> Timeline::dueTime(const Scenario::Step& step) const
 {
     if (!step.afterRegistration)
         return step.at;
-    return m_registeredAt ? std::optional(*m_registeredAt + step.at) : std::nullopt;
+    return m_registeredAt ? std::optional(sum(*m_registeredAt, step.at)) : std::nullopt;
 }
 
 /// The first of those that are due first, in the order of the file; the end when nothing is known to follow.
 QList<Scenario::Step>::iterator Timeline::next()
 {
     const auto first = std::min_element(m_pending.begin(), m_pending.end(), [this](const auto& one, const auto& other) {
-        constexpr int never = std::numeric_limits<int>::max();
-        return dueTime(one).value_or(never) < dueTime(other).value_or(never);
+        const auto whenDue = [this](const Scenario::Step& step) {
+            const std::optional<int> due = dueTime(step);
+            return std::pair(!due, due.value_or(0)); // what is not known comes last
+        };
+        return whenDue(one) < whenDue(other);
     });
     return first != m_pending.end() && dueTime(*first) ? first : m_pending.end();
 }

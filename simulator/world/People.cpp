@@ -144,6 +144,9 @@ QByteArray PeopleMaker::picture(int size, quint32 seed)
 
 QString addPeople(World& world, int count, quint32 seed)
 {
+    constexpr qsizetype mostPeople = 1'000'000; // each takes a kilobyte or two
+    if (count > mostPeople - world.everybody().size())
+        return u"a world has room for %1 contacts"_s.arg(mostPeople);
     PeopleMaker maker(seed);
     for (const QByteArray& picture : maker.pictures())
         world.keepPicture(picture);

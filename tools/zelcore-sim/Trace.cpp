@@ -27,12 +27,13 @@ QString shortened(QString body)
     static const QRegularExpression base64(u"\"([A-Za-z0-9+/]{12})[A-Za-z0-9+/]{60,}={0,2}\""_s);
     QRegularExpressionMatch match = base64.match(body);
     while (match.hasMatch()) {
-        const QString instead = u"\"%1…\" (%2 characters)"_s.arg(match.captured(1)).arg(match.capturedLength() - 2);
+        const QString instead =
+            u"\"%1…\" (%2 characters)"_s.arg(match.captured(1), QString::number(match.capturedLength() - 2));
         body.replace(match.capturedStart(), match.capturedLength(), instead);
         match = base64.match(body, match.capturedStart() + instead.size());
     }
     if (body.size() > longestBody)
-        body = u"%1… (%2 characters)"_s.arg(body.left(longestBody)).arg(body.size());
+        body = u"%1… (%2 characters)"_s.arg(body.left(longestBody), QString::number(body.size()));
     return body;
 }
 
