@@ -104,7 +104,7 @@ void Output::error(const QString& message)
     if (m_format == Format::JsonLines)
         line(toJson(Record().add(u"answer"_s, u"error"_s).add(u"message"_s, message)));
     else
-        sentence(u"error: "_s + message);
+        sentence(u"error: "_s + printable(message)); // what was typed is in it
 }
 
 void Output::signal(const Record& record)

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PictureFile.h"
 
+#include <vx/platform/zel/UserProfile.h>
+
 #include <QtCore/QFile>
 #include <QtCore/QSaveFile>
 
@@ -17,7 +19,8 @@ std::optional<Picture> readPicture(const QString& fileName, QString* error)
         *error = u"cannot read %1: %2"_s.arg(fileName, file.errorString());
         return std::nullopt;
     }
-    const QByteArray data = file.readAll();
+    // Not all of it, which may have no end: what is longer is refused by its length.
+    const QByteArray data = file.read(vx::platform::zel::UserProfile::maximumPictureSize + 1);
     if (file.error() != QFileDevice::NoError) { // a folder opens and then cannot be read
         *error = u"cannot read %1: %2"_s.arg(fileName, file.errorString());
         return std::nullopt;
