@@ -12,6 +12,7 @@
 //     i   turns until nothing is left to do          x   leaves that event loop
 //     c   time passes                                g   the application reads everything
 //     l   logs and traces are on from now on, and go nowhere
+#include "Fuzzing.h"
 #include "service/Application.h"
 #include "service/Bindings.h"
 #include "service/Core.h"
@@ -24,7 +25,6 @@
 #include <slog/reload.h>
 
 #include <QtCore/QAbstractEventDispatcher>
-#include <QtCore/QCoreApplication>
 #include <QtCore/QLoggingCategory>
 
 #include <cstdarg>
@@ -200,21 +200,9 @@ extern "C" void syslog(int, const char* format, ...)
     va_end(arguments);
 }
 
-/// The library is rebuilt for every input: traces of allocations would take most of the
-/// time. To look into a find, run it with ASAN_OPTIONS=malloc_context_size=30.
-extern "C" const char* __asan_default_options()
-{
-    return "malloc_context_size=2:quarantine_size_mb=32:max_malloc_fill_size=0";
-}
-
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
-    ::setenv("QT_NO_GLIB", "1", 1);
-    ::setenv("QT_HASH_SEED", "0", 1);
-    ::setenv("PPS_ROOT", "/nonexistent", 1);
-    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
-    static int argumentCount = 0;
-    static QCoreApplication application(argumentCount, nullptr);
+    beginQuietly();
     setLogging(false);
     return 0;
 }

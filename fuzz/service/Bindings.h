@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "../Fuzzing.h"
+
 #include <QtCore/QHash>
 #include <QtCore/QMetaProperty>
 #include <QtCore/QObject>
@@ -8,15 +10,6 @@
 #include <QtCore/QVariant>
 
 #include <cstdio>
-#include <cstdlib>
-
-inline void require(bool condition, const char* what)
-{
-    if (condition)
-        return;
-    std::fprintf(stderr, "broken: %s\n", what);
-    std::abort();
-}
 
 /// What a view shows that is bound to an object's properties: each as it was when its signal came last.
 class Bindings : public QObject
