@@ -10,6 +10,8 @@
 
 #include <csignal>
 
+#include <sys/resource.h>
+
 using namespace Qt::StringLiterals;
 
 /// zelcore-sim, as it is run from a shell.
@@ -70,6 +72,21 @@ private Q_SLOTS:
             QCOMPARE(m_program->exitCode(), 0);
             QVERIFY(!QFileInfo::exists(socket));
         }
+    }
+
+    void goesOnServingWhenTheRecordingIsFull()
+    {
+        m_program->setChildProcessModifier([] {
+            const rlimit oneKilobyte = {1024, 1024};
+            ::setrlimit(RLIMIT_FSIZE, &oneKilobyte);
+        });
+        run({u"--contacts"_s, u"50"_s, u"--record"_s, m_folder->filePath(u"recording"_s)});
+        RawApplication application(m_folder->path());
+        application.begin();
+        application.send("requestListAll", R"({"type":"platformContact"})");
+        QVERIFY(says("there is no room for more; the recording ends here\n"));
+        m_program->write("contacts\n");
+        QVERIFY(says("contacts: "));
     }
 
     void refusesWrongUse()
