@@ -42,11 +42,36 @@ void* operator new[](std::size_t size)
     failing::left = saved;
     return memory;
 }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    return isDue() ? nullptr : allocate(size ? size : 1);
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
+{
+    return failing::withArrays && isDue() ? nullptr : allocate(size ? size : 1);
+}
+// All of them: sanitizers have their own, and look at whether the two fit.
 void operator delete(void* memory) noexcept
 {
     std::free(memory);
 }
+void operator delete[](void* memory) noexcept
+{
+    std::free(memory);
+}
 void operator delete(void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
+void operator delete[](void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
+void operator delete(void* memory, const std::nothrow_t&) noexcept
+{
+    std::free(memory);
+}
+void operator delete[](void* memory, const std::nothrow_t&) noexcept
 {
     std::free(memory);
 }
