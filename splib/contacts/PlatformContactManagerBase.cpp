@@ -260,18 +260,16 @@ bool PlatformContactManagerBase::retrieveAvatar(const QString& userId)
         Log<GENERAL_ERROR>({}, "PlatformContactManager::retrieveAvatar(): Unable to process empty userId; ignoring");
         return false;
     }
-    PlatformContact contact = getContact(userId);
+    const PlatformContact contact = getContact(userId);
     if (!contact.isInitialized()) {
         Log<GENERAL_ERROR>({}, "PlatformContactManager::retrieveAvatar(): Platform contact is not initialized");
         return false;
     }
-    if (!contact.getAvatarId().isEmpty() && contact.getAvatarData().isEmpty()) {
+    if (!contact.getAvatarId().isEmpty()) { // whose bytes are never kept
         requestAvatar(contact.getAvatarId(), userId);
         return true;
     }
     d->avatarRequests.cancel(userId);
-    if (contact.getAvatarId().isEmpty())
-        contact.setAvatarData({});
     d->report([this, contact] { reportAvatar(contact); });
     return true;
 }

@@ -221,6 +221,9 @@ private Q_SLOTS:
         QCOMPARE(view.size(), 3);
         QCOMPARE(pipe->listenerCount(u"connectionInvitationReceived"_s), 0);
         QVERIFY(pipe->inject(R"({"listChange":{"type":"platformUser","elements":[{"userId":"user0","handle":"x"}]}})"));
+        QVERIFY(pipe->inject(R"({"listAdd":{"type":"platformUser","elements":[{"userId":"user9","handle":"y"}]}})"));
+        QVERIFY(pipe->inject(R"({"listAdd":{"type":"platformContact","elements":[{"userId":"user9"}]}})"));
+        QCOMPARE(view.size(), 4);
     }
 };
 

@@ -126,6 +126,17 @@ private Q_SLOTS:
         QCOMPARE(stage.heard(), u"item removed i1 a; item added i2 b; item added i3 c; item removed i2 b"_s);
     }
 
+    void comparesItemsByData()
+    {
+        const auto item = [](int other) {
+            const auto text = [=](int member) { return QString::number(member == other ? 0 : member); };
+            return ProfileBoxItem::create(text(1), text(2), text(3), text(4));
+        };
+        QCOMPARE(item(0), item(0));
+        for (int other = 1; other <= 4; ++other)
+            QVERIFY(item(other) != item(0));
+    }
+
     void writesItsRequests()
     {
         BoxStage stage;
