@@ -65,6 +65,8 @@ private Q_SLOTS:
             $ eco pp-x => eco-y)";
         QVERIFY(play(story));
         QVERIFY(m_simulator->permissions() == (zelcore::Permissions{true, false, true}));
+        QVERIFY(m_simulator->hasApplication(u"boris"_s) && !m_simulator->hasApplication(u"anna"_s));
+        QVERIFY(!m_simulator->hasApplication(u"nobody"_s));
     }
 
     void saysWhyNotAndChangesNothing()
@@ -157,6 +159,7 @@ private Q_SLOTS:
                                                    {"latency":1,"box":{"items":[{"text":"own"}]}}}}})"),
                  QString());
         QVERIFY(m_simulator->boxItems().isEmpty());
+        QCOMPARE(m_simulator->targetState(u"sys.socialplatform"_s), Simulator::TargetState::Refusing);
         QCOMPARE(m_simulator->boxItems(u"6A0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b"_s).size(), 1);
     }
 
@@ -197,6 +200,7 @@ private Q_SLOTS:
         QTRY_COMPARE(done, u"abcdabc"_s);
         QVERIFY(play("$ timeline pause"));
         QVERIFY(m_simulator->isTimelinePaused() && m_simulator->timelineTime() >= 90);
+        QVERIFY(m_refused->isEmpty());
     }
 
 private:

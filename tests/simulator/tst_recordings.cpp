@@ -113,6 +113,7 @@ private Q_SLOTS:
         for (const auto& [dialogue, told, count] : cases) {
             begin();
             QVERIFY(m_simulator->replay(path(u"then"_s), nullptr, Simulator::ReplayPace::AtOnce, 50));
+            QVERIFY(m_simulator->replayAwaits().endsWith(u"has not come"_s));
             QVERIFY(play(dialogue.constData()));
             QTRY_VERIFY2(m_simulator->isReplayFinished(), qPrintable(m_simulator->replayAwaits()));
             const QStringList differences = m_simulator->replayDifferences();
@@ -144,6 +145,10 @@ private Q_SLOTS:
             QCOMPARE(differences.size(), named == "stranger" ? 1 : 0);
             QVERIFY(differences.isEmpty() || differences.first().endsWith(u"was named, now \"stranger\""_s));
         }
+        QVERIFY(text.contains(u"Person "_s));
+        QVERIFY(m_simulator->isReplaying());
+        m_simulator->reset();
+        QVERIFY(!m_simulator->isReplaying());
         QString error;
         QVERIFY(!Simulator::anonymise(path(u"1"_s), path(u"anonymous"_s), &error) && error.contains("already"_L1));
     }
