@@ -69,6 +69,7 @@ private Q_SLOTS:
         const auto elsewhere = [&] {
             utils.requestEcoId(u"p"_s);
             contacts.contactCount();
+            const Context context{QUuid()};
         };
         const QByteArray tooBig(32769, 'x');
         const QString tooLong(70000, u'x');
@@ -110,7 +111,8 @@ private Q_SLOTS:
                    thread->start();
                    thread->wait();
                },
-               "Utils: used from another thread|ContactService: used from another thread"}});
+               "Utils: used from another thread|ContactService: used from another thread|Context: used from another "
+               "thread"}});
         m_desk->changePermission(R"({"showAppBox":false})");
         QVERIFY(m_desk->settle());
         tell({{[&] { add(u"x"_s, {}); }, "ProfileBox::requestAddItem: the user does not allow"}});

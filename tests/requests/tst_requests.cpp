@@ -189,7 +189,7 @@ private Q_SLOTS:
         };
         expect("no contact has the handle \"carl\"", [](Requests& r) { return r.displayPicture(u"carl"_s); });
         expect("the identifier is empty", [](Requests& r) { return r.ecoIdStatus({}); });
-        expect("the text is empty", [](Requests& r) { return r.addItem({}, {}); });
+        expect("the text is empty", [](Requests& r) { return r.addItem(u""_s, {}); });
         expect("the text has 101 characters", [](Requests& r) { return r.addItem(QString(101, u'x'), {}); });
         expect("more than 2 line breaks", [](Requests& r) { return r.addItem(u"\r\n\n"_s, 7, {}); });
         expect("the cookie has 129 characters", [](Requests& r) { return r.addItem(u"x"_s, QString(129, u'x')); });
@@ -200,7 +200,7 @@ private Q_SLOTS:
         expect("the id 7 is registered", [](Requests& r) { return r.registerIcon(7, ImageType::Gif, gif); });
         expect("0 or more, and not -2", [](Requests& r) { return r.registerIcon(-2, ImageType::Gif, gif); });
         expect("it has 32769 bytes", [](Requests& r) { return r.registerIcon(9, {}, QByteArray(32769, 'x')); });
-        expect("picture: it has no bytes", [](Requests& r) { return r.updateDisplayPicture({}, {}); });
+        expect("picture: it has no bytes", [](Requests& r) { return r.updateDisplayPicture({}, QByteArray("")); });
         expect("another one is on its way", [](Requests& r) {
             r.updateDisplayPicture(ImageType::Png, png);
             return r.updateDisplayPicture(ImageType::Gif, gif);
@@ -224,10 +224,10 @@ private Q_SLOTS:
         QStringList sent;
         connect(m_service.get(), &zelcore::Simulator::messageReceived, &requests,
                 [&](int, const QString& type) { sent += type; });
-        requests.registerIcon(8, ImageType::Gif, gif).cancel(); // which ends the waiting alone
-        const auto first = requests.addItemWithIcon(u"twice"_s, 8, ImageType::Gif, gif, u"c"_s);
-        const auto second = requests.addItemWithIcon(u"twice"_s, 8, ImageType::Gif, gif, u"c"_s);
-        const auto last = requests.addItemWithIcon(u"twice"_s, 8, ImageType::Gif, gif, u"d"_s);
+        requests.registerIcon(0, ImageType::Gif, gif).cancel(); // which ends the waiting alone
+        const auto first = requests.addItemWithIcon(u"twice"_s, 0, ImageType::Gif, gif, u"c"_s);
+        const auto second = requests.addItemWithIcon(u"twice"_s, 0, ImageType::Gif, gif, u"c"_s);
+        const auto last = requests.addItemWithIcon(u"twice"_s, 0, ImageType::Gif, gif, u"d"_s);
         QTRY_VERIFY(second.isFinished() && first.isFinished() && last.isFinished());
         QCOMPARE(QStringList({first.result().id(), second.result().id(), last.result().id()}),
                  QStringList({u"item-2"_s, u"item-3"_s, u"item-4"_s}));
