@@ -11,6 +11,7 @@
 
 #include <QtCore/QPointer>
 #include <QtTest/QAbstractItemModelTester>
+#include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
 
 #include <algorithm>
@@ -149,6 +150,8 @@ private Q_SLOTS:
         const auto below = [&](int end) { return int(random.bounded(end)); };
         const auto line = [&] { return Line{QString::number(below(20)), QString::number(below(3)), below(2)}; };
         Lines model(isInKeyOrder);
+        QCOMPARE(model.roleNames().size(), 5); // three members, the record and what is shown
+        QVERIFY(model.roleNames().value(model.role("record")) == "record" && model.role("nothing") == -1);
         Replay replay(model);
         QList<Line> naive;
         int told = 0;
@@ -208,6 +211,15 @@ private Q_SLOTS:
             }
         }
         QCOMPARE(model.rowOf(u"none"_s), -1);
+        QVERIFY(!model.isBeingReplaced());
+
+        Lines few(isInKeyOrder);
+        const QSignalSpy counted(&few, &RecordListModel::countChanged);
+        few.setRecord(QVariant::fromValue(Line{u"1"_s, {}}));
+        few.setRecord(QVariant::fromValue(Line{u"2"_s, {}}));
+        const QSignalSpy removed(&few, &QAbstractItemModel::rowsRemoved);
+        few.setRecords({QVariant::fromValue(Line{u"2"_s, {}}), QVariant::fromValue(Line{u"3"_s, {}})});
+        QVERIFY(counted.size() == 2 && removed.size() == 1 && removed[0][2].toInt() == 0); // the second stays
 
         auto* const destroyed = new Lines(isInKeyOrder);
         connect(destroyed, &QAbstractItemModel::rowsInserted, this, [destroyed] { delete destroyed; });
@@ -274,8 +286,16 @@ private Q_SLOTS:
             for (const Replay& replay : replays)
                 QVERIFY(replay.isRight());
         }
+        Person person = m_service->contacts().constFirst();
+        person.handle = u"another"_s;
+        m_service->changeContact(person);
+        QTRY_VERIFY(agrees());
         QCOMPARE(box.item(0).cookie(), u"cookie"_s);
+        m_service->removeBoxItem(box.item(0).id());
+        QTRY_COMPARE(box.count(), int(texts.size()) - 1);
+        const QSignalSpy completeness(&model, &ContactListModel::completeChanged);
         m_context.reset();
+        QCOMPARE(completeness.size(), 1);
         QCOMPARE(model.count() + box.count(), 0);
         for (const Replay& replay : replays)
             QVERIFY(replay.isRight());
@@ -336,6 +356,8 @@ private Q_SLOTS:
         filter.setSearchText(u"aar"_s);
         filter.setSearchText(u"aaron"_s);
         QCOMPARE(names(), u"Aaron|Aaron too"_s);
+        model.setContext(nullptr);
+        QCOMPARE(model.count(), 0);
         filter.setSourceModel(nullptr);
         QVERIFY(told == 0 && filter.contact(0).isNull());
     }
