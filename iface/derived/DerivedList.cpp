@@ -80,8 +80,6 @@ void DerivedList::markBehind()
     Round::open()->enter(*this);
 }
 
-void DerivedList::settleOthers() {}
-
 FirstException& DerivedList::thrown()
 {
     return Round::open()->m_thrown;

@@ -182,10 +182,12 @@ Change LazyTransformedListBase::takeInput(const Change& change)
     return change;
 }
 
-void LazyTransformedListBase::mappingChanged(const ChangedKeys& changed)
+void LazyTransformedListBase::mappingChanged(const Change& change)
 {
+    if (change.kind != Change::Keys)
+        return;
     QVarLengthArray<Entry*, 8> found;
-    if (findEntries(changed, found)) {
+    if (findEntries(*change.keys, found)) {
         for (Entry* const each : found)
             setDirty(each, !announcesKeys());
     } else {

@@ -28,6 +28,8 @@ const QMetaMethod& particularSignal(Change::Kind kind)
 
 } // namespace
 
+Observable::~Observable() = default;
+
 Follower::~Follower()
 {
     detach();

@@ -18,7 +18,10 @@ template <class K, class M, class V>
 class CompositeMap : public ObservableMapImpl<K, V>
 {
 public:
-    static ObservableMap<K, V> create(const ObservableMap<K, M>& first, const ObservableMap<M, V>& second);
+    static ObservableMap<K, V> create(const ObservableMap<K, M>& first, const ObservableMap<M, V>& second)
+    {
+        return ObservableMap<K, V>(new CompositeMap(first, second));
+    }
 
     V get(const K& key) const override { return m_second.get(m_first.get(key)); }
     bool equals(const V& a, const V& b) const override;
@@ -48,12 +51,6 @@ private:
     Inner m_firstFollower{this, true};
     Inner m_secondFollower{this, false};
 };
-
-template <class K, class M, class V>
-ObservableMap<K, V> CompositeMap<K, M, V>::create(const ObservableMap<K, M>& first, const ObservableMap<M, V>& second)
-{
-    return ObservableMap<K, V>(new CompositeMap(first, second));
-}
 
 template <class K, class M, class V>
 CompositeMap<K, M, V>::CompositeMap(const ObservableMap<K, M>& first, const ObservableMap<M, V>& second)

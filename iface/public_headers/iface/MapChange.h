@@ -35,7 +35,10 @@ struct ZEL_EXPORT MapChange
     };
 
     template <class K>
-    static MapChange createSingle(const K& key);
+    static MapChange createSingle(const K& key)
+    {
+        return create(QList<K>(1, key));
+    }
     template <class K>
     static MapChange create(const QList<K>& keys);
 
@@ -47,12 +50,6 @@ struct ZEL_EXPORT MapChange
 
     QExplicitlySharedDataPointer<MapChangeContentBase> content;
 };
-
-template <class K>
-MapChange MapChange::createSingle(const K& key)
-{
-    return create(QList<K>(1, key));
-}
 
 template <class K>
 MapChange MapChange::create(const QList<K>& keys)

@@ -43,13 +43,7 @@ private:
         MapObservableToValue* const m_owner;
     };
 
-    static constexpr std::size_t FirstBucketCount = 11;
-
-    MapObservableToValue()
-        : m_entries(FirstBucketCount)
-    {
-        m_entries.max_load_factor(1.0F);
-    }
+    MapObservableToValue() = default;
 
     mutable boost::unordered_map<Handle, EntryStruct, boost::hash<Handle>> m_entries;
 };

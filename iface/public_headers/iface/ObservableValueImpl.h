@@ -23,17 +23,14 @@ public:
     }
 
     /// The reference lives as long as this does and shows later changes.
-    virtual const T& getValue() const;
+    virtual const T& getValue() const
+    {
+        ObservableTracker::getterCalled(this);
+        return value;
+    }
 
 protected:
     T value;
 };
-
-template <class T>
-const T& ObservableValueImpl<T>::getValue() const
-{
-    ObservableTracker::getterCalled(this);
-    return value;
-}
 
 } // namespace iface

@@ -68,7 +68,7 @@ private:
     /// Takes the change in and notes what follows from it; None if only what made the list markBehind() has changed.
     virtual void take(const Change& change) = 0;
     /// Brings what take() reads besides the input up to date.
-    virtual void settleOthers();
+    virtual void settleOthers() {}
 
     void mark(const Change& change) override;
     void settle();

@@ -59,11 +59,7 @@ private:
         }
 
     protected:
-        void mark(const Change& change) override
-        {
-            if (change.kind == Change::Keys)
-                m_owner->mappingChanged(*change.keys);
-        }
+        void mark(const Change& change) override { m_owner->mappingChanged(change); }
 
     private:
         LazyTransformedListBase* const m_owner;
@@ -81,7 +77,7 @@ private:
     void destroy(Entry* entry);
 
     Change takeInput(const Change& change);
-    void mappingChanged(const ChangedKeys& changed);
+    void mappingChanged(const Change& change);
     void setDirty(Entry* entry, bool withKey);
     void setAllDirty(bool withKeys);
     void move(const IndexMapper& mapper, int countNow);
