@@ -3,6 +3,8 @@
 
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace zelsplib {
 
 RegistrationRequest::RegistrationRequest(Actions actions)
@@ -23,7 +25,7 @@ void RegistrationRequest::begin(const QString& uuid, bool silent)
 
 void RegistrationRequest::heed(const QString& state)
 {
-    m_isPending = state == QStringLiteral("Pending");
+    m_isPending = state == "Pending"_L1;
     if (!m_isPending)
         m_retry.stop();
 }
