@@ -32,15 +32,13 @@ public:
         stop();
         ::unlink(m_path.constData());
     }
-    RawServer(const RawServer&) = delete;
-    RawServer& operator=(const RawServer&) = delete;
+    Q_DISABLE_COPY(RawServer)
 
     // Stops to listen and leaves the socket's file behind.
     void stop()
     {
         hangUp();
-        if (m_listening != -1)
-            ::close(std::exchange(m_listening, -1));
+        ::close(std::exchange(m_listening, -1));
     }
     // Waits for the next client.
     bool accept(int milliseconds = 5000)
@@ -50,11 +48,7 @@ public:
             m_client = ::accept4(m_listening, nullptr, nullptr, SOCK_CLOEXEC);
         return m_client != -1;
     }
-    void hangUp()
-    {
-        if (m_client != -1)
-            ::close(std::exchange(m_client, -1));
-    }
+    void hangUp() { ::close(std::exchange(m_client, -1)); }
     // The next record, or an empty one when none comes.
     QByteArray receive(int milliseconds = 5000) const
     {

@@ -37,14 +37,9 @@ public:
     {
     }
     ~Object() { close(); }
-    Object(const Object&) = delete;
-    Object& operator=(const Object&) = delete;
+    Q_DISABLE_COPY(Object)
 
-    void close()
-    {
-        if (descriptor != -1)
-            ::close(std::exchange(descriptor, -1));
-    }
+    void close() { ::close(std::exchange(descriptor, -1)); }
     bool write(const QByteArray& record) const
     {
         return ::write(descriptor, record.constData(), size_t(record.size())) == record.size();
@@ -68,13 +63,13 @@ public:
     const int error;
 };
 
-int threadCount()
+QStringList entries(const QString& folder)
 {
-    return int(QDir(u"/proc/self/task"_s).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size());
+    return QDir(folder).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot);
 }
-int descriptorCount()
+qsizetype threadCount()
 {
-    return int(QDir(u"/proc/self/fd"_s).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size());
+    return entries(u"/proc/self/task"_s).size();
 }
 
 QString file()
@@ -141,7 +136,7 @@ private Q_SLOTS:
     {
         const Served served;
         int deaf = 0;
-        for (const QString& task : QDir(u"/proc/self/task"_s).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        for (const QString& task : entries(u"/proc/self/task"_s)) {
             QFile status(u"/proc/self/task/%1/status"_s.arg(task));
             QVERIFY(status.open(QIODevice::ReadOnly));
             const QByteArray text = status.readAll();
@@ -187,7 +182,7 @@ private Q_SLOTS:
     void isOpenedOrNotAndLeavesNothingWithoutMemory()
     {
         RawServer server(file(), 50);
-        const int descriptors = descriptorCount();
+        const auto descriptors = entries(u"/proc/self/fd"_s).size();
         const auto open = [](std::unique_ptr<Object>& object) { object = std::make_unique<Object>(); };
         const auto check = [&](std::unique_ptr<Object>& object) {
             if (object && object->error == 0) {
@@ -199,7 +194,7 @@ private Q_SLOTS:
             }
             object.reset();
             server.hangUp();
-            QTRY_COMPARE(descriptorCount(), descriptors);
+            QTRY_COMPARE(entries(u"/proc/self/fd"_s).size(), descriptors);
         };
         QVERIFY(failing::eachInTurn([] { return std::make_unique<std::unique_ptr<Object>>(); }, open, check) > 3);
     }
@@ -332,7 +327,7 @@ private Q_SLOTS:
 
 private:
     std::unique_ptr<QTemporaryDir> m_root;
-    int m_threads = 0;
+    qsizetype m_threads = 0;
 };
 
 ZEL_TEST(TstObject)

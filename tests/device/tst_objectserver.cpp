@@ -34,8 +34,7 @@ public:
         isConnected = ::connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
     }
     ~Client() { ::close(descriptor); }
-    Client(const Client&) = delete;
-    Client& operator=(const Client&) = delete;
+    Q_DISABLE_COPY(Client)
 
     bool send(const QByteArray& record) const
     {
