@@ -86,8 +86,6 @@ public:
 
     bool isOver() const { return m_choices.isUsedUp(); }
 
-    qint64 comparisons = 0;
-
 private:
     static constexpr int Keys = 12;
     static constexpr int Numbers = 3;
@@ -287,7 +285,6 @@ private:
 
     Items compared(Node& node, const char* where)
     {
-        ++comparisons;
         const iface::ObservableList<int> list = node.list; // a filter may drop the other handle
         const Items read = list.toList();                  // before the rest: a filter may make a change
         check(sameItems(read, naive(node)), node.is(where));

@@ -79,10 +79,6 @@ private Q_SLOTS:
         };
         ObservableListImplFunctorAdapter particular(list.data(), note("added"), note("updated"), note("removed"),
                                                     [&](auto&&...) { log << u"wholesale"_s; });
-        // Spies connect by the signals' numbers, of which the list learns nothing.
-        using List = ObservableListImpl;
-        QSignalSpy spies[] = {
-            {list.data(), &List::itemAdded}, {list.data(), &List::itemUpdated}, {list.data(), &List::itemRemoved}};
         list->insert(3, 9);
         list->update(1, 10);
         list->remove(0);
@@ -94,9 +90,9 @@ private Q_SLOTS:
         });
         QCOMPARE(log.join(u", "), u"added 3 of 4, changed, updated 1 of 4, changed, removed 0 of 3, changed, "
                                   "wholesale, changed, wholesale, changed"_s);
-        for (const QSignalSpy& spy : spies)
-            QCOMPARE(spy.size(), 1);
-        // Whoever listens to one signal alone hears it, too.
+        // Whoever listens to one signal alone hears it, too. Spies connect by its number, of which the list learns
+        // nothing.
+        using List = ObservableListImpl;
         for (const auto signal : {&List::itemAdded, &List::itemUpdated, &List::itemRemoved}) {
             const Lists other(new IntList({1, 2}));
             QSignalSpy alone(other.data(), signal);

@@ -26,6 +26,7 @@ struct MapFixture
     using Map = zel::LiveMap<QString, Note>;
     using Value = iface::ObservableValue<Note>;
 
+    QMap<QString, Note> notes; ///< other answers are made up
     QSharedPointer<FakePipe> pipe = QSharedPointer<FakePipe>::create();
     Map::Pointer map = Map::create(QSharedPointer<zel::ListApiMultiplexer>::create(pipe),
                                    QSharedPointer<NoteAdapter>::create(), u"notes"_s, QString());
@@ -49,8 +50,12 @@ struct MapFixture
     void chunk(const QStringList& keys, bool last = true)
     {
         QJsonArray elements;
-        for (const QString& key : keys)
-            elements.append(noteJson(key, u"text of "_s + key));
+        for (const QString& key : keys) {
+            const Note note = notes.value(key, {key, u"text of "_s + key});
+            QJsonObject element = noteJson(key, note.text);
+            element.insert(u"stars"_s, note.stars);
+            elements.append(element);
+        }
         pipe->inject(listMessage("listChunk", elements, {{u"last"_s, last}}));
     }
     void answer(const QStringList& keys)
@@ -72,7 +77,7 @@ public:
         : m_choices(choices)
     {
         for (int i = m_choices.bounded(120); i >= 0; --i)
-            m_notes.insert(QString::number(i), {QString::number(i), u"first"_s, i});
+            f.notes.insert(QString::number(i), {QString::number(i), u"first"_s, i});
         QObject::connect(f.map.data(), &Map::mapChanged, &m_context,
                          [this](const iface::MapChange& change) { changed(change.keys<QString>()); });
         f.pipe->sending = [this] {
@@ -103,7 +108,7 @@ public:
         }
         for (const QString& key : std::as_const(m_asked)) {
             const Note note = f.map->contents(key);
-            if (!f.map->isLoaded(key) || !(note == m_notes.value(key) && note == f.get(key).getValue()))
+            if (!f.map->isLoaded(key) || !(note == f.notes.value(key) && note == f.get(key).getValue()))
                 return key + u" did not come"_s;
         }
         return m_complaint;
@@ -145,15 +150,10 @@ private:
         } else if (kind == 3 && m_choices.bounded(10) == 0) {
             reconnect();
         } else if (kind > 3) {
-            turn();
+            QCoreApplication::sendPostedEvents();
+            collect();
+            deliver();
         }
-    }
-
-    void turn()
-    {
-        QCoreApplication::sendPostedEvents();
-        collect();
-        deliver();
     }
 
     bool isAtRest()
@@ -171,7 +171,7 @@ private:
         }
     }
 
-    QString someKey() { return std::next(m_notes.cbegin(), m_choices.bounded(int(m_notes.size()))).key(); }
+    QString someKey() { return std::next(f.notes.cbegin(), m_choices.bounded(int(f.notes.size()))).key(); }
 
     void ask(const QString& key)
     {
@@ -218,7 +218,7 @@ private:
     {
         const char* const name = std::array{"listChange", "listAdd", "listRemove", "listAll",
                                             "listWindow"}[std::size_t(m_choices.bounded(5))];
-        Note& note = m_notes[someKey()];
+        Note& note = f.notes[someKey()];
         const QString text = QString::number(m_choices.bounded(1000));
         // Stars stay as they are in a change, and go back to none in a new record; a map takes nothing else, and
         // forgets nothing.
@@ -245,7 +245,13 @@ private:
         for (const QString& request : f.pipe->takeSentInWords()) {
             QStringList keys = request.split(u' ').mid(1);
             keys.removeLast(); // the list's name
-            lookAt(keys);
+            // No key is requested twice within half a minute.
+            for (const QString& key : std::as_const(keys)) {
+                const auto before = m_requestedAt.constFind(key);
+                if (before != m_requestedAt.cend() && !m_isReconnecting && m_clock->now() - *before < 29000)
+                    complain(u"%1 is asked for again after %2 ms"_s.arg(key).arg(m_clock->now() - *before));
+                m_requestedAt.insert(key, m_clock->now());
+            }
             const int kind = m_isCalm ? 9 : m_choices.bounded(10);
             if (kind == 0)
                 continue; // lost
@@ -261,17 +267,6 @@ private:
         }
     }
 
-    /// No key is requested twice within half a minute.
-    void lookAt(const QStringList& keys)
-    {
-        for (const QString& key : keys) {
-            const auto before = m_requestedAt.constFind(key);
-            if (before != m_requestedAt.cend() && !m_isReconnecting && m_clock->now() - *before < 29000)
-                complain(u"%1 is asked for again after %2 ms"_s.arg(key).arg(m_clock->now() - *before));
-            m_requestedAt.insert(key, m_clock->now());
-        }
-    }
-
     /// Sends the answers that are due by now.
     void deliver()
     {
@@ -280,21 +275,10 @@ private:
             const qsizetype half = m_choices.bounded(2) ? answer.keys.size() : answer.keys.size() / 2;
             if (answer.hasHeader)
                 guarded([this] { f.header(f.map->cookie()); });
-            guarded([&] { send(answer.keys.mid(0, half), answer.hasEnd && half == answer.keys.size()); });
+            guarded([&] { f.chunk(answer.keys.mid(0, half), answer.hasEnd && half == answer.keys.size()); });
             if (half < answer.keys.size())
-                guarded([&] { send(answer.keys.mid(half), answer.hasEnd); });
+                guarded([&] { f.chunk(answer.keys.mid(half), answer.hasEnd); });
         }
-    }
-
-    void send(const QStringList& keys, bool last)
-    {
-        QJsonArray elements;
-        for (const QString& key : keys) {
-            QJsonObject element = noteJson(key, m_notes.value(key).text);
-            element.insert(u"stars"_s, m_notes.value(key).stars);
-            elements.append(element);
-        }
-        f.pipe->inject(listMessage("listChunk", elements, {{u"last"_s, last}}));
     }
 
     struct Watch
@@ -308,7 +292,6 @@ private:
     MapFixture f;
     QObject m_context;
     Choices m_choices;
-    QMap<QString, Note> m_notes;
     QHash<QString, Note> m_told;
     QSet<QString> m_asked;
     std::map<QString, Watch> m_watches;

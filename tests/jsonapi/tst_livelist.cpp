@@ -16,8 +16,6 @@
 
 #include <memory>
 
-using namespace Qt::StringLiterals;
-
 using List = zel::LiveList<Note>;
 using Handle = iface::ObservableList<Note, List>;
 

@@ -4,11 +4,6 @@
 #include <common/SeededRandom.h>
 #include <common/TestMain.h>
 
-#include <memory>
-#include <stdexcept>
-
-using namespace Qt::StringLiterals;
-
 using Fixture = MapFixture;
 using Map = MapFixture::Map;
 using Value = MapFixture::Value;
