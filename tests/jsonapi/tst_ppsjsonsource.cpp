@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <iface/JsonMember.h>
 #include <iface/JsonReaderAttribute.h>
 #include <zel/PpsJsonSource.h>
 
@@ -124,35 +123,6 @@ private Q_SLOTS:
         QString read;
         QVERIFY(source.startParsing().readString("raw", read));
         QCOMPARE(read, QString(300, QChar::ReplacementCharacter));
-    }
-
-    void showsAllMembersInOrder()
-    {
-        class Words final : public iface::JsonMemberVisitor
-        {
-        public:
-            void member(const iface::JsonMember& member) override
-            {
-                int i = 0;
-                bool b = false;
-                QString s;
-                const QString value = member.read(i)   ? QString::number(i)
-                                      : member.read(b) ? u"bool %1"_s.arg(b)
-                                      : member.read(s) ? s
-                                                       : u"-"_s;
-                words.append(QString::fromStdString(std::string(member.name())) + u'=' + value);
-            }
-            QStringList words;
-        };
-        const Message message(
-            R"({"s":"t\u00e9\ud83d\ude00xt","i":-7,"big":2147483648,"d":1.5,"b":true,"o":{"x":1},"a":[1],"i":8})");
-        const iface::JsonNodeReader& root = message.root;
-        Words seen;
-        QVERIFY(root.visitMembers(seen));
-        QCOMPARE(seen.words.join(u' '), u"s=t\u00e9\U0001F600xt i=-7 big=- d=- b=bool 1 o=- a=- i=8"_s);
-        QVERIFY(!root["a"].array().visitMembers(seen));
-        QVERIFY(!iface::JsonNodeReader().visitMembers(seen));
-        QCOMPARE(seen.words.size(), 8);
     }
 };
 
