@@ -143,64 +143,6 @@ private Q_SLOTS:
         }
     }
 
-    void reportsEachChangeOnceWhateverTheNumber_data()
-    {
-        QTest::addColumn<int>("count");
-        // What fits one request for records, what the derived lists keep by default, and more than both.
-        for (const int count : {0, 1, 20, 21, 149, 150, 151, 500})
-            QTest::addRow("%d contacts", count) << count;
-    }
-
-    void reportsEachChangeOnceWhateverTheNumber()
-    {
-        QFETCH(const int, count);
-        zelcore::TestService service;
-        service.generateContacts(count, 7);
-        Application application;
-        QTRY_VERIFY(application.contacts && application.contacts->isComplete());
-        QCOMPARE(application.contacts->contacts().size(), count);
-        QStringList told, expected;
-        const auto note = [&](auto signal, const QString& name) {
-            connect(application.contacts.get(), signal, this,
-                    [&told, name](const QString& handle) { told += name + handle; });
-        };
-        note(&ContactService::contactUpdated, u"changed "_s);
-        note(&ContactService::applicationEnabled, u"came "_s);
-        note(&ContactService::applicationDisabled, u"went "_s);
-
-        for (zelcore::Person person : service.contacts()) {
-            person.statusMessage += u" and more"_s;
-            QVERIFY(service.changeContact(person));
-            expected += u"changed "_s + person.handle;
-        }
-        QTRY_COMPARE(told, expected);
-        const int some = qBound(1, count, 50);
-        for (int i = 0; i < some; ++i) {
-            QVERIFY(!service.addContact(u"New %1"_s.arg(i)).isEmpty());
-            expected += u"came new%1"_s.arg(i);
-        }
-        QTRY_COMPARE(told, expected);
-        QCOMPARE(application.contacts->contactCount(), count + some);
-
-        // From the end, the middle and the front, so that the places of the others shift.
-        QStringList returning;
-        for (int i = 0; i < some; ++i) {
-            const QList<zelcore::Person> present = service.contacts();
-            const QString handle = present.at((i % 3) * (present.size() - 1) / 2).handle;
-            expected += u"went "_s + handle;
-            QVERIFY(i % 2 ? service.removeContact(handle) : service.uninstallApplication(handle));
-            if (i % 2 == 0)
-                returning += handle;
-        }
-        for (const QString& handle : std::as_const(returning)) {
-            QVERIFY(service.installApplication(handle));
-            expected += u"came "_s + handle;
-        }
-        service.execute(u"profile displayName=last"_s);
-        QTRY_COMPARE(application.profile->displayName(), u"last"_s);
-        QTRY_COMPARE(told, expected);
-    }
-
     void tellsWhoLeftWhileTheServiceWasAway()
     {
         zelcore::TestService service;
