@@ -4,9 +4,9 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QFile>
 #include <QtCore/QString>
+#include <QtTest/QTest>
 
-#include <cerrno>
-#include <cstring>
+#include <utility>
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -54,10 +54,7 @@ public:
     {
         return isReadable(m_client, milliseconds) ? readFrom(m_client) : QByteArray();
     }
-    bool send(const QByteArray& record) const
-    {
-        return ::send(m_client, record.constData(), size_t(record.size()), MSG_NOSIGNAL) == record.size();
-    }
+    bool send(const QByteArray& record) const { return sendTo(m_client, record); }
     // Sends records of this size, counting up, until the other side takes no more for a moment.
     void sendAll(int* next, int size) const
     {
@@ -72,6 +69,10 @@ public:
     }
     int client() const { return m_client; }
 
+    static bool sendTo(int descriptor, const QByteArray& record)
+    {
+        return ::send(descriptor, record.constData(), size_t(record.size()), MSG_NOSIGNAL) == record.size();
+    }
     static bool isReadable(int descriptor, int milliseconds = 0)
     {
         pollfd state = {descriptor, POLLIN, 0};
@@ -83,6 +84,12 @@ public:
         QByteArray record(most, Qt::Uninitialized);
         record.truncate(qMax<ssize_t>(::read(descriptor, record.data(), size_t(most)), 0));
         return record;
+    }
+    // Runs the event loop until there is one, for the sake of what is at the other end.
+    static QByteArray awaitFrom(int descriptor, int most = 1024 * 1024)
+    {
+        const bool isThere = QTest::qWaitFor([=] { return isReadable(descriptor); });
+        return isThere ? readFrom(descriptor, most) : "nothing came";
     }
     static sockaddr_un addressOf(const QString& path)
     {

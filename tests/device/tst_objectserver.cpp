@@ -36,17 +36,9 @@ public:
     ~Client() { ::close(descriptor); }
     Q_DISABLE_COPY(Client)
 
-    bool send(const QByteArray& record) const
-    {
-        return ::send(descriptor, record.constData(), size_t(record.size()), MSG_NOSIGNAL) == record.size();
-    }
+    bool send(const QByteArray& record) const { return RawServer::sendTo(descriptor, record); }
     // Empty at the end of the connection.
-    QByteArray receive() const
-    {
-        if (!QTest::qWaitFor([this] { return RawServer::isReadable(descriptor); }))
-            return "nothing came";
-        return RawServer::readFrom(descriptor);
-    }
+    QByteArray receive() const { return RawServer::awaitFrom(descriptor); }
 
     const int descriptor;
     bool isConnected = false;

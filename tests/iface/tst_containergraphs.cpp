@@ -14,9 +14,8 @@ private Q_SLOTS:
     void agreeWithANaiveRecomputationWhoeverReads()
     {
         QRandomGenerator random = seededRandom();
-        bool isGiven = false;
-        const int given = qEnvironmentVariableIntValue("ZEL_TEST_GRAPHS", &isGiven);
-        for (int i = 0; i < (isGiven ? given : 150); ++i) {
+        const int given = qEnvironmentVariableIntValue("ZEL_TEST_GRAPHS");
+        for (int i = 0; i < (given > 0 ? given : 150); ++i) {
             const quint32 seed = random.generate() >> 1;
             ContainerGraph graph(Choices(seed), i % 3 == 2);
             for (int step = 0; step < 60; ++step) {

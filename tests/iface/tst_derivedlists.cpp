@@ -133,8 +133,13 @@ private Q_SLOTS:
             const auto transformed = TransformedObservableList::create<int, int>(
                 input, ObservableMap<int, int>(map.data()), Transformed<int, int>::KeepsEverything);
             CachedObservableList<int> cached(input);
-            QStringList told;
-            tellOfEverything(cached, told);
+            QStringList told; // in the words of a mirror
+            cached.setAddFunction([&](int index, int) { told.append(u"added %1"_s.arg(index)); });
+            cached.setRemoveFunction([&](int index, int) { told.append(u"removed %1"_s.arg(index)); });
+            cached.setUpdateFunction([&](int index, int, int) { told.append(u"updated %1"_s.arg(index)); });
+            cached.setChangeFunction([&](ChangeType::Type type, const auto& mapper, const Items& old, const Items&) {
+                told.append(Mirror::inWords(type, mapper ? Mirror::indexesOf(*mapper, int(old.size())) : Items()));
+            });
             Mirror inputMirror(input);
             Mirror filteredMirror(filtered);
             Mirror transformedMirror(transformed);
@@ -415,17 +420,6 @@ private:
         for (int& item : items)
             item = 10 * item + map.contents.value(item);
         return items;
-    }
-
-    /// What the functions of a cached list are told is in the words of a mirror.
-    static void tellOfEverything(CachedObservableList<int>& list, QStringList& told)
-    {
-        list.setAddFunction([&told](int index, int) { told.append(u"added %1"_s.arg(index)); });
-        list.setRemoveFunction([&told](int index, int) { told.append(u"removed %1"_s.arg(index)); });
-        list.setUpdateFunction([&told](int index, int, int) { told.append(u"updated %1"_s.arg(index)); });
-        list.setChangeFunction([&told](ChangeType::Type type, const auto& mapper, const Items& old, const Items&) {
-            told.append(Mirror::inWords(type, mapper ? Mirror::indexesOf(*mapper, int(old.size())) : Items()));
-        });
     }
 };
 

@@ -2,13 +2,10 @@
 #include <common/FakeClock.h>
 #include <common/TestMain.h>
 
-#include <iface/ObservableTracker.h>
-#include <iface/ObservableValue.h>
 #include <iface/QApplicationRealm.h>
 #include <iface/RetryTimer.h>
 
 #include <QtCore/QEventLoop>
-#include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
 #include <QtCore/QThread>
 

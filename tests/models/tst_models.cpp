@@ -9,7 +9,6 @@
 
 #include <zelcore/TestService.h>
 
-#include <QtCore/QPointer>
 #include <QtTest/QAbstractItemModelTester>
 #include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
@@ -68,7 +67,7 @@ public:
                     QVERIFY(from == last && to < from);
                     m_rows.move(from, to);
                 });
-        connect(&model, &QAbstractItemModel::layoutChanged, this, [this] { readAll(); });
+        connect(&model, &QAbstractItemModel::layoutChanged, this, [this] { m_rows = rows(); });
         connect(&model, &QAbstractItemModel::modelReset, this, [] { QFAIL("reset"); });
         connect(&model, &QAbstractItemModel::dataChanged, this,
                 [this](const QModelIndex& first, const QModelIndex& last, const QList<int>& roles) {
@@ -80,39 +79,31 @@ public:
                         }
                     }
                 });
-        readAll();
     }
 
     /// Whether they are the rows.
-    bool isRight() const
-    {
-        for (int row = 0; row < m_rows.size(); ++row) {
-            if (m_rows.at(row) != read(row))
-                return false;
-        }
-        return m_rows.size() == m_model.rowCount();
-    }
+    bool isRight() const { return m_rows == rows(); }
 
 private:
     QHash<int, QVariant> read(int row) const
     {
         QHash<int, QVariant> values;
-        const QHash<int, QByteArray> names = m_model.roleNames();
-        for (const int role : names.keys())
+        for (const int role : m_model.roleNames().keys())
             values.insert(role, m_model.index(row, 0).data(role));
         return values;
     }
-    void readAll()
+    QList<QHash<int, QVariant>> rows() const
     {
-        m_rows.clear();
+        QList<QHash<int, QVariant>> rows;
         for (int row = 0; row < m_model.rowCount(); ++row)
-            m_rows.append(read(row));
+            rows.append(read(row));
+        return rows;
     }
 
     QAbstractItemModel& m_model;
     QAbstractItemModelTester m_tester;
     const bool m_isSorted = qobject_cast<QSortFilterProxyModel*>(&m_model);
-    QList<QHash<int, QVariant>> m_rows;
+    QList<QHash<int, QVariant>> m_rows = rows();
 };
 
 QStringList column(const QAbstractItemModel& model, const QByteArray& name)
@@ -136,94 +127,90 @@ private Q_SLOTS:
         m_service.reset();
     }
 
-    void becomeAnyListByDifferences_data()
-    {
-        QTest::addColumn<bool>("isInKeyOrder");
-        QTest::newRow("in any order") << false;
-        QTest::newRow("in key order") << true;
-    }
     /// Also from within its own announcements, where whole lists and single records come, and what was begun ends.
     void becomeAnyListByDifferences()
     {
-        QFETCH(bool, isInKeyOrder);
         QRandomGenerator random = seededRandom();
-        const auto below = [&](int end) { return int(random.bounded(end)); };
-        const auto line = [&] { return Line{QString::number(below(20)), QString::number(below(3)), below(2)}; };
-        Lines model(isInKeyOrder);
-        QCOMPARE(model.roleNames().size(), 5); // three members, the record and what is shown
-        QVERIFY(model.roleNames().value(model.role("record")) == "record" && model.role("nothing") == -1);
-        Replay replay(model);
-        QList<Line> naive;
-        int told = 0;
-        connect(&model, &RecordListModel::countChanged, this, [&] { told = model.count(); });
-        const auto setAll = [&](const QList<Line>& lines) {
-            QList<QVariant> records;
-            for (const Line& each : lines)
-                records.append(QVariant::fromValue(each));
-            model.setRecords(records);
-        };
-        const auto change = [&] {
-            const Line one = line();
-            const auto known =
-                std::find_if(naive.begin(), naive.end(), [&](const Line& is) { return is.id == one.id; });
-            const int kind = below(4);
-            if (kind < 2) {
-                QList<Line> next;
-                for (int i = below(12); i > 0; --i)
-                    next.append(line());
-                if (isInKeyOrder)
-                    std::sort(next.begin(), next.end(), [](const Line& a, const Line& b) { return a.id < b.id; });
-                naive.clear();
-                for (const Line& each : std::as_const(next)) {
-                    if (std::none_of(naive.cbegin(), naive.cend(), [&](const Line& is) { return is.id == each.id; }))
-                        naive.append(each);
+        for (const bool isInKeyOrder : {false, true}) {
+            const auto below = [&](int end) { return int(random.bounded(end)); };
+            const auto line = [&] { return Line{QString::number(below(20)), QString::number(below(3)), below(2)}; };
+            Lines model(isInKeyOrder);
+            QCOMPARE(model.roleNames().size(), 5); // three members, the record and what is shown
+            QVERIFY(model.roleNames().value(model.role("record")) == "record" && model.role("nothing") == -1);
+            Replay replay(model);
+            QList<Line> naive;
+            int told = 0;
+            connect(&model, &RecordListModel::countChanged, this, [&] { told = model.count(); });
+            const auto setAll = [&](const QList<Line>& lines) {
+                QList<QVariant> records;
+                for (const Line& each : lines)
+                    records.append(QVariant::fromValue(each));
+                model.setRecords(records);
+            };
+            const auto change = [&] {
+                const Line one = line();
+                const auto known =
+                    std::find_if(naive.begin(), naive.end(), [&](const Line& is) { return is.id == one.id; });
+                const int kind = below(4);
+                if (kind < 2) {
+                    QList<Line> next;
+                    for (int i = below(12); i > 0; --i)
+                        next.append(line());
+                    if (isInKeyOrder)
+                        std::sort(next.begin(), next.end(), [](const Line& a, const Line& b) { return a.id < b.id; });
+                    naive.clear();
+                    for (const Line& each : std::as_const(next)) {
+                        if (std::none_of(naive.cbegin(), naive.cend(),
+                                         [&](const Line& is) { return is.id == each.id; }))
+                            naive.append(each);
+                    }
+                    return setAll(next);
                 }
-                return setAll(next);
-            }
-            if (known == naive.end())
-                return;
-            kind == 2 ? void(*known = one) : void(naive.erase(known));
-            if (model.isBeingReplaced())
-                setAll(naive);
-            else
-                kind == 2 ? model.setRecord(QVariant::fromValue(one)) : model.removeRecord(one.id);
-        };
-        int depth = 0;
-        const auto nested = [&] {
-            if (depth < 3 && below(8) == 0) {
-                ++depth;
+                if (known == naive.end())
+                    return;
+                kind == 2 ? void(*known = one) : void(naive.erase(known));
+                if (model.isBeingReplaced())
+                    setAll(naive);
+                else
+                    kind == 2 ? model.setRecord(QVariant::fromValue(one)) : model.removeRecord(one.id);
+            };
+            int depth = 0;
+            const auto nested = [&] {
+                if (depth < 3 && below(8) == 0) {
+                    ++depth;
+                    change();
+                    --depth;
+                }
+            };
+            connect(&model, &QAbstractItemModel::rowsInserted, this, nested);
+            connect(&model, &QAbstractItemModel::rowsRemoved, this, nested);
+            connect(&model, &QAbstractItemModel::rowsMoved, this, nested);
+            connect(&model, &QAbstractItemModel::dataChanged, this, nested);
+            for (int step = 0; step < 1000; ++step) {
                 change();
-                --depth;
+                QVERIFY(replay.isRight());
+                QCOMPARE(told, model.count());
+                QCOMPARE(model.count(), naive.size());
+                for (int row = 0; row < naive.size(); ++row) {
+                    QCOMPARE(model.index(row).data(RecordListModel::RecordRole).value<Line>(), naive.at(row));
+                    QCOMPARE(model.rowOf(naive.at(row).id), row);
+                }
             }
-        };
-        connect(&model, &QAbstractItemModel::rowsInserted, this, nested);
-        connect(&model, &QAbstractItemModel::rowsRemoved, this, nested);
-        connect(&model, &QAbstractItemModel::rowsMoved, this, nested);
-        connect(&model, &QAbstractItemModel::dataChanged, this, nested);
-        for (int step = 0; step < 1000; ++step) {
-            change();
-            QVERIFY(replay.isRight());
-            QCOMPARE(told, model.count());
-            QCOMPARE(model.count(), naive.size());
-            for (int row = 0; row < naive.size(); ++row) {
-                QCOMPARE(model.index(row).data(RecordListModel::RecordRole).value<Line>(), naive.at(row));
-                QCOMPARE(model.rowOf(naive.at(row).id), row);
-            }
+            QCOMPARE(model.rowOf(u"none"_s), -1);
+            QVERIFY(!model.isBeingReplaced());
+
+            Lines few(isInKeyOrder);
+            const QSignalSpy counted(&few, &RecordListModel::countChanged);
+            few.setRecord(QVariant::fromValue(Line{u"1"_s, {}}));
+            few.setRecord(QVariant::fromValue(Line{u"2"_s, {}}));
+            const QSignalSpy removed(&few, &QAbstractItemModel::rowsRemoved);
+            few.setRecords({QVariant::fromValue(Line{u"2"_s, {}}), QVariant::fromValue(Line{u"3"_s, {}})});
+            QVERIFY(counted.size() == 2 && removed.size() == 1 && removed[0][2].toInt() == 0); // the second stays
+
+            auto* const destroyed = new Lines(isInKeyOrder);
+            connect(destroyed, &QAbstractItemModel::rowsInserted, this, [destroyed] { delete destroyed; });
+            destroyed->setRecords({QVariant::fromValue(line())});
         }
-        QCOMPARE(model.rowOf(u"none"_s), -1);
-        QVERIFY(!model.isBeingReplaced());
-
-        Lines few(isInKeyOrder);
-        const QSignalSpy counted(&few, &RecordListModel::countChanged);
-        few.setRecord(QVariant::fromValue(Line{u"1"_s, {}}));
-        few.setRecord(QVariant::fromValue(Line{u"2"_s, {}}));
-        const QSignalSpy removed(&few, &QAbstractItemModel::rowsRemoved);
-        few.setRecords({QVariant::fromValue(Line{u"2"_s, {}}), QVariant::fromValue(Line{u"3"_s, {}})});
-        QVERIFY(counted.size() == 2 && removed.size() == 1 && removed[0][2].toInt() == 0); // the second stays
-
-        auto* const destroyed = new Lines(isInKeyOrder);
-        connect(destroyed, &QAbstractItemModel::rowsInserted, this, [destroyed] { delete destroyed; });
-        destroyed->setRecords({QVariant::fromValue(line())});
     }
 
     void showWhatTheServiceHasWhileThereIsAccess()
