@@ -174,7 +174,6 @@ private Q_SLOTS:
         QCOMPARE(Object("/pps/x", O_RDONLY | O_DIRECTORY).error, ENOENT);
     }
 
-    // Also at a path that is too long for the address of a socket.
     void isOpenedOrNotAndLeavesNothingWithoutMemory()
     {
         RawServer server(file(), 50);

@@ -38,8 +38,14 @@ public:
             m_plain->contents.insert(key, key);
             m_records->set(key, key);
         }
-        for (int i = any(1, 2); i > 0; --i)
-            addSource();
+        for (int i = any(1, 2); i > 0; --i) {
+            Node& node = addNode(Source);
+            Items items;
+            for (int count = any(0, 6); count > 0; --count)
+                items.append(any(0, Keys - 1));
+            node.source = EditableListPointer<int>(new EditableList<int>(items));
+            node.list = iface::ObservableList<int>(node.source.data());
+        }
         for (int i = any(2, 7); i > 0; --i)
             addDerived();
         for (const auto& node : m_nodes)
@@ -61,7 +67,13 @@ public:
             monitor->runs = 0;
         try {
             if (any(0, 5) == 0)
-                iface::Round::together([this] { changeSeveral(); });
+                iface::Round::together([this] {
+                    for (int i = any(0, 3); i > 0; --i) {
+                        edit();
+                        if (any(0, 1))
+                            compareOne("inside a change of several");
+                    }
+                });
             else
                 edit();
             check(!m_hasThrown, u"an exception was lost"_s);
@@ -140,16 +152,6 @@ private:
         node.kind = kind;
         node.salt = any(0, 20);
         return node;
-    }
-
-    void addSource()
-    {
-        Node& node = addNode(Source);
-        Items items;
-        for (int i = any(0, 6); i > 0; --i)
-            items.append(any(0, Keys - 1));
-        node.source = EditableListPointer<int>(new EditableList<int>(items));
-        node.list = iface::ObservableList<int>(node.source.data());
     }
 
     void addDerived()
@@ -322,15 +324,6 @@ private:
             for (int i = any(1, 2); i > 0; --i)
                 changes.insert(any(0, Keys - 1), any(0, Keys - 1));
             m_plain->set(changes);
-        }
-    }
-
-    void changeSeveral()
-    {
-        for (int i = any(0, 3); i > 0; --i) {
-            edit();
-            if (any(0, 1))
-                compareOne("inside a change of several");
         }
     }
 

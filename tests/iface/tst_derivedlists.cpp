@@ -42,21 +42,33 @@ struct Flags
     NumberPointer limit{new Number(0)};
 };
 
+/// The indexes in what a list announced, in the words of a ListMirror.
+Items indexesIn(const QString& words)
+{
+    Items indexes;
+    for (const QString& word : words.split(u' ')) {
+        if (!word.isEmpty() && !word.front().isLetter())
+            indexes.append(word.toInt());
+    }
+    return indexes;
+}
+
 /// What a filtered list is to announce, from the positions of all input items before and after a change of the input.
 QStringList announcedByAFilter(const QString& words, const Items& before, const Items& after)
 {
-    const Announced change(words);
-    if (change.isWholesale()) {
-        Items indexes;
-        for (int i = 0; i < change.indexes.size(); ++i) {
+    const Items indexes = indexesIn(words);
+    if (words.startsWith("moved"_L1)) {
+        Items moved;
+        for (int i = 0; i < indexes.size(); ++i) {
             if (before.at(i) >= 0)
-                indexes.append(change.indexes.at(i) >= 0 ? after.at(change.indexes.at(i)) : -1);
+                moved.append(indexes.at(i) >= 0 ? after.at(indexes.at(i)) : -1);
         }
-        return {change.what == "moved"_L1 ? Mirror::inWords(ChangeType::IndexesChanged, indexes) : words};
+        return {Mirror::inWords(ChangeType::IndexesChanged, moved)};
     }
-    const int index = change.indexes.first();
-    const int from = change.what == "added"_L1 ? -1 : before.at(index);
-    const int to = change.what == "removed"_L1 ? -1 : after.at(index);
+    if (indexes.isEmpty())
+        return {words};
+    const int from = words.startsWith("added"_L1) ? -1 : before.at(indexes.first());
+    const int to = words.startsWith("removed"_L1) ? -1 : after.at(indexes.first());
     if (from < 0 && to < 0)
         return {};
     return {from < 0 ? u"added %1"_s.arg(to) : to < 0 ? u"removed %1"_s.arg(from) : u"updated %1"_s.arg(from)};
@@ -65,8 +77,7 @@ QStringList announcedByAFilter(const QString& words, const Items& before, const 
 /// The same for a list seen through a map, from its items. A change that leaves the length has them compared.
 QStringList announcedThroughAMap(const QString& words, const Items& before, const Items& after)
 {
-    const Announced change(words);
-    if (before.size() != after.size() || (change.what == "moved"_L1 && !change.indexes.isEmpty()))
+    if (before.size() != after.size() || (words.startsWith("moved"_L1) && !indexesIn(words).isEmpty()))
         return {words};
     QStringList updates;
     for (int i = 0; i < before.size(); ++i) {

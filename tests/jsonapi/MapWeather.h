@@ -78,8 +78,14 @@ public:
     {
         for (int i = m_choices.bounded(120); i >= 0; --i)
             f.notes.insert(QString::number(i), {QString::number(i), u"first"_s, i});
-        QObject::connect(f.map.data(), &Map::mapChanged, &m_context,
-                         [this](const iface::MapChange& change) { changed(change.keys<QString>()); });
+        QObject::connect(f.map.data(), &Map::mapChanged, &m_context, [this](const iface::MapChange& change) {
+            const QList<QString> keys = change.keys<QString>();
+            const Note now = f.get(keys.value(0)).getValue();
+            if (keys.size() != 1 || m_told.value(keys.first()) == now)
+                complain(u"a key is announced without a change"_s);
+            m_told.insert(keys.first(), now);
+            misbehave();
+        });
         f.pipe->sending = [this] {
             if (!m_isCalm && m_choices.bounded(10) == 0) {
                 collect(0);
@@ -106,7 +112,7 @@ public:
             pass(5 * 60 * 1000);
             deliver();
         }
-        for (const QString& key : std::as_const(m_asked)) {
+        for (const auto& [key, watch] : m_watches) {
             const Note note = f.map->contents(key);
             if (!f.map->isLoaded(key) || !(note == f.notes.value(key) && note == f.get(key).getValue()))
                 return key + u" did not come"_s;
@@ -175,9 +181,8 @@ private:
 
     void ask(const QString& key)
     {
-        if (m_asked.contains(key))
+        if (m_watches.contains(key))
             return;
-        m_asked.insert(key);
         const Value value = f.get(key);
         Watch& watch = m_watches[key];
         watch.seen = value.getValue();
@@ -189,15 +194,6 @@ private:
             misbehave();
         });
         value.impl()->addObserver(watch.observer.get());
-    }
-
-    void changed(const QList<QString>& keys)
-    {
-        const Note now = f.get(keys.value(0)).getValue();
-        if (keys.size() != 1 || m_told.value(keys.first()) == now)
-            complain(u"a key is announced without a change"_s);
-        m_told.insert(keys.first(), now);
-        misbehave();
     }
 
     void misbehave()
@@ -293,7 +289,6 @@ private:
     QObject m_context;
     Choices m_choices;
     QHash<QString, Note> m_told;
-    QSet<QString> m_asked;
     std::map<QString, Watch> m_watches;
     QMultiMap<qint64, Answer> m_due;
     QHash<QString, qint64> m_requestedAt;
