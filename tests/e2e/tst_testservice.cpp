@@ -173,14 +173,6 @@ private Q_SLOTS:
         QCOMPARE(lists.size(), 1);
         QCOMPARE(contacts.contactCount(), 29);
         QVERIFY(contacts.contact(gone).isNull() && !contacts.hasApplication(gone));
-
-        // Of a single one who leaves it says the same.
-        QSignalSpy removals(&contacts, &ContactService::applicationDisabled);
-        const QString uninstaller = service.contacts().at(3).handle;
-        QVERIFY(contacts.hasApplication(uninstaller) && service.uninstallApplication(uninstaller));
-        QTRY_COMPARE(removals.size(), 1);
-        QVERIFY(!contacts.hasApplication(uninstaller));
-        QCOMPARE(contacts.contactCount(), 29);
         QCOMPARE(complete.size(), 0);
     }
 
