@@ -44,8 +44,13 @@ private:
     std::function<void()> m_action;
 };
 
+/// What any of the managers asks of its handler.
 struct RecordingHandler
 {
+    using Contact = zelsplib::PlatformContact;
+    using Item = zelsplib::ProfileBoxItem;
+    using Image = zelsplib::ProfileBoxImage;
+
     EventLog* log = nullptr;
 
     /// A value that is empty shows as a dash.
@@ -56,16 +61,9 @@ struct RecordingHandler
         if (log)
             log->add(QString(QLatin1String(event) + u' ' + values.join(u' ')).trimmed());
     }
-};
 
-struct RecordingRegistration : RecordingHandler
-{
     void pushPermissionEvent(const QString& code) const { note("state", {code}); }
-};
 
-struct RecordingUserProfile : RecordingHandler
-{
-    using Contact = zelsplib::PlatformContact;
     void pushPlatformUserProfileDisplayNameChangedEvent(const Contact& c) const { note("name", {c.getDisplayName()}); }
     void pushPlatformUserProfilePersonalMessageChangedEvent(const Contact& c) const
     {
@@ -79,11 +77,7 @@ struct RecordingUserProfile : RecordingHandler
     {
         note("picture", {c.getAvatarId(), c.getAvatarMimeType(), QString::fromLatin1(c.getAvatarData())});
     }
-};
 
-struct RecordingContactList : RecordingHandler
-{
-    using Contact = zelsplib::PlatformContact;
     void pushGetPlatformContactListEvent(const QList<Contact>& list) const
     {
         QStringList handles;
@@ -103,12 +97,7 @@ struct RecordingContactList : RecordingHandler
     {
         note("picture", {c.getHandle(), c.getAvatarId(), QString::fromLatin1(c.getAvatarData())});
     }
-};
 
-struct RecordingProfileBox : RecordingHandler
-{
-    using Item = zelsplib::ProfileBoxItem;
-    using Image = zelsplib::ProfileBoxImage;
     void pushAddProfileBoxItemEvent(const Item& i) const { note("item added", {i.getItemId(), i.getText()}); }
     void pushRemoveProfileBoxItemEvent(const Item& i) const { note("item removed", {i.getItemId(), i.getText()}); }
     void pushAddProfileBoxImageEvent(const Image& i) const { note("icon added", {i.getImageId(), data(i)}); }
@@ -118,18 +107,18 @@ struct RecordingProfileBox : RecordingHandler
         note("icon retrieved", {i.getImageId(), i.getImage()->getMimeType(), data(i)});
     }
 
-private:
-    static QString data(const Image& image) { return QString::fromLatin1(image.getImage()->getData()); }
-};
-
-/// Nothing is noted of these.
-struct RecordingOthers
-{
+    // Nothing is noted of these.
     void pushEcoIdResponse(const QString&, const QString&) const {}
     void pushEcoIdStatusResponse(const QString&, const QString&) const {}
     bool sendContactInvitation(const QString&, const QString&, const QString&) const { return true; }
     bool invokeChat(const QString&) const { return true; }
+
+private:
+    static QString data(const Image& image) { return QString::fromLatin1(image.getImage()->getData()); }
 };
+
+using RecordingRegistration = RecordingHandler;
+using RecordingUserProfile = RecordingHandler;
 
 /// The facade's side of the managers.
 struct RecordingGates final : RecordingHandler, zelsplib::RegistrationHandler

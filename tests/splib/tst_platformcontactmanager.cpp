@@ -23,7 +23,7 @@ namespace {
 /// number unless it is given, - stands for an empty text, and ? for one that is missing.
 struct ContactsStage : Stage
 {
-    zelsplib::PlatformContactManager<RecordingContactList> manager{multiplexer, stream, &gates};
+    zelsplib::PlatformContactManager<RecordingHandler> manager{multiplexer, stream, &gates};
     zelsplib::StreamRequests others{stream, [](const QString&, const QString&) {}}; ///< of another manager
 
     ContactsStage()

@@ -17,7 +17,7 @@ namespace {
 /// Items and icons are "id=text" and "id=hash", or their ids alone.
 struct BoxStage : Stage
 {
-    zelsplib::ProfileBoxManager<RecordingProfileBox> manager{multiplexer, stream, &gates};
+    zelsplib::ProfileBoxManager<RecordingHandler> manager{multiplexer, stream, &gates};
 
     BoxStage() { manager.eventHandler().log = &log; }
 

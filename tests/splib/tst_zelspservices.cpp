@@ -10,9 +10,8 @@
 
 using namespace Qt::StringLiterals;
 
-using Services =
-    zelsplib::ZELSPServices<RecordingRegistration, RecordingUserProfile, RecordingContactList, RecordingOthers,
-                            RecordingProfileBox, RecordingOthers, RecordingOthers, RecordingOthers>;
+using Services = zelsplib::ZELSPServices<RecordingHandler, RecordingHandler, RecordingHandler, RecordingHandler,
+                                         RecordingHandler, RecordingHandler, RecordingHandler, RecordingHandler>;
 
 namespace {
 
