@@ -154,7 +154,14 @@ private:
         } else if (kind == 2) {
             changeOne();
         } else if (kind == 3 && m_choices.bounded(10) == 0) {
-            reconnect();
+            f.pipe->setConnected(false);
+            f.pipe->clearSent();
+            m_due.clear();
+            m_requestedAt.clear();
+            const QScopedValueRollback reconnecting(m_isReconnecting, true);
+            f.pipe->setConnected(true);
+            collect();
+            m_requestedAt.clear(); // also for what is still to be requested by itself
         } else if (kind > 3) {
             QCoreApplication::sendPostedEvents();
             collect();
@@ -221,18 +228,6 @@ private:
         if (name == "listChange"_ba || name == "listAdd"_ba)
             note = {note.id, text, name == "listChange"_ba ? note.stars : 0};
         f.pipe->inject(listMessage(name, {noteJson(note.id, text)}));
-    }
-
-    void reconnect()
-    {
-        f.pipe->setConnected(false);
-        f.pipe->clearSent();
-        m_due.clear();
-        m_requestedAt.clear();
-        const QScopedValueRollback reconnecting(m_isReconnecting, true);
-        f.pipe->setConnected(true);
-        collect();
-        m_requestedAt.clear(); // also for what is still to be requested by itself
     }
 
     /// Reads what the map has sent, and works out when it is to be answered.
