@@ -14,10 +14,10 @@ ContextObject::~ContextObject() = default;
 
 void ContextObject::setContext(Context* context)
 {
-    if (context == m_context)
+    if (context == m_context && (context || !m_owner)) // one that has died is null by itself
         return;
     m_context = context;
-    m_owner = std::make_unique<QObject>();
+    m_owner.reset(context ? new QObject : nullptr);
     forget();
     if (context && context == m_context) { // who heard of it may have set another one
         QObject* const owner = m_owner.get();

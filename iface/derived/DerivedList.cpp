@@ -92,11 +92,11 @@ void DerivedList::catchUp() const
         const_cast<DerivedList*>(this)->settle();
 }
 
-/// Whether this round has not had enough of it yet. Reads of a function that makes changes do not count.
+/// Whether this round has not had enough of it yet.
 bool DerivedList::mayTakeAgain()
 {
-    const Round& round = *Round::open();
-    if (std::exchange(m_round, round.m_number) != round.m_number || round.m_isBeingMade)
+    const unsigned round = Round::open()->m_number;
+    if (std::exchange(m_round, round) != round)
         m_takes = 0;
     return m_takes++ < MostRuns;
 }
@@ -106,6 +106,9 @@ void DerivedList::settle()
     const ObservableTracker::Suspension untracked;
     const Hold hold(*this);
     const QScopedValueRollback<bool> busy(m_isBusy, true);
+    // A function that makes changes may read as often as it likes; what one read leads to is counted.
+    if (Round::open()->m_isBeingMade)
+        m_takes = 0;
     // What is taken in may change something further up, which has to come down first before this is up to date.
     do {
         // Mostly nothing else is behind, and what is read then need not be asked.
@@ -126,7 +129,8 @@ void DerivedList::settle()
             return;
         }
         const QScopedValueRollback<bool> taking(m_isTaking, true);
-        thrown().guard([this] { take(std::exchange(m_pending, Change())); });
+        if (!thrown().guard([this] { take(std::exchange(m_pending, Change())); }))
+            m_pending = {Change::Reset}; // what was taken in in part is taken in anew with the next change
     } while (t_behindCount > 0);
 }
 

@@ -320,6 +320,7 @@ void IndexedSequence::split(int block, int offset)
 {
     const bool isAppended = offset == Capacity && block + 1 == int(m_parts.size());
     const int moved = isAppended ? 0 : Capacity / 2;
+    m_parts.reserve(m_parts.size() + 1); // the last step must not fail
     Part added{std::make_unique<Block>(block + 1), moved};
     added.block->takeOver(*m_parts[block].block, Capacity - moved, moved, 0);
     added.marked = added.block->markedBefore(moved);

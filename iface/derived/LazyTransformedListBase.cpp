@@ -59,6 +59,7 @@ QVariant LazyTransformedListBase::compute(int index)
 {
     if (m_reads == MostRuns)
         return QVariant(); // the map reads the item that it is being asked for
+    const Hold hold(*this);
     const QScopedValueRollback<int> reading(m_reads, m_reads + 1);
     // The list may change while an item is computed, and what is asked for with it.
     QVariant value;

@@ -7,8 +7,8 @@ void ObservableSet::recordRead(const Observable* observable)
 {
     if (contains(observable))
         return;
-    m_known.insert(observable);
     m_items.emplace_back(observable);
+    m_known.insert(observable);
 }
 
 void ObservableSet::clear()

@@ -77,21 +77,20 @@ struct GlobalsManagerBase::Private
         jsonStream->pipe()->send(request);
     }
 
-    /// A state that is told without being another one is an answer, too.
-    void heedStates(const iface::JsonObjectReader& listChange)
+    /// An answer that tells the state as it was is heard by nobody who follows the list.
+    void heedAnswer(const iface::JsonObjectReader& listChunk)
     {
         QString type;
-        listChange.readString("type", type);
-        if (type != globalMap->type())
+        QString id;
+        listChunk.readFields("type", type, "id", id);
+        if (type != globalMap->type() || !id.isEmpty())
             return;
-        const iface::JsonArrayReader elements = listChange["elements"].array();
+        const iface::JsonArrayReader elements = listChunk["elements"].array();
         for (int i = 0, count = elements.numChildren(); i < count; ++i) {
             QString name;
-            QString state;
             elements[i].object().readString("name", name);
-            if (name == globalnames::permission() &&
-                elements[i].object()["value"].object().readString("registrationState", state))
-                registration.heed(state);
+            if (name == globalnames::permission())
+                registration.heedAnswer();
         }
     }
 
@@ -142,8 +141,8 @@ GlobalsManagerBase::GlobalsManagerBase(QSharedPointer<zel::ListApiMultiplexer> l
     pipe->addListener(this, u"profileChangeResponse"_s, [this](QObject* sender, iface::JsonReaderAttribute message) {
         profileChangeResponseCallback(sender, message);
     });
-    pipe->addListener(this, u"listChange"_s,
-                      [this](QObject*, const iface::JsonReaderAttribute& message) { d->heedStates(message.object()); });
+    pipe->addListener(this, u"listChunk"_s,
+                      [this](QObject*, const iface::JsonReaderAttribute& message) { d->heedAnswer(message.object()); });
 }
 
 GlobalsManagerBase::~GlobalsManagerBase() = default;

@@ -17,8 +17,7 @@ void RegistrationRequest::begin(const QString& uuid, bool silent)
 {
     m_uuid = uuid;
     m_silent = silent;
-    m_isPending = false;
-    m_isRead = false;
+    m_isPending = m_isReading = m_isRead = m_isRepeated = false;
     m_retry.start();
     m_actions.send(uuid, silent);
 }
@@ -28,14 +27,21 @@ void RegistrationRequest::heed(const QString& state)
     m_isPending = state == "Pending"_L1;
     if (!m_isPending)
         m_retry.stop();
+    else if (!m_retry.isActive())
+        m_retry.start();
 }
 
 void RegistrationRequest::remind()
 {
-    if (!m_isPending && std::exchange(m_isRead, !m_isRead))
-        m_actions.send(m_uuid, m_silent);
-    else
+    if (m_isPending || !m_isRead) {
+        m_isReading = true;
         m_actions.readState();
+    } else if (std::exchange(m_isRepeated, true)) {
+        m_retry.stop();
+    } else {
+        m_isReading = m_isRead = false;
+        m_actions.send(m_uuid, m_silent);
+    }
 }
 
 } // namespace zelsplib

@@ -12,7 +12,8 @@ namespace zelsplib {
 /// The registration that the application has asked for, until the service says what becomes of it.
 ///
 /// Who asks twice may have the user asked twice. So when nothing is heard, how the registration stands is read again
-/// first, and the request repeated when that has told nothing new; while the user is being asked, only the former.
+/// first. Only an answer which shows that nothing has become of the request lets it go out again, and once: the service
+/// may leave a silent one as it is. While the user is being asked, the state is read and nothing else.
 ///
 /// A member of the globals manager.
 class RegistrationRequest
@@ -28,8 +29,10 @@ public:
     explicit RegistrationRequest(Actions actions);
 
     void begin(const QString& uuid, bool silent);
-    /// The service has told a state, unasked or another one than before.
+    /// The service has told another state than before.
     void heed(const QString& state);
+    /// The service has said how the registration stands, because it was asked.
+    void heedAnswer() { m_isRead = m_isReading; }
 
 private:
     void remind();
@@ -37,8 +40,10 @@ private:
     const Actions m_actions;
     QString m_uuid;
     bool m_silent = false;
-    bool m_isPending = false; ///< the service has taken it
-    bool m_isRead = false;    ///< the state, since the request was sent
+    bool m_isPending = false;  ///< the user is being asked
+    bool m_isReading = false;  ///< the state has been asked for since the request went out
+    bool m_isRead = false;     ///< and was told
+    bool m_isRepeated = false; ///< the request
     iface::RetryTimer m_retry;
 };
 

@@ -120,19 +120,24 @@ void TstGlobalsManager::tellsItsStory_data()
         turn                                             -> requestListElements permission global
         answer permission "registrationState":"Unregistered" -> state Unregistered
         register                                         -> registrationRequest u-1 false
+        change permission "showAppBox":true,"registrationState":"Unregistered"
         wait 30                                          -> requestListElements permission global
-        wait 60                                          -> registrationRequest u-1 false
-        wait 120                                         -> requestListElements permission global
+        wait 60                                          -> requestListElements permission global
+        answer permission "registrationState":"Unregistered"
+        wait 120                                         -> registrationRequest u-1 false
+        wait 240                                         -> requestListElements permission global
         unasked permission "registrationState":"Pending" -> state Pending
-        wait 540 -> requestListElements permission global; requestListElements permission global
+        answer permission "registrationState":"Pending"
+        wait 600 -> requestListElements permission global; requestListElements permission global
         change permission "registrationState":"Expired"  -> state Expired
         wait 600
         register                                         -> registrationRequest u-1 false
-        change other "registrationState":"Expired"
-        change permission "showAppBox":true
         wait 30                                          -> requestListElements permission global
-        change permission "registrationState":"Expired"
-        wait 600
+        answer permission "registrationState":"Expired"
+        wait 60                                          -> registrationRequest u-1 false
+        wait 120                                         -> requestListElements permission global
+        answer permission "registrationState":"Expired"
+        wait 3000
     )",
         "");
     row("a profile without a picture", R"(

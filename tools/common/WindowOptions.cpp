@@ -62,6 +62,8 @@ bool isAnswered(const Manual& manual, QCommandLineParser& parser, int argc, char
     for (const char* word : std::span(argv, size_t(argc)))
         words.append(QString::fromLocal8Bit(word));
     Manual::addOwnOptions(parser);
+    // -platformtheme, which is Qt's, has no "h" that asks for help.
+    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
     parser.parse(words); // what is wrong is said when Qt has taken out its own options
     if (parser.isSet(screenshotName))
         drawWithoutScreen();

@@ -15,6 +15,7 @@
 #include <QtQuick/QQuickWindow>
 #include <QtQuickControls2/QQuickStyle>
 
+#include <csignal>
 #include <cstdio>
 #include <memory>
 
@@ -52,6 +53,7 @@ std::unique_ptr<QProcess> run(QStringList command, const QString& root)
     environment.insert(u"PPS_ROOT"_s, root);
     process->setProcessEnvironment(environment);
     process->setProcessChannelMode(QProcess::ForwardedChannels);
+    process->setChildProcessModifier([] { std::signal(SIGXFSZ, SIG_DFL); });
     const QString program = command.takeFirst();
     QObject::connect(process.get(), &QProcess::errorOccurred, process.get(), [program](QProcess::ProcessError error) {
         if (error == QProcess::FailedToStart)
@@ -74,6 +76,8 @@ void end(QProcess& process)
 int main(int argc, char* argv[])
 {
     zeltools::QuitSignals::block();
+    // A recording that may not grow any more ends with a sentence, and the service goes on.
+    std::signal(SIGXFSZ, SIG_IGN);
     QCommandLineParser parser;
     parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
     parser.addOptions(zeldesk::Options::all());

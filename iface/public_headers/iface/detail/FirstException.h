@@ -9,14 +9,17 @@ namespace iface::detail {
 class FirstException
 {
 public:
+    /// Whether the step was taken to its end.
     template <class Step>
-    void guard(Step&& step)
+    bool guard(Step&& step)
     {
         try {
             step();
+            return true;
         } catch (...) {
             if (!m_first)
                 m_first = std::current_exception();
+            return false;
         }
     }
     /// To be called last: whoever made this may be gone.
