@@ -69,6 +69,13 @@ public:
         return false;
     }
 
+    /// The line at the cursor, as it is now.
+    QByteArray line()
+    {
+        draw();
+        return m_rows[m_row];
+    }
+
     bool isBeingEdited() const
     {
         return QTest::qWaitFor([this] { return modes() != m_before; }, patience);
