@@ -21,7 +21,7 @@ bool EcoContact::invite(const QString& displayName, const QString& message)
 {
     if (m_ecoId.isEmpty() || !m_utils->sendContactInvitation(m_ecoId, displayName, message))
         return false;
-    m_status.reset();
+    m_isInvited = true;
     Q_EMIT statusChanged();
     return true;
 }
@@ -64,6 +64,7 @@ void EcoContact::lookUp()
 {
     m_ecoId.clear();
     m_status.reset();
+    m_isInvited = false;
     if (m_utils && context()->publicContext()->isReady() && !m_ppId.isEmpty())
         m_utils->requestEcoId(m_ppId);
     Q_EMIT ecoIdChanged();

@@ -32,7 +32,7 @@ public:
     void setPpId(const QString& ppId);
     QString ecoId() const { return m_ecoId; }
     zel::EcoIdStatus::Type status() const { return m_status.value_or(zel::EcoIdStatus::Unknown); }
-    bool isInvitable() const { return m_status == zel::EcoIdStatus::Unknown; }
+    bool isInvitable() const { return !m_isInvited && m_status == zel::EcoIdStatus::Unknown; }
 
     /// Hands an invitation over, as sendContactInvitation() of Utils does. What the user makes of it there is not told:
     /// the person is not invitable until the next lookUp(). False without an ecoId.
@@ -55,6 +55,7 @@ private:
     QString m_ppId;
     QString m_ecoId;
     std::optional<zel::EcoIdStatus::Type> m_status; // once it was told
+    bool m_isInvited = false;                       // since it was asked for
     zel::Utils* m_utils = nullptr;
 };
 

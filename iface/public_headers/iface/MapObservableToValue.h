@@ -45,7 +45,9 @@ private:
 
     MapObservableToValue() = default;
 
-    mutable boost::unordered_map<Handle, EntryStruct, boost::hash<Handle>> m_entries;
+    static constexpr std::size_t FirstBucketCount = 11;
+
+    mutable boost::unordered_map<Handle, EntryStruct, boost::hash<Handle>> m_entries{FirstBucketCount};
 };
 
 template <class V, class Eq>
