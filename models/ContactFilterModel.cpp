@@ -4,6 +4,7 @@
 #include <vx/platform/zel/UserStatus.h>
 
 #include <QtCore/QCollator>
+#include <QtCore/QScopedValueRollback>
 #include <QtCore/QStringList>
 
 #include <algorithm>
@@ -81,11 +82,14 @@ void ContactFilterModel::setSearchText(const QString& text)
 {
     if (text == d->searchText)
         return;
-    d->isNarrowing = text.startsWith(d->searchText);
-    d->searchText = text;
-    d->words = text.simplified().split(u' ', Qt::SkipEmptyParts);
-    invalidateFilter();
-    d->isNarrowing = false;
+    {
+        // Without the dynamic filter whoever came to fit meanwhile is not among those whom it has found.
+        const bool isNarrowing = dynamicSortFilter() && text.startsWith(d->searchText);
+        const QScopedValueRollback narrowing(d->isNarrowing, isNarrowing);
+        d->searchText = text;
+        d->words = text.simplified().split(u' ', Qt::SkipEmptyParts);
+        invalidateFilter();
+    }
     Q_EMIT searchTextChanged();
 }
 

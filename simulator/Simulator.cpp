@@ -152,8 +152,10 @@ QString Simulator::registrationState() const
 bool Simulator::setRegistrationState(const QString& state, const QString& application)
 {
     const std::optional<Addressee> whose = d->addressee(application);
-    d->lookAt(state);
-    return whose && d->accepted(d->service.setRegistrationState(state, *whose));
+    const bool done = whose && d->accepted(d->service.setRegistrationState(state, *whose));
+    if (done)
+        d->lookAt(state);
+    return done;
 }
 
 QString Simulator::registrationState(const QString& application) const

@@ -23,7 +23,7 @@ DerivedList::~DerivedList()
 
 int DerivedList::childCount(const QVariantList& indexPath) const
 {
-    catchUp();
+    const Hold hold = catchUp();
     return indexPath.isEmpty() ? count() : 0;
 }
 
@@ -34,7 +34,7 @@ QVariant DerivedList::data(const QVariantList& indexPath) const
 
 QVariant DerivedList::itemAt(int index) const
 {
-    catchUp();
+    const Hold hold = catchUp();
     return index >= 0 ? item(index) : QVariant();
 }
 
@@ -85,11 +85,10 @@ FirstException& DerivedList::thrown()
     return Round::open()->m_thrown;
 }
 
-void DerivedList::catchUp() const
+DerivedList::Hold DerivedList::catchUp() const
 {
     // It is busy when what it reads hangs on itself.
-    if (t_behindCount > 0 && !m_isBusy)
-        const_cast<DerivedList*>(this)->settle();
+    return t_behindCount > 0 && !m_isBusy ? const_cast<DerivedList*>(this)->settle() : Hold();
 }
 
 /// Whether this round has not had enough of it yet.
@@ -101,10 +100,10 @@ bool DerivedList::mayTakeAgain()
     return m_takes++ < MostRuns;
 }
 
-void DerivedList::settle()
+DerivedList::Hold DerivedList::settle()
 {
     const ObservableTracker::Suspension untracked;
-    const Hold hold(*this);
+    Hold hold(*this);
     const QScopedValueRollback<bool> busy(m_isBusy, true);
     // A function that makes changes may read as often as it likes; what one read leads to is counted.
     if (Round::open()->m_isBeingMade)
@@ -119,19 +118,20 @@ void DerivedList::settle()
             });
         }
         if (!m_isBehind)
-            return;
+            return hold;
         m_isBehind = false;
         --t_behindCount;
         if (!mayTakeAgain()) {
             ZEL_IFACE_LOG("DerivedList.cpp", __LINE__, LogLevel::Error, LogCategory::General,
                           u"A derived list keeps changing what it is made of; it may be incomplete"_s);
             m_pending = {Change::Reset}; // the next change has everything taken in anew
-            return;
+            return hold;
         }
         const QScopedValueRollback<bool> taking(m_isTaking, true);
         if (!thrown().guard([this] { take(std::exchange(m_pending, Change())); }))
             m_pending = {Change::Reset}; // what was taken in in part is taken in anew with the next change
     } while (t_behindCount > 0);
+    return hold;
 }
 
 Change DerivedList::fitting(const Change& change, int before) const

@@ -83,9 +83,14 @@ private:
 
 } // namespace
 
-QHash<QString, int> memberLines(const QByteArray& json)
+MemberLines::MemberLines(const QByteArray& json)
+    : m_lines(LineFinder(json).lines)
 {
-    return LineFinder(json).lines;
+}
+
+int MemberLines::of(const QString& member) const
+{
+    return m_lines.value(member.left(longestName), 1);
 }
 
 QString MemberReader::word(const QString& key, const QString& preset)

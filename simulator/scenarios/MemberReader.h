@@ -20,8 +20,18 @@ struct MemberProblem
     QString sentence() const { return member.isEmpty() ? what : member + u' ' + what; }
 };
 
-/// The line of each member of a JSON text that is well formed, by its name as in MemberProblem.
-QHash<QString, int> memberLines(const QByteArray& json);
+/// Where in a JSON text that is well formed each member stands.
+class MemberLines
+{
+public:
+    explicit MemberLines(const QByteArray& json);
+
+    /// \a member is named as in MemberProblem; the first line for one that is not there.
+    int of(const QString& member) const;
+
+private:
+    QHash<QString, int> m_lines;
+};
 
 /// Takes the members of an object one by one, and remembers the first thing that is wrong with any of them. What they
 /// mean is for others to know.

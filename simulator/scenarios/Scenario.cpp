@@ -158,13 +158,12 @@ QString parse(const QByteArray& text, Scenario* scenario)
     WorldReader(&scenario->world).read(root.object(u"world"_s));
     root.each(u"timeline"_s, [&](MemberReader& step) { readStep(step, &scenario->timeline); });
     root.end();
-    const QHash<QString, int> lines = memberLines(text);
+    const MemberLines lines(text);
     for (QList<Scenario::Step>* const steps : {&scenario->world, &scenario->timeline}) {
         for (Scenario::Step& step : *steps)
-            step.place = u"line %1: %2"_s.arg(lines.value(step.place, 1)).arg(step.place);
+            step.place = u"line %1: %2"_s.arg(lines.of(step.place)).arg(step.place);
     }
-    return problem.what.isEmpty() ? QString()
-                                  : u"line %1: %2"_s.arg(lines.value(problem.member, 1)).arg(problem.sentence());
+    return problem.what.isEmpty() ? QString() : u"line %1: %2"_s.arg(lines.of(problem.member)).arg(problem.sentence());
 }
 
 } // namespace

@@ -17,9 +17,15 @@ void RegistrationRequest::begin(const QString& uuid, bool silent)
 {
     m_uuid = uuid;
     m_silent = silent;
-    m_isPending = m_isReading = m_isRead = m_isRepeated = false;
+    m_isRepeated = false;
     m_retry.start();
-    m_actions.send(uuid, silent);
+    send();
+}
+
+void RegistrationRequest::send()
+{
+    m_known = Known::Nothing;
+    m_actions.send(m_uuid, m_silent);
 }
 
 void RegistrationRequest::heed(const QString& state)
@@ -31,16 +37,22 @@ void RegistrationRequest::heed(const QString& state)
         m_retry.start();
 }
 
+void RegistrationRequest::heedAnswer()
+{
+    if (m_known == Known::Asked)
+        m_known = Known::NothingNew;
+}
+
 void RegistrationRequest::remind()
 {
-    if (m_isPending || !m_isRead) {
-        m_isReading = true;
+    if (m_isPending || m_known != Known::NothingNew) {
+        m_known = Known::Asked;
         m_actions.readState();
-    } else if (std::exchange(m_isRepeated, true)) {
-        m_retry.stop();
+    } else if (!m_isRepeated) {
+        m_isRepeated = true;
+        send();
     } else {
-        m_isReading = m_isRead = false;
-        m_actions.send(m_uuid, m_silent);
+        m_retry.stop();
     }
 }
 

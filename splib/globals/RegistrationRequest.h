@@ -31,19 +31,26 @@ public:
     void begin(const QString& uuid, bool silent);
     /// The service has told another state than before.
     void heed(const QString& state);
-    /// The service has said how the registration stands, because it was asked.
-    void heedAnswer() { m_isRead = m_isReading; }
+    /// The service has said how the registration stands: another state is heeded before.
+    void heedAnswer();
 
 private:
+    /// How the registration stands since the request went out.
+    enum class Known {
+        Nothing,
+        Asked, ///< the service, which has not answered yet
+        NothingNew
+    };
+
+    void send();
     void remind();
 
     const Actions m_actions;
     QString m_uuid;
     bool m_silent = false;
-    bool m_isPending = false;  ///< the user is being asked
-    bool m_isReading = false;  ///< the state has been asked for since the request went out
-    bool m_isRead = false;     ///< and was told
-    bool m_isRepeated = false; ///< the request
+    Known m_known = Known::Nothing;
+    bool m_isPending = false; ///< the user is being asked
+    bool m_isRepeated = false;
     iface::RetryTimer m_retry;
 };
 

@@ -8,6 +8,7 @@
 #include <Record.h>
 
 #include <common/Manual.h>
+#include <common/Printable.h>
 #include <zelcore/Simulator.h>
 
 #include <QtCore/QJsonDocument>
@@ -134,7 +135,7 @@ private Q_SLOTS:
 
     void takesTheTeethOutOfForeignTexts()
     {
-        QCOMPARE(printable(u"a\nb\x1b[31mc\u009b\u202e"_s), u"a\\nb\\u001b[31mc\\u009b\\u202e"_s);
+        QCOMPARE(zeltools::printable(u"a\nb\x1b[31mc\u009b\u202e"_s), u"a\\nb\\u001b[31mc\\u009b\\u202e"_s);
         const QByteArray line = printed(Output::Format::People, [](Output& output) {
             output.signal(
                 Record().add(u"source"_s, u"UserProfile"_s).add(u"signal"_s, u"x"_s).add(u"value"_s, u"1\n2"_s));

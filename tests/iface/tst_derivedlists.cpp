@@ -331,6 +331,22 @@ private Q_SLOTS:
         QVERIFY(!alive);
     }
 
+    void outliveAReadThatDropsTheirLastHandle()
+    {
+        const EditableListPointer<int> input(new EditableList<int>);
+        ObservableList<int> list;
+        const auto reader = FilteredObservableList<int>::create(ObservableList<int>(input.data()),
+                                                                [&](int) { return list.toList().size() >= 0; });
+        list = FilteredObservableList<int>::create(ObservableList<int>(input.data()), [&](int) {
+            list = {};
+            return true;
+        });
+        const QPointer<ObservableListImpl> alive = list.impl();
+        input->append(1);
+        QVERIFY(!alive);
+        QCOMPARE(reader.toList(), Items{1});
+    }
+
     void stayAsTheyWereWhenTheMapThrows()
     {
         Desk desk({1, 2});

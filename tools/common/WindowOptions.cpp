@@ -13,6 +13,7 @@ namespace zeltools {
 namespace {
 
 constexpr int smallestSide = 320;
+constexpr int largestSide = 16'384;
 const QString sizeName = u"size"_s;
 const QString pageName = u"page"_s;
 const QString screenshotName = u"screenshot"_s;
@@ -49,8 +50,8 @@ QString WindowOptions::read(const QCommandLineParser& parser, const QStringList&
     size = sizeIn(parser.value(sizeName));
     page = parser.value(pageName);
     screenshot = parser.value(screenshotName);
-    if (size.width() < smallestSide || size.height() < smallestSide)
-        return u"--size takes a width and a height from %1, as in 960x640."_s.arg(smallestSide);
+    if (size != size.boundedTo({largestSide, largestSide}).expandedTo({smallestSide, smallestSide}))
+        return u"--size takes a width and a height from %1 to %2, as in 960x640."_s.arg(smallestSide).arg(largestSide);
     if (parser.isSet(pageName) && !pages.contains(page))
         return u"there is no page \"%1\", but there are %2."_s.arg(page, pages.join(", "_L1));
     return {};

@@ -5,6 +5,7 @@
 
 #include <common/LineReader.h>
 #include <common/Manual.h>
+#include <common/Printable.h>
 #include <common/QuitSignals.h>
 #include <common/Root.h>
 #include <common/ServiceOptions.h>
@@ -29,14 +30,14 @@ namespace {
 void print(const QString& line)
 {
     zeltools::LineReader::makeRoom();
-    std::fprintf(stdout, "%s\n", line.toUtf8().constData());
+    std::fprintf(stdout, "%s\n", zeltools::printableLines(line).toUtf8().constData());
     std::fflush(stdout);
 }
 
 void complain(const QString& line)
 {
     zeltools::LineReader::makeRoom();
-    std::fprintf(stderr, "zelcore-sim: %s\n", line.toUtf8().constData());
+    std::fprintf(stderr, "zelcore-sim: %s\n", zeltools::printableLines(line).toUtf8().constData());
 }
 
 /// What the command line asks for.

@@ -6,6 +6,7 @@
 #include "Output.h"
 #include "Session.h"
 
+#include <common/Printable.h>
 #include <vx/platform/zel/Context.h>
 
 #include <cstdio>
@@ -297,7 +298,7 @@ QString OneShot::fill(const QString& sentence, const Record& signal, bool* hasNo
         const QString value = isArgument ? m_arguments.text(number) : signal.textOf(name);
         *hasNothing = *hasNothing || (!isArgument && (value.isEmpty() || value == "0"_L1));
         text += QStringView(sentence).mid(at, open - at);
-        text += printable(value);
+        text += zeltools::printable(value);
         at = close + 1;
     }
     return text + sentence.mid(at);

@@ -2,6 +2,7 @@
 #include "Output.h"
 
 #include <common/LineReader.h>
+#include <common/Printable.h>
 
 #include <QtCore/QStringList>
 
@@ -12,6 +13,8 @@
 using namespace Qt::StringLiterals;
 
 namespace zelctl {
+
+using zeltools::printable;
 
 namespace {
 
@@ -26,12 +29,6 @@ bool isWide(char32_t c)
            (c >= 0xac00 && c <= 0xd7a3) || (c >= 0xf900 && c <= 0xfaff) || (c >= 0xfe30 && c <= 0xfe6f) ||
            (c >= 0xff00 && c <= 0xff60) || (c >= 0xffe0 && c <= 0xffe6) || (c >= 0x1f300 && c <= 0x1f64f) ||
            (c >= 0x1f680 && c <= 0x1f6ff) || (c >= 0x1f900 && c <= 0x1f9ff) || (c >= 0x20000 && c <= 0x3fffd);
-}
-
-/// What changes the direction of everything behind it, up to the end of the line and beyond.
-bool turnsDirection(char32_t c)
-{
-    return (c >= 0x202a && c <= 0x202e) || (c >= 0x2066 && c <= 0x2069);
 }
 
 QString padded(const QString& text, qsizetype columns)
@@ -191,21 +188,6 @@ void Output::table(const QList<Record>& rows)
 QString Output::bold(const QString& text) const
 {
     return m_colour ? u"\033[1m"_s + text + u"\033[0m"_s : text;
-}
-
-QString printable(const QString& text)
-{
-    QString result;
-    result.reserve(text.size());
-    for (const char32_t c : text.toUcs4()) {
-        if (c == U'\n')
-            result += u"\\n"_s;
-        else if (c < 0x20 || (c >= 0x7f && c < 0xa0) || c == 0x2028 || c == 0x2029 || turnsDirection(c))
-            result += u"\\u%1"_s.arg(static_cast<uint>(c), 4, 16, QChar(u'0'));
-        else
-            result += QString::fromUcs4(&c, 1);
-    }
-    return result;
 }
 
 qsizetype columnsOf(const QString& text)

@@ -50,9 +50,6 @@ private:
     bool m_all = false;
 };
 
-/// \a text on one line and without anything that a terminal would obey: a name or message comes from strangers.
-QString printable(const QString& text);
-
 /// How many columns a terminal gives \a text.
 qsizetype columnsOf(const QString& text);
 

@@ -91,7 +91,7 @@ template <class T>
 QList<T> CachedObservableList<T>::toList() const
 {
     ObservableTracker::getterCalled(this);
-    catchUp();
+    const auto hold = this->catchUp();
     return m_copy;
 }
 

@@ -33,7 +33,9 @@ protected:
     /// A chunk has been taken. Answers what it has completed, if anything.
     Transfer chunkTaken(bool last);
     bool isTransferring() const { return m_transfer != Transfer::None; }
+    /// Of all elements, which takes the place of what is known; else of some, which changes that.
     bool isFullList() const { return m_transfer == Transfer::FullList; }
+    /// Whatever was under way is given up. None leaves nothing under way.
     void beginTransfer(Transfer transfer);
 
     /// A new transfer throws away what the one before has gathered.

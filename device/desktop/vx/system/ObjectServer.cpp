@@ -99,6 +99,7 @@ public:
 
 void ObjectServerPrivate::startAccepting()
 {
+    outOfDescriptors = false;
     acceptor.reset(new QSocketNotifier(listening.socket(), QSocketNotifier::Read, q));
     QObject::connect(acceptor.get(), &QSocketNotifier::activated, q, [this] { accept(); });
 }

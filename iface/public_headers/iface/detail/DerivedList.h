@@ -45,8 +45,9 @@ protected:
     void close();
     /// Something else than the input's items makes the list another.
     void markBehind();
-    /// To be called first by everything that reads the list.
-    void catchUp() const;
+    /// To be called first by everything that reads the list, which keeps what it returns: what is taken in may drop the
+    /// last handle of the list.
+    Hold catchUp() const;
 
     /// Grows with everything that is noted.
     unsigned generation() const { return m_generation; }
@@ -71,7 +72,7 @@ private:
     virtual void settleOthers() {}
 
     void mark(const Change& change) override;
-    void settle();
+    Hold settle();
     bool mayTakeAgain();
 
     QExplicitlySharedDataPointer<ObservableListImpl> m_input;
