@@ -25,32 +25,6 @@ QStringList shown(const QAbstractItemModel& model, int role)
     return texts;
 }
 
-/// A view's own copy of the names, kept up by the signals alone.
-class Mirror
-{
-public:
-    explicit Mirror(const QAbstractItemModel& model, int role)
-    {
-        const auto read = [&model, role](int row) { return model.index(row, 0).data(role).toString(); };
-        QObject::connect(&model, &QAbstractItemModel::rowsInserted, &m_context, [=, this](auto&, int first, int last) {
-            for (int row = first; row <= last; ++row)
-                texts.insert(row, read(row));
-        });
-        QObject::connect(&model, &QAbstractItemModel::rowsRemoved, &m_context,
-                         [this](auto&, int first, int last) { texts.remove(first, last - first + 1); });
-        QObject::connect(&model, &QAbstractItemModel::dataChanged, &m_context,
-                         [=, this](const QModelIndex& first, const QModelIndex& last) {
-                             for (int row = first.row(); row <= last.row(); ++row)
-                                 texts[row] = read(row);
-                         });
-    }
-
-    QStringList texts;
-
-private:
-    QObject m_context;
-};
-
 } // namespace
 
 class TstDesk : public QObject
@@ -75,11 +49,10 @@ private Q_SLOTS:
         ContactModel& contacts = *m_desk->contacts();
         const QAbstractItemModelTester tester(&contacts);
         const QAbstractItemModelTester filterTester(m_desk->shownContacts());
-        const Mirror mirror(contacts, ContactModel::NameRole);
-        m_desk->shownContacts()->setText(u"1"_s);
+        m_desk->shownContacts()->setText(u"name 1"_s);
         QRandomGenerator random = seededRandom();
         for (int turn = 0; turn < 20; ++turn) {
-            for (int change = 0; change < random.bounded(30); ++change) {
+            for (int change = 0; change < 20; ++change) {
                 const QStringList ids = m_simulator->contactIds();
                 const QString id = ids.isEmpty() ? QString() : ids.at(random.bounded(int(ids.size())));
                 zelcore::Person person = m_simulator->contact(id);
@@ -98,22 +71,19 @@ private Q_SLOTS:
                     m_simulator->addContact(person, false);
                     break;
                 default:
-                    person.displayName = u"Name %1"_s.arg(random.bounded(100));
+                    person.displayName = u"Name %1"_s.arg(random.bounded(2));
                     m_simulator->changeContact(person);
                 }
             }
-            QStringList names;
-            for (const QString& id : m_simulator->contactIds())
-                names.append(m_simulator->contact(id).displayName);
-            QTRY_COMPARE(mirror.texts, names);
-            QCOMPARE(shown(contacts, ContactModel::UserIdRole), m_simulator->contactIds());
+            // The filter follows the announcements alone.
+            QStringList found;
+            for (const QString& id : m_simulator->contactIds()) {
+                if (m_simulator->contact(id).displayName == "Name 1"_L1)
+                    found.append(id);
+            }
+            QTRY_COMPARE(shown(*m_desk->shownContacts(), ContactModel::UserIdRole), found);
+            QTRY_COMPARE(shown(contacts, ContactModel::UserIdRole), m_simulator->contactIds());
         }
-        QStringList found;
-        for (int row = 0; row < contacts.count(); ++row) {
-            if (contacts.index(row).data(ContactModel::SearchRole).toString().contains(u'1'))
-                found.append(contacts.index(row).data(ContactModel::UserIdRole).toString());
-        }
-        QCOMPARE(shown(*m_desk->shownContacts(), ContactModel::UserIdRole), found);
     }
 
     void tenThousandContactsComeInOnePiece()
