@@ -3,14 +3,10 @@
 
 #include <device/Decoder.h>
 #include <device/Log.h>
-#include <device/Object.h>
-#include <iface/JsonMember.h>
 #include <zel/JsonWriter.h>
 #include <zel/PpsJsonSource.h>
 
 #include <QtTest/QTest>
-
-#include <cerrno>
 
 using namespace Qt::StringLiterals;
 
@@ -49,31 +45,7 @@ private Q_SLOTS:
         QCOMPARE(pps_decoder_length(cut.get()), 1);
     }
 
-    void membersAreNotShownButFoundByName()
-    {
-        struct Nothing final : iface::JsonMemberVisitor
-        {
-            void member(const iface::JsonMember&) override { QFAIL("shown"); }
-        } visitor;
-        device::Decoder decoder(R"(dat:json:{"a":1,"b":"two"})");
-        QCOMPARE(pps_decoder_push(decoder.get(), "dat"), PPS_DECODER_OK);
-        zel::PpsJsonSource source(decoder.get());
-        const iface::JsonNodeReader reader = source.startParsing();
-        QVERIFY(!reader.visitMembers(visitor));
-        int a = 0;
-        QString b;
-        QCOMPARE(reader.readFields("b", b, "a", a), 2);
-        QCOMPARE(a, 1);
-        QCOMPARE(b, u"two"_s);
-    }
-
     void everyLineIsHandedToTheLog() { QVERIFY(device::isLogged(7)); }
-
-    void anObjectThatIsNotThereFailsToOpenAsAnyFile()
-    {
-        QCOMPARE(device::openObject("/pps/services/absent"), -1);
-        QCOMPARE(errno, ENOENT);
-    }
 };
 
 ZEL_TEST_WITHOUT_APPLICATION(TstShortForms)

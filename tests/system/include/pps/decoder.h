@@ -1,12 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <stdbool.h>
 #include <stdint.h>
 
-#ifdef __cplusplus
 extern "C" {
-#endif
 
 typedef struct pps_decoder
 {
@@ -32,7 +29,4 @@ pps_decoder_error_t pps_decoder_get_int(pps_decoder_t* decoder, const char* name
 pps_decoder_error_t pps_decoder_get_double(pps_decoder_t* decoder, const char* name, double* value);
 pps_decoder_error_t pps_decoder_get_bool(pps_decoder_t* decoder, const char* name, bool* value);
 pps_decoder_error_t pps_decoder_get_string(pps_decoder_t* decoder, const char* name, const char** value);
-
-#ifdef __cplusplus
 }
-#endif

@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <stdbool.h>
-
-#ifdef __cplusplus
 extern "C" {
-#endif
 
 typedef struct pps_encoder
 {
@@ -27,7 +23,4 @@ pps_encoder_error_t pps_encoder_add_string(pps_encoder_t* encoder, const char* n
 pps_encoder_error_t pps_encoder_add_json(pps_encoder_t* encoder, const char* name, const char* json);
 const char* pps_encoder_buffer(const pps_encoder_t* encoder);
 int pps_encoder_length(const pps_encoder_t* encoder);
-
-#ifdef __cplusplus
 }
-#endif
