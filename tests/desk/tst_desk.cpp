@@ -34,14 +34,10 @@ class TstDesk : public QObject
 private Q_SLOTS:
     void init()
     {
+        m_desk.reset();
         m_simulator = std::make_unique<Simulator>();
         QVERIFY(m_simulator->start());
         m_desk = std::make_unique<Desk>(*m_simulator);
-    }
-    void cleanup()
-    {
-        m_desk.reset();
-        m_simulator.reset();
     }
 
     void contactsFollowWhoeverChangesThem()
@@ -250,32 +246,29 @@ private Q_SLOTS:
         QCOMPARE(wire.lastOfType(u"tpaApi"_s), -1);
     }
 
-    void anyRecordCanBeRead_data()
-    {
-        QTest::addColumn<QByteArray>("record");
-        QTest::addColumn<QString>("type");
-        QTest::addColumn<QString>("pretty");
-        QTest::newRow("message") << QByteArray("msg::zel\ndat:json:{\"tpaApi\":{\"b\":[1,{}],\"a\":\"x\\\"{,\"}}\n")
-                                 << u"tpaApi"_s
-                                 << u"{\n  \"tpaApi\": {\n    \"b\": [\n      1,\n      {}\n    ],\n    \"a\": "
-                                    "\"x\\\"{,\"\n  }\n}"_s;
-        QTest::newRow("long text")
-            << QByteArray("@platform\ndat:json:{\"stream\":\"" + QByteArray(1000, 'A') + "\"}\n") << u"stream"_s
-            << u"{\n  \"stream\": \"%1… (%L2 characters)\"\n}"_s.arg(QString(59, u'A')).arg(1000);
-        QTest::newRow("cut in a text") << QByteArray("@platform\ndat:json:{\"li") << u"not a message"_s
-                                       << u"{\n  \"li"_s;
-        QTest::newRow("cut behind a backslash")
-            << QByteArray("dat:json:{\"a\":\"\\") << u"a"_s << u"{\n  \"a\": \"\\"_s;
-        QTest::newRow("too many ends") << QByteArray("dat:json:}]") << u"not a message"_s << u"\n}\n]"_s;
-        QTest::newRow("nothing") << QByteArray() << u"not a message"_s << QString();
-    }
     void anyRecordCanBeRead()
     {
-        QFETCH(const QByteArray, record);
-        const zelcore::WireRecord passed{0, 1, {}, {}, zelcore::WireRecord::Direction::ToApplication, record};
-        QTEST(typeOf(passed), "type");
-        QTEST(prettyOf(passed), "pretty");
-        QVERIFY(summaryOf(passed, 20).size() <= 21);
+        const struct
+        {
+            QByteArray record;
+            QString type;
+            QString pretty;
+        } rows[] = {
+            {"msg::zel\ndat:json:{\"tpaApi\":{\"b\":[1,{}],\"a\":\"x\\\"{,\"}}\n", u"tpaApi"_s,
+             u"{\n  \"tpaApi\": {\n    \"b\": [\n      1,\n      {}\n    ],\n    \"a\": \"x\\\"{,\"\n  }\n}"_s},
+            {"@platform\ndat:json:{\"stream\":\"" + QByteArray(1000, 'A') + "\"}\n", u"stream"_s,
+             u"{\n  \"stream\": \"%1… (%L2 characters)\"\n}"_s.arg(QString(59, u'A')).arg(1000)},
+            {"@platform\ndat:json:{\"li", u"not a message"_s, u"{\n  \"li"_s}, // cut in a text
+            {"dat:json:{\"a\":\"\\", u"a"_s, u"{\n  \"a\": \"\\"_s},           // cut behind a backslash
+            {"dat:json:}]", u"not a message"_s, u"\n}\n]"_s},
+            {"", u"not a message"_s, {}},
+        };
+        for (const auto& [record, type, pretty] : rows) {
+            const zelcore::WireRecord passed{0, 1, {}, {}, zelcore::WireRecord::Direction::ToApplication, record};
+            QCOMPARE(typeOf(passed), type);
+            QCOMPARE(prettyOf(passed), pretty);
+            QVERIFY(summaryOf(passed, 20).size() <= 21);
+        }
     }
 
 private:

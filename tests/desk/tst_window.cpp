@@ -106,10 +106,8 @@ private Q_SLOTS:
     }
 
 private:
-    int m_argumentCount = 1;
-    char m_name[10] = "tst_desk";
-    char* m_arguments[2] = {m_name, nullptr};
-    QGuiApplication m_application{m_argumentCount, m_arguments};
+    int m_argumentCount = 0;
+    QGuiApplication m_application{m_argumentCount, nullptr};
 };
 
 ZEL_TEST_WITHOUT_APPLICATION(TstWindow)

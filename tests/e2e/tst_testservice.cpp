@@ -51,8 +51,6 @@ struct Application
     ProfileBox box{&context};
 };
 
-const QList<RegistrationState::Type> everything{RegistrationState::Unregistered, RegistrationState::Allowed};
-
 } // namespace
 
 /// Test functions as they may follow each other in one process.
@@ -74,7 +72,7 @@ private Q_SLOTS:
             Application application;
             QCOMPARE(application.context.registrationState(), RegistrationState::Unknown);
             QVERIFY(application.hasExactly({name}));
-            QCOMPARE(application.told, everything);
+            QCOMPARE(application.told, QList({RegistrationState::Unregistered, RegistrationState::Allowed}));
             QCOMPARE(application.box.itemCount(), 0);
             QVERIFY(application.box.requestAddItem(name, name));
             QTRY_COMPARE(application.box.itemCount(), 1);
@@ -89,22 +87,6 @@ private Q_SLOTS:
             (new Context(QUuid::createUuid()))->deleteLater();
         }
         QCOMPARE(qgetenv("PPS_ROOT"), QByteArray("/former"));
-    }
-
-    void mayBeASimulatorWithAnApplicationObjectForEachFunction()
-    {
-        for (const QString& name : {u"Anna"_s, u"Bert"_s}) {
-            zelcore::Simulator simulator;
-            simulator.addContact(name);
-            QVERIFY(simulator.start() && simulator.exportRoot());
-            for (int function = 0; function < 2; ++function) {
-                cleanup();
-                init();
-                Application application;
-                QVERIFY(application.hasExactly({name}));
-                QCOMPARE(application.told, everything);
-            }
-        }
     }
 
     void servesAContextThatOutlivesTheApplicationObject()
@@ -153,15 +135,10 @@ private Q_SLOTS:
         QSignalSpy complete(&contacts, &ContactService::completeChanged);
         QSignalSpy resent(&contacts, &ContactService::contactListResent);
         QSignalSpy lists(&contacts, &ContactService::contactListUpdated);
-        service.stop(); // and comes back as it was
-        QVERIFY(service.start());
-        QTRY_COMPARE(resent.size(), 1);
-        QCOMPARE(lists.size(), 0);
-
         service.stop();
         const QString gone = service.contacts().at(7).handle;
         QVERIFY(service.removeContact(gone) && service.start());
-        QTRY_COMPARE(resent.size(), 2);
+        QTRY_COMPARE(resent.size(), 1);
         QStringList left;
         for (const Contact& contact : contacts.contacts()) {
             if (!contacts.hasApplication(contact.handle()))
