@@ -55,15 +55,9 @@ public:
         return ::send(m_descriptor, record.constData(), size_t(record.size()), MSG_NOSIGNAL) == record.size();
     }
 
-    bool send(const QString& type, const QJsonObject& body)
+    bool send(const QByteArray& type, const QByteArray& body)
     {
-        const QByteArray json = QJsonDocument(QJsonObject{{type, body}}).toJson(QJsonDocument::Compact);
-        return sendRecord("msg::zel\ndat:json:" + json + '\n');
-    }
-
-    bool send(const char* type, const char* body)
-    {
-        return send(QString::fromLatin1(type), QJsonDocument::fromJson(body).object());
+        return sendRecord("msg::zel\ndat:json:{\"" + type + "\":" + body + "}\n");
     }
 
     /// Says that it starts, as the library does; it is told nothing unasked then.
@@ -90,7 +84,7 @@ public:
     void synchronize()
     {
         const QString mark = QStringLiteral("mark %1").arg(++m_marks);
-        send(QStringLiteral("requestEcoId"), {{QStringLiteral("ppid"), mark}});
+        send("requestEcoId", "{\"ppid\":\"" + mark.toUtf8() + "\"}");
         while (take("requestEcoIdResponse").value(QLatin1String("ppid")).toString(mark) != mark) {
         }
     }

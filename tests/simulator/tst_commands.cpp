@@ -3,7 +3,6 @@
 
 #include <QtCore/QTemporaryFile>
 
-using namespace Qt::StringLiterals;
 using zelcore::Simulator;
 
 /// The command language and the scenarios that speak it.
@@ -134,7 +133,6 @@ private Q_SLOTS:
             {R"({"world":{"permissions":{"zelSetup":3}}})", "world.permissions.zelSetup"},
             {R"({"world":{"contacts":[{"handle":"a"},{"handle":"a"}]}})", "world.contacts[1]: "},
             {R"({"world":{"box":{"icons":[{"id":1}]}}})", "world.box.icons[0]: "},
-            {R"({"world":{"contacts":[{"handle":"a"}]},"timeline":[{"at":0,"command":"dance"}]})", "timeline[0]: "},
             {R"({"timeline":[{"command":"away"},{"command":"contact remove nobody"}]})", "timeline[1]: "},
             {R"({"timeline":[{"command":"invite nobody"}]})", "nobody"},
             {R"({"timeline":[{"command":"profile x \\"}]})", "timeline[0].command"},

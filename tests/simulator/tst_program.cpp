@@ -22,16 +22,9 @@ class TstProgram : public QObject
 private Q_SLOTS:
     void init()
     {
-        m_folder = std::make_unique<QTemporaryDir>();
         m_program = std::make_unique<QProcess>();
+        m_folder = std::make_unique<QTemporaryDir>();
         m_program->setProcessChannelMode(QProcess::MergedChannels);
-        m_output.clear();
-    }
-
-    void cleanup()
-    {
-        m_program.reset();
-        m_folder.reset();
     }
 
     void takesCommandsAndShowsWhatHappens()

@@ -5,10 +5,8 @@
 #include <simulator/recordings/Texts.h>
 
 #include <QtCore/QFileInfo>
-#include <QtCore/QRegularExpression>
 #include <QtCore/QTemporaryDir>
 
-using namespace Qt::StringLiterals;
 using zelcore::Recording;
 using zelcore::Simulator;
 
@@ -97,20 +95,19 @@ private Q_SLOTS:
         const QByteArray two = sends(R"(requestEcoIdStatus {"ecoId":"two"})");
         const QByteArray other = sends(R"(requestEcoId {"ppid":"other"})");
         const QByteArray last = sends(R"(requestListAll {"type":"profileBoxItem"})");
-        const std::tuple<QByteArray, QByteArray, int> cases[] = {
-            {start + one + two + last, {}, 0},
-            {start + two + last, "has not sent requestEcoId {\"ppid\":\"one\"} (line 4), as it did then", 1},
-            {start + one + last, "has not sent requestEcoIdStatus {\"ecoId\":\"two\"} (line 6), as it did then", 1},
+        const std::pair<QByteArray, QByteArray> cases[] = {
+            {start + one + two + last, {}},
+            {start + two + last, "has not sent requestEcoId {\"ppid\":\"one\"} (line 4), as it did then"},
+            {start + one + last, "has not sent requestEcoIdStatus {\"ecoId\":\"two\"} (line 6), as it did then"},
             {start + other + two + last,
-             "another requestEcoId {\"ppid\":\"one\"} (line 4): \"ppid\" was \"one\", is \"other\"", 1},
-            {start + one + other + two + last, "also sent requestEcoId {\"ppid\":\"other\"}, which it did not then", 1},
+             "another requestEcoId {\"ppid\":\"one\"} (line 4): \"ppid\" was \"one\", is \"other\""},
+            {start + one + other + two + last, "also sent requestEcoId {\"ppid\":\"other\"}, which it did not then"},
             {start + two + one + last,
-             "sent requestEcoId {\"ppid\":\"one\"} (line 4) after requestEcoIdStatus {\"ecoId\":\"two\"} (line 6);",
-             1}};
+             "sent requestEcoId {\"ppid\":\"one\"} (line 4) after requestEcoIdStatus {\"ecoId\":\"two\"} (line 6);"}};
         QVERIFY(m_simulator->record(path(u"then"_s)));
         QVERIFY(play(start + one + "A< requestEcoIdResponse\n" + two + "A< requestEcoIdStatusResponse\n" + last +
                      "A< listChunk"));
-        for (const auto& [dialogue, told, count] : cases) {
+        for (const auto& [dialogue, told] : cases) {
             begin();
             QVERIFY(m_simulator->replay(path(u"then"_s), nullptr, Simulator::ReplayPace::AtOnce, 50));
             QVERIFY(m_simulator->replayAwaits().endsWith(u"has not come"_s));
@@ -118,7 +115,7 @@ private Q_SLOTS:
             QTRY_VERIFY2(m_simulator->isReplayFinished(), qPrintable(m_simulator->replayAwaits()));
             const QStringList differences = m_simulator->replayDifferences();
             const QByteArray all = differences.join(u'\n').toUtf8();
-            QVERIFY2(all.contains(told) && differences.size() == count, all + "\nfor\n" + dialogue);
+            QVERIFY2(all.contains(told) && differences.size() == (told.isEmpty() ? 0 : 1), all + "\nfor\n" + dialogue);
             QVERIFY(play("A< listChunk \"profileBoxItem\""));
         }
     }
@@ -184,14 +181,6 @@ private Q_SLOTS:
     }
 
 private:
-    void begin()
-    {
-        cleanup();
-        m_simulator = std::make_unique<Simulator>();
-        QVERIFY(m_simulator->start());
-        m_refused = std::make_unique<QSignalSpy>(m_simulator.get(), &Simulator::refused);
-    }
-
     void recordSession(int number, bool withEnd)
     {
         QVERIFY(m_simulator->record(path(QString::number(number))));
