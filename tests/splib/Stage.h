@@ -5,6 +5,7 @@
 #include <common/FakePipe.h>
 #include <common/RecordingHandlers.h>
 #include <common/SlogCapture.h>
+#include <common/TestMain.h>
 
 #include <zel/JsonStream.h>
 #include <zel/ListApiMultiplexer.h>
@@ -33,8 +34,7 @@ struct Stage
 
     Stage() { gates.log = &log; }
     virtual ~Stage() { FakeClock::uninstall(); }
-    Stage(const Stage&) = delete;
-    Stage& operator=(const Stage&) = delete;
+    Q_DISABLE_COPY_MOVE(Stage)
 
     static QByteArray hash(const QByteArray& data)
     {

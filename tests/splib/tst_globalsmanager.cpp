@@ -3,8 +3,6 @@
 
 #include "Stage.h"
 
-#include <common/TestMain.h>
-
 using namespace Qt::StringLiterals;
 
 using zelsplib::Avatar;

@@ -6,13 +6,11 @@
 #include <splib/channel/StreamRequests.h>
 
 #include <common/SeededRandom.h>
-#include <common/TestMain.h>
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 
-#include <map>
 #include <memory>
 
 using namespace Qt::StringLiterals;
