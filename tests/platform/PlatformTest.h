@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <common/TestMain.h>
+
 #include <platform/channel/ServiceBridge.h>
 #include <platform/ecoid/UtilsDelegate.h>
 
@@ -44,8 +46,7 @@ public:
                 {u"profileBoxImage"_s, {json(R"({"imageId":"7"})")}}}
     {
         addContact(u"bea"_s);
-        addContact(u"ada"_s, R"({"ppid":"p","appVersion":"3","displayName":"Ada","personalMessage":"Hi","showBusy":true,
-                                 "currentStatus":"out","platformVersion":150,"clientVersion":9})");
+        addContact(u"ada"_s, R"({"displayName":"Ada","showBusy":true})");
         addContact(u"cem"_s);
         qputenv("PPS_ROOT", m_root.path().toLocal8Bit());
         if (!m_server.listen(u"/pps/services/zelcore/platform"_s, nullptr))
@@ -55,7 +56,6 @@ public:
     }
 
     static QJsonObject json(const QByteArray& text) { return QJsonDocument::fromJson(text).object(); }
-    QString root() const { return m_root.path(); }
     void goAway() { m_server.close(); }
 
     /// Each changes members of a record and tells the library.

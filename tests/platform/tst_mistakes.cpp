@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PlatformTest.h"
 
-#include <common/TestMain.h>
-
-#include <vx/platform/zel/ContactService.h>
 #include <vx/platform/zel/ProfileBox.h>
 #include <vx/platform/zel/UserProfile.h>
 #include <vx/platform/zel/Utils.h>
@@ -11,17 +8,6 @@
 #include <QtCore/QThread>
 
 #include <functional>
-
-namespace {
-
-/// A mistake, and with what its warnings begin, up to the remedy.
-struct Mistake
-{
-    std::function<void()> make;
-    const char* warnings;
-};
-
-} // namespace
 
 /// Every mistake is told once, with class and reason.
 class TstMistakes : public PlatformTest
@@ -119,14 +105,14 @@ private Q_SLOTS:
     }
 
 private:
-    /// Each is made twice and told once.
-    static void tell(const QList<Mistake>& mistakes)
+    /// Mistakes, and with what their warnings begin, up to the remedy. Each is made twice and told once.
+    static void tell(const QList<std::pair<std::function<void()>, const char*>>& mistakes)
     {
         QStringList expected;
-        for (const Mistake& mistake : mistakes) {
-            mistake.make();
-            mistake.make();
-            expected += QString::fromLatin1(mistake.warnings).split(u'|');
+        for (const auto& [make, warning] : mistakes) {
+            make();
+            make();
+            expected += QString::fromLatin1(warning).split(u'|');
         }
         const QStringList warnings = takeWarnings();
         for (qsizetype i = 0; i < qMax(expected.size(), warnings.size()); ++i) {

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PlatformTest.h"
 
-#include <common/TestMain.h>
-
-#include <vx/platform/zel/ContactService.h>
 #include <vx/platform/zel/EcoIdStatus.h>
 #include <vx/platform/zel/ImageType.h>
 #include <vx/platform/zel/Permission.h>
