@@ -50,7 +50,7 @@ void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
 {
     return failing::withArrays && isDue() ? nullptr : allocate(size ? size : 1);
 }
-// All of them: sanitizers have their own, and look at whether the two fit.
+// All that are called: sanitizers have their own, and look at whether the two fit.
 void operator delete(void* memory) noexcept
 {
     std::free(memory);
@@ -64,14 +64,6 @@ void operator delete(void* memory, std::size_t) noexcept
     std::free(memory);
 }
 void operator delete[](void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
-void operator delete(void* memory, const std::nothrow_t&) noexcept
-{
-    std::free(memory);
-}
-void operator delete[](void* memory, const std::nothrow_t&) noexcept
 {
     std::free(memory);
 }

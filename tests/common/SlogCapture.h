@@ -40,15 +40,16 @@ public:
         ::close(m_file);
     }
 
-    SlogCapture(const SlogCapture&) = delete;
-    SlogCapture& operator=(const SlogCapture&) = delete;
+    Q_DISABLE_COPY(SlogCapture)
 
     /// Each line so far as "severity: text".
     QStringList lines() const
     {
         const QByteArray mark("zelplatform[severity ");
+        QByteArray text(static_cast<qsizetype>(::lseek(m_file, 0, SEEK_END)), '\0');
+        text.truncate(::pread(m_file, text.data(), static_cast<size_t>(text.size()), 0));
         QStringList lines;
-        for (const QByteArray& line : written().split('\n')) {
+        for (const QByteArray& line : text.split('\n')) {
             if (line.startsWith(mark))
                 lines.append(
                     QString::fromUtf8(line.mid(mark.size())).replace(QStringLiteral("]: "), QStringLiteral(": ")));
@@ -60,19 +61,8 @@ private:
     static void configure(const QByteArray& level)
     {
         qputenv("ZEL_SLOG", "stderr");
-        if (level.isNull())
-            qunsetenv("ZEL_SLOG_LEVEL");
-        else
-            qputenv("ZEL_SLOG_LEVEL", level);
+        level.isNull() ? qunsetenv("ZEL_SLOG_LEVEL") : qputenv("ZEL_SLOG_LEVEL", level);
         slog_reload();
-    }
-
-    QByteArray written() const
-    {
-        QByteArray text(static_cast<qsizetype>(::lseek(m_file, 0, SEEK_END)), '\0');
-        const auto count = ::pread(m_file, text.data(), static_cast<size_t>(text.size()), 0);
-        text.truncate(count < 0 ? 0 : static_cast<qsizetype>(count));
-        return text;
     }
 
     const QByteArray m_levelBefore = qgetenv("ZEL_SLOG_LEVEL");

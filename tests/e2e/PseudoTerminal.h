@@ -102,21 +102,15 @@ private:
         for (pollfd waiting{m_terminal, POLLIN, 0}; ::poll(&waiting, 1, 0) > 0 && ::read(m_terminal, &byte, 1) == 1;) {
             if (!m_escape.isEmpty() || byte == '\033')
                 escape(byte);
-            else
-                plain(byte);
+            else if (byte == '\r')
+                m_column = 0;
+            else if (byte == '\n')
+                goToRow(m_row + 1);
+            else if (byte == '\b')
+                --m_column;
+            else if (byte >= ' ')
+                put(byte);
         }
-    }
-
-    void plain(char byte)
-    {
-        if (byte == '\r')
-            m_column = 0;
-        else if (byte == '\n')
-            goToRow(m_row + 1);
-        else if (byte == '\b')
-            --m_column;
-        else if (byte >= ' ')
-            put(byte);
     }
 
     void put(char byte)
