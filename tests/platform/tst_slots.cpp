@@ -87,8 +87,11 @@ void TstSlots::maySpinAnEventLoopAndDestroyTheObjectThatSignals_data()
     row("item", &ProfileBox::itemAdded, "listAdd", R"({"type":"profileBoxItem","elements":[{"itemId":"%1"}]})",
         nullptr);
     row("eco identifier", &Utils::ecoIdUpdated, "requestEcoIdResponse", R"({"ppid":"p","ecoId":"%1"})", "p new");
+    row("eco identifier of nobody", &Utils::ecoIdUpdated, "requestEcoIdResponse", "{}", "");
     row("eco status", &Utils::ecoIdStatusUpdated, "requestEcoIdStatusResponse", R"({"ecoId":"e","status":"%1"})",
         "e ContactExists", {"Unknown", "ContactExists", "Unknown"});
+    row("eco status by an enumerator and no word", &Utils::ecoIdStatusUpdated, "requestEcoIdStatusResponse",
+        R"({"ecoId":"e","status":"%1"})", "e Unknown", {"ContactExists", "PendingContactInviteExists", "Unknown"});
 }
 
 ZEL_TEST(TstSlots)

@@ -95,15 +95,9 @@ void TstGlobalsManager::tellsItsStory_data()
         QTest::newRow(name) << QString(QLatin1String(before) + QLatin1String(then) + QLatin1String(story));
     };
 
-    row("success is the facade's to tell", R"(
-        turn                                             -> requestListElements permission global
-        answer permission "registrationState":"Success"  -> gate registered
-        change permission "showAppBox":true
-        change permission "registrationState":"Error"    -> state Error
-        change permission "registrationState":"Success"  -> gate registered
+    row("a registration that there is", R"(
         register                                         -> state Success
-    )",
-        "");
+    )");
     row("what is of no type stays as it was", R"(
         turn                                             -> requestListElements permission global
         show                                             -> 0 0 0
