@@ -42,11 +42,8 @@ struct CountedMonitor
 template <class T>
 class EditableList : public iface::BaseListImpl<T>
 {
-    using ChangeType = iface::ObservableListImpl::ChangeType;
-
 public:
-    EditableList() = default;
-    explicit EditableList(const QList<T>& items) { this->m_list = items; }
+    explicit EditableList(const QList<T>& items = {}) { this->m_list = items; }
 
     const QList<T>& items() const { return this->m_list; }
     int size() const { return int(this->m_list.size()); }

@@ -16,10 +16,7 @@
 #include <QtCore/QPointer>
 #include <QtTest>
 
-#include <algorithm>
 #include <memory>
-#include <numeric>
-#include <utility>
 #include <vector>
 
 using namespace Qt::StringLiterals;
