@@ -7,10 +7,7 @@
 
 #include <utility>
 
-/// A clock that stands still until the test moves it. Install it before whatever uses it is made:
-///
-///     const auto clock = FakeClock::install();
-///     clock->advance(30 * 1000);
+/// A clock that stands still until the test moves it. Install it before whatever uses it is made.
 class FakeClock : public iface::Clock
 {
 public:

@@ -19,10 +19,6 @@
 
 /// A pipe whose other end is the test: keeps what is sent, and delivers what the test injects through the real decoder
 /// and reader, as the channel does.
-///
-///     pipe->inject(R"({"listAll":{"type":"global"}})");
-///     QVERIFY(pipe->expectSentText(R"({"requestListAll":{"type":"global"}})"));
-///     QVERIFY(pipe->expectNothingSent());
 class FakePipe : public zel::JsonPipe
 {
 public:

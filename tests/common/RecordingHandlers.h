@@ -44,7 +44,6 @@ private:
     std::function<void()> m_action;
 };
 
-/// What any of the managers asks of its handler.
 struct RecordingHandler
 {
     using Contact = zelsplib::PlatformContact;

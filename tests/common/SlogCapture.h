@@ -13,10 +13,6 @@
 #include <unistd.h>
 
 /// Catches what the system log takes while it lives, of every severity unless told otherwise.
-///
-///     SlogCapture log;
-///     ...
-///     QCOMPARE(log.lines(), QStringList{QStringLiteral("2: Error:x")});
 class SlogCapture
 {
 public:

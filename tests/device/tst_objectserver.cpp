@@ -23,7 +23,6 @@ using vx::system::ObjectServer;
 
 namespace {
 
-// A client on a bare socket.
 class Client
 {
 public:

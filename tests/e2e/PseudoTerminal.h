@@ -69,7 +69,6 @@ public:
         return false;
     }
 
-    /// The line at the cursor, as it is now.
     QByteArray line()
     {
         draw();

@@ -6,6 +6,7 @@
 #include <QtCore/QFile>
 #include <QtCore/QList>
 #include <QtCore/QProcess>
+#include <QtCore/QRegularExpression>
 #include <QtCore/QStringList>
 #include <QtTest/QTest>
 
@@ -43,9 +44,8 @@ public:
         takeUntil("Unregistered");
     }
 
-    /// One line to standard input.
     void write(const QByteArray& line) { m_process.write(line + '\n'); }
-    /// The next line that was not taken yet, whatever it is; empty when none comes.
+    /// The next line; empty when none comes.
     QByteArray takeLine()
     {
         // The event loop runs meanwhile: the other end of the object lives in this process.
@@ -60,7 +60,6 @@ public:
         const qsizetype start = std::exchange(m_taken, m_output.indexOf('\n', m_taken) + 1);
         return m_output.mid(start, m_taken - 1 - start);
     }
-    /// Sends a command and takes the next line.
     QByteArray ask(const QByteArray& command)
     {
         write(command);
@@ -76,15 +75,13 @@ public:
     /// How often its threads have gone to sleep: once more for every time that something woke one of them.
     int timesAsleep() const
     {
-        constexpr QByteArrayView label = "\nvoluntary_ctxt_switches:";
+        static const QRegularExpression count(QStringLiteral("\nvoluntary_ctxt_switches:\\s*(\\d+)"));
         int times = 0;
         const QDir threads(QStringLiteral("/proc/%1/task").arg(m_process.processId()));
         for (const QString& thread : threads.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
             QFile status(threads.filePath(thread + QStringLiteral("/status")));
-            if (!status.open(QIODevice::ReadOnly))
-                continue;
-            const QByteArray text = status.readAll();
-            times += text.mid(text.indexOf(label) + label.size()).trimmed().split('\n').first().toInt();
+            if (status.open(QIODevice::ReadOnly))
+                times += count.match(QString::fromLatin1(status.readAll())).captured(1).toInt();
         }
         return times;
     }

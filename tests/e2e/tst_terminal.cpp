@@ -86,8 +86,7 @@ private Q_SLOTS:
     void saysWhatIsBeingWaitedFor()
     {
         m_service->setRegistrationState(u"Pending"_s);
-        m_terminal =
-            std::make_unique<PseudoTerminal>(QStringList{QStringLiteral(ZELCTL_PATH), u"contacts"_s}, m_environment);
+        start({QStringLiteral(ZELCTL_PATH), u"contacts"_s}, {});
         // On a slow machine the first second or two go by before the registration has begun.
         QTRY_VERIFY_WITH_TIMEOUT(m_terminal->line().startsWith("Waiting for the registration, "), 10'000);
         m_service->setRegistrationState(u"Success"_s);
@@ -122,19 +121,13 @@ private:
         return "Context         registrationStateUpdated  state=\"" + state + '"';
     }
 
-    void startSimulator()
+    void start(const QStringList& words, const QByteArrayList& rows)
     {
-        const QStringList words{QStringLiteral(ZELCORE_SIM), u"--root"_s, root()};
         m_terminal = std::make_unique<PseudoTerminal>(words, m_environment);
-        QVERIFY(m_terminal->shows({"zelcore-sim> "}));
+        QVERIFY(m_terminal->shows(rows));
     }
-
-    void startZelctl()
-    {
-        const QStringList words{QStringLiteral(ZELCTL_PATH), u"shell"_s};
-        m_terminal = std::make_unique<PseudoTerminal>(words, m_environment);
-        QVERIFY(m_terminal->shows({signalLine("Unregistered"), "zelctl> "}));
-    }
+    void startSimulator() { start({QStringLiteral(ZELCORE_SIM), u"--root"_s, root()}, {"zelcore-sim> "}); }
+    void startZelctl() { start({QStringLiteral(ZELCTL_PATH), u"shell"_s}, {signalLine("Unregistered"), "zelctl> "}); }
 
     bool types(const QByteArray& keys, const QByteArrayList& rows)
     {

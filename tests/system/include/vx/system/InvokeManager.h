@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-namespace vx {
-namespace system {
+namespace vx::system {
 
 class InvokeRequest;
 
@@ -12,5 +11,4 @@ public:
     bool invoke(const InvokeRequest& request);
 };
 
-} // namespace system
-} // namespace vx
+} // namespace vx::system
