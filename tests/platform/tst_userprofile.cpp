@@ -86,6 +86,7 @@ private Q_SLOTS:
         m_desk->changeState(u"Success"_s);
         QVERIFY(m_desk->settle());
         QCOMPARE(heard.lines(), QStringList({u"changed | "_s, u"changed | "_s, u"changed | Changed meanwhile"_s}));
+        QCOMPARE(profile.handle(), u"my-handle"_s);
     }
 
 private:

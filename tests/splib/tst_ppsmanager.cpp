@@ -41,14 +41,17 @@ private Q_SLOTS:
         QSignalSpy records(&m_server, &vx::system::ObjectServer::recordReceived);
         const SlogCapture log;
         m_manager->send(u"{\"%1\":1}"_s);
+        m_manager->send(QString());
         m_manager->dispatchMessageReceived(u"@platform\ndat:json:{\"%1\":1}\n"_s);
         m_manager->dispatchMessageReceived(u"nonsense"_s);
         QCOMPARE(log.lines(), (QStringList{u"6: sending json string to zelcore ==>: {\"%1\":1}"_s,
+                                           u"6: sending json string to zelcore ==>: "_s,
                                            u"6: received json string from zelcore <==: {\"%1\":1}"_s,
                                            u"2: Error:PPSManager::getJsonFromPps(): invalid input: 1%"_s,
                                            u"6: received json string from zelcore <==: "_s}));
-        QTRY_COMPARE(records.size(), 1);
+        QTRY_COMPARE(records.size(), 2);
         QCOMPARE(records[0][1].toByteArray(), QByteArray("msg::zel\ndat:json:{\"%1\":1}\n"));
+        QCOMPARE(records[1][1].toByteArray(), QByteArray("msg::zel\ndat:json:\n"));
     }
 
     void dispatchesTheFirstMemberOfItsObject()
