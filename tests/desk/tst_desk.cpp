@@ -52,21 +52,17 @@ private Q_SLOTS:
                 const QStringList ids = m_simulator->contactIds();
                 const QString id = ids.isEmpty() ? QString() : ids.at(random.bounded(int(ids.size())));
                 zelcore::Person person = m_simulator->contact(id);
-                switch (ids.isEmpty() ? 0 : random.bounded(6)) {
-                case 0:
+                const int kind = ids.isEmpty() ? 0 : random.bounded(6);
+                if (kind == 0) {
                     contacts.generate(random.bounded(20) + 1);
-                    break;
-                case 1:
+                } else if (kind == 1) {
                     contacts.remove(id);
-                    break;
-                case 2:
+                } else if (kind == 2) {
                     contacts.setInstalled(id, !m_simulator->hasApplication(id));
-                    break;
-                case 3: // is last then, under the same key
+                } else if (kind == 3) { // is last then, under the same key
                     m_simulator->removeContact(id);
                     m_simulator->addContact(person, false);
-                    break;
-                default:
+                } else {
                     person.displayName = u"Name %1"_s.arg(random.bounded(2));
                     m_simulator->changeContact(person);
                 }
@@ -103,10 +99,7 @@ private Q_SLOTS:
 
         const auto tells = [&](const char* text) {
             application.synchronize();
-            const bool isTold = std::any_of(application.records.cbegin(), application.records.cend(),
-                                            [text](const QByteArray& record) { return record.contains(text); });
-            application.records.clear();
-            return isTold;
+            return std::exchange(application.records, {}).join().contains(text);
         };
         PersonModel& user = *m_desk->user();
         QVERIFY(user.setData(user.index(0), u"Robin at the desk"_s, PersonModel::ValueRole));

@@ -53,8 +53,7 @@ private Q_SLOTS:
     void init()
     {
         m_simulator = std::make_unique<Simulator>();
-        QString error;
-        QVERIFY2(m_simulator->start(&error), qPrintable(error));
+        QVERIFY(m_simulator->start());
     }
 
     void registersAndShowsTheWay()
