@@ -173,6 +173,9 @@ private Q_SLOTS:
                 follower.follow(*observable);
             QVERIFY(lives(std::move(observable), &ObservableImpl::observableChanged, notify));
         }
+        // Each is heard where nobody listens to the others.
+        const auto add = [](EditableList<int>& list) { list.append(1); };
+        QVERIFY(lives(EditableListPointer<int>(new EditableList<int>), &ObservableListImpl::itemAdded, add));
         const auto remove = [](EditableList<int>& list) { list.remove(0); };
         QVERIFY(lives(EditableListPointer<int>(new EditableList<int>({1})), &ObservableListImpl::itemRemoved, remove));
         const auto set = [](PlainMap<int, int>& map) { map.set({{1, 1}}); };

@@ -3,8 +3,6 @@
 
 #include <iface/ObservableMapImplFunctorAdapter.h>
 
-#include <QtTest/QSignalSpy>
-
 using namespace iface;
 
 namespace {
