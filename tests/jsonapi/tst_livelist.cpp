@@ -12,8 +12,6 @@
 #include <iface/ObservableMonitor.h>
 #include <zel/LiveList.h>
 
-#include <QtCore/QRegularExpression>
-
 using List = zel::LiveList<Note>;
 using Handle = iface::ObservableList<Note, List>;
 
