@@ -42,12 +42,8 @@ class TstObservableMap : public QObject
 private Q_SLOTS:
     void answersDefaultsForMissingKeys()
     {
-        for (const auto& values :
-             {ObservableMap<QString, Value>(new ObservableMapImpl<QString, Value>), ObservableMap<QString, Value>()}) {
-            const Value missing = values.get(u"x"_s);
-            QVERIFY(missing.impl());
-            QCOMPARE(missing.getValue(), 0);
-        }
+        for (const auto& values : {ObservableMap<int, Value>(new ObservableMapImpl<int, Value>), {}})
+            QVERIFY(values.get(1).impl() && values.get(1).getValue() == 0);
     }
 
     void announcesKeysFirstThenThePlainChange()
