@@ -11,9 +11,9 @@ namespace iface {
 
 /// A map through two maps: keys to what the first has for them, and that to what the second has for it.
 ///
-/// It holds both maps for its whole life. A change of the first is its own change, under the same keys or without. The
-/// keys of the second cannot be translated back, so a change there is announced without keys: plain observers alone
-/// hear of it.
+/// It holds both maps for its whole life, and itself while it is asked: they may drop the last handle of it. A change
+/// of the first is its own change, under the same keys or without. The keys of the second cannot be translated back, so
+/// a change there is announced without keys: plain observers alone hear of it.
 template <class K, class M, class V>
 class CompositeMap : public ObservableMapImpl<K, V>
 {

@@ -27,7 +27,8 @@ namespace iface {
 ///     QCOMPARE(mirror.take(), QStringList{"added 0"});
 ///
 /// It keeps the list alive. Attach it before any handler that changes the list: a mirror, like any view by index, has
-/// to hear of a change before the next one is made. One thread, that of the list.
+/// to hear of a change before the next one is made. One thread, that of the list. It is for tests: every announcement
+/// takes it time with the length of the list, and one with a mapper with the square of that.
 template <class T>
 class ListMirror
 {

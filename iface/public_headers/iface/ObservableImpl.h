@@ -25,14 +25,21 @@ struct MapChange;
 /// and what observers read meanwhile is no dependency of a computation that is being tracked on this thread.
 ///
 /// Change first, then notify: an observer may read anything, and finds everything in agreement. It may also add and
-/// remove observers (new ones hear the next change), change the observable again (that change is announced there and
-/// then, in full), drop the last handle, destroy an observable that is not counted, spin an event loop, or throw. What
-/// is thrown reaches the caller of notifyObservers() when all has been announced; whether later receivers of the same
-/// signal were called is not promised.
+/// remove observers, change the observable again (that change is announced there and then, in full), drop the last
+/// handle, destroy an observable that is not counted, spin an event loop, or throw. What is thrown reaches the caller
+/// of notifyObservers() when all has been announced; whether later receivers of the same signal were called is not
+/// promised.
+///
+/// Whoever begins to observe hears of what changes from then on. He may also hear of a change that the round under way
+/// has yet to announce, and that he could read already: a list then announces it as a Reset, so that nobody takes it in
+/// twice; a key of a map, or a plain change, is announced as it is, which does no harm.
 ///
 /// Emitting the signal itself reaches its receivers and nobody else. What follows an observable (derived lists and
 /// maps, filters, monitors) does not come through addObserver() when it lives in the same thread; an observable that
 /// has to know of everybody who observes it derives from Observable.
+///
+/// Observables, handles and observers must be gone before main() returns: they use what the thread keeps for them, and
+/// that ends before static objects do.
 class ZEL_EXPORT ObservableImpl : public QObject, public Observable
 {
     Q_OBJECT

@@ -23,7 +23,9 @@ namespace iface {
 /// complains about a list that does not keep to its announcements.
 ///
 /// IndexesChanged moves items and leaves them what they were; an item that changed as well is announced as updated,
-/// too. That an item is announced as updated need not mean that it differs.
+/// too. That an item is announced as updated need not mean that it differs. Several changes of
+/// which nobody has been told yet are announced as one: as IndexesChanged if all were moves, and a thousand at most; as
+/// DataChanged, or an update of the one item, if all were updates; else as a Reset.
 class ZEL_EXPORT ObservableListImpl : public ObservableImpl
 {
     Q_OBJECT
@@ -34,9 +36,10 @@ public:
         enum Type {
             /// The whole content may be another: read everything again.
             Reset = 0,
-            /// Items were dropped, added or moved, as the mapper tells.
+            /// Items were dropped, added or moved, as the mapper tells; without one, read everything again.
             IndexesChanged = 1,
-            /// Contents of several items changed in place; no index moved.
+            /// Contents of several items changed in place, and no index moved. But a filtered list passes that on from
+            /// its input, and may be longer or shorter by then: read everything again, the length as well.
             DataChanged = 2
         };
     };
@@ -50,7 +53,8 @@ public:
         virtual ~IndexMapper();
 
         /// Whether the item at `oldPath` still exists. If so, its new path goes to `newPath`, otherwise -1 to
-        /// `removed`; either may be null. Paths that are empty, too long or out of range were no item: false.
+        /// `removed`; either may be null. Paths that are empty, too long or below 0 were no item: false. So were those
+        /// past the end, as far as a mapper knows where that was (an ItemMovedMapper does not).
         virtual bool newIndexPath(QVariantList* newPath, int* removed, const QVariantList& oldPath) const = 0;
 
     protected:

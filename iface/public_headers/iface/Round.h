@@ -23,12 +23,13 @@ class DerivedList;
 /// from what changed takes the change in, and then everything that changed is announced, once, in the order in which it
 /// changed; monitors run last. So nobody who is called finds one list ahead of another.
 ///
-/// fire...() and notifyObservers() make a round by themselves. A change made while one is being announced is a round of
-/// its own, announced in full before the other goes on, together with what that had not yet announced of the same
-/// containers. A change made during the first step (by a filter that does more than judge) joins the round.
+/// fire...() and notifyObservers() make a round by themselves, or none if nobody follows what changed: then there is
+/// nothing to take in. A change made while one is being announced is a round of its own, announced in full before the
+/// other goes on, together with what that had not yet announced of the same containers. A change made during the first
+/// step (by a filter that does more than judge) joins the round.
 ///
-/// What handlers throw does not keep anything from being announced: the first exception goes on when all has been done.
-/// Rounds of different threads have nothing to do with each other.
+/// What filters, maps, followers and handlers throw does not keep anything from being announced: the first exception
+/// goes on when all has been done. Rounds of different threads have nothing to do with each other.
 class ZEL_EXPORT Round
 {
 public:
@@ -37,7 +38,10 @@ public:
     template <class Function>
     static void together(Function&& function);
 
-    /// Tells rounds of this thread apart: that of the innermost one under way, 0 if there is none.
+    /// Tells rounds of this thread apart: that of the innermost one under way, 0 if there is none (a change that nobody
+    /// follows makes none). A change may be announced in another round than the one in which it was made: when a slot
+    /// makes a change, what was outstanding of the same containers comes with that, and with it the calls of a cached
+    /// list's functions.
     static unsigned number();
 
 private:
