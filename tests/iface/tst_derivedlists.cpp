@@ -13,31 +13,6 @@ using Transformed = LazyTransformedObservableListImpl<K, V>;
 
 namespace {
 
-/// Items are numbers of flags; an item passes while its flag is set, unless it is below a limit that all share.
-struct Flags
-{
-    explicit Flags(int count)
-    {
-        for (int i = 0; i < count; ++i)
-            flags.append(NumberPointer(new Number(i % 2 == 0)));
-    }
-
-    bool passes(int item) const { return item >= limit->getValue() && flags.at(item)->getValue(); }
-
-    /// Where each item stands in a filtered list, -1 for those that do not pass.
-    Items positions(const Items& items) const
-    {
-        int next = 0;
-        Items positions;
-        for (const int item : items)
-            positions.append(passes(item) ? next++ : -1);
-        return positions;
-    }
-
-    QList<NumberPointer> flags;
-    NumberPointer limit{new Number(0)};
-};
-
 /// The indexes in what a list announced, in the words of a ListMirror.
 Items indexesIn(const QString& words)
 {
@@ -144,11 +119,23 @@ private Q_SLOTS:
             std::generate(items.begin(), items.end(), makeItem);
             const EditableListPointer<int> edited(new EditableList<int>(items));
             const ObservableList<int> input(edited.data());
-            Flags flags(itemCount);
+            // Items are numbers of flags; one passes while its flag is set, unless it is below a limit that all share.
+            QList<NumberPointer> flags;
+            for (int i = 0; i < itemCount; ++i)
+                flags.append(NumberPointer(new Number(i % 2 == 0)));
+            const NumberPointer limit(new Number(0));
+            const auto passes = [&](int item) { return item >= limit->getValue() && flags.at(item)->getValue(); };
+            const auto positionsOf = [&](const Items& list) { // -1 for those that do not pass
+                int next = 0;
+                Items positions;
+                for (const int item : list)
+                    positions.append(passes(item) ? next++ : -1);
+                return positions;
+            };
             const QExplicitlySharedDataPointer<PlainMap<int, int>> map(new PlainMap<int, int>);
             int judged = 0;
-            const auto filtered = FilteredObservableList<int>::create(
-                input, [&](int item) { return ++judged > 0 && flags.passes(item); });
+            const auto filtered =
+                FilteredObservableList<int>::create(input, [&](int item) { return ++judged > 0 && passes(item); });
             const auto transformed = TransformedObservableList::create<int, int>(
                 input, ObservableMap<int, int>(map.data()), Transformed<int, int>::KeepsEverything);
             CachedObservableList<int> cached(input);
@@ -166,7 +153,7 @@ private Q_SLOTS:
 
             for (int step = 0; step < 400 || edited->size() > 0; ++step) { // in the end it is emptied
                 const Items before = edited->items();
-                const Items positionsBefore = flags.positions(before);
+                const Items positionsBefore = positionsOf(before);
                 const Items valuesBefore = throughMap(before, *map);
                 const int kind = random.bounded(12);
                 const int size = edited->size();
@@ -179,10 +166,10 @@ private Q_SLOTS:
                     edited->remove(size / 3 + random.bounded((size + 2) / 3));
                 else if (kind < 5)
                     editAtRandom(*edited, random, makeItem, 100 + 2 * count);
-                else if (kind == 5 && flags.limit->setValue(random.bounded(3) ? 0 : item))
+                else if (kind == 5 && limit->setValue(random.bounded(3) ? 0 : item))
                     toJudge = size;
-                else if (kind < 10 && flags.flags.at(item)->setValue(random.bounded(2)))
-                    toJudge = item < flags.limit->getValue() ? 0 : int(before.count(item)); // others never looked at it
+                else if (kind < 10 && flags.at(item)->setValue(random.bounded(2)))
+                    toJudge = item < limit->getValue() ? 0 : int(before.count(item)); // others never looked at it
                 else
                     map->set({{item, random.bounded(3)}, {makeItem(), random.bounded(3)}});
                 const Items after = edited->items();
@@ -191,7 +178,7 @@ private Q_SLOTS:
                 std::iota(stay.begin(), stay.end(), 0);
 
                 QStringList expected;
-                const Items positions = flags.positions(after);
+                const Items positions = positionsOf(after);
                 if (!changes.isEmpty() || positionsBefore != positions)
                     expected = announcedByAFilter(changes.value(0, Mirror::inWords(ChangeType::IndexesChanged, stay)),
                                                   positionsBefore, positions);
