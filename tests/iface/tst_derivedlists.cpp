@@ -133,6 +133,11 @@ private Q_SLOTS:
                 return positions;
             };
             const QExplicitlySharedDataPointer<PlainMap<int, int>> map(new PlainMap<int, int>);
+            const auto throughMap = [&](Items keys) { // each with its value, as one number
+                for (int& key : keys)
+                    key = 10 * key + map->contents.value(key);
+                return keys;
+            };
             int judged = 0;
             const auto filtered =
                 FilteredObservableList<int>::create(input, [&](int item) { return ++judged > 0 && passes(item); });
@@ -154,7 +159,7 @@ private Q_SLOTS:
             for (int step = 0; step < 400 || edited->size() > 0; ++step) { // in the end it is emptied
                 const Items before = edited->items();
                 const Items positionsBefore = positionsOf(before);
-                const Items valuesBefore = throughMap(before, *map);
+                const Items valuesBefore = throughMap(before);
                 const int kind = random.bounded(12);
                 const int size = edited->size();
                 const int item = makeItem();
@@ -186,7 +191,7 @@ private Q_SLOTS:
                 QCOMPARE(plain.size(), expected.size());
                 plain.clear();
                 QCOMPARE(transformedMirror.take(),
-                         announcedThroughAMap(changes.value(0), valuesBefore, throughMap(after, *map)));
+                         announcedThroughAMap(changes.value(0), valuesBefore, throughMap(after)));
                 QCOMPARE(std::exchange(told, {}), changes);
                 QCOMPARE(judged, changes.isEmpty() ? toJudge : judgedUpon(changes.first(), int(after.size())));
                 QCOMPARE(filtered.size(), int(positions.size() - positions.count(-1)));
@@ -391,15 +396,6 @@ private Q_SLOTS:
         QCOMPARE(told, (QStringList{u"0 0 first"_s, u"0 first second"_s, u"-1 1"_s, u"0 second third"_s}));
         QCOMPARE(change(0, QString()), u"removed 0"_s);
         QCOMPARE(mirror.complaint(), QString());
-    }
-
-private:
-    /// Key and value of each item, as one number.
-    static Items throughMap(Items items, const PlainMap<int, int>& map)
-    {
-        for (int& item : items)
-            item = 10 * item + map.contents.value(item);
-        return items;
     }
 };
 
