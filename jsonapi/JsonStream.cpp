@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <zel/JsonStream.h>
 
+#include <iface/detail/MakeShared.h>
+
 #include <zel/JsonStreamFunctorAdapter.h>
 #include <zel/detail/MessageOrder.h>
 
@@ -28,7 +30,7 @@ void JsonStream::send(const QString& id, const QByteArray& data)
     const QByteArray text = data.toBase64();
     for (qsizetype at = 0; at < text.size(); at += CHUNK_SIZE) {
         const qsizetype size = qMin<qsizetype>(CHUNK_SIZE, text.size() - at);
-        const auto message = QSharedPointer<JsonWriter>::create(u"stream"_s, u"zel"_s);
+        const auto message = iface::detail::makeShared<JsonWriter>(u"stream"_s, u"zel"_s);
         message->addAttribute(u"id"_s, id);
         message->addAttribute(u"value"_s, QString::fromLatin1(text.constData() + at, size));
         if (at + size == text.size()) {

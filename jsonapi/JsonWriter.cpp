@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <zel/JsonWriter.h>
 
+#include <iface/detail/MakeShared.h>
+
 #include <device/Encoder.h>
 
 #include <QtCore/QDebug>
@@ -184,7 +186,8 @@ QSharedPointer<JsonWriter> JsonWriter::addChild(const QString& name, AttributeTy
     if (isReadOnly()) {
         return {};
     }
-    return QSharedPointer<JsonWriter>::create(m_type == Array ? QString() : name, type, m_tree);
+    return iface::detail::shared(
+        std::unique_ptr<JsonWriter>(new JsonWriter(m_type == Array ? QString() : name, type, m_tree)));
 }
 
 QString JsonWriter::toString()

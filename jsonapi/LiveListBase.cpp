@@ -3,6 +3,7 @@
 
 #include <iface/Logging.h>
 #include <iface/Realm.h>
+#include <iface/detail/MakeShared.h>
 
 #include <utility>
 
@@ -35,7 +36,7 @@ void LiveListBase::requestAgain()
 
 void LiveListBase::requestListAll() const
 {
-    send(QSharedPointer<JsonWriter>::create(u"requestListAll"_s, u"zel"_s));
+    send(iface::detail::makeShared<JsonWriter>(u"requestListAll"_s, u"zel"_s));
 }
 
 void LiveListBase::listAll(iface::JsonObjectReader)

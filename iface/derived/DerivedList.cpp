@@ -46,6 +46,9 @@ int DerivedList::inputCount() const
 void DerivedList::follow(ObservableListImpl* input)
 {
     detach();
+    if (input && input->thread() != thread())
+        ZEL_IFACE_LOG("DerivedList.cpp", __LINE__, LogLevel::Error, LogCategory::General,
+                      u"A list is derived from one of another thread; neither is safe to use"_s);
     if (input)
         Follower::follow(*input);
     QExplicitlySharedDataPointer<ObservableListImpl> other(input);
@@ -68,8 +71,10 @@ void DerivedList::mark(const Change& change)
     // A list that only said that something about it changed, without saying what of its items, has changed none.
     if (change.kind <= Change::Keys)
         return;
-    m_pending = m_isTaking ? Change{Change::Reset} : merged(m_pending, change);
+    const Change before = std::exchange(m_pending, {Change::Reset}); // also where there is no memory to merge them
     markBehind();
+    if (!m_isTaking)
+        m_pending = merged(before, change);
 }
 
 void DerivedList::markBehind()
@@ -100,6 +105,17 @@ bool DerivedList::mayTakeAgain()
     return m_takes++ < MostRuns;
 }
 
+void DerivedList::takePending()
+{
+    const bool wasBroken = std::exchange(m_isBroken, false);
+    const Change change = wasBroken ? Change{Change::Reset} : m_pending;
+    m_pending = {};
+    if (!thrown().guard([&] { take(change); }))
+        takeInAnew();
+    else if (wasBroken)
+        note({Change::Reset});
+}
+
 DerivedList::Hold DerivedList::settle()
 {
     const ObservableTracker::Suspension untracked;
@@ -122,14 +138,13 @@ DerivedList::Hold DerivedList::settle()
         m_isBehind = false;
         --t_behindCount;
         if (!mayTakeAgain()) {
+            takeInAnew();
             ZEL_IFACE_LOG("DerivedList.cpp", __LINE__, LogLevel::Error, LogCategory::General,
                           u"A derived list keeps changing what it is made of; it may be incomplete"_s);
-            m_pending = {Change::Reset}; // the next change has everything taken in anew
             return hold;
         }
         const QScopedValueRollback<bool> taking(m_isTaking, true);
-        if (!thrown().guard([this] { take(std::exchange(m_pending, Change())); }))
-            m_pending = {Change::Reset}; // what was taken in in part is taken in anew with the next change
+        takePending();
     } while (t_behindCount > 0);
     return hold;
 }

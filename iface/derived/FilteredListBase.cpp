@@ -6,8 +6,10 @@
 
 #include <iface/ObservableTracker.h>
 #include <iface/PrecomputedMapper.h>
-#include <iface/detail/FirstException.h>
 #include <iface/detail/FlipMapper.h>
+#include <iface/detail/MakeShared.h>
+
+#include <QtCore/QScopeGuard>
 
 #include <algorithm>
 #include <utility>
@@ -49,7 +51,7 @@ void FilteredListBase::settleOthers()
 
 void FilteredListBase::take(const Change& change)
 {
-    Change made = takeInput(fitting(change, m_places.size()));
+    Change made = takeInput(m_dependencies->isAnyLost() ? Change{Change::Reset} : fitting(change, m_places.size()));
     if (!isOvertaken())
         made = merged(made, judgedAnew());
     if (made.kind != Change::None)
@@ -106,13 +108,13 @@ Change FilteredListBase::rebuilt(const Change& change)
     const int count = inputCount();
     m_dependencies->takeDirty();
     IndexedSequence before;
+    const auto release = qScopeGuard([&] { releaseNodes(before); });
     if (change.kind != Change::Data || count != m_places.size()) {
+        before.reset(count);
         before.swap(m_places);
-        m_places.reset(count);
     }
     for (int i = 0; i < count && !isOvertaken(); ++i)
         m_places.setMarked(i, judge(i));
-    releaseNodes(before);
     return change;
 }
 
@@ -125,19 +127,20 @@ Change FilteredListBase::remapped(const IndexMapper& mapper)
     for (int i = 0; i < m_places.size(); ++i)
         translated[i] = translate(i, count);
 
-    IndexedSequence before;
-    before.swap(m_places);
-    m_places.reset(count);
     std::vector<bool> isKept(count);
     QList<int> movedTo;
-    movedTo.reserve(before.markedCount());
+    movedTo.reserve(m_places.markedCount());
+    IndexedSequence before;
+    const auto release = qScopeGuard([&] { releaseNodes(before); });
+    before.reset(count);
+    before.swap(m_places);
     for (int i = 0; i < before.size(); ++i) {
         int& to = translated[i];
         if (to >= 0 && isKept[to])
             to = -1;
         if (to >= 0) {
             isKept[to] = true;
-            m_places.setItem(to, before.setItem(i, nullptr));
+            setNode(to, before.setItem(i, nullptr));
             m_places.setMarked(to, before.isMarked(i));
         }
         if (before.isMarked(i))
@@ -147,10 +150,9 @@ Change FilteredListBase::remapped(const IndexMapper& mapper)
         if (!isKept[i])
             m_places.setMarked(i, judge(i));
     }
-    releaseNodes(before);
     for (int& to : movedTo)
         to = to >= 0 ? m_places.rank(to) : -1;
-    return {Change::Moved, -1, QSharedPointer<PrecomputedMapper>::create(movedTo)};
+    return {Change::Moved, -1, detail::makeShared<PrecomputedMapper>(movedTo)};
 }
 
 /// Judges the dirty items, with all verdicts taken before any is acted upon.
@@ -187,7 +189,7 @@ QSharedPointer<ObservableListImpl::IndexMapper> FilteredListBase::turn()
         grownBy += passes ? 1 : -1;
         m_places.setMarked(index, passes);
     }
-    return QSharedPointer<FlipMapper>::create(std::move(dropped), std::move(taken), oldCount);
+    return detail::makeShared<FlipMapper>(std::move(dropped), std::move(taken), oldCount);
 }
 
 bool FilteredListBase::judge(int index)
@@ -195,7 +197,7 @@ bool FilteredListBase::judge(int index)
     auto* const node = static_cast<Node*>(m_places.item(index));
     Dependencies::Run run(*m_dependencies, node);
     bool isPassing = false;
-    thrown().guard([&] { ObservableTracker::runInto(&run, [&] { isPassing = passes(input()->itemAt(index)); }); });
+    guardItem([&] { ObservableTracker::runInto(&run, [&] { isPassing = passes(input()->itemAt(index)); }); });
     if (Node* const now = run.finish(); now != node)
         setNode(index, now);
     return isPassing;
@@ -203,7 +205,10 @@ bool FilteredListBase::judge(int index)
 
 void FilteredListBase::setNode(int index, Item* node)
 {
-    if (auto* const before = static_cast<Node*>(m_places.setItem(index, node)))
+    auto release = qScopeGuard([&] { m_dependencies->release(static_cast<Node*>(node)); }); // there is no place for it
+    auto* const before = static_cast<Node*>(m_places.setItem(index, node));
+    release.dismiss();
+    if (before)
         m_dependencies->release(before);
 }
 

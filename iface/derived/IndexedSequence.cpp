@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <new>
 #include <utility>
 
 namespace iface::detail {
@@ -71,6 +72,8 @@ struct IndexedSequence::Block
 
     void insert(int offset, int size, Item* item)
     {
+        if (item)
+            makeItems();
         const int first = offset / WordBits;
         for (int word = size / WordBits; word > first; --word)
             marks[word] = marks[word] << 1 | marks[word - 1] >> (WordBits - 1);
@@ -109,16 +112,21 @@ struct IndexedSequence::Block
         return item;
     }
 
-    void place(int offset, Item* item)
+    /// Before anything is changed: there may be no memory.
+    void makeItems()
     {
         if (!items)
             items = std::make_unique<Item*[]>(Capacity);
+    }
+
+    void place(int offset, Item* item)
+    {
         items[offset] = item;
         item->m_block = this;
         item->m_offset = offset;
     }
 
-    /// Takes over `count` places of another block, to stand from `offset` on.
+    /// Takes over `count` places of another block, to stand from `offset` on. There is room for their items.
     void takeOver(Block& other, int from, int count, int offset)
     {
         for (int i = 0; i < count; ++i) {
@@ -141,7 +149,7 @@ IndexedSequence::IndexedSequence()
 
 IndexedSequence::~IndexedSequence()
 {
-    reset(0);
+    letGoOfItems();
 }
 
 void IndexedSequence::swap(IndexedSequence& other) noexcept
@@ -152,20 +160,24 @@ void IndexedSequence::swap(IndexedSequence& other) noexcept
     std::swap(m_marked, other.m_marked);
 }
 
-void IndexedSequence::reset(int count)
+void IndexedSequence::letGoOfItems()
 {
     for (const Part& part : m_parts) {
         for (int offset = 0; part.block->items && offset < part.size; ++offset)
             part.block->take(offset);
     }
-    m_parts.clear();
+}
+
+void IndexedSequence::reset(int count)
+{
+    std::vector<Part> parts;
+    for (int left = count; parts.empty() || left > 0; left -= parts.back().size)
+        parts.push_back({std::make_unique<Block>(int(parts.size())), std::min(left, Capacity)});
+    letGoOfItems();
+    m_parts.swap(parts);
     m_cursor = Cursor();
     m_size = count;
     m_marked = 0;
-    do {
-        m_parts.push_back({std::make_unique<Block>(int(m_parts.size())), std::min(count, Capacity)});
-        count -= m_parts.back().size;
-    } while (count > 0);
 }
 
 void IndexedSequence::insert(int index, Item* item)
@@ -240,6 +252,8 @@ IndexedSequence::Item* IndexedSequence::item(int index) const
 IndexedSequence::Item* IndexedSequence::setItem(int index, Item* item)
 {
     Block& block = seek(index);
+    if (item)
+        block.makeItems();
     Item* const before = block.take(index - m_cursor.start);
     if (item)
         block.place(index - m_cursor.start, item);
@@ -322,6 +336,8 @@ void IndexedSequence::split(int block, int offset)
     const int moved = isAppended ? 0 : Capacity / 2;
     m_parts.reserve(m_parts.size() + 1); // the last step must not fail
     Part added{std::make_unique<Block>(block + 1), moved};
+    if (m_parts[block].block->items)
+        added.block->makeItems();
     added.block->takeOver(*m_parts[block].block, Capacity - moved, moved, 0);
     added.marked = added.block->markedBefore(moved);
     m_parts[block].size -= moved;
@@ -330,10 +346,17 @@ void IndexedSequence::split(int block, int offset)
     renumber(block + 1);
 }
 
+/// Or not, when there is no memory: sparse blocks do no harm.
 void IndexedSequence::mergeWithNext(int block)
 {
     Part& part = m_parts[block];
     const Part& next = m_parts[block + 1];
+    try {
+        if (next.block->items)
+            part.block->makeItems();
+    } catch (const std::bad_alloc&) {
+        return;
+    }
     part.block->takeOver(*next.block, 0, next.size, part.size);
     part.size += next.size;
     part.marked += next.marked;

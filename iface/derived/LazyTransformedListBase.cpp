@@ -8,15 +8,21 @@
 #include <iface/ObservableTracker.h>
 #include <iface/detail/FirstException.h>
 
+#include <QtCore/QScopeGuard>
 #include <QtCore/QScopedValueRollback>
 
 #include <algorithm>
 #include <limits>
+#include <memory>
+#include <new>
 #include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace iface::detail {
+
+/// How many items may be made for the sake of each other, in a row.
+constexpr int MostDepth = 200;
 
 LazyTransformedListBase::LazyTransformedListBase(ObservableListImpl* input, ObservableMapImplBase* mapping,
                                                  int cacheLimit)
@@ -26,6 +32,17 @@ LazyTransformedListBase::LazyTransformedListBase(ObservableListImpl* input, Obse
     m_places.reset(inputCount());
     if (mapping)
         m_mapping.follow(*mapping);
+}
+
+void LazyTransformedListBase::Mapping::mark(const Change& change)
+{
+    try {
+        m_owner->mappingChanged(change);
+    } catch (const std::bad_alloc&) {
+        m_owner->takeInAnew();
+        m_owner->markBehind();
+        throw;
+    }
 }
 
 void LazyTransformedListBase::dropEntries()
@@ -50,29 +67,56 @@ QVariant LazyTransformedListBase::item(int index) const
     }
     if (ObservableTracker::currentGetterCalledSet())
         registerRead(index);
-    const Entry* const kept = entry(index);
-    return kept ? valueOf(*kept) : const_cast<LazyTransformedListBase*>(this)->compute(index);
+    auto* const self = const_cast<LazyTransformedListBase*>(this);
+    Entry* const kept = entry(index);
+    if (!kept || kept->m_isUnmade)
+        return self->compute(index);
+    // Only the map that is being asked finds one that is dirty.
+    if (kept->m_isDirty && m_depth > 0)
+        self->deriveAnew(*kept);
+    return entry(index) == kept ? valueOf(*kept) : self->compute(index);
+}
+
+/// Whether an item hangs on itself, or on too many others in a row for the stack.
+bool LazyTransformedListBase::isTooDeep() const
+{
+    if (m_depth < MostDepth)
+        return false;
+    ZEL_IFACE_LOG("LazyTransformedListBase.cpp", __LINE__, LogLevel::Error, LogCategory::General,
+                  u"An item is made of too many others of its list; it may be incomplete"_s);
+    return true;
 }
 
 /// Of an item that is not kept.
 QVariant LazyTransformedListBase::compute(int index)
 {
-    if (m_reads == MostRuns)
-        return QVariant(); // the map reads the item that it is being asked for
+    if (isTooDeep())
+        return QVariant();
     const Hold hold(*this);
-    const QScopedValueRollback<int> reading(m_reads, m_reads + 1);
+    const QScopedValueRollback<int> reading(m_depth, m_depth + 1);
     // The list may change while an item is computed, and what is asked for with it.
     QVariant value;
     for (int run = 0; run < MostRuns && index < m_places.size(); ++run) {
-        if (const Entry* const kept = entry(index))
+        if (const Entry* const kept = entry(index); kept && !kept->m_isUnmade)
             return valueOf(*kept);
         const unsigned before = generation();
         const ObservableTracker::Suspension untracked;
-        Entry* const made = createEntry(input()->itemAt(index));
+        const auto destroy = [this](Entry* entry) { destroyEntry(entry); };
+        std::unique_ptr<Entry, decltype(destroy)> made(createEntry(input()->itemAt(index)), destroy);
+        try {
+            derive(*made, nullptr);
+        } catch (...) {
+            // Once the map has it the list says so, to whoever has tried to read it.
+            made->m_isUnmade = true;
+            if (before == generation() && keep(index, made.get()))
+                made.release();
+            throw;
+        }
         value = valueOf(*made);
         const bool isCurrent = before == generation();
-        if (!isCurrent || !keep(index, made))
-            destroyEntry(made);
+        if (isCurrent && keep(index, made.get()))
+            made.release();
+        made.reset();
         if (isCurrent)
             return value;
         catchUp();
@@ -88,11 +132,14 @@ bool LazyTransformedListBase::keep(int index, Entry* made)
     const unsigned before = generation();
     if (m_places.markedCount() >= m_cacheLimit)
         forgetAll(); // values that go may run anything, reads of this list included
-    if (before != generation() || entry(index))
+    const Entry* const other = entry(index);
+    if (before != generation() || (other && !other->m_isUnmade))
         return false;
+    if (other)
+        forget(index);
+    enterKey(*made);
     m_places.setItem(index, made);
     m_places.setMarked(index, true);
-    enterKey(*made);
     return true;
 }
 
@@ -108,13 +155,16 @@ void LazyTransformedListBase::registerRead(int index) const
         input()->itemAt(index);
 }
 
+void LazyTransformedListBase::forget(int index)
+{
+    m_places.setMarked(index, false);
+    destroy(static_cast<Entry*>(m_places.setItem(index, nullptr)));
+}
+
 void LazyTransformedListBase::forgetAll()
 {
-    while (m_places.markedCount() > 0) {
-        const int last = m_places.select(m_places.markedCount() - 1);
-        m_places.setMarked(last, false);
-        destroy(static_cast<Entry*>(m_places.setItem(last, nullptr)));
-    }
+    while (m_places.markedCount() > 0)
+        forget(m_places.select(m_places.markedCount() - 1));
 }
 
 void LazyTransformedListBase::destroy(Entry* entry)
@@ -128,28 +178,52 @@ void LazyTransformedListBase::destroy(Entry* entry)
 
 void LazyTransformedListBase::take(const Change& change)
 {
+    // What is not derived for want of memory is made when it is read.
+    auto forgetThem = qScopeGuard([this] { forgetAll(); });
     Change made = takeInput(fitting(change, m_places.size()));
     // While the map is asked more may become dirty, or even this again: that is for another take.
     m_asked.clear();
     m_asked.swap(m_dirty);
-    for (Entry* const each : m_asked) {
-        if (!each)
+    m_made = {};
+    for (std::size_t i = 0; i < m_asked.size(); ++i) {
+        Entry* const each = m_asked[i];
+        if (!each || !each->m_isDirty)
             continue;
-        each->m_isDirty = false;
         if (isOvertaken()) {
+            each->m_isDirty = false;
             setDirty(each, true);
-            continue;
+        } else {
+            deriveAnew(*each);
         }
-        const int index = m_places.indexOf(*each);
-        thrown().guard([&] {
-            const bool isKeyDirty = std::exchange(each->m_isKeyDirty, false);
-            const QVariant item = isKeyDirty ? input()->itemAt(index) : QVariant();
-            if (derive(*each, isKeyDirty ? &item : nullptr))
-                made = merged(made, {Change::Updated, index});
-        });
     }
+    made = merged(made, m_made);
     if (made.kind != Change::None)
         note(made);
+    forgetThem.dismiss();
+}
+
+void LazyTransformedListBase::deriveAnew(Entry& entry)
+{
+    if (isTooDeep())
+        return;
+    const QScopedValueRollback<int> deriving(m_depth, m_depth + 1);
+    const int index = m_places.indexOf(entry);
+    entry.m_isDirty = false;
+    thrown().guard([&] {
+        const bool isKeyDirty = std::exchange(entry.m_isKeyDirty, false);
+        try {
+            const QVariant item = isKeyDirty ? input()->itemAt(index) : QVariant();
+            const bool isOther = derive(entry, isKeyDirty ? &item : nullptr);
+            if (!std::exchange(entry.m_isUnmade, false) && !isOther)
+                return;
+        } catch (const std::bad_alloc&) {
+            m_made = merged(m_made, {Change::Updated, index});
+            std::replace(m_asked.begin(), m_asked.end(), &entry, static_cast<Entry*>(nullptr));
+            forget(index);
+            throw;
+        }
+        m_made = merged(m_made, {Change::Updated, index});
+    });
 }
 
 /// Takes in what makes the list another as a whole, and has the rest derived anew.
@@ -194,7 +268,7 @@ void LazyTransformedListBase::mappingChanged(const Change& change)
     } else {
         setAllDirty(!announcesKeys());
     }
-    if (!m_dirty.empty() || m_reads > 0)
+    if (!m_dirty.empty() || m_depth > 0)
         markBehind();
 }
 
@@ -204,8 +278,10 @@ void LazyTransformedListBase::setDirty(Entry* entry, bool withKey)
     if (!entry)
         return;
     entry->m_isKeyDirty |= withKey;
-    if (!std::exchange(entry->m_isDirty, true))
-        m_dirty.push_back(entry);
+    if (entry->m_isDirty)
+        return;
+    m_dirty.push_back(entry);
+    entry->m_isDirty = true;
 }
 
 void LazyTransformedListBase::setAllDirty(bool withKeys)
@@ -222,16 +298,21 @@ void LazyTransformedListBase::move(const IndexMapper& mapper, int countNow)
         translated[rank] = translate(m_places.select(rank), countNow);
 
     IndexedSequence before;
+    before.reset(countNow);
     before.swap(m_places);
-    m_places.reset(countNow);
     int rank = 0;
-    for (const int to : translated) {
+    const auto destroyOthers = qScopeGuard([&] { // which there was no memory to move
+        for (; rank < before.markedCount(); ++rank)
+            destroy(static_cast<Entry*>(before.setItem(before.select(rank), nullptr)));
+    });
+    while (rank < before.markedCount()) {
+        const int to = translated[rank];
         auto* const entry = static_cast<Entry*>(before.setItem(before.select(rank++), nullptr));
-        if (to < 0 || m_places.isMarked(to)) {
-            destroy(entry);
+        auto destroyIt = qScopeGuard([this, entry] { destroy(entry); });
+        if (to < 0 || m_places.isMarked(to))
             continue;
-        }
         m_places.setItem(to, entry);
+        destroyIt.dismiss();
         m_places.setMarked(to, true);
     }
 }

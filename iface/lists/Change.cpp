@@ -5,6 +5,9 @@ namespace iface {
 
 namespace {
 
+/// Each is asked through the one before it.
+constexpr int MostComposed = 1000;
+
 /// Two changes in a row, each of which moved items.
 class ComposedMapper : public ObservableListImpl::IndexMapper
 {
@@ -12,7 +15,15 @@ public:
     ComposedMapper(const Change::Mapper& first, const Change::Mapper& second)
         : m_first(first)
         , m_second(second)
+        , m_count(countOf(first) + countOf(second))
     {
+    }
+
+    /// How many changes a mapper is made of.
+    static int countOf(const Change::Mapper& mapper)
+    {
+        const auto* const composed = dynamic_cast<const ComposedMapper*>(mapper.data());
+        return composed ? composed->m_count : 1;
     }
 
     bool newIndexPath(QVariantList* newPath, int* removed, const QVariantList& oldPath) const override
@@ -24,6 +35,7 @@ public:
 private:
     const Change::Mapper m_first;
     const Change::Mapper m_second;
+    const int m_count;
 };
 
 bool leavesIndexes(const Change& change)
@@ -52,7 +64,8 @@ Change detail::mergedBoth(const Change& first, const Change& second)
         return second;
     if (second.kind <= Change::Keys)
         return first;
-    if (first.kind == Change::Moved && second.kind == Change::Moved && first.mapper && second.mapper)
+    if (first.kind == Change::Moved && second.kind == Change::Moved && first.mapper && second.mapper &&
+        ComposedMapper::countOf(first.mapper) + ComposedMapper::countOf(second.mapper) <= MostComposed)
         return {Change::Moved, -1, Change::Mapper(new ComposedMapper(first.mapper, second.mapper))};
     if (leavesIndexes(first) && leavesIndexes(second))
         return first.kind == second.kind && first.index == second.index ? second : Change{Change::Data};

@@ -6,10 +6,12 @@
 #include <iface/ObserverFunctorAdapter.h>
 #include <iface/Round.h>
 
+#include <QtCore/QScopeGuard>
 #include <QtCore/QThread>
 
 #include <algorithm>
 #include <memory>
+#include <new>
 #include <utility>
 
 namespace iface {
@@ -74,11 +76,11 @@ void Dependencies::Run::recordRead(const Observable* observable)
     // Runs mostly read the same things in the same order.
     Link* link = m_expected && m_expected->source->target.data() == observable ? m_expected : nullptr;
     if (!link) {
+        if (!m_node)
+            m_dependencies.m_running = m_node = new Node;
         Source* const source = m_dependencies.source(observable);
         if (source->lastRun == run)
             return;
-        if (!m_node)
-            m_dependencies.m_running = m_node = new Node;
         link = m_isFirst ? nullptr : findEarlier(source);
         if (!link)
             link = m_dependencies.add(m_node, source);
@@ -88,12 +90,19 @@ void Dependencies::Run::recordRead(const Observable* observable)
     m_expected = link->nextOfNode;
 }
 
+/// Looks through what the computation read and who read the source, whichever of them is over first: a monitor may have
+/// read very much, and by very many items the same may have been read.
 Dependencies::Link* Dependencies::Run::findEarlier(const Source* source) const
 {
-    Link* link = m_node->m_first;
-    while (link && link->source != source)
-        link = link->nextOfNode;
-    return link;
+    Link* ofNode = m_node->m_first;
+    Link* ofSource = source->first;
+    for (; ofNode && ofSource; ofNode = ofNode->nextOfNode, ofSource = ofSource->nextOfSource) {
+        if (ofNode->source == source)
+            return ofNode;
+        if (ofSource->node == m_node)
+            return ofSource;
+    }
+    return nullptr;
 }
 
 Dependencies::Node* Dependencies::Run::finish()
@@ -120,7 +129,11 @@ Dependencies::Node* Dependencies::Run::finish()
         m_dependencies.dropUnused(source);
     }
     m_dependencies.m_running = nullptr;
-    return m_node->m_first ? m_node : nullptr;
+    if (m_node->m_first)
+        return m_node;
+    if (m_isFirst)
+        delete m_node; // there was memory for it, and for nothing that it depends on
+    return nullptr;
 }
 
 Dependencies::Dependencies(boost::function<void()> madeDirty, const Observable* self)
@@ -149,12 +162,15 @@ const std::vector<Dependencies::Node*>& Dependencies::takeDirty()
     m_taken.swap(m_dirty);
     for (Node* const node : m_taken)
         node->m_isDirty = false;
+    m_isAnyLost = false;
     return m_taken;
 }
 
 Dependencies::Link* Dependencies::add(Node* node, Source* source)
 {
+    auto drop = qScopeGuard([&] { dropUnused(source); });
     Link* const link = node->m_ownLink.source ? new Link : &node->m_ownLink;
+    drop.dismiss();
     *link = Link{source, node, source->last, nullptr, nullptr, 0};
     (source->last ? source->last->nextOfSource : source->first) = link;
     source->last = link;
@@ -189,11 +205,16 @@ Dependencies::Source* Dependencies::source(const Observable* observable)
 {
     if (Source* const known = m_sources.value(observable))
         return known;
-    auto* const added = new Source(*this, observable);
-    m_sources.insert(observable, added);
+    auto added = std::make_unique<Source>(*this, observable);
     if (added->list)
         m_lists.push_back(added->list);
-    return added;
+    auto forget = qScopeGuard([&] {
+        if (added->list)
+            m_lists.pop_back();
+    });
+    m_sources.insert(observable, added.get());
+    forget.dismiss();
+    return added.release();
 }
 
 void Dependencies::settle() const
@@ -205,6 +226,16 @@ void Dependencies::settle() const
     }
 }
 
+void Dependencies::setDirty(Node* node)
+{
+    try {
+        m_dirty.push_back(node);
+        node->m_isDirty = true;
+    } catch (const std::bad_alloc&) {
+        m_isAnyLost = true;
+    }
+}
+
 void Dependencies::changed(const Source& source)
 {
     bool isAnyDirty = false;
@@ -213,8 +244,8 @@ void Dependencies::changed(const Source& source)
         if (link->node == m_running && link->lastRun != m_run)
             continue;
         isAnyDirty = true;
-        if (!std::exchange(link->node->m_isDirty, true))
-            m_dirty.push_back(link->node);
+        if (!link->node->m_isDirty)
+            setDirty(link->node);
     }
     if (isAnyDirty)
         m_madeDirty();

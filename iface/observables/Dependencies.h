@@ -86,6 +86,8 @@ public:
 
     /// The dirty computations, which are so no more. Good until the next call.
     const std::vector<Node*>& takeDirty();
+    /// Whether there was no memory to take note of a dirty one; until the dirty ones are taken.
+    bool isAnyLost() const { return m_isAnyLost; }
     /// Brings the lists that were read up to date, in the first step of a round.
     void settle() const;
 
@@ -96,6 +98,7 @@ private:
     void dropUnused(Source* source);
     Source* source(const Observable* observable);
     void changed(const Source& source);
+    void setDirty(Node* node);
 
     const boost::function<void()> m_madeDirty;
     const Observable* const m_self;
@@ -105,6 +108,7 @@ private:
     std::vector<Node*> m_taken;
     unsigned m_run = 0;
     const Node* m_running = nullptr;
+    bool m_isAnyLost = false;
 };
 
 } // namespace iface

@@ -9,6 +9,7 @@
 #include <iface/ObservableTracker.h>
 #include <iface/Round.h>
 #include <iface/RunUntilTrue.h>
+#include <iface/detail/FirstException.h>
 
 #include <QtCore/QScopeGuard>
 
@@ -77,18 +78,20 @@ void MonitoredRun::handleChange()
         return;
     const std::shared_ptr<MonitoredRun> alive = shared_from_this();
     m_running = true;
-    const auto end = qScopeGuard([this] { // also when the function throws
-        m_running = false;
-        if (!m_owner)
-            letGo();
-        else if (m_again)
-            schedule();
-    });
+    detail::FirstException thrown;
     // A function that changes what it reads settles in a few runs. One that does not must not hold up the event loop.
-    for (int run = 0; run < MostRuns && m_again && m_owner; ++run) {
-        m_again = false;
-        runOnce();
-    }
+    thrown.guard([this] {
+        for (int run = 0; run < MostRuns && m_again && m_owner; ++run) {
+            m_again = false;
+            runOnce();
+        }
+    });
+    m_running = false;
+    if (!m_owner)
+        letGo();
+    else if (m_again)
+        thrown.guard([this] { schedule(); });
+    thrown.rethrow();
 }
 
 void MonitoredRun::runOnce()

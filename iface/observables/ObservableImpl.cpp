@@ -11,6 +11,7 @@
 #include <iface/detail/FirstException.h>
 
 #include <QtCore/QMetaMethod>
+#include <QtCore/QThread>
 
 namespace iface {
 
@@ -97,6 +98,8 @@ void ObservableImpl::connectNotify(const QMetaMethod& signal)
 {
     QObject::connectNotify(signal);
     m_isHeard.store(true, std::memory_order_relaxed);
+    if (thread() == QThread::currentThread())
+        Round::heedNewObserver(*this);
 }
 
 void ObservableImpl::note(const Change& change, void (*beforeTelling)(ObservableImpl&))
@@ -108,14 +111,16 @@ void ObservableImpl::note(const Change& change, void (*beforeTelling)(Observable
     const bool isFollowed = m_firstFollower || m_untold || beforeTelling;
     if (!isFollowed && !m_isHeard)
         return;
-    const Hold hold(*this);
+    Hold hold;
     if (isFollowed) {
         Round round;
+        round.m_thrown.guard([&] { hold = Hold(*this); });
         round.enter(*this, change, beforeTelling);
         round.run();
         return;
     }
     // Nothing hangs on it, so there is nothing to be taken in.
+    hold = Hold(*this);
     const ObservableTracker::Suspension untracked;
     std::vector<MapChange> keys;
     if (change.kind == Change::Keys)

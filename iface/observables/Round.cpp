@@ -8,7 +8,6 @@
 #include <iface/ObservableTracker.h>
 #include <iface/detail/DerivedList.h>
 
-#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -50,13 +49,13 @@ Round::~Round()
 }
 
 /// Has the change marked by all who follow what changed, and that queued for announcing, if there is anybody to hear
-/// it: most values and maps have followers alone.
+/// it: most values and maps have followers alone. Where there is no memory for one of them, the others still hear.
 void Round::enter(ObservableImpl& observable, const Change& change, BeforeTelling beforeTelling)
 {
     if (observable.m_untold || beforeTelling || observable.m_isHeard)
-        queue(observable, change, beforeTelling);
+        m_thrown.guard([&] { queue(observable, change, beforeTelling); });
     for (Follower* follower = observable.m_firstFollower; follower; follower = follower->m_next)
-        follower->mark(change);
+        m_thrown.guard([&] { follower->mark(change); });
 }
 
 /// Each is announced once.
@@ -75,12 +74,13 @@ void Round::queue(ObservableImpl& observable, const Change& change, BeforeTellin
         observable.m_untold = int(m_state.untoldCount);
     }
     Untold& entry = *m_state.untold[std::size_t(observable.m_untold) - 1];
-    if (change.kind == Change::Keys)
-        observable.appendKeys(*change.keys, entry.keys);
-    entry.change = merged(entry.change, change);
-    entry.change.keys = nullptr;
     if (beforeTelling)
         entry.beforeTelling = beforeTelling;
+    const Change before = std::exchange(entry.change, {change.kind <= Change::Keys ? Change::Plain : Change::Reset});
+    if (change.kind == Change::Keys)
+        observable.appendKeys(*change.keys, entry.keys);
+    entry.change = merged(before, change);
+    entry.change.keys = nullptr;
 }
 
 void Round::Untold::clear()
@@ -103,12 +103,16 @@ Round::Untold& Round::nextUntold()
     return *m_state.untold[m_state.untoldCount++];
 }
 
-void Round::enter(detail::DerivedList& list)
+void Round::enter(detail::DerivedList& list) noexcept
 {
     if (std::exchange(list.m_isBehind, true))
         return;
-    m_state.behind.push_back(&list);
     ++t_behindCount;
+    if (std::exchange(list.m_isInLine, true))
+        return; // it was read before its turn came
+    list.m_nextInLine = nullptr;
+    (m_state.lastBehind ? m_state.lastBehind->m_nextInLine : m_state.firstBehind) = &list;
+    m_state.lastBehind = &list;
 }
 
 std::size_t Round::enter(MonitoredRun& run)
@@ -117,14 +121,29 @@ std::size_t Round::enter(MonitoredRun& run)
     return m_state.monitors.size();
 }
 
+/// Who begins to observe a list that has a change still to be announced may have read that, and would hear of it as of
+/// a new one: so everybody reads it again.
+void Round::heedNewObserver(const ObservableImpl& observable)
+{
+    if (!t_innermostRound || observable.m_untold == 0)
+        return;
+    Change& change = state().untold[std::size_t(observable.m_untold) - 1]->change;
+    if (change.kind > Change::Keys)
+        change = {Change::Reset};
+}
+
 void Round::strikeOut(const detail::DerivedList& list)
 {
-    if (!t_innermostRound)
+    t_behindCount -= list.m_isBehind;
+    if (!list.m_isInLine)
         return;
     State& now = state();
-    t_behindCount -= list.m_isBehind;
-    std::replace_if(
-        now.behind.begin(), now.behind.end(), [&](const auto* other) { return other == &list; }, nullptr);
+    detail::DerivedList* before = nullptr;
+    for (detail::DerivedList* each = now.firstBehind; each != &list; each = each->m_nextInLine)
+        before = each;
+    (before ? before->m_nextInLine : now.firstBehind) = list.m_nextInLine;
+    if (now.lastBehind == &list)
+        now.lastBehind = before;
 }
 
 void Round::strikeOut(std::size_t placeOfMonitor)
@@ -151,14 +170,14 @@ void Round::run()
 
 void Round::takeIn()
 {
-    auto& behind = m_state.behind;
-    for (std::size_t& next = m_state.nextBehind; next < behind.size();) {
-        detail::DerivedList* const list = behind[next++];
-        if (list && list->m_isBehind)
-            list->settle();
+    while (detail::DerivedList* const list = m_state.firstBehind) {
+        m_state.firstBehind = list->m_nextInLine;
+        if (!m_state.firstBehind)
+            m_state.lastBehind = nullptr;
+        list->m_isInLine = false;
+        if (list->m_isBehind)
+            m_thrown.guard([list] { list->settle(); });
     }
-    behind.clear();
-    m_state.nextBehind = 0;
 }
 
 void Round::tellNext(std::size_t place)

@@ -35,13 +35,14 @@ struct Round::State
     std::vector<std::unique_ptr<Untold>> untold;
     std::size_t untoldCount = 0;
     std::vector<MonitoredRun*> monitors;
-    /// Only the innermost round can be open, so these are its own.
-    std::vector<detail::DerivedList*> behind;
-    std::size_t nextBehind = 0;
+    /// Only the innermost round can be open, so these are its own; in a row that takes no memory, for who is not in it
+    /// would stay behind.
+    detail::DerivedList* firstBehind = nullptr;
+    detail::DerivedList* lastBehind = nullptr;
 };
 
 /// Looked at for every change and every read of a derived list: the innermost round under way on this thread, and how
-/// many have yet to take something in (of those that stand in `behind`; who was read has done so already).
+/// many have yet to take something in (of those that stand in line; who was read has done so already).
 [[gnu::tls_model("initial-exec")]] extern constinit thread_local Round* t_innermostRound;
 [[gnu::tls_model("initial-exec")]] extern constinit thread_local int t_behindCount;
 

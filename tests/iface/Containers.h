@@ -10,6 +10,7 @@
 #include <iface/PrecomputedMapper.h>
 #include <iface/Round.h>
 #include <iface/WritableObservableValue.h>
+#include <iface/detail/MakeShared.h>
 
 #include <algorithm>
 #include <functional>
@@ -66,19 +67,20 @@ public:
     }
     void move(int from, int to)
     {
+        const auto mapper = iface::detail::makeShared<iface::ItemMovedMapper>(from, to);
         this->m_list.move(from, to);
-        this->fireItemsChanged(ChangeType::IndexesChanged, QSharedPointer<iface::ItemMovedMapper>::create(from, to));
+        this->fireItemsChanged(ChangeType::IndexesChanged, mapper);
     }
     /// Entry i tells where in `items` the item i goes, -1 drops it; the other ones are new.
     void rearrange(const QList<int>& newIndexes, QList<T> items)
     {
+        const auto mapper = iface::detail::makeShared<iface::PrecomputedMapper>(newIndexes);
         for (int i = 0; i < newIndexes.size(); ++i) {
             if (newIndexes.at(i) >= 0)
                 items[newIndexes.at(i)] = this->m_list.at(i);
         }
         this->m_list = items;
-        this->fireItemsChanged(ChangeType::IndexesChanged,
-                               QSharedPointer<iface::PrecomputedMapper>::create(newIndexes));
+        this->fireItemsChanged(ChangeType::IndexesChanged, mapper);
     }
     void replace(const QList<T>& items, ChangeType::Type type = ChangeType::Reset)
     {

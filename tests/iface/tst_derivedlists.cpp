@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Fixtures.h"
 
+#include <common/FailingAllocations.h>
+
 #include <QtCore/QRegularExpression>
 
+#include <iterator>
 #include <stdexcept>
 
 using namespace iface;
@@ -99,6 +102,47 @@ struct Desk
 
 private:
     QObject m_context;
+};
+
+/// Lists that hang on each other in every way: texts by key, those of some length, a copy of these, the keys while they
+/// are fewer than those, and what a monitor saw.
+struct Chain
+{
+    Chain() { mirror = std::make_unique<ListMirror<QString>>(copy); }
+
+    /// Changes everything once more, and compares.
+    void mend()
+    {
+        for (int key = 0; key < 10; ++key)
+            desk.map->set({{key, desk.map->contents.value(key) + u'.'}});
+        desk.keys->append(3);
+        shortest->setValue(shortest->getValue() + 1);
+        mirror = std::make_unique<ListMirror<QString>>(copy);
+        desk.keys->remove(0);
+        desk.map->set({{4, u"at last"_s}});
+        const QStringList all = desk.expected();
+        QCOMPARE(desk.list.toList(), all);
+        QStringList some;
+        std::copy_if(all.begin(), all.end(), std::back_inserter(some),
+                     [this](const QString& text) { return fits(text); });
+        QCOMPARE(longOnes.toList(), some);
+        QCOMPARE(copy.toList(), some);
+        QCOMPARE(mirror->items(), some);
+        QCOMPARE(mirror->complaint(), QString());
+        Items keys = desk.keys->items();
+        keys.removeIf([&](int key) { return key > some.size(); });
+        QCOMPARE(fewKeys.toList(), keys);
+    }
+    bool fits(const QString& text) const { return text.size() >= shortest->getValue(); }
+
+    Desk desk{{1, 2, 3, 4}};
+    NumberPointer shortest{new Number(1)};
+    ObservableList<QString> longOnes =
+        FilteredObservableList<QString>::create(desk.list, [this](const QString& text) { return fits(text); });
+    ObservableList<QString> copy{new CachedObservableList<QString>(longOnes)};
+    ObservableList<int> fewKeys = FilteredObservableList<int>::create(
+        ObservableList<int>(desk.keys.data()), [this](int key) { return key <= longOnes.size(); });
+    std::unique_ptr<ListMirror<QString>> mirror;
 };
 
 } // namespace
@@ -327,6 +371,105 @@ private Q_SLOTS:
         bad = 0;
         desk.map->set({{1, u"uno"_s}});
         QCOMPARE(desk.takeUpdated(), Items{0});
+    }
+
+    void tellOfWhatCouldNotBeReadOnceItCan()
+    {
+        const Desk desk({1});
+        const auto some = FilteredObservableList<QString>::create(desk.list, [](const QString&) { return true; });
+        const ObservableList<QString> copy(new CachedObservableList<QString>(desk.list));
+        desk.map->whenAsked = [](int key) {
+            if (key == 2)
+                throw std::runtime_error("no");
+        };
+        QVERIFY_THROWS_EXCEPTION(std::runtime_error, desk.keys->append(2));
+        desk.keys->append(3);
+        QCOMPARE(some.toList(), (QStringList{u"1"_s, u"3"_s}));
+        QCOMPARE(copy.toList(), (QStringList{u"1"_s, QString(), u"3"_s}));
+        desk.map->whenAsked = nullptr;
+        desk.map->set({{2, u"two"_s}});
+        QCOMPARE(some.toList(), desk.expected());
+        QCOMPARE(copy.toList(), desk.expected());
+    }
+
+    void mayBeReadByTheMapThatMakesThem()
+    {
+        struct Counting : PlainMap<int, QString>
+        {
+            QString get(const int& key) const override
+            {
+                return key == 0 ? contents.value(0) : list[int(keys->items().indexOf(key - 1))] + u'.';
+            }
+            EditableListPointer<int> keys{new EditableList<int>({2, 1, 0})};
+            ObservableList<QString> list;
+        };
+        const QExplicitlySharedDataPointer<Counting> map(new Counting);
+        map->contents[0] = u"0"_s;
+        map->list = ObservableList<QString>(new Transformed<int, QString>(ObservableList<int>(map->keys.data()),
+                                                                          ObservableMap<int, QString>(map.data()),
+                                                                          Transformed<int, QString>::KeepsEverything));
+        const ListMirror<QString> mirror(map->list);
+        QCOMPARE(mirror.items(), (QStringList{u"0.."_s, u"0."_s, u"0"_s}));
+        map->contents[0] = u"x"_s;
+        map->fireMapChanged(MapChange::create(Items{2, 1, 0}));
+        QCOMPARE(mirror.items(), (QStringList{u"x.."_s, u"x."_s, u"x"_s}));
+        Items keys(100);
+        std::iota(keys.begin(), keys.end(), 0);
+        map->keys->replace(keys);
+        QCOMPARE(map->list[99], u'x' + QString(99, u'.'));
+        map->list = {}; // which holds the map
+    }
+
+    // Whoever comes before a change is announced has read it already.
+    void haveNewObserversReadAgain()
+    {
+        const EditableListPointer<int> input(new EditableList<int>({1}));
+        const auto list =
+            FilteredObservableList<int>::create(ObservableList<int>(input.data()), [](int) { return true; });
+        const Mirror first(list);
+        std::unique_ptr<Mirror> second;
+        QObject::connect(input.data(), &ObservableListImpl::itemAdded,
+                         [&] { second = std::make_unique<Mirror>(list); });
+        input->append(2);
+        QCOMPARE(second->items(), (Items{1, 2}));
+        QCOMPARE(second->complaint() + first.complaint(), QString());
+        // So many moves at once that nobody asks them all.
+        Round::together([&] {
+            for (int i = 0; i < 20000; ++i)
+                input->move(0, 1);
+            input->move(0, 1);
+        });
+        QCOMPARE(second->items(), (Items{2, 1}));
+    }
+
+    // For each step of a history every allocation fails in turn. With the next change of what they are made of all is
+    // as if none had; without it nothing hangs in the air.
+    void areRightAgainAfterMemoryRanOut()
+    {
+        const std::function<void(Chain&)> steps[] = {
+            [](Chain& chain) { chain.desk.keys->insert(1, 7); },
+            [](Chain& chain) { chain.desk.keys->append(8); },
+            [](Chain& chain) { chain.desk.keys->update(2, 9); },
+            [](Chain& chain) { chain.desk.keys->remove(0); },
+            [](Chain& chain) {
+                chain.desk.keys->rearrange({2, 1, 0, -1}, {0, 0, 0, 5});
+            },
+            [](Chain& chain) {
+                chain.desk.keys->replace({5, 4, 3, 2, 1, 6});
+            },
+            [](Chain& chain) {
+                chain.desk.map->set({{1, u"22"_s}, {2, u""_s}, {3, u"333"_s}});
+            },
+            [](Chain& chain) { chain.shortest->setValue(2); },
+            [](Chain& chain) { chain.desk.list.toList(); },
+        };
+        failing::withMalloc = failing::withArrays = false;
+        for (const auto& step : steps) {
+            failing::eachInTurn([] { return std::make_unique<Chain>(); }, step, [](Chain& chain) { chain.mend(); });
+            if (QTest::currentTestFailed())
+                return;
+        }
+        failing::withMalloc = failing::withArrays = true;
     }
 
     void replaceTheirInputAsAReset()

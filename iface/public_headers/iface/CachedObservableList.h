@@ -10,7 +10,6 @@
 #include <boost/function.hpp>
 
 #include <utility>
-#include <vector>
 
 namespace iface {
 
@@ -57,12 +56,14 @@ private:
     int count() const override { return int(m_copy.size()); }
     QVariant item(int index) const override;
     void take(const Change& change) override;
+    T read(const ObservableList<T>& input, int index);
+    QList<T> readAll(const ObservableList<T>& input);
     void noteWith(const Change& change, boost::function<void()> call);
     void callFunctions();
 
     QList<T> m_copy;
     /// What is to be called for the changes that the copy shows.
-    std::vector<boost::function<void()>> m_calls;
+    QList<boost::function<void()>> m_calls;
     ItemFunction m_addFunction;
     ItemFunction m_removeFunction;
     UpdateFunction m_updateFunction;
@@ -114,7 +115,7 @@ void CachedObservableList<T>::take(const Change& noted)
     }
     const ObservableList<T> input(this->input());
     if (change.kind == Change::Added || change.kind == Change::Updated) {
-        const T item = input[index];
+        const T item = read(input, index);
         if (isOvertaken())
             return;
         if (change.kind == Change::Added) {
@@ -125,7 +126,7 @@ void CachedObservableList<T>::take(const Change& noted)
             UpdateFunction{m_updateFunction}(index, before, item);
         });
     }
-    const QList<T> items = input.toList();
+    const QList<T> items = readAll(input);
     if (isOvertaken())
         return;
     noteWith(change, [this, change, before = std::exchange(m_copy, items), items] {
@@ -133,10 +134,30 @@ void CachedObservableList<T>::take(const Change& noted)
     });
 }
 
+/// An item that throws when it is read is a default one here, until the input says that it is another.
+template <class T>
+T CachedObservableList<T>::read(const ObservableList<T>& input, int index)
+{
+    T item{};
+    this->guardItem([&] { item = input[index]; });
+    return item;
+}
+
+template <class T>
+QList<T> CachedObservableList<T>::readAll(const ObservableList<T>& input)
+{
+    const int count = this->inputCount();
+    QList<T> items;
+    items.reserve(count);
+    for (int i = 0; i < count && !this->isOvertaken(); ++i)
+        items.append(read(input, i));
+    return items;
+}
+
 template <class T>
 void CachedObservableList<T>::noteWith(const Change& change, boost::function<void()> call)
 {
-    m_calls.push_back(std::move(call));
+    m_calls.append(std::move(call));
     note(change, [](ObservableImpl& list) { static_cast<CachedObservableList&>(list).callFunctions(); });
 }
 
@@ -148,9 +169,7 @@ void CachedObservableList<T>::callFunctions()
     const Hold hold(*this);
     detail::FirstException thrown;
     while (hold.isAlive() && !m_calls.empty()) {
-        const boost::function<void()> call = std::move(m_calls.front());
-        m_calls.erase(m_calls.begin());
-        thrown.guard(call);
+        thrown.guard(m_calls.takeFirst());
     }
     thrown.rethrow();
 }

@@ -23,7 +23,7 @@ public:
         return ObservableMap<K, V>(new CompositeMap(first, second));
     }
 
-    V get(const K& key) const override { return m_second.get(m_first.get(key)); }
+    V get(const K& key) const override;
     bool equals(const V& a, const V& b) const override;
 
 private:
@@ -61,6 +61,13 @@ CompositeMap<K, M, V>::CompositeMap(const ObservableMap<K, M>& first, const Obse
         m_firstFollower.follow(*m_first.impl());
     if (m_second.impl())
         m_secondFollower.follow(*m_second.impl());
+}
+
+template <class K, class M, class V>
+V CompositeMap<K, M, V>::get(const K& key) const
+{
+    const typename CompositeMap::Hold hold(*this); // a map that is asked may drop the last handle
+    return m_second.get(m_first.get(key));
 }
 
 template <class K, class M, class V>

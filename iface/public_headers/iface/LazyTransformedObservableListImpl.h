@@ -80,7 +80,6 @@ auto LazyTransformedObservableListImpl<K, V, Eq, Hash>::createEntry(const QVaria
 {
     auto item = std::make_unique<ItemInfo>();
     item->key = inputItem.value<K>();
-    item->value = m_mapping.get(item->key);
     return item.release();
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <iface/ObservableSet.h>
+#include <iface/detail/MakeShared.h>
 
 #include <QtCore/QSharedPointer>
 
@@ -66,7 +67,7 @@ private:
 template <class Callable>
 QSharedPointer<ObservableSet> ObservableTracker::runAndMonitor(Callable&& callable)
 {
-    auto set = QSharedPointer<ObservableSet>::create();
+    auto set = detail::makeShared<ObservableSet>();
     const bool taken = runInto(set.data(), std::forward<Callable>(callable));
     return taken ? set : QSharedPointer<ObservableSet>();
 }

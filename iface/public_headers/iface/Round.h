@@ -60,12 +60,13 @@ private:
     /// The round that is being taken in, if any: all changes join it.
     static Round* open();
     static bool isOpen();
+    static void heedNewObserver(const ObservableImpl& observable);
     static void strikeOut(const detail::DerivedList& list);
     static void strikeOut(std::size_t placeOfMonitor);
 
     void enter(ObservableImpl& observable, const Change& change, BeforeTelling beforeTelling);
     void queue(ObservableImpl& observable, const Change& change, BeforeTelling beforeTelling);
-    void enter(detail::DerivedList& list);
+    void enter(detail::DerivedList& list) noexcept;
     std::size_t enter(MonitoredRun& run);
     Untold& nextUntold();
     void run();

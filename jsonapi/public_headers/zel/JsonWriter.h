@@ -66,7 +66,6 @@ public:
 
 private:
     struct Tree;
-    friend class QSharedPointer<JsonWriter>;
 
     JsonWriter(const QString& name, AttributeType type, Tree* tree);
 

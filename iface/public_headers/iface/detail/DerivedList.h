@@ -4,14 +4,17 @@
 #include <iface/Change.h>
 #include <iface/Follower.h>
 #include <iface/ObservableListImpl.h>
+#include <iface/detail/FirstException.h>
+
+#include <QtCore/QPointer>
+
+#include <new>
 
 namespace iface {
 class Round;
 } // namespace iface
 
 namespace iface::detail {
-
-class FirstException;
 
 /// A list made of another list, its input: how it takes in what changed, in the first step of a round, before anything
 /// is announced.
@@ -39,8 +42,10 @@ protected:
     int inputCount() const;
     /// Follows an input from the state in which that is now.
     void follow(ObservableListImpl* input);
-    /// Has everything taken in anew.
+    /// Has everything taken in anew, and announced as that.
     void reset();
+    /// What was taken in was so in part: with the next change all of it is taken in anew, and announced as a Reset.
+    void takeInAnew() { m_isBroken = true; }
     /// Nothing is taken in any more.
     void close();
     /// Something else than the input's items makes the list another.
@@ -59,6 +64,9 @@ protected:
     Change fitting(const Change& change, int before) const;
     /// What was thrown while changes are taken in. It goes on when all has been announced.
     static FirstException& thrown();
+    /// Has an item read or judged, and keeps what is thrown. Only where memory runs out that says nothing of the item.
+    template <class Step>
+    void guardItem(const Step& step);
 
 private:
     friend class iface::Round;
@@ -72,18 +80,36 @@ private:
     virtual void settleOthers() {}
 
     void mark(const Change& change) override;
+    void takePending();
     Hold settle();
     bool mayTakeAgain();
 
     QExplicitlySharedDataPointer<ObservableListImpl> m_input;
+    const QPointer<const QObject> m_self{this}; ///< so that a Hold needs no memory
     Change m_pending;
     unsigned m_generation = 0;
     unsigned m_round = 0; ///< in which m_takes counts
     int m_takes = 0;
+    DerivedList* m_nextInLine = nullptr; ///< behind
+    bool m_isInLine = false;
     bool m_isBehind = false;
+    bool m_isBroken = false; ///< what it shows is not all made of one state of its input
     bool m_isBusy = false;
     bool m_isTaking = false;
     bool m_isClosed = false;
 };
+
+template <class Step>
+void DerivedList::guardItem(const Step& step)
+{
+    thrown().guard([&] {
+        try {
+            step();
+        } catch (const std::bad_alloc&) {
+            takeInAnew();
+            throw;
+        }
+    });
+}
 
 } // namespace iface::detail

@@ -50,6 +50,7 @@ public:
 
     /// Drops every place and makes `count` new ones, unmarked and without items.
     void reset(int count);
+    /// As all that may need memory it changes nothing when there is none.
     void insert(int index, Item* item = nullptr);
     /// Returns the item that stood there, if any.
     Item* remove(int index);
@@ -83,6 +84,7 @@ private:
         int startRank = 0;
     };
 
+    void letGoOfItems();
     Block& seek(int index) const;
     void seekBlock(int block) const;
     /// The part under the cursor.

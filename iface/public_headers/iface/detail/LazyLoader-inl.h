@@ -12,7 +12,7 @@ template <class K, class V>
 LazyLoader<K, V>::LazyLoader(LoadFunction loadFunction, V defaultValue, int batchLimit)
     : m_loadFunction(std::move(loadFunction))
     , m_defaultValue(std::move(defaultValue))
-    , m_batchLimit(batchLimit)
+    , m_batchLimit(std::max(batchLimit, 1))
     , m_batchRetry([this] { repeatBatch(); })
     , m_refreshRetry([this] { repeatRefresh(); })
 {

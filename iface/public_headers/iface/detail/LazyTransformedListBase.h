@@ -27,6 +27,7 @@ protected:
         friend class LazyTransformedListBase;
         bool m_isDirty = false;    ///< its value may be another
         bool m_isKeyDirty = false; ///< and so may its key
+        bool m_isUnmade = false;   ///< it has a key and no value: the map threw
     };
 
     /// The subclass keeps the map alive; either may be null.
@@ -37,7 +38,7 @@ protected:
     void dropEntries();
 
 private:
-    /// An entry made of the input's item.
+    /// An entry with the key that is the input's item, and no value yet.
     virtual Entry* createEntry(const QVariant& inputItem) = 0;
     /// Has the entry found by its key; once.
     virtual void enterKey(Entry& entry) = 0;
@@ -59,7 +60,7 @@ private:
         }
 
     protected:
-        void mark(const Change& change) override { m_owner->mappingChanged(change); }
+        void mark(const Change& change) override;
 
     private:
         LazyTransformedListBase* const m_owner;
@@ -70,9 +71,12 @@ private:
     void take(const Change& change) override;
 
     Entry* entry(int index) const { return static_cast<Entry*>(m_places.item(index)); }
+    bool isTooDeep() const;
     QVariant compute(int index);
     void registerRead(int index) const;
     bool keep(int index, Entry* made);
+    void deriveAnew(Entry& entry);
+    void forget(int index);
     void forgetAll();
     void destroy(Entry* entry);
 
@@ -86,9 +90,10 @@ private:
     const int m_cacheLimit;
     IndexedSequence m_places;
     std::vector<Entry*> m_dirty; ///< null for those that are gone
-    std::vector<Entry*> m_asked; ///< to be used again
+    std::vector<Entry*> m_asked; ///< of the dirty ones; null for those that are gone
+    Change m_made;               ///< of what was derived anew
     Mapping m_mapping{this};
-    int m_reads = 0; ///< under way
+    int m_depth = 0; ///< of items that are made or derived for the sake of another
 };
 
 } // namespace iface::detail

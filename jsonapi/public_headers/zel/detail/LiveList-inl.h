@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <iface/detail/MakeShared.h>
 #include <zel/LiveList.h>
 #include <zel/detail/DistinctKeys.h>
 #include <zel/detail/KeepAlive.h>
@@ -75,7 +76,8 @@ int LiveList<T, Key>::find(const QString& key) const
 template <class T, class Key>
 void LiveList<T, Key>::requestRemoveId(const Key& key)
 {
-    const auto request = QSharedPointer<JsonWriter>::create(QStringLiteral("requestListRemove"), QStringLiteral("zel"));
+    const auto request =
+        iface::detail::makeShared<JsonWriter>(QStringLiteral("requestListRemove"), QStringLiteral("zel"));
     {
         const auto elements = request->addChild(QStringLiteral("elements"), JsonWriter::Array);
         m_adapter->idToIdJson(key, elements->addChild(QString(), JsonWriter::Object));

@@ -3,6 +3,7 @@
 
 #include <iface/ObservableTracker.h>
 #include <iface/Round.h>
+#include <iface/detail/MakeShared.h>
 #include <zel/LiveMap.h>
 #include <zel/detail/KeepAlive.h>
 #include <zel/detail/MessageOrder.h>
@@ -70,7 +71,7 @@ template <class Key, class T>
 void LiveMap<Key, T>::requestListElements(const QList<Key>& keys, const QString& cookie) const
 {
     const auto request =
-        QSharedPointer<JsonWriter>::create(QStringLiteral("requestListElements"), QStringLiteral("zel"));
+        iface::detail::makeShared<JsonWriter>(QStringLiteral("requestListElements"), QStringLiteral("zel"));
     if (!cookie.isEmpty()) {
         request->addAttribute(QStringLiteral("cookie"), cookie);
     }
@@ -86,7 +87,8 @@ void LiveMap<Key, T>::requestListElements(const QList<Key>& keys, const QString&
 template <class Key, class T>
 void LiveMap<Key, T>::requestListChange(const QList<T>& elements)
 {
-    const auto request = QSharedPointer<JsonWriter>::create(QStringLiteral("requestListChange"), QStringLiteral("zel"));
+    const auto request =
+        iface::detail::makeShared<JsonWriter>(QStringLiteral("requestListChange"), QStringLiteral("zel"));
     {
         const auto array = request->addChild(QStringLiteral("elements"), JsonWriter::Array);
         for (const T& element : elements) {
