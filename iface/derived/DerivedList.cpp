@@ -71,10 +71,8 @@ void DerivedList::mark(const Change& change)
     // A list that only said that something about it changed, without saying what of its items, has changed none.
     if (change.kind <= Change::Keys)
         return;
-    const Change before = std::exchange(m_pending, {Change::Reset}); // also where there is no memory to merge them
+    m_pending = m_isTaking ? Change{Change::Reset} : merged(m_pending, change);
     markBehind();
-    if (!m_isTaking)
-        m_pending = merged(before, change);
 }
 
 void DerivedList::markBehind()
@@ -108,8 +106,9 @@ bool DerivedList::mayTakeAgain()
 void DerivedList::takePending()
 {
     const bool wasBroken = std::exchange(m_isBroken, false);
-    const Change change = wasBroken ? Change{Change::Reset} : m_pending;
-    m_pending = {};
+    Change change = std::exchange(m_pending, Change());
+    if (wasBroken)
+        change = {Change::Reset};
     if (!thrown().guard([&] { take(change); }))
         takeInAnew();
     else if (wasBroken)

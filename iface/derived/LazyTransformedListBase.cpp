@@ -101,13 +101,15 @@ QVariant LazyTransformedListBase::compute(int index)
             return valueOf(*kept);
         const unsigned before = generation();
         const ObservableTracker::Suspension untracked;
+        const QVariant inputItem = input()->itemAt(index);
         const auto destroy = [this](Entry* entry) { destroyEntry(entry); };
-        std::unique_ptr<Entry, decltype(destroy)> made(createEntry(input()->itemAt(index)), destroy);
+        std::unique_ptr<Entry, decltype(destroy)> made(nullptr, destroy);
         try {
-            derive(*made, nullptr);
+            made.reset(createEntry(inputItem, true));
         } catch (...) {
             // Once the map has it the list says so, to whoever has tried to read it.
-            made->m_isUnmade = true;
+            made.reset(createEntry(inputItem, false));
+            made->m_isUnmade = made->m_isUntold = true;
             if (before == generation() && keep(index, made.get()))
                 made.release();
             throw;
@@ -135,8 +137,10 @@ bool LazyTransformedListBase::keep(int index, Entry* made)
     const Entry* const other = entry(index);
     if (before != generation() || (other && !other->m_isUnmade))
         return false;
-    if (other)
+    if (other) {
+        made->m_isUntold = true;
         forget(index);
+    }
     enterKey(*made);
     m_places.setItem(index, made);
     m_places.setMarked(index, true);
@@ -214,7 +218,8 @@ void LazyTransformedListBase::deriveAnew(Entry& entry)
         try {
             const QVariant item = isKeyDirty ? input()->itemAt(index) : QVariant();
             const bool isOther = derive(entry, isKeyDirty ? &item : nullptr);
-            if (!std::exchange(entry.m_isUnmade, false) && !isOther)
+            entry.m_isUnmade = false;
+            if (!std::exchange(entry.m_isUntold, false) && !isOther)
                 return;
         } catch (const std::bad_alloc&) {
             m_made = merged(m_made, {Change::Updated, index});

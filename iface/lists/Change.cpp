@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <iface/Change.h>
 
+#include <iface/detail/MakeShared.h>
+
+#include <new>
+
 namespace iface {
 
 namespace {
@@ -38,6 +42,18 @@ private:
     const int m_count;
 };
 
+/// A Reset where they are too many or there is no memory.
+Change composed(const Change::Mapper& first, const Change::Mapper& second)
+{
+    if (ComposedMapper::countOf(first) + ComposedMapper::countOf(second) > MostComposed)
+        return {Change::Reset};
+    try {
+        return {Change::Moved, -1, detail::makeShared<ComposedMapper>(first, second)};
+    } catch (const std::bad_alloc&) {
+        return {Change::Reset};
+    }
+}
+
 bool leavesIndexes(const Change& change)
 {
     return change.kind == Change::Updated || change.kind == Change::Data;
@@ -64,9 +80,8 @@ Change detail::mergedBoth(const Change& first, const Change& second)
         return second;
     if (second.kind <= Change::Keys)
         return first;
-    if (first.kind == Change::Moved && second.kind == Change::Moved && first.mapper && second.mapper &&
-        ComposedMapper::countOf(first.mapper) + ComposedMapper::countOf(second.mapper) <= MostComposed)
-        return {Change::Moved, -1, Change::Mapper(new ComposedMapper(first.mapper, second.mapper))};
+    if (first.kind == Change::Moved && second.kind == Change::Moved && first.mapper && second.mapper)
+        return composed(first.mapper, second.mapper);
     if (leavesIndexes(first) && leavesIndexes(second))
         return first.kind == second.kind && first.index == second.index ? second : Change{Change::Data};
     return {Change::Reset};

@@ -76,11 +76,10 @@ void Round::queue(ObservableImpl& observable, const Change& change, BeforeTellin
     Untold& entry = *m_state.untold[std::size_t(observable.m_untold) - 1];
     if (beforeTelling)
         entry.beforeTelling = beforeTelling;
-    const Change before = std::exchange(entry.change, {change.kind <= Change::Keys ? Change::Plain : Change::Reset});
+    entry.change = merged(entry.change, change);
+    entry.change.keys = nullptr;
     if (change.kind == Change::Keys)
         observable.appendKeys(*change.keys, entry.keys);
-    entry.change = merged(before, change);
-    entry.change.keys = nullptr;
 }
 
 void Round::Untold::clear()

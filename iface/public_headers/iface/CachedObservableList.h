@@ -22,7 +22,8 @@ namespace iface {
 /// The functions are called once for every change that was taken over, in order, though changes of which nobody had
 /// been told yet are announced as one: those made in a round of their own by a function, say, or by whoever heard of
 /// the change before this list announced it. A function may do whatever an observer may. When it throws (an empty one
-/// throws `boost::bad_function_call`) the change is announced, and then the exception goes on. One thread.
+/// throws `boost::bad_function_call`) the change is announced, and then the exception goes on. An item that throws when
+/// it is read of the input is a default-made one here until its next change. One thread.
 template <class T>
 class CachedObservableList : public detail::DerivedList
 {

@@ -40,7 +40,7 @@ namespace detail {
 ZEL_EXPORT Change mergedBoth(const Change& first, const Change& second);
 } // namespace detail
 
-/// Two changes of one container, of which nobody was told, as one: at worst a Reset.
+/// Two changes of one container, of which nobody was told, as one: at worst a Reset. Throws nothing.
 inline Change merged(const Change& first, const Change& second)
 {
     return first.kind == Change::None    ? second

@@ -50,6 +50,7 @@ public:
     /// What answers have left out is asked for again in turns of so many keys: a message has room for only so many.
     static constexpr int RepeatLimit = 20 * BatchLimit;
 
+    /// A limit below 1 is 1.
     explicit LazyLoader(LoadFunction loadFunction, V defaultValue = V(), int batchLimit = BatchLimit);
     virtual ~LazyLoader() = default;
 

@@ -29,8 +29,10 @@ namespace iface {
 /// It holds keys and map for its whole life. It takes changes in before anybody is told of them, and announces them all
 /// as one (see Round). Handlers may do whatever an observer may; so may the map while it is asked for an item that is
 /// read, and the answer is then as it is by the time it is given. Should the map change the key list while items are
-/// computed again, the list announces a Reset. What the map throws goes on to whoever read, or made the change; the
-/// item stays as it was. One thread.
+/// computed again, the list announces its change as a whole. What the map throws goes on to whoever read, or made the
+/// change; the item stays as it was, and one that the map has never given is announced once the map announces its key.
+/// The map may read this list, if no item hangs on itself, nor on over 200 others in a row: beyond that one reads as
+/// none, with a line in the log. One thread.
 template <class K, class V, class Eq = iEqual<V>, class Hash = KeyHash<K>>
 class LazyTransformedObservableListImpl : public detail::LazyTransformedListBase
 {
@@ -53,7 +55,7 @@ private:
         V value;
     };
 
-    Entry* createEntry(const QVariant& inputItem) override;
+    Entry* createEntry(const QVariant& inputItem, bool withValue) override;
     void enterKey(Entry& entry) override { m_index.insert(static_cast<ItemInfo&>(entry), std::size_t(mostEntries())); }
     void destroyEntry(Entry* entry) override;
     bool derive(Entry& entry, const QVariant* inputItem) override;
@@ -76,10 +78,12 @@ void LazyTransformedObservableListImpl<K, V, Eq, Hash>::destroyEntry(Entry* entr
 }
 
 template <class K, class V, class Eq, class Hash>
-auto LazyTransformedObservableListImpl<K, V, Eq, Hash>::createEntry(const QVariant& inputItem) -> Entry*
+auto LazyTransformedObservableListImpl<K, V, Eq, Hash>::createEntry(const QVariant& inputItem, bool withValue) -> Entry*
 {
     auto item = std::make_unique<ItemInfo>();
     item->key = inputItem.value<K>();
+    if (withValue)
+        item->value = m_mapping.get(item->key);
     return item.release();
 }
 

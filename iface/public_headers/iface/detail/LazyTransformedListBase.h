@@ -28,6 +28,7 @@ protected:
         bool m_isDirty = false;    ///< its value may be another
         bool m_isKeyDirty = false; ///< and so may its key
         bool m_isUnmade = false;   ///< it has a key and no value: the map threw
+        bool m_isUntold = false;   ///< whoever has read it since the map threw knows its value, and others do not
     };
 
     /// The subclass keeps the map alive; either may be null.
@@ -38,8 +39,8 @@ protected:
     void dropEntries();
 
 private:
-    /// An entry with the key that is the input's item, and no value yet.
-    virtual Entry* createEntry(const QVariant& inputItem) = 0;
+    /// An entry made of the input's item; without its value only the key.
+    virtual Entry* createEntry(const QVariant& inputItem, bool withValue) = 0;
     /// Has the entry found by its key; once.
     virtual void enterKey(Entry& entry) = 0;
     /// Also takes it out of the keys.
