@@ -10,6 +10,7 @@
 #include <QtCore/QScopedValueRollback>
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -86,6 +87,18 @@ void DerivedList::markBehind()
 FirstException& DerivedList::thrown()
 {
     return Round::open()->m_thrown;
+}
+
+void DerivedList::itemThrew()
+{
+    thrown().guard([this] {
+        try {
+            throw;
+        } catch (const std::bad_alloc&) {
+            takeInAnew();
+            throw;
+        }
+    });
 }
 
 DerivedList::Hold DerivedList::catchUp() const

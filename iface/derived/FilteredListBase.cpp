@@ -197,7 +197,11 @@ bool FilteredListBase::judge(int index)
     auto* const node = static_cast<Node*>(m_places.item(index));
     Dependencies::Run run(*m_dependencies, node);
     bool isPassing = false;
-    guardItem([&] { ObservableTracker::runInto(&run, [&] { isPassing = passes(input()->itemAt(index)); }); });
+    try {
+        ObservableTracker::runInto(&run, [&] { isPassing = passes(input()->itemAt(index)); });
+    } catch (...) {
+        itemThrew();
+    }
     if (Node* const now = run.finish(); now != node)
         setNode(index, now);
     return isPassing;

@@ -72,9 +72,11 @@ QVariant LazyTransformedListBase::item(int index) const
     if (!kept || kept->m_isUnmade)
         return self->compute(index);
     // Only the map that is being asked finds one that is dirty.
-    if (kept->m_isDirty && m_depth > 0)
+    if (kept->m_isDirty && m_depth > 0) {
         self->deriveAnew(*kept);
-    return entry(index) == kept ? valueOf(*kept) : self->compute(index);
+        return entry(index) == kept ? valueOf(*kept) : self->compute(index);
+    }
+    return valueOf(*kept);
 }
 
 /// Whether an item hangs on itself, or on too many others in a row for the stack.
@@ -184,11 +186,10 @@ void LazyTransformedListBase::take(const Change& change)
 {
     // What is not derived for want of memory is made when it is read.
     auto forgetThem = qScopeGuard([this] { forgetAll(); });
-    Change made = takeInput(fitting(change, m_places.size()));
+    m_made = takeInput(fitting(change, m_places.size()));
     // While the map is asked more may become dirty, or even this again: that is for another take.
     m_asked.clear();
     m_asked.swap(m_dirty);
-    m_made = {};
     for (std::size_t i = 0; i < m_asked.size(); ++i) {
         Entry* const each = m_asked[i];
         if (!each || !each->m_isDirty)
@@ -200,9 +201,8 @@ void LazyTransformedListBase::take(const Change& change)
             deriveAnew(*each);
         }
     }
-    made = merged(made, m_made);
-    if (made.kind != Change::None)
-        note(made);
+    if (m_made.kind != Change::None)
+        note(std::exchange(m_made, Change()));
     forgetThem.dismiss();
 }
 

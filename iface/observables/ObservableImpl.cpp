@@ -13,6 +13,8 @@
 #include <QtCore/QMetaMethod>
 #include <QtCore/QThread>
 
+#include <optional>
+
 namespace iface {
 
 namespace {
@@ -111,16 +113,16 @@ void ObservableImpl::note(const Change& change, void (*beforeTelling)(Observable
     const bool isFollowed = m_firstFollower || m_untold || beforeTelling;
     if (!isFollowed && !m_isHeard)
         return;
-    Hold hold;
     if (isFollowed) {
+        std::optional<Hold> hold;
         Round round;
-        round.m_thrown.guard([&] { hold = Hold(*this); });
+        round.m_thrown.guard([&] { hold.emplace(*this); });
         round.enter(*this, change, beforeTelling);
         round.run();
         return;
     }
     // Nothing hangs on it, so there is nothing to be taken in.
-    hold = Hold(*this);
+    const Hold hold(*this);
     const ObservableTracker::Suspension untracked;
     std::vector<MapChange> keys;
     if (change.kind == Change::Keys)

@@ -9,6 +9,7 @@
 
 #include <boost/function.hpp>
 
+#include <deque>
 #include <utility>
 
 namespace iface {
@@ -64,7 +65,7 @@ private:
 
     QList<T> m_copy;
     /// What is to be called for the changes that the copy shows.
-    QList<boost::function<void()>> m_calls;
+    std::deque<boost::function<void()>> m_calls;
     ItemFunction m_addFunction;
     ItemFunction m_removeFunction;
     UpdateFunction m_updateFunction;
@@ -139,9 +140,12 @@ void CachedObservableList<T>::take(const Change& noted)
 template <class T>
 T CachedObservableList<T>::read(const ObservableList<T>& input, int index)
 {
-    T item{};
-    this->guardItem([&] { item = input[index]; });
-    return item;
+    try {
+        return input[index];
+    } catch (...) {
+        this->itemThrew();
+        return T();
+    }
 }
 
 template <class T>
@@ -158,7 +162,7 @@ QList<T> CachedObservableList<T>::readAll(const ObservableList<T>& input)
 template <class T>
 void CachedObservableList<T>::noteWith(const Change& change, boost::function<void()> call)
 {
-    m_calls.append(std::move(call));
+    m_calls.push_back(std::move(call));
     note(change, [](ObservableImpl& list) { static_cast<CachedObservableList&>(list).callFunctions(); });
 }
 
@@ -170,7 +174,9 @@ void CachedObservableList<T>::callFunctions()
     const Hold hold(*this);
     detail::FirstException thrown;
     while (hold.isAlive() && !m_calls.empty()) {
-        thrown.guard(m_calls.takeFirst());
+        const boost::function<void()> call = std::move(m_calls.front());
+        m_calls.pop_front();
+        thrown.guard(call);
     }
     thrown.rethrow();
 }

@@ -4,17 +4,16 @@
 #include <iface/Change.h>
 #include <iface/Follower.h>
 #include <iface/ObservableListImpl.h>
-#include <iface/detail/FirstException.h>
 
 #include <QtCore/QPointer>
-
-#include <new>
 
 namespace iface {
 class Round;
 } // namespace iface
 
 namespace iface::detail {
+
+class FirstException;
 
 /// A list made of another list, its input: how it takes in what changed, in the first step of a round, before anything
 /// is announced.
@@ -64,9 +63,9 @@ protected:
     Change fitting(const Change& change, int before) const;
     /// What was thrown while changes are taken in. It goes on when all has been announced.
     static FirstException& thrown();
-    /// Has an item read or judged, and keeps what is thrown. Only where memory runs out that says nothing of the item.
-    template <class Step>
-    void guardItem(const Step& step);
+    /// Keeps what was thrown when an item was read or judged; to be called where it is caught. Only where memory runs
+    /// out that says nothing of the item.
+    void itemThrew();
 
 private:
     friend class iface::Round;
@@ -98,18 +97,5 @@ private:
     bool m_isTaking = false;
     bool m_isClosed = false;
 };
-
-template <class Step>
-void DerivedList::guardItem(const Step& step)
-{
-    thrown().guard([&] {
-        try {
-            step();
-        } catch (const std::bad_alloc&) {
-            takeInAnew();
-            throw;
-        }
-    });
-}
 
 } // namespace iface::detail

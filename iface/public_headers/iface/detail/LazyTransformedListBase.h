@@ -92,7 +92,7 @@ private:
     IndexedSequence m_places;
     std::vector<Entry*> m_dirty; ///< null for those that are gone
     std::vector<Entry*> m_asked; ///< of the dirty ones; null for those that are gone
-    Change m_made;               ///< of what was derived anew
+    Change m_made;               ///< that is to be announced of what is being taken in
     Mapping m_mapping{this};
     int m_depth = 0; ///< of items that are made or derived for the sake of another
 };
