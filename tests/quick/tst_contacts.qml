@@ -80,7 +80,7 @@ TestCase {
         tryCompare(test.window.activeFocusItem, "text", "away")
         go(Qt.Key_Tab, "Save")
         keyClick(Qt.Key_Space)
-        tryVerify(() => world.ownMessage().includes("new"))
+        tryVerify(() => world.run("profile").includes("new"))
         compare(said(), "Personal message")
     }
 

@@ -11,7 +11,8 @@ TestCase {
     height: 200
     visible: true
 
-    property Item application
+    // Of the pictures that the service makes up, by their bytes.
+    readonly property var colors: ({3000: "#fc5dc3", 4000: "#fdfaa6"})
 
     Component {
         id: applicationComponent
@@ -140,9 +141,9 @@ TestCase {
         verify(app.profile.requestUpdateStatus(UserStatus.Busy, "meeting"))
         tryCompare(app.profile, "personalMessage", "back at five")
         tryCompare(app.profile, "status", UserStatus.Busy)
-        compare(world.ownMessage(), "back at five")
-        world.paint("", "red")
-        tryVerify(() => color(app.ownImage) === "#ff0000")
+        verify(world.run("profile").includes("back at five"))
+        world.run("picture 4000")
+        tryVerify(() => color(app.ownImage) === colors[4000])
         // One that is much too big for the service arrives as one that is not.
         verify(app.profile.requestUpdateDisplayPictureFile(world.bigPicture("#0000ff")))
         tryVerify(() => color(app.ownImage) === "#0000fe")
@@ -152,15 +153,15 @@ TestCase {
     function test_asksForAPictureOnceAndShowsANewOne() {
         world.run("contact add anna displayName=Anna")
         world.run("contact add bert displayName=Bert")
-        world.paint("anna", "#00ff00")
+        world.run("contact picture anna 4000")
         const app = start()
-        tryVerify(() => app.shown.count === 2 && color(app.shown.itemAt(0).image) === "#00ff00")
+        tryVerify(() => app.shown.count === 2 && color(app.shown.itemAt(0).image) === colors[4000])
         const asked = 2 // and the user's own
         compare(world.asked("requestUserAvatar"), asked)
         compare(app.shown.itemAt(1).image.status, Image.Ready)
         const before = app.anna.picture
-        world.paint("anna", "#0000ff")
-        tryVerify(() => color(app.shown.itemAt(0).image) === "#0000ff")
+        world.run("contact picture anna 3000")
+        tryVerify(() => color(app.shown.itemAt(0).image) === colors[3000])
         compare(world.asked("requestUserAvatar"), asked + 1)
         verify(before !== app.anna.picture)
         compare(app.anna.picture, app.shown.itemAt(0).picture)
@@ -169,12 +170,12 @@ TestCase {
     function test_losesAccessAndWinsItBack() {
         world.run("contact add anna displayName=Anna")
         world.run("profile displayName=Robin")
-        world.paint("anna", "#00ff00")
+        world.run("contact picture anna 4000")
         world.run("box add first")
         const app = start()
         for (let i = 0; i < 2; ++i) {
             tryVerify(() => names(app.shown) === "Anna" && app.items.count === 1)
-            tryVerify(() => color(app.shown.itemAt(0).image) === "#00ff00")
+            tryVerify(() => color(app.shown.itemAt(0).image) === colors[4000])
             compare(app.profile.displayName, "Robin")
             world.run("state NoDataConnection")
             tryVerify(() => app.shown.count + app.items.count === 0 && app.profile.displayName === "")
@@ -191,24 +192,24 @@ TestCase {
 
     function test_findsTheServiceAgain() {
         world.run("contact add anna displayName=Anna")
-        world.paint("anna", "#00ff00")
+        world.run("contact picture anna 4000")
         const app = start()
-        tryVerify(() => app.shown.count === 1 && color(app.shown.itemAt(0).image) === "#00ff00")
+        tryVerify(() => app.shown.count === 1 && color(app.shown.itemAt(0).image) === colors[4000])
         world.run("away")
         world.run("contact add bert displayName=Bert")
         world.run("contact picture anna 3000")
         world.run("back")
-        tryVerify(() => names(app.shown) === "Anna,Bert" && color(app.shown.itemAt(0).image) === "#fc5dc3")
+        tryVerify(() => names(app.shown) === "Anna,Bert" && color(app.shown.itemAt(0).image) === colors[3000])
     }
 
     function test_fillsTheBox() {
-        world.addIcon(7, "#00ff00")
+        world.run("box icon 7 4000")
         const app = start()
         tryCompare(app.context, "ready", true)
         compare(app.box.registeredIcons, [7])
         verify(app.box.requestAddItem("Level 7", 7, "cookie"))
         tryCompare(app.items, "count", 1)
-        tryVerify(() => color(app.icons.itemAt(0)) === "#00ff00")
+        tryVerify(() => color(app.icons.itemAt(0)) === colors[4000])
         const item = app.items.item(0)
         compare([item.text, item.cookie, item.iconId], ["Level 7", "cookie", 7])
         verify(app.box.requestRemoveItem(item.id))

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <zelcore/TestService.h>
 
-#include <QtCore/QBuffer>
 #include <QtCore/QHash>
 #include <QtCore/QTemporaryDir>
 #include <QtCore/QUrl>
@@ -41,13 +40,6 @@ public Q_SLOTS:
         QString reply;
         return m_service->execute(command, &reply) ? reply : u"failed: "_s + reply;
     }
-    void paint(const QString& handle, const QColor& color)
-    {
-        if (handle.isEmpty())
-            m_service->setProfilePicture(picture(color));
-        else
-            m_service->setContactPicture(handle, picture(color));
-    }
     /// A file of some 3 MB.
     QUrl bigPicture(const QColor& color) const
     {
@@ -57,23 +49,11 @@ public Q_SLOTS:
         image.save(file);
         return QUrl::fromLocalFile(file);
     }
-    void addIcon(int iconId, const QColor& color) { m_service->addBoxIcon(iconId, picture(color)); }
     /// How many messages of this type have come from the application, or invocations for this target.
     int asked(const QString& type) const { return m_asked.value(type); }
     QStringList refusals() const { return m_service->refusals(); }
-    QString ownMessage() const { return m_service->profile().personalMessage; }
 
 private:
-    static QByteArray picture(const QColor& color)
-    {
-        QImage image(8, 8, QImage::Format_RGB32);
-        image.fill(color);
-        QByteArray bytes;
-        QBuffer buffer(&bytes);
-        image.save(&buffer, "PNG");
-        return bytes;
-    }
-
     const QTemporaryDir m_folder;
     std::unique_ptr<zelcore::TestService> m_service;
     QHash<QString, int> m_asked;
