@@ -23,9 +23,8 @@ public:
         , m_listening(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0))
     {
         const sockaddr_un address = addressOf(path);
-        ::unlink(m_path.constData());
-        isListening = ::bind(m_listening, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
-                      ::listen(m_listening, backlog) == 0;
+        ::bind(m_listening, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+        ::listen(m_listening, backlog);
     }
     ~RawServer()
     {
@@ -49,11 +48,7 @@ public:
         return m_client != -1;
     }
     void hangUp() { ::close(std::exchange(m_client, -1)); }
-    // The next record, or an empty one when none comes.
-    QByteArray receive(int milliseconds = 5000) const
-    {
-        return isReadable(m_client, milliseconds) ? readFrom(m_client) : QByteArray();
-    }
+    QByteArray receive(int milliseconds = 5000) const { return awaitFrom(m_client, 1024 * 1024, milliseconds); }
     bool send(const QByteArray& record) const { return sendTo(m_client, record); }
     // Sends records of this size, counting up, until the other side takes no more for a moment.
     void sendAll(int* next, int size) const
@@ -78,18 +73,14 @@ public:
         pollfd state = {descriptor, POLLIN, 0};
         return ::poll(&state, 1, milliseconds) > 0;
     }
-    // One record; empty at the end of the connection.
-    static QByteArray readFrom(int descriptor, int most = 1024 * 1024)
+    // One record; empty at the end of the connection. The event loop runs, for the sake of what is at the other end.
+    static QByteArray awaitFrom(int descriptor, int most = 1024 * 1024, int milliseconds = 5000)
     {
+        if (!QTest::qWaitFor([=] { return isReadable(descriptor); }, milliseconds))
+            return "nothing came";
         QByteArray record(most, Qt::Uninitialized);
         record.truncate(qMax<ssize_t>(::read(descriptor, record.data(), size_t(most)), 0));
         return record;
-    }
-    // Runs the event loop until there is one, for the sake of what is at the other end.
-    static QByteArray awaitFrom(int descriptor, int most = 1024 * 1024)
-    {
-        const bool isThere = QTest::qWaitFor([=] { return isReadable(descriptor); });
-        return isThere ? readFrom(descriptor, most) : "nothing came";
     }
     static sockaddr_un addressOf(const QString& path)
     {
@@ -98,8 +89,6 @@ public:
         qstrncpy(address.sun_path, QFile::encodeName(path).constData(), sizeof address.sun_path);
         return address;
     }
-
-    bool isListening = false;
 
 private:
     const QByteArray m_path;

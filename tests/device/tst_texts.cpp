@@ -442,28 +442,24 @@ private Q_SLOTS:
     {
         constexpr int depth = 100;
         const QByteArray value(300000, 'x'); // of such a text no decoder is kept for the next
-        struct Texts
-        {
-            device::Encoder encoder{device::Encoder::Attributes};
-            std::unique_ptr<Decoder> decoder;
-        };
+        const QByteArray json = QByteArray("{\"v\":").repeated(depth) + '"' + value + '"' + QByteArray(depth, '}');
+        using Texts = std::pair<QByteArray, std::unique_ptr<Decoder>>;
         const auto act = [&](Texts& texts) {
-            for (int level = 0; level < depth; ++level)
-                texts.encoder.startObject("level");
-            texts.encoder.addString("text", value);
-            for (int level = 0; level < depth; ++level)
-                texts.encoder.endObject();
-            texts.decoder = std::make_unique<Decoder>(bytes(texts.encoder.text()));
+            device::Encoder encoder(device::Encoder::Attributes);
+            encoder.addJson("v", json);
+            texts.first = bytes(encoder.text());
+            texts.second = std::make_unique<Decoder>(texts.first);
         };
-        const auto check = [&](Texts& texts) {
-            QVERIFY(texts.encoder.text().empty() || texts.encoder.text().ends_with("}\n"));
-            if (texts.encoder.text().empty() || !texts.decoder || !texts.decoder->isValid())
+        const auto check = [&](const Texts& texts) {
+            const auto& [written, d] = texts;
+            QVERIFY(written.isEmpty() || written == "v:json:" + json + '\n');
+            if (written.isEmpty() || !d || !d->isValid())
                 return;
             for (int level = 0; level < depth; ++level)
-                QVERIFY(texts.decoder->enter("level"));
-            QCOMPARE(texts.decoder->string("text"), value);
+                QVERIFY(d->enter("v"));
+            QCOMPARE(d->string("v"), value);
         };
-        QVERIFY(failing::eachInTurn([] { return std::make_unique<Texts>(); }, act, check) > 15);
+        QVERIFY(failing::eachInTurn([] { return std::make_unique<Texts>(); }, act, check) > 10);
     }
 };
 
