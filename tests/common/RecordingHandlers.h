@@ -116,9 +116,6 @@ private:
     static QString data(const Image& image) { return QString::fromLatin1(image.getImage()->getData()); }
 };
 
-using RecordingRegistration = RecordingHandler;
-using RecordingUserProfile = RecordingHandler;
-
 /// The facade's side of the managers.
 struct RecordingGates final : RecordingHandler, zelsplib::RegistrationHandler
 {

@@ -9,7 +9,7 @@ using zelsplib::Avatar;
 
 namespace {
 
-using Manager = zelsplib::GlobalsManager<RecordingRegistration, RecordingUserProfile>;
+using Manager = zelsplib::GlobalsManager<RecordingHandler, RecordingHandler>;
 
 struct GlobalsStage : Stage
 {
