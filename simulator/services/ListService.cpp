@@ -112,7 +112,6 @@ QString ListService::requestElements(Session& session, const QJsonObject& body)
     if (!problem.isEmpty())
         return problem;
 
-    session.unannounced.remove(list);
     QList<QByteArray> elements;
     elements.reserve(keys.size());
     for (const QString& key : keys) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <splib/channel/Retries.h>
 #include <splib/contacts/PlatformContact.h>
 
 #include <zel/LiveList.h>
@@ -13,15 +14,14 @@
 #include <iface/detail/FirstException.h>
 
 #include <QtCore/QExplicitlySharedDataPointer>
+#include <QtCore/QSet>
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 
 #include <functional>
 #include <utility>
 
 namespace zelsplib {
-
-/// The records of contacts, by user id.
-using ContactRecords = zel::LiveMap<QString, PlatformContact>;
 
 /// The ids of the contacts, which tells of each whole list that the service sends after the first.
 class ContactIds : public zel::LiveList<QString, QString>
@@ -56,6 +56,38 @@ public:
 private:
     std::function<void()> m_resent = [] {};
     bool m_isWhole = false; ///< what is being transferred, if anything is
+};
+
+/// The records of contacts, by user id, which knows what of them may be out of date.
+///
+/// Records stay when their users leave the list. A service that comes back sends the list anew and the records of those
+/// who are in it: what the others have become meanwhile is not told, and is asked for when they are listed again.
+class ContactRecords : public zel::LiveMap<QString, PlatformContact>
+{
+public:
+    using Pointer = QExplicitlySharedDataPointer<ContactRecords>;
+
+    ContactRecords(const QSharedPointer<zel::ListApiMultiplexer>& multiplexer,
+                   const QExplicitlySharedDataPointer<ContactIds>& ids);
+    ~ContactRecords() override { stop(); }
+
+    /// The records of all who are not listed may be out of date from now on.
+    void doubtUnlisted();
+    /// The record of a user who is listed: while it may be out of date a default one, and it is asked for until it
+    /// comes.
+    PlatformContact current(const QString& userId);
+
+protected:
+    bool recordCame(const QString& userId) override;
+
+private:
+    void renew(const QString& userId);
+    void requestDoubtful();
+
+    const QExplicitlySharedDataPointer<ContactIds> m_ids;
+    QSet<QString> m_doubtful;
+    QStringList m_toRequest; // in this turn of the event loop
+    Retries m_renewals;
 };
 
 /// Knows the last round in which the ids were replaced by a new whole list: what is announced in it is no news of

@@ -6,7 +6,6 @@
 #include <splib/channel/StreamRequests.h>
 #include <splib/contacts/AvatarRequest.h>
 #include <splib/contacts/ContactLists.h>
-#include <splib/contacts/PlatformContactJsonAdapter.h>
 #include <splib/contacts/PlatformUserJsonAdapter.h>
 #include <splib/log/Logging.h>
 
@@ -101,8 +100,7 @@ void PlatformContactManagerBase::init()
     d->ids = new ContactIds(d->multiplexer, QSharedPointer<PlatformUserJsonAdapter>::create(), u"platformContact"_s, {},
                             ContactIds::Keys::Distinct);
     d->ids->setResentFunction([this] { listResent(); });
-    d->records = ContactRecords::create(d->multiplexer, QSharedPointer<PlatformContactJsonAdapter>::create(),
-                                        u"platformUser"_s, {});
+    d->records = new ContactRecords(d->multiplexer, d->ids);
 
     d->replacement.follow(*d->ids);
     d->view->setInput(initializedContacts(d->ids, d->records));
@@ -192,6 +190,7 @@ bool PlatformContactManagerBase::checkUserListState()
 
 void PlatformContactManagerBase::listResent()
 {
+    d->records->doubtUnlisted();
     if (d->eventsEnabled)
         d->report([this] { reportListResent(); });
 }

@@ -228,12 +228,13 @@ const std::pair<const char*, const char*> dialogues[] = {
         $ app 1 state Expired
         A> register loud -> listChange "Expired"; listChange "Pending"; listChange "Success"
         A.)"},
-    {"tells an application that comes back everything but what it asks for, and one that starts nothing", R"(
+    {"tells an application that comes back everything but the lists it asks for, and one that starts nothing", R"(
         $ contact add anna
         $ away
         $ back
         B> tpaApi {}
         C> requestListAll {"type":"platformContact"} -> listAll "platformContact"; listAdd; listAdd; listAll BoxItem
+        D> requestListElements {"type":"platformUser","elements":[]} -> listElements; listAdd "global"; listAdd "anna"
         B.)"},
     {"ends an invitation when its owner becomes a contact", R"(
         $ eco-status eco-pp-zoe => Unknown

@@ -267,12 +267,22 @@ void TstPlatformContactManager::tellsItsStory_data()
         list               -> contacts h1 h0 h2
         ids 1 7 2          -> resent
         list               -> contacts h1 h2
-        ids 0              -> resent
+        ids 1              -> resent
         turn               -> requestListElements user7 platformUser
-        ids 0 8            -> resent
+        ids 1 8            -> resent
         answer
         turn               -> requestListElements user8 platformUser
         answer 8 n         -> install h8
+    )");
+    row("whoever was away with the service", R"(
+        ids 1 2            -> resent
+        add 0
+        turn               -> requestListElements user0 platformUser
+        wait 30
+        turn               -> requestListElements user0 platformUser
+        record 0 n         -> install h0
+        wait 600
+        turn
     )");
     row("invitations", R"(
         invite 0           -> invitation h0

@@ -59,6 +59,8 @@ public:
     /// Whether a record for the key has been stored, or its request has been answered without one. Asks for nothing
     /// and is no tracked read: the value's own observers hear when it turns.
     bool isLoaded(const Key& key) const { return m_loader.isLoaded(key); }
+    /// All keys, in the order in which they came.
+    QList<Key> keys() const { return m_loader.keys(); }
 
     /// Names this map's own requests, so that it knows their answers.
     QString cookie() const;
@@ -74,6 +76,8 @@ public:
 protected:
     void dropUnderWay() override;
     void requestAgain() override;
+    /// A whole record is about to be stored. Answers whether its key is announced also if it is as it was.
+    virtual bool recordCame(const Key&) { return false; }
 
 private:
     using Loader = iface::LazyLoader<Key, T>;

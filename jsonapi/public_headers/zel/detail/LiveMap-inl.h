@@ -187,7 +187,16 @@ template <class Key, class T>
 void LiveMap<Key, T>::takeRecord(const T& record)
 {
     const Key key = m_adapter->elementToId(record);
-    iface::Round::together([&] { m_loader.store(key, record, [this, &key] { this->fireKeyChanged(key); }); });
+    iface::Round::together([&] {
+        bool isUntold = recordCame(key);
+        m_loader.store(key, record, [&] {
+            isUntold = false;
+            this->fireKeyChanged(key);
+        });
+        if (isUntold) {
+            this->fireKeyChanged(key);
+        }
+    });
 }
 
 /// A change may have some members only. It is no answer to a request that is out for the whole record, which an answer
