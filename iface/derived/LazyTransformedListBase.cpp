@@ -113,13 +113,13 @@ QVariant LazyTransformedListBase::compute(int index)
             made.reset(createEntry(inputItem, false));
             made->m_isUnmade = made->m_isUntold = true;
             if (before == generation() && keep(index, made.get()))
-                made.release();
+                static_cast<void>(made.release());
             throw;
         }
         value = valueOf(*made);
         const bool isCurrent = before == generation();
         if (isCurrent && keep(index, made.get()))
-            made.release();
+            static_cast<void>(made.release());
         made.reset();
         if (isCurrent)
             return value;

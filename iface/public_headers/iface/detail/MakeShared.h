@@ -13,7 +13,7 @@ template <class T>
 QSharedPointer<T> shared(std::unique_ptr<T> made)
 {
     const QSharedPointer<T> counted(made.get());
-    made.release();
+    static_cast<void>(made.release());
     return counted;
 }
 
