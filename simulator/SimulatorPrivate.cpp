@@ -408,7 +408,10 @@ QString SimulatorPrivate::invite(const QString& contact)
 bool SimulatorPrivate::load(const QString& scenario, QString* error)
 {
     const std::optional<Scenario> read = Scenario::load(scenario, error);
-    if (!read || !(*error = read->problemIn(world)).isEmpty())
+    if (!read)
+        return false;
+    *error = read->problemIn(world);
+    if (!error->isEmpty())
         return false;
     for (const Scenario::Step& step : read->world) {
         QString reply;
