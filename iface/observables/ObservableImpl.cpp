@@ -59,10 +59,9 @@ void Follower::detach()
 }
 
 ObservableImpl::Hold::Hold(const ObservableImpl& observable)
+    : m_counted(observable.ref.loadRelaxed() > 0 ? &observable : nullptr)
 {
-    if (observable.ref.loadRelaxed() > 0)
-        m_counted = ObservablePointer(&observable);
-    else
+    if (!m_counted)
         m_uncounted = &observable;
 }
 

@@ -75,9 +75,9 @@ void ContactRecords::doubtUnlisted()
 
 PlatformContact ContactRecords::current(const QString& userId)
 {
-    const PlatformContact known = contents(userId);
     if (!m_doubtful.contains(userId))
-        return known;
+        return contents(userId);
+    contents(userId); // who asks hears when it comes
     renew(userId);
     return {};
 }
