@@ -254,9 +254,9 @@ QString Simulator::addContact(const QString& displayName)
     return addContact(contact);
 }
 
-void Simulator::generateContacts(int count, quint32 seed)
+bool Simulator::generateContacts(int count, quint32 seed)
 {
-    d->accepted(addPeople(d->world, count, seed));
+    return d->accepted(addPeople(d->world, count, seed));
 }
 
 bool Simulator::changeContact(const Person& contact)

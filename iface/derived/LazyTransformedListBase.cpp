@@ -72,7 +72,7 @@ QVariant LazyTransformedListBase::item(int index) const
     if (!kept || kept->m_isUnmade)
         return self->compute(index);
     // Only the map that is being asked finds one that is dirty.
-    if (kept->m_isDirty && m_depth > 0) {
+    if (kept->m_isDirty && m_depth > 0 && !isTooDeep()) {
         self->deriveAnew(*kept);
         return entry(index) == kept ? valueOf(*kept) : self->compute(index);
     }
@@ -208,8 +208,6 @@ void LazyTransformedListBase::take(const Change& change)
 
 void LazyTransformedListBase::deriveAnew(Entry& entry)
 {
-    if (isTooDeep())
-        return;
     const QScopedValueRollback<int> deriving(m_depth, m_depth + 1);
     const int index = m_places.indexOf(entry);
     entry.m_isDirty = false;

@@ -104,7 +104,8 @@ void ContactRecords::requestDoubtful()
 {
     constexpr qsizetype mostKeys = iface::LazyLoader<QString, PlatformContact>::RepeatLimit;
     const Pointer keep(this);
-    const QStringList users = std::exchange(m_toRequest, {});
+    QStringList users = std::exchange(m_toRequest, {});
+    users.removeDuplicates();
     for (qsizetype i = 0; i < users.size(); i += mostKeys)
         requestListElements(users.mid(i, mostKeys), {});
 }

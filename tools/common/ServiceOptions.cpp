@@ -11,8 +11,6 @@ namespace zeltools {
 
 namespace {
 
-constexpr int mostContacts = 1'000'000; // no service has room for more
-
 const QCommandLineOption rootOption(u"root"_s, u"serve below this folder"_s, u"DIR"_s);
 const QCommandLineOption scenarioOption(u"scenario"_s,
                                         u"begin with this scenario: a file, or the name of one that ships with the "
@@ -43,10 +41,8 @@ QString ServiceOptions::read(const QCommandLineParser& parser)
     seed = parser.value(seedOption).toUInt(&isSeed);
     isPaused = parser.isSet(pausedOption);
     record = parser.value(recordOption);
-    if (!areContacts || contacts < 0 || contacts > mostContacts)
-        return u"--contacts takes a number from 0 to %1."_s.arg(mostContacts);
-    if (!isSeed)
-        return u"--seed takes a number from 0."_s;
+    if (!areContacts || contacts < 0 || !isSeed)
+        return u"--contacts and --seed take numbers from 0."_s;
     return {};
 }
 

@@ -144,14 +144,13 @@ bool prepare(zelcore::Simulator& simulator, const Options& options)
     simulator.setRoot(options.root);
     simulator.setTimelinePaused(options.isPaused);
     bool done = options.scenario.isEmpty() || simulator.loadScenario(options.scenario, &error);
-    if (done)
-        simulator.generateContacts(options.contacts, options.seed);
+    done = done && simulator.generateContacts(options.contacts, options.seed);
     // The state that a scenario begins with would have it forget.
     done = done && (options.remember.isEmpty() || simulator.rememberRegistrations(options.remember, &error)) &&
            (options.replay.isEmpty() ||
             simulator.replay(options.replay, &error, options.atOnce ? Pace::AtOnce : Pace::AsThen)) &&
            (options.record.isEmpty() || simulator.record(options.record, &error)) && simulator.start(&error);
-    if (!done)
+    if (!error.isEmpty()) // what the world refuses it has said itself
         complain(error);
     return done;
 }

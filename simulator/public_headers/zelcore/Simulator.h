@@ -200,9 +200,9 @@ public:
     QString addContact(const Person& contact, bool installed = true);
     /// Adds a contact of this \a displayName who runs the application, with the ids made from it.
     QString addContact(const QString& displayName);
-    /// Adds \a count made-up people, a million at most or else none, the same ones for the same \a seed, with names in
-    /// many scripts.
-    void generateContacts(int count, quint32 seed);
+    /// Adds \a count made-up people, the same ones for the same \a seed, with names in many scripts. False, and nobody
+    /// is added, if there were more than a million people then.
+    bool generateContacts(int count, quint32 seed);
     /// Makes \a contact the record under its user id and announces the members that differ. False when nobody has
     /// this user id, another has the handle, or the record is too long for a message.
     bool changeContact(const Person& contact);
