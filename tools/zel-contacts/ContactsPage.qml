@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
@@ -123,8 +125,8 @@ Rectangle {
             reuseItems: true
             Accessible.role: Accessible.List
             Accessible.name: qsTr("Contacts")
-            Keys.onReturnPressed: currentItem?.clicked()
-            Keys.onEnterPressed: currentItem?.clicked()
+            Keys.onReturnPressed: (currentItem as ContactDelegate)?.clicked()
+            Keys.onEnterPressed: (currentItem as ContactDelegate)?.clicked()
             ScrollBar.vertical: ScrollBar {}
             delegate: ContactDelegate {
                 id: person

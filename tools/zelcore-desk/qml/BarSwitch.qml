@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-import QtQuick
 import QtQuick.Controls
 
 // A switch in a row of buttons, as high as they are.
