@@ -20,6 +20,9 @@ namespace {
 
 const QByteArray png = "\x89PNG\r\n\x1a\n";
 const QByteArray gif = "GIF89a icon";
+const QString longestText = QString(98, u'x') + u"\r\n"_s;
+const QString longestCookie(128, u'c');
+const QByteArray largestIcon = gif.leftJustified(32768);
 
 /// An answer in words.
 struct Text
@@ -96,7 +99,9 @@ const QList<Case>& cases()
         {"eco status", [](R& r) { return r.ecoIdStatus(u"eco-x"_s); }, u"2"_s},
         {"item", [](R& r) { return r.addItem(u"x"_s, u"c"_s); }, u"x -1"_s},
         {"item, icon there", [](R& r) { return r.addItem(u"x"_s, 7, u"c"_s); }, u"x 7"_s},
-        {"item and icon", [](R& r) { return r.addItemWithIcon(u"x"_s, 8, ImageType::Gif, gif, {}); }, u"x 8"_s},
+        {"item and icon",
+         [](R& r) { return r.addItemWithIcon(longestText, 8, ImageType::Gif, largestIcon, longestCookie); },
+         longestText + u" 8"_s},
         {"item and icon, icon there", [](R& r) { return r.addItemWithIcon(u"x"_s, 7, {}, png, {}); }, u"x 7"_s},
         {"removal", [](R& r) { return r.removeItem(u"item-1"_s); }, u"done"_s},
         {"new icon", [](R& r) { return r.registerIcon(9, ImageType::Gif, gif); }, u"done"_s},
@@ -156,10 +161,9 @@ private Q_SLOTS:
         const QLatin1String end(QTest::currentDataTag());
         QFETCH(QString, outcome);
         auto requests = std::make_unique<Requests>(m_context.get());
-        if (end == "service away"_L1) {
+        requests->setTimeout(end == "service away"_L1 ? 1ms : 0ms);
+        if (end == "service away"_L1)
             m_service->goAway();
-            requests->setTimeout(1ms);
-        }
         QList<Pending> all;
         for (const Case& one : cases()) {
             all += one.ask(*requests);
@@ -225,14 +229,15 @@ private Q_SLOTS:
         connect(m_service.get(), &zelcore::Simulator::messageReceived, &requests,
                 [&](int, const QString& type) { sent += type; });
         requests.registerIcon(0, ImageType::Gif, gif).cancel(); // which ends the waiting alone
+        requests.addItemWithIcon(u"twice"_s, 0, ImageType::Gif, gif, u"c"_s).cancel();
         const auto first = requests.addItemWithIcon(u"twice"_s, 0, ImageType::Gif, gif, u"c"_s);
         const auto second = requests.addItemWithIcon(u"twice"_s, 0, ImageType::Gif, gif, u"c"_s);
         const auto last = requests.addItemWithIcon(u"twice"_s, 0, ImageType::Gif, gif, u"d"_s);
         QTRY_VERIFY(second.isFinished() && first.isFinished() && last.isFinished());
         QCOMPARE(QStringList({first.result().id(), second.result().id(), last.result().id()}),
-                 QStringList({u"item-2"_s, u"item-3"_s, u"item-4"_s}));
+                 QStringList({u"item-2"_s, u"item-3"_s, u"item-5"_s}));
         const QString item = u"createProfileBoxItem"_s;
-        QCOMPARE(sent, QStringList({u"createProfileBoxImage"_s, u"stream"_s, item, item, item}));
+        QCOMPARE(sent, QStringList({u"createProfileBoxImage"_s, u"stream"_s, item, item, item, item}));
     }
 
     void aProfileThatHasTheValueEndsTheRequest()
@@ -275,12 +280,15 @@ private Q_SLOTS:
                 requests.reset();
             });
             const Pending second = requests->ecoId(ppId);
-            const Pending other = requests->ecoId(ppId + u'2');
+            auto other = requests->ecoId(ppId + u'2');
+            QString late; // asked for while it is destroyed
+            other.onCanceled([&, dying = requests.get()] { return late = outcomeOf(dying->ecoId(ppId)); });
             if (!isAnswered)
                 m_service->setRegistrationState(u"Expired"_s);
             QTRY_VERIFY(!requests);
             QCOMPARE(endsOf({second, other}), isAnswered ? QStringList({u"eco-x"_s, u"cancelled"_s})
                                                          : QStringList({u"AccessLost"_s, u"AccessLost"_s}));
+            QCOMPARE(late.section(u':', 0, 0), isAnswered ? u"NoAccess"_s : QString());
         }
     }
 
