@@ -3,11 +3,13 @@
 
 #include "ContactModel.h"
 
+#include <QtCore/QScopedValueRollback>
 #include <QtCore/QSortFilterProxyModel>
 
 namespace zeldesk {
 
-/// The contacts whose name, handle or message holds a text.
+/// The contacts whose name, handle or message holds a text. A text that goes on is looked for among those alone whom it
+/// has found.
 class ContactFilter : public QSortFilterProxyModel
 {
     Q_OBJECT
@@ -19,8 +21,6 @@ public:
     explicit ContactFilter(ContactModel& contacts, QObject* parent = nullptr)
         : QSortFilterProxyModel(parent)
     {
-        setFilterRole(ContactModel::SearchRole);
-        setFilterCaseSensitivity(Qt::CaseInsensitive);
         setSourceModel(&contacts);
     }
 
@@ -29,16 +29,30 @@ public:
     {
         if (text == m_text)
             return;
-        m_text = text;
-        setFilterFixedString(text);
+        {
+            const QScopedValueRollback narrowing(m_isNarrowing, text.contains(m_text, Qt::CaseInsensitive));
+            m_text = text;
+            invalidateFilter();
+        }
         Q_EMIT textChanged();
     }
 
 Q_SIGNALS:
     void textChanged();
 
+protected:
+    bool filterAcceptsRow(int row, const QModelIndex& parent) const override
+    {
+        if (m_text.isEmpty())
+            return true;
+        const QModelIndex contact = sourceModel()->index(row, 0, parent);
+        return (!m_isNarrowing || mapFromSource(contact).isValid()) &&
+               contact.data(ContactModel::SearchRole).toString().contains(m_text, Qt::CaseInsensitive);
+    }
+
 private:
     QString m_text;
+    bool m_isNarrowing = false; ///< Whoever was not found cannot be now.
 };
 
 } // namespace zeldesk
