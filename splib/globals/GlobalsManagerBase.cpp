@@ -2,6 +2,7 @@
 #include <splib/globals/GlobalsManagerBase.h>
 
 #include <splib/EventQueue.h>
+#include <splib/JsonFields.h>
 #include <splib/RegistrationHandler.h>
 #include <splib/contacts/AvatarRequest.h>
 #include <splib/globals/GlobalNames.h>
@@ -11,7 +12,6 @@
 #include <splib/log/Logging.h>
 
 #include <zel/JsonStreamFunctorAdapter.h>
-#include <zel/JsonWriter.h>
 #include <zel/LiveMap.h>
 
 #include <iface/ObserverFunctorAdapter.h>
@@ -71,10 +71,7 @@ struct GlobalsManagerBase::Private
 
     void sendRegistration(const QString& uuid, bool silent) const
     {
-        const auto request = QSharedPointer<zel::JsonWriter>::create(u"registrationRequest"_s, u"zel"_s);
-        request->addAttribute(u"uuid"_s, uuid);
-        request->addAttribute(u"silent"_s, silent);
-        jsonStream->pipe()->send(request);
+        jsonStream->pipe()->send(makeRequest("registrationRequest", "uuid", uuid, "silent", silent));
     }
 
     /// An answer that tells the state as it was is heard by nobody who follows the list.
@@ -166,9 +163,7 @@ void GlobalsManagerBase::sendRegistration(const QString& uuid, bool silent)
 
 void GlobalsManagerBase::sendTpaApi(const QString& apiType)
 {
-    const auto message = QSharedPointer<zel::JsonWriter>::create(u"tpaApi"_s, u"zel"_s);
-    message->addAttribute(u"apiType"_s, apiType);
-    d->jsonStream->pipe()->send(message);
+    d->jsonStream->pipe()->send(makeRequest("tpaApi", "apiType", apiType));
 }
 
 PlatformPermissions GlobalsManagerBase::getPermissions() const

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/profilebox/BoxIcons.h>
 
+#include <splib/JsonFields.h>
 #include <splib/log/Logging.h>
 #include <splib/profilebox/ProfileBoxJsonAdapters.h>
 
 #include <zel/JsonPipe.h>
-#include <zel/JsonWriter.h>
 
 #include <QtCore/QCryptographicHash>
 
@@ -117,10 +117,8 @@ void BoxIcons::create(int iconId, Avatar::ImageType type, const QByteArray& data
 
 void BoxIcons::send(const QString& imageId) const
 {
-    const auto request = QSharedPointer<zel::JsonWriter>::create(u"createProfileBoxImage"_s, u"zel"_s);
-    request->addAttribute(u"imageHash"_s, m_pending.value(imageId).constData()->getHash());
-    request->addAttribute(u"imageId"_s, imageId);
-    m_stream->pipe()->send(request);
+    const QString imageHash = m_pending.value(imageId).constData()->getHash();
+    m_stream->pipe()->send(makeRequest("createProfileBoxImage", "imageHash", imageHash, "imageId", imageId));
 }
 
 void BoxIcons::sendBytes(const QString& imageId, const QString& streamId)
@@ -154,10 +152,7 @@ void BoxIcons::retrieve(int iconId)
 
 void BoxIcons::sendRetrieval(const QString& imageId, const QString& streamId) const
 {
-    const auto request = QSharedPointer<zel::JsonWriter>::create(u"requestProfileBoxImage"_s, u"zel"_s);
-    request->addAttribute(u"streamId"_s, streamId);
-    request->addAttribute(u"imageId"_s, imageId);
-    m_stream->pipe()->send(request);
+    m_stream->pipe()->send(makeRequest("requestProfileBoxImage", "streamId", streamId, "imageId", imageId));
 }
 
 void BoxIcons::take(const QString& streamId, const QByteArray& bytes)

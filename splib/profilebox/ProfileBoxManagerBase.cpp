@@ -2,12 +2,11 @@
 #include <splib/profilebox/ProfileBoxManagerBase.h>
 
 #include <splib/EventQueue.h>
+#include <splib/JsonFields.h>
 #include <splib/RegistrationHandler.h>
 #include <splib/profilebox/BoxIcons.h>
 #include <splib/profilebox/BoxList.h>
 #include <splib/profilebox/ProfileBoxJsonAdapters.h>
-
-#include <zel/JsonWriter.h>
 
 using namespace Qt::StringLiterals;
 
@@ -85,11 +84,9 @@ bool ProfileBoxManagerBase::createProfileBoxItem(const QString& text, const boos
         logRefusal(*refusal);
         return false;
     }
-    const auto request = QSharedPointer<zel::JsonWriter>::create(u"createProfileBoxItem"_s, u"zel"_s);
-    request->addAttribute(u"text"_s, text);
-    request->addAttribute(u"cookie"_s, cookie);
+    const auto request = makeRequest("createProfileBoxItem", "text", text, "cookie", cookie);
     if (iconId)
-        request->addAttribute(u"imageId"_s, QString::number(*iconId));
+        writeFields(*request, "imageId", QString::number(*iconId));
     d->listApi->send(request);
     return true;
 }
