@@ -1,17 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <zel/JsonPipe.h>
-#include <zel/JsonWriter.h>
-
-#include <iface/JsonReaderAttribute.h>
-
-#include <QtCore/QObject>
-#include <QtCore/QSharedPointer>
-#include <QtCore/QString>
+#include <splib/ecoid/EcoIdQuestion.h>
 
 #include <concepts>
-#include <utility>
+#include <functional>
 
 namespace zelsplib {
 
@@ -22,41 +15,24 @@ concept EcoIdEvents = std::default_initializable<T> && requires(T handler, const
     handler.pushEcoIdResponse(ppid, ecoId);
 };
 
-/// Asks the core service for the eco identifier that belongs to a ppId. Nothing is remembered between a request and
-/// its answer: answers are told as they come, asked for or not. Owned by the facade.
+/// Asks the core service for the eco identifier that belongs to a ppId. Owned by the facade.
 template <EcoIdEvents Handler>
-class EcoIdManager final : public QObject
+class EcoIdManager final : public EcoIdQuestion
 {
 public:
-    explicit EcoIdManager(QSharedPointer<zel::JsonPipe> pipe)
-        : m_pipe(std::move(pipe))
+    explicit EcoIdManager(const QSharedPointer<zel::JsonPipe>& pipe)
+        : EcoIdQuestion(pipe, {"requestEcoId", "ppid", "ecoId"},
+                        std::bind_front(&EcoIdManager::ecoIdResponseCallback, this))
     {
-        m_pipe->addListener(
-            this, QStringLiteral("requestEcoIdResponse"),
-            [this](QObject* sender, iface::JsonReaderAttribute message) { ecoIdResponseCallback(sender, message); });
     }
 
-    void requestEcoId(const QString& ppid)
-    {
-        const auto request =
-            QSharedPointer<zel::JsonWriter>::create(QStringLiteral("requestEcoId"), QStringLiteral("zel"));
-        request->addAttribute(QStringLiteral("ppid"), ppid);
-        m_pipe->send(request);
-    }
-
+    void requestEcoId(const QString& ppid) { ask(ppid); }
     Handler& eventHandler() { return m_handler; }
 
 private:
-    void ecoIdResponseCallback(QObject*, const iface::JsonReaderAttribute& message)
-    {
-        QString ppid;
-        QString ecoId;
-        message.object().readFields("ppid", ppid, "ecoId", ecoId);
-        m_handler.pushEcoIdResponse(ppid, ecoId);
-    }
+    void ecoIdResponseCallback(const QString& ppid, const QString& ecoId) { m_handler.pushEcoIdResponse(ppid, ecoId); }
 
     Handler m_handler;
-    QSharedPointer<zel::JsonPipe> m_pipe;
 };
 
 } // namespace zelsplib

@@ -1,17 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <zel/JsonPipe.h>
-#include <zel/JsonWriter.h>
-
-#include <iface/JsonReaderAttribute.h>
-
-#include <QtCore/QObject>
-#include <QtCore/QSharedPointer>
-#include <QtCore/QString>
+#include <splib/ecoid/EcoIdQuestion.h>
 
 #include <concepts>
-#include <utility>
+#include <functional>
 
 namespace zelsplib {
 
@@ -23,42 +16,27 @@ concept EcoIdStatusEvents = std::default_initializable<T> &&
     handler.pushEcoIdStatusResponse(ecoId, status);
 };
 
-/// Asks the core service whether an eco identifier is a contact already or has been invited. Nothing is remembered
-/// between a request and its answer: answers are told as they come, asked for or not. Owned by the facade.
+/// Asks the core service whether an eco identifier is a contact already or has been invited. Owned by the facade.
 template <EcoIdStatusEvents Handler>
-class EcoIdStatusManager final : public QObject
+class EcoIdStatusManager final : public EcoIdQuestion
 {
 public:
-    explicit EcoIdStatusManager(QSharedPointer<zel::JsonPipe> pipe)
-        : m_pipe(std::move(pipe))
+    explicit EcoIdStatusManager(const QSharedPointer<zel::JsonPipe>& pipe)
+        : EcoIdQuestion(pipe, {"requestEcoIdStatus", "ecoId", "status"},
+                        std::bind_front(&EcoIdStatusManager::ecoIdStatusResponseCallback, this))
     {
-        m_pipe->addListener(this, QStringLiteral("requestEcoIdStatusResponse"),
-                            [this](QObject* sender, iface::JsonReaderAttribute message) {
-                                ecoIdStatusResponseCallback(sender, message);
-                            });
     }
 
-    void requestEcoIdStatus(const QString& ecoId)
-    {
-        const auto request =
-            QSharedPointer<zel::JsonWriter>::create(QStringLiteral("requestEcoIdStatus"), QStringLiteral("zel"));
-        request->addAttribute(QStringLiteral("ecoId"), ecoId);
-        m_pipe->send(request);
-    }
-
+    void requestEcoIdStatus(const QString& ecoId) { ask(ecoId); }
     Handler& eventHandler() { return m_handler; }
 
 private:
-    void ecoIdStatusResponseCallback(QObject*, const iface::JsonReaderAttribute& message)
+    void ecoIdStatusResponseCallback(const QString& ecoId, const QString& status)
     {
-        QString ecoId;
-        QString status;
-        message.object().readFields("status", status, "ecoId", ecoId);
         m_handler.pushEcoIdStatusResponse(ecoId, status);
     }
 
     Handler m_handler;
-    QSharedPointer<zel::JsonPipe> m_pipe;
 };
 
 } // namespace zelsplib
