@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <vx/platform/zel/ContactService.h>
 
-#include <platform/channel/ServiceBridge.h>
 #include <platform/contacts/ContactServiceDelegate.h>
-#include <platform/mistakes/Mistakes.h>
-#include <vx/platform/zel/Context.h>
+#include <platform/context/PrivatePart.h>
 
 #include <QtCore/QPointer>
 
@@ -12,27 +10,22 @@
 
 namespace vx::platform::zel {
 
-class ContactServicePrivate : public QObject
+class ContactServicePrivate : public PrivatePart<ContactServiceDelegate>
 {
     Q_OBJECT
 
 public:
     ContactServicePrivate(Context* givenContext, ContactService* contactService)
-        : QObject(contactService)
+        : PrivatePart(contactService, "ContactService", givenContext, mistakes::Needs::Access,
+                      &ServiceBridge::contactService)
         , q(contactService)
-        , context(givenContext)
     {
-        mistakes::checkMaking("ContactService", context, mistakes::Needs::Access);
-        if (!context || !context->isAccessAllowed())
+        if (!delegate)
             return;
-        delegate = ServiceBridge::instance()->contactService();
         delegate->updateContactList();
         connectDelegate();
         m_announced = properties();
     }
-
-    bool isAllowed() const { return mistakes::hasAccess("ContactService", context) && delegate; }
-    bool mayRequest(const char* where) const { return mistakes::mayRequest(where, context, isAllowed()); }
 
     struct Properties
     {
@@ -43,8 +36,6 @@ public:
     Properties properties() const;
 
     ContactService* const q;
-    QPointer<Context> const context;
-    ContactServiceDelegate* delegate = nullptr; // stays null in an object made without access
 
 private:
     void connectDelegate();

@@ -1,49 +1,37 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <vx/platform/zel/ApplicationPermissions.h>
 
-#include <platform/channel/ServiceBridge.h>
 #include <platform/channel/Trace.h>
 #include <platform/context/ApplicationDelegate.h>
-#include <platform/mistakes/Mistakes.h>
-#include <vx/platform/zel/Context.h>
-
-#include <QtCore/QPointer>
+#include <platform/context/PrivatePart.h>
 
 namespace vx::platform::zel {
 
-class ApplicationPermissionsPrivate : public QObject
+class ApplicationPermissionsPrivate : public PrivatePart<ApplicationDelegate>
 {
     Q_OBJECT
 
 public:
     ApplicationPermissionsPrivate(Context* givenContext, ApplicationPermissions* permissions)
-        : QObject(permissions)
-        , context(givenContext)
+        : PrivatePart(permissions, "ApplicationPermissions", givenContext, mistakes::Needs::Access,
+                      &ServiceBridge::registrar)
     {
-        mistakes::checkMaking("ApplicationPermissions", context, mistakes::Needs::Access);
-        if (!context)
-            return;
-        // Taken once and never again: permissions that were made too early answer Denied for their life.
-        if (context->isAccessAllowed())
-            registrar = ServiceBridge::instance()->registrar();
-        qCDebug(lcPlatform) << "entering ApplicationPermissionsPrivate::ApplicationPermissionsPrivate";
+        if (context)
+            qCDebug(lcPlatform) << "entering ApplicationPermissionsPrivate::ApplicationPermissionsPrivate";
     }
 
     bool allows(Permission::Type permission) const
     {
-        if (!mistakes::hasAccess("ApplicationPermissions", context) || !registrar)
+        if (!isAllowed())
             return false;
         switch (permission) {
         case Permission::ProfileUpdatesAllowed:
-            return registrar->isProfileBoxAllowed(); // there is no permission for the profile but that for its box
+            return delegate->isProfileBoxAllowed(); // there is no permission for the profile but that for its box
         case Permission::ContactInvitationsAllowed:
-            return registrar->zelInvitationsAllowed();
+            return delegate->zelInvitationsAllowed();
         }
         return false;
     }
-
-    ApplicationDelegate* registrar = nullptr;
-    QPointer<Context> const context;
 };
 
 ApplicationPermissions::ApplicationPermissions(Context* context, QObject* parent)

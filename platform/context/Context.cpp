@@ -5,7 +5,6 @@
 #include <platform/context/ApplicationDelegate.h>
 #include <platform/mistakes/Mistakes.h>
 
-#include <QtCore/QMetaEnum>
 #include <QtCore/QPointer>
 
 #include <utility>
@@ -82,20 +81,16 @@ private:
         if (isTaken && !taken.isNull() && taken != uuid)
             return u"the process is the application %1 already, with all of its contexts; give them one "
                    "UUID, or run the other application as another process"_s.arg(taken.toString(QUuid::WithoutBraces));
-        if (!ServiceBridge::instance()->isInitialized())
-            return u"there is no core service; start one before the application"_s;
+        if (const QString reason = mistakes::whyNothingIsPossible(state); !reason.isEmpty())
+            return reason;
         switch (state) {
-        case RegistrationState::Unknown:
-            return u"the service has not said yet how things stand, or nothing that this version knows; "
-                   "wait for registrationStateUpdated()"_s;
         case RegistrationState::Allowed:
             return u"the application is registered already; whenReady() tells when it can be used"_s;
         case RegistrationState::Pending:
             return u"a registration is under way; wait for registrationStateUpdated()"_s;
         default:
             return u"the registration state is %1, which does not allow it; request it in one of those "
-                   "that do, such as Unregistered"_s.arg(
-                       QString::fromLatin1(QMetaEnum::fromType<RegistrationState::Type>().valueToKey(state)));
+                   "that do, such as Unregistered"_s.arg(mistakes::nameOf(state));
         }
     }
 

@@ -1,29 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <vx/platform/zel/Utils.h>
 
-#include <platform/channel/ServiceBridge.h>
 #include <platform/channel/Trace.h>
+#include <platform/context/PrivatePart.h>
 #include <platform/ecoid/UtilsDelegate.h>
-#include <platform/mistakes/Mistakes.h>
-#include <vx/platform/zel/Context.h>
-
-#include <QtCore/QPointer>
 
 namespace vx::platform::zel {
 
-class UtilsPrivate : public QObject
+class UtilsPrivate : public PrivatePart<UtilsDelegate>
 {
     Q_OBJECT
 
 public:
     UtilsPrivate(Context* givenContext, Utils* utils)
-        : QObject(utils)
-        , context(givenContext)
+        : PrivatePart(utils, "Utils", givenContext, mistakes::Needs::Context, &ServiceBridge::utils)
         , q(utils)
-        , delegate(givenContext ? ServiceBridge::instance()->utils() : nullptr)
     {
         qCDebug(lcPlatform) << "entering UtilsPrivate::UtilsPrivate";
-        mistakes::checkMaking("Utils", givenContext, mistakes::Needs::Context);
         if (!delegate)
             return;
         // What was told last, not what the signal says.
@@ -33,11 +26,10 @@ public:
                 [this](const QString& ecoId) { Q_EMIT q->ecoIdStatusUpdated(ecoId, delegate->toldStatus(ecoId)); });
     }
 
-    bool isAllowed() const { return mistakes::hasAccess("Utils", context) && delegate; }
     /// Whether a request about somebody whom `id` names may be made. One about nobody may, and is told of.
-    bool mayRequest(const char* where, const QString& id) const
+    bool mayRequestAbout(const QString& id, const char* where) const
     {
-        if (!mistakes::mayRequest(where, context, isAllowed()))
+        if (!mayRequest(where))
             return false;
         if (id.isEmpty())
             mistakes::warn(where, "the identifier is empty, so it names nobody; take ppIds from contacts and eco "
@@ -45,9 +37,7 @@ public:
         return true;
     }
 
-    QPointer<Context> const context;
     Utils* const q;
-    UtilsDelegate* const delegate; // null without a context and without a service
 };
 
 Utils::Utils(Context* context, QObject* parent)
@@ -61,13 +51,13 @@ Utils::~Utils() = default;
 /// Asks for the eco identifier that belongs to \a ppId; see ecoIdUpdated().
 bool Utils::requestEcoId(const QString& ppId)
 {
-    return d->mayRequest("Utils::requestEcoId", ppId) && d->delegate->ecoIdRequest(ppId);
+    return d->mayRequestAbout(ppId, "Utils::requestEcoId") && d->delegate->ecoIdRequest(ppId);
 }
 
 /// Asks how the user stands with an eco identifier's owner; see ecoIdStatusUpdated(). False also for an empty one.
 bool Utils::requestEcoIdStatus(const QString& ecoId)
 {
-    return d->mayRequest("Utils::requestEcoIdStatus", ecoId) && d->delegate->ecoIdStatusRequest(ecoId);
+    return d->mayRequestAbout(ecoId, "Utils::requestEcoIdStatus") && d->delegate->ecoIdStatusRequest(ecoId);
 }
 
 /// Has the messaging application invite the owner of \a ecoId to become a contact. \a displayName is the user's own
@@ -75,7 +65,7 @@ bool Utils::requestEcoIdStatus(const QString& ecoId)
 /// user says to them. False also when that application cannot be reached.
 bool Utils::sendContactInvitation(const QString& ecoId, const QString& displayName, const QString& message)
 {
-    return d->mayRequest("Utils::sendContactInvitation", ecoId) &&
+    return d->mayRequestAbout(ecoId, "Utils::sendContactInvitation") &&
            d->delegate->sendContactInvitation(ecoId, displayName, message);
 }
 
@@ -83,7 +73,7 @@ bool Utils::sendContactInvitation(const QString& ecoId, const QString& displayNa
 /// reached.
 bool Utils::invokeChat(const QString& ecoId)
 {
-    return d->mayRequest("Utils::invokeChat", ecoId) && d->delegate->invokeChat(ecoId);
+    return d->mayRequestAbout(ecoId, "Utils::invokeChat") && d->delegate->invokeChat(ecoId);
 }
 
 } // namespace vx::platform::zel

@@ -41,19 +41,14 @@ bool isNew(const QString& text)
 
 QString withoutAccess(const Context& context)
 {
-    if (!ServiceBridge::instance()->isInitialized())
-        return u"there is no core service; start one before the application"_s;
     const RegistrationState::Type state = context.registrationState();
-    if (state == RegistrationState::Unknown)
-        return u"the service has not said yet how things stand; wait for registrationStateUpdated() or "
-               "use whenReady()"_s;
+    if (const QString reason = whyNothingIsPossible(state); !reason.isEmpty())
+        return reason;
     if (state == RegistrationState::Allowed)
         return u"made before access was allowed, it refuses requests for its life; make it when the "
                "context is ready, as whenReady() tells"_s;
-    const QString name =
-        QString::fromLatin1(QMetaEnum::fromType<RegistrationState::Type>().valueToKey(static_cast<int>(state)));
     return u"access is not allowed, the registration state is %1; wait until the context is ready, as "
-           "whenReady() tells"_s.arg(name);
+           "whenReady() tells"_s.arg(nameOf(state));
 }
 
 } // namespace
@@ -90,19 +85,19 @@ bool isRightThread(const char* where)
            warn(where, "used from another thread; every public object belongs to the one that made the first");
 }
 
-void checkMaking(const char* where, const Context* context, Needs needs)
+bool checkMaking(const char* where, const QPointer<Context>& context, Needs needs)
 {
-    if (!context) {
-        warn(where, "made without a context, it answers defaults for its life; give it the application's Context");
-        return;
-    }
+    if (!context)
+        return warn(where,
+                    "made without a context, it answers defaults for its life; give it the application's Context");
     isRightThread(where);
     if (needs != Needs::Context && !context->isAccessAllowed())
-        warn(where, "made before access was allowed, it answers defaults for its life; make it when the context is "
-                    "ready, as whenReady() tells");
-    else if (needs == Needs::Readiness && !context->isReady())
+        return warn(where, "made before access was allowed, it answers defaults for its life; make it when the "
+                           "context is ready, as whenReady() tells");
+    if (needs == Needs::Readiness && !context->isReady())
         warn(where,
              "made before the context was ready, it misses what has not come yet; make it when whenReady() tells");
+    return !context.isNull(); // a message handler may have destroyed it
 }
 
 bool hasAccess(const char* where, const Context* context)
@@ -124,6 +119,21 @@ void warnOfLongMessage()
 {
     warn(lastRequest, "the message has more than 65536 bytes, which the object does not carry; the text has to be "
                       "shorter");
+}
+
+QString whyNothingIsPossible(RegistrationState::Type state)
+{
+    if (!ServiceBridge::instance()->isInitialized())
+        return u"there is no core service; start one before the application"_s;
+    if (state == RegistrationState::Unknown)
+        return u"the service has not said yet how things stand, or nothing that this version knows; "
+               "wait for registrationStateUpdated()"_s;
+    return {};
+}
+
+QString nameOf(RegistrationState::Type state)
+{
+    return QString::fromLatin1(QMetaEnum::fromType<RegistrationState::Type>().valueToKey(static_cast<int>(state)));
 }
 
 } // namespace vx::platform::zel::mistakes

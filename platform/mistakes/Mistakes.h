@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QtCore/QString>
+#include <vx/platform/zel/RegistrationState.h>
 
-class QObject;
+#include <QtCore/QPointer>
+#include <QtCore/QString>
 
 namespace vx::platform::zel {
 
@@ -27,14 +28,19 @@ void forget();
 /// What an object was made for, as far as it counts whether that was too early.
 enum class Needs { Context, Access, Readiness };
 
-/// An object of the class `where` has been made.
-void checkMaking(const char* where, const Context* context, Needs needs);
+/// An object of the class `where` is being made: whether it can be used.
+bool checkMaking(const char* where, const QPointer<Context>& context, Needs needs);
 /// An object of the class `where` is used: whether its context, if there is one, gives access.
 bool hasAccess(const char* where, const Context* context);
 /// A request is made: whether it may be, which is `isAllowed`. Says why, if it may not.
 bool mayRequest(const char* where, const Context* context, bool isAllowed);
 /// The message of the request that was made last is longer than the object takes.
 void warnOfLongMessage();
+
+/// Why nothing can be requested in this state, whatever it is: there is no service, or it has not said how things
+/// stand. Empty in every other state.
+QString whyNothingIsPossible(RegistrationState::Type state);
+QString nameOf(RegistrationState::Type state);
 
 /// Whether this is the thread on which the library lives; says so, if it is another.
 bool isRightThread(const char* where);

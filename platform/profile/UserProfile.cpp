@@ -1,33 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <vx/platform/zel/UserProfile.h>
 
-#include <platform/channel/ServiceBridge.h>
 #include <platform/channel/Trace.h>
 #include <platform/context/HelperUtils.h>
-#include <platform/mistakes/Mistakes.h>
+#include <platform/context/PrivatePart.h>
 #include <platform/profile/UserProfileDelegate.h>
 #include <splib/contacts/PlatformContact.h>
-#include <vx/platform/zel/Context.h>
-
-#include <QtCore/QPointer>
 
 namespace vx::platform::zel {
 
 /// Keeps a copy of the profile and follows the delegate's changes in it before the public object announces them.
-class UserProfilePrivate : public QObject
+class UserProfilePrivate : public PrivatePart<UserProfileDelegate>
 {
     Q_OBJECT
 
 public:
     UserProfilePrivate(Context* givenContext, UserProfile* userProfile);
 
-    bool isAllowed() const { return mistakes::hasAccess("UserProfile", context) && profile; }
-    bool mayRequest(const char* where) const { return mistakes::mayRequest(where, context, isAllowed()); }
-
     UserProfile* const q;
-    QPointer<Context> const context;
-    UserProfileDelegate* delegate = nullptr; // these two stay null in an object made without access
-    std::unique_ptr<zelsplib::PlatformContact> profile;
+    const std::unique_ptr<zelsplib::PlatformContact> profile; // null where the delegate is
 
 public Q_SLOTS:
     void displayNameUpdated(QString value);
@@ -44,16 +35,13 @@ private:
 };
 
 UserProfilePrivate::UserProfilePrivate(Context* givenContext, UserProfile* userProfile)
-    : QObject(userProfile)
+    : PrivatePart(userProfile, "UserProfile", givenContext, mistakes::Needs::Readiness, &ServiceBridge::userProfile)
     , q(userProfile)
-    , context(givenContext)
+    , profile(delegate ? delegate->userProfile() : nullptr)
 {
     qCDebug(lcPlatform) << "entering UserProfilePrivate::UserProfilePrivate";
-    mistakes::checkMaking("UserProfile", context, mistakes::Needs::Readiness);
-    if (!context || !context->isAccessAllowed())
+    if (!delegate)
         return;
-    delegate = ServiceBridge::instance()->userProfile();
-    profile = delegate->userProfile();
     connectDelegate();
     connect(context, &Context::registrationStateUpdated, this, &UserProfilePrivate::announceAccess);
 }

@@ -1,43 +1,32 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <vx/platform/zel/ProfileBox.h>
 
-#include <platform/channel/ServiceBridge.h>
-#include <platform/mistakes/Mistakes.h>
+#include <platform/context/PrivatePart.h>
 #include <platform/profilebox/ProfileBoxDelegate.h>
-#include <vx/platform/zel/Context.h>
-
-#include <QtCore/QPointer>
 
 #include <utility>
 
 namespace vx::platform::zel {
 
-class ProfileBoxPrivate : public QObject
+class ProfileBoxPrivate : public PrivatePart<ProfileBoxDelegate>
 {
     Q_OBJECT
 
 public:
     ProfileBoxPrivate(Context* givenContext, ProfileBox* profileBox)
-        : QObject(profileBox)
+        : PrivatePart(profileBox, "ProfileBox", givenContext, mistakes::Needs::Context, &ServiceBridge::profileBox)
         , q(profileBox)
-        , context(givenContext)
-        , delegate(givenContext ? ServiceBridge::instance()->profileBox() : nullptr)
     {
-        mistakes::checkMaking("ProfileBox", givenContext, mistakes::Needs::Context);
         if (delegate)
             connectDelegate();
         m_countBefore = itemCount();
         m_iconsBefore = registeredIcons();
     }
 
-    bool isAllowed() const { return mistakes::hasAccess("ProfileBox", context) && delegate; }
-    bool mayRequest(const char* where) const { return mistakes::mayRequest(where, context, isAllowed()); }
     int itemCount() const { return isAllowed() ? delegate->itemCount() : 0; }
     QList<int> registeredIcons() const { return isAllowed() ? delegate->registeredIcons() : QList<int>(); }
 
     ProfileBox* const q;
-    QPointer<Context> const context;
-    ProfileBoxDelegate* const delegate; // null without a context and without a service
 
 private:
     void connectDelegate();
