@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "RawServer.h"
-
+#include <common/RawServer.h>
 #include <common/SlogCapture.h>
 #include <common/TestMain.h>
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "RawServer.h"
-
 #include <common/FailingAllocations.h>
+#include <common/RawServer.h>
 #include <common/TestMain.h>
 
 #include <pps/object.h>

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "RawServer.h"
-
 #include <common/FailingAllocations.h>
+#include <common/RawServer.h>
 #include <common/TestMain.h>
 
 #include <vx/system/ObjectServer.h>
@@ -27,10 +26,8 @@ class Client
 {
 public:
     explicit Client(const QString& path)
-        : descriptor(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0))
+        : descriptor(RawServer::connectTo(path))
     {
-        const sockaddr_un address = RawServer::addressOf(path);
-        isConnected = ::connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
     }
     ~Client() { ::close(descriptor); }
     Q_DISABLE_COPY(Client)
@@ -40,7 +37,6 @@ public:
     QByteArray receive() const { return RawServer::awaitFrom(descriptor); }
 
     const int descriptor;
-    bool isConnected = false;
 };
 
 struct Listening : ObjectServer
@@ -75,14 +71,14 @@ private Q_SLOTS:
             QVERIFY(refused(m_path, u"served already"_s));
             stale.stop();
             Listening server(m_path);
-            QVERIFY(Client(m_path).isConnected);
+            QVERIFY(Client(m_path).descriptor != -1);
             QVERIFY(refused(m_path, u"served already"_s));
             // Nor is another's removed, should it stand where the own one stood.
             QVERIFY(QFile::rename(m_path, m_path + u"-moved"_s));
             const Listening second(m_path);
             server.close();
             QCOMPARE(server.path(), QString());
-            QVERIFY(Client(m_path).isConnected);
+            QVERIFY(Client(m_path).descriptor != -1);
         }
         QVERIFY(QFile::remove(m_path + u"-moved"_s));
         QVERIFY(QFile(m_path).open(QIODevice::WriteOnly)); // a file

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <common/RawServer.h>
+
 #include <QtCore/QCoreApplication>
-#include <QtCore/QFile>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
@@ -11,14 +12,9 @@
 #include <QtCore/QTimer>
 
 #include <algorithm>
-#include <cstring>
 #include <functional>
 #include <memory>
 #include <utility>
-
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 /// An application that knows nothing but the socket and the texts.
 class RawApplication
@@ -31,12 +27,8 @@ public:
     bool connectTo(const QString& root, const QByteArray& object)
     {
         disconnect();
-        m_descriptor = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        const QByteArray path = QFile::encodeName(root) + object;
-        std::strncpy(address.sun_path, path.constData(), sizeof address.sun_path - 1);
-        if (::connect(m_descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+        m_descriptor = RawServer::connectTo(root + QLatin1String(object));
+        if (m_descriptor == -1)
             return false;
         m_notifier = std::make_unique<QSocketNotifier>(m_descriptor, QSocketNotifier::Read);
         QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(), [this] { read(); });
@@ -50,10 +42,7 @@ public:
             ::close(std::exchange(m_descriptor, -1));
     }
 
-    bool sendRecord(const QByteArray& record)
-    {
-        return ::send(m_descriptor, record.constData(), size_t(record.size()), MSG_NOSIGNAL) == record.size();
-    }
+    bool sendRecord(const QByteArray& record) const { return RawServer::sendTo(m_descriptor, record); }
 
     bool send(const QByteArray& type, const QByteArray& body)
     {

@@ -82,6 +82,18 @@ public:
         record.truncate(qMax<ssize_t>(::read(descriptor, record.data(), size_t(most)), 0));
         return record;
     }
+    // A client's descriptor; -1 when nobody listens.
+    static int connectTo(const QString& path)
+    {
+        const int descriptor = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
+        const sockaddr_un address = addressOf(path);
+        if (::connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0)
+            return descriptor;
+        ::close(descriptor);
+        return -1;
+    }
+
+private:
     static sockaddr_un addressOf(const QString& path)
     {
         sockaddr_un address = {};
@@ -90,7 +102,6 @@ public:
         return address;
     }
 
-private:
     const QByteArray m_path;
     int m_listening;
     int m_client = -1;
