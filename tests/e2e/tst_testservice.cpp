@@ -9,7 +9,6 @@
 #include <vx/platform/zel/UserProfile.h>
 
 #include <QtCore/QRegularExpression>
-#include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
 
 using namespace vx::platform::zel;
@@ -123,34 +122,6 @@ private Q_SLOTS:
             const Context successor(QUuid::createUuid());
             QVERIFY(successor.isAccessAllowed());
         }
-    }
-
-    void tellsWhoLeftWhileTheServiceWasAway()
-    {
-        zelcore::TestService service;
-        service.generateContacts(30, 1);
-        Application application;
-        QTRY_VERIFY(application.contacts && application.contacts->isComplete());
-        ContactService& contacts = *application.contacts;
-        QSignalSpy complete(&contacts, &ContactService::completeChanged);
-        QSignalSpy resent(&contacts, &ContactService::contactListResent);
-        QSignalSpy lists(&contacts, &ContactService::contactListUpdated);
-        service.stop();
-        const QString gone = service.contacts().at(7).handle;
-        QVERIFY(service.removeContact(gone) && service.start());
-        QTRY_COMPARE(resent.size(), 1);
-        QStringList left;
-        for (const Contact& contact : contacts.contacts()) {
-            if (!contacts.hasApplication(contact.handle()))
-                left += contact.handle();
-        }
-        QCOMPARE(left, QStringList{gone});
-        QCOMPARE(contacts.contact(gone).handle(), gone); // until the list is read anew
-        QVERIFY(contacts.refresh());
-        QCOMPARE(lists.size(), 1);
-        QCOMPARE(contacts.contactCount(), 29);
-        QVERIFY(contacts.contact(gone).isNull() && !contacts.hasApplication(gone));
-        QCOMPARE(complete.size(), 0);
     }
 
     void saysWhenItIsTooLate()
