@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "RawApplication.h"
 
+#include <common/Program.h>
 #include <common/TestMain.h>
 
 #include <QtCore/QFileInfo>
-#include <QtCore/QProcess>
 #include <QtCore/QTemporaryDir>
-#include <QtTest/QTest>
-
-#include <csignal>
 
 #include <sys/resource.h>
 
@@ -22,18 +19,16 @@ class TstProgram : public QObject
 private Q_SLOTS:
     void init()
     {
-        m_program = std::make_unique<QProcess>();
         m_folder = std::make_unique<QTemporaryDir>();
-        m_program->setProcessChannelMode(QProcess::MergedChannels);
+        make();
     }
 
     void takesCommandsAndShowsWhatHappens()
     {
         run({u"--trace"_s, u"--scenario"_s, u"first-steps"_s, u"--contacts"_s, u"20"_s, u"--seed"_s, u"4"_s});
-        m_program->write("contacts\nnonsense\n");
-        QVERIFY(says("contacts: "));
-        QVERIFY(says("\"nonsense\" is not a command"));
-        m_program->closeWriteChannel(); // the end of the input ends nothing
+        m_program->write("contacts\nnonsense");
+        QVERIFY(m_program->says("contacts: ") && m_program->says("\"nonsense\" is not a command"));
+        m_program->process.closeWriteChannel(); // the end of the input ends nothing
         RawApplication application(m_folder->path());
         application.begin();
         application.send("registrationRequest", R"({"uuid":"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b","silent":true})");
@@ -42,34 +37,30 @@ private Q_SLOTS:
              {"application 1 comes\n", "app 1 --> tpaApi {\"apiType\":\"Qt\"}\n",
               "asks to be registered as 6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b, silently\n", "registration: Success\n",
               "app 1 <-- stream {\"id\":\"s\",\"value\":\"iVBORw0KGg", "(1600 characters),\"last\":true}\n"})
-            QVERIFY(says(line));
+            QVERIFY(m_program->says(line));
         QVERIFY(application.connectTo(m_folder->path(), "/services/invocation/sys.zel.chathandler"));
-        QVERIFY(says("application 1 goes\n"));
+        QVERIFY(m_program->says("application 1 goes\n"));
         application.sendRecord(R"({"target":"sys.zel.chathandler","action":"a","mimeType":"m","data":"d"})");
-        QVERIFY(says("invocation sys.zel.chathandler a m d\n"));
-        QVERIFY(!m_output.contains("zelcore-sim> ")); // a prompt is for a terminal
+        QVERIFY(m_program->says("invocation sys.zel.chathandler a m d\n"));
+        QVERIFY(!m_program->lines().join().contains("zelcore-sim> ")); // a prompt is for a terminal
     }
 
     void endsInOrder()
     {
         for (const int signal : {0, SIGTERM, SIGINT}) {
+            make();
             run({});
             const QString socket = m_folder->path() + u"/services/zelcore/platform"_s;
             QVERIFY(QFileInfo::exists(socket));
-            if (signal == 0)
-                m_program->write("quit\n");
-            else
-                ::kill(pid_t(m_program->processId()), signal);
-            QVERIFY(m_program->waitForFinished());
-            QCOMPARE(m_program->exitStatus(), QProcess::NormalExit);
-            QCOMPARE(m_program->exitCode(), 0);
+            signal == 0 ? m_program->write("quit") : m_program->end(signal);
+            QCOMPARE(m_program->finish(), 0);
             QVERIFY(!QFileInfo::exists(socket));
         }
     }
 
     void goesOnServingWhenTheRecordingIsFull()
     {
-        m_program->setChildProcessModifier([] {
+        m_program->process.setChildProcessModifier([] {
             const rlimit oneKilobyte = {1024, 1024};
             ::setrlimit(RLIMIT_FSIZE, &oneKilobyte);
         });
@@ -77,9 +68,9 @@ private Q_SLOTS:
         RawApplication application(m_folder->path());
         application.begin();
         application.send("requestListAll", R"({"type":"platformContact"})");
-        QVERIFY(says("there is no room for more; the recording ends here\n"));
-        m_program->write("contacts\n");
-        QVERIFY(says("contacts: "));
+        QVERIFY(m_program->says("there is no room for more; the recording ends here\n"));
+        m_program->write("contacts");
+        QVERIFY(m_program->says("contacts: "));
     }
 
     void refusesWrongUse()
@@ -95,38 +86,23 @@ private Q_SLOTS:
                                                    {{u"--record"_s, u"/proc/none"_s}, 1},
                                                    {{u"--anonymise"_s, u"nowhere"_s}, 2},
                                                    {{u"--anonymise"_s, u"nowhere"_s, u"new"_s}, 1}};
-        m_program->setProcessChannelMode(QProcess::SeparateChannels);
         for (const auto& [arguments, status] : wrong) {
-            m_program->start(QStringLiteral(ZELCORE_SIM), arguments);
-            QVERIFY(m_program->waitForFinished());
-            QCOMPARE(m_program->exitCode(), status);
-            QVERIFY(m_program->readAllStandardError().startsWith("zelcore-sim: "));
-            QVERIFY(m_program->readAllStandardOutput().isEmpty());
+            make();
+            QCOMPARE(m_program->run(arguments), status);
+            QVERIFY(m_program->diagnostics().startsWith("zelcore-sim: ") && m_program->lines().isEmpty());
         }
     }
 
 private:
+    void make() { m_program = std::make_unique<Program>(QStringLiteral(ZELCORE_SIM), QString()); }
     void run(const QStringList& arguments)
     {
-        m_output.clear();
-        m_program->start(QStringLiteral(ZELCORE_SIM), QStringList{u"--root"_s, m_folder->path()} + arguments);
-        QVERIFY(says("export PPS_ROOT=" + m_folder->path().toUtf8() + '\n'));
-    }
-
-    bool says(const QByteArray& text)
-    {
-        const bool came = QTest::qWaitFor([&] {
-            m_output += m_program->readAll();
-            return m_output.contains(text);
-        });
-        if (!came)
-            qWarning("no \"%s\" in:\n%s", text.constData(), m_output.constData());
-        return came;
+        m_program->start(QStringList{u"--root"_s, m_folder->path()} + arguments);
+        QVERIFY(m_program->says("export PPS_ROOT=" + m_folder->path().toUtf8() + '\n'));
     }
 
     std::unique_ptr<QTemporaryDir> m_folder;
-    std::unique_ptr<QProcess> m_program;
-    QByteArray m_output;
+    std::unique_ptr<Program> m_program;
 };
 
 ZEL_TEST(TstProgram)
