@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <common/FakeClock.h>
+#include <common/Heard.h>
 #include <common/SeededRandom.h>
 #include <common/SlogCapture.h>
 #include <common/TestMain.h>
@@ -18,11 +19,8 @@
 #include <zelcore/Simulator.h>
 
 #include <QtCore/QCryptographicHash>
-#include <QtCore/QMetaMethod>
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QSignalSpy>
-
-#include <deque>
 
 using namespace vx::platform::zel;
 using namespace Qt::StringLiterals;
@@ -93,7 +91,7 @@ public:
         : m_fault(fault)
         , m_number(number)
     {
-        perform(
+        command(
             "generate 200 3; contact picture friend00000 20000; contact picture friend00001 20000; box icon 1 20001; "
             "box add first c 1; box add second; contact add later installed=off");
         if (!service.start() || !m_server.listen(u"/pps/services/zelcore/platform"_s, nullptr))
@@ -103,15 +101,15 @@ public:
                 [this](int, const QByteArray& record) { pass('>', record); });
         m_context = std::make_unique<Context>(QUuid(u"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b"_s));
         m_box = std::make_unique<ProfileBox>(m_context.get());
-        follow(*m_context);
-        follow(*m_box);
+        m_heard.follow(*m_context);
+        m_heard.follow(*m_box);
         connect(m_context.get(), &Context::registrationStateUpdated, this, [this](auto state) {
             if (state == RegistrationState::Unregistered)
                 m_context->requestRegisterApplication();
         });
         whenReady(m_context.get(), this, [this] {
-            follow(*(m_contacts = std::make_unique<ContactService>(m_context.get())));
-            follow(*(m_profile = std::make_unique<UserProfile>(m_context.get())));
+            m_heard.follow(*(m_contacts = std::make_unique<ContactService>(m_context.get())));
+            m_heard.follow(*(m_profile = std::make_unique<UserProfile>(m_context.get())));
             connect(m_contacts.get(), &ContactService::displayPictureUpdated, this,
                     [this](auto handle, auto, auto data) { m_pictures[handle] = hashOf(data); });
         });
@@ -127,7 +125,7 @@ public:
         const qsizetype count = m_byTheApplication.size() + byTheService.size();
         for (qsizetype i = 0; i < count; ++i) {
             if (i >= m_byTheApplication.size())
-                perform(byTheService.at(i - m_byTheApplication.size()));
+                command(byTheService.at(i - m_byTheApplication.size()));
             else if (i == 0 || m_contacts)
                 m_byTheApplication.at(i)();
             settle();
@@ -147,18 +145,9 @@ public:
     /// All signals but those for bindings. Which list the service has sent again is no matter, nor what it calls items.
     QStringList told() const
     {
-        QStringList told;
-        for (const QSignalSpy& spy : m_spies) {
-            for (const QVariantList& values : spy) {
-                QString line = QString::fromLatin1(spy.signal()).section(u'(', 0, 0);
-                for (const QVariant& value : values) {
-                    const bool isPicture = value.typeId() == QMetaType::QByteArray;
-                    line += u' ' + (isPicture ? hashOf(value.toByteArray()) : value.toString());
-                }
-                if (line != "contactListResent"_L1)
-                    told += line.section("item-"_L1, 0, 0);
-            }
-        }
+        static const QRegularExpression noMatter(u"^(\\w+Changed|contactListResent)$|item-.*"_s);
+        QStringList told = m_heard.lines();
+        told.replaceInStrings(noMatter, QString()).removeAll(QString());
         return told;
     }
 
@@ -223,7 +212,7 @@ private:
         if (way == '<')
             m_lists.insert(words.captured(2));
         if (m_isMissed && m_changes < loaded && passed['<'] == 9 + 5 * m_changes)
-            perform(changes[m_changes++]);
+            command(changes[m_changes++]);
         const bool isVictim = passed[way]++ == m_number && m_fault.endsWith(QLatin1Char(way));
         const QString fault = isVictim ? m_fault.section(u' ', 0, 0) : QString();
         if (isVictim)
@@ -277,20 +266,11 @@ private:
         return done();
     }
 
-    void follow(const QObject& object)
+    void command(const char* commands)
     {
-        for (int i = object.metaObject()->methodOffset(); i < object.metaObject()->methodCount(); ++i) {
-            const QMetaMethod method = object.metaObject()->method(i);
-            if (method.methodType() == QMetaMethod::Signal && !method.name().endsWith("Changed"))
-                m_spies.emplace_back(&object, method);
-        }
-    }
-
-    void perform(const char* commands)
-    {
-        for (const QString& command : QString::fromLatin1(commands).split(u';')) {
-            if (!service.execute(command))
-                qFatal("the service cannot: %s", qPrintable(command));
+        for (const QString& line : QString::fromLatin1(commands).split(u';')) {
+            if (!service.execute(line))
+                qFatal("the service cannot: %s", qPrintable(line));
         }
     }
 
@@ -335,7 +315,7 @@ private:
     std::unique_ptr<ProfileBox> m_box;
     std::unique_ptr<ContactService> m_contacts;
     std::unique_ptr<UserProfile> m_profile;
-    std::deque<QSignalSpy> m_spies;
+    Heard m_heard;
     std::optional<iface::ListMirror<zelsplib::PlatformContact>> m_mirror;
 };
 
