@@ -121,10 +121,18 @@ std::size_t Round::enter(MonitoredRun& run)
 }
 
 /// Who begins to observe a list that has a change still to be announced may have read that, and would hear of it as of
-/// a new one: so everybody reads it again.
-void Round::heedNewObserver(const ObservableImpl& observable)
+/// a new one: so everybody reads it again. Also where a list may be about to take something in, as it does when the
+/// observer reads it next.
+void Round::heedNewObserver(ObservableImpl& observable)
 {
-    if (!t_innermostRound || observable.m_untold == 0)
+    if (!t_innermostRound)
+        return;
+    if (Round* const round = open()) {
+        const auto* const list = dynamic_cast<const detail::DerivedList*>(&observable);
+        if (list && (t_behindCount > 0 || list->m_isTaking))
+            round->m_thrown.guard([&] { round->queue(observable, {Change::Reset}, nullptr); });
+    }
+    if (observable.m_untold == 0)
         return;
     Change& change = state().untold[std::size_t(observable.m_untold) - 1]->change;
     if (change.kind > Change::Keys)

@@ -60,7 +60,7 @@ private:
     /// The round that is being taken in, if any: all changes join it.
     static Round* open();
     static bool isOpen();
-    static void heedNewObserver(const ObservableImpl& observable);
+    static void heedNewObserver(ObservableImpl& observable);
     static void strikeOut(const detail::DerivedList& list);
     static void strikeOut(std::size_t placeOfMonitor);
 
