@@ -74,7 +74,7 @@ QVariant LazyTransformedListBase::item(int index) const
     // Only the map that is being asked finds one that is dirty.
     if (kept->m_isDirty && m_depth > 0 && !isTooDeep()) {
         self->deriveAnew(*kept);
-        return entry(index) == kept ? valueOf(*kept) : self->compute(index);
+        return entry(index) == kept && !kept->m_isUnmade ? valueOf(*kept) : self->compute(index);
     }
     return valueOf(*kept);
 }
@@ -103,15 +103,17 @@ QVariant LazyTransformedListBase::compute(int index)
             return valueOf(*kept);
         const unsigned before = generation();
         const ObservableTracker::Suspension untracked;
-        const QVariant inputItem = input()->itemAt(index);
+        QVariant inputItem;
         const auto destroy = [this](Entry* entry) { destroyEntry(entry); };
         std::unique_ptr<Entry, decltype(destroy)> made(nullptr, destroy);
         try {
+            inputItem = input()->itemAt(index);
             made.reset(createEntry(inputItem, true));
         } catch (...) {
-            // Once the map has it the list says so, to whoever has tried to read it.
+            // Once it can be had the list says so, to whoever has tried to read it.
             made.reset(createEntry(inputItem, false));
-            made->m_isUnmade = made->m_isUntold = true;
+            made->m_isUnmade = true;
+            made->m_isKeyDirty = !inputItem.isValid();
             if (before == generation() && keep(index, made.get()))
                 static_cast<void>(made.release());
             throw;
@@ -211,22 +213,37 @@ void LazyTransformedListBase::deriveAnew(Entry& entry)
     const QScopedValueRollback<int> deriving(m_depth, m_depth + 1);
     const int index = m_places.indexOf(entry);
     entry.m_isDirty = false;
+    const bool wasUnmade = entry.m_isUnmade;
+    bool isOther = true;
     thrown().guard([&] {
-        const bool isKeyDirty = std::exchange(entry.m_isKeyDirty, false);
         try {
-            const QVariant item = isKeyDirty ? input()->itemAt(index) : QVariant();
-            const bool isOther = derive(entry, isKeyDirty ? &item : nullptr);
-            entry.m_isUnmade = false;
-            if (!std::exchange(entry.m_isUntold, false) && !isOther)
-                return;
+            isOther = deriveParts(entry, index);
         } catch (const std::bad_alloc&) {
-            m_made = merged(m_made, {Change::Updated, index});
             std::replace(m_asked.begin(), m_asked.end(), &entry, static_cast<Entry*>(nullptr));
             forget(index);
             throw;
+        } catch (...) {
+            isOther = entry.m_isUnmade && !wasUnmade;
+            throw;
         }
-        m_made = merged(m_made, {Change::Updated, index});
     });
+    if (isOther)
+        m_made = merged(m_made, {Change::Updated, index});
+}
+
+/// Tells whether whoever has read the entry has to hear of it.
+bool LazyTransformedListBase::deriveParts(Entry& entry, int index)
+{
+    if (entry.m_isKeyDirty) {
+        // What was made of another key says nothing of this one, nor of one that cannot be read.
+        const bool wasUnmade = std::exchange(entry.m_isUnmade, true);
+        const QVariant inputItem = input()->itemAt(index);
+        entry.m_isKeyDirty = false;
+        entry.m_isUnmade = deriveKey(entry, inputItem) || wasUnmade;
+    }
+    const bool isOther = derive(entry);
+    const bool wasUnmade = std::exchange(entry.m_isUnmade, false);
+    return std::exchange(entry.m_isUntold, false) || wasUnmade || isOther;
 }
 
 /// Takes in what makes the list another as a whole, and has the rest derived anew.

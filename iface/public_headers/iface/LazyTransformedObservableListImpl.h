@@ -29,10 +29,12 @@ namespace iface {
 /// It holds keys and map for its whole life. It takes changes in before anybody is told of them, and announces them all
 /// as one (see Round). Handlers may do whatever an observer may; so may the map while it is asked for an item that is
 /// read, and the answer is then as it is by the time it is given. Should the map change the key list while items are
-/// computed again, the list announces its change as a whole. What the map throws goes on to whoever read, or made the
-/// change; the item stays as it was, and one that the map has never given is announced once the map announces its key.
-/// The map may read this list, if no item hangs on itself, nor on over 200 others in a row: beyond that one reads as
-/// none, with a line in the log. One thread.
+/// computed again, the list announces its change as a whole. The map may read this list, if no item hangs on itself,
+/// nor on over 200 others in a row: beyond that one reads as none, with a line in the log.
+///
+/// What the map throws goes on to whoever read, or made the change. The item stays as it was; but one for whose key the
+/// map has given nothing yet throws when it is read, until it can be had: that is announced when the map announces the
+/// key. So does one whose key throws when it is read, until the key list announces that. One thread.
 template <class K, class V, class Eq = iEqual<V>, class Hash = KeyHash<K>>
 class LazyTransformedObservableListImpl : public detail::LazyTransformedListBase
 {
@@ -58,7 +60,8 @@ private:
     Entry* createEntry(const QVariant& inputItem, bool withValue) override;
     void enterKey(Entry& entry) override { m_index.insert(static_cast<ItemInfo&>(entry), std::size_t(mostEntries())); }
     void destroyEntry(Entry* entry) override;
-    bool derive(Entry& entry, const QVariant* inputItem) override;
+    bool deriveKey(Entry& entry, const QVariant& inputItem) override;
+    bool derive(Entry& entry) override;
     QVariant valueOf(const Entry& entry) const override
     {
         return QVariant::fromValue(static_cast<const ItemInfo&>(entry).value);
@@ -87,23 +90,26 @@ auto LazyTransformedObservableListImpl<K, V, Eq, Hash>::createEntry(const QVaria
     return item.release();
 }
 
+// Before the map is asked: what it announces meanwhile under this key has to find the item.
 template <class K, class V, class Eq, class Hash>
-bool LazyTransformedObservableListImpl<K, V, Eq, Hash>::derive(Entry& entry, const QVariant* inputItem)
+bool LazyTransformedObservableListImpl<K, V, Eq, Hash>::deriveKey(Entry& entry, const QVariant& inputItem)
 {
     auto& item = static_cast<ItemInfo&>(entry);
-    bool isOther = false;
-    if (inputItem) {
-        K key = inputItem->value<K>();
-        isOther = !(item.key == key);
-        if (isOther) {
-            // Before the map is asked: what it announces meanwhile under this key has to find the item.
-            m_index.remove(item);
-            item.key = std::move(key);
-            enterKey(item);
-        }
-    }
+    K key = inputItem.value<K>();
+    if (item.key == key)
+        return false;
+    m_index.remove(item);
+    item.key = std::move(key);
+    enterKey(item);
+    return true;
+}
+
+template <class K, class V, class Eq, class Hash>
+bool LazyTransformedObservableListImpl<K, V, Eq, Hash>::derive(Entry& entry)
+{
+    auto& item = static_cast<ItemInfo&>(entry);
     V value = m_mapping.get(item.key);
-    isOther = isOther || !Eq()(item.value, value);
+    const bool isOther = !Eq()(item.value, value);
     std::swap(item.value, value); // the old one goes last: that may run anything
     return isOther;
 }

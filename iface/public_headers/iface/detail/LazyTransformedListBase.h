@@ -27,7 +27,7 @@ protected:
         friend class LazyTransformedListBase;
         bool m_isDirty = false;    ///< its value may be another
         bool m_isKeyDirty = false; ///< and so may its key
-        bool m_isUnmade = false;   ///< it has a key and no value: the map threw
+        bool m_isUnmade = false;   ///< it has no value: the map threw, or the input, and then it has no key either
         bool m_isUntold = false;   ///< whoever has read it since the map threw knows its value, and others do not
     };
 
@@ -45,9 +45,10 @@ private:
     virtual void enterKey(Entry& entry) = 0;
     /// Also takes it out of the keys.
     virtual void destroyEntry(Entry* entry) = 0;
-    /// Derives the value of an entry anew, from the input's item or, if there is none, from the key that is kept; tells
-    /// whether key or value differ from what was kept.
-    virtual bool derive(Entry& entry, const QVariant* inputItem) = 0;
+    /// Takes the input's item for the key; tells whether it is another.
+    virtual bool deriveKey(Entry& entry, const QVariant& inputItem) = 0;
+    /// Derives the value anew from the key; tells whether it is another.
+    virtual bool derive(Entry& entry) = 0;
     virtual QVariant valueOf(const Entry& entry) const = 0;
     /// Appends the entries under the keys that changed; false when none is known.
     virtual bool findEntries(const ChangedKeys& changed, QVarLengthArray<Entry*, 8>& found) = 0;
@@ -77,6 +78,7 @@ private:
     void registerRead(int index) const;
     bool keep(int index, Entry* made);
     void deriveAnew(Entry& entry);
+    bool deriveParts(Entry& entry, int index);
     void forget(int index);
     void forgetAll();
     void destroy(Entry* entry);
