@@ -20,6 +20,7 @@ namespace iface {
 /// Every announcement is replayed into `items`, which then has to be what the list answers. After a wholesale change
 /// the list is read again; but where a mapper says that items went, they have to stand, and to be what they were. What
 /// the list announced between two looks shows in words: "added 3", "moved 0 -1 1" (where each old item went), "reset".
+/// An item that throws when it is read counts as a default-made one.
 ///
 ///     iface::ListMirror<int> mirror(list);
 ///     ... whatever changes the list ...
@@ -37,7 +38,6 @@ class ListMirror
 public:
     explicit ListMirror(const ObservableList<T>& list)
         : m_list(list)
-        , m_items(list.toList())
     {
         QObject::connect(list.impl(), &List::itemAdded, &m_context,
                          [this](const QVariantList& path) { added(List::indexOfPath(path)); });
@@ -50,6 +50,7 @@ public:
                              changed(type, mapper.data());
                          });
         QObject::connect(list.impl(), &List::observableChanged, &m_context, [this] { ++m_plainChanges; });
+        m_items = readAll();
     }
 
     /// What the list holds, as far as it was announced.
@@ -100,10 +101,27 @@ private:
             m_complaint = what;
     }
 
+    T read(int index) const
+    {
+        try {
+            return m_list[index];
+        } catch (...) {
+            return T();
+        }
+    }
+
+    QList<T> readAll() const
+    {
+        QList<T> items;
+        for (int i = 0; i < m_list.size(); ++i)
+            items.append(read(i));
+        return items;
+    }
+
     void compare(const QString& announcement)
     {
         m_announced.append(announcement);
-        const QList<T> now = m_list.toList();
+        const QList<T> now = readAll();
         // Not by the lists' own operator, which passes null pointers to memcmp() when they are empty.
         check(std::equal(m_items.begin(), m_items.end(), now.begin(), now.end()),
               QStringLiteral("the list is another than announced: ") + announcement);
@@ -112,7 +130,7 @@ private:
     void added(int index)
     {
         check(index >= 0 && index <= m_items.size(), QStringLiteral("added where nothing can be"));
-        m_items.insert(qBound(0, index, int(m_items.size())), m_list[index]);
+        m_items.insert(qBound(0, index, int(m_items.size())), read(index));
         compare(QStringLiteral("added %1").arg(index));
     }
 
@@ -120,7 +138,7 @@ private:
     {
         check(index >= 0 && index < m_items.size(), QStringLiteral("updated what is not there"));
         if (index >= 0 && index < m_items.size())
-            m_items[index] = m_list[index];
+            m_items[index] = read(index);
         compare(QStringLiteral("updated %1").arg(index));
     }
 
@@ -134,7 +152,7 @@ private:
 
     void changed(List::ChangeType::Type type, const List::IndexMapper* mapper)
     {
-        QList<T> now = m_list.toList();
+        QList<T> now = readAll();
         QList<int> indexes;
         if (type == List::ChangeType::IndexesChanged && mapper) {
             indexes = indexesOf(*mapper, int(m_items.size()));
