@@ -9,7 +9,10 @@
 #include <iface/FilteredObservableList.h>
 #include <iface/ListMirror.h>
 #include <iface/ObservableTracker.h>
+#include <iface/RunUntilTrue.h>
 #include <iface/TransformedObservableList.h>
+
+#include <QtCore/QSet>
 
 #include <memory>
 #include <stdexcept>
@@ -18,12 +21,14 @@
 using namespace Qt::StringLiterals;
 
 /// Lists, maps and values at the source, and lists derived from them and from each other at random, with filters that
-/// read yet others: chains and diamonds of any shape. Slots, functions and monitors hang on them, which read, change,
-/// throw, and take things away. Every read, whoever makes it, is compared with what follows from the sources; so is
-/// what was announced of every list, and what the functions of cached lists were told.
+/// read yet others: chains and diamonds of any shape. One map withholds keys at times. Slots, functions and monitors
+/// hang on them, which read, change, throw, take things away, and bring more that observe. Every read, whoever makes
+/// it, is compared with what follows from the sources; so is what was announced of every list, and what the functions
+/// of cached lists were told.
 class ContainerGraph
 {
     using Items = QList<int>;
+    using Transformed = iface::LazyTransformedObservableListImpl<int, int>;
 
 public:
     ContainerGraph(Choices choices, bool mayDisturb)
@@ -34,8 +39,13 @@ public:
             m_numbers.emplace_back(new Number(0));
         for (int key = 0; key < Keys; ++key) {
             m_plain->contents.insert(key, key);
+            m_moody->contents.insert(key, key);
             m_records->set(key, key);
         }
+        m_moody->whenAsked = [this](int key) {
+            if (m_withheld.contains(key))
+                throw std::runtime_error("withheld");
+        };
         for (int i = any(1, 2); i > 0; --i) {
             Node& node = addNode(Source);
             Items items;
@@ -57,12 +67,14 @@ public:
     QString change()
     {
         m_nestedLeft = any(0, 2) == 0 ? any(1, 3) : 0;
-        m_sideEffectsLeft = m_mayDisturb && any(0, 7) == 0 ? 1 : 0;
+        m_sideEffectsLeft = m_mayDisturb && any(0, 3) == 0 ? 1 : 0;
         m_mayThrow = any(0, 5) == 0;
         m_hasThrown = false;
+        if (any(0, 3) == 0)
+            m_withheld.insert(any(0, Keys - 1)); // what was read by now stays what it is
         const bool isAlone = m_nestedLeft == 0 && !m_mayDisturb;
         for (auto& monitor : m_monitors)
-            monitor->monitor->runs = 0;
+            monitor->runs = 0;
         try {
             if (any(0, 5) == 0)
                 iface::Round::together([this] {
@@ -70,6 +82,8 @@ public:
                         edit();
                         if (any(0, 1))
                             compareOne("inside a change of several");
+                        if (any(0, 3) == 0)
+                            observe(anyNode());
                     }
                 });
             else
@@ -82,14 +96,16 @@ public:
             if (!node->list.impl())
                 continue;
             compared(*node, "at rest");
-            check(!node->mirror || sameItems(node->mirror->items(), naive(*node)),
-                  node->is("was announced as another"));
-            check(!node->mirror || node->mirror->complaint().isEmpty(), node->is("was announced wrongly"));
+            for (const auto* const mirror : {node->mirror.get(), node->lateMirror.get()}) {
+                check(!mirror || sameItems(mirror->items(), withDefaults(naive(*node))),
+                      node->is("was announced as another"));
+                check(!mirror || mirror->complaint().isEmpty(), node->is("was announced wrongly"));
+            }
             check(node->kind != Cached || sameItems(node->told, naive(*node)), node->is("was told as another"));
         }
         for (const auto& monitor : m_monitors) {
-            check(!isAlone || monitor->monitor->runs <= 1, u"a monitor ran twice for one change"_s);
-            check(monitor->seen == sum(*monitor, true), u"a monitor did not run"_s);
+            check(!isAlone || monitor->runs <= 1, u"a monitor ran twice for one change"_s);
+            check(monitor->isDone || monitor->seen == sum(*monitor, true), u"a monitor did not run"_s);
         }
         return m_wrong;
     }
@@ -99,6 +115,7 @@ public:
 private:
     static constexpr int Keys = 12;
     static constexpr int Numbers = 3;
+    static constexpr int Withheld = -100; ///< in the place of what the moody map does not give
 
     enum Kind { Source, Cached, Filtered, Mapped, MappedByRecord, Forgetful };
 
@@ -117,7 +134,10 @@ private:
         std::vector<Node*> read; ///< by its filter
         int salt = 0;
         int reader = 0; ///< how the filter reads
+        QExplicitlySharedDataPointer<PlainMap<int, int>> map;
+        bool forgets = false; ///< what was read, so that not every change of it is announced
         std::unique_ptr<iface::ListMirror<int>> mirror;
+        std::unique_ptr<iface::ListMirror<int>> lateMirror;
         Items told; ///< to the functions of a cached list
         bool isUsed = false;
         int known = -1; ///< the state of the sources for which `expected` is right
@@ -129,7 +149,9 @@ private:
         std::vector<Node*> read;
         int number = 0;
         quint64 seen = 0;
-        std::unique_ptr<CountedMonitor> monitor;
+        int runs = 0;
+        bool isDone = false;
+        std::unique_ptr<iface::ObserverImpl> observer;
     };
 
     int any(int first, int last) { return m_choices.bounded(last - first + 1) + first; }
@@ -155,7 +177,7 @@ private:
     {
         const Kind kind = Kind(any(Cached, Forgetful));
         Node* input = anyToRead();
-        while (!input->list.impl()->announcesEveryReadItem() && kind != Filtered) // the others would not hear of all
+        while (input->forgets && kind != Filtered) // the others would not hear of all
             input = anyToRead();
         std::vector<Node*> read;
         for (int i = any(0, 2); i > 0 && kind == Filtered; --i)
@@ -164,6 +186,8 @@ private:
         node.input = input;
         node.read = read;
         node.reader = any(0, 4);
+        node.map = kind == Mapped && any(0, 1) ? m_moody : m_plain;
+        node.forgets = input->forgets || (kind == Forgetful && any(0, 1));
         if (kind == Cached) {
             auto* const cached = new iface::CachedObservableList<int>(input->list);
             node.list = iface::ObservableList<int>(cached);
@@ -173,8 +197,10 @@ private:
                 input->list, [this, &node](int item) { return passes(node, item); });
         } else {
             node.list = iface::TransformedObservableList::create<int, int>(
-                input->list, kind == MappedByRecord ? m_composite : iface::ObservableMap<int, int>(m_plain.data()),
-                kind == Forgetful ? 2 : iface::LazyTransformedObservableListImpl<int, int>::KeepsEverything);
+                input->list, kind == MappedByRecord ? m_composite : iface::ObservableMap<int, int>(node.map.data()),
+                node.forgets        ? 2
+                : kind == Forgetful ? Transformed::DefaultCacheLimit // room for all
+                                    : Transformed::KeepsEverything);
         }
     }
 
@@ -204,7 +230,18 @@ private:
         for (int i = any(1, 3); i > 0; --i)
             monitor.read.push_back(anyToRead());
         monitor.number = any(0, Numbers - 1);
-        monitor.monitor = std::make_unique<CountedMonitor>([this, &monitor] { monitor.seen = sum(monitor, false); });
+        const bool mayEnd = any(0, 2) == 0;
+        const auto run = [this, mayEnd, &monitor] {
+            check(!monitor.isDone, u"a monitor ran after its end"_s);
+            ++monitor.runs;
+            monitor.seen = sum(monitor, false);
+            return monitor.isDone = mayEnd && monitor.seen % 8 == 0;
+        };
+        if (mayEnd)
+            monitor.observer = std::make_unique<iface::RunUntilTrue>(run, nullptr, QString());
+        else
+            monitor.observer = std::make_unique<iface::ObservableMonitor>(run, nullptr, QString(), false);
+        monitor.observer->handleObservableChanged();
     }
 
     quint64 sum(const Monitor& monitor, bool isNaive)
@@ -243,7 +280,9 @@ private:
         const int sum = verdict(node, item, false);
         if (m_sideEffectsLeft > 0 && any(0, 3) == 0) {
             --m_sideEffectsLeft;
-            any(0, 1) ? edit() : void(dropOne());
+            const int kind = any(0, 2);
+            // What is made of this list would have to be read without it.
+            kind == 0 ? edit() : kind == 1 ? observe(*m_nodes[std::size_t(any(0, node.number))]) : void(dropOne());
         }
         if (isBad(sum) && m_isBuilt)
             throwSomething();
@@ -264,16 +303,48 @@ private:
         const Items inputItems = node.input ? naive(*node.input) : Items();
         Items expected = node.source ? node.source->items() : Items();
         for (const int item : inputItems) {
-            if (node.kind == Mapped || node.kind == Forgetful)
-                expected.append(m_plain->contents.value(item));
-            else if (node.kind == MappedByRecord)
-                expected.append(m_records->peek(item));
-            else if (node.kind == Cached || isGood(verdict(node, item, true)))
+            if (node.kind >= Mapped)
+                expected.append(throughMap(node, int(expected.size()), item));
+            else if (node.kind == Cached)
+                expected.append(item == Withheld ? 0 : item);
+            else if (item != Withheld && isGood(verdict(node, item, true)))
                 expected.append(item);
         }
         node.expected = expected;
         node.known = m_state;
         return node.expected;
+    }
+
+    /// Of what the moody map withholds the list shows what it had been given before, if it had.
+    int throughMap(const Node& node, int index, int key)
+    {
+        const bool isGiven = key != Withheld &&
+                             (node.map != m_moody || !m_withheld.contains(key) || readAt(node.list, index) != Withheld);
+        return !isGiven ? Withheld : node.kind == MappedByRecord ? m_records->peek(key) : node.map->contents.value(key);
+    }
+
+    static int readAt(const iface::ObservableList<int>& list, int index)
+    {
+        try {
+            return list[index];
+        } catch (const std::runtime_error&) {
+            return Withheld;
+        }
+    }
+
+    static Items readAll(const iface::ObservableList<int>& list)
+    {
+        Items items;
+        for (int i = 0; i < list.size(); ++i)
+            items.append(readAt(list, i));
+        return items;
+    }
+
+    /// As who puts default-made items in the place of those that throw.
+    static Items withDefaults(Items items)
+    {
+        std::replace(items.begin(), items.end(), Withheld, 0);
+        return items;
     }
 
     // Not by their own operator, which passes null pointers to memcmp() when they are empty.
@@ -282,8 +353,8 @@ private:
     Items compared(Node& node, const char* where)
     {
         const iface::ObservableList<int> list = node.list; // a filter may drop the other handle
-        const Items read = list.toList();                  // before the rest: a filter may make a change
-        check(sameItems(read, naive(node)), node.is(where));
+        const Items read = readAll(list);                  // before the rest: a filter may make a change
+        check(sameItems(read, naive(node)) || !node.list.impl(), node.is(where));
         return read;
     }
 
@@ -313,17 +384,22 @@ private:
             m_numbers[std::size_t(any(0, Numbers - 1))]->setValue(any(0, 3));
         } else if (kind < 8) {
             m_records->set(any(0, Keys - 1), any(0, Keys - 1));
+        } else if (any(0, 2) == 0) {
+            m_moody->fireKeyChanged(any(0, Keys - 1)); // which it goes on withholding, or is what it was
         } else {
+            const auto& map = any(0, 1) ? m_plain : m_moody;
             QHash<int, int> changes;
             for (int i = any(1, 2); i > 0; --i)
                 changes.insert(any(0, Keys - 1), any(0, Keys - 1));
-            m_plain->set(changes);
+            if (map == m_moody)
+                m_withheld.removeIf([&](int key) { return changes.contains(key); });
+            map->set(changes);
         }
     }
 
     void listenTo(Node& node)
     {
-        if (node.list.impl()->announcesEveryReadItem())
+        if (!node.forgets)
             node.mirror = std::make_unique<iface::ListMirror<int>>(node.list);
         const auto react = [this] { reactInASlot(); };
         using List = iface::ObservableListImpl;
@@ -339,12 +415,34 @@ private:
         compareOne("in a slot");
         if (m_nestedLeft > 0 && any(0, 4) == 0) {
             --m_nestedLeft;
+            dropLateMirrors();
             edit();
         }
+        if (any(0, 19) == 0)
+            observe(anyNode());
         if (m_mayDisturb && any(0, 60) == 0)
             disturb();
-        if (m_mayThrow && any(0, 9) == 0)
+        if (m_mayThrow && any(0, 9) == 0) {
+            dropLateMirrors();
             throwSomething();
+        }
+    }
+
+    /// Whoever comes in the midst of a change, having read the list or not.
+    void observe(Node& node)
+    {
+        if (node.forgets || !node.list.impl())
+            return;
+        if (any(0, 1))
+            readAll(node.list);
+        node.lateMirror = std::make_unique<iface::ListMirror<int>>(node.list);
+    }
+
+    /// They stand behind the slots, and so would hear of a slot's change first, and nothing of what has one throw.
+    void dropLateMirrors()
+    {
+        for (const auto& node : m_nodes)
+            node->lateMirror.reset();
     }
 
     /// Takes away what is there, or adds to it.
@@ -355,7 +453,7 @@ private:
         if (!m_monitors.empty() && any(0, 1)) {
             m_gone.push_back(std::move(m_monitors.back())); // one that is running finds its own still there
             m_monitors.pop_back();
-            m_gone.back()->monitor.reset();
+            m_gone.back()->observer.reset();
         } else if (std::all_of(m_nodes.begin(), m_nodes.end(), [](const auto& each) { return each->list.impl(); })) {
             addMonitor();
         }
@@ -367,6 +465,7 @@ private:
         if (node.isUsed || node.kind == Source)
             return false;
         node.mirror.reset();
+        node.lateMirror.reset();
         node.list = iface::ObservableList<int>();
         return true;
     }
@@ -375,6 +474,8 @@ private:
     QObject m_context;
     std::vector<NumberPointer> m_numbers;
     QExplicitlySharedDataPointer<PlainMap<int, int>> m_plain{new PlainMap<int, int>};
+    QExplicitlySharedDataPointer<PlainMap<int, int>> m_moody{new PlainMap<int, int>};
+    QSet<int> m_withheld; ///< keys of that, under which it changes nothing meanwhile
     QExplicitlySharedDataPointer<RecordMap<int, int>> m_records{new RecordMap<int, int>};
     const iface::ObservableMap<int, int> m_composite = contentsOf(m_records);
     std::vector<std::unique_ptr<Node>> m_nodes;
