@@ -7,7 +7,6 @@
 #include <simulator/scenarios/Commands.h>
 #include <simulator/SimulatorPrivate.h>
 #include <simulator/scenarios/Words.h>
-#include <simulator/wire/Wire.h>
 #include <simulator/world/People.h>
 
 #include <QtCore/QDir>
@@ -138,17 +137,6 @@ int Simulator::registrationDelay() const
     return d->service.registrar().delay();
 }
 
-void Simulator::setRegistrationState(const QString& state)
-{
-    d->lookAt(state);
-    d->service.setRegistrationState(state);
-}
-
-QString Simulator::registrationState() const
-{
-    return d->service.registrationState();
-}
-
 bool Simulator::setRegistrationState(const QString& state, const QString& application)
 {
     const std::optional<Addressee> whose = d->addressee(application);
@@ -161,8 +149,8 @@ bool Simulator::setRegistrationState(const QString& state, const QString& applic
 QString Simulator::registrationState(const QString& application) const
 {
     const std::optional<Addressee> whose = Addressee::of(application);
-    const Session* session = whose ? d->service.find(*whose) : nullptr;
-    return session ? session->state : QString();
+    QString problem;
+    return whose ? d->service.registrationState(*whose, &problem) : QString();
 }
 
 QStringList Simulator::registeredUuids() const
@@ -329,71 +317,16 @@ void Simulator::setActivity(Activity activity, double perSecond, quint32 seed)
 
 // --- Profile box ------------------------------------------------------------------------------------------------
 
-QList<BoxItem> Simulator::boxItems() const
-{
-    return d->world.box().items();
-}
-
-QList<BoxIcon> Simulator::boxIcons() const
-{
-    return d->world.box().icons();
-}
-
-QString Simulator::addBoxItem(const QString& text, const QString& cookie, const QString& iconId)
-{
-    BoxItem item{QString(), text, cookie, iconId};
-    return d->accepted(d->world.addBoxItem(item)) ? item.id : QString();
-}
-
-bool Simulator::changeBoxItem(const BoxItem& item)
-{
-    return d->accepted(d->world.changeBoxItem(item));
-}
-
-bool Simulator::removeBoxItem(const QString& itemId)
-{
-    return d->accepted(d->world.removeBoxItem(itemId));
-}
-
-void Simulator::clearBox()
-{
-    d->world.clearBox();
-}
-
-bool Simulator::addBoxIcon(int iconId, const QByteArray& data)
-{
-    return d->accepted(d->world.addBoxIcon(QString::number(iconId), data));
-}
-
-bool Simulator::removeBoxIcon(int iconId)
-{
-    return d->accepted(d->world.removeBoxIcon(QString::number(iconId)));
-}
-
-void Simulator::setBoxLimit(int items)
-{
-    d->world.setBoxLimit(items);
-}
-
-int Simulator::boxLimit() const
-{
-    return d->world.box().limit();
-}
-
-/// Does something to the box of one application; \a change answers why not.
+/// That of one application, or the common one; \a change takes its owner, and answers why not.
 template <typename Change>
-static bool changeOwnBox(SimulatorPrivate& simulator, const QString& application, Change change)
+static bool changeBox(SimulatorPrivate& simulator, const QString& application, Change change)
 {
     const std::optional<Addressee> whose = simulator.addressee(application);
     if (!whose)
         return false;
     QString problem;
-    const QString owner = whose->isEverybody() ? QString() : simulator.boxOwner(*whose, &problem);
-    if (problem.isEmpty()) {
-        simulator.world.giveOwnBox(owner);
-        problem = change(simulator.world, owner);
-    }
-    return simulator.accepted(problem);
+    const QString owner = simulator.boxOwner(*whose, &problem);
+    return simulator.accepted(problem.isEmpty() ? change(owner) : problem);
 }
 
 static const Box& boxOf(const SimulatorPrivate& simulator, const QString& application)
@@ -415,41 +348,51 @@ QList<BoxIcon> Simulator::boxIcons(const QString& application) const
 QString Simulator::addBoxItem(const BoxItem& item, const QString& application)
 {
     BoxItem added = item;
-    const bool done = changeOwnBox(*d, application,
-                                   [&](World& world, const QString& owner) { return world.addBoxItem(added, owner); });
+    const bool done =
+        changeBox(*d, application, [&](const QString& owner) { return d->world.addBoxItem(added, owner); });
     return done ? added.id : QString();
+}
+
+QString Simulator::addBoxItem(const QString& text, const QString& cookie, const QString& iconId)
+{
+    return addBoxItem(BoxItem{QString(), text, cookie, iconId});
 }
 
 bool Simulator::changeBoxItem(const BoxItem& item, const QString& application)
 {
-    return changeOwnBox(*d, application,
-                        [&](World& world, const QString& owner) { return world.changeBoxItem(item, owner); });
+    return changeBox(*d, application, [&](const QString& owner) { return d->world.changeBoxItem(item, owner); });
 }
 
 bool Simulator::removeBoxItem(const QString& itemId, const QString& application)
 {
-    return changeOwnBox(*d, application,
-                        [&](World& world, const QString& owner) { return world.removeBoxItem(itemId, owner); });
+    return changeBox(*d, application, [&](const QString& owner) { return d->world.removeBoxItem(itemId, owner); });
 }
 
 bool Simulator::clearBox(const QString& application)
 {
-    return changeOwnBox(*d, application,
-                        [](World& world, const QString& owner) { return world.clearBox(owner), QString(); });
+    return changeBox(*d, application, [&](const QString& owner) { return d->world.clearBox(owner), QString(); });
+}
+
+void Simulator::setBoxLimit(int items)
+{
+    d->world.setBoxLimit(items);
+}
+
+int Simulator::boxLimit() const
+{
+    return d->world.box().limit();
 }
 
 bool Simulator::addBoxIcon(int iconId, const QByteArray& data, const QString& application)
 {
-    return changeOwnBox(*d, application, [&](World& world, const QString& owner) {
-        return world.addBoxIcon(QString::number(iconId), data, owner);
-    });
+    return changeBox(*d, application,
+                     [&](const QString& owner) { return d->world.addBoxIcon(QString::number(iconId), data, owner); });
 }
 
 bool Simulator::removeBoxIcon(int iconId, const QString& application)
 {
-    return changeOwnBox(*d, application, [&](World& world, const QString& owner) {
-        return world.removeBoxIcon(QString::number(iconId), owner);
-    });
+    return changeBox(*d, application,
+                     [&](const QString& owner) { return d->world.removeBoxIcon(QString::number(iconId), owner); });
 }
 
 // --- Eco identifiers --------------------------------------------------------------------------------------------
@@ -476,13 +419,8 @@ void Simulator::setEcoIdStatus(const QString& ecoId, const QString& status)
 
 // --- Trouble and curiosity --------------------------------------------------------------------------------------
 
-void Simulator::injectFault(Fault fault, int amount, const QString& type)
-{
-    d->outbox.way().addFault(fault, amount, type, Addressee());
-}
-
-bool Simulator::injectFault(WireRecord::Direction direction, Fault fault, int amount, const QString& type,
-                            const QString& application)
+bool Simulator::injectFault(Fault fault, int amount, const QString& type, const QString& application,
+                            WireRecord::Direction direction)
 {
     const std::optional<Addressee> whose = d->addressee(application);
     if (whose)
@@ -533,17 +471,12 @@ Simulator::TargetState Simulator::targetState(const QString& target) const
 
 void Simulator::sendMessage(const QString& type, const QJsonObject& body)
 {
-    const QByteArray json = wire::text(QJsonObject{{type, body}});
-    const auto everyone = d->service.context().sessions;
-    for (const auto& [client, session] : everyone)
-        d->outbox.sendJson(client, type, json);
+    d->service.sendMessage(type, body, Addressee());
 }
 
 void Simulator::sendRecord(const QByteArray& record)
 {
-    const auto everyone = d->service.context().sessions;
-    for (const auto& [client, session] : everyone)
-        d->outbox.sendRecord(client, record);
+    d->service.sendRecord(record, Addressee());
 }
 
 // --- Commands and scenarios -------------------------------------------------------------------------------------
@@ -644,9 +577,12 @@ bool Simulator::isTimelinePaused() const
     return d->timeline.isPaused();
 }
 
-bool Simulator::stepTimeline()
+bool Simulator::stepTimeline(QString* error)
 {
-    return d->timeline.step();
+    const QString problem = d->timeline.step();
+    if (error)
+        *error = problem;
+    return problem.isEmpty();
 }
 
 int Simulator::runTimelineUntil(int time)

@@ -370,15 +370,17 @@ void SimulatorPrivate::lookAt(const QString& state) const
 
 std::optional<Addressee> SimulatorPrivate::addressee(const QString& application)
 {
-    const std::optional<Addressee> whose = Addressee::of(application);
-    if (!whose)
-        refuse(u"\"%1\" is neither the number of an application nor a UUID"_s.arg(application.left(60)));
+    QString problem;
+    const std::optional<Addressee> whose = Addressee::of(application, &problem);
+    accepted(problem);
     return whose;
 }
 
 QString SimulatorPrivate::boxOwner(const Addressee& whose, QString* problem) const
 {
-    const QString uuid = whose.client > 0 ? uuidOf(whose.client).toLower() : whose.uuid;
+    if (whose.client == 0)
+        return whose.uuid;
+    const QString uuid = uuidOf(whose.client).toLower();
     if (uuid.isEmpty())
         *problem = u"application %1 is not connected, or has not told its UUID"_s.arg(whose.client);
     return uuid;

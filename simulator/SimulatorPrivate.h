@@ -59,7 +59,8 @@ public:
 
     /// Who is meant by a number or a UUID; empty, with the reason told, when it is neither.
     std::optional<Addressee> addressee(const QString& application);
-    /// The UUID by which an application has a box of its own. Empty, with a sentence in \a problem, without one.
+    /// The UUID by which an application has a box of its own; of all of them empty, which stands for the common one.
+    /// Empty, too, and a sentence in \a problem, of one whose UUID is not known.
     QString boxOwner(const Addressee& whose, QString* problem) const;
     Way& way(WireRecord::Direction direction);
     QString uuidOf(int client) const;

@@ -25,7 +25,7 @@ Answer addItem(World& world, const QString& owner, const QStringList& args)
 {
     BoxItem item{QString(), args.first(), args.value(1), args.value(2)};
     const QString problem = world.addBoxItem(item, owner);
-    return done(problem, item.id);
+    return outcomeOf(problem, item.id);
 }
 
 Answer changeItem(World& world, const QString& owner, const QStringList& args)
@@ -39,17 +39,16 @@ Answer changeItem(World& world, const QString& owner, const QStringList& args)
                                    : name == "icon"_L1   ? &BoxItem::iconId
                                                          : nullptr;
         if (!member)
-            return done(u"no field \"%1\"; there are: text, cookie, icon"_s.arg(name));
+            return refusal(u"no field \"%1\"; there are: text, cookie, icon"_s.arg(name));
         item.*member = field.section(u'=', 1);
     }
-    return done(world.changeBoxItem(item, owner));
+    return outcomeOf(world.changeBoxItem(item, owner));
 }
 
 Answer addIcon(World& world, const QString& owner, const QStringList& args)
 {
-    QByteArray data;
-    const QString problem = readPicture(args.last(), &data);
-    return done(problem.isEmpty() ? world.addBoxIcon(args.first(), data, owner) : problem);
+    return withPicture(args.last(),
+                       [&](const QByteArray& data) { return world.addBoxIcon(args.first(), data, owner); });
 }
 
 using W = World;
@@ -60,11 +59,11 @@ const Form forms[] = {
     {u"box add", u"TEXT [COOKIE] [ICON]", u"adds an item", addItem},
     {u"box change", u"ID text|cookie|icon=VALUE...", u"changes one", changeItem, true},
     {u"box remove", u"ID", u"removes one",
-     [](W& w, const QString& owner, const A& args) { return done(w.removeBoxItem(args.first(), owner)); }, true},
+     [](W& w, const QString& owner, const A& args) { return outcomeOf(w.removeBoxItem(args.first(), owner)); }, true},
     {u"box clear", u"", u"removes all",
      [](W& w, const QString& owner, const A&) { return w.clearBox(owner), Answer(); }},
     {u"box icon", u"ID none", u"removes an icon",
-     [](W& w, const QString& owner, const A& args) { return done(w.removeBoxIcon(args.first(), owner)); }, true},
+     [](W& w, const QString& owner, const A& args) { return outcomeOf(w.removeBoxIcon(args.first(), owner)); }, true},
     {u"box icon", u"ID FILE|SIZE", u"registers one", addIcon},
     {u"box limit", u"none", u"it takes as many items as come",
      [](W& w, const A&) { return w.setBoxLimit(-1), Answer(); }},
@@ -76,7 +75,7 @@ const Form forms[] = {
     {u"eco-status", u"ECOID", u"how the user stands with its owner",
      [](W& w, const A& args) { return say(w.ecoIdStatus(args.first())); }},
     {u"eco-status", u"ECOID Unknown|ContactExists|PendingContactExists", u"sets it",
-     [](W& w, const A& args) { return done(w.setEcoIdStatus(args.first(), args.last())); }},
+     [](W& w, const A& args) { return outcomeOf(w.setEcoIdStatus(args.first(), args.last())); }},
 };
 
 } // namespace

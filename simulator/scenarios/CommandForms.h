@@ -22,10 +22,15 @@ struct Answer
     QString text = {};
 };
 
-/// For the operations that answer an empty text or why not.
-inline Answer done(const QString& problem, const QString& text = {})
+/// Of an operation, whose \a problem is empty when it is done; \a text is what there is to say then.
+inline Answer outcomeOf(const QString& problem, const QString& text = {})
 {
     return {problem, text};
+}
+
+inline Answer refusal(const QString& problem)
+{
+    return {problem, QString()};
 }
 
 inline Answer say(const QString& text)
@@ -70,5 +75,13 @@ std::span<const Form> wireForms();
 QString table(const QList<QStringList>& rows);
 /// A file, or a made-up picture of so many bytes; none for "none". Empty, or why not.
 QString readPicture(const QString& word, QByteArray* data);
+/// The outcome of what \a take, which answers a problem, does with the bytes of such a picture.
+template <typename Take>
+Answer withPicture(const QString& word, Take take)
+{
+    QByteArray data;
+    const QString problem = readPicture(word, &data);
+    return outcomeOf(problem.isEmpty() ? take(data) : problem);
+}
 
 } // namespace zelcore

@@ -18,7 +18,6 @@ using namespace Qt::StringLiterals;
 
 namespace zelcore {
 
-/// Rows of words under each other. Names of people come last: how wide a script is, is for the terminal to know.
 QString table(const QList<QStringList>& rows)
 {
     QList<qsizetype> widths;
@@ -36,7 +35,6 @@ QString table(const QList<QStringList>& rows)
     return text;
 }
 
-/// A file, or a made-up picture of so many bytes; none for "none".
 QString readPicture(const QString& word, QByteArray* data)
 {
     bool isSize = false;
@@ -175,12 +173,8 @@ bool Commands::run(const QString& line, QString* reply) const
 bool Commands::run(const QStringList& words, QString* reply) const
 {
     const bool isForOne = words.size() > 1 && words.first() == "app"_L1;
-    const std::optional<Addressee> whose = isForOne ? Addressee::of(words.at(1)) : Addressee();
-    if (!whose || (isForOne && whose->isEverybody())) {
-        *reply = u"\"%1\" is neither the number of an application nor a UUID"_s.arg(words.at(1).left(60));
-        return false;
-    }
-    return runFor(*whose, words.mid(isForOne ? 2 : 0), reply);
+    const std::optional<Addressee> whose = isForOne ? Addressee::one(words.at(1), reply) : Addressee();
+    return whose && runFor(*whose, words.mid(isForOne ? 2 : 0), reply);
 }
 
 bool Commands::runFor(const Addressee& whose, const QStringList& words, QString* reply) const
@@ -232,13 +226,8 @@ Answer Commands::act(const Form& form, const Addressee& whose, const QStringList
     if (const auto* forApplications = std::get_if<ForApplications>(&form.run))
         return (*forApplications)(*m_simulator, whose, args);
     QString problem;
-    QString owner = whose.uuid;
-    if (whose.client > 0 && m_simulator)
-        owner = m_simulator->boxOwner(whose, &problem);
-    if (!problem.isEmpty())
-        return done(problem);
-    m_world.giveOwnBox(owner);
-    return std::get<InBox>(form.run)(m_world, owner, args);
+    const QString owner = m_simulator ? m_simulator->boxOwner(whose, &problem) : whose.uuid;
+    return problem.isEmpty() ? std::get<InBox>(form.run)(m_world, owner, args) : refusal(problem);
 }
 
 QString Commands::help()

@@ -38,7 +38,7 @@ Answer changeProfile(World& world, const QStringList& fields)
 {
     Person person = world.profile();
     const QString problem = readPerson(world, fields, person);
-    return done(problem.isEmpty() ? world.setProfile(person) : problem);
+    return outcomeOf(problem.isEmpty() ? world.setProfile(person) : problem);
 }
 
 Answer addContact(World& world, const QStringList& args)
@@ -47,7 +47,7 @@ Answer addContact(World& world, const QStringList& args)
     person.handle = args.first();
     bool installed = true;
     const QString problem = readPerson(world, args.mid(1), person, &installed);
-    return done(problem.isEmpty() ? world.addContact(person, installed) : problem);
+    return outcomeOf(problem.isEmpty() ? world.addContact(person, installed) : problem);
 }
 
 Answer changeContact(World& world, const QStringList& args)
@@ -55,12 +55,12 @@ Answer changeContact(World& world, const QStringList& args)
     QString problem;
     const Person* before = world.findContact(args.first(), &problem);
     if (!before)
-        return done(problem);
+        return refusal(problem);
     Person person = *before;
     problem = readPerson(world, args.mid(1), person);
     if (problem.isEmpty() && person.userId != before->userId)
         problem = u"a contact's userId never changes"_s;
-    return done(problem.isEmpty() ? world.changeContact(person) : problem);
+    return outcomeOf(problem.isEmpty() ? world.changeContact(person) : problem);
 }
 
 Answer showContact(World& world, const QStringList& args)
@@ -104,27 +104,30 @@ const Form forms[] = {
     {u"profile", u"FIELD VALUE", u"changes one field",
      [](W& w, const A& args) { return changeProfile(w, {args.join(u'=')}); }},
     {u"picture", u"FILE|SIZE|none", u"the own picture; SIZE makes one up",
-     [](W& w, const A& args) { return changeProfile(w, {u"picture="_s + args.first()}); }},
+     [](W& w, const A& args) {
+         return withPicture(args.first(), [&](const QByteArray& data) { return w.setProfilePicture(data); });
+     }},
     {u"contact", u"HANDLE", u"shows a contact", showContact},
     {u"contact add", u"HANDLE [FIELD=VALUE]... [installed=off]", u"adds one, with the application or not", addContact},
     {u"contact change", u"HANDLE FIELD=VALUE...", u"changes one", changeContact},
     {u"contact install", u"HANDLE", u"begins to run the application",
-     [](W& w, const A& args) { return done(w.setInstalled(args.first(), true)); }},
+     [](W& w, const A& args) { return outcomeOf(w.setInstalled(args.first(), true)); }},
     {u"contact uninstall", u"HANDLE", u"ends to run the application",
-     [](W& w, const A& args) { return done(w.setInstalled(args.first(), false)); }},
+     [](W& w, const A& args) { return outcomeOf(w.setInstalled(args.first(), false)); }},
     {u"contact remove", u"HANDLE", u"is a contact no more",
-     [](W& w, const A& args) { return done(w.removeContact(args.first())); }},
+     [](W& w, const A& args) { return outcomeOf(w.removeContact(args.first())); }},
     {u"contact picture", u"HANDLE FILE|SIZE|none", u"changes the picture",
      [](W& w, const A& args) {
-         return changeContact(w, {args.first(), u"picture="_s + args.last()});
+         return withPicture(args.last(),
+                            [&](const QByteArray& data) { return w.setContactPicture(args.first(), data); });
      }},
     {u"contacts", u"", u"all of them", showContacts},
     {u"generate", u"COUNT [SEED]", u"adds made-up contacts",
-     [](W& w, const A& args) { return done(addPeople(w, args.first().toInt(), args.value(1, u"1"_s).toUInt())); }},
+     [](W& w, const A& args) { return outcomeOf(addPeople(w, args.first().toInt(), args.value(1, u"1"_s).toUInt())); }},
     {u"rate", u"PER-SECOND [mixed|changes|installs|uninstalls|invitations]", u"lets contacts live; 0 stops it",
      setRate},
     {u"invite", u"HANDLE", u"sends a connection invitation",
-     [](S& s, const A& args) { return done(s.invite(args.first())); }},
+     [](S& s, const A& args) { return outcomeOf(s.invite(args.first())); }},
 };
 
 } // namespace

@@ -12,13 +12,9 @@ namespace {
 
 Answer setState(SimulatorPrivate& simulator, const Addressee& whose, const QStringList& args)
 {
-    QString problem;
-    if (whose.isEverybody())
-        simulator.service.setRegistrationState(args.first());
-    else
-        problem = simulator.service.setRegistrationState(args.first(), whose);
+    const QString problem = simulator.service.setRegistrationState(args.first(), whose);
     const QString remark = SimulatorPrivate::remarkOn(args.first());
-    return done(problem, remark.isEmpty() ? remark : u"done, but "_s + remark);
+    return outcomeOf(problem, remark.isEmpty() ? remark : u"done, but "_s + remark);
 }
 
 Answer setRegistration(SimulatorPrivate& simulator, const QStringList& args)
@@ -58,10 +54,9 @@ const Form forms[] = {
     {u"help", u"", u"this text", [](W&, const A&) { return say(Commands::help()); }},
     {u"state", u"", u"that of the application that came last",
      [](S& s, const Addressee& whose, const A&) {
-         const Session* const session = s.service.find(whose);
-         return whose.isEverybody() ? say(s.service.registrationState())
-                : session           ? say(session->state)
-                                    : done(u"no such application is connected"_s);
+         QString problem;
+         const QString state = s.service.registrationState(whose, &problem);
+         return outcomeOf(problem, state);
      }},
     {u"state", u"STATE", u"sets that of all: Success, Expired, ...", setState},
     {u"registration", u"POLICY [MS]", u"auto, manual, or a state, after MS", setRegistration},
@@ -69,7 +64,7 @@ const Form forms[] = {
      [](S& s, const A&) { return say(s.service.registrar().registered().join(u'\n')); }},
     {u"registered", u"UUID on|off", u"one of them, or no longer",
      [](S& s, const A& args) {
-         return done(s.service.registrar().setRegistered(args.first(), args.last() == "on"_L1));
+         return outcomeOf(s.service.registrar().setRegistered(args.first(), args.last() == "on"_L1));
      }},
     {u"permission", u"showAppBox|zelInvites|zelSetup on|off", u"what the user allows", setPermission},
     {u"clients", u"", u"the applications that are connected", showClients},

@@ -5,6 +5,8 @@
 #include <limits>
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace zelcore {
 
 namespace {
@@ -69,10 +71,12 @@ int Timeline::time() const
     return m_running && !m_paused ? sum(m_time, m_clock.elapsed()) : m_time;
 }
 
-bool Timeline::step()
+QString Timeline::step()
 {
     setPaused(true);
-    return takeNext(std::numeric_limits<int>::max());
+    return takeNext(std::numeric_limits<int>::max())
+               ? QString()
+               : u"no entry follows; those that wait for a registration do not before it"_s;
 }
 
 int Timeline::runUntil(int time)

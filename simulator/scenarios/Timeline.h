@@ -28,9 +28,9 @@ public:
     bool isPaused() const { return m_paused; }
     /// Milliseconds since the start, those of the pauses left out.
     int time() const;
-    /// Goes on to the next step, and pauses. False when no step is known to follow: those that wait for a registration
-    /// do not count before it.
-    bool step();
+    /// Goes on to the next step, and pauses. Empty, or why not: those that wait for a registration do not count before
+    /// it.
+    QString step();
     /// Takes all steps up to a time, and pauses there. How many there were.
     int runUntil(int time);
 

@@ -2,7 +2,6 @@
 #include <simulator/scenarios/CommandForms.h>
 
 #include <simulator/SimulatorPrivate.h>
-#include <simulator/wire/Wire.h>
 
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
@@ -18,12 +17,6 @@ Answer showTimeline(SimulatorPrivate& simulator, const QStringList&)
 {
     return say(
         u"%1 ms%2"_s.arg(simulator.timeline.time()).arg(simulator.timeline.isPaused() ? u", paused"_s : QString()));
-}
-
-Answer stepTimeline(SimulatorPrivate& simulator, const QStringList&)
-{
-    return done(simulator.timeline.step() ? QString()
-                                          : u"no entry follows; those that wait for a registration do not before it"_s);
 }
 
 // --- Trouble -----------------------------------------------------------------------------------------------------
@@ -51,43 +44,22 @@ Answer setTarget(SimulatorPrivate& simulator, const QStringList& args)
 {
     using State = Simulator::TargetState;
     const QString& state = args.last();
-    return done(simulator.targets.setState(args.first(), state == "takes"_L1     ? State::Taking
-                                                         : state == "refuses"_L1 ? State::Refusing
-                                                                                 : State::Missing));
-}
-
-/// Calls \a send with the number of everyone who is meant.
-template <typename Send>
-Answer sendTo(SimulatorPrivate& simulator, const Addressee& whose, Send send)
-{
-    bool isAnybody = whose.isEverybody();
-    const auto everyone = simulator.service.context().sessions;
-    for (const auto& [client, session] : everyone) {
-        if (whose.isMeant(client, session->uuid)) {
-            isAnybody = true;
-            send(client);
-        }
-    }
-    return done(isAnybody ? QString() : u"no such application is connected"_s);
+    return outcomeOf(simulator.targets.setState(args.first(), state == "takes"_L1     ? State::Taking
+                                                              : state == "refuses"_L1 ? State::Refusing
+                                                                                      : State::Missing));
 }
 
 Answer sendMessage(SimulatorPrivate& simulator, const Addressee& whose, const QStringList& args)
 {
     const QJsonObject body = QJsonDocument::fromJson(args.last().toUtf8()).object();
-    const QByteArray json = wire::text(QJsonObject{{args.first(), body}});
-    return sendTo(simulator, whose, [&](int client) { simulator.outbox.sendJson(client, args.first(), json); });
-}
-
-Answer sendRecord(SimulatorPrivate& simulator, const Addressee& whose, const QStringList& args)
-{
-    return sendTo(simulator, whose, [&](int client) { simulator.outbox.sendRecord(client, args.first().toUtf8()); });
+    return outcomeOf(simulator.service.sendMessage(args.first(), body, whose));
 }
 
 Answer comeBack(SimulatorPrivate& simulator, const QStringList&)
 {
     QString problem;
     simulator.comeBack(&problem);
-    return done(problem);
+    return outcomeOf(problem);
 }
 
 Answer goAway(SimulatorPrivate& simulator, const QStringList& args)
@@ -111,7 +83,8 @@ const Form forms[] = {
     {u"timeline", u"", u"how far the scenario's timeline is", showTimeline},
     {u"timeline pause", u"", u"its clock stands still",
      [](S& s, const A&) { return s.timeline.setPaused(true), Answer(); }},
-    {u"timeline step", u"", u"pauses, and runs the next entry", stepTimeline},
+    {u"timeline step", u"", u"pauses, and runs the next entry",
+     [](S& s, const A&) { return outcomeOf(s.timeline.step()); }},
     {u"timeline until", u"MS", u"pauses, and runs all up to MS",
      [](S& s, const A& args) { return say(u"%1 entries"_s.arg(s.timeline.runUntil(args.first().toInt()))); }},
     {u"timeline go", u"", u"on by the clock", [](S& s, const A&) { return s.timeline.setPaused(false), Answer(); }},
@@ -135,7 +108,10 @@ const Form forms[] = {
      [](S& s, const A& args) { return s.server.setReading(args.first() == "on"_L1), Answer(); }},
     {u"target", u"TARGET takes|refuses|missing", u"how an invocation target is met", setTarget},
     {u"send", u"TYPE JSON", u"sends any message to applications", sendMessage},
-    {u"raw", u"TEXT", u"sends any record", sendRecord},
+    {u"raw", u"TEXT", u"sends any record",
+     [](S& s, const Addressee& whose, const A& args) {
+         return outcomeOf(s.service.sendRecord(args.first().toUtf8(), whose));
+     }},
     {u"away", u"[MS]", u"the service goes away (for so long)", goAway},
     {u"back", u"", u"it returns", comeBack},
     {u"reset", u"", u"all as in the beginning; connections drop", [](S& s, const A&) { return s.reset(), Answer(); }},

@@ -31,6 +31,12 @@ QString missingText(const RequestHandler& handler, const QJsonObject& body)
     return {};
 }
 
+/// Empty when there \a isAnybody who is meant.
+QString nobodyProblem(bool isAnybody)
+{
+    return isAnybody ? QString() : u"no such application is connected"_s;
+}
+
 } // namespace
 
 CoreService::CoreService(World& world, Outbox& outbox, QObject* parent)
@@ -169,49 +175,69 @@ void CoreService::reset()
     m_registrar.reset();
 }
 
-const Session* CoreService::find(const Addressee& whose) const
+/// The connected ones, in the order in which they came, as they are now: whoever watches what they are sent may make
+/// applications come and go.
+QList<std::shared_ptr<Session>> CoreService::meant(const Addressee& whose) const
 {
-    const auto found = std::find_if(m_context.sessions.crbegin(), m_context.sessions.crend(),
-                                    [&](const auto& entry) { return whose.isMeant(entry.first, entry.second->uuid); });
-    return found == m_context.sessions.crend() ? nullptr : found->second.get();
+    QList<std::shared_ptr<Session>> found;
+    for (const auto& [client, session] : m_context.sessions) {
+        if (whose.isMeant(client, session->uuid))
+            found.append(session);
+    }
+    return found;
 }
 
 QString CoreService::setRegistrationState(const QString& state, const Addressee& whose)
 {
-    bool isAnybody = false;
+    bool isAnybody = whose.isEverybody();
     for (Session& session : m_suspended) {
         if (whose.isMeant(session.client, session.uuid)) {
             session.state = state;
             isAnybody = true;
         }
     }
-    const auto everyone = m_context.sessions;
-    for (const auto& [client, session] : everyone) {
-        if (!whose.isMeant(client, session->uuid))
-            continue;
+    if (whose.isEverybody()) {
+        m_registrar.setState(state);
+        return {};
+    }
+    for (const auto& session : meant(whose)) {
         isAnybody = true;
         if (state != "Success"_L1)
             m_registrar.setRegistered(session->uuid, false);
         m_registrar.setState(*session, state);
     }
-    return isAnybody ? QString() : u"no such application is connected"_s;
+    return nobodyProblem(isAnybody);
+}
+
+QString CoreService::registrationState(const Addressee& whose, QString* problem) const
+{
+    const QList<std::shared_ptr<Session>> sessions = meant(whose);
+    if (!sessions.isEmpty())
+        return sessions.last()->state;
+    *problem = nobodyProblem(whose.isEverybody());
+    return whose.isEverybody() ? m_registrar.initialState() : QString();
+}
+
+QString CoreService::sendMessage(const QString& type, const QJsonObject& body, const Addressee& whose)
+{
+    const QByteArray json = wire::text(QJsonObject{{type, body}});
+    const QList<std::shared_ptr<Session>> sessions = meant(whose);
+    for (const auto& session : sessions)
+        m_context.outbox.sendJson(session->client, type, json);
+    return nobodyProblem(whose.isEverybody() || !sessions.isEmpty());
+}
+
+QString CoreService::sendRecord(const QByteArray& record, const Addressee& whose)
+{
+    const QList<std::shared_ptr<Session>> sessions = meant(whose);
+    for (const auto& session : sessions)
+        m_context.outbox.sendRecord(session->client, record);
+    return nobodyProblem(whose.isEverybody() || !sessions.isEmpty());
 }
 
 void CoreService::refuse(int client, const QString& type, const QString& why)
 {
     Q_EMIT refused(u"application %1: %2: %3"_s.arg(QString::number(client), type.left(60), why));
-}
-
-void CoreService::setRegistrationState(const QString& state)
-{
-    for (Session& session : m_suspended)
-        session.state = state;
-    m_registrar.setState(state);
-}
-
-QString CoreService::registrationState() const
-{
-    return m_context.sessions.empty() ? m_registrar.initialState() : m_context.sessions.rbegin()->second->state;
 }
 
 QString CoreService::requestEcoId(Session& session, const QJsonObject& body)

@@ -32,13 +32,15 @@ public:
     /// All applications are gone at once because the service goes away; those that come back keep their registration.
     void suspend();
 
-    /// Of everybody: who is connected, who is expected back, who comes later.
-    void setRegistrationState(const QString& state);
-    /// Of those who are meant and connected or expected back; what the user need not be asked again is not forgotten
-    /// for others. Empty, or why not.
+    /// Of those who are meant and connected or expected back; of everybody also of who comes later. What the user need
+    /// not be asked again is forgotten for them alone. Empty, or why not.
     QString setRegistrationState(const QString& state, const Addressee& whose);
-    /// Null when nobody who is connected is meant.
-    const Session* find(const Addressee& whose) const;
+    /// Of those who are meant, that of the one who connected last; of everybody, where nobody is connected, the one in
+    /// which applications begin. Empty, with a sentence in \a problem, when nobody is meant.
+    QString registrationState(const Addressee& whose, QString* problem) const;
+    /// To those who are meant. Empty, or why not.
+    QString sendMessage(const QString& type, const QJsonObject& body, const Addressee& whose);
+    QString sendRecord(const QByteArray& record, const Addressee& whose);
     /// The next request of this type that is in the form is refused.
     void refuseNext(const QString& type, const QString& why, const Addressee& whose);
     /// As in the beginning, but for the world.
@@ -46,8 +48,6 @@ public:
     Registrar& registrar() { return m_registrar; }
     ServiceContext& context() { return m_context; }
     const ServiceContext& context() const { return m_context; }
-    /// The state of the application that connected last.
-    QString registrationState() const;
 
 Q_SIGNALS:
     void messageReceived(int client, const QString& type, const QByteArray& json);
@@ -55,6 +55,7 @@ Q_SIGNALS:
 
 private:
     void settle(Session& session);
+    QList<std::shared_ptr<Session>> meant(const Addressee& whose) const;
     QString takeRefusal(const QString& type, const Session& session);
     void refuse(int client, const QString& type, const QString& why);
     QString requestEcoId(Session& session, const QJsonObject& body);

@@ -3,17 +3,26 @@
 
 #include <QtCore/QUuid>
 
+using namespace Qt::StringLiterals;
+
 namespace zelcore {
 
-std::optional<Addressee> Addressee::of(const QString& application)
+std::optional<Addressee> Addressee::of(const QString& application, QString* problem)
+{
+    return application.isEmpty() ? Addressee() : one(application, problem);
+}
+
+std::optional<Addressee> Addressee::one(const QString& application, QString* problem)
 {
     bool isNumber = false;
     const int number = application.toInt(&isNumber);
-    if (application.isEmpty())
-        return Addressee();
     if (isNumber && number > 0)
         return Addressee{number, QString()};
-    return QUuid::fromString(application).isNull() ? std::nullopt : std::optional(Addressee{0, application.toLower()});
+    if (!QUuid::fromString(application).isNull())
+        return Addressee{0, application.toLower()};
+    if (problem)
+        *problem = u"\"%1\" is neither the number of an application nor a UUID"_s.arg(application.left(60));
+    return std::nullopt;
 }
 
 } // namespace zelcore

@@ -13,8 +13,11 @@ struct Addressee
     int client = 0;
     QString uuid; ///< In small letters.
 
-    /// Of an empty text all; empty when it is neither a number nor a UUID.
-    static std::optional<Addressee> of(const QString& application);
+    /// Of an empty text all of them. Empty, with a sentence in \a problem if wanted, when it is neither a number nor a
+    /// UUID.
+    static std::optional<Addressee> of(const QString& application, QString* problem = nullptr);
+    /// The same of a text that must name one.
+    static std::optional<Addressee> one(const QString& application, QString* problem);
 
     bool isEverybody() const { return client == 0 && uuid.isEmpty(); }
     bool isMeant(int number, const QString& itsUuid) const

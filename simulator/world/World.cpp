@@ -316,18 +316,15 @@ const Box& World::box(const QString& application) const
 
 Box& World::editable(const QString& application)
 {
-    return application.isEmpty() ? m.commonBox : m.ownBoxes[application];
+    if (application.isEmpty())
+        return m.commonBox;
+    const auto own = m.ownBoxes.find(application);
+    return own == m.ownBoxes.end() ? *m.ownBoxes.insert(application, m.commonBox) : *own;
 }
 
 QString World::boxOwner(const QString& application) const
 {
     return m.ownBoxes.contains(application) ? application : QString();
-}
-
-void World::giveOwnBox(const QString& application)
-{
-    if (!application.isEmpty() && !m.ownBoxes.contains(application))
-        m.ownBoxes.insert(application, m.commonBox);
 }
 
 QString World::addBoxItem(BoxItem& item, const QString& owner)
@@ -357,7 +354,7 @@ QString World::removeBoxItem(QString id, const QString& owner)
 
 void World::clearBox(const QString& owner)
 {
-    const QList<BoxItem> items = box(owner).items();
+    const QList<BoxItem> items = editable(owner).items();
     for (const BoxItem& item : items)
         removeBoxItem(item.id, owner);
 }

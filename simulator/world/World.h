@@ -92,8 +92,9 @@ public:
     const Box& box(const QString& application = QString()) const;
     /// \a application if it has a box of its own; empty, which stands for the common one, if not.
     QString boxOwner(const QString& application) const;
-    /// From now on the application has a box of its own, which begins as the common one is.
-    void giveOwnBox(const QString& application);
+
+    // Whose box is to change has one of his own from then on, which begins as the common one is.
+
     /// Gives \a item its id.
     QString addBoxItem(BoxItem& item, const QString& owner = QString());
     QString changeBoxItem(const BoxItem& item, const QString& owner = QString());

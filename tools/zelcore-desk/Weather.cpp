@@ -55,7 +55,7 @@ QString Weather::unitOf(int fault) const
 bool Weather::injectFault(bool fromApplication, int fault, int amount, const QString& type, const QString& application)
 {
     const Direction direction = fromApplication ? Direction::FromApplication : Direction::ToApplication;
-    return order(m_simulator.injectFault(direction, Simulator::Fault(fault), amount, type, application),
+    return order(m_simulator.injectFault(Simulator::Fault(fault), amount, type, application, direction),
                  faults().value(fault) + (fromApplication ? u" from"_s : u" to"_s), type, application);
 }
 

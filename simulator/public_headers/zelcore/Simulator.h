@@ -31,6 +31,9 @@ class SimulatorPrivate;
 ///
 /// What cannot be done is false, with a sentence: in the argument for it, or as a warning of the category "zelcore".
 ///
+/// What may concern one of several applications takes its name, which is its number or its UUID; left out or empty, it
+/// means all of them.
+///
 /// Changes made before start() are what applications find; changes made afterwards are announced to all of them.
 ///
 ///     zelcore::Simulator simulator;
@@ -55,7 +58,7 @@ public:
     };
     Q_ENUM(RegistrationPolicy)
 
-    /// What befalls one message on its way to the applications.
+    /// What befalls one message on its way.
     enum class Fault {
         Drop,      ///< It is never sent.
         Delay,     ///< It is sent `amount` milliseconds later; the messages after it overtake it.
@@ -145,25 +148,19 @@ public:
     QString registrationOutcome() const;
     /// The milliseconds between "Pending" and the outcome; 0 in the beginning.
     int registrationDelay() const;
-    /// Makes \a state that of every connected application, and the one in which new ones begin ("Unregistered" if
-    /// nothing is set), and forgets who was registered before.
+    /// Makes \a state that of \a application, or of every connected one, and then also the one in which new ones begin
+    /// ("Unregistered" if nothing is set), and forgets who of them was registered before. False when an application is
+    /// named that is not there.
     /// States are called as on the wire: see registrationStates(), of which "Success" is what applications read as
     /// Allowed. Any other text is sent as well, with a warning.
-    void setRegistrationState(const QString& state);
-    /// The state of the application that connected last; the beginning state without one.
-    QString registrationState() const;
+    bool setRegistrationState(const QString& state, const QString& application = QString());
+    /// The state of \a application; of several, that of the one that connected last. The beginning state where all are
+    /// meant and none is there; empty where one is named that is not.
+    QString registrationState(const QString& application = QString()) const;
     /// The states that applications know, as they stand on the wire, in the order of their values: "Success", which
     /// they read as Allowed, "Unknown", "Unregistered", ...
     static QStringList registrationStates();
 
-    // Some things concern one of several applications. It is named by its number or its UUID; an empty name, where one
-    // is taken, means all of them.
-
-    /// Makes \a state that of the applications that are connected and that \a application means. False when there is
-    /// none.
-    bool setRegistrationState(const QString& state, const QString& application);
-    /// The state of \a application (of several, the one that connected last); empty when no such one is connected.
-    QString registrationState(const QString& application) const;
     /// The UUIDs that were registered once: they are registered at once when they ask again.
     QStringList registeredUuids() const;
     /// Adds \a uuid to registeredUuids() if \a registered is true, takes it away if not; no application is told. False
@@ -233,53 +230,38 @@ public:
     /// and world; 0 stops it.
     void setActivity(Activity activity, double perSecond, quint32 seed = 1);
 
-    // --- Profile box --------------------------------------------------------------------------------------------
+    // --- Profile box: the common one, or an application's own ---------------------------------------------------
 
-    /// The items of the common box, in the order in which they were added.
-    QList<BoxItem> boxItems() const;
-    /// The icons of the common box, in the order in which they were registered.
-    QList<BoxIcon> boxIcons() const;
-    /// Adds an item of \a text and \a cookie with the icon \a iconId if it is not empty. The id of the new item; empty
-    /// when the item is refused as an application's would be: beyond the bounds of BoxItem, without such an icon, or
-    /// beyond boxLimit().
+    // The first call that is to change the box of one application gives it a box of its own, which begins as the common
+    // one is; it stays with the UUID. An application that is named by its number must be connected and have told its
+    // UUID; such a call is false if not.
+
+    /// The items in the box that \a application sees, in the order in which they were added.
+    QList<BoxItem> boxItems(const QString& application = QString()) const;
+    /// The icons in the box that \a application sees, in the order in which they were registered.
+    QList<BoxIcon> boxIcons(const QString& application = QString()) const;
+    /// Adds \a item to the box of \a application under a new id. That id; empty when the item is refused as an
+    /// application's would be: beyond the bounds of BoxItem, without such an icon, or beyond boxLimit().
+    QString addBoxItem(const BoxItem& item, const QString& application = QString());
+    /// Adds an item of \a text and \a cookie with the icon \a iconId, if it is not empty, to the common box.
     QString addBoxItem(const QString& text, const QString& cookie = QString(), const QString& iconId = QString());
-    /// Replaces the item with the id of \a item by it. False when there is none, when it is beyond the bounds of
-    /// BoxItem, or without such an icon.
-    bool changeBoxItem(const BoxItem& item);
-    /// Removes the item \a itemId from the box. False when there is none.
-    bool removeBoxItem(const QString& itemId);
-    /// Removes all items; icons stay.
-    void clearBox();
+    /// Replaces the item with the id of \a item in the box of \a application by it. False when there is none, when it
+    /// is beyond the bounds of BoxItem, or without such an icon.
+    bool changeBoxItem(const BoxItem& item, const QString& application = QString());
+    /// Removes the item \a itemId from the box of \a application. False when there is none.
+    bool removeBoxItem(const QString& itemId, const QString& application = QString());
+    /// Removes all items from the box of \a application; icons stay.
+    bool clearBox(const QString& application = QString());
     /// The box, and every application's own, takes so many \a items and no more, whoever adds them; as many as come
     /// when it is below 0, as in the beginning.
     void setBoxLimit(int items);
     /// How many items the box takes; below 0 as many as come.
     int boxLimit() const;
-    /// Registers \a data as the icon \a iconId of the box. False when the id is below 0 or taken, or the data are not 1
-    /// to 32768 bytes.
-    bool addBoxIcon(int iconId, const QByteArray& data);
-    /// Removes the icon \a iconId from the box; items go on naming it. False when there is none.
-    bool removeBoxIcon(int iconId);
-
-    /// The items in the box that \a application sees; an empty name stands for the common box. The first call below
-    /// that is to change it gives the application a box of its own, which begins as the common one is; it stays with
-    /// the UUID. An application that is named by its number must be connected and have told its UUID; such a call is
-    /// false if not.
-    QList<BoxItem> boxItems(const QString& application) const;
-    /// The icons in the box that \a application sees.
-    QList<BoxIcon> boxIcons(const QString& application) const;
-    /// Adds \a item to the box of \a application under a new id. That id; empty when it is refused.
-    QString addBoxItem(const BoxItem& item, const QString& application);
-    /// Replaces the item with the id of \a item in the box of \a application by it. False when it is refused.
-    bool changeBoxItem(const BoxItem& item, const QString& application);
-    /// Removes the item \a itemId from the box of \a application if there is one; false if not.
-    bool removeBoxItem(const QString& itemId, const QString& application);
-    /// Removes all items from the box of \a application but no icons.
-    bool clearBox(const QString& application);
-    /// Registers \a data as the icon \a iconId in the box of \a application alone. False when it is refused.
-    bool addBoxIcon(int iconId, const QByteArray& data, const QString& application);
-    /// Removes the icon \a iconId from the box of \a application if there is one; false if not.
-    bool removeBoxIcon(int iconId, const QString& application);
+    /// Registers \a data as the icon \a iconId of the box of \a application. False when the id is below 0 or taken, or
+    /// the data are not 1 to 32768 bytes.
+    bool addBoxIcon(int iconId, const QByteArray& data, const QString& application = QString());
+    /// Removes the icon \a iconId from the box of \a application; items go on naming it. False when there is none.
+    bool removeBoxIcon(int iconId, const QString& application = QString());
 
     // --- Eco identifiers ----------------------------------------------------------------------------------------
 
@@ -297,15 +279,13 @@ public:
 
     // --- Trouble and curiosity ----------------------------------------------------------------------------------
 
-    /// The next message to any application suffers \a fault by \a amount where Fault speaks of one; with \a type set,
-    /// the next one of that message type.
-    /// Faults queue up, each for one message.
-    void injectFault(Fault fault, int amount = 0, const QString& type = QString());
-    /// The same in either \a direction and for one \a application of several: \a fault by \a amount befalls the next
-    /// message, or the next one of \a type if that is set. What an application sends suffers it on its way to the
-    /// service; recordPassed() has told it by then. False when the name is neither a number nor a UUID.
-    bool injectFault(WireRecord::Direction direction, Fault fault, int amount, const QString& type,
-                     const QString& application);
+    /// The next message of \a application in \a direction suffers \a fault by \a amount where Fault speaks of one; with
+    /// \a type set, the next one of that message type. Faults queue up, each for one message. What an application sends
+    /// suffers it on its way to the service; recordPassed() has told it by then. False when the name is neither a
+    /// number nor a UUID.
+    bool injectFault(Fault fault, int amount = 0, const QString& type = QString(),
+                     const QString& application = QString(),
+                     WireRecord::Direction direction = WireRecord::Direction::ToApplication);
     /// Every record in \a direction of \a application takes so many \a milliseconds on its way, and none overtakes
     /// another; 0 or less ends it. What was set last for an application counts. False when the name is neither a number
     /// nor a UUID.
@@ -407,9 +387,9 @@ public:
     void setTimelinePaused(bool paused);
     /// Whether it stands still; stepTimeline() and runTimelineUntil() pause it, too.
     bool isTimelinePaused() const;
-    /// Pauses, and runs the next entry at once. False when none follows; those that wait for a registration do not
-    /// before an application has registered.
-    bool stepTimeline();
+    /// Pauses, and runs the next entry at once. False, with a sentence in \a error if wanted, when none follows; those
+    /// that wait for a registration do not before an application has registered.
+    bool stepTimeline(QString* error = nullptr);
     /// Pauses, and runs everything up to \a time, in milliseconds from the start. How many entries that were.
     int runTimelineUntil(int time);
     /// Milliseconds of the timeline from the start; it stands still while it is paused.
