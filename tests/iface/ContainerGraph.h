@@ -374,8 +374,10 @@ private:
     /// The sources are another from now on.
     void edit()
     {
+        const int kind = any(0, 10);
+        if (kind == 10) // nothing is another, and what is withheld stays what it was
+            return m_moody->fireKeyChanged(any(0, Keys - 1));
         ++m_state;
-        const int kind = any(0, 9);
         if (kind < 4) {
             const bool isSecond = m_nodes[1]->kind == Source && any(0, 1);
             editAtRandom<int>(
@@ -384,8 +386,6 @@ private:
             m_numbers[std::size_t(any(0, Numbers - 1))]->setValue(any(0, 3));
         } else if (kind < 8) {
             m_records->set(any(0, Keys - 1), any(0, Keys - 1));
-        } else if (any(0, 2) == 0) {
-            m_moody->fireKeyChanged(any(0, Keys - 1)); // which it goes on withholding, or is what it was
         } else {
             const auto& map = any(0, 1) ? m_plain : m_moody;
             QHash<int, int> changes;
