@@ -55,17 +55,27 @@ public:
     QList<T> toList() const;
 
 private:
+    /// A change that the copy shows, as the function for it is told.
+    struct Taken
+    {
+        Change change;
+        T before = T(); ///< of an item
+        T after = T();
+        QList<T> allBefore = {}; ///< of a wholesale change
+        QList<T> all = {};
+    };
+
     int count() const override { return int(m_copy.size()); }
     QVariant item(int index) const override;
     void take(const Change& change) override;
     T read(const ObservableList<T>& input, int index);
     QList<T> readAll(const ObservableList<T>& input);
-    void noteWith(const Change& change, boost::function<void()> call);
+    void noteTaken(Taken taken);
     void callFunctions();
+    void callFunction(const Taken& taken);
 
     QList<T> m_copy;
-    /// What is to be called for the changes that the copy shows.
-    std::deque<boost::function<void()>> m_calls;
+    std::deque<Taken> m_untold; ///< to the functions
     ItemFunction m_addFunction;
     ItemFunction m_removeFunction;
     UpdateFunction m_updateFunction;
@@ -104,36 +114,27 @@ QVariant CachedObservableList<T>::item(int index) const
     return index < m_copy.size() ? QVariant::fromValue(m_copy.at(index)) : QVariant();
 }
 
-// What is read of the input may change it, and then everything is read again. A function is called as a copy, since it
-// may set another in its place.
+// What is read of the input may change it, and then everything is read again.
 template <class T>
 void CachedObservableList<T>::take(const Change& noted)
 {
     const Change change = fitting(noted, count());
     const int index = change.index;
-    if (change.kind == Change::Removed) {
-        return noteWith(change,
-                        [this, index, item = m_copy.takeAt(index)] { ItemFunction{m_removeFunction}(index, item); });
-    }
+    if (change.kind == Change::Removed)
+        return noteTaken({change, m_copy.takeAt(index)});
     const ObservableList<T> input(this->input());
     if (change.kind == Change::Added || change.kind == Change::Updated) {
         const T item = read(input, index);
         if (isOvertaken())
             return;
-        if (change.kind == Change::Added) {
-            m_copy.insert(index, item);
-            return noteWith(change, [this, index, item] { ItemFunction{m_addFunction}(index, item); });
-        }
-        return noteWith(change, [this, index, before = std::exchange(m_copy[index], item), item] {
-            UpdateFunction{m_updateFunction}(index, before, item);
-        });
+        if (change.kind == Change::Updated)
+            return noteTaken({change, std::exchange(m_copy[index], item), item});
+        m_copy.insert(index, item);
+        return noteTaken({change, T(), item});
     }
     const QList<T> items = readAll(input);
-    if (isOvertaken())
-        return;
-    noteWith(change, [this, change, before = std::exchange(m_copy, items), items] {
-        ChangeFunction{m_changeFunction}(change.type(), change.mapper, before, items);
-    });
+    if (!isOvertaken())
+        noteTaken({change, T(), T(), std::exchange(m_copy, items), items});
 }
 
 /// An item that throws when it is read is a default one here, until the input says that it is another.
@@ -160,10 +161,11 @@ QList<T> CachedObservableList<T>::readAll(const ObservableList<T>& input)
 }
 
 template <class T>
-void CachedObservableList<T>::noteWith(const Change& change, boost::function<void()> call)
+void CachedObservableList<T>::noteTaken(Taken taken)
 {
-    m_calls.push_back(std::move(call));
-    note(change, [](ObservableImpl& list) { static_cast<CachedObservableList&>(list).callFunctions(); });
+    m_untold.push_back(std::move(taken));
+    note(m_untold.back().change,
+         [](ObservableImpl& list) { static_cast<CachedObservableList&>(list).callFunctions(); });
 }
 
 /// The first exception goes on when all have been called. A function may make changes, which add to what is to be
@@ -173,12 +175,29 @@ void CachedObservableList<T>::callFunctions()
 {
     const Hold hold(*this);
     detail::FirstException thrown;
-    while (hold.isAlive() && !m_calls.empty()) {
-        const boost::function<void()> call = std::move(m_calls.front());
-        m_calls.pop_front();
-        thrown.guard(call);
+    while (hold.isAlive() && !m_untold.empty()) {
+        const Taken taken = std::move(m_untold.front());
+        m_untold.pop_front();
+        thrown.guard([&] { callFunction(taken); });
     }
     thrown.rethrow();
+}
+
+/// As a copy, since a function may set another in its place.
+template <class T>
+void CachedObservableList<T>::callFunction(const Taken& taken)
+{
+    const Change& change = taken.change;
+    switch (change.kind) {
+    case Change::Added:
+        return ItemFunction{m_addFunction}(change.index, taken.after);
+    case Change::Removed:
+        return ItemFunction{m_removeFunction}(change.index, taken.before);
+    case Change::Updated:
+        return UpdateFunction{m_updateFunction}(change.index, taken.before, taken.after);
+    default:
+        return ChangeFunction{m_changeFunction}(change.type(), change.mapper, taken.allBefore, taken.all);
+    }
 }
 
 } // namespace iface
