@@ -33,10 +33,20 @@ public:
         }
         m_all = QByteArray(end, Qt::Uninitialized);
         char* to = m_all.data();
-        for (const std::string_view text : texts)
-            to = std::copy(text.begin(), text.end(), to);
+        for (const std::string_view text : texts) {
+            if (!text.empty())
+                to = std::copy(text.begin(), text.end(), to);
+        }
     }
 
+    /// All of them, as view() has them.
+    std::array<std::string_view, count> views() const
+    {
+        std::array<std::string_view, count> texts;
+        for (int i = 0; m_there != 0 && i < count; ++i)
+            texts[i] = view(i);
+        return texts;
+    }
     /// Good until the next change. One that was never set is without data.
     std::string_view view(int number) const
     {

@@ -35,9 +35,8 @@ class Members final : public iface::JsonMemberVisitor
 public:
     explicit Members(PlatformContactData& data)
         : m_data(data)
+        , m_texts(data.texts.views())
     {
-        for (int field = 0; field < Texts::Count; ++field)
-            m_texts[field] = data.texts.view(field);
     }
 
     void member(const iface::JsonMember& shown) override
