@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <Desk.h>
-#include <WireText.h>
 
 #include <common/SeededRandom.h>
 #include <common/TestMain.h>
+#include <common/WireText.h>
 #include <simulator/RawApplication.h>
 
 #include <QtTest/QAbstractItemModelTester>
@@ -13,6 +13,7 @@
 using namespace Qt::StringLiterals;
 using zelcore::Simulator;
 using namespace zeldesk;
+using namespace zeltools;
 
 namespace {
 
@@ -254,7 +255,7 @@ private Q_SLOTS:
             {"msg::zel\ndat:json:{\"tpaApi\":{\"b\":[1,{}],\"a\":\"x\\\"{,\"}}\n", u"tpaApi"_s,
              u"{\n  \"tpaApi\": {\n    \"b\": [\n      1,\n      {}\n    ],\n    \"a\": \"x\\\"{,\"\n  }\n}"_s},
             {"@platform\ndat:json:{\"stream\":\"" + QByteArray(1000, 'A') + "\"}\n", u"stream"_s,
-             u"{\n  \"stream\": \"%1… (%L2 characters)\"\n}"_s.arg(QString(59, u'A')).arg(1000)},
+             u"{\n  \"stream\": \"%1…\" (%2 characters)\n}"_s.arg(QString(59, u'A')).arg(1000)},
             {"@platform\ndat:json:{\"li", u"not a message"_s, u"{\n  \"li"_s}, // cut in a text
             {"dat:json:{\"a\":\"\\", u"a"_s, u"{\n  \"a\": \"\\"_s},           // cut behind a backslash
             {"dat:json:}]", u"not a message"_s, u"\n}\n]"_s},

@@ -3,6 +3,8 @@
 
 #include <common/Root.h>
 
+#include <zelcore/Simulator.h>
+
 #include <QtCore/QCommandLineParser>
 
 using namespace Qt::StringLiterals;
@@ -44,6 +46,19 @@ QString ServiceOptions::read(const QCommandLineParser& parser)
     if (!areContacts || contacts < 0 || !isSeed)
         return u"--contacts and --seed take numbers from 0."_s;
     return {};
+}
+
+bool ServiceOptions::makeWorld(zelcore::Simulator& simulator, QString* error) const
+{
+    simulator.setRoot(root);
+    simulator.setTimelinePaused(isPaused);
+    return (scenario.isEmpty() || simulator.loadScenario(scenario, error)) &&
+           simulator.generateContacts(contacts, seed);
+}
+
+bool ServiceOptions::serve(zelcore::Simulator& simulator, QString* error) const
+{
+    return (record.isEmpty() || simulator.record(record, error)) && simulator.start(error);
 }
 
 } // namespace zeltools

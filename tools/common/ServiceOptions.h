@@ -7,9 +7,13 @@
 
 class QCommandLineParser;
 
+namespace zelcore {
+class Simulator;
+}
+
 namespace zeltools {
 
-/// What every program that is a core service may be told on its command line.
+/// What every program that is a core service may be told on its command line, and what it begins with.
 struct ServiceOptions
 {
     QString root; ///< The usual one unless another is named.
@@ -22,6 +26,13 @@ struct ServiceOptions
     static QList<QCommandLineOption> all();
     /// Takes over what a parser that knows these has found. A sentence for what cannot be meant; empty if all can.
     QString read(const QCommandLineParser& parser);
+
+    // False when it cannot be: with a sentence in \a error, but for what the service refuses, of which it warns itself.
+
+    /// Makes the world that \a simulator is to serve.
+    bool makeWorld(zelcore::Simulator& simulator, QString* error) const;
+    /// Records what passes, if that is asked for, and serves.
+    bool serve(zelcore::Simulator& simulator, QString* error) const;
 };
 
 } // namespace zeltools

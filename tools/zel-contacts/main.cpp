@@ -2,8 +2,9 @@
 // The user's profile, contacts and profile box in a window.
 
 #include "Options.h"
-#include "Screenshot.h"
 #include "Simulation.h"
+
+#include <common/Screenshot.h>
 
 #include <QtCore/QCommandLineParser>
 #include <QtGui/QGuiApplication>
@@ -11,9 +12,11 @@
 #include <QtQml/QQmlApplicationEngine>
 #include <QtQuick/QQuickWindow>
 
+#include <chrono>
 #include <cstdio>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -66,9 +69,15 @@ int main(int argc, char* argv[])
         return 1;
     if (!options.window.screenshot.isEmpty()) {
         QGuiApplication::styleHints()->setCursorFlashTime(0); // a cursor that blinks is never at rest
-        auto* const screenshot = new Screenshot(window, options.window.screenshot);
-        QObject::connect(screenshot, &Screenshot::taken, &application,
-                         [&](bool saved) { QGuiApplication::exit(saved && !hasWarned ? 0 : 1); });
+        auto* const screenshot = new zeltools::Screenshot(*window, options.window.screenshot, 400ms, window);
+        screenshot->giveUpAfter(20s);
+        QObject::connect(window, &QQuickWindow::afterRendering, screenshot, &zeltools::Screenshot::stir,
+                         Qt::QueuedConnection);
+        QObject::connect(screenshot, &zeltools::Screenshot::taken, &application, [&](const QString& problem) {
+            if (!problem.isEmpty())
+                complain(problem);
+            QGuiApplication::exit(problem.isEmpty() && !hasWarned ? 0 : 1);
+        });
     }
     return QGuiApplication::exec();
 }

@@ -77,9 +77,17 @@ bool Service::record(const QUrl& file)
     const QString path = file.toLocalFile();
     QString problem;
     const bool isDone = m_simulator.record(path, &problem);
-    note(isDone ? u"recording into %1; what is in it is personal"_s.arg(path) : problem, !isDone);
-    Q_EMIT recordingChanged();
+    if (isDone)
+        recordsInto(path);
+    else
+        note(problem, true);
     return isDone;
+}
+
+void Service::recordsInto(const QString& path)
+{
+    note(u"recording into %1; what is in it is personal"_s.arg(path));
+    Q_EMIT recordingChanged();
 }
 
 void Service::stopRecording()

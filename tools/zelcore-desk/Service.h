@@ -65,6 +65,8 @@ public:
     Q_INVOKABLE bool execute(const QString& line);
     /// Writes what passes from now on into a new file. False, with a notice, when that cannot be.
     Q_INVOKABLE bool record(const QUrl& file);
+    /// Shows that the simulator has begun to, for whoever had it do so.
+    void recordsInto(const QString& path);
     Q_INVOKABLE void stopRecording();
     /// Drops all connections, and begins with a world of its own.
     Q_INVOKABLE void reset();

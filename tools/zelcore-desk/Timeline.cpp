@@ -3,6 +3,8 @@
 
 #include "Service.h"
 
+#include <common/ReplayLines.h>
+
 #include <QtCore/QFileInfo>
 
 #include <chrono>
@@ -17,11 +19,8 @@ Timeline::Timeline(zelcore::Simulator& simulator, Service& service, QObject* par
     , m_simulator(simulator)
     , m_service(service)
 {
-    connect(&simulator, &zelcore::Simulator::replayDiffered, this,
-            [&service](const QString& sentence) { service.note(u"replay: "_s + sentence, true); });
-    connect(&simulator, &zelcore::Simulator::replayFinished, this, [&simulator, &service] {
-        service.note(u"replay: all of it has been played; differences: %1"_s.arg(simulator.replayDifferences().size()));
-    });
+    zeltools::tellOfReplay(simulator, this,
+                           [&service](const QString& line, bool isDifference) { service.note(line, isDifference); });
     connect(&simulator, &zelcore::Simulator::worldReset, this, [this] {
         m_scenario.clear();
         Q_EMIT scenarioChanged();
@@ -40,14 +39,20 @@ bool Timeline::open(const QString& scenario)
 {
     QString problem;
     const bool isDone = m_simulator.loadScenario(scenario, &problem);
-    m_service.note(isDone ? u"opened %1"_s.arg(scenario) : problem, !isDone);
-    if (isDone) {
-        m_scenario = QFileInfo(scenario).completeBaseName();
-        Q_EMIT scenarioChanged();
-        Q_EMIT m_service.ordersChanged();
-    }
-    look();
+    if (isDone)
+        opened(scenario);
+    else
+        m_service.note(problem, true);
     return isDone;
+}
+
+void Timeline::opened(const QString& scenario)
+{
+    m_service.note(u"opened %1"_s.arg(scenario));
+    m_scenario = QFileInfo(scenario).completeBaseName();
+    Q_EMIT scenarioChanged();
+    Q_EMIT m_service.ordersChanged();
+    look();
 }
 
 bool Timeline::replay(const QUrl& file)
@@ -61,8 +66,9 @@ bool Timeline::replay(const QUrl& file)
 
 void Timeline::step()
 {
-    if (!m_simulator.stepTimeline())
-        m_service.note(u"no entry follows; those that wait for a registration do not before it"_s, true);
+    QString problem;
+    if (!m_simulator.stepTimeline(&problem))
+        m_service.note(problem, true);
     look();
 }
 

@@ -37,6 +37,8 @@ public:
 
     /// A name or a path. False when it is faulty; nothing has happened then.
     Q_INVOKABLE bool open(const QString& scenario);
+    /// Shows that the simulator has taken \a scenario, for whoever had it do so.
+    void opened(const QString& scenario);
     Q_INVOKABLE bool openFile(const QUrl& file) { return open(file.toLocalFile()); }
     /// Plays the service's side of a recording for the applications that come, in place of the world. False when it
     /// cannot be; nothing has happened then.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "WireModel.h"
 
-#include "WireText.h"
+#include <common/WireText.h>
 
 #include <QtCore/QDateTime>
 
@@ -71,7 +71,7 @@ QVariant WireModel::data(const QModelIndex& index, int role) const
     case TypeRole:
         return entry.type;
     case SummaryRole:
-        return summaryOf(record, summaryLength);
+        return zeltools::summaryOf(record, summaryLength);
     case SizeRole:
         return record.bytes.size();
     default:
@@ -87,7 +87,7 @@ QHash<int, QByteArray> WireModel::roleNames() const
 
 QString WireModel::pretty(int row) const
 {
-    return row >= 0 && row < count() ? prettyOf(m_log.at(m_shown[size_t(row)]).record) : QString();
+    return row >= 0 && row < count() ? zeltools::prettyOf(m_log.at(m_shown[size_t(row)]).record) : QString();
 }
 
 int WireModel::lastOfType(const QString& type) const
@@ -105,7 +105,7 @@ void WireModel::clear()
 
 void WireModel::take(const WireRecord& record)
 {
-    m_waiting.append({record, typeOf(record)});
+    m_waiting.append({record, zeltools::typeOf(record)});
     m_waiting.dropBefore(m_waiting.keptFrom());
     if (!m_turn.isActive())
         m_turn.start();

@@ -3,9 +3,9 @@
 
 #include "Desk.h"
 #include "Options.h"
-#include "Screenshot.h"
 
 #include <common/QuitSignals.h>
+#include <common/Screenshot.h>
 
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QProcess>
@@ -15,6 +15,7 @@
 #include <QtQuick/QQuickWindow>
 #include <QtQuickControls2/QQuickStyle>
 
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <memory>
@@ -22,6 +23,7 @@
 Q_IMPORT_PLUGIN(ZelCoreDeskPlugin)
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -33,16 +35,14 @@ void complain(const QString& line)
 bool prepare(zelcore::Simulator& simulator, zeldesk::Desk& desk, const zeltools::ServiceOptions& options)
 {
     QString problem;
-    simulator.setRoot(options.root);
-    simulator.setTimelinePaused(options.isPaused);
-    const bool isDone = (options.scenario.isEmpty() || desk.timeline()->open(options.scenario)) &&
-                        (options.record.isEmpty() || desk.service()->record(QUrl::fromLocalFile(options.record)));
-    simulator.generateContacts(options.contacts, options.seed);
-    if (!isDone)
-        complain(desk.service()->notices().first());
-    else if (!simulator.start(&problem))
+    const bool isDone = options.makeWorld(simulator, &problem) && options.serve(simulator, &problem);
+    if (!problem.isEmpty())
         complain(problem);
-    return isDone && simulator.isRunning();
+    if (isDone && !options.scenario.isEmpty())
+        desk.timeline()->opened(options.scenario);
+    if (isDone && !options.record.isEmpty())
+        desk.service()->recordsInto(options.record);
+    return isDone;
 }
 
 /// Runs an application beside the desk. It is told to end when this goes.
@@ -115,13 +115,15 @@ int main(int argc, char* argv[])
         return 1;
     auto* const window = qobject_cast<QQuickWindow*>(engine.rootObjects().constFirst());
 
-    std::unique_ptr<zeldesk::Screenshot> screenshot;
+    std::unique_ptr<zeltools::Screenshot> screenshot;
     if (!options.window.screenshot.isEmpty()) {
-        screenshot = std::make_unique<zeldesk::Screenshot>(*window, *desk.wire(), options.window.screenshot);
-        QObject::connect(screenshot.get(), &zeldesk::Screenshot::taken, &application, [&](bool isSaved) {
-            if (!isSaved)
-                complain(u"%1 cannot be written"_s.arg(options.window.screenshot));
-            QCoreApplication::exit(isSaved ? 0 : 1);
+        screenshot = std::make_unique<zeltools::Screenshot>(*window, options.window.screenshot, 2s);
+        QObject::connect(desk.wire(), &zeldesk::WireModel::countsChanged, screenshot.get(),
+                         &zeltools::Screenshot::stir);
+        QObject::connect(screenshot.get(), &zeltools::Screenshot::taken, &application, [](const QString& problem) {
+            if (!problem.isEmpty())
+                complain(problem);
+            QCoreApplication::exit(problem.isEmpty() ? 0 : 1);
         });
     }
     std::unique_ptr<QProcess> beside;

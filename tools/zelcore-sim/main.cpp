@@ -7,6 +7,7 @@
 #include <common/Manual.h>
 #include <common/Printable.h>
 #include <common/QuitSignals.h>
+#include <common/ReplayLines.h>
 #include <common/Root.h>
 #include <common/ServiceOptions.h>
 
@@ -112,11 +113,7 @@ void show(zelcore::Simulator& simulator, bool trace)
                      });
     QObject::connect(&simulator, &Simulator::registrationStateChanged, &simulator,
                      [](const QString& state) { print(u"registration: "_s + state); });
-    QObject::connect(&simulator, &Simulator::replayDiffered, &simulator,
-                     [](const QString& sentence) { print(u"replay: "_s + sentence); });
-    QObject::connect(&simulator, &Simulator::replayFinished, &simulator, [&simulator] {
-        print(u"replay: all of it has been played; differences: %1"_s.arg(simulator.replayDifferences().size()));
-    });
+    zeltools::tellOfReplay(simulator, &simulator, [](const QString& line, bool) { print(line); });
     if (trace)
         QObject::connect(&simulator, &Simulator::recordPassed, &simulator, [](const zelcore::WireRecord& record) {
             if (record.target.isEmpty())
@@ -141,18 +138,15 @@ bool prepare(zelcore::Simulator& simulator, const Options& options)
 {
     using Pace = zelcore::Simulator::ReplayPace;
     QString error;
-    simulator.setRoot(options.root);
-    simulator.setTimelinePaused(options.isPaused);
-    bool done = options.scenario.isEmpty() || simulator.loadScenario(options.scenario, &error);
-    done = done && simulator.generateContacts(options.contacts, options.seed);
-    // The state that a scenario begins with would have it forget.
-    done = done && (options.remember.isEmpty() || simulator.rememberRegistrations(options.remember, &error)) &&
-           (options.replay.isEmpty() ||
-            simulator.replay(options.replay, &error, options.atOnce ? Pace::AtOnce : Pace::AsThen)) &&
-           (options.record.isEmpty() || simulator.record(options.record, &error)) && simulator.start(&error);
-    if (!error.isEmpty()) // what the world refuses it has said itself
+    // Remembered behind the scenario, which may begin with a state that has it forget.
+    const bool isDone = options.makeWorld(simulator, &error) &&
+                        (options.remember.isEmpty() || simulator.rememberRegistrations(options.remember, &error)) &&
+                        (options.replay.isEmpty() ||
+                         simulator.replay(options.replay, &error, options.atOnce ? Pace::AtOnce : Pace::AsThen)) &&
+                        options.serve(simulator, &error);
+    if (!error.isEmpty())
         complain(error);
-    return done;
+    return isDone;
 }
 
 zeltools::Manual manualOf(const QList<QCommandLineOption>& options)

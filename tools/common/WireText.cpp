@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "WireText.h"
+#include <common/WireText.h>
+
+#include <common/Printable.h>
 
 #include <QtCore/QByteArrayView>
 
 using namespace Qt::StringLiterals;
 
-namespace zeldesk {
+namespace zeltools {
 
 namespace {
 
@@ -20,6 +22,33 @@ QByteArrayView bodyOf(const QByteArray& record)
     const qsizetype found = record.indexOf(announcement);
     const QByteArrayView body = QByteArrayView(record).sliced(found == -1 ? 0 : found + announcement.size());
     return body.endsWith('\n') ? body.chopped(1) : body;
+}
+
+/// The place of the quote that ends the text whose first one is at \a begin; the end of what is cut before it.
+qsizetype endOfText(const QString& json, qsizetype begin)
+{
+    qsizetype end = begin + 1;
+    while (end < json.size() && json.at(end) != u'"')
+        end += json.at(end) == u'\\' ? 2 : 1;
+    return qMin(end, json.size());
+}
+
+QString withShortTexts(const QString& json)
+{
+    QString result;
+    qsizetype taken = 0;
+    for (qsizetype begin = json.indexOf(u'"'); begin != -1;) {
+        const qsizetype end = endOfText(json, begin);
+        const qsizetype length = end - begin - 1;
+        if (length > longestText) {
+            result += QStringView(json).sliced(taken, begin + shownOfLongText - taken);
+            result += u"…\" (%1 characters)"_s.arg(length);
+            taken = qMin(end + 1, json.size());
+        }
+        begin = json.indexOf(u'"', end + 1);
+    }
+    result += QStringView(json).sliced(taken);
+    return result;
 }
 
 /// Writes JSON text anew, a character after the other.
@@ -37,14 +66,8 @@ private:
     /// A string, quotes included. The place of its last character.
     qsizetype takeText(const QString& json, qsizetype begin)
     {
-        qsizetype end = begin + 1;
-        while (end < json.size() && json.at(end) != u'"')
-            end += json.at(end) == u'\\' ? 2 : 1;
-        const qsizetype length = qMin(end, json.size()) - begin - 1;
-        if (length > longestText)
-            m_text += json.mid(begin, shownOfLongText) + u"… (%L1 characters)\""_s.arg(length);
-        else
-            m_text += QStringView(json).sliced(begin, qMin(end + 1, json.size()) - begin);
+        const qsizetype end = endOfText(json, begin);
+        m_text += QStringView(json).sliced(begin, qMin(end + 1, json.size()) - begin);
         return end;
     }
 
@@ -101,13 +124,13 @@ QString summaryOf(const zelcore::WireRecord& record, qsizetype length)
         body = body.sliced(colon == -1 ? 0 : colon + 2);
         body = body.endsWith('}') && colon != -1 ? body.chopped(1) : body;
     }
-    const QString line = QString::fromUtf8(body.first(qMin(body.size(), length * 4))).simplified();
-    return line.size() > length ? line.left(length) + u'…' : line;
+    const QString text = withShortTexts(QString::fromUtf8(body));
+    return text.size() > length ? printable(text.left(length)) + u'…' : printable(text);
 }
 
 QString prettyOf(const zelcore::WireRecord& record)
 {
-    return Indenter().indented(QString::fromUtf8(bodyOf(record.bytes)));
+    return Indenter().indented(withShortTexts(QString::fromUtf8(bodyOf(record.bytes))));
 }
 
-} // namespace zeldesk
+} // namespace zeltools
