@@ -105,7 +105,7 @@ Dependencies::Link* Dependencies::Run::findEarlier(const Source* source) const
     return nullptr;
 }
 
-Dependencies::Node* Dependencies::Run::finish()
+Dependencies::Node* Dependencies::Run::finish(bool isWhole)
 {
     if (!m_node)
         return nullptr;
@@ -113,7 +113,7 @@ Dependencies::Node* Dependencies::Run::finish()
     m_node->m_last = nullptr;
     for (Link** place = &m_node->m_first; *place;) {
         Link* const link = *place;
-        if (link->lastRun == m_dependencies.m_run) {
+        if (!isWhole || link->lastRun == m_dependencies.m_run) {
             m_node->m_last = link;
             place = &link->nextOfNode;
         } else {

@@ -61,9 +61,9 @@ public:
         /// `node` is what an earlier run returned, or null.
         Run(Dependencies& dependencies, Node* node);
         void recordRead(const Observable* observable) override;
-        /// Lets go of what was not read again. Returns the computation's node; null when it depends on nothing, and
-        /// then a node that it had is to be released.
-        Node* finish();
+        /// Lets go of what was not read again, unless reading did not come to its end. Returns the computation's node;
+        /// null when it depends on nothing, and then a node that it had is to be released.
+        Node* finish(bool isWhole = true);
 
     private:
         Q_DISABLE_COPY_MOVE(Run)

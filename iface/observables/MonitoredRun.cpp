@@ -13,6 +13,7 @@
 
 #include <QtCore/QScopeGuard>
 
+#include <new>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -50,7 +51,13 @@ void MonitoredRun::changed()
     }
     // An outer round need not run it any more: the innermost one does, when everything is in.
     leaveRound();
-    m_placeInRound = Round::open()->enter(*this);
+    try {
+        m_placeInRound = Round::open()->enter(*this);
+    } catch (const std::bad_alloc&) {
+        if (m_pendingId == -1)
+            schedule();
+        throw;
+    }
 }
 
 void MonitoredRun::leaveRound()
@@ -94,19 +101,28 @@ void MonitoredRun::handleChange()
     thrown.rethrow();
 }
 
+/// What there was no memory for does not follow from what was read. So it is read again in a later turn of the event
+/// loop, but once, and until a run has come to its end whatever the last of those had read is observed, too.
 void MonitoredRun::runOnce()
 {
     m_dependencies.takeDirty();
     Dependencies::Run run(m_dependencies, m_node);
     bool isBroken = false;
     const auto end = qScopeGuard([&] {
-        Dependencies::Node* const node = run.finish();
+        Dependencies::Node* const node = run.finish(!m_isCut);
         m_node = node ? node : m_node;
         if (!node || isBroken)
             letGo();
     });
     bool finished = false;
-    isBroken = !ObservableTracker::runInto(&run, [&] { finished = m_function(); });
+    const bool wasCut = std::exchange(m_isCut, false);
+    try {
+        isBroken = !ObservableTracker::runInto(&run, [&] { finished = m_function(); });
+    } catch (const std::bad_alloc&) {
+        m_isCut = true;
+        m_again = m_again || !wasCut;
+        throw;
+    }
     if (finished && !isBroken)
         m_owner = nullptr;
     if (isBroken)

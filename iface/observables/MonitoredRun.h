@@ -50,6 +50,8 @@ private:
     bool m_running = false;
     // Something that this run has read has changed since.
     bool m_again = false;
+    // The last run found no memory.
+    bool m_isCut = false;
     int m_pendingId = -1;
     QApplicationRealm m_realm;
 };

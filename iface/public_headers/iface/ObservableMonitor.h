@@ -27,7 +27,8 @@ class MonitoredRun;
 /// exactly once more when it has returned, never inside itself; so may a function that changes what it reads, until
 /// that settles (should it not settle, the further runs come in later turns of the event loop). It may destroy the
 /// monitor: that ends it, and everything that was read is let go of. When it throws, the monitor observes what had been
-/// read by then.
+/// read by then. Where it finds no memory it runs once more in a later turn of the event loop, and observes what it had
+/// read before as well until it has come to its end.
 ///
 ///     new iface::ObservableMonitor([=] { label->setText(name.getValue()); }, this, u"name"_s, true);
 class ZEL_EXPORT ObservableMonitor : public ObserverImpl
