@@ -46,8 +46,9 @@ void ListApiMultiplexer::addHandler(const QString& type, const QString& id, List
     if (m_keyByHandler.contains(handler) && m_keyByHandler.value(handler) != key) {
         removeHandler(handler);
     }
-    m_handlersByKey[key].append(handler);
+    // In this order: what finds no memory for the second leaves nobody behind who cannot be removed.
     m_keyByHandler.insert(handler, key);
+    m_handlersByKey[key].append(handler);
 }
 
 void ListApiMultiplexer::removeHandler(ListApiHandler* handler)
@@ -58,10 +59,13 @@ void ListApiMultiplexer::removeHandler(ListApiHandler* handler)
     }
     const QString key = entry.value();
     m_keyByHandler.erase(entry);
-    QList<ListApiHandler*>& handlers = m_handlersByKey[key];
-    handlers.removeAll(handler);
-    if (handlers.isEmpty()) {
-        m_handlersByKey.remove(key);
+    const auto handlers = m_handlersByKey.find(key);
+    if (handlers == m_handlersByKey.end()) {
+        return;
+    }
+    handlers->removeAll(handler);
+    if (handlers->isEmpty()) {
+        m_handlersByKey.erase(handlers);
     }
 }
 

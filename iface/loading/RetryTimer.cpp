@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <iface/RetryTimer.h>
 
+#include <iface/detail/FirstException.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -40,11 +42,15 @@ void RetryTimer::wait()
 
 void RetryTimer::remind()
 {
+    m_timer = 0;
     m_delay = std::min(2 * m_delay, LongestDelay);
-    wait();
+    // Without memory for the next time it is done once more all the same.
+    detail::FirstException thrown;
+    thrown.guard([this] { wait(); });
     // A copy, called last: the reminder may destroy this.
     const boost::function<void()> reminder = m_reminder;
-    reminder();
+    thrown.guard(reminder);
+    thrown.rethrow();
 }
 
 } // namespace iface

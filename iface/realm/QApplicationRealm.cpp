@@ -3,6 +3,8 @@
 
 #include <iface/ObservableTracker.h>
 
+#include <QtCore/QScopeGuard>
+
 #include <algorithm>
 #include <atomic>
 
@@ -26,7 +28,9 @@ int QApplicationRealm::asyncExec(const boost::function<void()>& function)
 {
     const int id = ++idCounter;
     m_queue.append(AsyncEntry{id, function});
+    auto forget = qScopeGuard([this] { m_queue.removeLast(); });
     Q_EMIT itemQueued();
+    forget.dismiss();
     return id;
 }
 

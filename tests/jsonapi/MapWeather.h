@@ -4,6 +4,7 @@
 #include "Note.h"
 
 #include <common/Choices.h>
+#include <common/FailingAllocations.h>
 #include <common/FakeClock.h>
 #include <common/FakePipe.h>
 #include <iface/ObserverFunctorAdapter.h>
@@ -20,6 +21,16 @@
 
 using namespace Qt::StringLiterals;
 
+/// Stands where the test calls what is tested, and where that calls the test: memory runs out in the one alone.
+struct Border
+{
+    Border() { std::swap(failing::left, beyond); }
+    ~Border() { std::swap(failing::left, beyond); }
+    Q_DISABLE_COPY_MOVE(Border)
+
+    static inline thread_local long beyond = -1;
+};
+
 /// A map on the notes, and a service that answers when the test says so.
 struct MapFixture
 {
@@ -31,7 +42,7 @@ struct MapFixture
     Map::Pointer map = Map::create(QSharedPointer<zel::ListApiMultiplexer>::create(pipe),
                                    QSharedPointer<NoteAdapter>::create(), u"notes"_s, QString());
 
-    Value get(const QString& key) const { return map->doGet(key); }
+    Value get(const QString& key) const { return Border(), map->doGet(key); }
     void get(const QStringList& keys) const
     {
         for (const QString& key : keys)
@@ -46,7 +57,8 @@ struct MapFixture
         return keys;
     }
 
-    void header(const QString& cookie) { pipe->inject(listMessage("listElements", {}, {{u"cookie"_s, cookie}})); }
+    void inject(const QByteArray& message) { Border(), pipe->inject(message); }
+    void header(const QString& cookie) { inject(listMessage("listElements", {}, {{u"cookie"_s, cookie}})); }
     void chunk(const QStringList& keys, bool last = true)
     {
         QJsonArray elements;
@@ -56,7 +68,7 @@ struct MapFixture
             element.insert(u"stars"_s, note.stars);
             elements.append(element);
         }
-        pipe->inject(listMessage("listChunk", elements, {{u"last"_s, last}}));
+        inject(listMessage("listChunk", elements, {{u"last"_s, last}}));
     }
     void answer(const QStringList& keys)
     {
@@ -73,12 +85,14 @@ class MapWeather
     using Value = MapFixture::Value;
 
 public:
-    explicit MapWeather(Choices choices)
+    /// Some steps have been gone.
+    explicit MapWeather(Choices choices, int steps = 0)
         : m_choices(choices)
     {
         for (int i = m_choices.bounded(120); i >= 0; --i)
             f.notes.insert(QString::number(i), {QString::number(i), u"first"_s, i});
         QObject::connect(f.map.data(), &Map::mapChanged, &m_context, [this](const iface::MapChange& change) {
+            const Border border;
             const QList<QString> keys = change.keys<QString>();
             const Note now = f.get(keys.value(0)).getValue();
             if (keys.size() != 1 || m_told.value(keys.first()) == now)
@@ -87,11 +101,13 @@ public:
             misbehave();
         });
         f.pipe->sending = [this] {
+            const Border border;
             if (!m_isCalm && m_choices.bounded(10) == 0) {
                 collect(0);
                 deliver();
             }
         };
+        go(steps);
     }
     ~MapWeather()
     {
@@ -99,28 +115,44 @@ public:
         FakeClock::uninstall();
     }
 
-    /// Empty, or what was wrong.
-    QString run(int steps)
+    /// One step, in which memory runs out when failing::left says so. From here on the service loses nothing: for what
+    /// makes that good there may have been no memory.
+    void goWithoutMemory(int kind)
     {
-        for (int i = 0; i < steps && !m_choices.isUsedUp(); ++i)
-            guarded([this] { step(); });
+        const Border border;
+        m_isReliable = true;
+        guarded([&] { step(kind); });
+    }
+    QString run(int steps) { return go(steps), end(); }
+    /// Empty, or what was wrong. What was asked for has come by itself, and with the next connection also news that
+    /// were lost.
+    QString end()
+    {
+        const bool hasLostNews = std::exchange(m_isReliable, true);
         m_isCalm = true;
-        // A request that was lost goes out again after five minutes at most, and then there is nothing more to be done.
-        for (int rounds = 0; !isAtRest(); ++rounds) {
-            if (rounds > 30)
-                return u"never comes to rest"_s;
-            pass(5 * 60 * 1000);
-            deliver();
-        }
+        for (const auto& [key, watch] : m_watches)
+            ask(key); // again, if it could not be
+        if (!comesToRest())
+            return u"never comes to rest with everything"_s;
+        if (hasLostNews)
+            step(3);
+        if (!comesToRest())
+            return u"never comes to rest after a reconnection"_s;
         for (const auto& [key, watch] : m_watches) {
             const Note note = f.map->contents(key);
-            if (!f.map->isLoaded(key) || !(note == f.notes.value(key) && note == f.get(key).getValue()))
+            if (!(note == f.notes.value(key) && note == f.get(key).getValue()))
                 return key + u" did not come"_s;
         }
         return m_complaint;
     }
 
 private:
+    void go(int steps)
+    {
+        for (int i = 0; i < steps && !m_choices.isUsedUp(); ++i)
+            guarded([this] { step(); });
+    }
+
     struct Answer
     {
         QStringList keys;
@@ -134,6 +166,7 @@ private:
         try {
             step();
         } catch (const std::runtime_error&) {
+        } catch (const std::bad_alloc&) {
         }
     }
 
@@ -146,6 +179,12 @@ private:
     void step()
     {
         const int kind = m_choices.bounded(8);
+        if (kind != 3 || m_choices.bounded(10) == 0)
+            step(kind);
+    }
+
+    void step(int kind)
+    {
         if (kind == 0) {
             for (int i = m_choices.bounded(40); i > 0; --i)
                 ask(someKey());
@@ -153,25 +192,38 @@ private:
             pass(m_choices.bounded(4) ? m_choices.bounded(8000) : 31000); // the process may stand still
         } else if (kind == 2) {
             changeOne();
-        } else if (kind == 3 && m_choices.bounded(10) == 0) {
-            f.pipe->setConnected(false);
+        } else if (kind == 3) {
+            Border(), f.pipe->setConnected(false);
             f.pipe->clearSent();
             m_due.clear();
             m_requestedAt.clear();
             const QScopedValueRollback reconnecting(m_isReconnecting, true);
-            f.pipe->setConnected(true);
+            guarded([this] { Border(), f.pipe->setConnected(true); });
             collect();
             m_requestedAt.clear(); // also for what is still to be requested by itself
-        } else if (kind > 3) {
-            QCoreApplication::sendPostedEvents();
+        } else {
+            Border(), QCoreApplication::sendPostedEvents();
             collect();
             deliver();
         }
     }
 
+    // A request that was lost goes out again after five minutes at most, and then there is nothing more to be done.
+    bool comesToRest()
+    {
+        for (int rounds = 0; rounds <= 30; ++rounds) {
+            if (isAtRest())
+                return std::all_of(m_watches.cbegin(), m_watches.cend(),
+                                   [this](const auto& watched) { return f.map->isLoaded(watched.first); });
+            pass(5 * 60 * 1000);
+            deliver();
+        }
+        return false;
+    }
+
     bool isAtRest()
     {
-        QCoreApplication::sendPostedEvents();
+        Border(), QCoreApplication::sendPostedEvents();
         collect();
         return m_clock->waiting() == 0 && m_due.isEmpty();
     }
@@ -179,7 +231,7 @@ private:
     void pass(int msecs)
     {
         for (; msecs > 0; msecs -= 1000) {
-            m_clock->advance(1000);
+            Border(), m_clock->advance(1000);
             collect();
         }
     }
@@ -188,12 +240,13 @@ private:
 
     void ask(const QString& key)
     {
-        if (m_watches.contains(key))
+        Watch& watch = m_watches[key];
+        if (watch.observer)
             return;
         const Value value = f.get(key);
-        Watch& watch = m_watches[key];
         watch.seen = value.getValue();
         watch.observer = std::make_unique<iface::ObserverFunctorAdapter>([this, value, &watch] {
+            const Border border;
             if (!(std::exchange(watch.seen, value.getValue()) == value.getValue()))
                 return;
             if (std::exchange(watch.settled, true))
@@ -227,7 +280,7 @@ private:
         // forgets nothing.
         if (name == "listChange"_ba || name == "listAdd"_ba)
             note = {note.id, text, name == "listChange"_ba ? note.stars : 0};
-        f.pipe->inject(listMessage(name, {noteJson(note.id, text)}));
+        f.inject(listMessage(name, {noteJson(note.id, text)}));
     }
 
     /// Reads what the map has sent, and works out when it is to be answered.
@@ -243,7 +296,7 @@ private:
                     complain(u"%1 is asked for again after %2 ms"_s.arg(key).arg(m_clock->now() - *before));
                 m_requestedAt.insert(key, m_clock->now());
             }
-            const int kind = m_isCalm ? 9 : m_choices.bounded(10);
+            const int kind = m_isReliable ? 9 : m_choices.bounded(10);
             if (kind == 0)
                 continue; // lost
             const Answer answer{keys, kind != 1, kind != 2};
@@ -290,5 +343,6 @@ private:
     QString m_complaint;
     int m_depth = 0;
     bool m_isCalm = false;
+    bool m_isReliable = false;
     bool m_isReconnecting = false;
 };

@@ -3,6 +3,7 @@
 
 #include <common/SeededRandom.h>
 #include <common/TestMain.h>
+#include <iface/ObservableMonitor.h>
 
 using Fixture = MapFixture;
 using Map = MapFixture::Map;
@@ -146,6 +147,10 @@ private Q_SLOTS:
                         "c is there; wait; sent 2");
         row("under way, and needless", "ask a; begin; add a; ask b; sent 1; end a; turn; asked b");
         row("needless, after a reconnection", "ask a; answer a; reconnect; ask b; add b; wait; asked a");
+        row("empty, and at its end once more", "ask a; answer; ask b; end; b is missing; answer b; b is there");
+        row("with others", "ask a b; answer c; a is missing; answer a; b is there; answer c; wait; asked b");
+        row("in part, as is the next",
+            "ask a b; answer a; wait; asked b; ask c d; answer c; wait; sent 3; wait; asked b d");
         row("cut", "ask a; begin; reconnect; end; a is missing; answer; a is there");
         row("a reconnection without keys", "reconnect; ask a; sent 2; answer; a is missing; answer a; a is there");
     }
@@ -198,6 +203,48 @@ private Q_SLOTS:
             const QString complaint = MapWeather(Choices(seed)).run(300);
             QVERIFY2(complaint.isEmpty(), qPrintable(u"%1 (run %2)"_s.arg(complaint).arg(i)));
         }
+    }
+
+    // Every allocation of a step fails in turn, each time in the same weather. What was asked for comes all the same,
+    // and what was news with the next connection.
+    void bringsEverythingAlsoWithoutMemory()
+    {
+        failing::withArrays = false;
+        QRandomGenerator random = seededRandom();
+        for (int i = 0; i < 20 && !QTest::currentTestFailed(); ++i) {
+            const quint32 seed = random.generate();
+            failing::eachInTurn([seed] { return std::make_unique<MapWeather>(Choices(seed), 20); },
+                                [i](MapWeather& weather) { weather.goWithoutMemory(i % 5); },
+                                [](MapWeather& weather) { QCOMPARE(weather.end(), QString()); });
+        }
+    }
+
+    // And what it had read before stays observed until it has read everything.
+    void runsAMonitorAgainThatFoundNoMemory()
+    {
+        struct Watched
+        {
+            using Number = iface::WritableObservableValue<int>;
+            const QExplicitlySharedDataPointer<Number> early{new Number(0)}, late{new Number(0)}, isBoth{new Number(0)};
+            int sum() const { return (isBoth->getValue() ? late->getValue() : 0) + early->getValue(); }
+            int seen = -1;
+            iface::ObservableMonitor monitor{[this] { seen = sum(); }, nullptr, QString(), false};
+        };
+        const auto act = [](Watched& watched) {
+            watched.monitor.handleObservableChanged();
+            watched.isBoth->setValue(1);
+        };
+        const auto check = [](Watched& watched) {
+            if (watched.isBoth->getValue() == 0)
+                turn();
+            for (const auto& number : {watched.early, watched.late}) {
+                number->setValue(3);
+                QCOMPARE(watched.seen, watched.sum());
+                turn();
+            }
+        };
+        failing::withArrays = false;
+        failing::eachInTurn([] { return std::make_unique<Watched>(); }, act, check);
     }
 };
 

@@ -10,6 +10,7 @@
 #include <QtCore/QList>
 #include <QtCore/QSet>
 #include <QtCore/QSharedData>
+#include <QtCore/QVarLengthArray>
 
 #include <boost/function.hpp>
 
@@ -114,6 +115,7 @@ private:
     void repeatRefresh();
     void endRefresh();
     Batch takeBatch();
+    void end(const Batch& answered);
     void load(const QList<K>& keys);
 
     QList<EntryPointer> m_entries;
@@ -126,7 +128,7 @@ private:
     Batch m_inFlight;
     bool m_requestScheduled = false;
     // Requests without an answer, in the order in which they went out; one of each at most.
-    QList<Request> m_due;
+    QVarLengthArray<Request, 2> m_due;
     // What the refresh that is due has asked for, and what answers left out, as far as it has not come since.
     QSet<K> m_outdated;
     qsizetype m_repeated = 0; // where in them the turn is

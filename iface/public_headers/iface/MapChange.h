@@ -37,7 +37,9 @@ struct ZEL_EXPORT MapChange
     template <class K>
     static MapChange createSingle(const K& key)
     {
-        return create(QList<K>(1, key));
+        QList<K> keys; // one that is made with its contents does not look whether there is memory for them
+        keys.append(key);
+        return create(keys);
     }
     template <class K>
     static MapChange create(const QList<K>& keys);

@@ -4,7 +4,10 @@
 #include <iface/LazyLoader.h>
 #include <iface/detail/FirstException.h>
 
+#include <QtCore/QScopeGuard>
+
 #include <algorithm>
+#include <new>
 
 namespace iface {
 
@@ -26,7 +29,9 @@ auto LazyLoader<K, V>::provide(const K& key) -> EntryPointer
     if (!entry) {
         entry = EntryPointer(new Entry(key, m_defaultValue, m_refreshes));
         m_entries.append(entry);
+        auto forget = qScopeGuard([this] { m_entries.removeLast(); });
         m_index.insert(*entry);
+        forget.dismiss();
     }
     return entry;
 }
@@ -37,9 +42,14 @@ auto LazyLoader<K, V>::ask(const K& key) -> EntryPointer
     const auto known = m_entries.size();
     EntryPointer entry = provide(key);
     if (m_entries.size() > known) {
+        auto forget = qScopeGuard([&] {
+            m_index.remove(*entry);
+            m_entries.removeLast();
+        });
         m_pending.append(entry);
-        requestAll();
+        forget.dismiss();
     }
+    requestAll();
     return entry;
 }
 
@@ -109,15 +119,24 @@ void LazyLoader<K, V>::requestAll()
 {
     if (m_requestScheduled || m_pending.isEmpty())
         return;
-    m_requestScheduled = true;
-    m_realm.asyncExec([this] { performRequestAll(); });
+    try {
+        m_realm.asyncExec([this] { performRequestAll(); });
+        m_requestScheduled = true;
+    } catch (const std::bad_alloc&) {
+        m_batchRetry.start();
+        throw;
+    }
 }
 
+/// What may find no memory comes first, and before it what makes good for that when it is due.
+///
 /// No batch has both keys that a refresh asks for, too, and later ones: the answer to the refresh would end it, and
 /// say nothing of those.
 template <class K, class V>
 void LazyLoader<K, V>::performRequestAll()
 {
+    m_requestScheduled = false;
+    m_batchRetry.start();
     QList<K> keys;
     keys.reserve(m_batchLimit);
     m_inFlight.reserve(m_batchLimit);
@@ -133,11 +152,10 @@ void LazyLoader<K, V>::performRequestAll()
     }
     if (m_pending.isEmpty())
         m_pending = {}; // gives back what so many keys took
-    m_requestScheduled = !keys.isEmpty();
     if (keys.isEmpty())
-        return;
+        return m_batchRetry.stop();
+    m_requestScheduled = true;
     m_due.append(Request::Batch);
-    m_batchRetry.start();
     load(keys);
 }
 
@@ -152,6 +170,10 @@ void LazyLoader<K, V>::load(const QList<K>& keys)
 template <class K, class V>
 void LazyLoader<K, V>::repeatBatch()
 {
+    if (m_inFlight.isEmpty()) { // there was no memory for a request
+        m_batchRetry.stop();
+        return requestAll();
+    }
     QList<K> unanswered;
     for (const EntryPointer& entry : std::as_const(m_inFlight)) {
         if (entry->progress() == Progress::InFlight)
@@ -170,17 +192,22 @@ void LazyLoader<K, V>::endArrivedBatch()
     if (m_inFlight.isEmpty() || std::any_of(m_inFlight.cbegin(), m_inFlight.cend(), isAwaited))
         return;
     m_due.removeOne(Request::Batch);
-    const Batch arrived = takeBatch();
-    requestAll();
-    settle(arrived);
+    end(takeBatch());
 }
 
 template <class K, class V>
 void LazyLoader<K, V>::updateDone()
 {
-    const Batch answered = takeAnswered(Answer::OfBatch);
-    requestAll();
-    settle(answered);
+    end(takeAnswered(Answer::OfBatch));
+}
+
+template <class K, class V>
+void LazyLoader<K, V>::end(const Batch& answered)
+{
+    detail::FirstException thrown;
+    thrown.guard([this] { requestAll(); });
+    thrown.guard([&] { settle(answered); });
+    thrown.rethrow();
 }
 
 template <class K, class V>
@@ -199,7 +226,7 @@ auto LazyLoader<K, V>::takeAnswered(Answer answer) -> Batch
             endRefresh();
             continue;
         }
-        m_due.removeFirst();
+        m_due.remove(0);
         answered = takeBatch();
     }
     return answered;
@@ -225,14 +252,14 @@ void LazyLoader<K, V>::requestNext()
 template <class K, class V>
 void LazyLoader<K, V>::settle(const Batch& answered)
 {
+    detail::FirstException thrown;
     for (const EntryPointer& each : answered) {
         if (each->progress() == Progress::InFlight)
-            m_outdated.insert(each->key);
+            thrown.guard([&] { m_outdated.insert(each->key); });
         each->setProgress(Progress::Settled);
     }
     if (!m_outdated.isEmpty() && !m_refreshRetry.isActive())
-        m_refreshRetry.start();
-    detail::FirstException thrown;
+        thrown.guard([this] { m_refreshRetry.start(); });
     for (const EntryPointer& each : answered)
         thrown.guard([&each] { each->notifyObservers(); });
     thrown.rethrow();
@@ -243,18 +270,25 @@ void LazyLoader<K, V>::refresh()
 {
     forgetRequests();
     ++m_refreshes;
-    for (const EntryPointer& each : std::as_const(m_entries)) {
-        if (each->progress() >= Progress::Arrived)
-            m_outdated.insert(each->key);
-    }
-    if (!m_inFlight.isEmpty()) {
+    // It goes out, whatever there is no memory for: at the worst it is not repeated.
+    detail::FirstException thrown;
+    thrown.guard([this] {
+        for (const EntryPointer& each : std::as_const(m_entries)) {
+            if (each->progress() >= Progress::Arrived)
+                m_outdated.insert(each->key);
+        }
+    });
+    if (m_inFlight.isEmpty()) {
+        thrown.guard([this] { requestAll(); });
+    } else {
         m_due.append(Request::Batch);
-        m_batchRetry.start();
+        thrown.guard([this] { m_batchRetry.start(); });
     }
     m_due.append(Request::Refresh);
     if (!m_outdated.isEmpty())
-        m_refreshRetry.start();
-    load(keys());
+        thrown.guard([this] { m_refreshRetry.start(); });
+    thrown.guard([this] { load(keys()); });
+    thrown.rethrow();
 }
 
 template <class K, class V>

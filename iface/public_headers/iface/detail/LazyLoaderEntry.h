@@ -58,7 +58,8 @@ public:
         if (m_contents == contents)
             return false;
         // What was there goes last: that may run anything.
-        const V before = std::exchange(m_contents, contents);
+        V before = contents;
+        std::swap(m_contents, before);
         if (m_value)
             m_value->setValue(contents);
         return true;
