@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <common/Heard.h>
 #include <common/TestMain.h>
 
 #include <platform/channel/ServiceBridge.h>
@@ -14,7 +15,6 @@
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 #include <QtCore/QMetaProperty>
-#include <QtCore/QQueue>
 #include <QtCore/QTemporaryDir>
 #include <QtCore/QUuid>
 #include <QtTest/QSignalSpy>
@@ -26,13 +26,13 @@
 using namespace Qt::StringLiterals;
 using namespace vx::platform::zel;
 
-/// A core service that has one user, three contacts and a box, which the user allows. It serves the platform object
-/// below a PPS_ROOT of its own. What the library asks of the lists and the own picture is answered from the members
-/// below; whatever else it writes is left to the test.
-class Desk : public QObject
+/// Plays the core service. It has one user, three contacts and a box, which the user allows. It serves the platform
+/// object below a PPS_ROOT of its own. What the library asks of the lists and the own picture is answered from the
+/// members below; whatever else it writes is left to the test.
+class FakeService : public QObject
 {
 public:
-    Desk()
+    FakeService()
         : records{{u"permission"_s, json(R"({"showAppBox":true,"zelInvites":true,"registrationState":"Unregistered",
                        "zelSetup":true})")},
                   {u"platformProfile"_s,
@@ -62,19 +62,12 @@ public:
     void changePermission(const QByteArray& members) { changeGlobal(QStringLiteral("permission"), members); }
     void changeState(const QString& state) { changePermission("{\"registrationState\":\"" + state.toUtf8() + "\"}"); }
     void changeProfile(const QByteArray& members) { changeGlobal(QStringLiteral("platformProfile"), members); }
-    void changeContact(const QString& name, const QByteArray& members)
-    {
-        QJsonObject& record = records[u"u-"_s + name];
-        record = merged(record, members);
-        tell(u"listChange"_s, u"platformUser"_s, QJsonArray{record});
-    }
     /// "u-<name>" to the service and "<name>" to the application, unless the members have another handle.
     void addContact(const QString& name, const QByteArray& members = "{}")
     {
-        const QJsonObject key{{u"userId"_s, QString(u"u-"_s + name)}};
-        QJsonObject record = key;
-        record.insert(u"handle"_s, name);
-        records.insert(u"u-"_s + name, merged(record, members));
+        const QString id = u"u-"_s + name;
+        const QJsonObject key{{u"userId"_s, id}};
+        records.insert(id, merged({{u"userId"_s, id}, {u"handle"_s, name}}, members));
         lists[u"platformContact"_s].append(key);
         tell(u"listAdd"_s, u"platformContact"_s, QJsonArray{key});
     }
@@ -115,22 +108,19 @@ public:
         send(u"requestEcoIdResponse"_s, {{u"ppid"_s, mark}});
         return QTest::qWaitFor([&] { return !marks.isEmpty() && marks.last().at(0).toString() == mark; });
     }
-    /// The next message that was not answered, without the lines around it; empty after five seconds without any.
-    QByteArray nextMessage()
+    /// Waits for a message with this in it that is not answered.
+    bool hears(const QByteArray& text) const
     {
-        return QTest::qWaitFor([this] { return !m_messages.isEmpty(); }) ? m_messages.dequeue() : QByteArray();
+        return QTest::qWaitFor([&] { return !m_messages.isEmpty() && m_messages.last().contains(text); });
     }
-    /// What the library has written since the last time and was not answered: what comes before a mark.
+    /// What the library has written since the last time and was not answered, without the lines around it: what comes
+    /// before a mark.
     QByteArrayList written()
     {
         Services::getServices()->ecoIdStatus()->requestEcoIdStatus(u"mark"_s);
-        QByteArrayList messages;
-        for (QByteArray next = nextMessage(); !next.contains("\"mark\""); next = nextMessage()) {
-            messages.append(next);
-            if (next.isEmpty()) // the mark does not come
-                break;
-        }
-        return messages;
+        const bool isHeard = hears("\"mark\"");
+        const QByteArrayList messages = std::exchange(m_messages, {});
+        return isHeard ? messages.mid(0, messages.size() - 1) : QByteArrayList{"the mark does not come"};
     }
 
     QMap<QString, QJsonObject> records; ///< the user's own by name, those of contacts by user id
@@ -138,12 +128,11 @@ public:
     QStringList heldBack;               ///< lists, records and types of messages that are not answered yet
 
 private:
-    static QJsonObject merged(QJsonObject record, const QByteArray& members)
+    static QJsonObject merged(const QJsonObject& record, const QByteArray& members)
     {
-        const QJsonObject changes = json(members);
-        for (auto member = changes.begin(); member != changes.end(); ++member)
-            record.insert(member.key(), member.value());
-        return record;
+        QVariantMap all = record.toVariantMap();
+        all.insert(json(members).toVariantMap());
+        return QJsonObject::fromVariantMap(all);
     }
     void changeGlobal(const QString& name, const QByteArray& members)
     {
@@ -166,7 +155,7 @@ private:
         else if (type == "requestUserAvatar"_L1 && !heldBack.contains(type))
             tellStream(id, id.toUtf8() + " picture");
         else if (type != "requestListAll"_L1 && type != "tpaApi"_L1)
-            m_messages.enqueue(text);
+            m_messages.append(text);
     }
     void answerElements(const QJsonObject& body)
     {
@@ -186,7 +175,7 @@ private:
 
     QTemporaryDir m_root;
     vx::system::ObjectServer m_server;
-    QQueue<QByteArray> m_messages;
+    QByteArrayList m_messages;
     int m_marks = 0;
 };
 
@@ -214,28 +203,6 @@ QString shown(const Public& object)
     return all.join(u' ');
 }
 
-/// What was announced, a line each, in order.
-class Heard : public QObject
-{
-public:
-    /// The arguments of a signal behind \a name and, behind a bar, what is shown by then.
-    template <class Public, typename... Arguments>
-    void note(const Public& object, void (Public::*signal)(Arguments...), const QString& name,
-              const std::function<QString()>& shows = {})
-    {
-        connect(&object, signal, this, [this, name, shows](const Arguments&... arguments) {
-            add((name + u' ' + words(arguments...)).trimmed() + (shows ? QStringLiteral(" | ") + shows() : QString()));
-        });
-    }
-    void add(const QString& line) { m_lines.append(line); }
-
-    const QStringList& lines() const { return m_lines; }
-    QStringList take() { return std::exchange(m_lines, {}); }
-
-private:
-    QStringList m_lines;
-};
-
 /// Each case has a service of its own, and the library begins as in a new process.
 class PlatformTest : public QObject
 {
@@ -245,7 +212,7 @@ private Q_SLOTS:
     void init()
     {
         m_handlerBefore = qInstallMessageHandler(noteWarning);
-        m_desk = std::make_unique<Desk>();
+        m_service = std::make_unique<FakeService>();
     }
     void cleanup()
     {
@@ -253,14 +220,14 @@ private Q_SLOTS:
         qInstallMessageHandler(m_handlerBefore);
         m_context.reset();
         QVERIFY(ServiceBridge::letGo());
-        m_desk.reset();
+        m_service.reset();
     }
 
 protected:
     /// The context of an application that is registered and has everything.
     Context* ready()
     {
-        m_desk->changeState(u"Success"_s);
+        m_service->changeState(u"Success"_s);
         if (!m_context)
             m_context = std::make_unique<Context>(m_uuid);
         const bool isReady = QTest::qWaitFor([this] { return m_context->isReady(); });
@@ -273,7 +240,7 @@ protected:
     static QStringList takeWarnings() { return std::exchange(m_untaken, {}); }
 
     QUuid const m_uuid{QStringLiteral("{6F8D2C4E-5B0A-4A37-9D0E-0C8F3F1F2A10}")};
-    std::unique_ptr<Desk> m_desk;
+    std::unique_ptr<FakeService> m_service;
     std::unique_ptr<Context> m_context;
 
 private:

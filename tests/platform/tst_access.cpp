@@ -12,7 +12,7 @@
 namespace {
 
 // What a public object answers beside its properties, requests included.
-QString answersOf(ApplicationPermissions& permissions)
+QString answersOf(const ApplicationPermissions& permissions)
 {
     return words(permissions.permissionValue(Permission::ProfileUpdatesAllowed),
                  permissions.permissionValue(Permission::ContactInvitationsAllowed));
@@ -106,7 +106,7 @@ class TstAccess : public PlatformTest
 private Q_SLOTS:
     void withoutAServiceItIsBlockedByTheUser()
     {
-        m_desk->goAway();
+        m_service->goAway();
         const SlogCapture log(3);
         QLoggingCategory::setFilterRules(u"zel.platform.debug=true"_s);
         // An application that shows what it is told may use the library to do so.
@@ -142,51 +142,46 @@ private Q_SLOTS:
         QCOMPARE(warned(u"made without a context"_s), everybody);
         QCOMPARE(warned(u"there is no context"_s), requests);
 
-        m_desk->heldBack = QStringList{u"permission"_s, u"requestUserAvatar"_s};
+        m_service->heldBack = QStringList{u"permission"_s, u"requestUserAvatar"_s};
         m_context = std::make_unique<Context>(m_uuid);
         auto own = std::make_unique<Context>(m_uuid);
         Objects early(own.get());
-        QVERIFY(m_desk->settle());
+        QVERIFY(m_service->settle());
         QCOMPARE(shown(*own),
                  u"registrationState=Unknown accessAllowed=false ready=false zelSetup=false platformVersion=200"_s);
         QCOMPARE(early.working(), nobody);
         QCOMPARE(warned(u"made before access was allowed"_s),
                  QStringList({u"ApplicationPermissions"_s, u"ContactService"_s, u"UserProfile"_s}));
         QCOMPARE(warned(u"the service has not said yet"_s), requests);
-        QCOMPARE(m_desk->written(), QByteArrayList());
-        m_desk->tell(u"listAdd"_s, u"global"_s,
-                     R"({"name":"permission","value":{"registrationState":"Success","zelSetup":true}})");
-        QVERIFY(m_desk->nextMessage().contains("requestUserAvatar"));
+        QCOMPARE(m_service->written(), QByteArrayList());
+        m_service->tell(u"listAdd"_s, u"global"_s,
+                        R"({"name":"permission","value":{"registrationState":"Success","zelSetup":true}})");
+        QVERIFY(m_service->hears("requestUserAvatar"));
         Objects hasty(own.get());
         QCOMPARE(warned(u"made before the context was ready"_s), QStringList{u"UserProfile"_s});
-        m_desk->tellStream(u"first"_s, "bytes");
+        m_service->tellStream(u"first"_s, "bytes");
         ready();
         QCOMPARE(early.working(), QStringList({u"ProfileBox"_s, u"Utils"_s}));
         QCOMPARE(warned(u"made before access was allowed, it refuses"_s).size(), 5);
 
         Objects timely(own.get());
         QCOMPARE(timely.working(), everybody);
-        m_desk->changeState(u"TemporaryError"_s);
-        QVERIFY(m_desk->settle());
-        m_desk->written();
+        m_service->changeState(u"TemporaryError"_s);
+        QVERIFY(m_service->settle());
+        m_service->written();
         QCOMPARE(timely.working(), nobody);
         QCOMPARE(warned(u"access is not allowed, the registration state is TemporaryError"_s), requests);
-        QCOMPARE(m_desk->written(), QByteArrayList());
-        m_desk->changeState(u"Success"_s);
-        QVERIFY(m_desk->settle());
+        QCOMPARE(m_service->written(), QByteArrayList());
+        m_service->changeState(u"Success"_s);
+        QVERIFY(m_service->settle());
         QCOMPARE(timely.working(), everybody);
-        own.reset();
-        QCOMPARE(timely.working(), nobody);
-    }
-
-    void followsThePermissions()
-    {
-        ApplicationPermissions permissions(ready());
-        QCOMPARE(answersOf(permissions), u"Allowed Allowed"_s);
-        m_desk->changePermission(R"({"zelInvites":false})");
-        QVERIFY(m_desk->settle());
+        const ApplicationPermissions permissions(own.get());
+        m_service->changePermission(R"({"showAppBox":true,"zelInvites":false})");
+        QVERIFY(m_service->settle());
         QCOMPARE(answersOf(permissions), u"Allowed Denied"_s);
         QCOMPARE(permissions.permissionValue(static_cast<Permission::Type>(3)), PermissionValue::Denied); // is none
+        own.reset();
+        QCOMPARE(timely.working(), nobody);
     }
 
 private:

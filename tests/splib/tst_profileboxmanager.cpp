@@ -78,6 +78,8 @@ struct BoxStage : Stage
                     boost::make_optional(words.size() > 3, words.value(3).toInt()), words.value(2))
                     ? u"taken"_s
                     : u"refused"_s);
+        else if (what == u"drop")
+            manager.removeProfileBoxItem(words[0]);
         else if (what == u"wanted")
             pipe->inject("{'requestNewProfileBoxImage':{'streamId':'s','imageId':'@'}}", {words[0].toUtf8()});
         else if (what == u"get")
@@ -148,6 +150,7 @@ void TstProfileBoxManager::tellsItsStory_data()
     )",
         {});
     row("items that come and go", R"(
+        drop i1               -> requestListRemove i1 profileBoxItem
         add items i2=b i1=a2  -> item added i2 b
         change items i2=c
         show                  -> i1=a2 i2=c 7=h7
