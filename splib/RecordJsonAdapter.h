@@ -15,7 +15,7 @@ namespace zelsplib {
 /// Converts records whose key is one text member, which stands in the record and alone is what names it. What is left
 /// to say is how a record is read, and which members it has.
 ///
-/// @tparam key the member, or the member function, that holds the key
+/// @tparam key the member or function that answers the key of a record
 template <typename Record, auto key>
 class RecordJsonAdapter : public zel::JsonAdapter<Record, QString>
 {
@@ -40,13 +40,14 @@ public:
     }
     void idToIdJson(const QString& id, const QSharedPointer<zel::JsonWriter>& writer) override
     {
-        writer->addAttribute(QLatin1String(m_keyMember), id);
+        writer->addAttribute(m_keyName, id);
     }
 
 protected:
     /// `keyMember` is a literal.
     explicit RecordJsonAdapter(const char* keyMember)
         : m_keyMember(keyMember)
+        , m_keyName(QLatin1String(keyMember))
     {
     }
 
@@ -56,6 +57,7 @@ private:
     virtual void writeMembers(const Record& record, zel::JsonWriter& object) const = 0;
 
     const char* const m_keyMember;
+    const QString m_keyName; ///< the same, made once for the thousands of keys that are written
 };
 
 } // namespace zelsplib

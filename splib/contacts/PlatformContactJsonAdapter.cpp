@@ -3,43 +3,7 @@
 
 #include <splib/contacts/PlatformContactFields.h>
 
-#include <zel/JsonWriter.h>
-
-using namespace Qt::StringLiterals;
-
 namespace zelsplib {
-
-PlatformContact PlatformContactJsonAdapter::jsonToElement(iface::JsonObjectReader json, const PlatformContact& base)
-{
-    PlatformContact contact = base;
-    contact.load(json);
-    return contact;
-}
-
-void PlatformContactJsonAdapter::elementToJson(const PlatformContact& contact,
-                                               const QSharedPointer<zel::JsonWriter>& writer)
-{
-    const auto object = writer->addChild({}, zel::JsonWriter::Object);
-    if (object)
-        writeContactMembers(contact, *object, false);
-}
-
-QString PlatformContactJsonAdapter::elementToId(const PlatformContact& contact)
-{
-    return contact.getUri();
-}
-
-QString PlatformContactJsonAdapter::idJsonToId(iface::JsonObjectReader json)
-{
-    QString id;
-    json.readString("userId", id);
-    return id;
-}
-
-void PlatformContactJsonAdapter::idToIdJson(const QString& id, const QSharedPointer<zel::JsonWriter>& writer)
-{
-    writer->addAttribute(u"userId"_s, id);
-}
 
 void writeContactMembers(const PlatformContact& contact, zel::JsonWriter& object, bool markedOnly)
 {

@@ -1,22 +1,32 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <zel/JsonAdapter.h>
+#include <splib/JsonFields.h>
+#include <splib/RecordJsonAdapter.h>
 
-#include <QtCore/QString>
+#include <functional>
 
 namespace zelsplib {
 
 /// Converts the user ids that the contact list is made of: on the wire an id is an object whose only member is
 /// "userId", and an id is its own key.
-class PlatformUserJsonAdapter : public zel::JsonAdapter<QString, QString>
+class PlatformUserJsonAdapter : public RecordJsonAdapter<QString, std::identity{}>
 {
 public:
-    QString jsonToElement(iface::JsonObjectReader json, const QString& base) override;
-    void elementToJson(const QString& userId, const QSharedPointer<zel::JsonWriter>& writer) override;
-    QString elementToId(const QString& userId) override;
-    QString idJsonToId(iface::JsonObjectReader json) override;
-    void idToIdJson(const QString& userId, const QSharedPointer<zel::JsonWriter>& writer) override;
+    PlatformUserJsonAdapter()
+        : RecordJsonAdapter("userId")
+    {
+    }
+
+private:
+    void load(QString& userId, const iface::JsonObjectReader& json) const override
+    {
+        json.readFields("userId", userId);
+    }
+    void writeMembers(const QString& userId, zel::JsonWriter& object) const override
+    {
+        writeFields(object, "userId", userId);
+    }
 };
 
 } // namespace zelsplib
