@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/globals/PermissionJsonAdapter.h>
 
-using namespace Qt::StringLiterals;
+#include <splib/JsonFields.h>
 
 namespace zelsplib {
 
@@ -16,10 +16,8 @@ PlatformPermissions PermissionJsonAdapter::fromJson(const iface::JsonObjectReade
 
 void PermissionJsonAdapter::toJson(const PlatformPermissions& permissions, zel::JsonWriter& object)
 {
-    object.addAttribute(u"showAppBox"_s, permissions.showAppBox);
-    object.addAttribute(u"zelInvites"_s, permissions.zelInvites);
-    object.addAttribute(u"registrationState"_s, permissions.registrationState);
-    object.addAttribute(u"zelSetup"_s, permissions.zelSetup);
+    writeFields(object, "showAppBox", permissions.showAppBox, "zelInvites", permissions.zelInvites, "registrationState",
+                permissions.registrationState, "zelSetup", permissions.zelSetup);
 }
 
 } // namespace zelsplib

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <splib/JsonFields.h>
 #include <splib/RecordJsonAdapter.h>
 #include <splib/profilebox/ProfileBoxImage.h>
 #include <splib/profilebox/ProfileBoxItem.h>
@@ -20,10 +21,8 @@ private:
     void load(ProfileBoxItem& item, const iface::JsonObjectReader& json) const override { item.load(json); }
     void writeMembers(const ProfileBoxItem& item, zel::JsonWriter& object) const override
     {
-        object.addAttribute(QStringLiteral("itemId"), item.getItemId());
-        object.addAttribute(QStringLiteral("imageId"), item.getImageId());
-        object.addAttribute(QStringLiteral("text"), item.getText());
-        object.addAttribute(QStringLiteral("cookie"), item.getCookie());
+        writeFields(object, "itemId", item.getItemId(), "imageId", item.getImageId(), "text", item.getText(), "cookie",
+                    item.getCookie());
     }
 };
 
@@ -40,8 +39,7 @@ private:
     void load(ProfileBoxImage& image, const iface::JsonObjectReader& json) const override { image.load(json); }
     void writeMembers(const ProfileBoxImage& image, zel::JsonWriter& object) const override
     {
-        object.addAttribute(QStringLiteral("imageId"), image.getImageId());
-        object.addAttribute(QStringLiteral("imageHash"), image.getImageHash());
+        writeFields(object, "imageId", image.getImageId(), "imageHash", image.getImageHash());
     }
 };
 
