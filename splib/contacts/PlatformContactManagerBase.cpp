@@ -56,7 +56,7 @@ struct PlatformContactManagerBase::Private
     Private(PlatformContactManagerBase* manager, const QSharedPointer<zel::JsonStream>& jsonStream)
         : stream(jsonStream)
         , avatarRequests(jsonStream, [manager](const QString& userId, const QString& streamId) {
-            manager->sendRequest(streamId, userId);
+            manager->sendRequest(userId, streamId);
         })
     {
     }
@@ -279,7 +279,7 @@ void PlatformContactManagerBase::requestAvatar(const QString& streamId, const QS
 }
 
 /// Also for what has had no answer, by when the contact may have another picture.
-void PlatformContactManagerBase::sendRequest(const QString& streamId, const QString& userId)
+void PlatformContactManagerBase::sendRequest(const QString& userId, const QString& streamId)
 {
     const PlatformContact contact = getContact(userId);
     if (contact.isInitialized() && contact.getAvatarId() != streamId)

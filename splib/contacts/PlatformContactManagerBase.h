@@ -93,7 +93,7 @@ private:
     void aboutToChange(ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper,
                        const QList<PlatformContact>& before, const QList<PlatformContact>& after);
     void followAvatar(const PlatformContact& before, const PlatformContact& after);
-    void sendRequest(const QString& streamId, const QString& userId);
+    void sendRequest(const QString& userId, const QString& streamId);
     void streamDataAvailable(const QString& streamId, const QVariant& data);
     void connInvitationReceivedCallback(QObject* sender, const iface::JsonReaderAttribute& message);
     void invitationReceived(const QString& userId);
