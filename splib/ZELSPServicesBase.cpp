@@ -2,6 +2,7 @@
 #include <splib/ZELSPServicesBase.h>
 
 #include <splib/contacts/PlatformContactManagerBase.h>
+#include <splib/globals/GlobalNames.h>
 #include <splib/globals/GlobalsManagerBase.h>
 #include <splib/log/Logging.h>
 #include <splib/profilebox/ProfileBoxManagerBase.h>
@@ -20,8 +21,6 @@ namespace {
 // The application object keeps references to both.
 int noArgumentCount = 0;
 char* noArguments[] = {nullptr};
-
-const QString success = u"Success"_s;
 
 constexpr std::array<QStringView, 6> statesThatAllowToRegister{
     u"Unregistered", u"NoDataConnection", u"UnexpectedError", u"InvalidUuid", u"TemporaryError", u"CancelledByUser"};
@@ -60,7 +59,7 @@ bool ZELSPServicesBase::canRegister() const
 
 bool ZELSPServicesBase::isReady() const
 {
-    return m_successPushed && !m_successOwed && globalsManager()->getAccessCode() == success;
+    return m_successPushed && !m_successOwed && isSuccessSaid();
 }
 
 void ZELSPServicesBase::registered()
@@ -124,7 +123,12 @@ void ZELSPServicesBase::prv_pushRegistarationSuccess(const QString& trigger)
 bool ZELSPServicesBase::mayTellSuccess() const
 {
     return m_successOwed && m_userProfileReady && prv_profileBoxIsReady() && m_userProfileAvatarReady &&
-           globalsManager()->getAccessCode() == success;
+           isSuccessSaid();
+}
+
+bool ZELSPServicesBase::isSuccessSaid() const
+{
+    return globalsManager()->getAccessCode() == globalnames::success();
 }
 
 void ZELSPServicesBase::pushSuccess()
@@ -134,9 +138,9 @@ void ZELSPServicesBase::pushSuccess()
     m_successPushed = true;
     // Two events: what a slot of the first throws does not keep the second from being told.
     m_events.post([this] {
-        m_successOwed = globalsManager()->getAccessCode() != success; // slots of earlier events may have taken long
+        m_successOwed = !isSuccessSaid(); // slots of earlier events may have taken long
         if (!m_successOwed)
-            globalsManager()->pushRegistrationEvent(success);
+            globalsManager()->pushRegistrationEvent(globalnames::success());
     });
     // Contacts that became ready meanwhile, in an event loop of the application's own, were told to whoever listened
     // by then: again only if somebody has come since.

@@ -64,6 +64,8 @@ private:
     // The letters of this name are what they are; its log line spells the word right.
     void prv_pushRegistarationSuccess(const QString& trigger);
     bool mayTellSuccess() const;
+    /// Whether success is what the service said last.
+    bool isSuccessSaid() const;
     void pushSuccess();
     void pushContactList();
 

@@ -3,7 +3,7 @@
 
 #include <QtCore/QString>
 
-/// The names in the "global" list that the library knows.
+/// The service's words that the library knows: names in the "global" list, and how it says that something went well.
 namespace zelsplib::globalnames {
 
 inline QString permission()
@@ -13,6 +13,11 @@ inline QString permission()
 inline QString platformProfile()
 {
     return QStringLiteral("platformProfile");
+}
+
+inline QString success()
+{
+    return QStringLiteral("Success");
 }
 
 } // namespace zelsplib::globalnames

@@ -17,7 +17,6 @@
 #include <iface/ObserverFunctorAdapter.h>
 
 #include <QtCore/QMetaObject>
-#include <QtCore/QStringView>
 
 #include <functional>
 #include <utility>
@@ -27,12 +26,6 @@ using namespace Qt::StringLiterals;
 namespace zelsplib {
 
 using namespace logging;
-
-namespace {
-
-constexpr QStringView success(u"Success");
-
-} // namespace
 
 struct GlobalsManagerBase::Private
 {
@@ -75,7 +68,7 @@ struct GlobalsManagerBase::Private
     }
 
     /// An answer that tells the state as it was is heard by nobody who follows the list.
-    void heedAnswer(const iface::JsonObjectReader& listChunk)
+    void handleListChunk(const iface::JsonObjectReader& listChunk)
     {
         QString type;
         QString id;
@@ -87,7 +80,7 @@ struct GlobalsManagerBase::Private
             QString name;
             elements[i].object().readString("name", name);
             if (name == globalnames::permission())
-                registration.heedAnswer();
+                registration.handleAnswer();
         }
     }
 
@@ -138,8 +131,9 @@ GlobalsManagerBase::GlobalsManagerBase(QSharedPointer<zel::ListApiMultiplexer> l
     pipe->addListener(this, u"profileChangeResponse"_s, [this](QObject* sender, iface::JsonReaderAttribute message) {
         profileChangeResponseCallback(sender, message);
     });
-    pipe->addListener(this, u"listChunk"_s,
-                      [this](QObject*, const iface::JsonReaderAttribute& message) { d->heedAnswer(message.object()); });
+    pipe->addListener(this, u"listChunk"_s, [this](QObject*, const iface::JsonReaderAttribute& message) {
+        d->handleListChunk(message.object());
+    });
 }
 
 GlobalsManagerBase::~GlobalsManagerBase() = default;
@@ -154,7 +148,7 @@ void GlobalsManagerBase::init()
 void GlobalsManagerBase::sendRegistration(const QString& uuid, bool silent)
 {
     const QString state = getAccessCode();
-    if (state == success) {
+    if (state == globalnames::success()) {
         pushPermissionEvent(state);
         return;
     }
@@ -219,7 +213,7 @@ void GlobalsManagerBase::postAvatar(const QByteArray& data)
 
 void GlobalsManagerBase::avatarRequested(const QString& streamId)
 {
-    d->ownPicture.takeRequest(streamId);
+    d->ownPicture.handleRequest(streamId);
 }
 
 void GlobalsManagerBase::pushRegistrationEvent(const QString& state)
@@ -234,9 +228,9 @@ void GlobalsManagerBase::permissionCallback()
     const QString state = permissions.registrationState;
     if (state == before.registrationState)
         return;
-    d->registration.heed(state);
+    d->registration.handleState(state);
     // The application hears of its success later, from the facade, when all that belongs to it is there.
-    if (state == success)
+    if (state == globalnames::success())
         d->events.post([this] { d->registrationHandler->registered(); });
     else
         d->events.post([this, state] { pushPermissionEvent(state); });
@@ -284,15 +278,15 @@ void GlobalsManagerBase::requestUserAvatarCallback(QObject*, iface::JsonReaderAt
 void GlobalsManagerBase::profileChangeResponseCallback(QObject*, iface::JsonReaderAttribute message)
 {
     QString status;
-    const bool isRefused = message.object().readString("status", status) && status != success;
-    d->ownPicture.takeResponse(isRefused, d->profile.getAvatarId());
+    const bool isRefused = message.object().readString("status", status) && status != globalnames::success();
+    d->ownPicture.handleResponse(isRefused, d->profile.getAvatarId());
     d->events.deliver();
 }
 
 void GlobalsManagerBase::streamDataAvailable(const QString& streamId, const QVariant& data)
 {
     const QByteArray picture = data.toByteArray();
-    if (!d->ownPicture.takeData(streamId, picture))
+    if (!d->ownPicture.handleData(streamId, picture))
         return;
     Log<ZELSP_AVATAR_RECEIVED>({}, d->profile.getUri(), streamId, static_cast<unsigned>(picture.size()));
     d->events.deliver();

@@ -67,7 +67,7 @@ void OwnPicture::request(const QString& avatarId)
     m_requests.request(ownPicture, avatarId);
 }
 
-void OwnPicture::takeResponse(bool isRefused, const QString& avatarId)
+void OwnPicture::handleResponse(bool isRefused, const QString& avatarId)
 {
     if (!isPending())
         return;
@@ -81,7 +81,7 @@ void OwnPicture::takeResponse(bool isRefused, const QString& avatarId)
     }
 }
 
-void OwnPicture::takeRequest(const QString& streamId)
+void OwnPicture::handleRequest(const QString& streamId)
 {
     const Avatar* offered = m_offered.constData();
     if (streamId.isEmpty())
@@ -95,7 +95,7 @@ void OwnPicture::takeRequest(const QString& streamId)
     }
 }
 
-bool OwnPicture::takeData(const QString& streamId, const QByteArray& data)
+bool OwnPicture::handleData(const QString& streamId, const QByteArray& data)
 {
     const bool isRequested = !m_requests.take(streamId, data).isEmpty();
     const bool isAnnounced =

@@ -48,11 +48,11 @@ public:
     /// Asks for the bytes of the picture that the profile names, and again until they come.
     void request(const QString& avatarId);
     /// The service has answered a change of the profile, which names the picture `avatarId`.
-    void takeResponse(bool isRefused, const QString& avatarId);
+    void handleResponse(bool isRefused, const QString& avatarId);
     /// The service wants the own picture on the stream, or will send it there.
-    void takeRequest(const QString& streamId);
+    void handleRequest(const QString& streamId);
     /// False when the bytes are not the own picture's.
-    bool takeData(const QString& streamId, const QByteArray& data);
+    bool handleData(const QString& streamId, const QByteArray& data);
 
 private:
     bool isPending() const { return m_offerRetry.isActive(); }

@@ -28,7 +28,7 @@ void RegistrationRequest::send()
     m_actions.send(m_uuid, m_silent);
 }
 
-void RegistrationRequest::heed(const QString& state)
+void RegistrationRequest::handleState(const QString& state)
 {
     m_isPending = state == "Pending"_L1;
     if (!m_isPending)
@@ -37,7 +37,7 @@ void RegistrationRequest::heed(const QString& state)
         m_retry.start();
 }
 
-void RegistrationRequest::heedAnswer()
+void RegistrationRequest::handleAnswer()
 {
     if (m_known == Known::Asked)
         m_known = Known::NothingNew;

@@ -30,9 +30,9 @@ public:
 
     void begin(const QString& uuid, bool silent);
     /// The service has told another state than before.
-    void heed(const QString& state);
-    /// The service has said how the registration stands: another state is heeded before.
-    void heedAnswer();
+    void handleState(const QString& state);
+    /// The service has said how the registration stands: another state goes to handleState() first.
+    void handleAnswer();
 
 private:
     /// How the registration stands since the request went out.

@@ -59,7 +59,7 @@ void BoxIcons::start(QObject* owner, const QSharedPointer<zel::ListApiMultiplexe
             listIsSentAnew();
     });
     m_data = std::make_unique<zel::JsonStreamFunctorAdapter>(
-        m_stream, [this](const QString& id, const QVariant& data) { take(id, data.toByteArray()); });
+        m_stream, [this](const QString& id, const QVariant& data) { handleData(id, data.toByteArray()); });
 }
 
 // --- Listed -----------------------------------------------------------------------------------------------------
@@ -155,7 +155,7 @@ void BoxIcons::sendRetrieval(const QString& imageId, const QString& streamId) co
     m_stream->pipe()->send(makeRequest("requestProfileBoxImage", "streamId", streamId, "imageId", imageId));
 }
 
-void BoxIcons::take(const QString& streamId, const QByteArray& bytes)
+void BoxIcons::handleData(const QString& streamId, const QByteArray& bytes)
 {
     if (m_retrievals.waiting(streamId).isEmpty())
         return;

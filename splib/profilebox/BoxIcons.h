@@ -57,7 +57,7 @@ private:
     void sendRetrieval(const QString& imageId, const QString& streamId) const;
     void sendBytes(const QString& imageId, const QString& streamId);
     void listIsSentAnew();
-    void take(const QString& streamId, const QByteArray& bytes);
+    void handleData(const QString& streamId, const QByteArray& bytes);
     QString retrievalOf(const QString& streamId, const QString& hash) const;
 
     const QSharedPointer<zel::JsonStream> m_stream;
