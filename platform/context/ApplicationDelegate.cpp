@@ -47,19 +47,10 @@ RegistrationState::Type ApplicationDelegate::registrationAccessState() const
     return HelperUtils::registrationStateFromString(m_services->globals()->getAccessCode());
 }
 
-bool ApplicationDelegate::isZelSetup() const
+/// All denied without a service.
+zelsplib::PlatformPermissions ApplicationDelegate::permissions() const
 {
-    return m_services->isInitialized() && m_services->globals()->getPermissions().zelSetup;
-}
-
-bool ApplicationDelegate::zelInvitationsAllowed() const
-{
-    return m_services->isInitialized() && m_services->globals()->getPermissions().zelInvites;
-}
-
-bool ApplicationDelegate::isProfileBoxAllowed() const
-{
-    return m_services->isInitialized() && m_services->globals()->getPermissions().showAppBox;
+    return m_services->isInitialized() ? m_services->globals()->getPermissions() : zelsplib::PlatformPermissions();
 }
 
 } // namespace vx::platform::zel

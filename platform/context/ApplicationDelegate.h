@@ -29,14 +29,16 @@ public:
     RegistrationState::Type toldState() const { return m_toldState; }
     RegistrationState::Type registrationAccessState() const;
     bool isReady() const { return m_services->isReady(); }
-    bool isZelSetup() const;
-    bool zelInvitationsAllowed() const;
-    bool isProfileBoxAllowed() const;
+    bool isZelSetup() const { return permissions().zelSetup; }
+    bool zelInvitationsAllowed() const { return permissions().zelInvites; }
+    bool isProfileBoxAllowed() const { return permissions().showAppBox; }
 
 Q_SIGNALS:
     void registrationEventReceived(vx::platform::zel::RegistrationState::Type state);
 
 private:
+    zelsplib::PlatformPermissions permissions() const;
+
     Services* const m_services;
     RegistrationState::Type m_toldState = RegistrationState::Unknown;
     QUuid m_requestedUuid;
