@@ -55,12 +55,30 @@ private Q_SLOTS:
             QVERIFY2(taken(wrong).startsWith("refused: "_L1), wrong);
     }
 
-    void isCompletedInBash()
+    void isDescribedAndCompletedInBash()
     {
         const zeltools::Manual manual{
             .program = u"try-it"_s,
-            .options = {{u"--all"_s, {}}, {u"--root DIR"_s, {}}, {u"--with[=FILE]"_s, {}}, {u"--hue dark|light"_s, {}}},
-            .commands = {{u"set on|off TEXT"_s, {}}, {u"show ID [--big] [-o FILE]"_s, {}}}};
+            .synopsis = u"[-x] WHAT"_s,
+            .purpose = u"tries it"_s,
+            .more = u"'Tis \\."_s,
+            .options = {{u"--all"_s, u"all"_s},
+                        {u"--root DIR"_s, u".rc"_s},
+                        {u"--with[=FILE]"_s, {}},
+                        {u"--hue dark|light"_s, {}}},
+            .commands = {{u"set on|off TEXT"_s, u"sets"_s}, {u"show ID [--big] [-o FILE]"_s, {}}},
+            .ending = u"Twice\nover"_s};
+        QCOMPARE(manual.help(),
+                 u"Usage: try-it [-x] WHAT\n\nTries it.\n'Tis \\.\n\n"
+                 "  --all             all\n  --root DIR        .rc\n  --with[=FILE]     \n  --hue dark|light  \n\n"
+                 "Commands:\n  set on|off TEXT            sets\n  show ID [--big] [-o FILE]  \n\nTwice\nover\n"_s);
+        QCOMPARE(manual.page(u"2.0"_s),
+                 u".TH TRY\\-IT 1 \"\" \"2.0\" \"User Commands\"\n.SH NAME\ntry\\-it \\- tries it\n"
+                 ".SH SYNOPSIS\n.B try\\-it\n[\\-x] WHAT\n.SH DESCRIPTION\nTries it.\n\\&'Tis \\e.\n"
+                 ".SH OPTIONS\n.TP\n.B \\-\\-all\nall\n.TP\n.B \\-\\-root DIR\n\\&.rc\n"
+                 ".TP\n.B \\-\\-with[=FILE]\n\n.TP\n.B \\-\\-hue dark|light\n\n"
+                 ".SH COMMANDS\n.TP\n.B set on|off TEXT\nsets\n.TP\n.B show ID [\\-\\-big] [\\-o FILE]\n\n"
+                 ".SH NOTES\n.PP\nTwice\n.PP\nover\n"_s);
         const std::pair<const char*, const char*> rows[] = {{"''", "--all --root --with= --hue help set show"},
                                                             {"--hue d", "dark"},
                                                             {"--hue = ''", "dark light"},
@@ -92,23 +110,53 @@ private Q_SLOTS:
         QCOMPARE(QString::fromUtf8(toJson(Record().add(u"t"_s, lone))), u"{\"t\":\"a\ufffdb\ufffd🐱\ufffd\"}"_s);
     }
 
+    void guessesWhatWasMeant()
+    {
+        for (const char* row : {"tsate state", "boxx-adds box-add", "hlp help", "contct contact", "boxx-addss "}) {
+            const QStringList words = QString::fromLatin1(row).split(u' ');
+            QCOMPARE(unknownCommand(words.first()).section(u'\'', 3, 3), words.last());
+        }
+    }
+
     void printsForPeopleInAnyScript()
     {
-        QCOMPARE(columnsOf(u"e\u0301🐱"_s), 3);
-        QCOMPARE(zeltools::printable(u"a\nb\x1b[31mc\u009b\u202e"_s), u"a\\nb\\u001b[31mc\\u009b\\u202e"_s);
+        QCOMPARE(columnsOf(u"e\u0301\u20dd\u200d🐱"_s), 3);
+        // The ends of what is wide, and one within that is not.
+        const std::u32string ends =
+            U"\u1100\u115f\u2e80\ua4cf\uac00\ud7a3\uf900\ufaff\ufe30\ufe6f\uff00\uff60\uffe0\uffe6"
+            "\U0001f300\U0001f64f\U0001f680\U0001f6ff\U0001f900\U0001f9ff\U00020000\U0003fffd\u303f";
+        QCOMPARE(columnsOf(QString::fromStdU32String(ends)), 2 * qsizetype(ends.size()) - 1);
+        QCOMPARE(zeltools::printable(u"a\nb\x1b[31mc\u007f\u009f\u202e\u2066"_s),
+                 u"a\\nb\\u001b[31mc\\u007f\\u009f\\u202e\\u2066"_s);
         char* text = nullptr;
         std::size_t size = 0;
         std::FILE* const stream = open_memstream(&text, &size);
         Output output(Output::Format::People, stream);
-        const QList<Record> contacts{Record().add(u"displayName"_s, u"王小明"_s).add(u"n"_s, 1),
-                                     Record().add(u"displayName"_s, u"José"_s).add(u"n"_s, 2)};
-        output.answer(u"contacts"_s, Record().add(u"contacts"_s, QVariant::fromValue(contacts)));
-        output.signal(Record().add(u"source"_s, u"Context"_s).add(u"signal"_s, u"updated"_s).add(u"a"_s, u"1\n2"_s));
+        const auto person = [](const QString& name, int n) {
+            return Record().add(u"displayName"_s, name).add(u"ppId"_s, u"p"_s).add(u"n"_s, n);
+        };
+        const QList<Record> contacts{person(u"王小明"_s, 1), person(u"José"_s, 2), person(u""_s, 3)};
+        Record answer = Record().add(u"isValid"_s, true).add(u"contacts"_s, QVariant::fromValue(contacts));
+        output.answer(u"contacts"_s, answer.add(u"n"_s, QVariantList{1, 2}));
+        output.request(u"box-add"_s, true);
+        output.ready(Record().add(u"registrationState"_s, u"Allowed"_s));
+        output.request(u"box-add"_s, false);
+        output.error(u"a\x1b"_s);
+        output.showAll();
+        output.answer(u"contact"_s, answer.add(u"contact"_s, QVariant::fromValue(contacts.first())));
+        const Record updated = Record().add(u"source"_s, u"Context"_s).add(u"signal"_s, u"updated"_s);
+        output.signal(updated);
+        output.signal(Record(updated).add(u"a"_s, u"1\n2"_s).add(u"b"_s, 3));
         std::fclose(stream);
         const QString printed = QString::fromUtf8(text);
         std::free(text);
-        QCOMPARE(printed, u"display name  n\n王小明        1\nJosé          2\n"
-                          "Context         updated                   a=\"1\\n2\"\n"_s);
+        QCOMPARE(printed,
+                 u"is valid  yes\ndisplay name  n\n王小明        1\nJosé          2\n              3\nn         1, 2\n"
+                 "ok\nReady, the registration state is Allowed. 'help' lists the commands.\nbox-add: refused\n"
+                 "error: a\\u001b\ncontact:\nis valid  yes\ndisplay name  pp id  n\n王小明        p      1\n"
+                 "José          p      2\n              p      3\nn         1, 2\n"
+                 "display name  王小明\npp id         p\nn             1\nContext         updated\n"
+                 "Context         updated                   a=\"1\\n2\"  b=3\n"_s);
     }
 
 private:
