@@ -139,6 +139,28 @@ private Q_SLOTS:
         QVERIFY(m_desk->service()->execute(u"back"_s) && !m_desk->service()->isAway());
     }
 
+    void whatAWindowShowsIsToldWhoeverChangesIt()
+    {
+        m_desk->contact()->setUserId(m_desk->contacts()->add(u"Anna"_s));
+        const Service* const service = m_desk->service();
+        const std::tuple<const char*, const QObject*, const char*> rows[] = {
+            {"away", service, SIGNAL(awayChanged())},
+            {"back", service, SIGNAL(awayChanged())},
+            {"permission zelInvites off", service, SIGNAL(permissionsChanged())},
+            {"state Expired", service, SIGNAL(registrationChanged())},
+            {"profile displayName Robin", m_desk->user(), SIGNAL(changed())},
+            {"contact change anna displayName=An", m_desk->contact(), SIGNAL(changed())},
+            {"box icon 4 100", m_desk->box(), SIGNAL(iconsChanged())},
+            {"reset", service, SIGNAL(permissionsChanged())},
+            {"reset", m_desk->box(), SIGNAL(iconsChanged())},
+            {"reset", m_desk->contact(), SIGNAL(changed())},
+            {"reset", m_desk->timeline(), SIGNAL(scenarioChanged())}};
+        for (const auto& [line, object, signal] : rows) {
+            const QSignalSpy told(object, signal);
+            QVERIFY2(m_simulator->execute(QString::fromLatin1(line)) && !told.isEmpty(), line);
+        }
+    }
+
     void theTimelineGoesStepByStep()
     {
         Timeline& timeline = *m_desk->timeline();
@@ -258,7 +280,7 @@ private Q_SLOTS:
              u"{\n  \"stream\": \"%1…\" (%2 characters)\n}"_s.arg(QString(59, u'A')).arg(1000)},
             {"@platform\ndat:json:{\"li", u"not a message"_s, u"{\n  \"li"_s}, // cut in a text
             {"dat:json:{\"a\":\"\\", u"a"_s, u"{\n  \"a\": \"\\"_s},           // cut behind a backslash
-            {"dat:json:}]", u"not a message"_s, u"\n}\n]"_s},
+            {"dat:json:}][", u"not a message"_s, u"\n}\n][\n  "_s},
             {"", u"not a message"_s, {}},
         };
         for (const auto& [record, type, pretty] : rows) {

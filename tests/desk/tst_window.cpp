@@ -91,6 +91,8 @@ private Q_SLOTS:
     {
         const QTemporaryDir folder;
         const QString picture = folder.filePath(u"desk.png"_s);
+        for (const char* screen : {"QT_QPA_PLATFORM", "QT_QUICK_BACKEND", "DISPLAY", "WAYLAND_DISPLAY"})
+            qunsetenv(screen); // it needs none
         QProcess program;
         program.start(QStringLiteral(ZELCORE_DESK),
                       {u"--root"_s, folder.filePath(u"root"_s), u"--scenario"_s, u"first-steps"_s, u"--paused"_s,
