@@ -200,7 +200,7 @@ private Q_SLOTS:
     {
         for (const QByteArray keys : {"rate 0\r", "\033[A\033[A\r"}) {
             startSimulator();
-            QVERIFY(types(keys, {"zelcore-sim> rate 0", "zelcore-sim> "}));
+            QVERIFY(types(keys + "  \r", {"zelcore-sim> rate 0", "zelcore-sim>   ", "zelcore-sim> "}));
             QVERIFY(types("quit\r", {"zelcore-sim> quit", "status 0", ""}));
         }
         const QFileInfo history(m_folder->filePath(u"zelplatform/zelcore-sim-history"_s));
@@ -210,6 +210,7 @@ private Q_SLOTS:
     void completesCommandsAndGoesOnAfterEscapeAlone()
     {
         startZelctl();
+        QVERIFY(types("eco-status ''\r", {"s ready, as whenReady() tells", "eco-status: refused", "zelctl> "}));
         QVERIFY(types("sta\t", {"zelctl> state "}));
         QVERIFY(types("\025ic\t\t", {"icon-get  icon-register", "zelctl> icon-"}));
         QVERIFY(m_terminal->type("\033"));
