@@ -86,6 +86,8 @@ public:
                             observe(anyNode());
                     }
                 });
+            else if (any(0, 4) == 0)
+                giveAgain();
             else
                 edit();
             check(!m_hasThrown, u"an exception was lost"_s);
@@ -395,6 +397,16 @@ private:
                 m_withheld.removeIf([&](int key) { return changes.contains(key); });
             map->set(changes);
         }
+    }
+
+    /// Whoever reads before the map says so knows it already, and others do not.
+    void giveAgain()
+    {
+        const int key = any(0, Keys - 1);
+        m_withheld.remove(key);
+        readAll(anyNode().list);
+        ++m_state;
+        m_moody->set({{key, any(0, 1) ? any(0, Keys - 1) : m_moody->contents.value(key)}});
     }
 
     void listenTo(Node& node)

@@ -4,6 +4,7 @@
 #include <common/FailingAllocations.h>
 
 #include <QtCore/QRegularExpression>
+#include <QtCore/QThread>
 
 #include <iterator>
 #include <stdexcept>
@@ -355,42 +356,15 @@ private Q_SLOTS:
         QVERIFY(!read);
     }
 
-    void stayAsTheyWereWhenTheMapThrows()
-    {
-        Desk desk({1, 2});
-        int bad = 2;
-        desk.map->whenAsked = [&](int key) {
-            if (key == bad)
-                throw std::runtime_error("no");
-        };
-        QVERIFY_THROWS_EXCEPTION(std::runtime_error, desk.list.toList());
-        bad = 1;
-        QCOMPARE(desk.list.toList(), desk.expected());
-        QVERIFY_THROWS_EXCEPTION(std::runtime_error, desk.map->set({{1, u"one"_s}}));
-        QCOMPARE(desk.list[0], u"1"_s);
-        bad = 0;
-        desk.map->set({{1, u"uno"_s}});
-        QCOMPARE(desk.takeUpdated(), Items{0});
-    }
-
-    void tellOfWhatCouldNotBeReadOnceItCan()
+    // What becomes of the items random graphs tell.
+    void passOnWhatTheMapThrows()
     {
         const Desk desk({1});
-        const auto some = FilteredObservableList<QString>::create(desk.list, [](const QString&) { return true; });
-        const ObservableList<QString> copy(new CachedObservableList<QString>(desk.list));
-        desk.map->whenAsked = [](int key) {
-            if (key == 2)
-                throw std::runtime_error("no");
-        };
-        QVERIFY_THROWS_EXCEPTION(std::runtime_error, desk.keys->append(2));
-        desk.keys->append(3);
-        QCOMPARE(some.toList(), (QStringList{u"1"_s, u"3"_s}));
-        QCOMPARE(copy.toList(), (QStringList{u"1"_s, QString(), u"3"_s}));
-        desk.map->whenAsked = nullptr;
-        QCOMPARE(desk.list.toList(), desk.expected()); // which tells nobody else
-        desk.map->set({{2, u"2"_s}});
-        QCOMPARE(some.toList(), desk.expected());
-        QCOMPARE(copy.toList(), desk.expected());
+        const CachedObservableList<QString> reader(desk.list);
+        desk.map->whenAsked = [](int) { throw std::runtime_error("no"); };
+        QVERIFY_THROWS_EXCEPTION(std::runtime_error, desk.map->set({{1, u"one"_s}}));
+        QVERIFY_THROWS_EXCEPTION(std::runtime_error, desk.keys->append(2)); // which the reader asks for
+        QVERIFY_THROWS_EXCEPTION(std::runtime_error, desk.list.toList());
     }
 
     void mayBeReadByTheMapThatMakesThem()
@@ -414,33 +388,27 @@ private Q_SLOTS:
         map->contents[0] = u"x"_s;
         map->fireMapChanged(MapChange::create(Items{2, 1, 0}));
         QCOMPARE(mirror.items(), (QStringList{u"x.."_s, u"x."_s, u"x"_s}));
-        Items keys(100);
-        std::iota(keys.begin(), keys.end(), 0);
+        // So many hang on each other that one is left out.
+        Items keys(250);
+        std::iota(keys.rbegin(), keys.rend(), 0);
+        QTest::ignoreMessage(QtDebugMsg, QRegularExpression(u"^LazyTransformedListBase\\.cpp .* too many others"_s));
         map->keys->replace(keys);
-        QCOMPARE(map->list[99], u'x' + QString(99, u'.'));
+        QCOMPARE(map->list[0], QString(200, u'.'));
+        QCOMPARE(map->list[200], u'x' + QString(49, u'.'));
         map->list = {}; // which holds the map
     }
 
-    // Whoever comes before a change is announced has read it already.
-    void haveNewObserversReadAgain()
+    // So many that nobody asks them all.
+    void takeAnyNumberOfMovesAtOnce()
     {
-        const EditableListPointer<int> input(new EditableList<int>({1}));
-        const auto list =
-            FilteredObservableList<int>::create(ObservableList<int>(input.data()), [](int) { return true; });
-        const Mirror first(list);
-        std::unique_ptr<Mirror> second;
-        QObject::connect(input.data(), &ObservableListImpl::itemAdded,
-                         [&] { second = std::make_unique<Mirror>(list); });
-        input->append(2);
-        QCOMPARE(second->items(), (Items{1, 2}));
-        QCOMPARE(second->complaint() + first.complaint(), QString());
-        // So many moves at once that nobody asks them all.
+        const EditableListPointer<int> input(new EditableList<int>({1, 2}));
+        const Mirror mirror(
+            FilteredObservableList<int>::create(ObservableList<int>(input.data()), [](int) { return true; }));
         Round::together([&] {
-            for (int i = 0; i < 20000; ++i)
+            for (int i = 0; i < 20001; ++i)
                 input->move(0, 1);
-            input->move(0, 1);
         });
-        QCOMPARE(second->items(), (Items{2, 1}));
+        QCOMPARE(mirror.items(), (Items{2, 1}));
     }
 
     // For each step of a history every allocation fails in turn. With the next change of what they are made of all is
@@ -486,6 +454,11 @@ private Q_SLOTS:
         first->append(4);
         cached.setInput(ObservableList<int>());
         QCOMPARE(told, (QList<std::pair<Items, Items>>{{{1, 2}, {9}}, {{9}, {}}}));
+        QThread thread;
+        auto* const elsewhere = new EditableList<int>;
+        elsewhere->moveToThread(&thread);
+        QTest::ignoreMessage(QtDebugMsg, QRegularExpression(u"^DerivedList\\.cpp .* of another thread"_s));
+        cached.setInput(ObservableList<int>(elsewhere));
         // Another input is set while this one is read.
         const QExplicitlySharedDataPointer<PlainMap<int, int>> map(new PlainMap<int, int>);
         map->whenAsked = [&](int) { cached.setInput(listOf({7})); };
