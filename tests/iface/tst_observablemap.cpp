@@ -3,6 +3,8 @@
 
 #include <iface/ObservableMapImplFunctorAdapter.h>
 
+#include <optional>
+
 using namespace iface;
 
 namespace {
@@ -99,12 +101,17 @@ private Q_SLOTS:
         const auto composite = CompositeMap<QString, int, int>::create(ObservableMap<QString, int>(map.data()),
                                                                        ObservableMap<int, int>(new PlainMap<int, int>));
         auto key = std::make_unique<QString>(u"a longer key"_s);
-        ObserverFunctorAdapter frees([&] { key.reset(); });
+        std::optional<Announcements<QString>> late; // comes before the composite map has announced it
+        ObserverFunctorAdapter frees([&] {
+            key.reset();
+            late.emplace(composite.impl());
+        });
         map->addObserver(&frees);
         Announcements<QString> heard(composite.impl());
         map->fireKeyChanged(*key);
         QVERIFY(!key);
         QCOMPARE(heard.take(), (QStringList{u"a longer key"_s, u"*"_s}));
+        QCOMPARE(late->take(), (QStringList{u"a longer key"_s, u"*"_s}));
         // Every change made together is announced under its key.
         Round::together([&] {
             map->set({{u"b"_s, 1}});

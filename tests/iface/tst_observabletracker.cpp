@@ -4,7 +4,9 @@
 #include <iface/QApplicationRealm.h>
 #include <iface/RunUntilTrue.h>
 
+#include <QtCore/QEventLoop>
 #include <QtCore/QThread>
+#include <QtCore/QTimer>
 
 #include <optional>
 #include <stdexcept>
@@ -201,8 +203,18 @@ private Q_SLOTS:
             expected += std::exchange(isOutOfDate, false);
             read.clear();
             for (const int i : std::as_const(toRead)) {
-                read.append(i);
-                i % 2 ? ObservableTracker::getterCalled(others[i].data()) : void(ours[i]->getValue());
+                QEventLoop loop;
+                const auto readIt = [&] {
+                    read.append(i);
+                    i % 2 ? ObservableTracker::getterCalled(others[i].data()) : void(ours[i]->getValue());
+                    loop.quit();
+                };
+                if (random.bounded(20) == 0) { // as the handler of a timer, whose reads are this one's
+                    QTimer::singleShot(0, readIt);
+                    loop.exec();
+                } else {
+                    readIt();
+                }
                 if (changesLeft > 0 && random.bounded(4) == 0) {
                     --changesLeft;
                     const int changed = anyValue();
