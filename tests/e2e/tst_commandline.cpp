@@ -62,22 +62,19 @@ private Q_SLOTS:
             .synopsis = u"[-x] WHAT"_s,
             .purpose = u"tries it"_s,
             .more = u"'Tis \\."_s,
-            .options = {{u"--all"_s, u"all"_s},
-                        {u"--root DIR"_s, u".rc"_s},
-                        {u"--with[=FILE]"_s, {}},
-                        {u"--hue dark|light"_s, {}}},
+            .options = {{u"--all"_s, {}}, {u"--root DIR"_s, {}}, {u"--with[=FILE]"_s, {}}, {u"--hue dark|light"_s, {}}},
             .commands = {{u"set on|off TEXT"_s, u"sets"_s}, {u"show ID [--big] [-o FILE]"_s, {}}},
             .ending = u"Twice\nover"_s};
         QCOMPARE(manual.help(),
                  u"Usage: try-it [-x] WHAT\n\nTries it.\n'Tis \\.\n\n"
-                 "  --all             all\n  --root DIR        .rc\n  --with[=FILE]     \n  --hue dark|light  \n\n"
+                 "  --all             \n  --root DIR        \n  --with[=FILE]     \n  --hue dark|light  \n\n"
                  "Commands:\n  set on|off TEXT            sets\n  show ID [--big] [-o FILE]  \n\nTwice\nover\n"_s);
         QCOMPARE(manual.page(u"2.0"_s),
                  u".TH TRY\\-IT 1 \"\" \"2.0\" \"User Commands\"\n.SH NAME\ntry\\-it \\- tries it\n"
                  ".SH SYNOPSIS\n.B try\\-it\n[\\-x] WHAT\n.SH DESCRIPTION\nTries it.\n\\&'Tis \\e.\n"
-                 ".SH OPTIONS\n.TP\n.B \\-\\-all\nall\n.TP\n.B \\-\\-root DIR\n\\&.rc\n"
-                 ".TP\n.B \\-\\-with[=FILE]\n\n.TP\n.B \\-\\-hue dark|light\n\n"
-                 ".SH COMMANDS\n.TP\n.B set on|off TEXT\nsets\n.TP\n.B show ID [\\-\\-big] [\\-o FILE]\n\n"
+                 ".SH OPTIONS\n.TP\n.B \\-\\-all\n\n.TP\n.B \\-\\-root DIR\n\n.TP\n.B \\-\\-with[=FILE]\n\n"
+                 ".TP\n.B \\-\\-hue dark|light\n\n.SH COMMANDS\n.TP\n.B set on|off TEXT\nsets\n"
+                 ".TP\n.B show ID [\\-\\-big] [\\-o FILE]\n\n"
                  ".SH NOTES\n.PP\nTwice\n.PP\nover\n"_s);
         const std::pair<const char*, const char*> rows[] = {{"''", "--all --root --with= --hue help set show"},
                                                             {"--hue d", "dark"},
