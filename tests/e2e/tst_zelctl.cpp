@@ -88,7 +88,7 @@ private Q_SLOTS:
             {"", "set-picture /", "cannot read /"},
             {"", "set-picture /dev/null", "no picture"},
             {"", "box-add ''", "100 characters"}, // the library knows why
-            {"", "", "no command", 2},
+            {"", "--timeout 5", "no command", 2},
             {"", "setstatus", "no command 'setstatus', but 'set-status';", 2},
             {"", "--jason state", "no option --jason", 2},
             {"", "state --json", "--json goes before", 2},
@@ -203,9 +203,10 @@ private Q_SLOTS:
                                  R"({"source":"ProfileBox","signal":"iconRegistered","iconId":257})"}));
         run("icon-register 257 " + name, 1); // only once
         run("icon-register -1 " + name, 1);
-        QCOMPARE(run("icon-get 257").value(1),
+        QCOMPARE(run("icon-get 257 -o " + name + ".png").value(1),
                  R"({"source":"ProfileBox","signal":"iconRetrieved","iconId":257,"iconType":"Png",)" +
                      pictureOf(icon).replace("displayPicture", "iconData"));
+        QCOMPARE(QFile(QString::fromUtf8(name) + u".png"_s).size(), icon.size());
 
         QCOMPARE(run("box-add 'level 3' --icon 257 --cookie c=1"),
                  QByteArrayList({R"({"answer":"box-add","ok":true})",
