@@ -96,7 +96,7 @@ JsonWriter::JsonWriter(const QString& name, AttributeType type, const QString&)
 {
     ++m_tree->writers;
     m_tree->encoder.startObject("dat");
-    openNode();
+    begin();
 }
 
 JsonWriter::JsonWriter(const QString& name, AttributeType type, Tree* tree)
@@ -106,7 +106,7 @@ JsonWriter::JsonWriter(const QString& name, AttributeType type, Tree* tree)
     , m_tree(tree)
 {
     ++m_tree->writers;
-    openNode();
+    begin();
 }
 
 JsonWriter::~JsonWriter()
@@ -118,12 +118,17 @@ JsonWriter::~JsonWriter()
     m_tree->release();
 }
 
+/// A writer that was never made has no destructor to let go of the tree.
+void JsonWriter::begin()
+{
+    auto letGo = qScopeGuard([this] { m_tree->release(); });
+    openNode();
+    letGo.dismiss();
+}
+
 void JsonWriter::openNode()
 {
-    // A writer that was never made has no destructor to let go of the tree.
-    auto letGo = qScopeGuard([this] { m_tree->release(); });
     const Utf8 name(m_name);
-    letGo.dismiss();
     const device::Text nameOrNone = m_name.isEmpty() ? device::Text() : name.text();
     switch (m_type) {
     case Array: // named even when the name is empty, unlike the others
@@ -188,6 +193,16 @@ QSharedPointer<JsonWriter> JsonWriter::addChild(const QString& name, AttributeTy
     }
     return iface::detail::shared(
         std::unique_ptr<JsonWriter>(new JsonWriter(m_type == Array ? QString() : name, type, m_tree)));
+}
+
+void JsonWriter::next()
+{
+    if (m_root)
+        return;
+    if (!m_finished)
+        closeNode();
+    openNode();
+    m_finished = false;
 }
 
 QString JsonWriter::toString()

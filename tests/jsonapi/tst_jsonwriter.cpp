@@ -71,6 +71,21 @@ private Q_SLOTS:
         QVERIFY(child->toString().endsWith(u",\"d\":{\"a\":1}"_s));
     }
 
+    void writesOneElementAfterTheOther()
+    {
+        JsonWriter root(u"m"_s, JsonWriter::Array, u"zel"_s);
+        root.next(); // has no place for another
+        {
+            const auto element = root.addChild(QString(), JsonWriter::Object);
+            element->addAttribute(u"a"_s, 1);
+            element->next();
+            element->toString();
+            element->next();
+            element->addAttribute(u"b"_s, 2);
+        }
+        QCOMPARE(root.toString(), u"{\"m\":[{\"a\":1},{},{\"b\":2}]}"_s);
+    }
+
     void refusesMembersAfterTheText()
     {
         JsonWriter root(u"the name"_s, QString());

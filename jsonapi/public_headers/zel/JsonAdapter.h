@@ -29,7 +29,8 @@ public:
     virtual K elementToId(const T& element) = 0;
     /// The key in the JSON of an element.
     virtual K idJsonToId(iface::JsonObjectReader json) = 0;
-    /// Writes the members that identify a record into the object it is given.
+    /// Writes the members that identify a record into the object it is given, which is @p writer's during the call
+    /// only: the next record's is written through the same one.
     virtual void idToIdJson(const K& id, const QSharedPointer<JsonWriter>& writer) = 0;
     /// Writes a change. No container asks for it yet.
     virtual void diffElementsToJson(const T& before, const T& after, const QSharedPointer<JsonWriter>& writer)

@@ -54,6 +54,10 @@ public:
     /// Opens a nested node. Null when this writer is read-only.
     QSharedPointer<JsonWriter> addChild(const QString& name, AttributeType type);
 
+    /// Ends this element of an array, and begins another of its type behind it: an array of many takes one writer. Does
+    /// nothing to a root.
+    void next();
+
     /// Closes this node, once. A root answers the message's text, the same at every call; a child answers whatever
     /// the tree's buffer holds so far.
     QString toString();
@@ -69,6 +73,7 @@ private:
 
     JsonWriter(const QString& name, AttributeType type, Tree* tree);
 
+    void begin();
     void openNode();
     void closeNode();
 

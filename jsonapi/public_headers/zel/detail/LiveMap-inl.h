@@ -77,8 +77,13 @@ void LiveMap<Key, T>::requestListElements(const QList<Key>& keys, const QString&
     }
     {
         const auto elements = request->addChild(QStringLiteral("elements"), JsonWriter::Array);
+        QSharedPointer<JsonWriter> element;
         for (const Key& key : keys) {
-            m_adapter->idToIdJson(key, elements->addChild(QString(), JsonWriter::Object));
+            if (element)
+                element->next();
+            else
+                element = elements->addChild(QString(), JsonWriter::Object);
+            m_adapter->idToIdJson(key, element);
         }
     }
     send(request);
