@@ -41,7 +41,27 @@ QVariant DerivedList::itemAt(int index) const
 
 int DerivedList::inputCount() const
 {
+    noteHalfRead();
     return m_input ? m_input->childCount(QVariantList()) : 0;
+}
+
+QVariant DerivedList::inputItem(int index) const
+{
+    noteHalfRead();
+    return m_input ? m_input->itemAt(index) : QVariant();
+}
+
+/// An input that is busy, since what it is made of reads this list, has places that are still to move.
+bool DerivedList::isInputHalf() const
+{
+    return m_derivedInput && m_derivedInput->m_isBusy && (m_derivedInput->m_isTaking || m_derivedInput->m_isBehind);
+}
+
+/// What is made of such an input is made again when that is done.
+void DerivedList::noteHalfRead() const
+{
+    if (isInputHalf())
+        m_derivedInput->m_isHalfRead = true;
 }
 
 void DerivedList::follow(ObservableListImpl* input)
@@ -52,6 +72,7 @@ void DerivedList::follow(ObservableListImpl* input)
                       u"A list is derived from one of another thread; neither is safe to use"_s);
     if (input)
         Follower::follow(*input);
+    m_derivedInput = dynamic_cast<DerivedList*>(input);
     QExplicitlySharedDataPointer<ObservableListImpl> other(input);
     other.swap(m_input); // the one before goes last: that may run anything
 }
@@ -104,28 +125,34 @@ void DerivedList::itemThrew()
 DerivedList::Hold DerivedList::catchUp() const
 {
     // It is busy when what it reads hangs on itself.
+    m_isHalfRead |= m_isBusy && m_isBehind;
     return t_behindCount > 0 && !m_isBusy ? const_cast<DerivedList*>(this)->settle() : Hold();
 }
 
 /// Whether this round has not had enough of it yet.
 bool DerivedList::mayTakeAgain()
 {
-    const unsigned round = Round::open()->m_number;
-    if (std::exchange(m_round, round) != round)
+    const unsigned counted = Round::open()->m_countedIn;
+    if (std::exchange(m_countedIn, counted) != counted)
         m_takes = 0;
     return m_takes++ < MostRuns;
 }
 
 void DerivedList::takePending()
 {
-    const bool wasBroken = std::exchange(m_isBroken, false);
+    // What half an input has told does not say how it is.
+    const bool isAnew = std::exchange(m_isBroken, false) || isInputHalf();
     Change change = std::exchange(m_pending, Change());
-    if (wasBroken)
+    if (isAnew)
         change = {Change::Reset};
     if (!thrown().guard([&] { take(change); }))
         takeInAnew();
-    else if (wasBroken)
+    else if (isAnew)
         note({Change::Reset});
+    if (m_isHalfRead && !isOvertaken()) {
+        m_isHalfRead = false;
+        note({Change::Reset});
+    }
 }
 
 DerivedList::Hold DerivedList::settle()
@@ -133,17 +160,17 @@ DerivedList::Hold DerivedList::settle()
     const ObservableTracker::Suspension untracked;
     Hold hold(*this);
     const QScopedValueRollback<bool> busy(m_isBusy, true);
-    // A function that makes changes may read as often as it likes; what one read leads to is counted.
-    if (Round::open()->m_isBeingMade)
-        m_takes = 0;
+    const Round::Settling settling(*Round::open());
     // What is taken in may change something further up, which has to come down first before this is up to date.
     do {
         // Mostly nothing else is behind, and what is read then need not be asked.
-        if (t_behindCount > int(m_isBehind)) {
+        if (t_behindCount > int(m_isBehind) && m_settledAt != t_timesBehind) {
+            const unsigned now = t_timesBehind;
             thrown().guard([this] {
                 inputCount();
                 settleOthers();
             });
+            m_settledAt = now;
         }
         if (!m_isBehind)
             return hold;

@@ -41,7 +41,7 @@ int FilteredListBase::count() const
 
 QVariant FilteredListBase::item(int index) const
 {
-    return index < count() ? input()->itemAt(m_places.select(index)) : QVariant();
+    return index < count() ? inputItem(m_places.select(index)) : QVariant();
 }
 
 void FilteredListBase::settleOthers()
@@ -51,7 +51,7 @@ void FilteredListBase::settleOthers()
 
 void FilteredListBase::take(const Change& change)
 {
-    Change made = takeInput(m_dependencies->isAnyLost() ? Change{Change::Reset} : fitting(change, m_places.size()));
+    Change made = takeInput(fitting(change, m_places.size()));
     if (!isOvertaken())
         made = merged(made, judgedAnew());
     if (made.kind != Change::None)
@@ -106,7 +106,7 @@ Change FilteredListBase::removed(int index)
 Change FilteredListBase::rebuilt(const Change& change)
 {
     const int count = inputCount();
-    m_dependencies->takeDirty();
+    m_dependencies->forgetDirty();
     IndexedSequence before;
     const auto release = qScopeGuard([&] { releaseNodes(before); });
     if (change.kind != Change::Data || count != m_places.size()) {
@@ -159,7 +159,8 @@ Change FilteredListBase::remapped(const IndexMapper& mapper)
 Change FilteredListBase::judgedAnew()
 {
     m_turned.clear();
-    for (const Node* const node : m_dependencies->takeDirty()) {
+    m_dependencies->takeDirty();
+    while (const Node* const node = m_dependencies->nextTaken()) {
         if (isOvertaken())
             return {};
         const int index = m_places.indexOf(*node);
@@ -198,7 +199,7 @@ bool FilteredListBase::judge(int index)
     Dependencies::Run run(*m_dependencies, node);
     bool isPassing = false;
     try {
-        ObservableTracker::runInto(&run, [&] { isPassing = passes(input()->itemAt(index)); });
+        ObservableTracker::runInto(&run, [&] { isPassing = passes(inputItem(index)); });
     } catch (...) {
         itemThrew();
     }

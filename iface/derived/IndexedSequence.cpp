@@ -202,9 +202,8 @@ IndexedSequence::Item* IndexedSequence::remove(int index)
     const int block = m_cursor.block;
     if (part.size == 0)
         removeBlock(block);
-    else if (part.size < Sparse && block + 1 < int(m_parts.size()) &&
-             part.size + m_parts[block + 1].size <= Capacity / 2)
-        mergeWithNext(block);
+    else if (part.size < Sparse && !mergeWithNext(block) && block > 0)
+        mergeWithNext(block - 1);
     return item;
 }
 
@@ -347,20 +346,24 @@ void IndexedSequence::split(int block, int offset)
 }
 
 /// Or not, when there is no memory: sparse blocks do no harm.
-void IndexedSequence::mergeWithNext(int block)
+/// If there is a next one, and room is left for more; false if not.
+bool IndexedSequence::mergeWithNext(int block)
 {
     Part& part = m_parts[block];
+    if (block + 1 == int(m_parts.size()) || part.size + m_parts[block + 1].size > Capacity / 2)
+        return false;
     const Part& next = m_parts[block + 1];
     try {
         if (next.block->items)
             part.block->makeItems();
     } catch (const std::bad_alloc&) {
-        return;
+        return false;
     }
     part.block->takeOver(*next.block, 0, next.size, part.size);
     part.size += next.size;
     part.marked += next.marked;
     removeBlock(block + 1);
+    return true;
 }
 
 void IndexedSequence::removeBlock(int block)

@@ -72,7 +72,7 @@ QVariant LazyTransformedListBase::item(int index) const
     if (!kept || kept->m_isUnmade)
         return self->compute(index);
     // Only the map that is being asked finds one that is dirty.
-    if (kept->m_isDirty && m_depth > 0 && !isTooDeep()) {
+    if (kept->isDirty() && m_depth > 0 && !isTooDeep()) {
         self->deriveAnew(*kept);
         return entry(index) == kept && !kept->m_isUnmade ? valueOf(*kept) : self->compute(index);
     }
@@ -107,7 +107,7 @@ QVariant LazyTransformedListBase::compute(int index)
         const auto destroy = [this](Entry* entry) { destroyEntry(entry); };
         std::unique_ptr<Entry, decltype(destroy)> made(nullptr, destroy);
         try {
-            inputItem = input()->itemAt(index);
+            inputItem = this->inputItem(index);
             made.reset(createEntry(inputItem, true));
         } catch (...) {
             // Once it can be had the list says so, to whoever has tried to read it.
@@ -160,7 +160,7 @@ void LazyTransformedListBase::registerRead(int index) const
         ObservableTracker::getterCalled(input().data());
     }
     if (!announcesKeys())
-        input()->itemAt(index);
+        static_cast<void>(inputItem(index));
 }
 
 void LazyTransformedListBase::forget(int index)
@@ -177,11 +177,8 @@ void LazyTransformedListBase::forgetAll()
 
 void LazyTransformedListBase::destroy(Entry* entry)
 {
-    if (!entry)
-        return;
-    if (entry->m_isDirty)
-        std::replace(m_dirty.begin(), m_dirty.end(), entry, static_cast<Entry*>(nullptr));
-    destroyEntry(entry);
+    if (entry)
+        destroyEntry(entry);
 }
 
 void LazyTransformedListBase::take(const Change& change)
@@ -190,19 +187,12 @@ void LazyTransformedListBase::take(const Change& change)
     auto forgetThem = qScopeGuard([this] { forgetAll(); });
     m_made = takeInput(fitting(change, m_places.size()));
     // While the map is asked more may become dirty, or even this again: that is for another take.
-    m_asked.clear();
     m_asked.swap(m_dirty);
-    for (std::size_t i = 0; i < m_asked.size(); ++i) {
-        Entry* const each = m_asked[i];
-        if (!each || !each->m_isDirty)
-            continue;
-        if (isOvertaken()) {
-            each->m_isDirty = false;
-            setDirty(each, true);
-        } else {
-            deriveAnew(*each);
-        }
-    }
+    while (!m_asked.empty() && !isOvertaken())
+        deriveAnew(m_asked.front());
+    for (Entry& each : m_asked)
+        each.m_isKeyDirty = true;
+    m_dirty.splice(m_dirty.end(), m_asked);
     if (m_made.kind != Change::None)
         note(std::exchange(m_made, Change()));
     forgetThem.dismiss();
@@ -212,14 +202,13 @@ void LazyTransformedListBase::deriveAnew(Entry& entry)
 {
     const QScopedValueRollback<int> deriving(m_depth, m_depth + 1);
     const int index = m_places.indexOf(entry);
-    entry.m_isDirty = false;
+    entry.m_dirtyHook.unlink();
     const bool wasUnmade = entry.m_isUnmade;
     bool isOther = true;
     thrown().guard([&] {
         try {
             isOther = deriveParts(entry, index);
         } catch (const std::bad_alloc&) {
-            std::replace(m_asked.begin(), m_asked.end(), &entry, static_cast<Entry*>(nullptr));
             forget(index);
             throw;
         } catch (...) {
@@ -237,7 +226,7 @@ bool LazyTransformedListBase::deriveParts(Entry& entry, int index)
     if (entry.m_isKeyDirty) {
         // What was made of another key says nothing of this one, nor of one that cannot be read.
         const bool wasUnmade = std::exchange(entry.m_isUnmade, true);
-        const QVariant inputItem = input()->itemAt(index);
+        const QVariant inputItem = this->inputItem(index);
         entry.m_isKeyDirty = false;
         entry.m_isUnmade = deriveKey(entry, inputItem) || wasUnmade;
     }
@@ -259,7 +248,8 @@ Change LazyTransformedListBase::takeInput(const Change& change)
         destroy(static_cast<Entry*>(m_places.remove(change.index)));
         return change;
     case Change::Updated:
-        setDirty(entry(change.index), true);
+        if (Entry* const kept = entry(change.index))
+            setDirty(*kept, true);
         return {};
     default:
         break;
@@ -284,7 +274,7 @@ void LazyTransformedListBase::mappingChanged(const Change& change)
     QVarLengthArray<Entry*, 8> found;
     if (findEntries(*change.keys, found)) {
         for (Entry* const each : found)
-            setDirty(each, !announcesKeys());
+            setDirty(*each, !announcesKeys());
     } else {
         setAllDirty(!announcesKeys());
     }
@@ -293,21 +283,17 @@ void LazyTransformedListBase::mappingChanged(const Change& change)
 }
 
 /// A kept key is the key list's as long as that has not said otherwise, if it is one that says so.
-void LazyTransformedListBase::setDirty(Entry* entry, bool withKey)
+void LazyTransformedListBase::setDirty(Entry& entry, bool withKey)
 {
-    if (!entry)
-        return;
-    entry->m_isKeyDirty |= withKey;
-    if (entry->m_isDirty)
-        return;
-    m_dirty.push_back(entry);
-    entry->m_isDirty = true;
+    entry.m_isKeyDirty |= withKey;
+    if (!entry.isDirty())
+        m_dirty.push_back(entry);
 }
 
 void LazyTransformedListBase::setAllDirty(bool withKeys)
 {
     for (int rank = 0; rank < m_places.markedCount(); ++rank)
-        setDirty(entry(m_places.select(rank)), withKeys);
+        setDirty(*entry(m_places.select(rank)), withKeys);
 }
 
 void LazyTransformedListBase::move(const IndexMapper& mapper, int countNow)

@@ -9,9 +9,7 @@
 #include <QtCore/QScopeGuard>
 #include <QtCore/QThread>
 
-#include <algorithm>
 #include <memory>
-#include <new>
 #include <utility>
 
 namespace iface {
@@ -23,11 +21,10 @@ public:
     Source(Dependencies& owner, const Observable* observed)
         : m_owner(owner)
         , target(observed)
-        , list(nullptr)
     {
         const auto* ours = dynamic_cast<const ObservableImpl*>(observed);
         if (ours && ours->thread() == QThread::currentThread()) {
-            list = dynamic_cast<const ObservableListImpl*>(observed);
+            m_list = dynamic_cast<const ObservableListImpl*>(observed);
             follow(*ours);
             return;
         }
@@ -41,21 +38,32 @@ public:
             target->removeObserver(m_observer.get());
     }
 
+    /// The target, if it is one of our lists.
+    const ObservableListImpl* list() const { return m_list; }
+
 protected:
     void mark(const Change&) override { m_owner.changed(*this); }
 
 private:
     Dependencies& m_owner;
+    const ObservableListImpl* m_list = nullptr;
     /// For an observable of another kind or thread than ours.
     std::unique_ptr<ObserverFunctorAdapter> m_observer;
 
 public:
     const ObservablePointer target;
-    const ObservableListImpl* list; ///< the target, if it is one of ours
+    Hook listHook;
     Link* first = nullptr;
     Link* last = nullptr;
     /// The last run that read it.
     unsigned lastRun = 0;
+};
+
+struct Dependencies::ListSources
+{
+    boost::intrusive::list<Source, boost::intrusive::constant_time_size<false>,
+                           boost::intrusive::member_hook<Source, Hook, &Source::listHook>>
+        row;
 };
 
 Dependencies::Run::Run(Dependencies& dependencies, Node* node)
@@ -139,6 +147,7 @@ Dependencies::Node* Dependencies::Run::finish(bool isWhole)
 Dependencies::Dependencies(boost::function<void()> madeDirty, const Observable* self)
     : m_madeDirty(std::move(madeDirty))
     , m_self(self)
+    , m_lists(std::make_unique<ListSources>())
 {
 }
 
@@ -151,19 +160,28 @@ void Dependencies::release(Node* node)
 {
     Q_ASSERT(!node->isPlaced());
     Run(*this, node).finish(); // which reads nothing any more
-    if (node->m_isDirty)
-        m_dirty.erase(std::find(m_dirty.begin(), m_dirty.end(), node));
     delete node;
 }
 
-const std::vector<Dependencies::Node*>& Dependencies::takeDirty()
+void Dependencies::forgetDirty()
+{
+    m_dirty.clear();
+    m_taken.clear();
+}
+
+void Dependencies::takeDirty()
 {
     m_taken.clear();
     m_taken.swap(m_dirty);
-    for (Node* const node : m_taken)
-        node->m_isDirty = false;
-    m_isAnyLost = false;
-    return m_taken;
+}
+
+const Dependencies::Node* Dependencies::nextTaken()
+{
+    if (m_taken.empty())
+        return nullptr;
+    const Node& taken = m_taken.front();
+    m_taken.pop_front();
+    return &taken;
 }
 
 Dependencies::Link* Dependencies::add(Node* node, Source* source)
@@ -196,8 +214,6 @@ void Dependencies::dropUnused(Source* source)
     if (source->first)
         return;
     m_sources.remove(source->target.data());
-    if (source->list)
-        m_lists.erase(std::find(m_lists.begin(), m_lists.end(), source->list));
     delete source;
 }
 
@@ -206,33 +222,22 @@ Dependencies::Source* Dependencies::source(const Observable* observable)
     if (Source* const known = m_sources.value(observable))
         return known;
     auto added = std::make_unique<Source>(*this, observable);
-    if (added->list)
-        m_lists.push_back(added->list);
-    auto forget = qScopeGuard([&] {
-        if (added->list)
-            m_lists.pop_back();
-    });
+    if (added->list())
+        m_lists->row.push_back(*added);
     m_sources.insert(observable, added.get());
-    forget.dismiss();
     return added.release();
 }
 
-void Dependencies::settle() const
+/// Reading brings a list up to date. What it lets go of meanwhile, and what is read for the first time, needs none.
+void Dependencies::settle()
 {
-    // Reading brings a list up to date, and may come upon more of them.
-    for (std::size_t i = 0; i < m_lists.size(); ++i) {
-        const QExplicitlySharedDataPointer<const ObservableListImpl> list(m_lists[i]);
+    ListSources waiting;
+    waiting.row.swap(m_lists->row);
+    const auto putBack = qScopeGuard([&] { m_lists->row.splice(m_lists->row.end(), waiting.row); });
+    while (!waiting.row.empty()) {
+        const QExplicitlySharedDataPointer<const ObservableListImpl> list(waiting.row.front().list());
+        m_lists->row.splice(m_lists->row.end(), waiting.row, waiting.row.begin());
         list->childCount(QVariantList());
-    }
-}
-
-void Dependencies::setDirty(Node* node)
-{
-    try {
-        m_dirty.push_back(node);
-        node->m_isDirty = true;
-    } catch (const std::bad_alloc&) {
-        m_isAnyLost = true;
     }
 }
 
@@ -244,8 +249,8 @@ void Dependencies::changed(const Source& source)
         if (link->node == m_running && link->lastRun != m_run)
             continue;
         isAnyDirty = true;
-        if (!link->node->m_isDirty)
-            setDirty(link->node);
+        if (!link->node->m_dirtyHook.is_linked())
+            m_dirty.push_back(*link->node);
     }
     if (isAnyDirty)
         m_madeDirty();

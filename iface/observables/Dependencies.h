@@ -8,12 +8,11 @@
 #include <QtCore/QHash>
 
 #include <boost/function.hpp>
+#include <boost/intrusive/list.hpp>
 
-#include <vector>
+#include <memory>
 
 namespace iface {
-
-class ObservableListImpl;
 
 /// What computations read, each observed from the moment it is read: for every observable the computations that depend
 /// on it, for every computation the observables. A monitor is one computation; a filtered list has one for each item.
@@ -28,6 +27,8 @@ class ObservableListImpl;
 class Dependencies
 {
     class Source;
+    /// Leaves its row when it ends.
+    using Hook = boost::intrusive::list_member_hook<boost::intrusive::link_mode<boost::intrusive::auto_unlink>>;
 
 public:
     class Node;
@@ -47,7 +48,7 @@ public:
     class Node : public detail::IndexedSequence::Item
     {
         friend class Dependencies;
-        bool m_isDirty = false;
+        Hook m_dirtyHook;
         Link* m_first = nullptr;
         Link* m_last = nullptr;
         Link m_ownLink; ///< in use while it has a source
@@ -84,12 +85,14 @@ public:
     /// Forgets a computation, which must have left its sequence.
     void release(Node* node);
 
-    /// The dirty computations, which are so no more. Good until the next call.
-    const std::vector<Node*>& takeDirty();
-    /// Whether there was no memory to take note of a dirty one; until the dirty ones are taken.
-    bool isAnyLost() const { return m_isAnyLost; }
+    /// For when everything is computed anew.
+    void forgetDirty();
+    /// Takes all that are dirty now, in the place of any that were taken before.
+    void takeDirty();
+    /// One of those taken, which is dirty no more, or null when there is none left.
+    const Node* nextTaken();
     /// Brings the lists that were read up to date, in the first step of a round.
-    void settle() const;
+    void settle();
 
 private:
     Q_DISABLE_COPY_MOVE(Dependencies)
@@ -98,17 +101,19 @@ private:
     void dropUnused(Source* source);
     Source* source(const Observable* observable);
     void changed(const Source& source);
-    void setDirty(Node* node);
+
+    using DirtyNodes = boost::intrusive::list<Node, boost::intrusive::constant_time_size<false>,
+                                              boost::intrusive::member_hook<Node, Hook, &Node::m_dirtyHook>>;
+    struct ListSources;
 
     const boost::function<void()> m_madeDirty;
     const Observable* const m_self;
     QHash<const Observable*, Source*> m_sources;
-    std::vector<const ObservableListImpl*> m_lists; ///< among the sources: what may have something to take in
-    std::vector<Node*> m_dirty;
-    std::vector<Node*> m_taken;
+    const std::unique_ptr<ListSources> m_lists; ///< among the sources: what may have something to take in
+    DirtyNodes m_dirty;
+    DirtyNodes m_taken;
     unsigned m_run = 0;
     const Node* m_running = nullptr;
-    bool m_isAnyLost = false;
 };
 
 } // namespace iface

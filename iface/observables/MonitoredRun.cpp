@@ -105,7 +105,7 @@ void MonitoredRun::handleChange()
 /// loop, but once, and until a run has come to its end whatever the last of those had read is observed, too.
 void MonitoredRun::runOnce()
 {
-    m_dependencies.takeDirty();
+    m_dependencies.forgetDirty();
     Dependencies::Run run(m_dependencies, m_node);
     bool isBroken = false;
     const auto end = qScopeGuard([&] {

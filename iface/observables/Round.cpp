@@ -15,6 +15,7 @@ namespace iface {
 
 [[gnu::tls_model("initial-exec")]] constinit thread_local Round* t_innermostRound = nullptr;
 [[gnu::tls_model("initial-exec")]] constinit thread_local int t_behindCount = 0;
+[[gnu::tls_model("initial-exec")]] constinit thread_local unsigned t_timesBehind = 0;
 
 Round::State& Round::state()
 {
@@ -107,9 +108,11 @@ void Round::enter(detail::DerivedList& list) noexcept
     if (std::exchange(list.m_isBehind, true))
         return;
     ++t_behindCount;
+    ++t_timesBehind;
     if (std::exchange(list.m_isInLine, true))
         return; // it was read before its turn came
     list.m_nextInLine = nullptr;
+    list.m_previousInLine = m_state.lastBehind;
     (m_state.lastBehind ? m_state.lastBehind->m_nextInLine : m_state.firstBehind) = &list;
     m_state.lastBehind = &list;
 }
@@ -144,13 +147,16 @@ void Round::strikeOut(const detail::DerivedList& list)
     t_behindCount -= list.m_isBehind;
     if (!list.m_isInLine)
         return;
+    leaveLine(list);
+}
+
+void Round::leaveLine(const detail::DerivedList& list)
+{
     State& now = state();
-    detail::DerivedList* before = nullptr;
-    for (detail::DerivedList* each = now.firstBehind; each != &list; each = each->m_nextInLine)
-        before = each;
-    (before ? before->m_nextInLine : now.firstBehind) = list.m_nextInLine;
-    if (now.lastBehind == &list)
-        now.lastBehind = before;
+    detail::DerivedList* const before = list.m_previousInLine;
+    detail::DerivedList* const after = list.m_nextInLine;
+    (before ? before->m_nextInLine : now.firstBehind) = after;
+    (after ? after->m_previousInLine : now.lastBehind) = before;
 }
 
 void Round::strikeOut(std::size_t placeOfMonitor)
@@ -178,9 +184,7 @@ void Round::run()
 void Round::takeIn()
 {
     while (detail::DerivedList* const list = m_state.firstBehind) {
-        m_state.firstBehind = list->m_nextInLine;
-        if (!m_state.firstBehind)
-            m_state.lastBehind = nullptr;
+        leaveLine(*list);
         list->m_isInLine = false;
         if (list->m_isBehind)
             m_thrown.guard([list] { list->settle(); });

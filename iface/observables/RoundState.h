@@ -45,6 +45,26 @@ struct Round::State
 /// many have yet to take something in (of those that stand in line; who was read has done so already).
 [[gnu::tls_model("initial-exec")]] extern constinit thread_local Round* t_innermostRound;
 [[gnu::tls_model("initial-exec")]] extern constinit thread_local int t_behindCount;
+/// How often one has come to be behind.
+[[gnu::tls_model("initial-exec")]] extern constinit thread_local unsigned t_timesBehind;
+
+/// While a list is brought up to date, which may take reading others. A function that makes changes may read as often
+/// as it likes: only what one read leads to is counted.
+class Round::Settling
+{
+public:
+    explicit Settling(Round& round)
+        : m_round(round)
+    {
+        if (m_round.m_settlings++ == 0 && m_round.m_isBeingMade)
+            m_round.m_countedIn = ++m_round.m_state.lastNumber;
+    }
+    ~Settling() { --m_round.m_settlings; }
+
+private:
+    Q_DISABLE_COPY_MOVE(Settling)
+    Round& m_round;
+};
 
 inline Round* Round::open()
 {

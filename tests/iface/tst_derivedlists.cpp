@@ -398,6 +398,30 @@ private Q_SLOTS:
         map->list = {}; // which holds the map
     }
 
+    // While one item is made, another is to be made anew, is so because it is read, and goes.
+    void mayLoseAnItemThatIsReadWhileAnotherIsMade()
+    {
+        const EditableListPointer<int> keys(new EditableList<int>({1, 2, 3}));
+        const QExplicitlySharedDataPointer<PlainMap<int, QString>> map(new PlainMap<int, QString>);
+        const auto list = TransformedObservableList::create<int, QString>(ObservableList<int>(keys.data()),
+                                                                          ObservableMap<int, QString>(map.data()),
+                                                                          Transformed<int, QString>::KeepsEverything);
+        const ListMirror<QString> mirror(list);
+        QString read;
+        map->whenAsked = [&](int key) {
+            if (key == 1 && read.isEmpty()) {
+                map->set({{3, u"three"_s}});
+                read = list[2];
+                keys->remove(2);
+            }
+        };
+        map->set({{1, u"one"_s}});
+        QCOMPARE(read, u"three"_s);
+        QCOMPARE(mirror.items(), (QStringList{u"one"_s, QString()}));
+        QCOMPARE(mirror.complaint(), QString());
+        map->whenAsked = nullptr;
+    }
+
     // So many that nobody asks them all.
     void takeAnyNumberOfMovesAtOnce()
     {

@@ -50,6 +50,7 @@ private:
     friend class detail::DerivedList;
     struct State;
     struct Untold;
+    class Settling;
     using BeforeTelling = void (*)(ObservableImpl&);
 
     Round();
@@ -62,6 +63,7 @@ private:
     static bool isOpen();
     static void heedNewObserver(ObservableImpl& observable);
     static void strikeOut(const detail::DerivedList& list);
+    static void leaveLine(const detail::DerivedList& list);
     static void strikeOut(std::size_t placeOfMonitor);
 
     void enter(ObservableImpl& observable, const Change& change, BeforeTelling beforeTelling);
@@ -78,6 +80,8 @@ private:
     const std::size_t m_firstUntold;
     const std::size_t m_firstMonitor;
     const unsigned m_number;
+    unsigned m_countedIn = m_number; ///< where it is counted how often a list takes something in
+    int m_settlings = 0;             ///< under way, each for the sake of the one before
     bool m_isOpen = true;
     bool m_isBeingMade = false; ///< together() is calling the function
     detail::FirstException m_thrown;

@@ -39,6 +39,7 @@ protected:
     /// What the list is made of, which it holds; null reads as empty.
     const QExplicitlySharedDataPointer<ObservableListImpl>& input() const { return m_input; }
     int inputCount() const;
+    QVariant inputItem(int index) const;
     /// Follows an input from the state in which that is now.
     void follow(ObservableListImpl* input);
     /// Has everything taken in anew, and announced as that.
@@ -79,22 +80,28 @@ private:
     virtual void settleOthers() {}
 
     void mark(const Change& change) override;
+    bool isInputHalf() const;
+    void noteHalfRead() const;
     void takePending();
     Hold settle();
     bool mayTakeAgain();
 
     QExplicitlySharedDataPointer<ObservableListImpl> m_input;
+    DerivedList* m_derivedInput = nullptr;      ///< the input, if it is one
     const QPointer<const QObject> m_self{this}; ///< so that a Hold needs no memory
     Change m_pending;
     unsigned m_generation = 0;
-    unsigned m_round = 0; ///< in which m_takes counts
+    unsigned m_settledAt = 0; ///< the number of lists that had come to be behind when what this one reads was last not
+    unsigned m_countedIn = 0; ///< where m_takes counts
     int m_takes = 0;
-    DerivedList* m_nextInLine = nullptr; ///< behind
+    DerivedList* m_previousInLine = nullptr; ///< of those behind
+    DerivedList* m_nextInLine = nullptr;
     bool m_isInLine = false;
     bool m_isBehind = false;
     bool m_isBroken = false; ///< what it shows is not all made of one state of its input
     bool m_isBusy = false;
     bool m_isTaking = false;
+    mutable bool m_isHalfRead = false; ///< before it had taken in what it has to
     bool m_isClosed = false;
 };
 

@@ -94,7 +94,7 @@ private:
     void stepBackward() const;
     void makeRoom(int& offset);
     void split(int block, int offset);
-    void mergeWithNext(int block);
+    bool mergeWithNext(int block);
     void removeBlock(int block);
     void renumber(int from);
 

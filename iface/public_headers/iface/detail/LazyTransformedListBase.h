@@ -7,8 +7,9 @@
 
 #include <QtCore/QVarLengthArray>
 
+#include <boost/intrusive/list.hpp>
+
 #include <algorithm>
-#include <vector>
 
 namespace iface::detail {
 
@@ -25,8 +26,13 @@ protected:
     class Entry : public IndexedSequence::Item
     {
         friend class LazyTransformedListBase;
-        bool m_isDirty = false;    ///< its value may be another
-        bool m_isKeyDirty = false; ///< and so may its key
+        using DirtyHook =
+            boost::intrusive::list_member_hook<boost::intrusive::link_mode<boost::intrusive::auto_unlink>>;
+        /// Its value may be another.
+        bool isDirty() const { return m_dirtyHook.is_linked(); }
+
+        DirtyHook m_dirtyHook;
+        bool m_isKeyDirty = false; ///< its key may be another, too
         bool m_isUnmade = false;   ///< it has no value: the map threw, or the input, and then it has no key either
         bool m_isUntold = false;   ///< whoever has read it since the map threw knows its value, and others do not
     };
@@ -52,6 +58,10 @@ private:
     virtual QVariant valueOf(const Entry& entry) const = 0;
     /// Appends the entries under the keys that changed; false when none is known.
     virtual bool findEntries(const ChangedKeys& changed, QVarLengthArray<Entry*, 8>& found) = 0;
+
+    using DirtyEntries =
+        boost::intrusive::list<Entry, boost::intrusive::constant_time_size<false>,
+                               boost::intrusive::member_hook<Entry, Entry::DirtyHook, &Entry::m_dirtyHook>>;
 
     class Mapping : public iface::Follower
     {
@@ -85,16 +95,16 @@ private:
 
     Change takeInput(const Change& change);
     void mappingChanged(const Change& change);
-    void setDirty(Entry* entry, bool withKey);
+    void setDirty(Entry& entry, bool withKey);
     void setAllDirty(bool withKeys);
     void move(const IndexMapper& mapper, int countNow);
     bool announcesKeys() const { return !input() || input()->announcesEveryReadItem(); }
 
     const int m_cacheLimit;
     IndexedSequence m_places;
-    std::vector<Entry*> m_dirty; ///< null for those that are gone
-    std::vector<Entry*> m_asked; ///< of the dirty ones; null for those that are gone
-    Change m_made;               ///< that is to be announced of what is being taken in
+    DirtyEntries m_dirty;
+    DirtyEntries m_asked; ///< of the dirty ones, those that are being derived anew
+    Change m_made;        ///< that is to be announced of what is being taken in
     Mapping m_mapping{this};
     int m_depth = 0; ///< of items that are made or derived for the sake of another
 };
