@@ -61,9 +61,8 @@ const QByteArray& contactsText()
         QByteArray json = "@platform\ndat:json:{\"listChunk\":{\"type\":\"platformUser\",\"id\":\"\",\"elements\":[";
         for (int i = 0; i < Records; ++i) {
             json += i ? ",{" : "{";
-            for (const TextMember& member : textMembers) {
+            for (const TextMember& member : textMembers)
                 json += '"' + QByteArray(member.key) + "\":\"" + textOf(i, member) + "\",";
-            }
             json += "\"showBusy\":true,\"platformVersion\":200,\"clientVersion\":" + QByteArray::number(i) + '}';
         }
         return json + "],\"last\":true}}\n";
@@ -75,9 +74,8 @@ void makeTheStringsAlone(benchmark::State& state)
 {
     std::vector<QByteArray> texts;
     for (int i = 0; i < Records; ++i) {
-        for (const TextMember& member : textMembers) {
+        for (const TextMember& member : textMembers)
             texts.push_back(textOf(i, member));
-        }
     }
     for (auto _ : state) {
         std::vector<std::array<QString, textMembers.size()>> records(Records);
@@ -110,12 +108,10 @@ void decodeContacts(benchmark::State& state)
         const iface::JsonArrayReader elements = root["listChunk"].object()["elements"].array();
         std::vector<zelsplib::PlatformContact> records;
         records.reserve(Records);
-        for (int i = 0, n = elements.numChildren(); i < n; ++i) {
+        for (int i = 0, n = elements.numChildren(); i < n; ++i)
             records.push_back(adapter.jsonToElement(elements[i].object(), zelsplib::PlatformContact()));
-        }
-        if (records.size() != Records || records.back().getZelVersion() != Records - 1) {
+        if (records.size() != Records || records.back().getZelVersion() != Records - 1)
             state.SkipWithError("records are missing");
-        }
         benchmark::DoNotOptimize(records.data());
     }
     state.counters["bytes"] = double(text.size());
@@ -127,9 +123,8 @@ BENCHMARK(decodeContacts);
 QStringList twentyKeys()
 {
     QStringList keys;
-    for (int i = 0; i < 20; ++i) {
+    for (int i = 0; i < 20; ++i)
         keys.append(u"contact-key-%1"_s.arg(i, 8, 10, QLatin1Char('0')));
-    }
     return keys;
 }
 
@@ -142,9 +137,8 @@ void appendTheRequestByHand(benchmark::State& state)
             text += "{\"id\":\"";
             const QByteArray utf8 = key.toUtf8();
             for (const char c : utf8) {
-                if (c == '"' || c == '\\' || static_cast<unsigned char>(c) < 0x20) {
+                if (c == '"' || c == '\\' || static_cast<unsigned char>(c) < 0x20)
                     text += '\\';
-                }
                 text += c;
             }
             text += "\"},";
@@ -166,9 +160,8 @@ void buildTheRequest(benchmark::State& state, bool withText)
         request->addAttribute(u"cookie"_s, u"-12345678"_s);
         {
             const auto elements = request->addChild(u"elements"_s, zel::JsonWriter::Array);
-            for (const QString& key : keys) {
+            for (const QString& key : keys)
                 adapter.idToIdJson(key, elements->addChild(QString(), zel::JsonWriter::Object));
-            }
         }
         request->addAttribute(u"type"_s, u"contacts"_s);
         if (withText) {
@@ -198,9 +191,8 @@ struct LoadedList
         say("listAll", {});
         for (int i = 0; i < items; i += 200) {
             QByteArray elements;
-            for (int j = i; j < qMin(i + 200, items); ++j) {
+            for (int j = i; j < qMin(i + 200, items); ++j)
                 elements += (j > i ? "," : "") + element(j, 0);
-            }
             say("listChunk", elements, i + 200 >= items);
         }
         list->locateItem(QString());
@@ -226,9 +218,8 @@ void changeAtRandomPlaces(benchmark::State& state)
 {
     LoadedList loaded(int(state.range(0)));
     int text = 0;
-    for (auto _ : state) {
+    for (auto _ : state)
         loaded.say("listChange", LoadedList::element(loaded.random.bounded(loaded.items), ++text));
-    }
 }
 BENCHMARK(changeAtRandomPlaces)->Arg(1000)->Arg(10000)->Arg(50000);
 
@@ -262,15 +253,13 @@ void loadAndEmpty(benchmark::State& state)
     for (auto _ : state) {
         LoadedList loaded(items);
         std::vector<int> ids(static_cast<size_t>(items));
-        for (int i = 0; i < items; ++i) {
+        for (int i = 0; i < items; ++i)
             ids[size_t(i)] = i;
-        }
         std::shuffle(ids.begin(), ids.end(), loaded.random);
         for (size_t i = 0; i < ids.size(); i += 200) {
             QByteArray elements;
-            for (size_t j = i; j < qMin(i + 200, ids.size()); ++j) {
+            for (size_t j = i; j < qMin(i + 200, ids.size()); ++j)
                 elements += (j > i ? "," : "") + LoadedList::element(ids[j], 0);
-            }
             loaded.say("listRemove", elements);
         }
     }

@@ -33,9 +33,8 @@ void JsonStream::send(const QString& id, const QByteArray& data)
         const auto message = iface::detail::makeShared<JsonWriter>(u"stream"_s, u"zel"_s);
         message->addAttribute(u"id"_s, id);
         message->addAttribute(u"value"_s, QString::fromLatin1(text.constData() + at, size));
-        if (at + size == text.size()) {
+        if (at + size == text.size())
             message->addAttribute(u"last"_s, true);
-        }
         m_pipe->send(message);
     }
 }
@@ -64,15 +63,13 @@ void JsonStream::announce(const QString& id, const QVariant& data)
     const QPointer<JsonStream> self(this);
     const QList<JsonStreamFunctorAdapter*> adapters = m_adapters;
     detail::MessageOrder::runParts(int(adapters.size()) + 2, [&](int i) {
-        if (!self) {
+        if (!self)
             return;
-        }
         if (i == 0) {
             Q_EMIT dataReceived(id, data);
         } else if (JsonStreamFunctorAdapter* const adapter = adapters.value(i - 1)) {
-            if (m_adapters.contains(adapter)) {
+            if (m_adapters.contains(adapter))
                 adapter->dataReceived(id, data);
-            }
         } else if (m_callback) {
             const Callback callback = m_callback; // it may destroy the stream
             callback(id, data);

@@ -74,9 +74,8 @@ struct JsonWriter::Tree
 {
     void release()
     {
-        if (--writers == 0) {
+        if (--writers == 0)
             delete this;
-        }
     }
 
     device::Encoder encoder{device::Encoder::Attributes};
@@ -112,9 +111,8 @@ JsonWriter::JsonWriter(const QString& name, AttributeType type, Tree* tree)
 JsonWriter::~JsonWriter()
 {
     // A child closes itself, without the text that toString() would build. A root that was never sent just goes.
-    if (!m_root && !m_finished) {
+    if (!m_root && !m_finished)
         closeNode();
-    }
     m_tree->release();
 }
 
@@ -155,23 +153,20 @@ void JsonWriter::closeNode()
 
 void JsonWriter::addAttribute(const QString& name)
 {
-    if (!isReadOnly()) {
+    if (!isReadOnly())
         m_tree->encoder.addNull(MemberName(name, m_type).text());
-    }
 }
 
 void JsonWriter::addAttribute(const QString& name, bool value)
 {
-    if (!isReadOnly()) {
+    if (!isReadOnly())
         m_tree->encoder.addBool(MemberName(name, m_type).text(), value);
-    }
 }
 
 void JsonWriter::addAttribute(const QString& name, const QString& value)
 {
-    if (!isReadOnly()) {
+    if (!isReadOnly())
         m_tree->encoder.addString(MemberName(name, m_type).text(), Utf8(value).text());
-    }
 }
 
 void JsonWriter::addAttribute(const QString& name, const char* value)
@@ -181,16 +176,14 @@ void JsonWriter::addAttribute(const QString& name, const char* value)
 
 void JsonWriter::addAttribute(const QString& name, int value)
 {
-    if (!isReadOnly()) {
+    if (!isReadOnly())
         m_tree->encoder.addInt(MemberName(name, m_type).text(), value);
-    }
 }
 
 QSharedPointer<JsonWriter> JsonWriter::addChild(const QString& name, AttributeType type)
 {
-    if (isReadOnly()) {
+    if (isReadOnly())
         return {};
-    }
     return iface::detail::shared(
         std::unique_ptr<JsonWriter>(new JsonWriter(m_type == Array ? QString() : name, type, m_tree)));
 }
@@ -209,9 +202,8 @@ QString JsonWriter::toString()
 {
     if (!m_finished) {
         closeNode();
-        if (m_root) {
+        if (m_root)
             m_tree->encoder.endObject();
-        }
     }
     std::string_view text = m_tree->encoder.text();
     if (m_root) {

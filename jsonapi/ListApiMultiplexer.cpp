@@ -43,9 +43,8 @@ ListApiMultiplexer::~ListApiMultiplexer() = default;
 void ListApiMultiplexer::addHandler(const QString& type, const QString& id, ListApiHandler* handler)
 {
     const QString key = listKey(type, id);
-    if (m_keyByHandler.contains(handler) && m_keyByHandler.value(handler) != key) {
+    if (m_keyByHandler.contains(handler) && m_keyByHandler.value(handler) != key)
         removeHandler(handler);
-    }
     // In this order: what finds no memory for the second leaves nobody behind who cannot be removed.
     m_keyByHandler.insert(handler, key);
     m_handlersByKey[key].append(handler);
@@ -54,19 +53,16 @@ void ListApiMultiplexer::addHandler(const QString& type, const QString& id, List
 void ListApiMultiplexer::removeHandler(ListApiHandler* handler)
 {
     const auto entry = m_keyByHandler.find(handler);
-    if (entry == m_keyByHandler.end()) {
+    if (entry == m_keyByHandler.end())
         return;
-    }
     const QString key = entry.value();
     m_keyByHandler.erase(entry);
     const auto handlers = m_handlersByKey.find(key);
-    if (handlers == m_handlersByKey.end()) {
+    if (handlers == m_handlersByKey.end())
         return;
-    }
     handlers->removeAll(handler);
-    if (handlers->isEmpty()) {
+    if (handlers->isEmpty())
         m_handlersByKey.erase(handlers);
-    }
 }
 
 void ListApiMultiplexer::send(const QSharedPointer<JsonWriter>& message)
@@ -124,15 +120,13 @@ void ListApiMultiplexer::processListMessage(QObject*, iface::JsonReaderAttribute
     body.readString("type", type);
     const QString key = listKey(type, id);
     const auto entry = m_handlersByKey.constFind(key);
-    if (entry == m_handlersByKey.cend()) {
+    if (entry == m_handlersByKey.cend())
         return;
-    }
     const QList<ListApiHandler*> handlers = entry.value();
     const QPointer<ListApiMultiplexer> self(this);
     detail::MessageOrder::runParts(int(handlers.size()), [&](int i) {
-        if (self && isRegistered(key, handlers.at(i))) {
+        if (self && isRegistered(key, handlers.at(i)))
             (handlers.at(i)->*operation)(body);
-        }
     });
 }
 

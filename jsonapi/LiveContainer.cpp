@@ -35,18 +35,16 @@ void LiveContainer::stop()
 void LiveContainer::send(const QSharedPointer<JsonWriter>& message) const
 {
     message->addAttribute(u"type"_s, m_type);
-    if (!m_id.isEmpty()) {
+    if (!m_id.isEmpty())
         message->addAttribute(u"id"_s, m_id);
-    }
     m_multiplexer->send(message);
 }
 
 void LiveContainer::handleConnectionChanged()
 {
     dropUnderWay();
-    if (m_multiplexer->pipe()->isConnected().getValue()) {
+    if (m_multiplexer->pipe()->isConnected().getValue())
         requestAgain();
-    }
 }
 
 iface::JsonArrayReader LiveContainer::elementsOf(const iface::JsonObjectReader& body)

@@ -36,25 +36,22 @@ void LiveListIndex::remove(const QString& key)
 
 void LiveListIndex::rename(const QString& from, const QString& to)
 {
-    if (Place* const place = unlink(from)) {
+    if (Place* const place = unlink(from))
         link(to, place);
-    }
 }
 
 LiveListIndex::Place* LiveListIndex::make()
 {
-    if (!m_empty) {
+    if (!m_empty)
         return &m_places.emplace_back();
-    }
     return std::exchange(m_empty, m_empty->earlierTwin);
 }
 
 LiveListIndex::Place* LiveListIndex::unlink(const QString& key)
 {
     const auto last = m_last.find(key);
-    if (last == m_last.end()) {
+    if (last == m_last.end())
         return nullptr;
-    }
     Place* const place = last.value();
     if (place->earlierTwin) {
         last.value() = place->earlierTwin;
@@ -69,9 +66,8 @@ void LiveListIndex::link(const QString& key, Place* place)
 {
     const int index = m_sequence.indexOf(*place);
     Place** later = &m_last[key];
-    while (*later && m_sequence.indexOf(**later) > index) {
+    while (*later && m_sequence.indexOf(**later) > index)
         later = &(*later)->earlierTwin;
-    }
     place->earlierTwin = std::exchange(*later, place);
 }
 

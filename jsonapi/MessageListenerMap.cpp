@@ -42,13 +42,11 @@ struct MessageListenerMap::Private
 void MessageListenerMap::Private::forget(const MessageStruct& entry, const QString& type)
 {
     const auto types = typesByOwner.find(entry.ownerKey);
-    if (types == typesByOwner.end()) {
+    if (types == typesByOwner.end())
         return;
-    }
     types->removeOne(type);
-    if (types->isEmpty()) {
+    if (types->isEmpty())
         typesByOwner.erase(types);
-    }
 }
 
 void MessageListenerMap::Private::sweep()
@@ -58,9 +56,8 @@ void MessageListenerMap::Private::sweep()
     for (auto type = listenersByType.begin(); type != listenersByType.end();) {
         for (auto entry = type->begin(); entry != type->end();) {
             const auto next = std::next(entry);
-            if (entry->removed) {
+            if (entry->removed)
                 dropped.splice(dropped.end(), *type, entry);
-            }
             entry = next;
         }
         type = type->empty() ? listenersByType.erase(type) : std::next(type);
@@ -75,9 +72,8 @@ MessageListenerMap::MessageListenerMap()
 MessageListenerMap::~MessageListenerMap()
 {
     for (Listeners& listeners : d->listenersByType) {
-        for (MessageStruct& entry : listeners) {
+        for (MessageStruct& entry : listeners)
             entry.removed = true;
-        }
     }
 }
 
@@ -96,9 +92,8 @@ void MessageListenerMap::removeListeners(QObject* owner)
     const QStringList types = d->typesByOwner.take(owner);
     for (const QString& type : types) {
         const auto listeners = d->listenersByType.find(type);
-        if (listeners == d->listenersByType.end()) {
+        if (listeners == d->listenersByType.end())
             continue;
-        }
         for (MessageStruct& entry : *listeners) {
             if (entry.ownerKey == owner) {
                 entry.removed = true;
@@ -106,9 +101,8 @@ void MessageListenerMap::removeListeners(QObject* owner)
             }
         }
     }
-    if (d->depth == 0 && d->sweepNeeded) {
+    if (d->depth == 0 && d->sweepNeeded)
         d->sweep();
-    }
 }
 
 void MessageListenerMap::sendMessage(const QString& type, iface::JsonReaderAttribute message)
@@ -122,17 +116,15 @@ void MessageListenerMap::sendMessage(const QString& type, iface::JsonReaderAttri
         }
         ~Dispatch()
         {
-            if (--state->depth == 0 && state->sweepNeeded) {
+            if (--state->depth == 0 && state->sweepNeeded)
                 state->sweep();
-            }
         }
         const std::shared_ptr<Private> state;
     };
 
     const auto listeners = d->listenersByType.find(type);
-    if (listeners == d->listenersByType.end()) {
+    if (listeners == d->listenersByType.end())
         return;
-    }
     const Dispatch dispatch(d);
     // What listeners read is no dependency of a computation in whose event loop the message arrives.
     const iface::ObservableTracker::Suspension untracked;
@@ -141,9 +133,8 @@ void MessageListenerMap::sendMessage(const QString& type, iface::JsonReaderAttri
     // As many as there are now: who registers from here on hears from the next message on.
     detail::MessageOrder::runMessage(int(listeners->size()), [&](int) {
         MessageStruct& entry = *next++;
-        if (entry.removed) {
+        if (entry.removed)
             return;
-        }
         if (!entry.owner) {
             entry.removed = true;
             state->sweepNeeded = true;
@@ -157,9 +148,8 @@ void MessageListenerMap::sendMessage(const QString& type, iface::JsonReaderAttri
 int MessageListenerMap::listenerCount(const QString& type) const
 {
     const auto listeners = d->listenersByType.constFind(type);
-    if (listeners == d->listenersByType.cend()) {
+    if (listeners == d->listenersByType.cend())
         return 0;
-    }
     return int(std::count_if(listeners->cbegin(), listeners->cend(), [](const auto& entry) { return !entry.removed; }));
 }
 

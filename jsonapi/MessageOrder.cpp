@@ -65,9 +65,8 @@ void MessageOrder::runMessage(int count, Call call, void* step)
     Message message = {order.newest, nullptr, &round};
     (order.newest ? order.newest->newer : order.oldest) = &message;
     order.newest = &message;
-    for (Message* earlier = order.oldest; earlier != &message; earlier = earlier->newer) {
+    for (Message* earlier = order.oldest; earlier != &message; earlier = earlier->newer)
         workOff(*earlier);
-    }
     workOff(message);
     order.newest = message.older;
     (message.older ? message.older->newer : order.oldest) = nullptr;
@@ -79,15 +78,12 @@ void MessageOrder::runParts(int count, Call call, void* step)
     Message* const message = state().current;
     iface::detail::FirstException own;
     Round round = {message ? message->innermost : nullptr, 0, count, call, step};
-    if (message) {
+    if (message)
         message->innermost = &round;
-    }
-    while (!round.isDone()) {
+    while (!round.isDone())
         round.runNext(message ? message->thrown : own);
-    }
-    if (message) {
+    if (message)
         message->innermost = round.around;
-    }
     own.rethrow();
 }
 

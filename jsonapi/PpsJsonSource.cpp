@@ -71,9 +71,8 @@ bool PpsJsonSource::readBool(void* node, iface::JsonChildIdentifier child, bool&
 bool PpsJsonSource::readLong(void* node, iface::JsonChildIdentifier child, long& value)
 {
     int number = 0;
-    if (!readInt(node, child, number)) {
+    if (!readInt(node, child, number))
         return false;
-    }
     value = number;
     return true;
 }

@@ -18,9 +18,8 @@ Reader enter(const JsonNodeReader* parent, JsonChildIdentifier child, int line)
         ZEL_IFACE_LOG("src/JsonSource", line, LogLevel::Error, LogCategory::General, u"NULL source!!"_s);
         return {};
     }
-    if (!parent->isValid()) {
+    if (!parent->isValid())
         return Reader(parent->source(), nullptr, false);
-    }
     bool ok = false;
     void* const node = parent->source()->push(parent->node(), child, ok);
     return Reader(parent->source(), node, ok);

@@ -27,9 +27,8 @@ public:
     bool isLeftOut(int index)
     {
         const QString key = m_keyAt(index);
-        if (key.isEmpty()) {
+        if (key.isEmpty())
             return true;
-        }
         const size_t hash = qHash(key, m_seed);
         const auto known = quint32(hash >> 32 ^ hash);
         size_t at = hash;
@@ -39,9 +38,8 @@ public:
                 slot = {known, index};
                 return false;
             }
-            if (slot.hash == known && m_keyAt(slot.index) == key) {
+            if (slot.hash == known && m_keyAt(slot.index) == key)
                 return true;
-            }
         }
     }
 

@@ -65,9 +65,8 @@ int LiveList<T, Key>::find(const QString& key) const
     if (m_indexDirty) {
         m_index.clear();
         m_index.reserve(int(this->m_list.size()));
-        for (const T& item : this->m_list) {
+        for (const T& item : this->m_list)
             m_index.append(m_adapter->elementToId(item));
-        }
         m_indexDirty = false;
     }
     return m_index.indexOf(key);
@@ -121,9 +120,8 @@ template <class T, class Key>
 void LiveList<T, Key>::addOrUpdate(const T& element, const QString& key)
 {
     const int index = find(key);
-    if (index == -1 && m_keys == Keys::Distinct && key.isEmpty()) {
+    if (index == -1 && m_keys == Keys::Distinct && key.isEmpty())
         return;
-    }
     if (index == -1) {
         m_indexDirty = true; // and stays so if only one of the two can be had
         m_index.append(key);
@@ -139,20 +137,17 @@ void LiveList<T, Key>::addOrUpdate(const T& element, const QString& key)
 template <class T, class Key>
 void LiveList<T, Key>::listChunk(iface::JsonObjectReader body)
 {
-    if (!isTransferring()) {
+    if (!isTransferring())
         return;
-    }
     const detail::KeepAlive keep(this);
     // A transfer of which a part is lost must not end as if it were whole. The list is asked for again.
     auto giveUp = qScopeGuard([this] { beginTransfer(Transfer::None); });
     const iface::JsonArrayReader elements = elementsOf(body);
-    for (int i = 0, n = elements.numChildren(); i < n; ++i) {
+    for (int i = 0, n = elements.numChildren(); i < n; ++i)
         m_received.append(m_adapter->jsonToElement(elements[i].object(), T()));
-    }
     if (isLast(body) && isFullList()) {
-        if (m_keys == Keys::Distinct) {
+        if (m_keys == Keys::Distinct)
             keepDistinct(m_received);
-        }
         m_received.squeeze();
     }
     giveUp.dismiss();
@@ -186,9 +181,8 @@ void LiveList<T, Key>::keepDistinct(QList<T>& received) const
                                   [&](int index) { return m_adapter->elementToId(received.at(index)); });
     QList<int> leftOut;
     for (int i = 0; i < int(received.size()); ++i) {
-        if (distinct.isLeftOut(i)) {
+        if (distinct.isLeftOut(i))
             leftOut.append(i);
-        }
     }
     int index = 0;
     auto next = leftOut.cbegin();
@@ -235,9 +229,8 @@ void LiveList<T, Key>::changeElement(const iface::JsonObjectReader& json)
         return;
     }
     const T changed = m_adapter->jsonToElement(json, this->m_list.at(index));
-    if (changed == this->m_list.at(index)) {
+    if (changed == this->m_list.at(index))
         return;
-    }
     const QString newKey = m_adapter->elementToId(changed);
     this->m_list[index] = changed;
     if (newKey != key) {
@@ -256,9 +249,8 @@ void LiveList<T, Key>::listRemove(iface::JsonObjectReader body)
     detail::MessageOrder::runParts(elements.numChildren(), [&](int i) {
         const QString key = m_adapter->idJsonToId(elements[i].object());
         const int index = find(key);
-        if (index == -1) {
+        if (index == -1)
             return;
-        }
         this->m_list.removeAt(index);
         m_index.remove(key);
         this->fireItemRemoved(index);

@@ -60,9 +60,8 @@ template <class Key, class T>
 bool LiveMap<Key, T>::requestData(const QList<Key>& keys)
 {
     // What there is of an answer may be of the batch before this one.
-    if (m_answer == Answer::OfBatch) {
+    if (m_answer == Answer::OfBatch)
         m_answer = Answer::OfOthers;
-    }
     requestListElements(keys, cookie());
     return true;
 }
@@ -72,9 +71,8 @@ void LiveMap<Key, T>::requestListElements(const QList<Key>& keys, const QString&
 {
     const auto request =
         iface::detail::makeShared<JsonWriter>(QStringLiteral("requestListElements"), QStringLiteral("zel"));
-    if (!cookie.isEmpty()) {
+    if (!cookie.isEmpty())
         request->addAttribute(QStringLiteral("cookie"), cookie);
-    }
     {
         const auto elements = request->addChild(QStringLiteral("elements"), JsonWriter::Array);
         QSharedPointer<JsonWriter> element;
@@ -96,9 +94,8 @@ void LiveMap<Key, T>::requestListChange(const QList<T>& elements)
         iface::detail::makeShared<JsonWriter>(QStringLiteral("requestListChange"), QStringLiteral("zel"));
     {
         const auto array = request->addChild(QStringLiteral("elements"), JsonWriter::Array);
-        for (const T& element : elements) {
+        for (const T& element : elements)
             m_adapter->elementToJson(element, array);
-        }
     }
     send(request);
 }
@@ -134,9 +131,8 @@ void LiveMap<Key, T>::listAdd(iface::JsonObjectReader body)
 template <class Key, class T>
 void LiveMap<Key, T>::listElements(iface::JsonObjectReader body)
 {
-    if (cookieOf(body) == cookie()) {
+    if (cookieOf(body) == cookie())
         m_answer = Answer::Nothing;
-    }
 }
 
 template <class Key, class T>
@@ -146,9 +142,8 @@ void LiveMap<Key, T>::listChunk(iface::JsonObjectReader body)
     const QList<T> records = parseElements(elementsOf(body));
     noteAnswered(records);
     typename Loader::Batch answered;
-    if (m_answer && isLast(body)) {
+    if (m_answer && isLast(body))
         answered = m_loader.takeAnswered(*std::exchange(m_answer, std::nullopt));
-    }
     // The next request goes out first of all, so that the service works on it meanwhile.
     const int count = int(records.size());
     detail::MessageOrder::runParts(count + 2, [&](int i) {
@@ -169,9 +164,8 @@ QList<T> LiveMap<Key, T>::parseElements(const iface::JsonArrayReader& elements)
     QList<T> records;
     const int count = elements.numChildren();
     records.reserve(count);
-    for (int i = 0; i < count; ++i) {
+    for (int i = 0; i < count; ++i)
         records.append(m_adapter->jsonToElement(elements[i].object(), T()));
-    }
     return records;
 }
 
@@ -179,9 +173,8 @@ QList<T> LiveMap<Key, T>::parseElements(const iface::JsonArrayReader& elements)
 template <class Key, class T>
 void LiveMap<Key, T>::noteAnswered(const QList<T>& records)
 {
-    if (!m_answer || records.isEmpty() || m_answer == Answer::OfBatch) {
+    if (!m_answer || records.isEmpty() || m_answer == Answer::OfBatch)
         return;
-    }
     const bool isOfBatch = std::any_of(records.cbegin(), records.cend(), [this](const T& record) {
         return m_loader.isInFlight(m_adapter->elementToId(record));
     });
@@ -198,9 +191,8 @@ void LiveMap<Key, T>::takeRecord(const T& record)
             isUntold = false;
             this->fireKeyChanged(key);
         });
-        if (isUntold) {
+        if (isUntold)
             this->fireKeyChanged(key);
-        }
     });
 }
 
@@ -220,9 +212,8 @@ void LiveMap<Key, T>::listChange(iface::JsonObjectReader body)
     detail::MessageOrder::runParts(elements.numChildren(), [&](int i) {
         const iface::JsonObjectReader json = elements[i].object();
         const Key key = m_adapter->idJsonToId(json);
-        if (m_loader.isLoaded(key)) {
+        if (m_loader.isLoaded(key))
             changeRecord(key, m_adapter->jsonToElement(json, m_loader.contents(key)));
-        }
     });
 }
 
