@@ -166,7 +166,7 @@ void Round::strikeOut(std::size_t placeOfMonitor)
 
 void Round::run()
 {
-    takeIn();
+    settleLists();
     m_isOpen = false;
     {
         const ObservableTracker::Suspension untracked;
@@ -181,7 +181,7 @@ void Round::run()
     m_thrown.rethrow();
 }
 
-void Round::takeIn()
+void Round::settleLists()
 {
     while (detail::DerivedList* const list = m_state.firstBehind) {
         leaveLine(*list);

@@ -74,9 +74,9 @@ QStringList announcedThroughAMap(const QString& words, const Items& before, cons
 }
 
 /// A list of keys seen through a map that a test edits, and what it announces: read by nobody, unlike with a mirror.
-struct Desk
+struct Labelled
 {
-    explicit Desk(const Items& firstKeys, int cacheLimit = Transformed<int, QString>::KeepsEverything)
+    explicit Labelled(const Items& firstKeys, int cacheLimit = Transformed<int, QString>::KeepsEverything)
         : keys(new EditableList<int>(firstKeys))
     {
         for (int key = 0; key < 10; ++key)
@@ -115,14 +115,14 @@ struct Chain
     void mend()
     {
         for (int key = 0; key < 10; ++key)
-            desk.map->set({{key, desk.map->contents.value(key) + u'.'}});
-        desk.keys->append(3);
+            labelled.map->set({{key, labelled.map->contents.value(key) + u'.'}});
+        labelled.keys->append(3);
         shortest->setValue(shortest->getValue() + 1);
         mirror = std::make_unique<ListMirror<QString>>(copy);
-        desk.keys->remove(0);
-        desk.map->set({{4, u"at last"_s}});
-        const QStringList all = desk.expected();
-        QCOMPARE(desk.list.toList(), all);
+        labelled.keys->remove(0);
+        labelled.map->set({{4, u"at last"_s}});
+        const QStringList all = labelled.expected();
+        QCOMPARE(labelled.list.toList(), all);
         QStringList some;
         std::copy_if(all.begin(), all.end(), std::back_inserter(some),
                      [this](const QString& text) { return fits(text); });
@@ -130,19 +130,19 @@ struct Chain
         QCOMPARE(copy.toList(), some);
         QCOMPARE(mirror->items(), some);
         QCOMPARE(mirror->complaint(), QString());
-        Items keys = desk.keys->items();
+        Items keys = labelled.keys->items();
         keys.removeIf([&](int key) { return key > some.size(); });
         QCOMPARE(fewKeys.toList(), keys);
     }
     bool fits(const QString& text) const { return text.size() >= shortest->getValue(); }
 
-    Desk desk{{1, 2, 3, 4}};
+    Labelled labelled{{1, 2, 3, 4}};
     NumberPointer shortest{new Number(1)};
     ObservableList<QString> longOnes =
-        FilteredObservableList<QString>::create(desk.list, [this](const QString& text) { return fits(text); });
+        FilteredObservableList<QString>::create(labelled.list, [this](const QString& text) { return fits(text); });
     ObservableList<QString> copy{new CachedObservableList<QString>(longOnes)};
     ObservableList<int> fewKeys = FilteredObservableList<int>::create(
-        ObservableList<int>(desk.keys.data()), [this](int key) { return key <= longOnes.size(); });
+        ObservableList<int>(labelled.keys.data()), [this](int key) { return key <= longOnes.size(); });
     std::unique_ptr<ListMirror<QString>> mirror;
 };
 
@@ -267,70 +267,71 @@ private Q_SLOTS:
 
     void computeAnItemWhenItIsReadAndOnce()
     {
-        Desk desk({3, 4, 5}, 2);
-        QCOMPARE(desk.list.size(), 3);
-        QCOMPARE(desk.map->gets, 0);
-        QCOMPARE(desk.list[1], u"4"_s);
-        desk.keys->remove(0);
-        desk.keys->insert(0, 9);
-        desk.keys->insert(0, 9);
-        QCOMPARE(desk.list.toList().mid(2), (QStringList{u"4"_s, u"5"_s})); // reads the new ones first: 4 is forgotten
-        QCOMPARE(desk.map->gets, 5);
-        desk.map->set({{9, u"nine"_s}}); // nobody has it any more
-        QCOMPARE(desk.takeUpdated(), Items());
-        desk.map->set({{5, u"five"_s}});
-        QCOMPARE(desk.takeUpdated(), Items{3});
+        Labelled labelled({3, 4, 5}, 2);
+        QCOMPARE(labelled.list.size(), 3);
+        QCOMPARE(labelled.map->gets, 0);
+        QCOMPARE(labelled.list[1], u"4"_s);
+        labelled.keys->remove(0);
+        labelled.keys->insert(0, 9);
+        labelled.keys->insert(0, 9);
+        QCOMPARE(labelled.list.toList().mid(2),
+                 (QStringList{u"4"_s, u"5"_s})); // reads the new ones first: 4 is forgotten
+        QCOMPARE(labelled.map->gets, 5);
+        labelled.map->set({{9, u"nine"_s}}); // nobody has it any more
+        QCOMPARE(labelled.takeUpdated(), Items());
+        labelled.map->set({{5, u"five"_s}});
+        QCOMPARE(labelled.takeUpdated(), Items{3});
         QTest::ignoreMessage(QtDebugMsg,
                              QRegularExpression(u"^LazyTransformedObservableList\\.h \\[ 101 \\]:  "
                                                 "\"?Index out of bounds accessing LazyTransformedObservableList!"_s));
-        QVERIFY(!desk.list.impl()->data({4}).isValid());
+        QVERIFY(!labelled.list.impl()->data({4}).isValid());
         // And hears only what the map announces under keys; without any, of all that it keeps.
-        desk.map->contents = {{5, u"fünf"_s}, {9, u"neun"_s}};
-        desk.map->fireMapChanged(MapChange());
-        QCOMPARE(desk.takeUpdated(), Items());
-        desk.map->fireMapChanged(MapChange::create(Items()));
-        QCOMPARE(desk.takeUpdated(), Items{3});
+        labelled.map->contents = {{5, u"fünf"_s}, {9, u"neun"_s}};
+        labelled.map->fireMapChanged(MapChange());
+        QCOMPARE(labelled.takeUpdated(), Items());
+        labelled.map->fireMapChanged(MapChange::create(Items()));
+        QCOMPARE(labelled.takeUpdated(), Items{3});
     }
 
     // Asked for 1 the map changes that very key, for 9 it adds a key, and for 8 takes away the one that is being read.
     void takeInWhatTheMapDoesWhileItIsAsked()
     {
-        const Desk desk({1, 2, 3});
-        const ListMirror<QString> mirror(desk.list);
+        const Labelled labelled({1, 2, 3});
+        const ListMirror<QString> mirror(labelled.list);
         bool isDone = false;
-        desk.map->whenAsked = [&](int key) {
+        labelled.map->whenAsked = [&](int key) {
             if (std::exchange(isDone, key == 1 || key > 7 || isDone))
                 return;
             if (key == 1)
-                desk.map->set({{1, u"again"_s}});
+                labelled.map->set({{1, u"again"_s}});
             else if (key == 9)
-                desk.keys->insert(0, 4);
+                labelled.keys->insert(0, 4);
             else if (key == 8)
-                desk.keys->remove(int(desk.keys->items().indexOf(8)));
+                labelled.keys->remove(int(labelled.keys->items().indexOf(8)));
         };
-        desk.map->contents = {{1, u"one"_s}, {2, u"two"_s}, {3, u"three"_s}};
+        labelled.map->contents = {{1, u"one"_s}, {2, u"two"_s}, {3, u"three"_s}};
         const std::function<void()> changes[] = {
             [&] {
-                desk.map->fireMapChanged(MapChange::create(Items{2, 1, 3}));
+                labelled.map->fireMapChanged(MapChange::create(Items{2, 1, 3}));
             },
-            [&] { desk.keys->append(1); },                                      // read for the first time
-            [&] { desk.keys->update(1, 9); }, [&] { desk.keys->update(0, 8); }, // another slides into its place
+            [&] { labelled.keys->append(1); },                                          // read for the first time
+            [&] { labelled.keys->update(1, 9); }, [&] { labelled.keys->update(0, 8); }, // another slides into its place
         };
         for (const auto& change : changes) {
             isDone = false;
             change();
             QVERIFY(isDone);
-            QCOMPARE(desk.list.toList(), desk.expected());
-            QCOMPARE(mirror.items(), desk.expected());
+            QCOMPARE(labelled.list.toList(), labelled.expected());
+            QCOMPARE(mirror.items(), labelled.expected());
             QCOMPARE(mirror.complaint(), QString());
         }
-        const Desk other({8}); // into whose place none slides
+        const Labelled other({8}); // into whose place none slides
         other.map->whenAsked = [&](int) { other.keys->remove(0); };
         QCOMPARE(other.list[0], QString());
-        const Desk reader({1, 2}); // whose map reads the list
+        const Labelled reader({1, 2}); // whose map reads the list
         reader.map->whenAsked = [&](int) { reader.list.toList(); };
         QCOMPARE(reader.list.toList(), reader.expected());
-        const Desk restless({7}); // whose map never comes to rest
+        const Labelled restless({7}); // whose map never comes to rest
         restless.map->whenAsked = [&](int key) { restless.map->set({{key, QString::number(restless.map->gets)}}); };
         const int last = restless.list[0].toInt();
         QCOMPARE(restless.map->gets, last + 1);
@@ -359,12 +360,12 @@ private Q_SLOTS:
     // What becomes of the items random graphs tell.
     void passOnWhatTheMapThrows()
     {
-        const Desk desk({1});
-        const CachedObservableList<QString> reader(desk.list);
-        desk.map->whenAsked = [](int) { throw std::runtime_error("no"); };
-        QVERIFY_THROWS_EXCEPTION(std::runtime_error, desk.map->set({{1, u"one"_s}}));
-        QVERIFY_THROWS_EXCEPTION(std::runtime_error, desk.keys->append(2)); // which the reader asks for
-        QVERIFY_THROWS_EXCEPTION(std::runtime_error, desk.list.toList());
+        const Labelled labelled({1});
+        const CachedObservableList<QString> reader(labelled.list);
+        labelled.map->whenAsked = [](int) { throw std::runtime_error("no"); };
+        QVERIFY_THROWS_EXCEPTION(std::runtime_error, labelled.map->set({{1, u"one"_s}}));
+        QVERIFY_THROWS_EXCEPTION(std::runtime_error, labelled.keys->append(2)); // which the reader asks for
+        QVERIFY_THROWS_EXCEPTION(std::runtime_error, labelled.list.toList());
     }
 
     void mayBeReadByTheMapThatMakesThem()
@@ -440,21 +441,21 @@ private Q_SLOTS:
     void areRightAgainAfterMemoryRanOut()
     {
         const std::function<void(Chain&)> steps[] = {
-            [](Chain& chain) { chain.desk.keys->insert(1, 7); },
-            [](Chain& chain) { chain.desk.keys->append(8); },
-            [](Chain& chain) { chain.desk.keys->update(2, 9); },
-            [](Chain& chain) { chain.desk.keys->remove(0); },
+            [](Chain& chain) { chain.labelled.keys->insert(1, 7); },
+            [](Chain& chain) { chain.labelled.keys->append(8); },
+            [](Chain& chain) { chain.labelled.keys->update(2, 9); },
+            [](Chain& chain) { chain.labelled.keys->remove(0); },
             [](Chain& chain) {
-                chain.desk.keys->rearrange({2, 1, 0, -1}, {0, 0, 0, 5});
+                chain.labelled.keys->rearrange({2, 1, 0, -1}, {0, 0, 0, 5});
             },
             [](Chain& chain) {
-                chain.desk.keys->replace({5, 4, 3, 2, 1, 6});
+                chain.labelled.keys->replace({5, 4, 3, 2, 1, 6});
             },
             [](Chain& chain) {
-                chain.desk.map->set({{1, u"22"_s}, {2, u""_s}, {3, u"333"_s}});
+                chain.labelled.map->set({{1, u"22"_s}, {2, u""_s}, {3, u"333"_s}});
             },
             [](Chain& chain) { chain.shortest->setValue(2); },
-            [](Chain& chain) { chain.desk.list.toList(); },
+            [](Chain& chain) { chain.labelled.list.toList(); },
         };
         failing::withMalloc = failing::withArrays = false;
         for (const auto& step : steps) {

@@ -72,7 +72,7 @@ private:
     std::size_t enter(MonitoredRun& run);
     Untold& nextUntold();
     void run();
-    void takeIn();
+    void settleLists();
     void tellNext(std::size_t place);
 
     State& m_state;
