@@ -15,6 +15,7 @@
 #include <boost/function.hpp>
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 namespace iface {
@@ -90,7 +91,8 @@ public:
     /// brings nothing ends the oldest request.
     Batch takeAnswered(Answer answer);
     /// Sends the next batch now if the waiting keys fill it, so that the other side works on it while the answer is
-    /// being stored, otherwise soon. A key that the answer brings unasked may be requested again.
+    /// being stored, otherwise, or if the other side answers before the function has returned, soon. A key that the
+    /// answer brings unasked may be requested again.
     void requestNext();
     /// What the answer brought has been stored: whatever of the batch did not come keeps its contents, and is asked for
     /// again like what has no answer, until it comes or an answer to nothing else brings nothing.
@@ -121,6 +123,8 @@ private:
     QList<EntryPointer> m_entries;
     detail::KeyIndex<K, Entry> m_index; // of them; ends first
     const LoadFunction m_loadFunction;
+    // Whether that is being called; it may drop the loader.
+    const std::shared_ptr<bool> m_isLoading = std::make_shared<bool>(false);
     const V m_defaultValue;
     const int m_batchLimit;
     // No duplicates: a key waits once, when its entry is made.

@@ -5,6 +5,7 @@
 #include <iface/detail/FirstException.h>
 
 #include <QtCore/QScopeGuard>
+#include <QtCore/QScopedValueRollback>
 
 #include <algorithm>
 #include <new>
@@ -164,6 +165,8 @@ void LazyLoader<K, V>::load(const QList<K>& keys)
 {
     // Called last and as a copy: the function may drop the loader.
     const LoadFunction function = m_loadFunction;
+    const auto isLoading = m_isLoading;
+    const QScopedValueRollback<bool> loading(*isLoading, true);
     function(keys);
 }
 
@@ -243,7 +246,7 @@ auto LazyLoader<K, V>::takeBatch() -> Batch
 template <class K, class V>
 void LazyLoader<K, V>::requestNext()
 {
-    if (!m_requestScheduled && isBatchWaiting())
+    if (!m_requestScheduled && !*m_isLoading && isBatchWaiting())
         performRequestAll();
     else
         requestAll();
