@@ -19,15 +19,19 @@ template <class Delegate>
 class PrivatePart : public QObject
 {
 public:
+    /// Whether the object may answer what it knows, as things stand.
     bool isAllowed() const { return mistakes::hasAccess(m_className, context) && delegate; }
+    /// Whether a request may go out; warns if not, by the name of the call.
     bool mayRequest(const char* where) const { return mistakes::mayRequest(where, context, isAllowed()); }
 
-    const QPointer<Context> context;
-    Delegate* const delegate; ///< null in an object that answers defaults for its life
+    const QPointer<Context> context; ///< null once it is gone
+    Delegate* const delegate;        ///< null in an object that answers defaults for its life
 
 protected:
+    /// How the bridge is asked for the delegate.
     using DelegateOf = Delegate* (ServiceBridge::*)() const;
 
+    /// For the public object of that name. Warns of one that is made in a way in which it can never do anything.
     PrivatePart(QObject* publicObject, const char* className, Context* givenContext, mistakes::Needs needs,
                 DelegateOf delegateOf)
         : QObject(publicObject)
