@@ -189,6 +189,8 @@ private Q_SLOTS:
         const Client first(m_path);
         QTRY_COMPARE(server.clients().size(), 1);
         const Client second(m_path);
+        const QSignalSpy tries(server.findChild<QSocketNotifier*>(),
+                               SIGNAL(activated(QSocketDescriptor, QSocketNotifier::Type)));
         rlimit limit;
         ::getrlimit(RLIMIT_NOFILE, &limit);
         const int lowestFree = ::dup(0);
@@ -197,8 +199,6 @@ private Q_SLOTS:
         ::setrlimit(RLIMIT_NOFILE, &none);
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"a client has to wait: Too many open files$"_s));
         QTest::failOnWarning(QRegularExpression(u"."_s)); // it is said once
-        const QSignalSpy tries(server.findChild<QSocketNotifier*>(),
-                               SIGNAL(activated(QSocketDescriptor, QSocketNotifier::Type)));
         QTRY_VERIFY(tries.size() > 2);
         QVERIFY(server.send(1, "served meanwhile"));
         ::setrlimit(RLIMIT_NOFILE, &limit);
