@@ -27,6 +27,9 @@ progress() {
     [ -z "$shown" ] || printf '\r\033[K'
 }
 
+# Without this the compiler's cache leaves alone what was compiled with precompiled headers.
+export CCACHE_SLOPPINESS="${CCACHE_SLOPPINESS:-pch_defines,time_macros}"
+
 # build PRESET [TARGET...]: configures and builds; shows how far it is, and what failed.
 build() {
     local preset=$1 log
@@ -35,8 +38,6 @@ build() {
     mkdir -p build
     ZEL_COMPILER_LAUNCHER=$(command -v ccache || true)
     export ZEL_COMPILER_LAUNCHER
-    # Without this the cache leaves alone what was compiled with precompiled headers.
-    export CCACHE_SLOPPINESS="${CCACHE_SLOPPINESS:-pch_defines,time_macros}"
     echo "Building ($preset) ..."
     cmake --preset "$preset" >"$log" 2>&1 || { tail -n 30 "$log" >&2; die "configuring failed, see $log"; }
     cmake --build --preset "$preset" ${1:+--target "$@"} 2>&1 | tee "$log" | progress || {

@@ -124,7 +124,7 @@ void DerivedList::itemThrew()
 
 DerivedList::Hold DerivedList::catchUp() const
 {
-    // It is busy when what it reads hangs on itself.
+    // It is busy when what it reads hangs on itself; whoever reads it then has it as it was.
     m_isHalfRead |= m_isBusy && m_isBehind;
     return t_behindCount > 0 && !m_isBusy ? const_cast<DerivedList*>(this)->settle() : Hold();
 }

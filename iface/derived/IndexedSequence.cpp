@@ -345,8 +345,7 @@ void IndexedSequence::split(int block, int offset)
     renumber(block + 1);
 }
 
-/// Or not, when there is no memory: sparse blocks do no harm.
-/// If there is a next one, and room is left for more; false if not.
+/// Tells whether it has: there may be no next one, too little room for both, or no memory. Sparse blocks do no harm.
 bool IndexedSequence::mergeWithNext(int block)
 {
     Part& part = m_parts[block];

@@ -75,6 +75,22 @@ private Q_SLOTS:
         QCOMPARE(f.pipe->sentCount(), 3);
     }
 
+    // However many there are, no request goes out within another.
+    void isNoDeeperForAServiceThatAnswersAtOnce()
+    {
+        Fixture f;
+        const QStringList keys = f.getMany(200);
+        int depth = 0;
+        int deepest = 0;
+        f.pipe->sending = [&] {
+            deepest = std::max(deepest, ++depth);
+            f.answer(f.pipe->takeSentInWords().last().split(u' ').mid(1, 20));
+            --depth;
+        };
+        QTRY_VERIFY(f.map->isLoaded(keys.last()));
+        QCOMPARE(deepest, 1);
+    }
+
     void asksInTurnsForWhatManyAnswersLeftOut()
     {
         const auto clock = FakeClock::install();
