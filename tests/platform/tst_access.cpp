@@ -25,7 +25,7 @@ QString answersOf(ContactService& service)
 }
 QString answersOf(ProfileBox& box)
 {
-    return words(box.items().size(), box.item(u"1"_s).id(), box.requestAddItem(u"x"_s, {}),
+    return words(box.items().size(), box.item(u"item-1"_s).id(), box.requestAddItem(u"x"_s, {}),
                  box.requestAddItem(u"x"_s, 7, {}), box.requestRemoveItem(u"1"_s), box.requestRemoveAllItems(),
                  box.requestRegisterIcon(1, ImageType::Png, "x"), box.requestRetrieveIcon(7));
 }
@@ -106,7 +106,7 @@ class TstAccess : public PlatformTest
 private Q_SLOTS:
     void withoutAServiceItIsBlockedByTheUser()
     {
-        m_service->goAway();
+        play(u"away"_s);
         const SlogCapture log(3);
         QLoggingCategory::setFilterRules(u"zel.platform.debug=true"_s);
         // An application that shows what it is told may use the library to do so.
@@ -142,42 +142,39 @@ private Q_SLOTS:
         QCOMPARE(warned(u"made without a context"_s), everybody);
         QCOMPARE(warned(u"there is no context"_s), requests);
 
-        m_service->heldBack = QStringList{u"permission"_s, u"requestUserAvatar"_s};
+        m_heldBack = {"\"permission\"", "requestUserAvatar"};
         m_context = std::make_unique<Context>(m_uuid);
         auto own = std::make_unique<Context>(m_uuid);
         Objects early(own.get());
-        QVERIFY(m_service->settle());
+        play(u"state Success"_s);
         QCOMPARE(shown(*own),
                  u"registrationState=Unknown accessAllowed=false ready=false zelSetup=false platformVersion=200"_s);
         QCOMPARE(early.working(), nobody);
         QCOMPARE(warned(u"made before access was allowed"_s),
                  QStringList({u"ApplicationPermissions"_s, u"ContactService"_s, u"UserProfile"_s}));
         QCOMPARE(warned(u"the service has not said yet"_s), requests);
-        QCOMPARE(m_service->written(), QByteArrayList());
-        m_service->tell(u"listAdd"_s, u"global"_s,
-                        R"({"name":"permission","value":{"registrationState":"Success","zelSetup":true}})");
-        QVERIFY(m_service->hears("requestUserAvatar"));
+        QCOMPARE(asked(), QByteArrayList());
+        m_heldBack = {"requestUserAvatar"};
+        askAgain();
         Objects hasty(own.get());
         QCOMPARE(warned(u"made before the context was ready"_s), QStringList{u"UserProfile"_s});
-        m_service->tellStream(u"first"_s, "bytes");
+        m_heldBack.clear();
+        askAgain();
         ready();
         QCOMPARE(early.working(), QStringList({u"ProfileBox"_s, u"Utils"_s}));
         QCOMPARE(warned(u"made before access was allowed, it refuses"_s).size(), 5);
 
         Objects timely(own.get());
         QCOMPARE(timely.working(), everybody);
-        m_service->changeState(u"TemporaryError"_s);
-        QVERIFY(m_service->settle());
-        m_service->written();
+        play(u"state TemporaryError"_s);
+        asked();
         QCOMPARE(timely.working(), nobody);
         QCOMPARE(warned(u"access is not allowed, the registration state is TemporaryError"_s), requests);
-        QCOMPARE(m_service->written(), QByteArrayList());
-        m_service->changeState(u"Success"_s);
-        QVERIFY(m_service->settle());
+        QCOMPARE(asked(), QByteArrayList());
+        play(u"state Success"_s);
         QCOMPARE(timely.working(), everybody);
         const ApplicationPermissions permissions(own.get());
-        m_service->changePermission(R"({"showAppBox":true,"zelInvites":false})");
-        QVERIFY(m_service->settle());
+        play(u"permission zelInvites off"_s);
         QCOMPARE(answersOf(permissions), u"Allowed Denied"_s);
         QCOMPARE(permissions.permissionValue(static_cast<Permission::Type>(3)), PermissionValue::Denied); // is none
         own.reset();

@@ -21,15 +21,13 @@ private Q_SLOTS:
         for (QString row : rows.split(u',')) {
             const bool isAllowed = row.endsWith(u'+');
             row.remove(u'+');
-            m_service->changeState(row.section(u'=', 0, 0));
-            QVERIFY(m_service->settle());
+            play(u"state '%1'"_s.arg(row.section(u'=', 0, 0)));
             QCOMPARE(words(m_context->registrationState(), m_context->isAccessAllowed()),
                      row.section(u'=', -1) + u" false"_s);
             QCOMPARE(m_context->requestRegisterApplication(), isAllowed);
             QCOMPARE(m_context->requestRegisterApplicationSilent(), isAllowed);
-            QCOMPARE(m_service->written(), isAllowed
-                                               ? QByteArrayList({request, QByteArray(request).replace("false", "true")})
-                                               : QByteArrayList());
+            QCOMPARE(asked(), isAllowed ? QByteArrayList({request, QByteArray(request).replace("false", "true")})
+                                        : QByteArrayList());
         }
     }
 
@@ -38,23 +36,20 @@ private Q_SLOTS:
         begin();
         const Context second(QUuid::createUuid());
         m_heard->follow(second, [] { return u"second"_s; });
-        m_service->changeState(u"Pending"_s);
-        m_service->changeState(u"Pending"_s);
-        m_service->changePermission(R"({"zelInvites":false,"zelSetup":false})");
-        QVERIFY(m_service->settle());
+        play(u"state Pending; state Pending; permission zelInvites off; permission zelSetup off"_s);
         const QString told = u"registrationStateUpdated "_s;
         QCOMPARE(m_heard->take(), QStringList({told + u"Pending"_s, told + u"Pending | second"_s}));
         QVERIFY(!m_context->isZelSetup());
         // A UUID that is refused in a slot of the first is no state, of which the second would hear.
         const auto refused = [] { QVERIFY(!Context({}).requestRegisterApplication()); };
         connect(m_context.get(), &Context::registrationStateUpdated, this, refused, Qt::SingleShotConnection);
-        m_service->changeState(u"Expired"_s);
-        QTRY_COMPARE(m_heard->lines(), QStringList({told + u"Expired"_s, told + u"InvalidUuid"_s,
-                                                    told + u"InvalidUuid | second"_s, told + u"Expired | second"_s}));
+        play(u"state Expired"_s);
+        QCOMPARE(m_heard->lines(), QStringList({told + u"Expired"_s, told + u"InvalidUuid"_s,
+                                                told + u"InvalidUuid | second"_s, told + u"Expired | second"_s}));
 
         const Context late(m_uuid); // hears only of what changes
         const QSignalSpy heard(&late, &Context::registrationStateUpdated);
-        QVERIFY(m_service->settle());
+        settle();
         QCOMPARE(late.registrationState(), RegistrationState::Expired);
         QCOMPARE(heard.size(), 0);
     }
@@ -69,24 +64,18 @@ private Q_SLOTS:
             whenReady(context, receiver, [this, line] { m_heard->add(line); });
         };
         wait(&later, this, u"at once"_s);
-        m_service->changeState(u"NoDataConnection"_s);
-        m_service->changeState(u"Pending"_s);
-        QVERIFY(m_service->settle());
+        play(u"state NoDataConnection; state Pending"_s);
         // The first who hears of it has a dialog open, in which it is over again.
         whenReady(&later, this, [&] {
-            m_service->changeState(u"Pending"_s);
-            QVERIFY(m_service->settle());
+            play(u"state Pending"_s);
             m_heard->add(u"closed"_s);
         });
         wait(&later, this, u"function"_s);
         whenReady(&later, this, &TstContext::noteMember);
         wait(&later, std::make_unique<QObject>().get(), u"receiver gone"_s);
         wait(std::make_unique<Context>(m_uuid).get(), this, u"context gone"_s);
-        m_service->changeState(u"Success"_s);
-        QTRY_VERIFY(m_heard->lines().contains(u"closed"_s));
-        QVERIFY(m_service->settle());
-        m_service->changeState(u"Success"_s);
-        QVERIFY(m_service->settle());
+        play(u"state Success"_s);
+        play(u"state Success"_s);
         const QString told = m_heard->lines().join(u", "_s).remove(u"registrationStateUpdated "_s);
         QCOMPARE(told, u"at once, NoDataConnection | false, readyChanged | false, Pending | false, "
                        "Allowed | true, readyChanged | true, Pending | false, readyChanged | false, closed, "
@@ -98,8 +87,7 @@ private:
     void begin()
     {
         m_context = std::make_unique<Context>(m_uuid);
-        QSignalSpy states(m_context.get(), &Context::registrationStateUpdated);
-        QTRY_VERIFY(!states.isEmpty());
+        settle();
         m_heard = std::make_unique<Heard>();
         m_heard->follow(*m_context);
     }

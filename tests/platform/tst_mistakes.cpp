@@ -17,25 +17,23 @@ class TstMistakes : public PlatformTest
 private Q_SLOTS:
     void whatARegistrationHasToWaitFor()
     {
-        m_service->heldBack = QStringList{u"permission"_s};
+        m_heldBack = {"\"permission\""};
         Context context(m_uuid);
-        QVERIFY(m_service->settle());
+        settle();
         const auto request = [&context] { context.requestRegisterApplicationSilent(); };
         tell({{request, "Context::requestRegisterApplication: the service has not said yet"},
               {[] { Context({}).requestRegisterApplication(); },
                "Context::requestRegisterApplication: the UUID is null"},
               {[&] { whenReady(static_cast<Context*>(nullptr), this, [] {}); }, "whenReady: there is no context"}});
-        m_service->tell(u"listAdd"_s, u"global"_s,
-                        R"({"name":"permission","value":{"registrationState":"Unregistered"}})");
-        QVERIFY(m_service->settle());
+        m_heldBack.clear();
+        askAgain();
         QVERIFY(context.requestRegisterApplication());
         const std::pair<const char*, const char*> rows[] = {
             {"Pending", "Context::requestRegisterApplication: a registration is under way"},
             {"Expired", "the registration state is Expired, which does not"},
             {"Success", "the application is registered already"}};
         for (const auto& [state, reason] : rows) {
-            m_service->changeState(QString::fromLatin1(state));
-            QVERIFY(m_service->settle());
+            play(u"state "_s + QLatin1String(state));
             tell({{request, reason}});
         }
         tell({{[] { Context(QUuid::createUuid()).requestRegisterApplication(); },
@@ -99,8 +97,7 @@ private Q_SLOTS:
                },
                "Utils: used from another thread|ContactService: used from another thread|Context: used from another "
                "thread"}});
-        m_service->changePermission(R"({"showAppBox":false})");
-        QVERIFY(m_service->settle());
+        play(u"permission showAppBox off"_s);
         tell({{[&] { add(u"x"_s, {}); }, "ProfileBox::requestAddItem: the user does not allow"}});
     }
 

@@ -16,19 +16,14 @@ private Q_SLOTS:
         QCOMPARE(
             shown(profile),
             u"displayName=Ada personalMessage=Hello status=Available statusMessage=here ppId=my-ppid handle=my-handle "
-            "displayPictureMimeType=Png displayPicture=first picture applicationVersion=1.2 "
+            "displayPictureMimeType=Gif displayPicture=GIF89a applicationVersion=1.2 "
             "zelVersion=77 sdkVersion=200"_s);
         Heard heard; // each change once and in order, and each value is shown before it is announced
         heard.follow(profile, [&] {
             return words(profile.displayName(), profile.personalMessage(), profile.status(), profile.statusMessage());
         });
-        m_service->changeProfile(
-            R"({"showBusy":true,"currentStatus":"out","personalMessage":"Bye","displayName":"A"})");
-        m_service->changeProfile(
-            R"({"showBusy":true,"currentStatus":"out","personalMessage":"Bye","displayName":"A"})");
-        m_service->changeProfile(R"({"currentStatus":"far out"})");
-        m_service->changeProfile(R"({"ppid":"other","handle":"other","appVersion":"9","clientVersion":9})");
-        QVERIFY(m_service->settle());
+        play(u"duplicate listChange; profile showBusy=on statusMessage=out personalMessage=Bye displayName=A; profile "
+             "statusMessage 'far out'; profile ppId=other handle=other appVersion=9 clientVersion=9"_s);
         QCOMPARE(heard.lines().filter(u"Updated"_s),
                  QStringList({u"displayNameUpdated A | A Hello Available here"_s,
                               u"personalMessageUpdated Bye | A Bye Available here"_s,
@@ -48,11 +43,11 @@ private Q_SLOTS:
         QVERIFY(profile.requestUpdateStatus(UserStatus::Busy, u"x"_s));
         for (const int status : {0, 1, 3}) // whatever is not busy is available
             QVERIFY(profile.requestUpdateStatus(static_cast<UserStatus::Type>(status), {}));
-        const QByteArray available = changeRequest(R"({"currentStatus":"","showBusy":false})");
-        QCOMPARE(m_service->written(), QByteArrayList({changeRequest("{\"personalMessage\":\"\\\"y\\\"\\n\"}"),
-                                                       changeRequest(R"({"currentStatus":"x","showBusy":true})"),
-                                                       available, available, available}));
         QCOMPARE(profile.statusMessage(), u"here"_s); // shown when the service has taken it
+        const QByteArray available = changeRequest(R"({"currentStatus":"","showBusy":false})");
+        QCOMPARE(asked(), QByteArrayList({changeRequest("{\"personalMessage\":\"\\\"y\\\"\\n\"}"),
+                                          changeRequest(R"({"currentStatus":"x","showBusy":true})"), available,
+                                          available, available}));
     }
 
     void carriesAPictureUnderItsType()
@@ -68,9 +63,7 @@ private Q_SLOTS:
             QVERIFY(profile.requestUpdateDisplayPicture(type, mimeType));
             const QByteArray hash = QCryptographicHash::hash(mimeType, QCryptographicHash::Sha1).toHex();
             const QByteArray change = "{\"avatarId\":\"" + hash + "\",\"avatarMimeType\":\"" + mimeType + "\"}";
-            QCOMPARE(m_service->written(), QByteArrayList{changeRequest(change)});
-            m_service->changeProfile(change);
-            QVERIFY(m_service->settle());
+            QCOMPARE(asked(), QByteArrayList{changeRequest(change)});
             QCOMPARE(words(profile.displayPictureMimeType(), profile.displayPicture()),
                      words(type == ImageType::Unsupported ? ImageType::Jpg : type, mimeType));
         }
@@ -81,10 +74,7 @@ private Q_SLOTS:
         const UserProfile profile(ready());
         Heard heard;
         heard.follow(profile, [&] { return profile.displayName(); });
-        m_service->changeState(u"TemporaryError"_s);
-        m_service->changeProfile(R"({"displayName":"Anew"})");
-        m_service->changeState(u"Success"_s);
-        QVERIFY(m_service->settle());
+        play(u"state TemporaryError; profile displayName=Anew; state Success"_s);
         QCOMPARE(heard.lines(), QStringList({u"profileChanged | "_s, u"displayNameUpdated Anew | "_s,
                                              u"profileChanged | "_s, u"profileChanged | Anew"_s}));
         QCOMPARE(profile.handle(), u"my-handle"_s);

@@ -58,7 +58,7 @@ private Q_SLOTS:
     {
         ContactService contacts(ready());
         check(contacts.contact(u"ada"_s), u"Contact(\"ada\", \"Ada\", Busy)"_s);
-        check(ProfileBox(m_context.get()).item(u"1"_s), u"ProfileBoxItem(\"1\", \"one\", icon 7)"_s);
+        check(ProfileBox(m_context.get()).item(u"item-1"_s), u"ProfileBoxItem(\"item-1\", \"one\", icon 7)"_s);
     }
 
 private:
