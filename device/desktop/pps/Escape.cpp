@@ -87,9 +87,11 @@ void appendJsonEscape(TextBuffer& text, char character)
 
 void appendJsonString(TextBuffer& text, std::string_view value)
 {
-    text.append('"');
     const char* from = value.data();
     const char* const end = from + value.size();
+    if (skipPlain(from, end) == end) // as nearly every text is
+        return text.appendQuoted(value.data(), value.size());
+    text.append('"');
     while (from != end) {
         const char* const plainEnd = skipPlain(from, end);
         text.append(from, static_cast<size_t>(plainEnd - from));

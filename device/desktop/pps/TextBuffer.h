@@ -41,6 +41,16 @@ public:
         append(literal, N - 1);
     }
     void append(char character) { append(&character, 1); }
+    void appendQuoted(const char* text, size_t length)
+    {
+        char* const place = grow(length + 2);
+        if (!place)
+            return;
+        place[0] = '"';
+        if (length > 0)
+            std::memcpy(place + 1, text, length);
+        place[length + 1] = '"';
+    }
 
 private:
     char* grow(size_t length)
