@@ -35,6 +35,10 @@ QList<QCommandLineOption> ServiceOptions::all()
 
 QString ServiceOptions::read(const QCommandLineParser& parser)
 {
+    for (const QCommandLineOption& option : {rootOption, scenarioOption, recordOption}) {
+        if (parser.isSet(option) && parser.value(option).isEmpty())
+            return u"--%1 is empty."_s.arg(option.names().constFirst());
+    }
     bool areContacts = false;
     bool isSeed = false;
     root = parser.isSet(rootOption) ? parser.value(rootOption) : usualRoot();
