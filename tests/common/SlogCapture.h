@@ -4,7 +4,7 @@
 #include <slog/reload.h>
 
 #include <QtCore/QByteArray>
-#include <QtCore/QString>
+#include <QtCore/QRegularExpression>
 #include <QtCore/QStringList>
 
 #include <cstdio>
@@ -41,16 +41,10 @@ public:
     /// Each line so far as "severity: text".
     QStringList lines() const
     {
-        const QByteArray mark("zelplatform[severity ");
+        static const QRegularExpression mark(QStringLiteral("^zelplatform\\[severity (\\d)\\]"));
         QByteArray text(static_cast<qsizetype>(::lseek(m_file, 0, SEEK_END)), '\0');
         text.truncate(::pread(m_file, text.data(), static_cast<size_t>(text.size()), 0));
-        QStringList lines;
-        for (const QByteArray& line : text.split('\n')) {
-            if (line.startsWith(mark))
-                lines.append(
-                    QString::fromUtf8(line.mid(mark.size())).replace(QStringLiteral("]: "), QStringLiteral(": ")));
-        }
-        return lines;
+        return QString::fromUtf8(text).split(u'\n').filter(mark).replaceInStrings(mark, QStringLiteral("\\1"));
     }
 
 private:

@@ -6,15 +6,11 @@
 #include <utility>
 #include <vector>
 
-namespace {
-
-std::vector<std::pair<const char*, testmain::Run>>& tests()
+static auto& tests()
 {
     static std::vector<std::pair<const char*, testmain::Run>> tests;
     return tests;
 }
-
-} // namespace
 
 bool testmain::add(const char* name, Run run)
 {

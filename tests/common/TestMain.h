@@ -17,18 +17,16 @@ using Run = int (*)(int argc, char** argv);
 bool add(const char* name, Run run);
 
 template <typename Test>
-int run(int argc, char** argv)
-{
-    const QCoreApplication application(argc, argv);
-    Test test;
-    return QTest::qExec(&test, argc, argv);
-}
-
-template <typename Test>
 int runWithoutApplication(int argc, char** argv)
 {
     Test test;
     return QTest::qExec(&test, argc, argv);
+}
+template <typename Test>
+int run(int argc, char** argv)
+{
+    const QCoreApplication application(argc, argv);
+    return runWithoutApplication<Test>(argc, argv);
 }
 
 } // namespace testmain

@@ -28,18 +28,13 @@ namespace {
 constexpr auto objectPath = "/pps/services/test/object";
 
 // A descriptor as an application holds it: plain read, write, close.
-class Object
+struct Object : RawEnd
 {
-public:
     explicit Object(const char* name = objectPath, int flags = O_RDWR)
-        : descriptor(pps_object_open(name, flags))
+        : RawEnd(pps_object_open(name, flags))
         , error(descriptor == -1 ? errno : 0)
     {
     }
-    ~Object() { close(); }
-    Q_DISABLE_COPY(Object)
-
-    void close() { ::close(std::exchange(descriptor, -1)); }
     bool write(const QByteArray& record) const
     {
         return ::write(descriptor, record.constData(), size_t(record.size())) == record.size();
@@ -50,11 +45,9 @@ public:
         int bytes = -1;
         return ::ioctl(descriptor, TIOCOUTQ, &bytes) == 0 ? bytes : -1;
     }
-    bool isReadable() const { return RawServer::isReadable(descriptor); }
     // One read of 64 KiB, as the library does it.
-    QByteArray read() const { return RawServer::awaitFrom(descriptor, 65536); }
+    QByteArray read() const { return receive(5000, 65536); }
 
-    int descriptor;
     const int error;
 };
 
@@ -187,7 +180,7 @@ private Q_SLOTS:
                 server.accept(0); // it may have come as far as that
             }
             object.reset();
-            server.hangUp();
+            server.close();
             QTRY_COMPARE(entries(u"/proc/self/fd"_s).size(), descriptors);
         };
         QVERIFY(failing::eachInTurn([] { return std::make_unique<std::unique_ptr<Object>>(); }, open, check) > 3);
@@ -224,14 +217,14 @@ private Q_SLOTS:
         QVERIFY(said < 200); // it is held back, and the other direction is free
         QVERIFY(served.object.write("meanwhile"));
         QCOMPARE(served.server.receive(), QByteArray("meanwhile"));
-        served.server.hangUp();
+        served.server.close();
         QVERIFY(served.server.accept());
         QVERIFY(served.object.write("heard"));
         QCOMPARE(served.server.receive(), QByteArray("heard"));
         served.server.sendAll(&said, 35000);
         QVERIFY(served.object.write("unread"));
         QTRY_COMPARE(served.object.waiting(), 0);
-        served.server.hangUp();
+        served.server.close();
         for (int i = 0; i < said; ++i)
             QCOMPARE(served.object.read(), numbered(i, 35000));
         QVERIFY(served.server.accept());
@@ -249,7 +242,7 @@ private Q_SLOTS:
             QVERIFY(served.server.accept());
         // The first call is the opening; the others come one by one.
         QVERIFY2(timer.elapsed() >= 500, qPrintable(QString::number(timer.elapsed())));
-        ::shutdown(served.server.client(), SHUT_RDWR);
+        ::shutdown(served.server.descriptor, SHUT_RDWR);
         for (int i = 0; i < 100; ++i) {
             QVERIFY(served.object.write("into the dark"));
             if (i == 50)
@@ -283,7 +276,7 @@ private Q_SLOTS:
         for (int i = 0; i < count; ++i)
             QVERIFY(object.write(numbered(i, size)));
         QTRY_COMPARE(object.waiting(), 0);
-        server.hangUp();
+        server.close();
         QVERIFY(server.accept());
         QVERIFY(object.write("begins anew"));
         QCOMPARE(server.receive(), QByteArray("begins anew"));

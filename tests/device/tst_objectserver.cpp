@@ -23,22 +23,7 @@ using vx::system::ObjectServer;
 
 namespace {
 
-class Client
-{
-public:
-    explicit Client(const QString& path)
-        : descriptor(RawServer::connectTo(path))
-    {
-    }
-    ~Client() { ::close(descriptor); }
-    Q_DISABLE_COPY(Client)
-
-    bool send(const QByteArray& record) const { return RawServer::sendTo(descriptor, record); }
-    // Empty at the end of the connection.
-    QByteArray receive() const { return RawServer::awaitFrom(descriptor); }
-
-    const int descriptor;
-};
+using Client = RawEnd;
 
 struct Listening : ObjectServer
 {
