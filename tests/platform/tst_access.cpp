@@ -55,45 +55,33 @@ class Objects
 {
 public:
     explicit Objects(Context* context)
-        : m_permissions(context)
-        , m_contacts(context)
-        , m_box(context)
-        , m_profile(context)
-        , m_utils(context)
+        : m_all(context, context, context, context, context)
     {
     }
 
     /// The names of those that answer anything else than defaults. Whatever warns of it does so once.
     QStringList working()
     {
-        m_names.clear();
-        for (int time = 0; time < 2; ++time) {
-            note(m_permissions, "Denied Denied");
-            note(m_contacts, "valid=false complete=false contactCount=0 0  false false false false");
-            note(m_box, "itemCount=0 registeredIcons= 0  false false false false false false");
-            note(m_profile, "displayName= personalMessage= status=Available statusMessage= ppId= handle= "
-                            "displayPictureMimeType=Unsupported displayPicture= applicationVersion= zelVersion=0 "
-                            "sdkVersion=200 false false false");
-            note(m_utils, "false false false false");
-        }
-        m_names.removeDuplicates();
-        return m_names;
+        QStringList names;
+        for (int time = 0; time < 2; ++time)
+            std::apply([&](auto&... objects) { (note(objects, names), ...); }, m_all);
+        names.removeDuplicates();
+        return names;
     }
 
 private:
     template <class Public>
-    void note(Public& object, const char* defaults)
+    static void note(Public& object, QStringList& names)
     {
-        if ((shown(object) + u' ' + answersOf(object)).trimmed() != QLatin1String(defaults))
-            m_names.append(QString::fromLatin1(Public::staticMetaObject.className()).section(u"::"_s, -1));
+        static const QStringList defaults{{},          u"false"_s,     u"0"_s,          u"200"_s,
+                                          u"Denied"_s, u"Available"_s, u"Unsupported"_s};
+        for (const QString& answer : (shown(object) + u' ' + answersOf(object)).split(u' ')) {
+            if (!defaults.contains(answer.section(u'=', -1)))
+                names.append(QString::fromLatin1(Public::staticMetaObject.className()).section(u"::"_s, -1));
+        }
     }
 
-    ApplicationPermissions m_permissions;
-    ContactService m_contacts;
-    ProfileBox m_box;
-    UserProfile m_profile;
-    Utils m_utils;
-    QStringList m_names;
+    std::tuple<ApplicationPermissions, ContactService, ProfileBox, UserProfile, Utils> m_all;
 };
 
 } // namespace

@@ -1,0 +1,177 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "PlatformTest.h"
+
+#include <vx/platform/zel/ProfileBox.h>
+#include <vx/platform/zel/UserProfile.h>
+
+#include <QtCore/QCryptographicHash>
+
+/// What profile, contacts and box show and announce, and how changes go out.
+class TstRecords : public PlatformTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void theProfileShowsAndAnnouncesFieldByField()
+    {
+        const UserProfile profile(ready());
+        QCOMPARE(
+            shown(profile),
+            u"displayName=Ada personalMessage=Hello status=Available statusMessage=here ppId=my-ppid handle=my-handle "
+            "displayPictureMimeType=Gif displayPicture=GIF89a applicationVersion=1.2 zelVersion=77 sdkVersion=200"_s);
+        Heard heard; // each change once and in order, and each value is shown before it is announced
+        heard.follow(profile, [&] {
+            return words(profile.displayName(), profile.personalMessage(), profile.status(), profile.statusMessage());
+        });
+        play(u"duplicate listChange; profile showBusy=on statusMessage=out personalMessage=Bye displayName=A; profile "
+             "statusMessage 'far out'; profile ppId=other handle=other appVersion=9 clientVersion=9"_s);
+        QCOMPARE(heard.lines().filter(u"Updated"_s),
+                 QStringList({u"displayNameUpdated A | A Hello Available here"_s,
+                              u"personalMessageUpdated Bye | A Bye Available here"_s,
+                              u"statusUpdated Busy out | A Bye Busy out"_s,
+                              u"statusUpdated Busy far out | A Bye Busy far out"_s}));
+        // What never changes is kept.
+        const auto kept = [](const UserProfile& p) {
+            return words(p.ppId(), p.handle(), p.applicationVersion(), p.zelVersion());
+        };
+        QCOMPARE(kept(profile), u"my-ppid my-handle 1.2 77"_s);
+        QCOMPARE(kept(UserProfile(m_context.get())), u"other other 9 9"_s);
+    }
+
+    void theProfileShowsWhatChangedWhileAccessWasLost()
+    {
+        const UserProfile profile(ready());
+        Heard heard;
+        heard.follow(profile, [&] { return profile.displayName(); });
+        play(u"state TemporaryError; profile displayName=Anew; state Success"_s);
+        QCOMPARE(heard.lines(), QStringList({u"profileChanged | "_s, u"displayNameUpdated Anew | "_s,
+                                             u"profileChanged | "_s, u"profileChanged | Anew"_s}));
+        QCOMPARE(profile.handle(), u"my-handle"_s);
+    }
+
+    void onlyTheFieldsThatChangeGoOut()
+    {
+        UserProfile profile(ready());
+        QVERIFY(profile.requestUpdatePersonalMessage(u"\"y\"\n"_s));
+        QVERIFY(profile.requestUpdateStatus(UserStatus::Busy, u"x"_s));
+        for (const int status : {0, 1, 3}) // whatever is not busy is available
+            QVERIFY(profile.requestUpdateStatus(static_cast<UserStatus::Type>(status), {}));
+        QCOMPARE(profile.statusMessage(), u"here"_s); // shown when the service has taken it
+        const QByteArray available = changeRequest(R"({"currentStatus":"","showBusy":false})");
+        QCOMPARE(asked(), QByteArrayList({changeRequest("{\"personalMessage\":\"\\\"y\\\"\\n\"}"),
+                                          changeRequest(R"({"currentStatus":"x","showBusy":true})"), available,
+                                          available, available}));
+    }
+
+    void aPictureGoesOutUnderItsType()
+    {
+        UserProfile profile(ready());
+        // Longer than can be counted on the way: it would go out cut. Nobody looks at its bytes.
+        QVERIFY(!profile.requestUpdateDisplayPicture(ImageType::Png, QByteArray::fromRawData("x", 0x100000001)));
+        const std::pair<ImageType::Type, QByteArray> rows[] = {{ImageType::Png, "image/png"},
+                                                               {ImageType::Gif, "image/gif"},
+                                                               {ImageType::Bmp, "image/bmp"},
+                                                               {ImageType::Unsupported, "image/jpeg"}};
+        for (const auto& [type, mimeType] : rows) {
+            QVERIFY(profile.requestUpdateDisplayPicture(type, mimeType));
+            const QByteArray hash = QCryptographicHash::hash(mimeType, QCryptographicHash::Sha1).toHex();
+            QCOMPARE(asked(), QByteArrayList{changeRequest("{\"avatarId\":\"" + hash + "\",\"avatarMimeType\":\"" +
+                                                           mimeType + "\"}")});
+            QCOMPARE(words(profile.displayPictureMimeType(), profile.displayPicture()),
+                     words(type == ImageType::Unsupported ? ImageType::Jpg : type, mimeType));
+        }
+    }
+
+    void contactsAreAnnouncedOnceInAllAndThenAsTheyComeAndGo()
+    {
+        m_heldBack = {"platformContact"};
+        m_context = std::make_unique<Context>(m_uuid);
+        play(u"state Success"_s);
+        const ContactService contacts(m_context.get());
+        Heard heard;
+        heard.follow(contacts, [&] { return all(contacts); });
+        QCOMPARE(shown(contacts), u"valid=true complete=false contactCount=0"_s);
+        m_heldBack.clear();
+        askAgain();
+        const QString three = u" | true true 3 ada=Ada bea=bea cem=cem"_s;
+        QCOMPARE(heard.take(), QStringList({u"contactListUpdated"_s + three, u"completeChanged"_s + three,
+                                            u"contactCountChanged"_s + three}));
+
+        const ContactService later(m_context.get());
+        QVERIFY(later.isComplete());
+        QCOMPARE(later.contacts(), contacts.contacts());
+        play(u"contact add abe"_s);
+        QVERIFY(later.hasApplication(u"abe"_s));
+        play(u"contact uninstall abe"_s);
+        const QString four = u" | true true 4 abe=abe ada=Ada bea=bea cem=cem"_s; // whoever has left is still a contact
+        QCOMPARE(heard.take(), // the others hear of a list that is read for one
+                 QStringList({u"contactListUpdated"_s + three, u"applicationEnabled abe"_s + four,
+                              u"contactCountChanged"_s + four, u"applicationDisabled abe"_s + four}));
+
+        play(u"state TemporaryError"_s);
+        QCOMPARE(heard.lines(), QStringList({u"validChanged | false false 0"_s, u"completeChanged | false false 0"_s,
+                                             u"contactCountChanged | false false 0"_s}));
+    }
+
+    void theLaterOfTwoContactsWithOneHandleCounts()
+    {
+        ContactService contacts(ready());
+        play(
+            uR"(send listAdd '{"type":"platformUser","elements":[{"userId":"u","handle":"cem","displayName":"Twin"}]}')"_s);
+        play(uR"(send listAdd '{"type":"platformContact","elements":[{"userId":"u"}]}')"_s);
+        for (int time = 0; time < 2; ++time) { // as it comes, and when the list is read anew
+            QCOMPARE(all(contacts), u"true true 3 ada=Ada bea=bea cem=Twin"_s);
+            QVERIFY(contacts.refresh());
+        }
+    }
+
+    void theBoxShowsWhatItHoldsAndAnnouncesWhatComesAndGoes()
+    {
+        m_context = std::make_unique<Context>(m_uuid);
+        ProfileBox box(m_context.get());
+        Heard heard;
+        heard.follow(box, [&] {
+            QString ids;
+            for (const ProfileBoxItem& item : box.items())
+                ids += item.id().section(u'-', 1);
+            return words(box.itemCount(), ids, box.registeredIcons().size());
+        });
+        settle();
+        ready();
+        QCOMPARE(heard.take(), // what it held before
+                 QStringList({u"itemCountChanged | 2 12 1"_s, u"registeredIconsChanged | 2 12 1"_s}));
+        QCOMPARE(box.item(u"item-1"_s), box.items().at(0));
+        QCOMPARE(box.item(u"none"_s), ProfileBoxItem());
+        play(u"box change item-2 cookie=c2; box change item-2 icon=7"_s);
+        QCOMPARE(shown(box.item(u"item-2"_s)), u"null=false id=item-2 text=two cookie=c2 iconId=7"_s);
+
+        play(u"duplicate listRemove; box add three; box remove item-2; duplicate listAdd; box icon 5 100; "
+             "box icon 5 none"_s);
+        QCOMPARE(heard.lines(), QStringList({u"itemAdded item-3 | 3 123 1"_s, u"itemCountChanged | 3 123 1"_s,
+                                             u"itemRemoved item-2 | 2 13 1"_s, u"itemCountChanged | 2 13 1"_s,
+                                             u"iconRegistered 5 | 2 13 2"_s, u"registeredIconsChanged | 2 13 2"_s,
+                                             u"registeredIconsChanged | 2 13 1"_s}));
+        play(
+            uR"(send listChange '{"type":"profileBoxItem","elements":[{"itemId":"item-3","imageId":"no number"}]}')"_s);
+        QCOMPARE(shown(box.item(u"item-3"_s)), u"null=false id=item-3 text=three cookie= iconId=0"_s);
+        QVERIFY(box.requestRemoveAllItems()); // one by one, in their order
+        QCOMPARE(QString::fromUtf8(asked().join()).remove(QRegularExpression(u"\\D"_s)), u"13"_s);
+    }
+
+private:
+    static QByteArray changeRequest(const QByteArray& value)
+    {
+        return "{\"requestListChange\":{\"elements\":[{\"name\":\"platformProfile\",\"value\":" + value +
+               "}],\"type\":\"global\"}}";
+    }
+    static QString all(const ContactService& contacts)
+    {
+        QStringList all{words(contacts.isValid(), contacts.isComplete(), contacts.contactCount())};
+        for (const Contact& contact : contacts.contacts())
+            all.append(contact.handle() + u'=' + contact.displayName());
+        return all.join(u' ');
+    }
+};
+
+ZEL_TEST(TstRecords)
+#include "tst_records.moc"
