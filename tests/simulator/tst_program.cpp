@@ -83,6 +83,7 @@ private Q_SLOTS:
                                                    {{u"--root"_s, u"/etc/passwd"_s}, 1},
                                                    {{u"--root"_s, u'/' + QString(300, u'x')}, 1},
                                                    {{u"--root"_s, QString()}, 2},
+                                                   {{u"--replay"_s, QString(), u"--trace"_s}, 2},
                                                    {{u"--replay"_s, u"nowhere"_s}, 1},
                                                    {{u"--replay"_s, u"a"_s, u"--contacts"_s, u"1"_s}, 2},
                                                    {{u"--at-once"_s}, 2},

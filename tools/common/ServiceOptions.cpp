@@ -6,6 +6,7 @@
 #include <zelcore/Simulator.h>
 
 #include <QtCore/QCommandLineParser>
+#include <QtCore/QStringList>
 
 using namespace Qt::StringLiterals;
 
@@ -35,9 +36,10 @@ QList<QCommandLineOption> ServiceOptions::all()
 
 QString ServiceOptions::read(const QCommandLineParser& parser)
 {
-    for (const QCommandLineOption& option : {rootOption, scenarioOption, recordOption}) {
-        if (parser.isSet(option) && parser.value(option).isEmpty())
-            return u"--%1 is empty."_s.arg(option.names().constFirst());
+    const QStringList given = parser.optionNames();
+    for (const QString& name : given) {
+        if (parser.values(name).contains(QString())) // those without a value have none here
+            return u"--%1 is empty."_s.arg(name);
     }
     bool areContacts = false;
     bool isSeed = false;

@@ -24,7 +24,8 @@ struct ServiceOptions
     QString record;
 
     static QList<QCommandLineOption> all();
-    /// Takes over what a parser that knows these has found. A sentence for what cannot be meant; empty if all can.
+    /// Takes over what a parser that knows these, and maybe others, has found. A sentence for what cannot be meant;
+    /// empty if all can.
     QString read(const QCommandLineParser& parser);
 
     // False when it cannot be: with a sentence in \a error, but for what the service refuses, of which it warns itself.
