@@ -17,7 +17,7 @@ class TstMistakes : public PlatformTest
 private Q_SLOTS:
     void whatARegistrationHasToWaitFor()
     {
-        m_heldBack = {"\"permission\""};
+        play(u"request drop requestListElements"_s);
         Context context(m_uuid);
         settle();
         const auto request = [&context] { context.requestRegisterApplicationSilent(); };
@@ -25,18 +25,16 @@ private Q_SLOTS:
               {[] { Context({}).requestRegisterApplication(); },
                "Context::requestRegisterApplication: the UUID is null"},
               {[&] { whenReady(static_cast<Context*>(nullptr), this, [] {}); }, "whenReady: there is no context"}});
-        m_heldBack.clear();
         askAgain();
         QVERIFY(context.requestRegisterApplication());
-        const std::pair<const char*, const char*> rows[] = {
-            {"Pending", "Context::requestRegisterApplication: a registration is under way"},
-            {"Expired", "the registration state is Expired, which does not"},
-            {"Success", "the application is registered already"}};
-        for (const auto& [state, reason] : rows) {
-            play(u"state "_s + QLatin1String(state));
-            tell({{request, reason}});
-        }
-        tell({{[] { Context(QUuid::createUuid()).requestRegisterApplication(); },
+        const auto requestIn = [&](const QString& state) {
+            play(u"state "_s + state);
+            request();
+        };
+        tell({{[&] { requestIn(u"Pending"_s); }, "Context::requestRegisterApplication: a registration is under way"},
+              {[&] { requestIn(u"Expired"_s); }, "the registration state is Expired, which does not"},
+              {[&] { requestIn(u"Success"_s); }, "the application is registered already"},
+              {[] { Context(QUuid::createUuid()).requestRegisterApplication(); },
                "the process is the application 6f8d"}});
     }
 
