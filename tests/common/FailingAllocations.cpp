@@ -27,9 +27,22 @@ void* realloc(void* memory, std::size_t size)
 constexpr auto& allocate = __libc_malloc;
 #endif
 
+static void* taken(std::size_t size)
+{
+    void* const memory = allocate(size ? size : 1);
+    failing::alive += memory != nullptr;
+    return memory;
+}
+
+static void giveBack(void* memory)
+{
+    failing::alive -= memory != nullptr;
+    std::free(memory);
+}
+
 void* operator new(std::size_t size)
 {
-    if (void* const memory = isDue() ? nullptr : allocate(size ? size : 1))
+    if (void* const memory = isDue() ? nullptr : taken(size))
         return memory;
     throw std::bad_alloc();
 }
@@ -44,26 +57,26 @@ void* operator new[](std::size_t size)
 }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept
 {
-    return isDue() ? nullptr : allocate(size ? size : 1);
+    return isDue() ? nullptr : taken(size);
 }
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
 {
-    return failing::withArrays && isDue() ? nullptr : allocate(size ? size : 1);
+    return failing::withArrays && isDue() ? nullptr : taken(size);
 }
 // All that are called: sanitizers have their own, and look at whether the two fit.
 void operator delete(void* memory) noexcept
 {
-    std::free(memory);
+    giveBack(memory);
 }
 void operator delete[](void* memory) noexcept
 {
-    std::free(memory);
+    giveBack(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept
 {
-    std::free(memory);
+    giveBack(memory);
 }
 void operator delete[](void* memory, std::size_t) noexcept
 {
-    std::free(memory);
+    giveBack(memory);
 }

@@ -6,6 +6,7 @@
 /// Memory that runs out when a test says so, for operator new, and for malloc() where no sanitizer has taken its place.
 namespace failing {
 
+inline thread_local long alive = 0; ///< what operator new has given this thread, and was not given back
 inline thread_local long left = -1; ///< allocations of this thread until the one that fails, once; below 0 none does
 /// Qt's hashes end the process when they cannot have an array, and its lists when they cannot have their first memory.
 inline bool withArrays = true;

@@ -46,29 +46,26 @@ public:
     }
 
     // A client's descriptor; -1 when nobody listens.
-    static int connectTo(const QString& path)
-    {
-        const int connecting = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
-        const sockaddr_un address = addressOf(path);
-        if (::connect(connecting, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0)
-            return connecting;
-        ::close(connecting);
-        return -1;
-    }
+    static int connectTo(const QString& path) { return socketAt(path, &::connect); }
     static bool sendTo(int descriptor, const QByteArray& record)
     {
         return ::send(descriptor, record.constData(), size_t(record.size()), MSG_NOSIGNAL) == record.size();
     }
-    // The path must be short enough.
-    static sockaddr_un addressOf(const QString& path)
-    {
-        sockaddr_un address = {};
-        address.sun_family = AF_UNIX;
-        qstrncpy(address.sun_path, QFile::encodeName(path).constData(), sizeof address.sun_path);
-        return address;
-    }
 
     int descriptor;
+
+protected:
+    // The path must be short enough.
+    static int socketAt(const QString& path, int (*bindOrConnect)(int, const sockaddr*, socklen_t))
+    {
+        const int made = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
+        sockaddr_un address = {AF_UNIX, {}};
+        qstrncpy(address.sun_path, QFile::encodeName(path).constData(), sizeof address.sun_path);
+        if (bindOrConnect(made, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0)
+            return made;
+        ::close(made);
+        return -1;
+    }
 };
 
 // A server that does nothing by itself, for the ways in which a service can misbehave: its end of the connection to the
@@ -78,10 +75,8 @@ class RawServer : public RawEnd
 public:
     explicit RawServer(const QString& path, int backlog = 8)
         : m_path(QFile::encodeName(path))
-        , m_listening(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0))
+        , m_listening(socketAt(path, &::bind))
     {
-        const sockaddr_un address = addressOf(path);
-        ::bind(m_listening.descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address);
         ::listen(m_listening.descriptor, backlog);
     }
     ~RawServer() { ::unlink(m_path.constData()); }

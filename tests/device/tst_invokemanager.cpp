@@ -23,9 +23,18 @@ class TstInvokeManager : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { qputenv("PPS_ROOT", m_root.path().toLocal8Bit()); }
     void handsTheRequestToItsTargetOrAnswersFalse()
     {
+        const QTemporaryDir root;
+        qputenv("PPS_ROOT", root.path().toLocal8Bit());
+        const auto invoke = [](const QString& target) {
+            InvokeRequest request;
+            request.setTarget(target);
+            request.setAction(u"open"_s);
+            request.setMimeType(u"text/plain"_s);
+            request.setData("{\"a\":\"\xC3\xA4\"}\n");
+            return InvokeManager().invoke(request);
+        };
         const SlogCapture log(3);
         ObjectServer target;
         QVERIFY(target.listen(u"/pps/services/invocation/app.viewer"_s, nullptr));
@@ -36,7 +45,7 @@ private Q_SLOTS:
                  QByteArray("{\"target\":\"app.viewer\",\"action\":\"open\",\"mimeType\":\"text/plain\","
                             "\"data\":\"{\\\"a\\\":\\\"\xC3\xA4\\\"}\\n\"}"));
         // One that hangs has room for one to wait.
-        const RawServer hung(m_root.filePath(u"services/invocation/app.hung"_s), 0);
+        const RawServer hung(root.filePath(u"services/invocation/app.hung"_s), 0);
         QVERIFY(invoke(u"app.hung"_s));
         const QDeadlineTimer patience(4000);
         for (const QString& name :
@@ -47,19 +56,6 @@ private Q_SLOTS:
         QCOMPARE(log.lines().size(), 8);
         QVERIFY(log.lines().last().startsWith(u"3: cannot invoke \"app.absent\""_s));
     }
-
-private:
-    static bool invoke(const QString& target)
-    {
-        InvokeRequest request;
-        request.setTarget(target);
-        request.setAction(u"open"_s);
-        request.setMimeType(u"text/plain"_s);
-        request.setData("{\"a\":\"\xC3\xA4\"}\n");
-        return InvokeManager().invoke(request);
-    }
-
-    QTemporaryDir m_root;
 };
 
 ZEL_TEST(TstInvokeManager)

@@ -69,6 +69,7 @@ QString file()
 struct Served
 {
     Served() { QVERIFY(server.accept()); }
+    bool carries(const QByteArray& record) const { return object.write(record) && server.receive() == record; }
 
     RawServer server{file()};
     Object object;
@@ -83,14 +84,9 @@ class TstObject : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        // The default: a write that raises SIGPIPE ends this program.
-        ::signal(SIGPIPE, SIG_DFL);
-    }
-
     void init()
     {
+        ::signal(SIGPIPE, SIG_DFL); // a write that raises it ends this program
         m_root = std::make_unique<QTemporaryDir>();
         qputenv("PPS_ROOT", m_root->path().toLocal8Bit());
         QVERIFY(QDir().mkpath(QFileInfo(file()).path()));
@@ -106,8 +102,7 @@ private Q_SLOTS:
             const QByteArray record = numbered(size, size);
             QVERIFY(::send(served.object.descriptor, "", 0, 0) == 0); // is nothing
             QVERIFY(served.server.send(QByteArray()));
-            QVERIFY(served.object.write(record));
-            QCOMPARE(served.server.receive(), record);
+            QVERIFY(served.carries(record));
             QVERIFY(served.server.send(record));
             // What the read has no room for is gone: the next record is the next one.
             QCOMPARE(served.object.read(), record.left(65536));
@@ -153,9 +148,7 @@ private Q_SLOTS:
         QTRY_COMPARE(threadCount(), m_threads);
         QVERIFY(::mkfifo(QFile::encodeName(file()).constData(), 0600) == 0);
         const Object object;
-        QVERIFY(object.write("pipe"));
-        QCOMPARE(object.read(), QByteArray("pipe"));
-        QCOMPARE(threadCount(), m_threads);
+        QVERIFY(object.write("pipe") && object.read() == "pipe" && threadCount() == m_threads);
         // The root belongs to the first name alone, not to one that begins like it.
         for (const QString& folder : {u"r/x"_s, u"rx"_s})
             QVERIFY(QDir().mkpath(m_root->filePath(folder)));
@@ -173,8 +166,7 @@ private Q_SLOTS:
         const auto open = [](std::unique_ptr<Object>& object) { object = std::make_unique<Object>(); };
         const auto check = [&](std::unique_ptr<Object>& object) {
             if (object && object->error == 0) {
-                QVERIFY(server.accept() && object->write("heard"));
-                QCOMPARE(server.receive(), "heard");
+                QVERIFY(server.accept() && object->write("heard") && server.receive() == "heard");
             } else {
                 QVERIFY(!object || object->error == ENOMEM || object->error == EAGAIN);
                 server.accept(0); // it may have come as far as that
@@ -215,21 +207,15 @@ private Q_SLOTS:
         int said = 0;
         served.server.sendAll(&said, 35000);
         QVERIFY(said < 200); // it is held back, and the other direction is free
-        QVERIFY(served.object.write("meanwhile"));
-        QCOMPARE(served.server.receive(), QByteArray("meanwhile"));
-        served.server.close();
-        QVERIFY(served.server.accept());
-        QVERIFY(served.object.write("heard"));
-        QCOMPARE(served.server.receive(), QByteArray("heard"));
+        QVERIFY(served.carries("meanwhile"));
+        QVERIFY(served.server.accept() && served.carries("heard"));
         served.server.sendAll(&said, 35000);
         QVERIFY(served.object.write("unread"));
         QTRY_COMPARE(served.object.waiting(), 0);
         served.server.close();
         for (int i = 0; i < said; ++i)
             QCOMPARE(served.object.read(), numbered(i, 35000));
-        QVERIFY(served.server.accept());
-        QVERIFY(served.object.write("again"));
-        QCOMPARE(served.server.receive(), QByteArray("again"));
+        QVERIFY(served.server.accept() && served.carries("again"));
     }
 
     // Which calls one that hangs up only now and then, and raises no pipe signals.
@@ -254,32 +240,27 @@ private Q_SLOTS:
     void losesOnlyWhatIsPastTheLimitOfAServerThatDoesNotRead()
     {
         constexpr int size = 50000;
-        constexpr int count = 200;
         Served served;
         auto& [server, object] = served;
+        // Before any room is made, or the last ones would find it.
+        const auto fill = [&object = object] {
+            for (int i = 0; i < 200; ++i)
+                QVERIFY(object.write(numbered(i, size)));
+            QTRY_COMPARE(object.waiting(), 0);
+        };
         QElapsedTimer timer;
         timer.start();
-        for (int i = 0; i < count; ++i)
-            QVERIFY(object.write(numbered(i, size)));
+        fill();
         QVERIFY(timer.elapsed() < 5000);
-
-        // Before any room is made, or the last ones would find it.
-        QTRY_COMPARE(object.waiting(), 0);
         int received = 0;
         for (QByteArray record = server.receive(); record != "nothing came"; record = server.receive(500))
             QCOMPARE(record, numbered(received++, size));
         // The queue's 1 MiB and what the kernel holds, in order and without a gap.
         QVERIFY2(received >= 1024 * 1024 / (size + 64) && received < 60, qPrintable(QString::number(received)));
-        QVERIFY(object.write("still there"));
-        QCOMPARE(server.receive(), QByteArray("still there"));
+        QVERIFY(served.carries("still there"));
         // What waits for one that goes is not for the one that comes.
-        for (int i = 0; i < count; ++i)
-            QVERIFY(object.write(numbered(i, size)));
-        QTRY_COMPARE(object.waiting(), 0);
-        server.close();
-        QVERIFY(server.accept());
-        QVERIFY(object.write("begins anew"));
-        QCOMPARE(server.receive(), QByteArray("begins anew"));
+        fill();
+        QVERIFY(server.accept() && served.carries("begins anew"));
     }
 
     void aChildOfTheProcessHasNoPartInIt()
