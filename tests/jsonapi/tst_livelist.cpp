@@ -77,6 +77,8 @@ private Q_SLOTS:
     {
         QList<bool> seen;
         iface::ObservableMonitor monitor([&] { seen.append(list->isIncomplete()); }, nullptr, u"complete"_s, true);
+        QList<int> places;
+        iface::ObservableMonitor follower([&] { places.append(list->locateItem(u"a"_s)); }, nullptr, u"place"_s, true);
         QTRY_COMPARE(seen, QList<bool>{true});
         pipe->inject(listMessage("listElements", {}));
         pipe->inject(listMessage("listChunk", {}, {{u"last"_s, true}}));
@@ -84,6 +86,8 @@ private Q_SLOTS:
         load({}); // is announced, though it changes nothing
         load({});
         QCOMPARE(seen, QList<bool>({true, false}));
+        load({u"b"_s, u"a"_s});
+        QCOMPARE(places.last(), 1);
     }
 
     void logsUpdatesOfUnknownItems()

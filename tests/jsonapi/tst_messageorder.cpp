@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Note.h"
 
+#include <common/FailingAllocations.h>
 #include <common/FakeClock.h>
 #include <common/FakePipe.h>
 #include <common/TestMain.h>
@@ -11,6 +12,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 
 using namespace Qt::StringLiterals;
@@ -257,6 +259,27 @@ private Q_SLOTS:
         listen();
         pipe.inject(toListeners);
         QCOMPARE(held.use_count(), 1);
+    }
+
+    void growsNoLargerFromDayToDay()
+    {
+        Stage stage;
+        std::optional<QObject> owners[20];
+        long before = 0;
+        for (auto& owner : owners) {
+            before = &owner == &owners[10] ? failing::alive : before;
+            owner.emplace();
+            stage.pipe->addListener(&*owner, u"t"_s, [](auto&&...) {});
+            owner.reset(); // without a word
+            stage.inject(toListeners, 1);
+            QJsonArray others;
+            std::fill_n(std::back_inserter(others), 100, noteJson(u"a"_s, QString::number(&owner - owners)));
+            stage.pipe->inject(listMessage("listAll", {}));
+            stage.pipe->inject(listMessage("listChunk", others, {{u"last"_s, true}}));
+            QCOMPARE(stage.list->locateItem(u"a"_s), 99);
+            stage.map->requestListElements({u"a"_s}, {});
+        }
+        QCOMPARE(failing::alive, before);
     }
 
     void keepsItsReadsFromAWaitingComputation()

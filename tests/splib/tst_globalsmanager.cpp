@@ -36,6 +36,10 @@ struct GlobalsStage : Stage
             element("listChunk");
         } else if (what == u"change" || what == u"unasked")
             element(what == u"change" ? "listChange" : "listAdd");
+        else if (what == u"elsewhere")
+            pipe->inject("{'listChunk':{@,'elements':[{'name':'permission','value':{}}],'last':true}}", {first});
+        else if (what == u"set")
+            manager.setUserProfileAvatar(first);
         else if (what == u"response")
             pipe->inject("{'profileChangeResponse':@}", {first});
         else if (what == u"wanted")
@@ -114,6 +118,8 @@ void TstGlobalsManager::tellsItsStory_data()
         register                                         -> registrationRequest u-1 false
         change permission "showAppBox":true,"registrationState":"Unregistered"
         wait 30                                          -> requestListElements permission global
+        elsewhere "type":"platformUser"
+        elsewhere "type":"global","id":"x"
         wait 60                                          -> requestListElements permission global
         answer permission "registrationState":"Unregistered"
         wait 120                                         -> registrationRequest u-1 false
@@ -158,6 +164,8 @@ void TstGlobalsManager::tellsItsStory_data()
         stream p1 new                                    -> picture p1 image/bmp new; gate picture
         stream p1 twice
         bytes                                            -> has new
+        set own                                          -> picture p1 image/bmp own; gate picture
+        bytes                                            -> has own
         change platformProfile "avatarId":"p2"           -> requestUserAvatar me p2
         change platformProfile "avatarId":"p3"           -> requestUserAvatar me p3
         stream p2 overtaken

@@ -3,6 +3,7 @@
 
 #include "Stage.h"
 
+#include <iface/Round.h>
 #include <splib/channel/StreamRequests.h>
 
 #include <common/SeededRandom.h>
@@ -30,7 +31,7 @@ struct ContactsStage : Stage
         manager.setEventsEnabled(true);
     }
 
-    static QString userId(const QString& number) { return number.isEmpty() ? number : u"user"_s + number; }
+    static QString userId(const QString& number) { return number.isEmpty() ? u""_s : u"user"_s + number; }
 
     static QJsonObject record(const QStringList& words)
     {
@@ -77,6 +78,8 @@ struct ContactsStage : Stage
             pipe->inject("{'connectionInvitationReceived':{'userId':'@'}}", {user.toUtf8()});
         else if (what == u"fetch")
             log.add(manager.retrieveAvatar(user) ? u"yes"_s : u"no"_s);
+        else if (what == u"together")
+            iface::Round::together([&] { play(words.join(u' ').replace(u" and "_s, u"\n"_s)); });
         else if (what == u"elsewhere")
             others.request(user, words.value(1));
         else if (what == u"list")
@@ -209,6 +212,21 @@ private Q_SLOTS:
         )"_s);
     }
 
+    // As many as one request takes.
+    void asksOnceForAllWhoWereAway()
+    {
+        ContactsStage stage;
+        QString all, records;
+        for (int number = 0; number < 400; ++number) {
+            all += u" %1"_s.arg(number);
+            records += u"record %1 n \n "_s.arg(number);
+        }
+        stage.play(u"init \n turn -> requestListAll platformContact \n "_s + records + u"ids"_s + all +
+                   u" -> gate contacts \n ids -> resent \n ids"_s + all + u" -> resent"_s);
+        stage.happen(u"turn"_s);
+        QCOMPARE(stage.pipe->takeSentInWords().size(), 1);
+    }
+
     void leavesItsViewToOthers()
     {
         auto stage = std::make_unique<ContactsStage>();
@@ -274,6 +292,11 @@ void TstPlatformContactManager::tellsItsStory_data()
         turn               -> requestListElements user8 platformUser
         answer 8 n         -> install h8
     )");
+    row("changes that are told as one", R"(
+        together change 0 m and change 2 o -> update h0 n m; update h1 n n; update h2 n o
+        together record 0 n ? - and record 1 n ? -
+        list               -> contacts h2
+    )");
     row("whoever was away with the service", R"(
         ids 1 2            -> resent
         add 0
@@ -300,8 +323,14 @@ void TstPlatformContactManager::tellsItsStory_data()
         stream same S      -> picture h0 same S; picture h1 same S
         stream own O       -> picture h2 own O
         stream own again
+        fetch 0            -> yes; requestUserAvatar user0 same
         fetch 1            -> yes; requestUserAvatar user1 same
-        stream same S      -> picture h1 same S
+        change 2 o same    -> update h2 n o; requestUserAvatar user2 same
+        events off
+        change 0 m newer
+        change 1 n same -
+        events on
+        stream same S      -> picture h2 same S; requestUserAvatar user0 newer
     )");
     row("a picture for which another manager waits, too", R"(
         elsewhere 0 p
