@@ -8,9 +8,7 @@
 
 #include <device/Decoder.h>
 
-#include <QtCore/QByteArray>
 #include <QtCore/QDebug>
-#include <QtCore/QList>
 #include <QtCore/QRegularExpression>
 #include <QtCore/QStringList>
 

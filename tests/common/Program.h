@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QtCore/QByteArray>
-#include <QtCore/QList>
 #include <QtCore/QProcess>
-#include <QtCore/QStringList>
 #include <QtTest/QTest>
 
 #include <csignal>

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QtCore/QByteArray>
 #include <QtCore/QFile>
-#include <QtCore/QString>
 #include <QtTest/QTest>
 
 #include <utility>

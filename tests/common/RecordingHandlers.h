@@ -6,8 +6,6 @@
 #include <splib/profilebox/ProfileBoxImage.h>
 #include <splib/profilebox/ProfileBoxItem.h>
 
-#include <QtCore/QList>
-#include <QtCore/QString>
 #include <QtCore/QStringList>
 
 #include <functional>

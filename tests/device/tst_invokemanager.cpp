@@ -10,7 +10,6 @@
 #include <QtCore/QDeadlineTimer>
 #include <QtTest/QSignalSpy>
 #include <QtCore/QTemporaryDir>
-#include <QtTest/QTest>
 
 using namespace Qt::StringLiterals;
 

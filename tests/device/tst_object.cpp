@@ -10,7 +10,6 @@
 #include <QtCore/QElapsedTimer>
 #include <QtTest/QSignalSpy>
 #include <QtCore/QTemporaryDir>
-#include <QtTest/QTest>
 
 #include <cerrno>
 #include <csignal>

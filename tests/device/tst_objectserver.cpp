@@ -12,7 +12,6 @@
 #include <QtCore/QSocketNotifier>
 #include <QtTest/QSignalSpy>
 #include <QtCore/QTemporaryDir>
-#include <QtTest/QTest>
 
 #include <sys/resource.h>
 #include <sys/stat.h>

@@ -12,12 +12,14 @@
 
 #include <vx/platform/zel/ContactService.h>
 #include <vx/platform/zel/Context.h>
+#include <vx/platform/zel/ProfileBox.h>
+#include <vx/platform/zel/UserProfile.h>
+#include <vx/platform/zel/Utils.h>
 #include <zelcore/TestService.h>
 
 #include <QtCore/QMetaProperty>
 #include <QtCore/QUuid>
 #include <QtTest/QSignalSpy>
-#include <QtTest/QTest>
 
 #include <memory>
 #include <utility>

@@ -3,9 +3,6 @@
 
 #include <common/SlogCapture.h>
 #include <vx/platform/zel/ApplicationPermissions.h>
-#include <vx/platform/zel/ProfileBox.h>
-#include <vx/platform/zel/UserProfile.h>
-#include <vx/platform/zel/Utils.h>
 
 #include <QtCore/QLoggingCategory>
 

@@ -1,10 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PlatformTest.h"
 
-#include <vx/platform/zel/ProfileBox.h>
-#include <vx/platform/zel/UserProfile.h>
-#include <vx/platform/zel/Utils.h>
-
 #include <QtCore/QThread>
 
 #include <functional>

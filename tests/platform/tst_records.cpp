@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PlatformTest.h"
 
-#include <vx/platform/zel/ProfileBox.h>
-#include <vx/platform/zel/UserProfile.h>
-
 #include <QtCore/QCryptographicHash>
 
 /// What profile, contacts and box show and announce, and how changes go out.

@@ -1,10 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PlatformTest.h"
 
-#include <vx/platform/zel/ProfileBox.h>
-#include <vx/platform/zel/UserProfile.h>
-#include <vx/platform/zel/Utils.h>
-
 #include <functional>
 
 /// What a slot may do, whatever the signal.
@@ -13,7 +9,31 @@ class TstSlots : public PlatformTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void maySpinAnEventLoopAndDestroyTheObjectThatSignals_data();
+    void maySpinAnEventLoopAndDestroyTheObjectThatSignals_data()
+    {
+        QTest::addColumn<std::function<void()>>("play");
+        // A command with news for %1, and how the new ones read where they take the place of the old.
+        const auto row = [this](const char* name, auto signal, const QString& command, const QString& told = {},
+                                const QString& news = u"old new newest"_s) {
+            QTest::newRow(name) << std::function<void()>([=, this] { play(signal, command, told, news.split(u' ')); });
+        };
+        const auto states = u"Pending Expired ZelDisabled"_s;
+        row("state", &Context::registrationStateUpdated, u"state %1"_s, u"Expired"_s, states);
+        row("own name", &UserProfile::displayNameUpdated, u"profile displayName %1"_s, u"new"_s);
+        row("own message", &UserProfile::personalMessageUpdated, u"profile personalMessage %1"_s, u"new"_s);
+        row("own status", &UserProfile::statusUpdated, u"profile statusMessage %1"_s, u"Available new"_s);
+        const auto picture = u"contact picture ada %1"_s;
+        row("picture", &ContactService::displayPictureUpdated, picture, u"ada Png "_s, u"100 200 300"_s);
+        row("contact", &ContactService::contactUpdated, u"contact change ada displayName=%1"_s);
+        row("item", &ProfileBox::itemAdded, u"box add %1"_s);
+        const auto ecoId = uR"(send requestEcoIdResponse '{"ppid":"p","ecoId":"%1"}')"_s;
+        row("eco identifier", &Utils::ecoIdUpdated, ecoId, u"p new"_s);
+        row("eco identifier of nobody", &Utils::ecoIdUpdated, u"send requestEcoIdResponse {}"_s, u" "_s);
+        const auto status = uR"(send requestEcoIdStatusResponse '{"ecoId":"e","status":"%1"}')"_s;
+        row("eco status", &Utils::ecoIdStatusUpdated, status, u"e ContactExists"_s, u"Unknown ContactExists Unknown"_s);
+        const auto noWord = u"ContactExists PendingContactInviteExists Unknown"_s; // but an enumerator
+        row("no eco status", &Utils::ecoIdStatusUpdated, status, u"e Unknown"_s, noWord);
+    }
     void maySpinAnEventLoopAndDestroyTheObjectThatSignals()
     {
         QFETCH(const std::function<void()>, play);
@@ -58,33 +78,6 @@ private:
         QVERIFY(!first);
     }
 };
-
-void TstSlots::maySpinAnEventLoopAndDestroyTheObjectThatSignals_data()
-{
-    QTest::addColumn<std::function<void()>>("play");
-    // A command with news for %1, and how the new ones read where they take the place of the old.
-    const auto row = [this](const char* name, auto signal, const QString& command, const QString& told = {},
-                            const QStringList& news = {u"old"_s, u"new"_s, u"newest"_s}) {
-        QTest::newRow(name) << std::function<void()>([=, this] { play(signal, command, told, news); });
-    };
-    row("state", &Context::registrationStateUpdated, u"state %1"_s, u"Expired"_s,
-        {u"Pending"_s, u"Expired"_s, u"ZelDisabled"_s});
-    row("own name", &UserProfile::displayNameUpdated, u"profile displayName %1"_s, u"new"_s);
-    row("own message", &UserProfile::personalMessageUpdated, u"profile personalMessage %1"_s, u"new"_s);
-    row("own status", &UserProfile::statusUpdated, u"profile statusMessage %1"_s, u"Available new"_s);
-    row("picture", &ContactService::displayPictureUpdated, u"contact picture ada %1"_s, u"ada Png "_s,
-        {u"100"_s, u"200"_s, u"300"_s});
-    row("contact", &ContactService::contactUpdated, u"contact change ada displayName=%1"_s);
-    row("item", &ProfileBox::itemAdded, u"box add %1"_s);
-    row("eco identifier", &Utils::ecoIdUpdated, uR"(send requestEcoIdResponse '{"ppid":"p","ecoId":"%1"}')"_s,
-        u"p new"_s);
-    row("eco identifier of nobody", &Utils::ecoIdUpdated, u"send requestEcoIdResponse {}"_s, u" "_s);
-    const auto status = uR"(send requestEcoIdStatusResponse '{"ecoId":"e","status":"%1"}')"_s;
-    row("eco status", &Utils::ecoIdStatusUpdated, status, u"e ContactExists"_s,
-        {u"Unknown"_s, u"ContactExists"_s, u"Unknown"_s});
-    row("eco status by an enumerator and no word", &Utils::ecoIdStatusUpdated, status, u"e Unknown"_s,
-        {u"ContactExists"_s, u"PendingContactInviteExists"_s, u"Unknown"_s});
-}
 
 ZEL_TEST(TstSlots)
 #include "tst_slots.moc"

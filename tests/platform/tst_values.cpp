@@ -5,7 +5,6 @@
 #include <vx/platform/zel/ImageType.h>
 #include <vx/platform/zel/Permission.h>
 #include <vx/platform/zel/PermissionValue.h>
-#include <vx/platform/zel/ProfileBox.h>
 #include <vx/platform/zel/UserStatus.h>
 
 #include <QtCore/QSet>

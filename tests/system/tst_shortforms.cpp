@@ -6,8 +6,6 @@
 #include <zel/JsonWriter.h>
 #include <zel/PpsJsonSource.h>
 
-#include <QtTest/QTest>
-
 using namespace Qt::StringLiterals;
 
 /// What becomes of what the platform's calls have no form for.
