@@ -63,6 +63,7 @@ protected:
     ///     A< TYPE TEXT... -TEXT... the next message of this type to A has these texts in it and not those; behind what
     ///                           A sends this is "-> TYPE TEXT...; TYPE TEXT..."
     ///     A. TYPE...            that is all A hears but for messages of these types, in this order
+    ///     @ TARGET ACTION DATA  somebody invokes this target, which takes it
     ///     ! NUMBER              so many messages have been refused by now, with one short line each
     ///
     /// x[N], data[N] and hash[N] stand for so many letters, a picture of so many bytes in base64 and its SHA-1.
@@ -116,6 +117,8 @@ private:
                        return !refusal.first().toString().contains(u'\n') && refusal.first().toString().size() < 400;
                    });
         }
+        if (line.startsWith(u'@'))
+            return invoke(rest.section(u' ', 0, 0), rest.section(u' ', 1, 1), rest.section(u' ', 2));
         RawApplication& speaker = application(line.at(0).toLatin1());
         if (line.at(1) == u'.')
             return speaker.drain() == rest.split(u' ', Qt::SkipEmptyParts);
@@ -125,6 +128,16 @@ private:
         return (line.at(1) == u'<' || say(speaker, rest.section(u" -> "_s, 0, 0).toUtf8())) &&
                std::all_of(answers.cbegin(), answers.cend(),
                            [&](const QString& answer) { return hears(speaker, answer); });
+    }
+
+    bool invoke(const QString& target, const QString& action, const QString& data)
+    {
+        const QSignalSpy received(m_simulator.get(), &zelcore::Simulator::invocationReceived);
+        const QJsonObject record{{u"target"_s, target}, {u"action"_s, action}, {u"data"_s, data}};
+        const int descriptor = RawServer::connectTo(m_simulator->root() + u"/services/invocation/"_s + target);
+        const bool isSent = RawServer::sendTo(descriptor, QJsonDocument(record).toJson(QJsonDocument::Compact));
+        ::close(descriptor);
+        return isSent && QTest::qWaitFor([&] { return !received.isEmpty(); });
     }
 
     static bool say(RawApplication& speaker, const QByteArray& message)

@@ -69,7 +69,8 @@ private Q_SLOTS:
             $! contact add anna userId=another => "anna" is taken
             $! contact change anna userId=another => never changes
             $! contact add '' => needs
-            $! contact add giant personalMessage=x[62000] => has room for
+            $! contact add giant personalMessage=x[61183] => has room for
+            $ contact change anna personalMessage=x[61186]
             $! contact add bert age=3 => age
             $! contact chnage anna x=y => add, change
             $! profile clientVersion many => number

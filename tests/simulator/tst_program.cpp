@@ -94,6 +94,7 @@ private Q_SLOTS:
             make();
             QCOMPARE(m_program->run(arguments), status);
             QVERIFY(m_program->diagnostics().startsWith("zelcore-sim: ") && m_program->lines().isEmpty());
+            QVERIFY(status == 2 || m_program->diagnostics().contains(arguments.value(1).toUtf8()));
         }
     }
 

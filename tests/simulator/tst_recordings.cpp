@@ -12,8 +12,8 @@ using zelcore::Simulator;
 
 namespace {
 
-/// Two applications, a picture each way, an icon, records that are cut, and a service that goes away. @ is the name of
-/// whoever is sent to, # a number that is another one each time.
+/// Two applications, a picture each way, an invitation, records that are cut, and a service that goes away. @ is the
+/// name of whoever is sent to, # a number that is another one each time.
 const char* const session = R"(
     A> tpaApi {}
     A> registrationRequest {"uuid":"#a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b","silent":true}
@@ -33,6 +33,7 @@ const char* const session = R"(
     A< profileChangeResponse "Success"
     A< listChange hash[500]
     B< listChange hash[500]
+    @ sys.socialplatform vx.action.INVITEZEL {"contactInvitation":{"ecoid":"eco-pp-zoe"}}
     A> createProfileBoxItem {"text":"Mine, too","cookie":"own"}
     B< listAdd)";
 
@@ -142,7 +143,19 @@ private Q_SLOTS:
             QCOMPARE(differences.size(), named == "stranger" ? 1 : 0);
             QVERIFY(differences.isEmpty() || differences.first().endsWith(u"was named, now \"stranger\""_s));
         }
-        QVERIFY(text.contains(u"Person "_s));
+        QVERIFY(text.contains(u"Person "_s) && text.contains(u"permission"_s));
+        QByteArray picture; // goes by the hash under which it is known
+        for (const Recording::Entry& entry : entriesOf(u"anonymous"_s)) {
+            const std::optional<zelcore::Content> content = zelcore::contentOf(entry.bytes, false);
+            if (!content || content->type != "stream"_L1)
+                continue;
+            picture += content->body["value"_L1].toString().toUtf8();
+            if (content->body["last"_L1].toBool()) {
+                const QByteArray bytes = QByteArray::fromBase64(std::exchange(picture, {}));
+                QVERIFY(
+                    text.contains(QLatin1String(QCryptographicHash::hash(bytes, QCryptographicHash::Sha1).toHex())));
+            }
+        }
         QVERIFY(m_simulator->isReplaying());
         m_simulator->reset();
         QVERIFY(!m_simulator->isReplaying());
@@ -193,17 +206,22 @@ private:
 
     QString path(const QString& name) const { return m_folder->filePath(name + u".jsonl"_s); }
 
-    /// What each application said and heard, in order.
+    /// What each application said and heard, in order, and for 0 what targets were asked for.
     QMap<int, QByteArrayList> lanes(int number) const
     {
         QMap<int, QByteArrayList> lanes;
-        QString problem;
-        const std::optional<Recording> recording = Recording::load(path(QString::number(number)), &problem);
-        for (const Recording::Entry& entry : recording.value_or(Recording()).entries) {
+        for (const Recording::Entry& entry : entriesOf(QString::number(number))) {
             if (entry.isRecord())
-                lanes[entry.application].append(steady(entry.bytes, number));
+                lanes[entry.kind == Recording::Entry::Kind::Invoked ? 0 : entry.application].append(
+                    steady(entry.bytes, number));
         }
         return lanes;
+    }
+
+    QList<Recording::Entry> entriesOf(const QString& name) const
+    {
+        QString problem;
+        return Recording::load(path(name), &problem).value_or(Recording()).entries;
     }
 
     std::unique_ptr<QTemporaryDir> m_folder;
