@@ -362,6 +362,13 @@ QString SimulatorPrivate::remarkOn(const QString& state)
                                    "(\"%3\" is their Allowed)"_s.arg(state, known.join(", "_L1), known.first());
 }
 
+/// Of a state that it sets.
+QString SimulatorPrivate::remarkOn(const Scenario::Step& step)
+{
+    const QStringList words = step.words.mid(step.words.value(0) == "app"_L1 ? 2 : 0);
+    return words.size() == 2 && words.first() == "state"_L1 ? remarkOn(words.last()) : QString();
+}
+
 void SimulatorPrivate::lookAt(const QString& state) const
 {
     if (const QString remark = remarkOn(state); !remark.isEmpty())
@@ -415,6 +422,11 @@ bool SimulatorPrivate::load(const QString& scenario, QString* error)
     *error = read->problemIn(world);
     if (!error->isEmpty())
         return false;
+    for (const Scenario::Step& step : read->world + read->timeline) {
+        const QString remark = remarkOn(step);
+        if (!remark.isEmpty())
+            warn(u"%1: %2: %3"_s.arg(scenario, step.place, remark));
+    }
     for (const Scenario::Step& step : read->world) {
         QString reply;
         if (!Commands(*this).run(step.words, &reply))

@@ -45,6 +45,7 @@ public:
     void warn(const QString& line) const;
     /// What is to be known of \a state before it is told to applications; empty when they know it.
     static QString remarkOn(const QString& state);
+    static QString remarkOn(const Scenario::Step& step);
     /// Warns of it.
     void lookAt(const QString& state) const;
 

@@ -24,12 +24,21 @@ bool isHash(const QString& text)
     return form.match(text).hasMatch();
 }
 
+const QByteArray toApplications = "@platform\ndat:json:";
+const QByteArray toTheService = "msg::zel\ndat:json:";
+
 /// Nobody can read it, so nobody can say what is personal in it. Its length stays, and whether it was a message.
 QByteArray blackened(const QByteArray& record)
 {
-    const QByteArray head = "@platform\ndat:json:";
-    const qsizetype kept = record.startsWith(head) ? head.size() : 0;
+    const qsizetype kept = record.startsWith(toApplications) ? toApplications.size() : 0;
     return record.left(kept) + QByteArray(record.size() - kept, '#');
+}
+
+/// Whether all that a record has around its JSON is what every record has.
+bool isPlain(const QByteArray& record)
+{
+    return record.count('\n') == 2 && record.endsWith("}\n") &&
+           (record.startsWith(toApplications + '{') || record.startsWith(toTheService + '{'));
 }
 
 } // namespace
@@ -90,7 +99,7 @@ QByteArray Anonymiser::anonymised(qsizetype index, const Recording::Entry& entry
 {
     const bool isInvocation = entry.kind == Kind::Invoked;
     const std::optional<Content> content = contentOf(entry.bytes, isInvocation);
-    if (!content)
+    if (!content || !(isInvocation || isPlain(entry.bytes)))
         return blackened(entry.bytes);
     const auto replace = [&](const TextPlace& place, const QString& text) {
         const Meaning meaning = meaningOf(place, text);

@@ -3,7 +3,9 @@
 
 #include <simulator/recordings/Recorder.h>
 #include <simulator/scenarios/MemberReader.h>
+#include <simulator/wire/InvocationTargets.h>
 
+#include <QtCore/QDateTime>
 #include <QtCore/QFile>
 #include <QtCore/QJsonDocument>
 
@@ -72,15 +74,23 @@ void readHeader(MemberReader reader, Recording* recording)
     if (version != formatVersion)
         reader.complain(u"version"_s, u"is %1; this simulator reads %2"_s.arg(version).arg(formatVersion));
     recording->started = reader.text(u"started"_s);
-    const QString anonymous = reader.word(u"anonymous"_s, u"off"_s);
+    if (!QDateTime::fromString(recording->started, Qt::ISODateWithMs).isValid())
+        reader.complain(u"started"_s, u"is no time"_s);
+    const QString anonymous = reader.word(u"anonymous"_s);
     recording->anonymous = anonymous == "on"_L1;
     if (!recording->anonymous && anonymous != "off"_L1)
         reader.complain(u"anonymous"_s, u"is neither true nor false"_s);
     reader.end();
 }
 
-/// \a present are the applications that are connected so far.
-void readEntry(MemberReader reader, QList<int>* present, Recording* recording)
+/// What the lines so far have come to.
+struct Situation
+{
+    QList<int> present; ///< The applications that are connected.
+    bool isAway = false;
+};
+
+void readEntry(MemberReader reader, Situation* now, Recording* recording)
 {
     Entry entry;
     entry.kind = readKind(reader);
@@ -95,17 +105,22 @@ void readEntry(MemberReader reader, QList<int>* present, Recording* recording)
         entry.uuid = reader.text(u"uuid"_s);
     if (entry.kind == Kind::Invoked)
         entry.target = reader.text(u"target"_s);
+    if (entry.kind == Kind::Invoked && !InvocationTargets::names().contains(entry.target))
+        reader.complain(u"target"_s, u"is none of %1"_s.arg(InvocationTargets::names().join(", "_L1)));
     if (entry.isRecord())
         entry.bytes = readBytes(reader);
-    const bool isPresent = present->contains(entry.application);
+    if (isOfService && (entry.kind == Kind::Away) == now->isAway)
+        reader.complain(u"kind"_s, now->isAway ? u"cannot be: the service is away"_s : u"cannot be: it is not away"_s);
+    now->isAway = isOfService ? entry.kind == Kind::Away : now->isAway;
+    const bool isPresent = now->present.contains(entry.application);
     if (entry.kind == Kind::Connected && isPresent)
         reader.complain(u"application"_s, u"names one that is connected already"_s);
     else if (entry.kind != Kind::Connected && entry.kind != Kind::Invoked && !isOfService && !isPresent)
         reader.complain(u"application"_s, u"names one that is not connected"_s);
     if (entry.kind == Kind::Connected)
-        present->append(entry.application);
+        now->present.append(entry.application);
     else if (entry.kind == Kind::Disconnected)
-        present->removeOne(entry.application);
+        now->present.removeOne(entry.application);
     reader.end();
     recording->entries.append(entry);
 }
@@ -161,7 +176,7 @@ std::optional<Recording> Recording::load(const QString& path, QString* problem)
         return std::nullopt;
     }
     Recording recording;
-    QList<int> present;
+    Situation now;
     MemberProblem wrong;
     if (file.atEnd())
         wrong.what = u"is missing: the file is empty"_s;
@@ -172,7 +187,7 @@ std::optional<Recording> Recording::load(const QString& path, QString* problem)
         if (line == 1)
             readHeader(reader, &recording);
         else
-            readEntry(reader, &present, &recording);
+            readEntry(reader, &now, &recording);
     }
     if (wrong.what.isEmpty())
         return recording;

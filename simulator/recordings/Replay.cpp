@@ -62,7 +62,7 @@ Replay::Lane* Replay::laneOf(int client)
 
 QString Replay::nameOf(const Lane& lane) const
 {
-    return lane.isTarget() ? lane.target : u"application %1"_s.arg(lane.application);
+    return lane.isTarget() ? u"whoever asked "_s + lane.target : u"application %1"_s.arg(lane.application);
 }
 
 /// What a step was, and where to read it.

@@ -44,6 +44,8 @@ QString readPicture(const QString& word, QByteArray* data)
         return u"a picture has 1 to %1 bytes"_s.arg(World::largestPicture);
     if (isSize) {
         *data = PeopleMaker::picture(size, quint32(size));
+    } else if (word.isEmpty()) {
+        return u"a picture is a file, or so many made-up bytes"_s;
     } else if (word != "none"_L1) {
         QFile file(word);
         if (!file.open(QIODevice::ReadOnly))

@@ -4,6 +4,7 @@
 #include <QtCore/QByteArrayView>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
+#include <QtCore/QSet>
 
 using namespace Qt::StringLiterals;
 
@@ -26,6 +27,7 @@ public:
     }
 
     QHash<QString, int> lines;
+    QString twice; ///< The first member that stands twice in its object, if one does.
 
 private:
     char next()
@@ -62,6 +64,7 @@ private:
     void elements(const QString& name, bool isObject)
     {
         ++m_at;
+        QSet<QString> keys;
         for (int i = 0; next() != (isObject ? '}' : ']') && m_at < m_json.size(); ++i) {
             if (!isObject) {
                 value(u"%1[%2]"_s.arg(name, QString::number(i)).left(longestName));
@@ -70,6 +73,9 @@ private:
             const int line = m_line;
             const QString key = QJsonDocument::fromJson('[' + string() + ']').array().first().toString();
             const QString place = (name.isEmpty() ? key : name + u'.' + key).left(longestName);
+            if (keys.contains(key) && twice.isEmpty())
+                twice = place;
+            keys.insert(key);
             lines.insert(place, line);
             value(place);
         }
@@ -84,8 +90,10 @@ private:
 } // namespace
 
 MemberLines::MemberLines(const QByteArray& json)
-    : m_lines(LineFinder(json).lines)
 {
+    const LineFinder finder(json);
+    m_lines = finder.lines;
+    m_twice = finder.twice;
 }
 
 int MemberLines::of(const QString& member) const

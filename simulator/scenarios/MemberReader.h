@@ -28,9 +28,12 @@ public:
 
     /// \a member is named as in MemberProblem; the first line for one that is not there.
     int of(const QString& member) const;
+    /// The first member that stands in its object before; empty when none does.
+    QString twice() const { return m_twice; }
 
 private:
     QHash<QString, int> m_lines;
+    QString m_twice;
 };
 
 /// Takes the members of an object one by one, and remembers the first thing that is wrong with any of them. What they

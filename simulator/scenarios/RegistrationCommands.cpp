@@ -37,6 +37,26 @@ Answer setPermission(World& world, const QStringList& args)
     return {};
 }
 
+Answer showPermissions(World& world, const QStringList&)
+{
+    const Permissions permissions = world.permissions();
+    const auto word = [](bool isAllowed) { return isAllowed ? u"on"_s : u"off"_s; };
+    return say(table({{u"showAppBox"_s, word(permissions.showAppBox)},
+                      {u"zelInvites"_s, word(permissions.zelInvites)},
+                      {u"zelSetup"_s, word(permissions.zelSetup)}})
+                   .chopped(1));
+}
+
+Answer showRegistration(SimulatorPrivate& simulator, const QStringList&)
+{
+    using Policy = Simulator::RegistrationPolicy;
+    const Registrar& registrar = simulator.service.registrar();
+    const QString policy = registrar.policy() == Policy::Automatic ? u"auto"_s
+                           : registrar.policy() == Policy::Manual  ? u"manual"_s
+                                                                   : registrar.outcome();
+    return say(u"%1 %2"_s.arg(policy).arg(registrar.delay()));
+}
+
 Answer showClients(SimulatorPrivate& simulator, const QStringList&)
 {
     QList<QStringList> rows;
@@ -59,6 +79,7 @@ const Form forms[] = {
          return outcomeOf(problem, state);
      }},
     {u"state", u"STATE", u"sets that of all: Success, Expired, ...", setState},
+    {u"registration", u"", u"how requests are met, and after how long", showRegistration},
     {u"registration", u"POLICY [MS]", u"auto, manual, or a state, after MS", setRegistration},
     {u"registered", u"", u"the UUIDs that are registered at once",
      [](S& s, const A&) { return say(s.service.registrar().registered().join(u'\n')); }},
@@ -66,6 +87,7 @@ const Form forms[] = {
      [](S& s, const A& args) {
          return outcomeOf(s.service.registrar().setRegistered(args.first(), args.last() == "on"_L1));
      }},
+    {u"permission", u"", u"all of them", showPermissions},
     {u"permission", u"showAppBox|zelInvites|zelSetup on|off", u"what the user allows", setPermission},
     {u"clients", u"", u"the applications that are connected", showClients},
 };

@@ -159,11 +159,33 @@ QString parse(const QByteArray& text, Scenario* scenario)
     root.each(u"timeline"_s, [&](MemberReader& step) { readStep(step, &scenario->timeline); });
     root.end();
     const MemberLines lines(text);
+    if (problem.what.isEmpty() && !lines.twice().isEmpty())
+        problem = {lines.twice(), u"stands there twice"_s};
     for (QList<Scenario::Step>* const steps : {&scenario->world, &scenario->timeline}) {
         for (Scenario::Step& step : *steps)
             step.place = u"line %1: %2"_s.arg(lines.of(step.place)).arg(step.place);
     }
     return problem.what.isEmpty() ? QString() : u"line %1: %2"_s.arg(lines.of(problem.member)).arg(problem.sentence());
+}
+
+/// The word for a picture, which as a file is found from the folder that the scenario is in.
+QString foundFrom(const QDir& folder, const QString& picture)
+{
+    bool isSize = false;
+    picture.toInt(&isSize);
+    return isSize || picture.isEmpty() || picture == "none"_L1 ? picture : folder.filePath(picture);
+}
+
+void findPictures(const QDir& folder, QStringList* words)
+{
+    const QString field = u"picture="_s;
+    for (QString& word : *words) {
+        if (word.startsWith(field))
+            word = field + foundFrom(folder, word.mid(field.size()));
+    }
+    const qsizetype command = words->value(0) == "app"_L1 ? 2 : 0;
+    if (words->mid(command, 2) == QStringList{u"box"_s, u"icon"_s})
+        words->last() = foundFrom(folder, words->last());
 }
 
 } // namespace
@@ -182,6 +204,11 @@ std::optional<Scenario> Scenario::load(const QString& nameOrPath, QString* probl
     Scenario scenario;
     scenario.name = nameOrPath;
     const QString wrong = parse(file.readAll(), &scenario);
+    const QDir folder = QFileInfo(file.fileName()).dir();
+    for (QList<Step>* const steps : {&scenario.world, &scenario.timeline}) {
+        for (Step& step : *steps)
+            findPictures(folder, &step.words);
+    }
     if (wrong.isEmpty())
         return scenario;
     *problem = nameOrPath + u": "_s + wrong;

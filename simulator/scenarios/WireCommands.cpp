@@ -7,6 +7,10 @@
 #include <QtCore/QJsonObject>
 #include <QtCore/QTimer>
 
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace zelcore {
@@ -40,13 +44,34 @@ Answer setLatency(SimulatorPrivate& simulator, const Addressee& whose, const QSt
     return {};
 }
 
+template <Direction direction>
+Answer showLatency(SimulatorPrivate& simulator, const Addressee& whose, const QStringList&)
+{
+    return say(u"%1 ms"_s.arg(simulator.way(direction).latencyOf(whose)));
+}
+
+using TargetState = Simulator::TargetState;
+constexpr std::pair<TargetState, QLatin1StringView> targetStates[] = {
+    {TargetState::Taking, "takes"_L1}, {TargetState::Refusing, "refuses"_L1}, {TargetState::Missing, "missing"_L1}};
+
+Answer showTargets(SimulatorPrivate& simulator, const QStringList&)
+{
+    QList<QStringList> rows;
+    const QStringList names = InvocationTargets::names();
+    for (const QString& name : names) {
+        for (const auto& [state, word] : targetStates) {
+            if (simulator.targets.state(name) == state)
+                rows.append({name, word});
+        }
+    }
+    return say(table(rows).chopped(1));
+}
+
 Answer setTarget(SimulatorPrivate& simulator, const QStringList& args)
 {
-    using State = Simulator::TargetState;
-    const QString& state = args.last();
-    return outcomeOf(simulator.targets.setState(args.first(), state == "takes"_L1     ? State::Taking
-                                                              : state == "refuses"_L1 ? State::Refusing
-                                                                                      : State::Missing));
+    const auto named = std::find_if(std::begin(targetStates), std::end(targetStates),
+                                    [&](const auto& row) { return row.second == args.last(); });
+    return outcomeOf(simulator.targets.setState(args.first(), named->first));
 }
 
 Answer sendMessage(SimulatorPrivate& simulator, const Addressee& whose, const QStringList& args)
@@ -93,19 +118,24 @@ const Form forms[] = {
     {u"duplicate", u"[TYPE]", u"... comes twice", orderFault<out, Fault::Duplicate>},
     {u"truncate", u"BYTES [TYPE]", u"... is cut", orderFault<out, Fault::Truncate>},
     {u"garble", u"[TYPE]", u"... is unreadable", orderFault<out, Fault::Garble>},
+    {u"latency", u"", u"how long messages take at least", showLatency<out>},
     {u"latency", u"MS", u"all take so long, in their order", setLatency<out>},
     {u"request drop", u"[TYPE]", u"an application's next one is lost", orderFault<in, Fault::Drop>},
     {u"request delay", u"MS [TYPE]", u"... comes late, after others", orderFault<in, Fault::Delay>},
     {u"request duplicate", u"[TYPE]", u"... comes twice", orderFault<in, Fault::Duplicate>},
     {u"request truncate", u"BYTES [TYPE]", u"... is cut", orderFault<in, Fault::Truncate>},
     {u"request garble", u"[TYPE]", u"... is unreadable", orderFault<in, Fault::Garble>},
+    {u"request latency", u"", u"how long theirs take at least", showLatency<in>},
     {u"request latency", u"MS", u"all take so long, in their order", setLatency<in>},
     {u"refuse", u"TYPE [WHY]", u"refuses the next, though it is right",
      [](S& s, const Addressee& whose, const A& args) {
          return s.service.refuseNext(args.first(), args.value(1), whose), Answer();
      }},
+    {u"reading", u"", u"whether the service reads",
+     [](S& s, const A&) { return say(s.server.isReading() ? u"on"_s : u"off"_s); }},
     {u"reading", u"on|off", u"whether the service reads at all",
      [](S& s, const A& args) { return s.server.setReading(args.first() == "on"_L1), Answer(); }},
+    {u"target", u"", u"how invocation targets are met", showTargets},
     {u"target", u"TARGET takes|refuses|missing", u"how an invocation target is met", setTarget},
     {u"send", u"TYPE JSON", u"sends any message to applications", sendMessage},
     {u"raw", u"TEXT", u"sends any record",

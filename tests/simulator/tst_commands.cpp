@@ -110,6 +110,9 @@ private Q_SLOTS:
             {"{\"world\":{\n\"contacts\":[{\"handle\":\"a\"},\n{\"handle\":\"b\",\n\"x\\\"\":1}]}}",
              "line 3: world.contacts[1]: "},
             {"{\"timeline\":[\n{\"command\":\"drop\"},{\n\"at\":\"soon\"}]}", "line 3: timeline[1].at is"},
+            {"{\"world\":{\"latency\":1,\n\"contacts\":[],\n\"latency\":2}}", "line 3: world.latency stands there"},
+            {R"({"world":{"box":{"icons":[{"id":"1"}]}}})", "world.box.icons[0]: a picture is"},
+            {R"({"world":{"profile":{"picture":"none.png"}}})", "world.profile: /"}, // beside the scenario
             {R"({"world":{"targets":{"nobody":"missing"}}})", "world.targets.nobody: "},
             {R"({"world":{"registered":{"me":true}}})", "no UUID"},
             {R"({"world":{"box":{"limit":1,"items":[{"text":"a"},{"text":"b"}]}}})",

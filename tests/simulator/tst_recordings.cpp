@@ -165,15 +165,21 @@ private Q_SLOTS:
 
     void refusesWhatIsDamagedOrForeign()
     {
-        const QByteArray head = "{\"format\":\"zelcore-recording\",\"version\":1,\"started\":\"\"}\n";
+        const QByteArray head = "{\"format\":\"zelcore-recording\",\"version\":1,"
+                                "\"started\":\"2026-03-01T09:30:00.000Z\",\"anonymous\":false}\n";
         const QByteArray here = head + "{\"kind\":\"connected\",\"application\":1,\"time\":5}\n";
         const QPair<QByteArray, const char*> cases[] = {
             {"", "line 1: is missing"},
             {"{\"world\":{}}\n", "line 1: format is not"},
             {"{\"format\":\"zelcore-recording\",\"version\":2,\"started\":\"\"}\n", "line 1: version is 2"},
+            {QByteArray(head).replace("T09", "noon"), "line 1: started is no time"},
+            {QByteArray(head).replace(",\"anonymous\":false", ""), "line 1: anonymous is neither"},
             {head + "{]\n", "line 2: is no JSON object"},
             {here.chopped(4), "line 2: is cut"},
             {here + "{\"kind\":\"sung\",\"time\":6}\n", "line 3: kind is no kind"},
+            {here + "{\"kind\":\"back\",\"time\":6}\n", "line 3: kind cannot be"},
+            {here + "{\"kind\":\"invoked\",\"application\":1,\"time\":6,\"target\":\"x\",\"text\":\"\"}\n",
+             "line 3: target is none of"},
             {here + "{\"kind\":\"away\",\"time\":4}\n", "line 3: time is before"},
             {here + "{\"kind\":\"away\",\"time\":6,\"mood\":1}\n", "line 3: mood means nothing"},
             {here + "{\"kind\":\"sent\",\"application\":2,\"time\":6,\"text\":\"\"}\n",
