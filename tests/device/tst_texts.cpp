@@ -128,53 +128,40 @@ QString randomString(QRandomGenerator& random, bool isName)
     return text;
 }
 
-QJsonValue randomValue(QRandomGenerator& random, int depth)
+// Writes anything, and answers it.
+QJsonValue write(QRandomGenerator& random, device::Encoder& encoder, device::Text name, int depth)
 {
-    const int kind = random.bounded(depth > 0 ? 6 : 4);
+    const int number = int(random.generate());
+    const QString text = randomString(random, false);
     QJsonArray values;
     QJsonObject members;
-    for (int i = kind < 4 ? 0 : random.bounded(6); i > 0; --i) {
-        values.append(randomValue(random, depth - 1));
-        members.insert(randomString(random, true), values.last());
-    }
-    switch (kind) {
+    switch (random.bounded(depth > 0 ? 6 : 4)) {
     case 0:
-        return QJsonValue();
+        encoder.addNull(name);
+        return {};
     case 1:
-        return random.bounded(2) == 0;
+        encoder.addBool(name, number > 0);
+        return number > 0;
     case 2:
-        return int(random.generate());
+        encoder.addInt(name, number);
+        return number;
     case 3:
-        return randomString(random, false);
+        encoder.addString(name, text.toUtf8());
+        return text;
     case 4:
+        encoder.startArray(name);
+        for (int i = random.bounded(6); i > 0; --i)
+            values.append(write(random, encoder, {}, depth - 1));
+        encoder.endArray();
         return values;
     default:
-        return members;
-    }
-}
-
-void write(device::Encoder& encoder, device::Text name, const QJsonValue& value)
-{
-    const QJsonObject members = value.toObject();
-    switch (value.type()) {
-    case QJsonValue::Bool:
-        return encoder.addBool(name, value.toBool());
-    case QJsonValue::Double:
-        return encoder.addInt(name, value.toInt());
-    case QJsonValue::String:
-        return encoder.addString(name, value.toString().toUtf8());
-    case QJsonValue::Array:
-        encoder.startArray(name);
-        for (const QJsonValue& each : value.toArray())
-            write(encoder, {}, each);
-        return encoder.endArray();
-    case QJsonValue::Object:
         encoder.startObject(name);
-        for (auto it = members.begin(); it != members.end(); ++it)
-            write(encoder, it.key().toUtf8() + "", it.value());
-        return encoder.endObject();
-    default:
-        return encoder.addNull(name);
+        for (int i = random.bounded(6); i > 0; --i) {
+            if (const QString key = randomString(random, true); !members.contains(key))
+                members.insert(key, write(random, encoder, key.toUtf8(), depth - 1));
+        }
+        encoder.endObject();
+        return members;
     }
 }
 
@@ -207,18 +194,17 @@ private Q_SLOTS:
     {
         QRandomGenerator random = seededRandom();
         for (int i = 0; i < 400; ++i) {
-            const QJsonArray values{randomValue(random, 4), randomValue(random, 4)};
             device::Encoder json(device::Encoder::Json);
-            write(json, {}, values);
+            json.startArray({});
+            const QJsonArray values{write(random, json, {}, 4), write(random, json, {}, 4)};
+            json.endArray();
             const QByteArray text = bytes(json.text());
             QCOMPARE(QJsonDocument::fromJson(text).array(), values);
 
             device::Encoder attributes(device::Encoder::Attributes);
             QJsonObject expected{{u"all"_s, values}};
             for (const char name : {'0', '1', '2'}) {
-                const QJsonValue value = randomValue(random, 1);
-                expected.insert(QString(QLatin1Char(name)), value);
-                write(attributes, QByteArray(1, name), value);
+                expected.insert(QString(QLatin1Char(name)), write(random, attributes, QByteArray(1, name), 1));
             }
             Decoder d("@o\n" + bytes(attributes.text()) + "all:json:" + text);
             QVERIFY(d.enter("@o"));
