@@ -45,6 +45,7 @@ void ProfileBoxModel::setContext(Context* context)
         setRecords(records);
     };
     connect(box, &ProfileBox::itemAdded, d->link.get(), readAll);
+    connect(box, &ProfileBox::itemUpdated, d->link.get(), readAll);
     connect(box, &ProfileBox::itemRemoved, d->link.get(), readAll);
     connect(context, &Context::registrationStateUpdated, d->link.get(), readAll);
     connect(context, &QObject::destroyed, d->link.get(), readAll);

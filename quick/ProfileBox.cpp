@@ -52,6 +52,7 @@ void ProfileBox::start(zel::Context* context, QObject* owner)
 {
     m_box = new zel::ProfileBox(context, owner);
     connect(m_box, &zel::ProfileBox::itemAdded, this, &ProfileBox::itemAdded);
+    connect(m_box, &zel::ProfileBox::itemUpdated, this, &ProfileBox::itemUpdated);
     connect(m_box, &zel::ProfileBox::itemRemoved, this, &ProfileBox::itemRemoved);
     connect(m_box, &zel::ProfileBox::iconRegistered, this, &ProfileBox::iconRegistered);
     connect(m_box, &zel::ProfileBox::registeredIconsChanged, this, &ProfileBox::registeredIconsChanged);

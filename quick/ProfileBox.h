@@ -39,6 +39,7 @@ public:
 Q_SIGNALS:
     // As those of the public class.
     void itemAdded(const QString& itemId);
+    void itemUpdated(const QString& itemId);
     void itemRemoved(const QString& itemId);
     void iconRegistered(int iconId);
     void registeredIconsChanged();

@@ -178,6 +178,7 @@ void Application::follow(Class* object, int number)
         connectTo(&ContactService::contactCountChanged);
     } else if constexpr (std::is_same_v<Class, ProfileBox>) {
         connectTo(&ProfileBox::itemAdded);
+        connectTo(&ProfileBox::itemUpdated);
         connectTo(&ProfileBox::itemRemoved);
         connectTo(&ProfileBox::iconRegistered);
         connectTo(&ProfileBox::iconRetrieved);

@@ -125,6 +125,13 @@ void ProfileBoxEventHandler::pushAddProfileBoxItemEvent(const zelsplib::ProfileB
         m_delegate->notifyItemAdded(item.getItemId());
 }
 
+void ProfileBoxEventHandler::pushUpdateProfileBoxItemEvent(const zelsplib::ProfileBoxItem& item) const
+{
+    qCDebug(lcPlatform) << "ProfileBoxEventHandler::pushUpdateProfileBoxItemEvent";
+    if (m_delegate)
+        m_delegate->notifyItemUpdated(item.getItemId());
+}
+
 void ProfileBoxEventHandler::pushRemoveProfileBoxItemEvent(const zelsplib::ProfileBoxItem& item) const
 {
     qCDebug(lcPlatform) << "ProfileBoxEventHandler::pushRemoveProfileBoxItemEvent";

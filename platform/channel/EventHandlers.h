@@ -77,6 +77,7 @@ public:
     void setProfileBoxBridge(ServiceBridge* bridge);
 
     void pushAddProfileBoxItemEvent(const zelsplib::ProfileBoxItem& item) const;
+    void pushUpdateProfileBoxItemEvent(const zelsplib::ProfileBoxItem& item) const;
     void pushRemoveProfileBoxItemEvent(const zelsplib::ProfileBoxItem& item) const;
     void pushAddProfileBoxImageEvent(const zelsplib::ProfileBoxImage& image) const;
     void pushRemoveProfileBoxImageEvent(const zelsplib::ProfileBoxImage& image) const;

@@ -40,6 +40,7 @@ private:
 void ProfileBoxPrivate::connectDelegate()
 {
     connect(delegate, &ProfileBoxDelegate::itemAdded, q, &ProfileBox::itemAdded);
+    connect(delegate, &ProfileBoxDelegate::itemUpdated, q, &ProfileBox::itemUpdated);
     connect(delegate, &ProfileBoxDelegate::itemRemoved, q, &ProfileBox::itemRemoved);
     connect(delegate, &ProfileBoxDelegate::iconRegistered, q, &ProfileBox::iconRegistered);
     connect(delegate, &ProfileBoxDelegate::iconRetrieved, q, &ProfileBox::iconRetrieved);

@@ -177,6 +177,12 @@ void ProfileBoxDelegate::notifyItemAdded(const QString& itemId)
     Q_EMIT itemAdded(itemId);
 }
 
+void ProfileBoxDelegate::notifyItemUpdated(const QString& itemId)
+{
+    qCDebug(lcPlatform) << " ProfileBoxDelegate::notifyItemUpdated";
+    Q_EMIT itemUpdated(itemId);
+}
+
 void ProfileBoxDelegate::notifyItemRemoved(const QString& itemId)
 {
     qCDebug(lcPlatform) << " ProfileBoxDelegate::notifyItemRemoved";

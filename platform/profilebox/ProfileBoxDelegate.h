@@ -35,6 +35,7 @@ public:
     bool iconRetrievalRequest(int iconId) const;
 
     void notifyItemAdded(const QString& itemId);
+    void notifyItemUpdated(const QString& itemId);
     void notifyItemRemoved(const QString& itemId);
     void notifyIconRegistered(int iconId);
     void notifyIconRemoved(int iconId);
@@ -42,6 +43,7 @@ public:
 
 Q_SIGNALS:
     void itemAdded(QString itemId);
+    void itemUpdated(QString itemId);
     void itemRemoved(QString itemId);
     void iconRegistered(int iconId);
     /// Goes no further: the public class does not tell of icons that go.

@@ -30,7 +30,7 @@ QString retrievalStreamId(int iconId)
 } // namespace
 
 BoxIcons::BoxIcons(const QSharedPointer<zel::JsonStream>& stream, EventQueue& queue, const Events& events)
-    : BoxList(queue, events.added, events.removed)
+    : BoxList(queue, events.added, {}, events.removed)
     , m_stream(stream)
     , m_queue(queue)
     , m_retrieved(events.retrieved)

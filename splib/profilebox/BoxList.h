@@ -20,8 +20,8 @@
 namespace zelsplib {
 
 /// One of the box's lists: as the service has it, and a copy in list order of what the application has been told of,
-/// which a removal, or a list that came whole again, is compared with. What differs by key makes an event; of the first
-/// whole list nothing does, since it is what the box held all along. Boxes are small, so looking up walks.
+/// which a removal, or a list that came whole again, is compared with. What differs makes an event; of the first whole
+/// list nothing does, since it is what the box held all along. Boxes are small, so looking up walks.
 ///
 /// A member of the manager. An event may do anything.
 template <typename Record, QString (Record::*key)() const>
@@ -31,9 +31,11 @@ public:
     using List = zel::LiveList<Record, QString>;
     using Event = std::function<void(const Record&)>;
 
-    BoxList(EventQueue& events, Event added, Event removed)
+    /// `updated` may be empty, where nobody is told.
+    BoxList(EventQueue& events, Event added, Event updated, Event removed)
         : m_events(events)
         , m_added(std::move(added))
+        , m_updated(std::move(updated))
         , m_removed(std::move(removed))
     {
     }
@@ -107,8 +109,8 @@ private:
             return;
         const Record record = listedAt(index);
         settle(record);
-        if (isKept(index))
-            m_records[index] = record;
+        if (isKept(index) && std::exchange(m_records[index], record) != record)
+            tell({record}, m_updated);
     }
 
     void remove(int index)
@@ -126,27 +128,44 @@ private:
             settle(record);
         const QList<Record> before = std::exchange(m_records, records);
         if (m_complete) {
-            post(without(before, records), m_removed);
-            post(without(records, before), m_added);
+            post(split(before, records).others, m_removed);
+            post(split(records, before).others, m_added);
+            post(otherInTheirPlaces(split(before, records).common, split(records, before).common), m_updated);
         }
         m_events.deliver();
     }
 
-    static QList<Record> without(const QList<Record>& records, const QList<Record>& others)
+    struct Parts
+    {
+        QList<Record> common; ///< whose keys the other list has, too
+        QList<Record> others;
+    };
+    static Parts split(const QList<Record>& records, const QList<Record>& by)
     {
         QSet<QString> keys;
-        for (const Record& other : others)
-            keys.insert((other.*key)());
-        QList<Record> rest;
-        for (const Record& record : records) {
-            if (!keys.contains((record.*key)()))
-                rest.append(record);
+        for (const Record& record : by)
+            keys.insert((record.*key)());
+        Parts parts;
+        for (const Record& record : records)
+            (keys.contains((record.*key)()) ? parts.common : parts.others).append(record);
+        return parts;
+    }
+
+    /// Those in whose place another record stood, of the same key or not: what moves is told like what changes.
+    static QList<Record> otherInTheirPlaces(const QList<Record>& before, const QList<Record>& now)
+    {
+        QList<Record> others;
+        for (qsizetype i = 0; i < now.size(); ++i) {
+            if (i >= before.size() || before.at(i) != now.at(i))
+                others.append(now.at(i));
         }
-        return rest;
+        return others;
     }
 
     void post(const QList<Record>& records, const Event& event)
     {
+        if (!event)
+            return;
         for (const Record& record : records)
             m_events.post([event, record] { event(record); });
     }
@@ -158,6 +177,7 @@ private:
 
     EventQueue& m_events;
     const Event m_added;
+    const Event m_updated;
     const Event m_removed;
     typename List::Pointer m_list; ///< null until start()
     QList<Record> m_records;

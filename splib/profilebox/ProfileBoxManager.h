@@ -7,12 +7,13 @@
 
 namespace zelsplib {
 
-/// Hears what comes into the profile box and what goes, and of icons that were asked for.
+/// Hears what comes into the profile box, changes and goes, and of icons that were asked for.
 template <typename T>
 concept ProfileBoxEvents = std::default_initializable<T> &&
     requires(T handler, const ProfileBoxItem& item, const ProfileBoxImage& image)
 {
     handler.pushAddProfileBoxItemEvent(item);
+    handler.pushUpdateProfileBoxItemEvent(item);
     handler.pushRemoveProfileBoxItemEvent(item);
     handler.pushAddProfileBoxImageEvent(image);
     handler.pushRemoveProfileBoxImageEvent(image);
@@ -35,6 +36,7 @@ public:
 
 private:
     void pushItemAdded(const ProfileBoxItem& item) override { m_handler.pushAddProfileBoxItemEvent(item); }
+    void pushItemUpdated(const ProfileBoxItem& item) override { m_handler.pushUpdateProfileBoxItemEvent(item); }
     void pushItemRemoved(const ProfileBoxItem& item) override { m_handler.pushRemoveProfileBoxItemEvent(item); }
     void pushImageAdded(const ProfileBoxImage& image) override { m_handler.pushAddProfileBoxImageEvent(image); }
     void pushImageRemoved(const ProfileBoxImage& image) override { m_handler.pushRemoveProfileBoxImageEvent(image); }

@@ -20,6 +20,7 @@ struct ProfileBoxManagerBase::Private
         , registrationHandler(handler)
         , items(
               events, [manager](const ProfileBoxItem& item) { manager->pushItemAdded(item); },
+              [manager](const ProfileBoxItem& item) { manager->pushItemUpdated(item); },
               [manager](const ProfileBoxItem& item) { manager->pushItemRemoved(item); })
         , icons(stream, events,
                 {[manager](const ProfileBoxImage& image) { manager->pushImageAdded(image); },

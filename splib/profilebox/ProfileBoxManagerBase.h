@@ -72,6 +72,7 @@ protected:
 
 private:
     virtual void pushItemAdded(const ProfileBoxItem& item) = 0;
+    virtual void pushItemUpdated(const ProfileBoxItem& item) = 0;
     virtual void pushItemRemoved(const ProfileBoxItem& item) = 0;
     virtual void pushImageAdded(const ProfileBoxImage& image) = 0;
     virtual void pushImageRemoved(const ProfileBoxImage& image) = 0;

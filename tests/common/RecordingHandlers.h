@@ -96,6 +96,7 @@ struct RecordingHandler
     }
 
     void pushAddProfileBoxItemEvent(const Item& i) const { note("item added", {i.getItemId(), i.getText()}); }
+    void pushUpdateProfileBoxItemEvent(const Item& i) const { note("item updated", {i.getItemId(), i.getText()}); }
     void pushRemoveProfileBoxItemEvent(const Item& i) const { note("item removed", {i.getItemId(), i.getText()}); }
     void pushAddProfileBoxImageEvent(const Image& i) const { note("icon added", {i.getImageId(), data(i)}); }
     void pushRemoveProfileBoxImageEvent(const Image& i) const { note("icon removed", {i.getImageId(), data(i)}); }

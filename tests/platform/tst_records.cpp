@@ -16,13 +16,13 @@ private Q_SLOTS:
             shown(profile),
             u"displayName=Ada personalMessage=Hello status=Available statusMessage=here ppId=my-ppid handle=my-handle "
             "displayPictureMimeType=Gif displayPicture=GIF89a applicationVersion=1.2 zelVersion=77 sdkVersion=200"_s);
-        Heard heard; // each change once and in order, and each value is shown before it is announced
-        heard.follow(profile, [&] {
+        // Each change once and in order, and each value is shown before it is announced.
+        m_heard->follow(profile, [&] {
             return words(profile.displayName(), profile.personalMessage(), profile.status(), profile.statusMessage());
         });
         play(u"duplicate listChange; profile showBusy=on statusMessage=out personalMessage=Bye displayName=A; profile "
              "statusMessage 'far out'; profile ppId=other handle=other appVersion=9 clientVersion=9"_s);
-        QCOMPARE(heard.lines().filter(u"Updated"_s),
+        QCOMPARE(m_heard->lines().filter(u"Updated"_s),
                  QStringList({u"displayNameUpdated A | A Hello Available here"_s,
                               u"personalMessageUpdated Bye | A Bye Available here"_s,
                               u"statusUpdated Busy out | A Bye Busy out"_s,
@@ -38,11 +38,10 @@ private Q_SLOTS:
     void theProfileShowsWhatChangedWhileAccessWasLost()
     {
         const UserProfile profile(ready());
-        Heard heard;
-        heard.follow(profile, [&] { return profile.displayName(); });
+        m_heard->follow(profile, [&] { return profile.displayName(); });
         play(u"state TemporaryError; profile displayName=Anew; state Success"_s);
-        QCOMPARE(heard.lines(), QStringList({u"profileChanged | "_s, u"displayNameUpdated Anew | "_s,
-                                             u"profileChanged | "_s, u"profileChanged | Anew"_s}));
+        QCOMPARE(m_heard->lines(), QStringList({u"profileChanged | "_s, u"displayNameUpdated Anew | "_s,
+                                                u"profileChanged | "_s, u"profileChanged | Anew"_s}));
         QCOMPARE(profile.handle(), u"my-handle"_s);
     }
 
@@ -84,13 +83,12 @@ private Q_SLOTS:
         m_context = std::make_unique<Context>(m_uuid);
         play(u"contact change cem handle=; state Success"_s); // without a handle nobody is whole
         const ContactService contacts(m_context.get());
-        Heard heard;
-        heard.follow(contacts, [&] { return all(contacts); });
+        m_heard->follow(contacts, [&] { return all(contacts); });
         QCOMPARE(shown(contacts), u"valid=true complete=false contactCount=2"_s);
         play(u"contact change user-cem handle=cem"_s);
         const QString three = u" | true true 3 ada=Ada bea=bea cem=cem"_s;
-        QCOMPARE(heard.take(), QStringList({u"contactListUpdated"_s + three, u"completeChanged"_s + three,
-                                            u"contactCountChanged"_s + three}));
+        QCOMPARE(m_heard->take(), QStringList({u"contactListUpdated"_s + three, u"completeChanged"_s + three,
+                                               u"contactCountChanged"_s + three}));
 
         const ContactService later(m_context.get());
         QVERIFY(later.isComplete());
@@ -99,13 +97,13 @@ private Q_SLOTS:
         QVERIFY(later.hasApplication(u"abe"_s));
         play(u"contact uninstall abe"_s);
         const QString four = u" | true true 4 abe=abe ada=Ada bea=bea cem=cem"_s; // whoever has left is still a contact
-        QCOMPARE(heard.take(), // the others hear of a list that is read for one
+        QCOMPARE(m_heard->take(), // the others hear of a list that is read for one
                  QStringList({u"contactListUpdated"_s + three, u"applicationEnabled abe"_s + four,
                               u"contactCountChanged"_s + four, u"applicationDisabled abe"_s + four}));
 
         play(u"state TemporaryError"_s);
-        QCOMPARE(heard.lines(), QStringList({u"validChanged | false false 0"_s, u"completeChanged | false false 0"_s,
-                                             u"contactCountChanged | false false 0"_s}));
+        QCOMPARE(m_heard->lines(), QStringList({u"validChanged | false false 0"_s, u"completeChanged | false false 0"_s,
+                                                u"contactCountChanged | false false 0"_s}));
     }
 
     void theLaterOfTwoContactsWithOneHandleCounts()
@@ -120,12 +118,11 @@ private Q_SLOTS:
         }
     }
 
-    void theBoxShowsWhatItHoldsAndAnnouncesWhatComesAndGoes()
+    void theBoxShowsWhatItHoldsAndAnnouncesWhatComesChangesAndGoes()
     {
         m_context = std::make_unique<Context>(m_uuid);
         ProfileBox box(m_context.get());
-        Heard heard;
-        heard.follow(box, [&] {
+        m_heard->follow(box, [&] {
             QString ids;
             for (const ProfileBoxItem& item : box.items())
                 ids += item.id().section(u'-', 1);
@@ -133,7 +130,7 @@ private Q_SLOTS:
         });
         settle();
         ready();
-        QCOMPARE(heard.take(), // what it held before
+        QCOMPARE(m_heard->take(), // what it held before
                  QStringList({u"itemCountChanged | 2 12 1"_s, u"registeredIconsChanged | 2 12 1"_s}));
         QCOMPARE(box.item(u"item-1"_s), box.items().at(0));
         QCOMPARE(box.item(u"none"_s), ProfileBoxItem());
@@ -142,10 +139,12 @@ private Q_SLOTS:
 
         play(u"duplicate listRemove; box add three; box remove item-2; duplicate listAdd; box icon 5 100; "
              "box icon 5 none"_s);
-        QCOMPARE(heard.lines(), QStringList({u"itemAdded item-3 | 3 123 1"_s, u"itemCountChanged | 3 123 1"_s,
-                                             u"itemRemoved item-2 | 2 13 1"_s, u"itemCountChanged | 2 13 1"_s,
-                                             u"iconRegistered 5 | 2 13 2"_s, u"registeredIconsChanged | 2 13 2"_s,
-                                             u"registeredIconsChanged | 2 13 1"_s}));
+        const auto changed = u"itemUpdated item-2 | 2 12 1"_s;
+        QCOMPARE(m_heard->lines(),
+                 QStringList({changed, changed, u"itemAdded item-3 | 3 123 1"_s, u"itemCountChanged | 3 123 1"_s,
+                              u"itemRemoved item-2 | 2 13 1"_s, u"itemCountChanged | 2 13 1"_s,
+                              u"iconRegistered 5 | 2 13 2"_s, u"registeredIconsChanged | 2 13 2"_s,
+                              u"registeredIconsChanged | 2 13 1"_s}));
         play(
             uR"(send listChange '{"type":"profileBoxItem","elements":[{"itemId":"item-3","imageId":"no number"}]}')"_s);
         QCOMPARE(shown(box.item(u"item-3"_s)), u"null=false id=item-3 text=three cookie= iconId=0"_s);

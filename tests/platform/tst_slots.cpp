@@ -26,6 +26,7 @@ private Q_SLOTS:
         row("picture", &ContactService::displayPictureUpdated, picture, u"ada Png "_s, u"100 200 300"_s);
         row("contact", &ContactService::contactUpdated, u"contact change ada displayName=%1"_s);
         row("item", &ProfileBox::itemAdded, u"box add %1"_s);
+        row("item changed", &ProfileBox::itemUpdated, u"box change item-1 text=%1"_s);
         const auto ecoId = uR"(send requestEcoIdResponse '{"ppid":"p","ecoId":"%1"}')"_s;
         row("eco identifier", &Utils::ecoIdUpdated, ecoId, u"p new"_s);
         row("eco identifier of nobody", &Utils::ecoIdUpdated, u"send requestEcoIdResponse {}"_s, u" "_s);

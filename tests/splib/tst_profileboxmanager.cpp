@@ -151,15 +151,16 @@ void TstProfileBoxManager::tellsItsStory_data()
         {});
     row("items that come and go", R"(
         drop i1               -> requestListRemove i1 profileBoxItem
-        add items i2=b i1=a2  -> item added i2 b
-        change items i2=c
+        add items i2=b i1=a2  -> item added i2 b; item updated i1 a2
+        change items i2=c i1=a2 -> item updated i2 c
         show                  -> i1=a2 i2=c 7=h7
         remove items i1 i9 i2 -> item removed i1 a2; item removed i2 c
         show                  -> 7=h7
     )");
     row("what a whole list changes", R"(
-        whole items i3=c i1=changed i2 -> item added i3 c; item added i2 -
-        whole items i4=d i2   -> item removed i3 c; item removed i1 changed; item added i4 d
+        whole items i3=c i1=changed i2 -> item added i3 c; item added i2 -; item updated i1 changed
+        whole items i1=changed i3=c i2 -> item updated i1 changed; item updated i3 c
+        whole items i4=d i2   -> item removed i1 changed; item removed i3 c; item added i4 d
         show                  -> i4=d i2= 7=h7
         add icons 7=new
         show                  -> i4=d i2= 7=new

@@ -112,6 +112,7 @@ void Session::makeLiveObjects()
     relay(contacts(), &ContactService::applicationEnabled);
     relay(contacts(), &ContactService::applicationDisabled);
     relay(box(), &ProfileBox::itemAdded);
+    relay(box(), &ProfileBox::itemUpdated);
     relay(box(), &ProfileBox::itemRemoved);
     relay(box(), &ProfileBox::iconRegistered);
     relay(box(), &ProfileBox::iconRetrieved);

@@ -75,6 +75,9 @@ Q_SIGNALS:
     /// The answer to requestRetrieveIcon(): the icon \a iconId has the bytes \a iconData and the format \a iconType
     /// that the first of them show.
     void iconRetrieved(int iconId, vx::platform::zel::ImageType::Type iconType, QByteArray iconData);
+    /// The item \a itemId, which was announced before or there from the beginning, has another text, cookie or icon, or
+    /// another place among items(). After a list that the service sends again: behind what came and went.
+    void itemUpdated(QString itemId);
 
     /// For bindings: itemCount() is another number than before. After the signal that brought it about; a box that is
     /// first received after registration brings none.
