@@ -62,6 +62,7 @@ private Q_SLOTS:
     {
         m_handlerBefore = qInstallMessageHandler(noteWarning);
         m_clock = FakeClock::install();
+        m_heard = std::make_unique<Heard>();
         m_service = std::make_unique<zelcore::TestService>();
         connect(m_service.get(), &zelcore::Simulator::recordPassed, this, &PlatformTest::note);
         m_service->setProfilePicture("GIF89a");
@@ -134,6 +135,7 @@ protected:
     QUuid const m_uuid{QStringLiteral("{6F8D2C4E-5B0A-4A37-9D0E-0C8F3F1F2A10}")};
     std::unique_ptr<zelcore::TestService> m_service;
     std::unique_ptr<Context> m_context;
+    std::unique_ptr<Heard> m_heard;
 
 private:
     void note(const zelcore::WireRecord& record)

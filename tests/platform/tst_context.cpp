@@ -58,7 +58,6 @@ private Q_SLOTS:
     {
         ready();
         Context later(QUuid::createUuid());
-        m_heard = std::make_unique<Heard>();
         m_heard->follow(later, [&] { return words(later.isReady()); });
         const auto wait = [this](Context* context, const QObject* receiver, const QString& line) {
             whenReady(context, receiver, [this, line] { m_heard->add(line); });
@@ -88,12 +87,9 @@ private:
     {
         m_context = std::make_unique<Context>(m_uuid);
         settle();
-        m_heard = std::make_unique<Heard>();
         m_heard->follow(*m_context);
     }
     void noteMember() { m_heard->add(u"member"_s); }
-
-    std::unique_ptr<Heard> m_heard;
 };
 
 ZEL_TEST(TstContext)
