@@ -105,6 +105,15 @@ private Q_SLOTS:
         const QByteArray said = program.readAllStandardError();
         QVERIFY2(!said.contains("qrc:") && !said.contains("zelcore-desk:"), said);
         QVERIFY(QFileInfo(folder.filePath(u"wire.jsonl"_s)).size() > 1000);
+
+        // What the picture cannot show is no success.
+        for (const QStringList& words : {QStringList{u"--"_s, u"/no/such/program"_s}, {u"--look"_s, u"nothing"_s}}) {
+            program.start(QStringLiteral(ZELCORE_DESK),
+                          QStringList{u"--root"_s, folder.filePath(u"root"_s), u"--screenshot"_s, picture} + words);
+            QVERIFY(program.waitForFinished(60000));
+            QCOMPARE(program.exitCode(), 1);
+            QVERIFY(program.readAllStandardError().contains("zelcore-desk: "));
+        }
     }
 
 private:

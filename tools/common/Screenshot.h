@@ -11,8 +11,8 @@ class QQuickWindow;
 
 namespace zeltools {
 
-/// Saves what a window shows once it has come to rest: nothing has stirred for a while, and its property "settled" is
-/// not false, if it has one.
+/// Saves what a window shows once it has come to rest: nothing has stirred for a while, no picture that it shows is
+/// being loaded, and its property "settled" is not false, if it has one.
 class Screenshot : public QObject
 {
     Q_OBJECT
@@ -23,7 +23,8 @@ public:
 
     /// Something stirs: it waits anew.
     void stir() { m_rest.start(); }
-    /// Takes none of a window that has not come to rest by then.
+    /// Waits no longer than that: a window that is settled is taken without the pictures that are still to come, and
+    /// of another there is none.
     void giveUpAfter(std::chrono::milliseconds time);
 
 Q_SIGNALS:
@@ -31,6 +32,8 @@ Q_SIGNALS:
     void taken(const QString& problem);
 
 private:
+    bool isSettled() const;
+    void takeWhenAtRest();
     void take();
 
     QQuickWindow& m_window;

@@ -12,8 +12,7 @@ namespace zeltools {
 
 namespace {
 
-constexpr int smallestSide = 320;
-constexpr int largestSide = 16'384;
+constexpr QSize largest(16'384, 16'384);
 const QString sizeName = u"size"_s;
 const QString pageName = u"page"_s;
 const QString screenshotName = u"screenshot"_s;
@@ -45,13 +44,16 @@ QList<QCommandLineOption> WindowOptions::all(const QString& usualSize, const QSt
                                u"FILE"_s)};
 }
 
-QString WindowOptions::read(const QCommandLineParser& parser, const QStringList& pages)
+QString WindowOptions::read(const QCommandLineParser& parser, const QStringList& pages, QSize smallest)
 {
     size = sizeIn(parser.value(sizeName));
     page = parser.value(pageName);
     screenshot = parser.value(screenshotName);
-    if (size != size.boundedTo({largestSide, largestSide}).expandedTo({smallestSide, smallestSide}))
-        return u"--size takes a width and a height from %1 to %2, as in 960x640."_s.arg(smallestSide).arg(largestSide);
+    if (size != size.boundedTo(largest).expandedTo(smallest))
+        return u"--size takes a width and a height from %1x%2 to %3x%4, as in 960x640."_s.arg(smallest.width())
+            .arg(smallest.height())
+            .arg(largest.width())
+            .arg(largest.height());
     if (parser.isSet(pageName) && !pages.contains(page))
         return u"there is no page \"%1\", but there are %2."_s.arg(page, pages.join(", "_L1));
     return {};

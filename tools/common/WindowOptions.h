@@ -21,8 +21,9 @@ struct WindowOptions
     QString screenshot; ///< The file for a picture of the window; the program ends when it is taken.
 
     static QList<QCommandLineOption> all(const QString& usualSize, const QStringList& pages);
-    /// Takes over what a parser that knows these has found. A sentence for what cannot be meant; empty if all can.
-    QString read(const QCommandLineParser& parser, const QStringList& pages);
+    /// Takes over what a parser that knows these has found, for a window that is \a smallest or larger. A sentence for
+    /// what cannot be meant; empty if all can.
+    QString read(const QCommandLineParser& parser, const QStringList& pages, QSize smallest);
 };
 
 /// To be asked before there is an application object, which needs a screen unless this has found that nobody looks at

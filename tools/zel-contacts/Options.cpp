@@ -52,7 +52,7 @@ QString Options::read(const QCommandLineParser& parser)
         return u"--colors takes light or dark."_s;
     if (parser.isSet(stateOption) && !zelcore::Simulator::registrationStates().contains(world.state))
         return u"--state takes one of %1."_s.arg(zelcore::Simulator::registrationStates().join(", "_L1));
-    const QString problem = window.read(parser, pages);
+    const QString problem = window.read(parser, pages, {320, 400});
     world.isAlive = window.screenshot.isEmpty();
     return problem;
 }

@@ -42,7 +42,7 @@ QString Options::read(const QCommandLineParser& parser)
     isDark = parser.isSet(darkOption);
     application = parser.positionalArguments();
     const QString problem = service.read(parser);
-    return problem.isEmpty() ? window.read(parser, pages) : problem;
+    return problem.isEmpty() ? window.read(parser, pages, {320, 480}) : problem;
 }
 
 } // namespace zeldesk

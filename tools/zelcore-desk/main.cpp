@@ -45,8 +45,8 @@ bool prepare(zelcore::Simulator& simulator, zeldesk::Desk& desk, const zeltools:
     return isDone;
 }
 
-/// Runs an application beside the desk. It is told to end when this goes.
-std::unique_ptr<QProcess> run(QStringList command, const QString& root)
+/// Runs an application beside the desk, which ends with 1 without one that \a isNeeded.
+std::unique_ptr<QProcess> run(QStringList command, const QString& root, bool isNeeded)
 {
     auto process = std::make_unique<QProcess>();
     auto environment = QProcessEnvironment::systemEnvironment();
@@ -55,9 +55,13 @@ std::unique_ptr<QProcess> run(QStringList command, const QString& root)
     process->setProcessChannelMode(QProcess::ForwardedChannels);
     process->setChildProcessModifier([] { std::signal(SIGXFSZ, SIG_DFL); });
     const QString program = command.takeFirst();
-    QObject::connect(process.get(), &QProcess::errorOccurred, process.get(), [program](QProcess::ProcessError error) {
-        if (error == QProcess::FailedToStart)
-            complain(program + u" cannot be run"_s);
+    QObject::connect(process.get(), &QProcess::errorOccurred, process.get(), [=](QProcess::ProcessError error) {
+        if (error != QProcess::FailedToStart)
+            return;
+        complain(program + u" cannot be run"_s);
+        if (isNeeded) // from the loop, which may not have begun
+            QMetaObject::invokeMethod(
+                qApp, [] { QCoreApplication::exit(1); }, Qt::QueuedConnection);
     });
     process->start(program, command);
     return process;
@@ -120,7 +124,10 @@ int main(int argc, char* argv[])
         screenshot = std::make_unique<zeltools::Screenshot>(*window, options.window.screenshot, 2s);
         QObject::connect(desk.wire(), &zeldesk::WireModel::countsChanged, screenshot.get(),
                          &zeltools::Screenshot::stir);
-        QObject::connect(screenshot.get(), &zeltools::Screenshot::taken, &application, [](const QString& problem) {
+        QObject::connect(screenshot.get(), &zeltools::Screenshot::taken, &application, [window](QString problem) {
+            const QString awaited = window->property("awaited").toString();
+            if (problem.isEmpty() && !awaited.isEmpty())
+                problem = u"no record of the type \"%1\" has passed"_s.arg(awaited);
             if (!problem.isEmpty())
                 complain(problem);
             QCoreApplication::exit(problem.isEmpty() ? 0 : 1);
@@ -128,7 +135,7 @@ int main(int argc, char* argv[])
     }
     std::unique_ptr<QProcess> beside;
     if (!options.application.isEmpty())
-        beside = run(options.application, simulator.root());
+        beside = run(options.application, simulator.root(), screenshot != nullptr);
     const int status = QGuiApplication::exec();
     if (beside)
         end(*beside);

@@ -61,10 +61,13 @@ Pane {
         standardButtons: Dialog.Close
 
         contentItem: ScrollView {
+            contentWidth: availableWidth
+
             TextArea {
                 readOnly: true
                 selectByMouse: true
                 textFormat: TextEdit.PlainText
+                wrapMode: TextEdit.Wrap
                 font.family: Theme.monospace
                 text: [...bar.service.notices].join("\n")
                 Accessible.name: qsTr("What was said, the latest first")

@@ -12,12 +12,14 @@ ApplicationWindow {
     property string page
     property string look
 
+    // The type of the record to begin with, until one has passed.
+    readonly property alias awaited: records.look
     readonly property bool wide: width >= 860
     readonly property bool wireOnly: !wide && panes.currentIndex === 1
 
     visible: true
     minimumWidth: 320
-    minimumHeight: 320
+    minimumHeight: 480
     title: qsTr("Core service: %1").arg(desk.timeline.scenario || qsTr("a world of its own"))
 
     palette {
@@ -99,6 +101,7 @@ ApplicationWindow {
             desk: window.desk
         }
         WirePane {
+            id: records
             SplitView.minimumWidth: 300
             SplitView.fillWidth: true
             visible: window.wide || window.wireOnly

@@ -17,7 +17,7 @@ Popup {
     focus: true
     margins: Theme.gap
     padding: Theme.gap
-    width: 320
+    width: Math.min(320, (Overlay.overlay?.width ?? 320) - 2 * margins)
 
     component Latency: NumberBox {
         Layout.fillWidth: true
@@ -39,7 +39,11 @@ Popup {
         GridLayout {
             columns: 2
 
-            Label { text: qsTr("Latency from applications (ms)") }
+            Label {
+                Layout.maximumWidth: popup.availableWidth - 100
+                elide: Text.ElideRight
+                text: qsTr("Latency from applications (ms)")
+            }
             Latency {
                 value: popup.weather.latencyFrom
                 onValueModified: popup.weather.latencyFrom = value
