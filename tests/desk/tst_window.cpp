@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <Desk.h>
 
+#include <common/ReturnClicks.h>
 #include <common/TestMain.h>
 #include <simulator/RawApplication.h>
 
+#include <QtCore/QDir>
 #include <QtCore/QProcess>
 #include <QtCore/QRegularExpression>
 #include <QtCore/QTemporaryDir>
@@ -15,6 +17,8 @@
 #include <QtQuick/QQuickWindow>
 #include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
+
+#include <optional>
 
 Q_IMPORT_PLUGIN(ZelCoreDeskPlugin)
 
@@ -35,6 +39,53 @@ QQuickItem* viewOf(QQuickItem* item, const QObject* model)
     return found;
 }
 
+/// The button that says \a text, below \a item.
+QQuickItem* buttonOf(QQuickItem* item, const QString& text)
+{
+    if (item->inherits("QQuickAbstractButton") && item->property("text") == text && item->isVisible())
+        return item;
+    QQuickItem* found = nullptr;
+    for (QQuickItem* child : item->childItems())
+        found = found ? found : buttonOf(child, text);
+    return found;
+}
+
+/// A desk's window, and what is done at it.
+struct DeskWindow
+{
+    explicit DeskWindow(Desk& desk)
+    {
+        engine.setInitialProperties(
+            {{u"desk"_s, QVariant::fromValue(&desk)}, {u"dark"_s, true}, {u"width"_s, 1180}, {u"height"_s, 700}});
+        engine.load(u"qrc:/qml/ZelCoreDesk/Main.qml"_s);
+        window = qobject_cast<QQuickWindow*>(engine.rootObjects().value(0));
+        if (window)
+            returnClicks.emplace(*window);
+    }
+
+    void click(const QString& text) const
+    {
+        const QQuickItem* const button = buttonOf(window->contentItem(), text);
+        QVERIFY2(button, qPrintable(text));
+        QTest::mouseClick(window, Qt::LeftButton, {}, button->mapToScene(button->boundingRect().center()).toPoint());
+    }
+    void type(const QString& text) const
+    {
+        QTest::keyClick(window, Qt::Key_A, Qt::ControlModifier);
+        for (const QChar letter : text)
+            QTest::sendKeyEvent(QTest::Click, window, Qt::Key_unknown, letter, Qt::NoModifier);
+    }
+    QVariant focused(const char* property) const
+    {
+        const QQuickItem* const item = window->activeFocusItem();
+        return item ? item->property(property) : QVariant();
+    }
+
+    QQmlApplicationEngine engine;
+    QQuickWindow* window = nullptr;
+    std::optional<zeltools::ReturnClicks> returnClicks;
+};
+
 } // namespace
 
 class TstWindow : public QObject
@@ -49,11 +100,9 @@ private Q_SLOTS:
         QVERIFY(simulator.start());
         Desk desk(simulator);
         simulator.generateContacts(3, 1);
-        QQmlApplicationEngine engine;
-        engine.setInitialProperties({{u"desk"_s, QVariant::fromValue(&desk)}, {u"dark"_s, true}});
-        engine.load(u"qrc:/qml/ZelCoreDesk/Main.qml"_s);
-        QCOMPARE(engine.rootObjects().size(), 1);
-        auto* const window = qobject_cast<QQuickWindow*>(engine.rootObjects().constFirst());
+        const DeskWindow shown(desk);
+        QQuickWindow* const window = shown.window;
+        QVERIFY(window);
         for (const int width : {1180, 360}) {
             window->resize(width, 700);
             QVERIFY(QTest::qWaitForWindowExposed(window));
@@ -70,7 +119,11 @@ private Q_SLOTS:
         QVERIFY(!simulator.hasApplication(second));
         QTest::keyClick(window, Qt::Key_Return);
         QCOMPARE(desk.contact()->userId(), second);
-        QTRY_VERIFY(!contacts->hasActiveFocus());
+        QTRY_COMPARE(shown.focused("text"), QVariant(u"‹ &Back"_s));
+        QTest::keyClick(window, Qt::Key_Return);
+        QTRY_VERIFY(contacts->hasActiveFocus());
+        QTest::keyClick(window, Qt::Key_Return);
+        QTRY_COMPARE(shown.focused("text"), QVariant(u"‹ &Back"_s));
         QTest::keyClick(window, Qt::Key_Escape);
         QVERIFY(contacts->hasActiveFocus()); // back where it was
 
@@ -85,6 +138,39 @@ private Q_SLOTS:
         QTest::keyClick(window, Qt::Key_Down);
         QCOMPARE(chosen.size(), 1);
         QVERIFY(chosen.first().first().toString().contains("tpaApi"_L1));
+    }
+
+    void aRecordingIsMade()
+    {
+        QTest::failOnWarning(QRegularExpression(u".*"_s));
+        const QTemporaryDir folder;
+        const QString before = QDir::currentPath();
+        QDir::setCurrent(folder.path());
+        Simulator simulator;
+        QVERIFY(simulator.start());
+        Desk desk(simulator);
+        const DeskWindow shown(desk);
+        QVERIFY(shown.window && QTest::qWaitForWindowExposed(shown.window));
+        const auto open = [&] {
+            shown.click(u"&Record…"_s);
+            return QTest::qWaitFor([&] { return shown.focused("objectName") == u"path"_s; });
+        };
+        QVERIFY(open());
+        QCOMPARE(shown.focused("text"), QVariant(QDir::current().absoluteFilePath(u"wire.jsonl"_s)));
+        shown.type(u"by key #1.jsonl"_s);
+        QTest::keyClick(shown.window, Qt::Key_Return);
+        QVERIFY(desk.service()->isRecording() && QFile::exists(folder.filePath(u"by key #1.jsonl"_s)));
+        shown.click(u"End the &recording"_s);
+        QVERIFY(!desk.service()->isRecording());
+
+        QVERIFY(open());
+        shown.type(u"by key #1.jsonl"_s); // it is there already: another name may be typed
+        QTest::keyClick(shown.window, Qt::Key_Return);
+        QVERIFY(!desk.service()->isRecording() && shown.focused("text") == u"by key #1.jsonl"_s);
+        shown.type(u"by mouse.jsonl"_s);
+        shown.click(u"&Record"_s);
+        QVERIFY(desk.service()->isRecording() && QFile::exists(folder.filePath(u"by mouse.jsonl"_s)));
+        QDir::setCurrent(before);
     }
 
     void theProgramTakesAPictureWithAnApplicationBesideIt()

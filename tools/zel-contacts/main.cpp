@@ -4,6 +4,7 @@
 #include "Options.h"
 #include "Simulation.h"
 
+#include <common/ReturnClicks.h>
 #include <common/Screenshot.h>
 
 #include <QtCore/QCommandLineParser>
@@ -67,6 +68,7 @@ int main(int argc, char* argv[])
         engine.rootObjects().isEmpty() ? nullptr : qobject_cast<QQuickWindow*>(engine.rootObjects().first());
     if (!window)
         return 1;
+    const zeltools::ReturnClicks returnClicks(*window);
     if (!options.window.screenshot.isEmpty()) {
         QGuiApplication::styleHints()->setCursorFlashTime(0); // a cursor that blinks is never at rest
         auto* const screenshot = new zeltools::Screenshot(*window, options.window.screenshot, 400ms, window);

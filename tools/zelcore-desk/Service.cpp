@@ -3,6 +3,7 @@
 
 #include <common/Root.h>
 
+#include <QtCore/QDir>
 #include <QtGui/QClipboard>
 #include <QtGui/QGuiApplication>
 
@@ -72,16 +73,26 @@ bool Service::execute(const QString& line)
     return isDone;
 }
 
-bool Service::record(const QUrl& file)
+bool Service::record(const QString& path)
 {
-    const QString path = file.toLocalFile();
+    const bool isAtHome = path.startsWith("~/"_L1);
+    const QString file = QDir::current().absoluteFilePath(isAtHome ? QDir::homePath() + path.mid(1) : path);
     QString problem;
-    const bool isDone = m_simulator.record(path, &problem);
+    const bool isDone = m_simulator.record(file, &problem);
     if (isDone)
-        recordsInto(path);
+        recordsInto(file);
     else
         note(problem, true);
     return isDone;
+}
+
+QString Service::newRecording() const
+{
+    const QDir folder = QDir::current();
+    QString name = u"wire.jsonl"_s;
+    for (int number = 2; folder.exists(name); ++number)
+        name = u"wire-%1.jsonl"_s.arg(number);
+    return folder.absoluteFilePath(name);
 }
 
 void Service::recordsInto(const QString& path)

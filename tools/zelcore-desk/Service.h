@@ -5,7 +5,6 @@
 
 #include <QtCore/QObject>
 #include <QtCore/QStringList>
-#include <QtCore/QUrl>
 #include <QtQml/qqmlregistration.h>
 
 namespace zeldesk {
@@ -63,8 +62,11 @@ public:
     Q_INVOKABLE void setRegistrationPolicy(int policy, const QString& state, int delay);
     /// Runs a line of zelcore-sim's command language, and notes what it answers.
     Q_INVOKABLE bool execute(const QString& line);
-    /// Writes what passes from now on into a new file. False, with a notice, when that cannot be.
-    Q_INVOKABLE bool record(const QUrl& file);
+    /// Writes what passes from now on into the new file \a path, "~/" at its beginning being the user's own folder.
+    /// False, with a notice, when that cannot be.
+    Q_INVOKABLE bool record(const QString& path);
+    /// A file that is not there yet, in the folder that the desk was started in.
+    Q_INVOKABLE QString newRecording() const;
     /// Shows that the simulator has begun to, for whoever had it do so.
     void recordsInto(const QString& path);
     Q_INVOKABLE void stopRecording();

@@ -5,6 +5,7 @@
 #include "Options.h"
 
 #include <common/QuitSignals.h>
+#include <common/ReturnClicks.h>
 #include <common/Screenshot.h>
 
 #include <QtCore/QCommandLineParser>
@@ -118,6 +119,7 @@ int main(int argc, char* argv[])
     if (engine.rootObjects().isEmpty())
         return 1;
     auto* const window = qobject_cast<QQuickWindow*>(engine.rootObjects().constFirst());
+    const zeltools::ReturnClicks returnClicks(*window);
 
     std::unique_ptr<zeltools::Screenshot> screenshot;
     if (!options.window.screenshot.isEmpty()) {

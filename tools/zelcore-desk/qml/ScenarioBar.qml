@@ -96,12 +96,8 @@ Flow {
         nameFilters: [qsTr("Recordings (*.jsonl)"), qsTr("All files (*)")]
         onAccepted: bar.timeline.replay(selectedFile)
     }
-    FileDialog {
+    RecordDialog {
         id: recordingFile
-        title: qsTr("Record into a new file")
-        fileMode: FileDialog.SaveFile
-        defaultSuffix: "jsonl"
-        nameFilters: [qsTr("Recordings (*.jsonl)"), qsTr("All files (*)")]
-        onAccepted: bar.service.record(selectedFile)
+        service: bar.service
     }
 }
