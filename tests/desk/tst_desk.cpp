@@ -128,6 +128,9 @@ private Q_SLOTS:
         QTRY_COMPARE(shown(box, BoxModel::TextRole), QStringList(u"Level 3"_s));
         QVERIFY(box.setData(box.index(0), u"1"_s, BoxModel::IconRole) && tells("\"imageId\":\"1\""));
         QVERIFY(!box.setData(box.index(0), u"7"_s, BoxModel::IconRole)); // there is none
+        box.addIcon();
+        box.removeIcon(u"1"_s);
+        QCOMPARE(box.icons(), QStringList(u"2"_s));
 
         m_desk->service()->setZelInvites(false);
         QVERIFY(tells("\"zelInvites\":false"));
@@ -144,6 +147,7 @@ private Q_SLOTS:
         m_desk->contact()->setUserId(m_desk->contacts()->add(u"Anna"_s));
         const Service* const service = m_desk->service();
         const std::tuple<const char*, const QObject*, const char*> rows[] = {
+            {"contact add bert", m_desk->contacts(), SIGNAL(countChanged())},
             {"away", service, SIGNAL(awayChanged())},
             {"back", service, SIGNAL(awayChanged())},
             {"permission zelInvites off", service, SIGNAL(permissionsChanged())},
@@ -157,7 +161,8 @@ private Q_SLOTS:
             {"reset", m_desk->timeline(), SIGNAL(scenarioChanged())}};
         for (const auto& [line, object, signal] : rows) {
             const QSignalSpy told(object, signal);
-            QVERIFY2(m_simulator->execute(QString::fromLatin1(line)) && !told.isEmpty(), line);
+            QVERIFY2(m_simulator->execute(QString::fromLatin1(line)), line);
+            QTRY_VERIFY2(!told.isEmpty(), line);
         }
     }
 
@@ -205,8 +210,11 @@ private Q_SLOTS:
         QTRY_VERIFY(m_desk->contacts()->count() == 3 && m_desk->box()->count() == 1);
         m_desk->contact()->setUserId(m_simulator->contactIds().first());
         QVERIFY(m_desk->contact()->isThere());
+        m_desk->service()->stopRecording();
+        QCOMPARE(m_desk->service()->notices().first(), u"the recording is complete"_s);
         m_desk->service()->reset();
         QVERIFY(!m_desk->contact()->isThere());
+        QCOMPARE(m_desk->service()->notices().first(), u"a world of its own again"_s);
         QTRY_VERIFY(m_desk->contacts()->count() == 0 && m_desk->box()->count() == 0);
         QTRY_COMPARE(m_desk->applications()->count(), 0);
         QVERIFY(weather.latencyTo() == 0 && weather.isReading());
@@ -228,6 +236,8 @@ private Q_SLOTS:
         QVERIFY(wire.pretty(int(WireModel::mostRecords) - 1).contains("\"number\": 11999"_L1));
 
         wire.clear();
+        wire.setText(u"even"_s); // looks at all that is kept
+        wire.setText({});
         wire.setHeld(true);
         const QByteArray large(60000, 'x');
         for (int i = 0; i < 1000; ++i)
@@ -289,6 +299,9 @@ private Q_SLOTS:
             QCOMPARE(prettyOf(passed), pretty);
             QVERIFY(summaryOf(passed, 20).size() <= 21);
         }
+        const zelcore::WireRecord invocation{0, 1, {}, u"t"_s, {}, R"({"target":"t"})"};
+        QCOMPARE(typeOf(invocation), u"invocation"_s);
+        QCOMPARE(summaryOf(invocation, 20), u"{\"target\":\"t\"}"_s);
     }
 
 private:

@@ -20,6 +20,8 @@
 
 #include <optional>
 
+#include <tuple>
+
 Q_IMPORT_PLUGIN(ZelCoreDeskPlugin)
 
 using namespace Qt::StringLiterals;
@@ -138,6 +140,27 @@ private Q_SLOTS:
         QTest::keyClick(window, Qt::Key_Down);
         QCOMPARE(chosen.size(), 1);
         QVERIFY(chosen.first().first().toString().contains("tpaApi"_L1));
+    }
+
+    void programsSayWhatIsWrong()
+    {
+        const QTemporaryDir folder;
+        const QString lonely = folder.filePath(u"zel-contacts"_s); // far from its module
+        QVERIFY(QFile::copy(QStringLiteral(ZEL_CONTACTS), lonely));
+        const std::tuple<QString, QStringList, int, QByteArray> rows[] = {
+            {QStringLiteral(ZELCORE_DESK), {u"--size"_s, u"9x9"_s}, 2, "zelcore-desk: --size takes"},
+            {QStringLiteral(ZELCORE_DESK), {u"--scenario"_s, u"nowhere"_s}, 1, "nowhere"},
+            {QStringLiteral(ZEL_CONTACTS), {u"--contacts"_s, u"x"_s}, 2, "zel-contacts: --contacts takes a number"},
+            {QStringLiteral(ZEL_CONTACTS), {u"--page"_s, u"x"_s}, 2, "zel-contacts: there is no page"},
+            {QStringLiteral(ZEL_CONTACTS), {u"--simulate"_s, u"--screenshot"_s, u"/no/x.png"_s}, 1, "/no/x.png"},
+            {lonely, {u"--simulate"_s}, 1, "not installed"}};
+        for (const auto& [name, arguments, status, words] : rows) {
+            QProcess program;
+            program.start(name, arguments);
+            QVERIFY(program.waitForFinished(60000));
+            const QByteArray said = program.readAllStandardError();
+            QVERIFY2(program.exitCode() == status && said.contains(words), said);
+        }
     }
 
     void aRecordingIsMade()

@@ -11,6 +11,8 @@
 #include <QtCore/QRegularExpression>
 #include <QtTest/QTest>
 
+#include <thread>
+
 using namespace vx::platform::zel;
 using namespace Qt::StringLiterals;
 
@@ -76,7 +78,10 @@ private Q_SLOTS:
             QVERIFY(application.box.requestAddItem(name, name));
             QTRY_COMPARE(application.box.itemCount(), 1);
             QCOMPARE(service.refusals(), QStringList());
-            QVERIFY(application.box.requestAddItem(name, 77, name));
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"no icon with this id is registered"_s));
+            QVERIFY(application.box.requestAddItem(name, 0, name));
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"the icon is empty"_s));
+            QVERIFY(!application.box.requestRegisterIcon(0, ImageType::Png, QByteArray("")));
             QTRY_COMPARE(service.refusals().size(), 1);
 
             // What has no answer when its function ends is not waited for in the next, and what is to be deleted
@@ -91,12 +96,43 @@ private Q_SLOTS:
     void servesAContextThatOutlivesTheApplicationObject()
     {
         zelcore::TestService service;
-        const Context context(QUuid::createUuid());
+        Context context(QUuid::createUuid());
         QTRY_COMPARE(context.registrationState(), RegistrationState::Unregistered);
         cleanup();
         init();
-        service.setRegistrationState(u"Expired"_s);
+        service.setRegistrationPolicy(zelcore::Simulator::RegistrationPolicy::Fixed, u"Expired"_s);
+        QVERIFY(context.requestRegisterApplicationSilent());
         QTRY_COMPARE(context.registrationState(), RegistrationState::Expired);
+        // Bytes behind the end of a text are none of it.
+        service.sendRecord(QByteArrayLiteral(R"(@platform
+dat:json:{"listChange":{"type":"global","elements":[{"name":"permission","value":{"registrationState":"Success"}}]}})"
+                                             "\0\n"));
+        QTRY_COMPARE(context.registrationState(), RegistrationState::Allowed);
+    }
+
+    void leavesWithTheApplicationObjectWhereNoContextIsLeft()
+    {
+        zelcore::TestService service;
+        service.addContact(u"Anna"_s);
+        QVERIFY(std::make_unique<Application>()->hasExactly({u"Anna"_s}));
+        QCOMPARE(service.clientCount(), 1);
+        cleanup();
+        init();
+        QTRY_COMPARE(service.clientCount(), 0);
+    }
+
+    void remarksOnOtherThreads()
+    {
+        zelcore::TestService service;
+        service.addContact(u"Anna"_s);
+        Application application;
+        QVERIFY(application.hasExactly({u"Anna"_s}));
+        for (const QString& where : {u"Context"_s, u"whenReady"_s})
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(where + u": used from another thread"_s));
+        std::thread([&] {
+            application.context.requestRegisterApplicationSilent();
+            whenReady(&application.context, &application.box, [] {});
+        }).join();
     }
 
     void warnsOfAStateByAnotherName()
@@ -128,8 +164,8 @@ private Q_SLOTS:
     {
         zelcore::TestService first;
         first.addContact(u"Anna"_s);
-        Application application;
-        QVERIFY(application.hasExactly({u"Anna"_s}));
+        auto application = std::make_unique<Application>();
+        QVERIFY(application->hasExactly({u"Anna"_s}));
         const QString sentence = u"too late: this process is connected to %1, and the application still has a Context: "
                                  u"delete its objects before another service begins (zelcore::TestService has the "
                                  u"recipe)"_s.arg(first.root());
@@ -151,7 +187,12 @@ private Q_SLOTS:
         QCOMPARE(problem, sentence);
 
         first.addContact(u"Zoe"_s);
-        QVERIFY(application.hasExactly({u"Anna"_s, u"Zoe"_s}));
+        QVERIFY(application->hasExactly({u"Anna"_s, u"Zoe"_s}));
+
+        // Of an application that is gone nothing is in the way.
+        application.reset();
+        const zelcore::TestService last;
+        QVERIFY2(last.isRunning(), qPrintable(last.problem()));
     }
 
 private:

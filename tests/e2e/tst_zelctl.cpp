@@ -66,6 +66,7 @@ private Q_SLOTS:
         // A service that knows the application already has nothing to do.
         m_simulator->setRegistrationState(u"Success"_s);
         QCOMPARE(run("register"), QByteArrayList{stateLine("Allowed")});
+        QCOMPARE(runForPeople("register").last(), "Registered.");
     }
 
     void saysWhyNot()
@@ -77,7 +78,8 @@ private Q_SLOTS:
             const char* why;
             int status = 1;
         } rows[] = {
-            {"state BlockedByTov", "profile", "BlockedByTOV"},
+            {"state BlockedByTov", "profile", "the state is BlockedByTOV"},
+            {"", "register", "the state is BlockedByTOV"},
             {"registration CancelledByUser", "profile", "BlockedByTOV"},
             {"state Unregistered", "contacts", "CancelledByUser"},
             {"registration manual", "--timeout 2.5 profile", "2.5 s; the last state was Pending"},
