@@ -47,7 +47,6 @@ void PPSMonitor::watch()
 {
     delete m_notifier;
     m_notifier = new QSocketNotifier(m_descriptor, QSocketNotifier::Read, this);
-    m_notifier->setEnabled(true);
     connect(m_notifier, &QSocketNotifier::activated, this, &PPSMonitor::readyRead);
 }
 
