@@ -1,14 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/BothSides.h>
 #include <common/FakeClock.h>
 #include <common/Heard.h>
 #include <common/SeededRandom.h>
 #include <common/SlogCapture.h>
 #include <common/TestMain.h>
-
-#include <platform/channel/ServiceBridge.h>
-#include <platform/ecoid/UtilsDelegate.h>
-
-#include <simulator/RawApplication.h>
 
 #include <iface/ListMirror.h>
 #include <vx/platform/zel/ContactService.h>
@@ -20,8 +16,8 @@
 
 #include <QtCore/QCryptographicHash>
 #include <QtCore/QTemporaryDir>
-#include <QtTest/QSignalSpy>
 
+using namespace bothsides;
 using namespace vx::platform::zel;
 using namespace Qt::StringLiterals;
 
@@ -49,13 +45,13 @@ struct Design
 /// What the service does by itself, in this order. Where the fault is that something is missed the first is left out,
 /// since a picture that comes while another one is on its way is told in its place, and the next three come while the
 /// contacts are loaded.
-const QList<const char*> changes{
-    "picture 20004; contact picture friend00002 20005",
-    "profile displayName=Robin; contact change friend00010 displayName=Other; contact add Zoe; contact install later",
-    "contact picture friend00020 20005; contact uninstall friend00030; contact remove friend00031",
-    "box add 'from elsewhere'; box remove item-2; box icon 9 100; box icon 1 none",
-    "state NoDataConnection",
-    "state Success",
+const QStringList changes{
+    u"picture 20004; contact picture friend00002 20005"_s,
+    u"profile displayName=Robin; contact change friend00010 displayName=Other; contact add Zoe; contact install later"_s,
+    u"contact picture friend00020 20005; contact uninstall friend00030; contact remove friend00031"_s,
+    u"box add 'from elsewhere'; box remove item-2; box icon 9 100; box icon 1 none"_s,
+    u"state NoDataConnection"_s,
+    u"state Success"_s,
 };
 constexpr int loaded = 4;
 
@@ -91,9 +87,8 @@ public:
         : m_fault(fault)
         , m_number(number)
     {
-        command(
-            "generate 200 3; contact picture friend00000 20000; contact picture friend00001 20000; box icon 1 20001; "
-            "box add first c 1; box add second; contact add later installed=off");
+        command(service, u"generate 200 3; contact picture friend00000 20000; contact picture friend00001 20000; box "
+                         "icon 1 20001; box add first c 1; box add second; contact add later installed=off"_s);
         if (!service.start() || !m_server.listen(u"/pps/services/zelcore/platform"_s, nullptr))
             qFatal("the two cannot serve");
         m_core.emplace(service.root()).heard = [this](const QByteArray& record) { pass('<', record); };
@@ -125,7 +120,7 @@ public:
         const qsizetype count = m_byTheApplication.size() + byTheService.size();
         for (qsizetype i = 0; i < count; ++i) {
             if (i >= m_byTheApplication.size())
-                command(byTheService.at(i - m_byTheApplication.size()));
+                command(service, byTheService.at(i - m_byTheApplication.size()));
             else if (i == 0 || m_contacts)
                 m_byTheApplication.at(i)();
             settle();
@@ -212,7 +207,7 @@ private:
         if (way == '<')
             m_lists.insert(words.captured(2));
         if (m_isMissed && m_changes < loaded && passed['<'] == 9 + 5 * m_changes)
-            command(changes[m_changes++]);
+            command(service, changes[m_changes++]);
         const bool isVictim = passed[way]++ == m_number && m_fault.endsWith(QLatin1Char(way));
         const QString fault = isVictim ? m_fault.section(u' ', 0, 0) : QString();
         if (isVictim)
@@ -231,12 +226,7 @@ private:
     {
         for (int before = -1; before != passed['<'] + passed['>'];) {
             before = passed['<'] + passed['>'];
-            QCoreApplication::sendPostedEvents();
-            UtilsDelegate* const utils = ServiceBridge::instance()->utils();
-            const QSignalSpy marks(utils, &UtilsDelegate::ecoIdUpdated);
-            utils->ecoIdRequest(u"mark"_s);
-            if (!RawApplication::waitFor([&] { return !marks.isEmpty(); }))
-                qFatal("the mark never came");
+            passMark();
         }
         const QByteArray late = std::exchange(m_late, {});
         if (m_isAway) {
@@ -264,14 +254,6 @@ private:
             settle();
         }
         return done();
-    }
-
-    void command(const char* commands)
-    {
-        for (const QString& line : QString::fromLatin1(commands).split(u';')) {
-            if (!service.execute(line))
-                qFatal("the service cannot: %s", qPrintable(line));
-        }
     }
 
     const QList<std::function<void()>> m_byTheApplication{

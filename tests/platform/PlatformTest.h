@@ -1,14 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <common/BothSides.h>
 #include <common/FakeClock.h>
 #include <common/Heard.h>
 #include <common/TestMain.h>
-
-#include <platform/channel/ServiceBridge.h>
-#include <platform/ecoid/UtilsDelegate.h>
-
-#include <simulator/RawApplication.h>
 
 #include <vx/platform/zel/ContactService.h>
 #include <vx/platform/zel/Context.h>
@@ -19,7 +15,6 @@
 
 #include <QtCore/QMetaProperty>
 #include <QtCore/QUuid>
-#include <QtTest/QSignalSpy>
 
 #include <memory>
 #include <utility>
@@ -85,10 +80,7 @@ protected:
     /// Gives the service commands, between semicolons, and waits for all that comes of them.
     void play(const QString& commands)
     {
-        for (const QString& line : commands.split(u"; "_s)) {
-            QString problem;
-            QVERIFY2(m_service->execute(line, &problem), qPrintable(problem));
-        }
+        bothsides::command(*m_service, commands);
         if (ServiceBridge::root())
             settle();
     }
@@ -97,12 +89,7 @@ protected:
     void settle()
     {
         for (int quiet = 0, before = m_passed; quiet < 2; ++quiet) {
-            const QVariantList mark{u"mark %1"_s.arg(++m_marks), QString()};
-            QCoreApplication::sendPostedEvents();
-            UtilsDelegate* const utils = ServiceBridge::instance()->utils();
-            const QSignalSpy marks(utils, &UtilsDelegate::ecoIdUpdated);
-            utils->ecoIdRequest(mark.first().toString());
-            QVERIFY(RawApplication::waitFor([&] { return marks.contains(mark); }));
+            bothsides::passMark();
             if (std::exchange(before, m_passed) != m_passed)
                 quiet = -1;
         }
@@ -163,5 +150,4 @@ private:
     QSharedPointer<FakeClock> m_clock;
     QByteArrayList m_asked;
     int m_passed = 0; ///< records but for marks
-    int m_marks = 0;
 };
