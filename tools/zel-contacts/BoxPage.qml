@@ -4,6 +4,7 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
+import ZelPlatform
 
 // What others see of this application in the user's profile.
 FocusScope {
@@ -11,12 +12,37 @@ FocusScope {
 
     required property Session session
     required property bool canGoBack
+    // The line that the service has yet to take.
+    property string asked: ""
     signal back
 
     function add() {
-        if (page.session.box.requestAddItem(line.text, ""))
-            line.clear()
         line.forceActiveFocus()
+        if (line.text === "" || (outcome.awaited && line.text === page.asked))
+            return
+        page.asked = line.text
+        if (page.session.permissions.permissionValue(Permission.ProfileUpdatesAllowed) === PermissionValue.Denied)
+            outcome.fail(qsTr("You do not let this application show a box. Allow it in the messaging application."))
+        else if (page.session.box.requestAddItem(line.text, ""))
+            outcome.awaitOr(qsTr("The service has not taken this line. The box may be full."))
+        else
+            outcome.fail(qsTr("This line cannot be taken now."))
+    }
+    function take() {
+        if (line.text === page.asked)
+            line.clear()
+        page.asked = ""
+        outcome.come()
+    }
+
+    Connections {
+        target: page.session.items
+        function onRowsInserted(parent, first, last) {
+            for (let row = first; row <= last && page.asked !== ""; ++row) {
+                if (page.session.items.item(row).text === page.asked)
+                    page.take()
+            }
+        }
     }
 
     ColumnLayout {
@@ -59,6 +85,7 @@ FocusScope {
                 text: qsTr("The box is empty.")
             }
         }
+        Outcome { id: outcome }
         RowLayout {
             spacing: 8
 
@@ -69,6 +96,7 @@ FocusScope {
                 placeholderText: qsTr("Another line")
                 Accessible.name: qsTr("Another line for the box")
                 onAccepted: page.add()
+                onTextEdited: if (!outcome.awaited) outcome.come()
             }
             ActionButton {
                 text: qsTr("Add")

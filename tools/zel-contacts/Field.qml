@@ -7,6 +7,7 @@ TextField {
     id: field
 
     selectByMouse: true
+    selectedTextColor: Colors.accentText
     background: Rectangle {
         implicitWidth: 120
         implicitHeight: 40

@@ -49,7 +49,7 @@ ApplicationWindow {
         dark: Colors.accent
         brightText: Colors.accentText
         highlight: Colors.accent
-        highlightedText: Colors.accentText
+        highlightedText: Colors.text // on what is chosen, in lists of Qt's own
         placeholderText: Colors.faint
     }
 

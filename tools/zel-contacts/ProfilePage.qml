@@ -14,6 +14,7 @@ FocusScope {
     readonly property UserProfile profile: session.profile
     readonly property bool messageChanged: message.text !== profile.personalMessage
     readonly property bool statusChanged: status.currentValue !== profile.status || statusMessage.text !== profile.statusMessage
+    readonly property bool changed: messageChanged || statusChanged
     // As they were read last.
     property string readMessage: ""
     property string readStatusMessage: ""
@@ -21,10 +22,12 @@ FocusScope {
     signal back
 
     function save() {
-        if (page.messageChanged)
-            page.profile.requestUpdatePersonalMessage(message.text)
-        if (page.statusChanged)
-            page.profile.requestUpdateStatus(status.currentValue, statusMessage.text)
+        const isMessageAsked = !page.messageChanged || page.profile.requestUpdatePersonalMessage(message.text)
+        const isStatusAsked = !page.statusChanged || page.profile.requestUpdateStatus(status.currentValue, statusMessage.text)
+        if (!isMessageAsked || !isStatusAsked)
+            outcome.fail(qsTr("This cannot be changed now."))
+        else if (page.changed)
+            outcome.awaitOr(qsTr("The service has not taken what you changed. You may save it again."))
     }
     // What was changed here and is not saved stays; everything else follows the profile.
     function read() {
@@ -40,16 +43,19 @@ FocusScope {
     }
 
     Component.onCompleted: read()
+    onChangedChanged: if (!changed) outcome.come()
     Connections {
         target: page.profile
         function onProfileChanged() { page.read() }
+        function onPictureChanged() { problem.come() }
     }
     FileDialog {
         id: files
         title: qsTr("A picture of you")
         nameFilters: [qsTr("Pictures (*.png *.jpg *.jpeg *.gif *.bmp)")]
-        onAccepted: problem.text = page.profile.requestUpdateDisplayPictureFile(selectedFile)
-            ? "" : qsTr("This picture cannot be taken now.")
+        onAccepted: page.profile.requestUpdateDisplayPictureFile(selectedFile)
+            ? problem.awaitOr(qsTr("Your picture is as before: it is the same, or the service has not taken the other."))
+            : problem.fail(qsTr("This picture cannot be taken now."))
     }
 
     Scroller {
@@ -79,15 +85,7 @@ FocusScope {
                     text: qsTr("Another picture…")
                     onClicked: files.open()
                 }
-                Label {
-                    id: problem
-                    Layout.fillWidth: true
-                    visible: text !== ""
-                    color: Colors.busy
-                    wrapMode: Text.Wrap
-                    Accessible.role: Accessible.AlertMessage
-                    Accessible.name: text
-                }
+                Outcome { id: problem }
             }
         }
         GridLayout {
@@ -125,12 +123,13 @@ FocusScope {
             ActionButton {
                 text: qsTr("Save")
                 highlighted: enabled
-                enabled: page.messageChanged || page.statusChanged
+                enabled: page.changed
                 onClicked: {
                     page.save()
                     message.forceActiveFocus() // it has nothing to do any more
                 }
             }
         }
+        Outcome { id: outcome }
     }
 }

@@ -15,6 +15,7 @@ Item {
     readonly property ContactFilterModel people: ContactFilterModel { sourceModel: session.contacts }
     readonly property ProfileBox box: ProfileBox { context: session.context }
     readonly property ProfileBoxModel items: ProfileBoxModel { context: session.context }
+    readonly property ApplicationPermissions permissions: ApplicationPermissions { context: session.context }
 
     // Nothing more is to be expected unless something happens.
     readonly property bool settled: context.ready ? contacts.complete
