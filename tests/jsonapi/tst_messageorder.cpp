@@ -245,22 +245,7 @@ private Q_SLOTS:
         QCOMPARE(stage.heard.join(u' '), u"b1 c1 a1"_s);
     }
 
-    void letsGoOfACallbackWhenNobodyCallsIt()
-    {
-        FakePipe pipe;
-        QObject owner;
-        const auto held = std::make_shared<int>();
-        const auto listen = [&] {
-            pipe.addListener(&owner, u"t"_s, [&, held](auto&&...) { pipe.removeListeners(&owner); });
-        };
-        listen();
-        pipe.removeListeners(&owner);
-        QCOMPARE(held.use_count(), 1);
-        listen();
-        pipe.inject(toListeners);
-        QCOMPARE(held.use_count(), 1);
-    }
-
+    // Whoever is forgotten by himself, from outside or without a word, and whatever is sent and received.
     void growsNoLargerFromDayToDay()
     {
         Stage stage;
@@ -269,8 +254,10 @@ private Q_SLOTS:
         for (auto& owner : owners) {
             before = &owner == &owners[10] ? failing::alive : before;
             owner.emplace();
-            stage.pipe->addListener(&*owner, u"t"_s, [](auto&&...) {});
-            owner.reset(); // without a word
+            for (QObject* const listener : std::initializer_list<QObject*>{this, &stage, &*owner})
+                stage.pipe->addListener(listener, u"t"_s, [&](auto&&...) { stage.pipe->removeListeners(this); });
+            stage.pipe->removeListeners(&stage);
+            owner.reset();
             stage.inject(toListeners, 1);
             QJsonArray others;
             std::fill_n(std::back_inserter(others), 100, noteJson(u"a"_s, QString::number(&owner - owners)));
