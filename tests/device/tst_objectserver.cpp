@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <common/FailingAllocations.h>
+#include <common/Heard.h>
 #include <common/RawServer.h>
 #include <common/TestMain.h>
 
@@ -84,18 +85,17 @@ private Q_SLOTS:
             QVERIFY(!(QFileInfo(m_folder->filePath(place)).permissions() & QFile::Permissions::fromInt(0x77)));
         QCOMPARE(server.path(), m_path);
         QVERIFY(!server.listen(m_path, nullptr));
-        QSignalSpy connected(&server, &ObjectServer::clientConnected);
-        QSignalSpy disconnected(&server, &ObjectServer::clientDisconnected);
-        auto first = std::make_unique<Client>(m_path);
+        Heard heard;
+        heard.follow(server);
+        Client first(m_path);
         const Client second(m_path);
-        QTRY_COMPARE(connected.size(), 2);
-        first.reset();
-        QVERIFY(disconnected.wait());
-        QCOMPARE(disconnected.first().first().toInt(), 1);
-        QCOMPARE(server.clients(), QList<int>{2});
+        QTRY_COMPARE(heard.lines().size(), 2);
+        first.close();
+        QTRY_COMPARE(server.clients(), QList<int>{2});
         server.close();
         QVERIFY(!server.isListening() && server.clients().isEmpty());
-        QCOMPARE(disconnected.size(), 2);
+        QCOMPARE(heard.lines(), QStringList({u"clientConnected 1"_s, u"clientConnected 2"_s, u"clientDisconnected 1"_s,
+                                             u"clientDisconnected 2"_s}));
         QCOMPARE(second.receive(), QByteArray());
         // It may listen again, and goes on counting.
         QVERIFY(server.listen(m_path, nullptr));
@@ -109,7 +109,7 @@ private Q_SLOTS:
         constexpr int size = 60000;
         Listening server(m_path);
         server.setQueueLimit(20 * size);
-        auto client = std::make_unique<Client>(m_path);
+        Client client(m_path);
         const Client other(m_path);
         QTRY_COMPARE(server.clients().size(), 2);
         for (int times = 0; times < 2; ++times) {
@@ -120,13 +120,13 @@ private Q_SLOTS:
             QVERIFY(server.send(2, "another is served meanwhile"));
             QVERIFY(other.receive().startsWith("another"));
             for (int i = 0; i < sent; ++i)
-                QCOMPARE(client->receive().trimmed(), QByteArray::number(i));
+                QCOMPARE(client.receive().trimmed(), QByteArray::number(i));
         }
         // What can never arrive is refused, to whomever.
         for (const int id : {1, 2})
             QVERIFY(!server.send(id, QByteArray("")) && !server.send(id, QByteArray(2 * 208 * 1024, 'x')));
         QVERIFY(!server.send(3, "nobody"));
-        client.reset();
+        client.close();
         QVERIFY(!server.send(1, "gone, and not noticed yet"));
         QTRY_COMPARE(server.clients(), QList<int>{2});
     }
@@ -193,23 +193,23 @@ private Q_SLOTS:
     void handlersMayDeleteTheServer()
     {
         using Server = ObjectServer;
-        const auto deleted = [this](auto signal, const std::function<void(Server&, std::unique_ptr<Client>&)>& happen) {
+        const auto deleted = [this](auto signal, const std::function<void(Server&, Client&)>& happen) {
             const QPointer<Server> server(new Server);
             connect(server, signal, this, [&] { delete server; });
             if (!server->listen(m_path, nullptr))
                 return false;
-            auto client = std::make_unique<Client>(m_path);
+            Client client(m_path);
             const Client other(m_path);
-            client->send("one");
-            client->send("two");
+            client.send("one");
+            client.send("two");
             happen(*server, client);
             return QTest::qWaitFor([&] { return !server; }) && !QFileInfo::exists(m_path) && other.receive().isEmpty();
         };
-        const auto nothing = [](Server&, auto&) {};
+        const auto nothing = [](Server&, Client&) {};
         QVERIFY(deleted(&Server::clientConnected, nothing));
         QVERIFY(deleted(&Server::recordReceived, nothing));
-        QVERIFY(deleted(&Server::clientDisconnected, [](Server&, auto& client) { client.reset(); }));
-        QVERIFY(deleted(&Server::clientDisconnected, [](Server& server, auto&) {
+        QVERIFY(deleted(&Server::clientDisconnected, [](Server&, Client& client) { client.close(); }));
+        QVERIFY(deleted(&Server::clientDisconnected, [](Server& server, Client&) {
             if (QTest::qWaitFor([&] { return server.clients().size() == 2; }))
                 server.close();
         }));

@@ -250,27 +250,20 @@ private Q_SLOTS:
 
     void answersMisuseAndKeepsTheForm()
     {
-        const struct
-        {
-            const char* what;
-            bool encodeJson;
-            QByteArrayList calls;
-            pps_encoder_error_t error;
-            const char* text;
-        } cases[] = {
-            {"end without start", false, {"}"}, PPS_ENCODER_UNBALANCED, ""},
-            {"end of the other kind", true, {"[", "}", "]"}, PPS_ENCODER_UNBALANCED, "[]"},
-            {"name in an array", true, {"[", "name{", "}", "name1", "]"}, PPS_ENCODER_NAME_NOT_ALLOWED, "[{},1]"},
-            {"member without a name", true, {"{", "[", "]", "}"}, PPS_ENCODER_NAME_MISSING, "{\"\":[]}"},
-            {"attribute without a name", false, {"1"}, PPS_ENCODER_NAME_MISSING, ":n:1\n"},
-            {"name that breaks the line", false, {"@a:b\nc@1"}, PPS_ENCODER_BAD_NAME, "_a_b_c@:n:1\n"},
-            {"second value", true, {"[", "]", "{", "in[", "1", "]", "}"}, PPS_ENCODER_COMPLETE, "[]"},
+        const std::tuple<const char*, pps_encoder_error_t, const char*> rows[] = {
+            {"attributes }", PPS_ENCODER_UNBALANCED, ""}, // an end without a start
+            {"json [ } ]", PPS_ENCODER_UNBALANCED, "[]"}, // and of the other kind
+            {"json [ name{ } name1 ]", PPS_ENCODER_NAME_NOT_ALLOWED, "[{},1]"},
+            {"json { [ ] }", PPS_ENCODER_NAME_MISSING, "{\"\":[]}"},
+            {"attributes 1", PPS_ENCODER_NAME_MISSING, ":n:1\n"},
+            {"attributes @a:b\nc@1", PPS_ENCODER_BAD_NAME, "_a_b_c@:n:1\n"}, // a name that breaks the line
+            {"json [ ] { in[ 1 ] }", PPS_ENCODER_COMPLETE, "[]"},            // a second value
         };
         pps_encoder_t e;
-        for (const auto& one : cases) {
-            pps_encoder_initialize(&e, one.encodeJson);
-            QVERIFY2(play(&e, one.calls) == one.error, one.what);
-            QCOMPARE(pps_encoder_buffer(&e), one.text);
+        for (const auto& [calls, error, text] : rows) {
+            pps_encoder_initialize(&e, *calls == 'j');
+            QVERIFY2(play(&e, QByteArray(calls).split(' ').mid(1)) == error, calls);
+            QCOMPARE(pps_encoder_buffer(&e), text);
             pps_encoder_cleanup(&e);
         }
         QCOMPARE(play(&e, {"[", "1", "]"}), PPS_ENCODER_NOT_INITIALIZED);
