@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PlatformTest.h"
 
-#include <vx/platform/zel/EcoIdStatus.h>
-#include <vx/platform/zel/ImageType.h>
 #include <vx/platform/zel/Permission.h>
 #include <vx/platform/zel/PermissionValue.h>
-#include <vx/platform/zel/UserStatus.h>
 
 #include <QtCore/QSet>
 
