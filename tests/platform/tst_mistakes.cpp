@@ -45,9 +45,13 @@ private Q_SLOTS:
         const auto icon = [&](int id, const QByteArray& data) { box.requestRegisterIcon(id, ImageType::Png, data); };
         const auto picture = [&](const QByteArray& data) { profile.requestUpdateDisplayPicture(ImageType::Png, data); };
         const auto elsewhere = [&] {
-            utils.requestEcoId(u"p"_s);
-            contacts.contactCount();
-            const Context context{QUuid()};
+            const std::unique_ptr<QThread> thread(QThread::create([&] {
+                utils.requestEcoId(u"p"_s);
+                contacts.contactCount();
+                const Context context{QUuid()};
+            }));
+            thread->start();
+            thread->wait();
         };
         const QByteArray tooBig(32769, 'x');
         const QString tooLong(70000, u'x');
@@ -64,10 +68,8 @@ private Q_SLOTS:
 
         tell({{[&] { picture({}); }, "UserProfile::requestUpdateDisplayPicture: the picture is empty"},
               {[&] { picture(tooBig); }, "UserProfile::requestUpdateDisplayPicture: the picture is too big"},
-              {[&] { picture(QByteArray(32768, 'y')); },
-               "UserProfile::requestUpdateDisplayPicture: another picture is under way"},
-              {[&] { profile.requestUpdateStatus(UserStatus::Busy, tooLong); },
-               "UserProfile::requestUpdateStatus: the message has more than 65536 bytes"},
+              {[&] { picture(tooBig.chopped(1)); }, "UserProfile::requestUpdateDisplayPicture: another picture is"},
+              {[&] { profile.requestUpdateStatus({}, tooLong); }, "UserProfile::requestUpdateStatus: the message has"},
               {[&] { add({}, {}); }, "ProfileBox::requestAddItem: the text is empty"},
               {[&] { add(QString(101, u'x'), {}); }, "ProfileBox::requestAddItem: the text is too long"},
               {[&] { add(u"\r\n\n"_s, {}); }, "ProfileBox::requestAddItem: the text has more than 2"},
@@ -81,16 +83,10 @@ private Q_SLOTS:
               {[&] { icon(8, "x"); }, "ProfileBox::requestRegisterIcon: an icon with this id is under way"},
               {[&] { icon(7, "x"); }, "ProfileBox::requestRegisterIcon: an icon with this id is registered already"},
               {[&] { box.requestRetrieveIcon(9); }, "ProfileBox::requestRetrieveIcon: no icon with this id"},
-              {[&] { contacts.requestDisplayPicture(u"nobody"_s); },
-               "ContactService::requestDisplayPicture: no contact has this handle"},
+              {[&] { contacts.requestDisplayPicture({}); }, "ContactService::requestDisplayPicture: no contact has"},
               {[&] { utils.requestEcoIdStatus({}); }, "Utils::requestEcoIdStatus: the identifier is empty"},
-              {[&] {
-                   const std::unique_ptr<QThread> thread(QThread::create(elsewhere));
-                   thread->start();
-                   thread->wait();
-               },
-               "Utils: used from another thread|ContactService: used from another thread|Context: used from another "
-               "thread"}});
+              {elsewhere,
+               "Utils: used from another|ContactService: used from another|Context: used from another thread"}});
         play(u"permission showAppBox off"_s);
         tell({{[&] { add(u"x"_s, {}); }, "ProfileBox::requestAddItem: the user does not allow"}});
     }
