@@ -1,7 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Fixtures.h"
 
+#include <common/FailingAllocations.h>
+
 #include <iface/Change.h>
+
+#include <memory>
+#include <thread>
+#include <vector>
 
 using namespace iface;
 using Observables = QExplicitlySharedDataPointer<ObservableImpl>;
@@ -87,6 +93,52 @@ private Q_SLOTS:
         QCOMPARE(calls, 3);
         other.reset();
         QVERIFY(!follower.observable());
+    }
+
+    // What is yet to be announced takes memory, on a thread that has announced less at once. Followers hear all the
+    // same, whoever makes the changes is told, and nothing is left behind.
+    void tellsWhoeverChangesThatAnAnnouncementFoundNoMemory()
+    {
+        constexpr int count = 5;
+        int runs = 0;
+        for (bool isLast = false; !isLast; ++runs) {
+            int followed = 0;
+            int heard = 0;
+            bool isTold = false;
+            bool wasHeardByAll = false;
+            std::thread([&] {
+                std::vector<Observables> all;
+                std::vector<std::unique_ptr<FunctionFollower>> followers;
+                ObserverFunctorAdapter observer([&] { ++heard; });
+                for (int i = 0; i < count; ++i) {
+                    all.emplace_back(new ObservableImpl);
+                    all.back()->addObserver(&observer);
+                    followers.push_back(std::make_unique<FunctionFollower>([&] { ++followed; }));
+                    followers.back()->follow(*all.back());
+                }
+                const auto changeAll = [&] {
+                    for (const Observables& observable : all)
+                        observable->notifyObservers();
+                };
+                all.front()->notifyObservers(); // what a thread makes once
+                followed = heard = 0;
+                failing::left = runs;
+                try {
+                    Round::together(changeAll);
+                } catch (const std::bad_alloc&) {
+                    isTold = true;
+                }
+                isLast = failing::left >= 0;
+                failing::left = -1;
+                wasHeardByAll = heard == count;
+                heard = 0;
+                Round::together(changeAll);
+            }).join();
+            QCOMPARE(followed, 2 * count);
+            QVERIFY(isTold != wasHeardByAll);
+            QCOMPARE(heard, count);
+        }
+        QVERIFY(runs > count);
     }
 
     void keepsReactionsFromTheTrackedComputation()
