@@ -203,9 +203,8 @@ private Q_SLOTS:
 
             device::Encoder attributes(device::Encoder::Attributes);
             QJsonObject expected{{u"all"_s, values}};
-            for (const char name : {'0', '1', '2'}) {
-                expected.insert(QString(QLatin1Char(name)), write(random, attributes, QByteArray(1, name), 1));
-            }
+            for (const QByteArray name : {"0", "1", "2"})
+                expected.insert(QString::fromLatin1(name), write(random, attributes, name, 1));
             Decoder d("@o\n" + bytes(attributes.text()) + "all:json:" + text);
             QVERIFY(d.enter("@o"));
             QCOMPARE(d.contents().toObject(), expected);
