@@ -21,10 +21,8 @@ public:
     void add(const QString& line)
     {
         m_lines.append(line);
-        if (m_trigger == line) {
-            m_trigger.clear();
-            std::exchange(m_action, nullptr)();
-        }
+        if (m_trigger == line)
+            std::exchange(m_action, [] {})();
     }
 
     void on(const QString& line, std::function<void()> action)
