@@ -1,76 +1,42 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <vx/platform/zel/ContactFilterModel.h>
+#include "ContactFilterModelPrivate.h"
 
-#include <vx/platform/zel/UserStatus.h>
-
-#include <QtCore/QCollator>
-#include <QtCore/QScopedValueRollback>
-#include <QtCore/QStringList>
-
-#include <algorithm>
-#include <array>
+#include <vector>
 
 namespace vx::platform::zel {
 
-class ContactFilterModel::Private
-{
-public:
-    bool fits(const QAbstractItemModel& model, const QModelIndex& index) const;
-
-    QString searchText;
-    QStringList words; ///< of the search text
-    Presence presence = Anybody;
-    QLocale locale;
-    QCollator collator{locale};
-    /// Whoever does not fit already cannot do so now. Until the first row goes: then others may change contacts.
-    bool isNarrowing = false;
-
-    // Roles of the source model.
-    int nameRole = -1;
-    int handleRole = -1;
-    int statusRole = -1;
-    int recordRole = -1;
-    std::array<int, 4> searchedRoles{};
-};
-
-bool ContactFilterModel::Private::fits(const QAbstractItemModel& model, const QModelIndex& index) const
-{
-    if (presence != Anybody) {
-        const auto status = model.data(index, statusRole).value<UserStatus::Type>();
-        if ((status == UserStatus::Available) != (presence == Available))
-            return false;
-    }
-    if (words.isEmpty())
-        return true;
-    QString searched;
-    for (const int role : searchedRoles)
-        searched += model.data(index, role).toString() + u'\n';
-    return std::all_of(words.cbegin(), words.cend(),
-                       [&](const QString& word) { return searched.contains(word, Qt::CaseInsensitive); });
-}
-
 ContactFilterModel::ContactFilterModel(QObject* parent)
-    : QSortFilterProxyModel(parent)
-    , d(std::make_unique<Private>())
+    : QAbstractProxyModel(parent)
+    , d(std::make_unique<Private>(this))
 {
-    d->collator.setCaseSensitivity(Qt::CaseInsensitive);
     connect(this, &QAbstractItemModel::rowsInserted, this, &ContactFilterModel::countChanged);
     connect(this, &QAbstractItemModel::rowsRemoved, this, &ContactFilterModel::countChanged);
     connect(this, &QAbstractItemModel::modelReset, this, &ContactFilterModel::countChanged);
-    connect(this, &QAbstractItemModel::rowsAboutToBeRemoved, this, [this] { d->isNarrowing = false; });
-    sort(0);
 }
 
 ContactFilterModel::~ContactFilterModel() = default;
 
 int ContactFilterModel::count() const
 {
-    return rowCount();
+    return d->shown.count();
 }
 
 Contact ContactFilterModel::contact(int row) const
 {
-    return index(row, 0).data(d->recordRole).value<Contact>();
+    return index(row, 0).data(role("record")).value<Contact>();
+}
+
+int ContactFilterModel::rowOf(const QString& handle) const
+{
+    int row = count() - 1;
+    while (row >= 0 && d->shown.at(row)->key->handle != handle)
+        --row;
+    return row;
+}
+
+int ContactFilterModel::role(const QByteArray& name) const
+{
+    return roleNames().key(name, -1);
 }
 
 QString ContactFilterModel::searchText() const
@@ -82,15 +48,12 @@ void ContactFilterModel::setSearchText(const QString& text)
 {
     if (text == d->searchText)
         return;
-    {
-        // Without the dynamic filter whoever came to fit meanwhile is not among those whom it has found.
-        const bool isNarrowing = dynamicSortFilter() && text.startsWith(d->searchText);
-        const QScopedValueRollback narrowing(d->isNarrowing, isNarrowing);
-        d->searchText = text;
-        d->words = text.simplified().split(u' ', Qt::SkipEmptyParts);
-        invalidateFilter();
-    }
-    Q_EMIT searchTextChanged();
+    const bool isNarrower = text.startsWith(d->searchText); // whoever does not fit already cannot do so now
+    ++d->changes;
+    d->searchText = text;
+    d->words = text.simplified().split(u' ', Qt::SkipEmptyParts);
+    if (d->judgeAll(isNarrower))
+        Q_EMIT searchTextChanged();
 }
 
 ContactFilterModel::Presence ContactFilterModel::presence() const
@@ -102,9 +65,10 @@ void ContactFilterModel::setPresence(Presence presence)
 {
     if (presence == d->presence)
         return;
+    ++d->changes;
     d->presence = presence;
-    invalidateFilter();
-    Q_EMIT presenceChanged();
+    if (d->judgeAll(false))
+        Q_EMIT presenceChanged();
 }
 
 QLocale ContactFilterModel::locale() const
@@ -116,41 +80,77 @@ void ContactFilterModel::setLocale(const QLocale& locale)
 {
     if (locale == d->locale)
         return;
+    Q_EMIT layoutAboutToBeChanged({}, VerticalSortHint);
+    ++d->changes;
+    const QModelIndexList before = persistentIndexList();
+    std::vector<const Person*> people;
+    for (const QModelIndex& index : before)
+        people.push_back(d->shown.at(index.row()));
     d->locale = locale;
     d->collator.setLocale(locale);
-    invalidate();
-    Q_EMIT localeChanged();
+    d->layOut();
+    QModelIndexList after;
+    for (const Person* const person : people)
+        after.append(index(d->placeOf(*person), 0));
+    changePersistentIndexList(before, after);
+    const QPointer<ContactFilterModel> alive(this);
+    Q_EMIT layoutChanged({}, VerticalSortHint);
+    if (alive)
+        Q_EMIT localeChanged();
 }
 
 void ContactFilterModel::setSourceModel(QAbstractItemModel* model)
 {
-    const QHash<int, QByteArray> names = model ? model->roleNames() : QHash<int, QByteArray>();
-    d->nameRole = names.key("displayName", Qt::DisplayRole);
-    d->handleRole = names.key("handle", -1);
-    d->statusRole = names.key("status", -1);
-    d->recordRole = names.key("record", -1);
-    d->searchedRoles = {names.key("displayName", -1), d->handleRole, names.key("personalMessage", -1),
-                        names.key("statusMessage", -1)};
-    setSortRole(d->nameRole);
-    setFilterRole(-1); // a change of any role may change who fits
-    QSortFilterProxyModel::setSourceModel(model);
+    beginResetModel();
+    QAbstractProxyModel::setSourceModel(model);
+    d->follow(model);
+    d->readAll();
+    endResetModel();
 }
 
-bool ContactFilterModel::filterAcceptsRow(int row, const QModelIndex& parent) const
+QVariant ContactFilterModel::data(const QModelIndex& index, int role) const
 {
-    const QAbstractItemModel& model = *sourceModel();
-    const QModelIndex index = model.index(row, 0, parent);
-    return (!d->isNarrowing || mapFromSource(index).isValid()) && d->fits(model, index);
+    const QModelIndex there = mapToSource(index);
+    return there.isValid() ? there.data(role) : QVariant();
 }
 
-bool ContactFilterModel::lessThan(const QModelIndex& left, const QModelIndex& right) const
+QModelIndex ContactFilterModel::mapToSource(const QModelIndex& index) const
 {
-    const QAbstractItemModel& model = *sourceModel();
-    const auto compare = [&](int role) {
-        return d->collator.compare(model.data(left, role).toString(), model.data(right, role).toString());
-    };
-    const int byName = compare(d->nameRole);
-    return byName != 0 ? byName < 0 : compare(d->handleRole) < 0;
+    const bool isShown = index.isValid() && index.row() < count();
+    return isShown && sourceModel() ? sourceModel()->index(d->shown.at(index.row())->row, 0) : QModelIndex();
+}
+
+QModelIndex ContactFilterModel::mapFromSource(const QModelIndex& index) const
+{
+    if (!index.isValid() || index.parent().isValid() || index.row() >= d->rows.size())
+        return {};
+    const Person& person = *d->rows.at(index.row());
+    return person.key ? this->index(d->placeOf(person), 0) : QModelIndex();
+}
+
+QModelIndex ContactFilterModel::index(int row, int column, const QModelIndex& parent) const
+{
+    return hasIndex(row, column, parent) ? createIndex(row, column) : QModelIndex();
+}
+
+QModelIndex ContactFilterModel::parent(const QModelIndex&) const
+{
+    return {};
+}
+
+int ContactFilterModel::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : count();
+}
+
+int ContactFilterModel::columnCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : 1;
+}
+
+bool ContactFilterModel::hasChildren(const QModelIndex& parent) const
+{
+    return rowCount(parent) > 0;
 }
 
 } // namespace vx::platform::zel

@@ -133,6 +133,33 @@ TestCase {
         tryVerify(() => names(app.shown) === "" && !app.anna.present)
     }
 
+    Component {
+        id: listComponent
+        ListView {
+            width: 50
+            height: 50
+            delegate: Item { required property string displayName; height: 10 }
+        }
+    }
+
+    function test_keepsAViewAtWhomItIs() {
+        for (const name of ["Anna", "Bert", "Cleo"])
+            world.run(`contact add ${name} displayName=${name}`)
+        const app = start()
+        const list = createTemporaryObject(listComponent, test, {model: app.filter})
+        tryCompare(list, "count", 3)
+        list.currentIndex = 1
+        const bert = list.currentItem
+        world.run("contact change Cleo displayName=Aaron")
+        tryVerify(() => app.filter.rowOf("Cleo") === 0)
+        tryVerify(() => list.currentIndex === 2 && list.currentItem === bert && bert.displayName === "Bert")
+        world.run("contact change Bert displayName=Adam")
+        tryVerify(() => bert.displayName === "Adam" && app.filter.rowOf("Bert") === 1)
+        tryVerify(() => list.currentIndex === 1 && list.currentItem === bert)
+        app.filter.searchText = "ad"
+        tryVerify(() => list.count === 1 && list.currentIndex === 0 && list.currentItem === bert)
+    }
+
     function test_changesTheProfile() {
         world.run("profile displayName=Robin")
         const app = start()
