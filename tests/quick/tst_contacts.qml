@@ -67,6 +67,28 @@ TestCase {
         compare(world.refusals(), [])
     }
 
+    function find(name, item) {
+        return item.Accessible.name === name ? item : Array.from(item.children).reduce((found, child) => found ?? find(name, child), null)
+    }
+
+    function test_staysWithWhoIsChosen() {
+        world.run("contact add cleo displayName=Cleo")
+        start(960)
+        const list = find("Contacts", test.window.contentItem)
+        keyClick(Qt.Key_Down)
+        go(Qt.Key_Down, "Bert, Busy: driving")
+        keyClick(Qt.Key_Return)
+        world.run("contact change cleo displayName=Aaron")
+        tryVerify(() => list.itemAtIndex(0).displayName === "Aaron")
+        compare(said(), "Bert, Busy: driving")
+        // Gone while nobody was told: still who it was, and the list is at nobody else.
+        world.run("away")
+        world.run("contact uninstall bert")
+        world.run("back")
+        tryVerify(() => list.count === 2 && list.currentIndex === -1)
+        verify(find("Bert", test.window.contentItem))
+    }
+
     // What is half changed and not saved is nobody else's to change back.
     function test_keepsWhatIsBeingChanged() {
         start(960)

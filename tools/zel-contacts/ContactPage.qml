@@ -12,12 +12,19 @@ FocusScope {
     required property string handle
     required property bool canGoBack
     readonly property contact person: followed.contact
+    // The last that was heard of whom the service does not list any more.
+    property string name
     // What came of what was asked for.
     property string outcome
     signal back
 
     onHandleChanged: outcome = ""
 
+    Binding on name {
+        when: !page.person.null
+        value: page.person.displayName
+        restoreMode: Binding.RestoreNone
+    }
     FollowedContact {
         id: followed
         context: page.session.context
@@ -33,9 +40,16 @@ FocusScope {
         anchors.fill: parent
 
         Heading {
-            title: page.person.null ? qsTr("Not a contact any more") : page.person.displayName
+            title: page.name
             canGoBack: page.canGoBack
             onBack: page.back()
+        }
+        Label {
+            Layout.fillWidth: true
+            visible: page.person.null
+            text: qsTr("No longer among your contacts with this application")
+            color: Colors.faint
+            wrapMode: Text.Wrap
         }
         RowLayout {
             visible: !page.person.null
@@ -45,7 +59,7 @@ FocusScope {
             Portrait {
                 implicitWidth: 112
                 Layout.alignment: Qt.AlignTop
-                name: page.person.displayName
+                name: page.name
                 handle: page.handle
                 picture: followed.picture
                 status: page.person.status

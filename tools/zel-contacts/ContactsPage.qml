@@ -132,6 +132,8 @@ Rectangle {
                 id: person
                 required property int index
                 width: ListView.view.width
+                // The place of who goes is not handed on to the next.
+                ListView.onRemove: if (ListView.isCurrentItem) list.currentIndex = -1
                 highlighted: ListView.isCurrentItem
                 focused: highlighted && ListView.view.activeFocus
                 onClicked: () => {
