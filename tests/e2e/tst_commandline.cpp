@@ -59,43 +59,66 @@ private Q_SLOTS:
     {
         const zeltools::Manual manual{
             .program = u"try-it"_s,
-            .synopsis = u"[-x] WHAT"_s,
+            .synopsis = u"[-x] WHAT\n-- APPLICATION"_s,
             .purpose = u"tries it"_s,
             .more = u"'Tis \\."_s,
-            .options = {{u"--all"_s, {}}, {u"--root DIR"_s, {}}, {u"--with[=FILE]"_s, {}}, {u"--hue dark|light"_s, {}}},
-            .commands = {{u"set on|off TEXT"_s, u"sets"_s}, {u"show ID [--big] [-o FILE]"_s, {}}},
-            .ending = u"Twice\nover"_s};
+            .options = {{u"--all"_s, {}},
+                        {u"--root DIR"_s, {}},
+                        {u"--with[=FILE]"_s, {}},
+                        {u"--hue dark|light"_s, {}},
+                        {u"--at N"_s, {}}},
+            .values = {{u"--with"_s, {u"style"_s}}},
+            .commands = {{u"set on|off TEXT"_s, u"sets"_s}, {u"show ID [--big N] [-o FILE]"_s, {}}},
+            .ending = u"Twice\nover"_s,
+            .statuses = {{u"0"_s, u"done"_s}, {u"1"_s, u"not"_s}},
+            .lines = {{u"say \"x\""_s, u"says"_s}},
+            .aboutLines = u"Any"_s,
+            .environment = {{u"HOME"_s, u"yours"_s}},
+            .files = {{u"/f"_s, u"one"_s}}};
         QCOMPARE(manual.help(),
-                 u"Usage: try-it [-x] WHAT\n\nTries it.\n'Tis \\.\n\n"
-                 "  --all             \n  --root DIR        \n  --with[=FILE]     \n  --hue dark|light  \n\n"
-                 "Commands:\n  set on|off TEXT            sets\n  show ID [--big] [-o FILE]  \n\nTwice\nover\n"_s);
+                 u"Usage: try-it [-x] WHAT\n       try-it -- APPLICATION\n\nTries it.\n'Tis \\.\n\n"
+                 "  --all             \n  --root DIR        \n  --with[=FILE]     \n  --hue dark|light  \n  --at N     "
+                 "       \n\n"
+                 "Commands:\n  set on|off TEXT              sets\n  show ID [--big N] [-o FILE]  \n\nTwice\nover\n"
+                 "Exit status: 0 done, 1 not.\n"_s);
         QCOMPARE(manual.page(u"2.0"_s),
                  u".TH TRY\\-IT 1 \"\" \"2.0\" \"User Commands\"\n.SH NAME\ntry\\-it \\- tries it\n"
-                 ".SH SYNOPSIS\n.B try\\-it\n[\\-x] WHAT\n.SH DESCRIPTION\nTries it.\n\\&'Tis \\e.\n"
+                 ".SH SYNOPSIS\n.B try\\-it\n[\\-x] WHAT\n.br\n.B try\\-it\n\\-\\- APPLICATION\n"
+                 ".SH DESCRIPTION\nTries it.\n\\&'Tis \\e.\n"
                  ".SH OPTIONS\n.TP\n.B \\-\\-all\n\n.TP\n.B \\-\\-root DIR\n\n.TP\n.B \\-\\-with[=FILE]\n\n"
-                 ".TP\n.B \\-\\-hue dark|light\n\n.SH COMMANDS\n.TP\n.B set on|off TEXT\nsets\n"
-                 ".TP\n.B show ID [\\-\\-big] [\\-o FILE]\n\n"
-                 ".SH NOTES\n.PP\nTwice\n.PP\nover\n"_s);
-        const std::pair<const char*, const char*> rows[] = {{"''", "--all --root --with= --hue help set show"},
+                 ".TP\n.B \\-\\-hue dark|light\n\n.TP\n.B \\-\\-at N\n\n.SH COMMANDS\n.TP\n.B set on|off TEXT\nsets\n"
+                 ".TP\n.B show ID [\\-\\-big N] [\\-o FILE]\n\n"
+                 ".SH COMMANDS\nOn standard input, a line each.\n.TP\n.B say \\(dqx\\(dq\nsays\n.PP\nAny\n"
+                 ".SH EXIT STATUS\n.TP\n.B 0\ndone\n.TP\n.B 1\nnot\n.SH ENVIRONMENT\n.TP\n.B HOME\nyours\n"
+                 ".SH FILES\n.TP\n.B /f\none\n.SH NOTES\n.PP\nTwice\n.PP\nover\n"
+                 ".SH SEE ALSO\n.BR zel\\-contacts (1),\n.BR zelcore\\-desk (1),\n.BR zelcore\\-sim (1),\n"
+                 ".BR zelctl (1)\n"_s);
+        const std::pair<const char*, const char*> rows[] = {{"''", "--all --root --with= --hue --at help set show"},
                                                             {"--hue d", "dark"},
                                                             {"--hue = ''", "dark light"},
-                                                            {"--a", "--all"},
+                                                            {"--al", "--all"},
+                                                            {"--at ''", ""},
+                                                            {"--at = ''", ""},
+                                                            {"-- stars", "stars-and-stripes"},
+                                                            {"--all -- true stars", "stars.png"},
                                                             {"--all s", "set show"},
                                                             {"--root s", "stars.png"},
-                                                            {"--with = s", "stars.png"},
+                                                            {"--with = s", "stars.png style"},
                                                             {"set o", "on off"},
                                                             {"set s", ""},
                                                             {"show 7 -", "--big -o"},
                                                             {"show 7 -o ''", "stars.png"},
+                                                            {"show 7 --big ''", ""},
                                                             {"help s", "set show"}};
         QTemporaryDir folder;
         QVERIFY(QFile(folder.filePath(u"stars.png"_s)).open(QIODevice::WriteOnly));
         for (const auto& [typed, offered] : rows) {
             QProcess bash;
             bash.setWorkingDirectory(folder.path());
-            bash.start(u"bash"_s, {u"-c"_s, manual.completion() +
-                                                u"COMP_WORDS=(try-it %1); COMP_CWORD=$((${#COMP_WORDS["
-                                                "@]}-1)); _try_it; echo ${COMPREPLY[@]}"_s.arg(QLatin1String(typed))});
+            bash.start(u"bash"_s,
+                       {u"-c"_s, manual.completion() +
+                                     u"stars-and-stripes() { :; }; COMP_WORDS=(try-it %1); COMP_CWORD=$((${#COMP_WORDS["
+                                     "@]}-1)); _try_it; echo ${COMPREPLY[@]}"_s.arg(QLatin1String(typed))});
             QVERIFY(bash.waitForFinished());
             QCOMPARE(bash.readAll().trimmed(), QByteArray(offered));
         }

@@ -33,8 +33,12 @@ zeltools::Manual Options::manual()
             .purpose = u"your profile, your contacts and your profile box in a window"_s,
             .more = u"It talks to the core service below PPS_ROOT, or to one of its own."_s,
             .options = zeltools::Manual::entriesOf(all()) + zeltools::Manual::ownOptions(),
-            .ending =
-                u"Exit status: 0 done, 1 a picture that was asked for failed or shows what is wrong, 2 wrong use."_s};
+            .values = {{u"--state"_s, zelcore::Simulator::registrationStates()}},
+            .statuses = {{u"0"_s, u"done"_s},
+                         {u"1"_s, u"a picture that was asked for failed or shows what is wrong"_s},
+                         {u"2"_s, u"wrong use"_s}},
+            .environment = zeltools::Manual::libraryEnvironment(),
+            .files = {{u"$PPS_ROOT/services/zelcore/platform"_s, u"the core service"_s}}};
 }
 
 QString Options::read(const QCommandLineParser& parser)

@@ -17,6 +17,7 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
+#include <QtCore/QRegularExpression>
 
 #include <csignal>
 #include <cstdio>
@@ -149,16 +150,46 @@ bool prepare(zelcore::Simulator& simulator, const Options& options)
     return isDone;
 }
 
+/// The commands as the simulator describes them: what is typed, and what it does behind that or on the next line. What
+/// follows them goes to \a rest.
+QList<zeltools::Manual::Entry> describedCommands(QString* rest)
+{
+    static const QRegularExpression row(u"^  (\\S.*?)(?:   *(\\S.*))?$"_s);
+    QList<zeltools::Manual::Entry> entries;
+    const QStringList lines = zelcore::Simulator::commandHelp().split(u'\n');
+    for (const QString& line : lines) {
+        const QRegularExpressionMatch command = row.match(line);
+        if (command.hasMatch())
+            entries.append({command.captured(1), command.captured(2)});
+        else if (line.startsWith(u' ') && !entries.isEmpty())
+            entries.last().text = line.trimmed();
+        else
+            *rest += line + u' ';
+    }
+    return entries;
+}
+
 zeltools::Manual manualOf(const QList<QCommandLineOption>& options)
 {
     zeltools::Manual manual{
         .program = u"zelcore-sim"_s,
-        .synopsis = u"[OPTION ...] [NEW]"_s,
+        .synopsis = u"[OPTION ...]\n--replay FILE [--at-once] [OPTION ...]\n--anonymise FILE NEW"_s,
         .purpose = u"a core service of the messaging service, for the desktop"_s,
         .more =
             u"It serves applications that run with PPS_ROOT set to its folder, and takes commands on standard input: "
-            "\"help\" lists them. Scenarios: %1."_s.arg(zelcore::Simulator::scenarioNames().join(", "_L1))};
-    manual.options = zeltools::Manual::entriesOf(options) + zeltools::Manual::ownOptions();
+            "\"help\" lists them. Scenarios: %1."_s.arg(zelcore::Simulator::scenarioNames().join(", "_L1)),
+        .options = zeltools::Manual::entriesOf(options) + zeltools::Manual::ownOptions(),
+        .values = {{u"--scenario"_s, zelcore::Simulator::scenarioNames()}},
+        .statuses = {{u"0"_s, u"it was told to end"_s},
+                     {u"1"_s, u"it cannot serve, or a file cannot be read or written"_s},
+                     {u"2"_s, u"wrong use"_s}},
+        .environment = {{u"XDG_RUNTIME_DIR"_s, u"without --root it serves below zelplatform in this folder, or in "
+                                               "~/.cache without the variable"_s}},
+        .files = {{u"DIR/services/zelcore/platform"_s, u"the socket for applications"_s},
+                  {u"DIR/services/invocation/TARGET"_s, u"the sockets for invitations and chats"_s},
+                  {u"$XDG_STATE_HOME/zelplatform/zelcore-sim-history"_s,
+                   u"the lines that it was told at a terminal; in ~/.local/state without the variable"_s}}};
+    manual.lines = describedCommands(&manual.aboutLines);
     return manual;
 }
 

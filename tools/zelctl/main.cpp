@@ -50,8 +50,15 @@ zeltools::Manual manual()
                     {u"--timeout S"_s, u"how many seconds a command may take (default 10)"_s},
                     {u"--simulate[=SCENARIO]"_s,
                      u"with a core service of its own, empty or with a scenario: a name or a file"_s}},
-        .ending = u"'zelctl help COMMAND' shows one with an example.\n"
-                  "Exit status: 0 done, 1 the request failed or timed out, 2 wrong use."_s};
+        .values = {{u"--simulate"_s, zelcore::Simulator::scenarioNames()}},
+        .ending = u"'zelctl help COMMAND' shows one with an example."_s,
+        .statuses = {{u"0"_s, u"done"_s}, {u"1"_s, u"the request failed or timed out"_s}, {u"2"_s, u"wrong use"_s}},
+        .environment = zeltools::Manual::libraryEnvironment() +
+                       QList<Entry>{{u"NO_COLOR"_s, u"whatever it says, nothing is coloured"_s},
+                                    {u"TERM"_s, u"\"dumb\": nothing is coloured, and lines are not edited"_s}},
+        .files = {{u"$PPS_ROOT/services/zelcore/platform"_s, u"the core service"_s},
+                  {u"$XDG_STATE_HOME/zelplatform/zelctl-history"_s,
+                   u"the lines that the shell was told at a terminal; in ~/.local/state without the variable"_s}}};
     manual.options += zeltools::Manual::ownOptions();
     for (const Command& command : commands())
         manual.commands += Entry{(command.name + u' ' + command.usage).trimmed(), command.summary};
