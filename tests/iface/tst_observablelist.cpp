@@ -158,14 +158,29 @@ private Q_SLOTS:
 
     void isSeenThroughByAMirrorWhenItLies()
     {
+        struct Unsure : ObservableListImpl::IndexMapper // whether the items are gone
+        {
+            bool newIndexPath(QVariantList*, int*, const QVariantList&) const override { return false; }
+        };
         const auto moved = [](IntList& list, const QList<int>& newIndexes) {
             list.fireItemsChanged(ChangeType::IndexesChanged, QSharedPointer<PrecomputedMapper>::create(newIndexes));
         };
         const std::function<void(IntList&)> lies[] = {
-            [](IntList& list) { list.fireItemAdded(0); },   [](IntList& list) { list.fireItemAdded(4); },
-            [](IntList& list) { list.fireItemRemoved(0); }, [](IntList& list) { list.fireItemRemoved(3); },
-            [](IntList& list) { list.fireItemUpdated(3); }, [&](IntList& list) { moved(list, {0, 2, 1}); },
-            [&](IntList& list) { moved(list, {0, 1, 3}); }, [&](IntList& list) { moved(list, {0, 0, 2}); },
+            [](IntList& list) { list.fireItemAdded(0); },
+            [](IntList& list) { list.fireItemAdded(4); },
+            [](IntList& list) { list.fireItemRemoved(0); },
+            [](IntList& list) { list.fireItemRemoved(3); },
+            [](IntList& list) { list.fireItemUpdated(3); },
+            [&](IntList& list) {
+                moved(list, {0, 2, 1});
+            },
+            [&](IntList& list) {
+                moved(list, {0, 1, 3});
+            },
+            [&](IntList& list) {
+                moved(list, {0, 0, 2});
+            },
+            [](IntList& list) { list.fireItemsChanged(ChangeType::IndexesChanged, Mapper(new Unsure)); },
         };
         for (const auto& lie : lies) {
             const Lists list(new IntList({1, 1, 2}));

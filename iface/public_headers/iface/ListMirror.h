@@ -167,6 +167,7 @@ private:
         QList<int> indexes;
         if (type == List::ChangeType::IndexesChanged && mapper) {
             indexes = indexesOf(*mapper, int(m_items.size()));
+            check(indexes.size() == m_items.size(), QStringLiteral("a mapper says that an item is there and gone"));
             for (int i = 0; i < m_items.size(); ++i) {
                 const int to = indexes.at(i);
                 check(to < now.size() && indexes.count(to) == (to < 0 ? indexes.count(-1) : 1),
