@@ -78,8 +78,9 @@ Dependencies::Run::Run(Dependencies& dependencies, Node* node)
 
 void Dependencies::Run::recordRead(const Observable* observable)
 {
-    if (observable == m_dependencies.m_self || observable == std::exchange(m_last, observable))
+    if (observable == m_dependencies.m_self || observable == m_last)
         return;
+    m_last = nullptr; // there may be no memory, and then this may be read again
     const unsigned run = m_dependencies.m_run;
     // Runs mostly read the same things in the same order.
     Link* link = m_expected && m_expected->source->target.data() == observable ? m_expected : nullptr;
@@ -87,8 +88,10 @@ void Dependencies::Run::recordRead(const Observable* observable)
         if (!m_node)
             m_dependencies.m_running = m_node = new Node;
         Source* const source = m_dependencies.source(observable);
+        m_last = observable;
         if (source->lastRun == run)
             return;
+        m_last = nullptr;
         link = m_isFirst ? nullptr : findEarlier(source);
         if (!link)
             link = m_dependencies.add(m_node, source);
@@ -96,6 +99,7 @@ void Dependencies::Run::recordRead(const Observable* observable)
     link->lastRun = run;
     link->source->lastRun = run;
     m_expected = link->nextOfNode;
+    m_last = observable;
 }
 
 /// Looks through what the computation read and who read the source, whichever of them is over first: a monitor may have

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Fixtures.h"
 
+#include <common/FailingAllocations.h>
+
 #include <iface/QApplicationRealm.h>
 #include <iface/RunUntilTrue.h>
 
@@ -155,7 +157,8 @@ private Q_SLOTS:
                 ObservableTracker::getterCalled(elsewhere.data());
                 return QThread::currentThread() == qApp->thread() && ++judgements > 0;
             };
-            const CountedMonitor monitor(read);
+            CountedMonitor monitor(read);
+            monitor.monitor.moveToThread(&thread); // which changes nothing
             const auto filtered = iface::FilteredObservableList<int>::create(
                 iface::ObservableList<int>(new EditableList<int>({1})), [&](int) { return read(); });
             QMetaObject::invokeMethod(
@@ -253,6 +256,28 @@ private Q_SLOTS:
                 QCOMPARE(others[i + 1]->observers.size(), read.contains(i + 1) ? 1 : 0);
             }
         }
+    }
+
+    // There is no memory for taking note of a read, which is made again.
+    void dependsOnWhatIsReadAtTheSecondTry()
+    {
+        const NumberPointer value = makeNumber();
+        int seen = -1;
+        failing::withMalloc = failing::withArrays = false;
+        const auto read = [&] {
+            try {
+                seen = value->getValue();
+            } catch (const std::bad_alloc&) {
+                seen = value->getValue();
+            }
+        };
+        failing::eachInTurn([&] { return std::make_unique<ObservableMonitor>(read, nullptr, QString(), false); },
+                            [](ObservableMonitor& monitor) { monitor.handleObservableChanged(); },
+                            [&](ObservableMonitor&) {
+                                value->setValue(value->getValue() + 1);
+                                QCOMPARE(seen, value->getValue());
+                            });
+        failing::withMalloc = failing::withArrays = true;
     }
 
     void waitsUntilTrueAndThenStaysIdle()
