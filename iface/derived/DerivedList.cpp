@@ -17,6 +17,22 @@ using namespace Qt::StringLiterals;
 
 namespace iface::detail {
 
+namespace {
+
+/// How many derived lists are reading their inputs, each for the sake of the one before.
+[[gnu::tls_model("initial-exec")]] constinit thread_local int t_inputReads = 0;
+/// How often one was read in the midst of taking something in.
+[[gnu::tls_model("initial-exec")]] constinit thread_local unsigned t_halfReads = 0;
+
+struct InputRead
+{
+    InputRead() { ++t_inputReads; }
+    ~InputRead() { --t_inputReads; }
+    Q_DISABLE_COPY_MOVE(InputRead)
+};
+
+} // namespace
+
 DerivedList::~DerivedList()
 {
     Round::strikeOut(*this);
@@ -41,27 +57,14 @@ QVariant DerivedList::itemAt(int index) const
 
 int DerivedList::inputCount() const
 {
-    noteHalfRead();
+    const InputRead read;
     return m_input ? m_input->childCount(QVariantList()) : 0;
 }
 
 QVariant DerivedList::inputItem(int index) const
 {
-    noteHalfRead();
+    const InputRead read;
     return m_input ? m_input->itemAt(index) : QVariant();
-}
-
-/// An input that is busy, since what it is made of reads this list, has places that are still to move.
-bool DerivedList::isInputHalf() const
-{
-    return m_derivedInput && m_derivedInput->m_isBusy && (m_derivedInput->m_isTaking || m_derivedInput->m_isBehind);
-}
-
-/// What is made of such an input is made again when that is done.
-void DerivedList::noteHalfRead() const
-{
-    if (isInputHalf())
-        m_derivedInput->m_isHalfRead = true;
 }
 
 void DerivedList::follow(ObservableListImpl* input)
@@ -72,7 +75,6 @@ void DerivedList::follow(ObservableListImpl* input)
                       u"A list is derived from one of another thread; neither is safe to use"_s);
     if (input)
         Follower::follow(*input);
-    m_derivedInput = dynamic_cast<DerivedList*>(input);
     QExplicitlySharedDataPointer<ObservableListImpl> other(input);
     other.swap(m_input); // the one before goes last: that may run anything
 }
@@ -93,7 +95,7 @@ void DerivedList::mark(const Change& change)
     // A list that only said that something about it changed, without saying what of its items, has changed none.
     if (change.kind <= Change::Keys)
         return;
-    m_pending = m_isTaking ? Change{Change::Reset} : merged(m_pending, change);
+    m_pending = isTaking() ? Change{Change::Reset} : merged(m_pending, change);
     markBehind();
 }
 
@@ -124,8 +126,12 @@ void DerivedList::itemThrew()
 
 DerivedList::Hold DerivedList::catchUp() const
 {
-    // It is busy when what it reads hangs on itself; whoever reads it then has it as it was.
-    m_isHalfRead |= m_isBusy && m_isBehind;
+    // It is busy when what it reads hangs on itself. Whoever reads it then has it as it was, and another list, through
+    // whatever lies between, with places that are still to move: what is made of that is made again in the end.
+    if (m_isBusy && (m_isBehind || (isTaking() && t_inputReads >= m_takingFrom))) {
+        m_isHalfRead = true;
+        ++t_halfReads;
+    }
     return t_behindCount > 0 && !m_isBusy ? const_cast<DerivedList*>(this)->settle() : Hold();
 }
 
@@ -140,12 +146,12 @@ bool DerivedList::mayTakeAgain()
 
 void DerivedList::takePending()
 {
-    // What half an input has told does not say how it is.
-    const bool isAnew = std::exchange(m_isBroken, false) || isInputHalf();
+    const bool isAnew = std::exchange(m_isBroken, false);
     Change change = std::exchange(m_pending, Change());
     if (isAnew)
         change = {Change::Reset};
-    if (!thrown().guard([&] { take(change); }))
+    const unsigned halfReads = t_halfReads;
+    if (!thrown().guard([&] { take(change); }) || t_halfReads != halfReads)
         takeInAnew();
     else if (isAnew)
         note({Change::Reset});
@@ -182,7 +188,7 @@ DerivedList::Hold DerivedList::settle()
                           u"A derived list keeps changing what it is made of; it may be incomplete"_s);
             return hold;
         }
-        const QScopedValueRollback<bool> taking(m_isTaking, true);
+        const QScopedValueRollback<int> taking(m_takingFrom, t_inputReads + 1);
         takePending();
     } while (t_behindCount > 0);
     return hold;

@@ -122,6 +122,12 @@ Change FilteredListBase::rebuilt(const Change& change)
 Change FilteredListBase::remapped(const IndexMapper& mapper)
 {
     const int count = inputCount();
+    if (const auto* const move = moveWithin(count, mapper); move && count == m_places.size()) {
+        const bool passes = m_places.isMarked(move->from());
+        const int from = passes ? m_places.rank(move->from()) : 0;
+        m_places.move(move->from(), move->to());
+        return {Change::Moved, -1, detail::makeShared<ItemMovedMapper>(from, passes ? m_places.rank(move->to()) : 0)};
+    }
     std::vector<int> translated(m_places.size());
     IndexTranslation translate(mapper);
     for (int i = 0; i < m_places.size(); ++i)

@@ -1,9 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <iface/ObservableListImpl.h>
+#include <iface/ItemMovedMapper.h>
+
+#include <algorithm>
 
 namespace iface {
+
+/// The one move that a mapper stands for, within a list of `count` items; null if it is none.
+inline const ItemMovedMapper* moveWithin(int count, const ObservableListImpl::IndexMapper& mapper)
+{
+    const auto* const move = dynamic_cast<const ItemMovedMapper*>(&mapper);
+    const bool isWithin = move && std::min(move->from(), move->to()) >= 0 && std::max(move->from(), move->to()) < count;
+    return isWithin ? move : nullptr;
+}
 
 /// Asks a mapper about plain indexes, without making a path for every question.
 class IndexTranslation

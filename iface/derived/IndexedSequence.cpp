@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <iface/detail/IndexedSequence.h>
 
-#include <QtGlobal>
+#include <QtCore/QScopeGuard>
 
 #include <algorithm>
 #include <array>
@@ -205,6 +205,17 @@ IndexedSequence::Item* IndexedSequence::remove(int index)
     else if (part.size < Sparse && !mergeWithNext(block) && block > 0)
         mergeWithNext(block - 1);
     return item;
+}
+
+void IndexedSequence::move(int from, int to)
+{
+    const bool marked = isMarked(from);
+    Item* const item = setItem(from, nullptr);
+    auto putBack = qScopeGuard([&] { setItem(from, item); });
+    insert(to > from ? to + 1 : to, item);
+    putBack.dismiss();
+    remove(to > from ? from : from + 1);
+    setMarked(to, marked);
 }
 
 bool IndexedSequence::isMarked(int index) const

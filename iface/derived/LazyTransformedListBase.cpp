@@ -65,8 +65,14 @@ QVariant LazyTransformedListBase::item(int index) const
                       u"Index out of bounds accessing LazyTransformedObservableList!"_s);
         return QVariant();
     }
-    if (ObservableTracker::currentGetterCalledSet())
-        registerRead(index);
+    if (ObservableTracker::currentGetterCalledSet()) {
+        registerRead();
+        if (!announcesKeys()) {
+            const Hold hold(*this);
+            static_cast<void>(inputItem(index)); // which may run anything
+            return ObservableTracker::runUntracked([&] { return itemAt(index); });
+        }
+    }
     auto* const self = const_cast<LazyTransformedListBase*>(this);
     Entry* const kept = entry(index);
     if (!kept || kept->m_isUnmade)
@@ -130,16 +136,19 @@ QVariant LazyTransformedListBase::compute(int index)
     return index < m_places.size() ? value : QVariant();
 }
 
-/// Not while the list takes something in, or if the item is kept meanwhile.
+/// Not while the list is brought up to date, or if the item is kept meanwhile.
 bool LazyTransformedListBase::keep(int index, Entry* made)
 {
-    if (isTaking())
+    if (isBusy())
         return false;
-    const unsigned before = generation();
-    if (m_places.markedCount() >= m_cacheLimit)
+    if (m_places.markedCount() >= m_cacheLimit) {
+        const unsigned before = generation();
         forgetAll(); // values that go may run anything, reads of this list included
+        if (before != generation())
+            return false;
+    }
     const Entry* const other = entry(index);
-    if (before != generation() || (other && !other->m_isUnmade))
+    if (other && !other->m_isUnmade)
         return false;
     if (other) {
         made->m_isUntold = true;
@@ -152,15 +161,13 @@ bool LazyTransformedListBase::keep(int index, Entry* made)
 }
 
 /// Depending on a list that forgets means depending on what it makes its items of.
-void LazyTransformedListBase::registerRead(int index) const
+void LazyTransformedListBase::registerRead() const
 {
-    if (m_cacheLimit != std::numeric_limits<int>::max()) {
-        if (const Observable* const mapping = m_mapping.observable())
-            ObservableTracker::getterCalled(mapping);
-        ObservableTracker::getterCalled(input().data());
-    }
-    if (!announcesKeys())
-        static_cast<void>(inputItem(index));
+    if (m_cacheLimit == std::numeric_limits<int>::max())
+        return;
+    if (const Observable* const mapping = m_mapping.observable())
+        ObservableTracker::getterCalled(mapping);
+    ObservableTracker::getterCalled(input().data());
 }
 
 void LazyTransformedListBase::forget(int index)
@@ -209,7 +216,7 @@ void LazyTransformedListBase::deriveAnew(Entry& entry)
         try {
             isOther = deriveParts(entry, index);
         } catch (const std::bad_alloc&) {
-            forget(index);
+            entry.m_isUnmade = true; // until it is read; it stays, for it may be derived further down as well
             throw;
         } catch (...) {
             isOther = entry.m_isUnmade && !wasUnmade;
@@ -298,6 +305,8 @@ void LazyTransformedListBase::setAllDirty(bool withKeys)
 
 void LazyTransformedListBase::move(const IndexMapper& mapper, int countNow)
 {
+    if (const auto* const move = moveWithin(countNow, mapper); move && countNow == count())
+        return m_places.move(move->from(), move->to());
     IndexTranslation translate(mapper);
     std::vector<int> translated(m_places.markedCount());
     for (int rank = 0; rank < m_places.markedCount(); ++rank)

@@ -131,8 +131,8 @@ void Round::heedNewObserver(ObservableImpl& observable)
     if (!t_innermostRound)
         return;
     if (Round* const round = open()) {
-        const auto* const list = dynamic_cast<const detail::DerivedList*>(&observable);
-        if (list && (t_behindCount > 0 || list->m_isTaking))
+        const bool isSettled = t_behindCount == 0 && round->m_settlings == 0;
+        if (!isSettled && dynamic_cast<const ObservableListImpl*>(&observable))
             round->m_thrown.guard([&] { round->queue(observable, {Change::Reset}, nullptr); });
     }
     if (observable.m_untold == 0)

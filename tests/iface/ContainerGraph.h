@@ -86,7 +86,7 @@ public:
                         edit();
                         if (any(0, 1))
                             compareOne("inside a change of several");
-                        if (any(0, 3) == 0)
+                        if (any(0, 1))
                             observe(anyNode());
                     }
                 });
@@ -125,7 +125,7 @@ private:
     static constexpr int Numbers = 3;
     static constexpr int Withheld = -100; ///< in the place of what the moody map does not give
 
-    enum Kind { Source, Cached, Filtered, Mapped, MappedByRecord, Forgetful };
+    enum Kind { Source, Cached, Filtered, Own, Mapped, MappedByRecord, Forgetful };
 
     struct Node
     {
@@ -200,6 +200,8 @@ private:
             auto* const cached = new iface::CachedObservableList<int>(input->list);
             node.list = iface::ObservableList<int>(cached);
             replayFunctions(node, *cached);
+        } else if (kind == Own) {
+            node.list = iface::ObservableList<int>(new NextNumbers(input->list, Keys));
         } else if (kind == Filtered) {
             node.list = iface::FilteredObservableList<int>::create(
                 input->list, [this, &node](int item) { return passes(node, item); });
@@ -325,6 +327,8 @@ private:
         for (const int item : inputItems) {
             if (node.kind >= Mapped)
                 expected.append(throughMap(node, int(expected.size()), item));
+            else if (node.kind == Own)
+                expected.append(item == Withheld ? item : (item + 1) % Keys);
             else if (node.kind == Cached)
                 expected.append(item == Withheld ? 0 : item);
             else if (item != Withheld && isGood(verdict(node, item, true)))

@@ -3,9 +3,12 @@
 
 #include <iface/BaseListImpl.h>
 #include <iface/BaseMap.h>
+#include <iface/Change.h>
 #include <iface/CompositeMap.h>
+#include <iface/Follower.h>
 #include <iface/ItemMovedMapper.h>
 #include <iface/MapObservableToValue.h>
+#include <iface/ObservableList.h>
 #include <iface/ObservableMonitor.h>
 #include <iface/PrecomputedMapper.h>
 #include <iface/Round.h>
@@ -91,6 +94,32 @@ public:
 
 template <class T>
 using EditableListPointer = QExplicitlySharedDataPointer<EditableList<T>>;
+
+/// A list as somebody else derives one: each item is one more, below a limit.
+class NextNumbers : public iface::ObservableListImpl, private iface::Follower
+{
+public:
+    NextNumbers(const iface::ObservableList<int>& input, int limit)
+        : m_input(input)
+        , m_limit(limit)
+    {
+        follow(*input.impl());
+    }
+
+    int childCount(const QVariantList& indexPath) const override { return m_input.impl()->childCount(indexPath); }
+    QVariant data(const QVariantList& indexPath) const override
+    {
+        const QVariant number = m_input.impl()->data(indexPath);
+        return number.isValid() ? QVariant((number.toInt() + 1) % m_limit) : number;
+    }
+
+protected:
+    void mark(const iface::Change& change) override { note(change); }
+
+private:
+    const iface::ObservableList<int> m_input;
+    const int m_limit;
+};
 
 /// Makes one edit of any kind, as `random` decides, with items that `makeItem` gives. The list stays below about
 /// `limit` items.

@@ -328,6 +328,20 @@ private Q_SLOTS:
         const Labelled other({8}); // into whose place none slides
         other.map->whenAsked = [&](int) { other.keys->remove(0); };
         QCOMPARE(other.list[0], QString());
+        for (const bool isTogether : {false, true}) { // to list keys that are asked for anew whenever they are read
+            const Labelled forgetting({1, 2, 3, 4}, 1);
+            const QExplicitlySharedDataPointer<PlainMap<QString, int>> map(new PlainMap<QString, int>);
+            map->contents = {{u"2"_s, 2}, {u"3"_s, 3}, {u"4"_s, 4}, {u"7"_s, 7}};
+            const auto list = TransformedObservableList::create<QString, int>(
+                forgetting.list, ObservableMap<QString, int>(map.data()), Transformed<QString, int>::KeepsEverything);
+            forgetting.map->whenAsked = [&](int key) {
+                if (key == 3 && forgetting.keys->size() == 4)
+                    isTogether ? forgetting.keys->remove(0) : forgetting.keys->replace({7});
+            };
+            const auto read = [&] { ObservableTracker::runAndMonitor([&] { list[2]; }); };
+            isTogether ? Round::together(read) : read();
+            QCOMPARE(list.toList(), isTogether ? (Items{2, 3, 4}) : Items{7});
+        }
         const Labelled reader({1, 2}); // whose map reads the list
         reader.map->whenAsked = [&](int) { reader.list.toList(); };
         QCOMPARE(reader.list.toList(), reader.expected());
@@ -355,6 +369,23 @@ private Q_SLOTS:
         const QPointer<ObservableListImpl> read = reader.impl();
         reader = {};
         QVERIFY(!read);
+        // Two that read each other hold each other, until they do no more.
+        const NumberPointer apart(new Number(0));
+        QPointer<ObservableListImpl> both[2];
+        const auto readerOf = [&](int other) {
+            return FilteredObservableList<int>::create(ObservableList<int>(input.data()), [&, other](int) {
+                return apart->getValue() || ObservableList<int>(both[other].data()).size() >= 0;
+            });
+        };
+        reader = readerOf(1);
+        both[0] = reader.impl();
+        list = readerOf(0);
+        both[1] = list.impl();
+        input->append(2);
+        reader = list = {};
+        QVERIFY(both[0] && both[1]);
+        apart->setValue(1);
+        QVERIFY(!both[0] && !both[1]);
     }
 
     // What becomes of the items random graphs tell.
@@ -418,14 +449,68 @@ private Q_SLOTS:
         };
         map->set({{1, u"one"_s}});
         QCOMPARE(read, u"three"_s);
+        int asked = 0; // to change what it is asked for, then without memory
+        map->whenAsked = [&](int key) {
+            if (key != 1 || ++asked > 2)
+                return;
+            if (asked == 2)
+                throw std::bad_alloc();
+            map->set({{1, u"again"_s}});
+            QCOMPARE(list[0], u"again"_s);
+        };
+        QVERIFY_THROWS_EXCEPTION(std::bad_alloc, map->set({{1, u"two"_s}}));
+        QCOMPARE(list[0], u"again"_s);
+        map->set({{1, u"one"_s}});
         QCOMPARE(mirror.items(), (QStringList{u"one"_s, QString()}));
         QCOMPARE(mirror.complaint(), QString());
         map->whenAsked = nullptr;
+        // Another goes to make room for it, and with that all others.
+        using Value = QSharedPointer<int>;
+        const EditableListPointer<int> more(new EditableList<int>({1, 2}));
+        const QExplicitlySharedDataPointer<PlainMap<int, Value>> values(new PlainMap<int, Value>);
+        const auto last = [&](int* value) {
+            delete value;
+            more->replace({});
+        };
+        values->contents = {{1, Value(new int(1), last)}, {2, Value(new int(2))}};
+        const auto one = TransformedObservableList::create<int, Value>(ObservableList<int>(more.data()),
+                                                                       ObservableMap<int, Value>(values.data()), 1);
+        QCOMPARE(*one[0], 1);
+        values->contents.remove(1);
+        one[1];
+        QVERIFY(one.isEmpty());
     }
 
-    // So many that nobody asks them all.
+    // So many that nobody asks them all; and a single one is not asked at all.
     void takeAnyNumberOfMovesAtOnce()
     {
+        struct Moved : ItemMovedMapper
+        {
+            using ItemMovedMapper::ItemMovedMapper;
+            bool newIndexPath(QVariantList*, int*, const QVariantList&) const override
+            {
+                throw std::runtime_error("asked");
+            }
+        };
+        struct Movable : EditableList<int>
+        {
+            using EditableList<int>::EditableList;
+            void move()
+            {
+                m_list.move(0, 2);
+                fireItemsChanged(ChangeType::IndexesChanged, QSharedPointer<Moved>::create(0, 2));
+            }
+        };
+        const QExplicitlySharedDataPointer<Movable> movable(new Movable({0, 1, 2, 3}));
+        const ObservableList<int> odd =
+            FilteredObservableList<int>::create(ObservableList<int>(movable.data()), [](int item) { return item % 2; });
+        const QExplicitlySharedDataPointer<PlainMap<int, int>> same(new PlainMap<int, int>);
+        same->contents = {{1, 1}, {3, 3}};
+        Mirror moves(TransformedObservableList::create<int, int>(odd, ObservableMap<int, int>(same.data())));
+        movable->move(); // of 0
+        movable->move(); // of 1
+        QCOMPARE(moves.take(), (QStringList{u"moved 0 1"_s, u"moved 0 1"_s}));
+        QCOMPARE(moves.complaint(), QString());
         const EditableListPointer<int> input(new EditableList<int>({1, 2}));
         const Mirror mirror(
             FilteredObservableList<int>::create(ObservableList<int>(input.data()), [](int) { return true; }));

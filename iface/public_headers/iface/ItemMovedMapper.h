@@ -12,6 +12,8 @@ class ZEL_EXPORT ItemMovedMapper : public ObservableListImpl::IndexMapper
 public:
     ItemMovedMapper(int from, int to);
 
+    int from() const { return m_from; }
+    int to() const { return m_to; }
     bool newIndexPath(QVariantList* newPath, int* removed, const QVariantList& oldPath) const override;
 
 private:

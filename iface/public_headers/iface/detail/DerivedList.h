@@ -56,8 +56,8 @@ protected:
 
     /// Grows with everything that is noted.
     unsigned generation() const { return m_generation; }
-    /// Whether take() is running.
-    bool isTaking() const { return m_isTaking; }
+    /// Whether the list, or what it reads, is being brought up to date.
+    bool isBusy() const { return m_isBusy; }
     /// Whether the input has changed since take() began; there will be another.
     bool isOvertaken() const { return m_pending.kind != Change::None; }
     /// The change, or a Reset if it tells of other items than an input that had `before` of them can have.
@@ -80,27 +80,25 @@ private:
     virtual void settleOthers() {}
 
     void mark(const Change& change) override;
-    bool isInputHalf() const;
-    void noteHalfRead() const;
+    bool isTaking() const { return m_takingFrom > 0; }
     void takePending();
     Hold settle();
     bool mayTakeAgain();
 
     QExplicitlySharedDataPointer<ObservableListImpl> m_input;
-    DerivedList* m_derivedInput = nullptr;      ///< the input, if it is one
     const QPointer<const QObject> m_self{this}; ///< so that a Hold needs no memory
     Change m_pending;
     unsigned m_generation = 0;
     unsigned m_settledAt = 0; ///< the number of lists that had come to be behind when what this one reads was last not
     unsigned m_countedIn = 0; ///< where m_takes counts
     int m_takes = 0;
+    int m_takingFrom = 0; ///< while take() runs: how many lists read inputs once one does so for its sake
     DerivedList* m_previousInLine = nullptr; ///< of those behind
     DerivedList* m_nextInLine = nullptr;
     bool m_isInLine = false;
     bool m_isBehind = false;
     bool m_isBroken = false; ///< what it shows is not all made of one state of its input
     bool m_isBusy = false;
-    bool m_isTaking = false;
     mutable bool m_isHalfRead = false; ///< before it had taken in what it has to
     bool m_isClosed = false;
 };

@@ -54,6 +54,8 @@ public:
     void insert(int index, Item* item = nullptr);
     /// Returns the item that stood there, if any.
     Item* remove(int index);
+    /// Has the place at `from` stand at `to` in the end.
+    void move(int from, int to);
 
     bool isMarked(int index) const;
     void setMarked(int index, bool marked);

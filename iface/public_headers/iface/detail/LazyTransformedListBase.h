@@ -85,7 +85,7 @@ private:
     Entry* entry(int index) const { return static_cast<Entry*>(m_places.item(index)); }
     bool isTooDeep() const;
     QVariant compute(int index);
-    void registerRead(int index) const;
+    void registerRead() const;
     bool keep(int index, Entry* made);
     void deriveAnew(Entry& entry);
     bool deriveParts(Entry& entry, int index);
