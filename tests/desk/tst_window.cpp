@@ -180,6 +180,7 @@ private Q_SLOTS:
         };
         QVERIFY(open());
         QCOMPARE(shown.focused("text"), QVariant(QDir::current().absoluteFilePath(u"wire.jsonl"_s)));
+        QCOMPARE(shown.focused("selectedText"), QVariant(u"wire.jsonl"_s));
         shown.type(u"by key #1.jsonl"_s);
         QTest::keyClick(shown.window, Qt::Key_Return);
         QVERIFY(desk.service()->isRecording() && QFile::exists(folder.filePath(u"by key #1.jsonl"_s)));
@@ -190,6 +191,11 @@ private Q_SLOTS:
         shown.type(u"by key #1.jsonl"_s); // it is there already: another name may be typed
         QTest::keyClick(shown.window, Qt::Key_Return);
         QVERIFY(!desk.service()->isRecording() && shown.focused("text") == u"by key #1.jsonl"_s);
+        QTest::keyClick(shown.window, Qt::Key_Tab);
+        QCOMPARE(shown.focused("text"), QVariant(u"&Record"_s));
+        QTest::keyClick(shown.window, Qt::Key_Tab);
+        QTest::keyClick(shown.window, Qt::Key_Return); // on "Cancel"
+        QVERIFY(open());
         shown.type(u"by mouse.jsonl"_s);
         shown.click(u"&Record"_s);
         QVERIFY(desk.service()->isRecording() && QFile::exists(folder.filePath(u"by mouse.jsonl"_s)));

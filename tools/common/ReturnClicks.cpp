@@ -9,11 +9,21 @@
 
 namespace zeltools {
 
+namespace {
+
+bool isButton(const QQuickItem& item)
+{
+    return item.inherits("QQuickAbstractButton") && !item.inherits("QQuickItemDelegate") &&
+           !item.inherits("QQuickMenuItem");
+}
+
+} // namespace
+
 ReturnClicks::ReturnClicks(QQuickWindow& window, QObject* parent)
     : QObject(parent)
     , m_window(window)
 {
-    window.contentItem()->installEventFilter(this);
+    window.installEventFilter(this);
 }
 
 bool ReturnClicks::eventFilter(QObject*, QEvent* event)
@@ -23,7 +33,7 @@ bool ReturnClicks::eventFilter(QObject*, QEvent* event)
     const auto* const key = static_cast<QKeyEvent*>(event);
     const QPointer<QQuickItem> item = m_window.activeFocusItem();
     const bool isReturn = key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter;
-    if (!isReturn || key->isAutoRepeat() || !item || !item->inherits("QQuickAbstractButton"))
+    if (!isReturn || key->isAutoRepeat() || !item || !isButton(*item))
         return false;
     // Both at once: what is clicked may pass the focus on, and a release would click whatever has it then.
     for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {

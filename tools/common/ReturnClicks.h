@@ -7,8 +7,8 @@ class QQuickWindow;
 
 namespace zeltools {
 
-/// Has Return and Enter do what the space bar does to a button of a window that has the focus: to any that has nothing
-/// else in mind with them, those of dialogs among them, of which Qt's own know the space bar alone.
+/// Has Return and Enter do what the space bar does to the button of a window that has the focus, in dialogs, too: Qt's
+/// own buttons know the space bar alone. Rows of lists and of menus have their own mind.
 class ReturnClicks : public QObject
 {
     Q_OBJECT
@@ -17,7 +17,6 @@ public:
     /// \a window must outlive it.
     explicit ReturnClicks(QQuickWindow& window, QObject* parent = nullptr);
 
-    /// For the item to which keys come that nobody took.
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:

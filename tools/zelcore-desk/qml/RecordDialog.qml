@@ -27,9 +27,11 @@ Dialog {
         problem.text = ""
         path.text = service.newRecording()
         path.forceActiveFocus()
+        path.select(path.text.lastIndexOf("/") + 1, path.text.length) // the name, for another to be typed
     }
 
-    contentItem: ColumnLayout {
+    ColumnLayout {
+        anchors.fill: parent
         spacing: Theme.gap
 
         Label {
