@@ -83,14 +83,14 @@ void ContactFilterModel::setLocale(const QLocale& locale)
     Q_EMIT layoutAboutToBeChanged({}, VerticalSortHint);
     ++d->changes;
     const QModelIndexList before = persistentIndexList();
-    std::vector<const Person*> people;
+    std::vector<const Private::Person*> people;
     for (const QModelIndex& index : before)
         people.push_back(d->shown.at(index.row()));
     d->locale = locale;
     d->collator.setLocale(locale);
     d->layOut();
     QModelIndexList after;
-    for (const Person* const person : people)
+    for (const Private::Person* const person : people)
         after.append(index(d->placeOf(*person), 0));
     changePersistentIndexList(before, after);
     const QPointer<ContactFilterModel> alive(this);
@@ -117,14 +117,14 @@ QVariant ContactFilterModel::data(const QModelIndex& index, int role) const
 QModelIndex ContactFilterModel::mapToSource(const QModelIndex& index) const
 {
     const bool isShown = index.isValid() && index.row() < count();
-    return isShown && sourceModel() ? sourceModel()->index(d->shown.at(index.row())->row, 0) : QModelIndex();
+    return isShown && sourceModel() ? sourceModel()->index(d->rowOf(*d->shown.at(index.row())), 0) : QModelIndex();
 }
 
 QModelIndex ContactFilterModel::mapFromSource(const QModelIndex& index) const
 {
-    if (!index.isValid() || index.parent().isValid() || index.row() >= d->rows.size())
+    if (!index.isValid() || index.parent().isValid() || index.row() >= d->rows.count())
         return {};
-    const Person& person = *d->rows.at(index.row());
+    const Private::Person& person = *d->rows.at(index.row());
     return person.key ? this->index(d->placeOf(person), 0) : QModelIndex();
 }
 

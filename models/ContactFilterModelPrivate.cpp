@@ -53,8 +53,9 @@ void ContactFilterModel::Private::forgetAll()
     for (int place = 0; place < shown.count(); ++place)
         shown.at(place)->key.reset();
     shown.clear();
-    for (const PersonPointer& person : std::as_const(rows))
-        person->row = -1;
+    openRowsAt(rows.count()); // so that nobody is numbered from the end
+    for (const PersonPointer& person : peopleAt(0, rows.count()))
+        person->number = -1;
     rows.clear();
 }
 
@@ -65,22 +66,42 @@ void ContactFilterModel::Private::readAll()
     m_handleRole = q->role("handle");
     m_statusRole = q->role("status");
     m_searchedRoles = {q->role("displayName"), m_handleRole, q->role("personalMessage"), q->role("statusMessage")};
-    for (int count = q->sourceModel() ? q->sourceModel()->rowCount() : 0; count > 0; --count)
-        rows.emplace_back(new Person);
-    renumber(0);
-    Newcomers newcomers = newcomersAmong(rows);
+    Newcomers newcomers = newcomersAmong(add(0, q->sourceModel() ? q->sourceModel()->rowCount() : 0));
     enter(0, newcomers);
 }
 
-void ContactFilterModel::Private::renumber(qsizetype from)
+/// Before rows change there: those between where they changed last and here are numbered from the other side now.
+void ContactFilterModel::Private::openRowsAt(int row)
 {
-    for (qsizetype row = from; row < rows.size(); ++row)
-        rows.at(row)->row = int(row);
+    const auto [first, last] = std::minmax(rows.gap(), row);
+    for (int i = first; i < last; ++i) {
+        rows.at(i)->isFromEnd = row == first;
+        rows.at(i)->number = row == first ? rows.count() - 1 - i : i;
+    }
+    rows.openAt(row);
+}
+
+ContactFilterModel::Private::People ContactFilterModel::Private::add(int row, int count)
+{
+    openRowsAt(row);
+    for (PersonPointer& person : rows.insert(row, count)) {
+        person.reset(new Person);
+        person->number = row++;
+    }
+    return peopleAt(row - count, count);
+}
+
+ContactFilterModel::Private::People ContactFilterModel::Private::peopleAt(int row, int count) const
+{
+    People people;
+    while (count-- > 0)
+        people.push_back(rows.at(row++));
+    return people;
 }
 
 /// Whether what is announced leads to what is there. It does not if a slot before this one has changed the rows again,
 /// whose announcement came first: then there is nothing to do but to read all.
-bool ContactFilterModel::Private::isInStep(qsizetype count)
+bool ContactFilterModel::Private::isInStep(int count)
 {
     ++changes;
     if (count == q->sourceModel()->rowCount())
@@ -94,26 +115,21 @@ bool ContactFilterModel::Private::isInStep(qsizetype count)
 void ContactFilterModel::Private::rowsCame(int first, int last)
 {
     const int count = last - first + 1;
-    if (!isInStep(rows.size() + count))
-        return;
-    rows.insert(first, count, {});
-    for (PersonPointer& person : std::span(rows.begin() + first, count))
-        person.reset(new Person);
-    renumber(first);
-    takeIn(rows.mid(first, count));
+    if (isInStep(rows.count() + count))
+        takeIn(add(first, count));
 }
 
 void ContactFilterModel::Private::rowsWent(int first, int last)
 {
     const int count = last - first + 1;
-    if (!isInStep(rows.size() - count))
+    if (!isInStep(rows.count() - count))
         return;
-    People gone = rows.mid(first, count);
+    openRowsAt(last + 1);
+    People gone = peopleAt(first, count);
     rows.remove(first, count);
-    renumber(first);
-    for (const PersonPointer& person : std::as_const(gone))
-        person->row = -1;
-    gone.removeIf([](const PersonPointer& person) { return !person->key; });
+    for (const PersonPointer& person : gone)
+        person->number = -1;
+    std::erase_if(gone, [](const PersonPointer& person) { return !person->key; });
     std::sort(gone.begin(), gone.end(), [](const PersonPointer& left, const PersonPointer& right) {
         return left->key->compare(*right->key) < 0;
     });
@@ -122,26 +138,28 @@ void ContactFilterModel::Private::rowsWent(int first, int last)
 
 void ContactFilterModel::Private::rowsMoved(int first, int last, int to)
 {
-    if (!isInStep(rows.size()))
+    if (!isInStep(rows.count()))
         return;
-    const auto begin = rows.begin();
-    if (to < first)
-        std::rotate(begin + to, begin + first, begin + last + 1);
-    else
-        std::rotate(begin + first, begin + last + 1, begin + to);
-    renumber(std::min(first, to));
+    openRowsAt(last + 1);
+    const int count = last - first + 1;
+    const People moved = peopleAt(first, count);
+    rows.remove(first, count);
+    int row = to > first ? to - count : to;
+    openRowsAt(row);
+    std::copy(moved.cbegin(), moved.cend(), rows.insert(row, count).begin());
+    for (const PersonPointer& person : moved)
+        person->number = row++;
 }
 
 void ContactFilterModel::Private::dataChanged(int first, int last, const QList<int>& roles)
 {
-    if (!isInStep(rows.size()))
+    if (!isInStep(rows.count()))
         return;
-    const People changed = rows.mid(first, last - first + 1);
     const auto tell = [&](const Person& person) {
         const QModelIndex index = q->index(placeOf(person), 0);
         return isAliveAfter([&] { Q_EMIT q->dataChanged(index, index, roles); });
     };
-    for (const PersonPointer& person : changed) {
+    for (const PersonPointer& person : peopleAt(first, last - first + 1)) {
         const bool stays = person->key && fits(*person);
         if ((stays && !tell(*person)) || !judge(person))
             return;
@@ -152,7 +170,7 @@ void ContactFilterModel::Private::dataChanged(int first, int last, const QList<i
 
 bool ContactFilterModel::Private::fits(const Person& person) const
 {
-    if (person.row == -1)
+    if (person.number == -1)
         return false;
     if (presence != Anybody) {
         const auto status = read(person, m_statusRole).value<UserStatus::Type>();
@@ -168,7 +186,7 @@ bool ContactFilterModel::Private::fits(const Person& person) const
                        [&](const QString& word) { return searched.contains(word, Qt::CaseInsensitive); });
 }
 
-Key ContactFilterModel::Private::keyOf(const Person& person) const
+ContactFilterModel::Private::Key ContactFilterModel::Private::keyOf(const Person& person) const
 {
     const QString name = read(person, m_nameRole).toString();
     // Without a language the collator's keys differ by capitals, although its comparisons do not.
@@ -191,15 +209,7 @@ ContactFilterModel::Private::Newcomers ContactFilterModel::Private::newcomersAmo
 /// Behind all who come before it.
 int ContactFilterModel::Private::placeFor(const Key& key) const
 {
-    int first = 0;
-    for (int last = shown.count(); first < last;) {
-        const int middle = first + (last - first) / 2;
-        if (shown.at(middle)->key->compare(key) < 0)
-            first = middle + 1;
-        else
-            last = middle;
-    }
-    return first;
+    return shown.firstNot([&](const Person* person) { return person->key->compare(key) < 0; });
 }
 
 int ContactFilterModel::Private::placeOf(const Person& person) const
@@ -220,7 +230,7 @@ void ContactFilterModel::Private::layOut()
     std::stable_sort(all.begin(), all.end(),
                      [](const Person* left, const Person* right) { return left->key->compare(*right->key) < 0; });
     shown.clear();
-    std::copy(all.cbegin(), all.cend(), shown.room(0, int(all.size())));
+    std::copy(all.cbegin(), all.cend(), shown.insert(0, int(all.size())).begin());
 }
 
 // --- What is announced ------------------------------------------------------------------------------------------
@@ -232,7 +242,7 @@ bool ContactFilterModel::Private::judgeAll(bool onlyThoseShown)
         if (!fits(*shown.at(place)))
             leaving.emplace_back(shown.at(place));
     }
-    return takeOut(leaving) && (onlyThoseShown || takeIn(rows));
+    return takeOut(leaving) && (onlyThoseShown || takeIn(peopleAt(0, rows.count())));
 }
 
 /// Puts one where the person belongs by now.
@@ -249,9 +259,8 @@ bool ContactFilterModel::Private::judge(const PersonPointer& person)
     const int before = placeFor(key);
     const int to = before > from ? before - 1 : before;
     const auto move = [&] {
-        shown.remove(from, 1);
         person->key = key;
-        shown.insert(to, person.data());
+        shown.move(from, to);
     };
     if (to == from) {
         move();
@@ -266,7 +275,7 @@ bool ContactFilterModel::Private::judge(const PersonPointer& person)
 
 void ContactFilterModel::Private::enter(int place, std::span<Newcomer> newcomers)
 {
-    Person** room = shown.room(place, int(newcomers.size()));
+    auto room = shown.insert(place, int(newcomers.size())).begin();
     for (Newcomer& newcomer : newcomers) {
         newcomer.person->key = std::move(newcomer.key);
         *room++ = newcomer.person.data();
@@ -300,11 +309,10 @@ bool ContactFilterModel::Private::takeIn(const People& people)
 /// People who are shown, in order, the last first, and like takeIn().
 bool ContactFilterModel::Private::takeOut(People people)
 {
-    for (const quint64 change = changes; !people.isEmpty() && change == changes;) {
-        const int last = placeOf(*people.constLast());
+    for (const quint64 change = changes; !people.empty() && change == changes;) {
+        const int last = placeOf(*people.back());
         int count = 1;
-        while (count <= last && count < people.size() &&
-               shown.at(last - count) == people.at(people.size() - 1 - count).data())
+        while (count <= last && count < int(people.size()) && shown.at(last - count) == people.end()[-1 - count].data())
             ++count;
         const bool isAlive = isAliveAfter([&] {
             q->beginRemoveRows({}, last - count + 1, last);
@@ -315,7 +323,7 @@ bool ContactFilterModel::Private::takeOut(People people)
         });
         if (!isAlive)
             return false;
-        people.remove(people.size() - count, count);
+        people.resize(people.size() - size_t(count));
     }
     return std::all_of(people.cbegin(), people.cend(), [this](const PersonPointer& person) { return judge(person); });
 }

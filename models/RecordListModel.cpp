@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <vx/platform/zel/RecordListModel.h>
 
+#include "GapList.h"
+
 #include <QtCore/QMetaObject>
 #include <QtCore/QMetaProperty>
 #include <QtCore/QPointer>
@@ -27,26 +29,23 @@ public:
         return role == Qt::DisplayRole ? shown.type.property(shown.type.indexOfProperty(shown.display))
                                        : shown.type.property(role - FirstPropertyRole);
     }
-    qsizetype count() const { return records.size(); }
+    int count() const { return records.count(); }
     /// Where a row with this key is, or, in key order, would be.
-    qsizetype placeOf(const QString& wanted, qsizetype from = 0) const
+    int placeOf(const QString& wanted, int from = 0) const
     {
-        const auto begin = records.cbegin() + from;
-        const auto place =
-            shown.isInKeyOrder
-                ? std::lower_bound(
-                      begin, records.cend(), wanted,
-                      [this](const QVariant& record, const QString& asked) { return keyOf(record) < asked; })
-                : std::find_if(begin, records.cend(), [&](const QVariant& record) { return keyOf(record) == wanted; });
-        return place - records.cbegin();
+        if (shown.isInKeyOrder)
+            return records.firstNot([&](const QVariant& record) { return keyOf(record) < wanted; }, from);
+        while (from < count() && keyOf(records.at(from)) != wanted)
+            ++from;
+        return from;
     }
-    bool isAt(qsizetype row, const QString& wanted) const { return row < count() && keyOf(records.at(row)) == wanted; }
+    bool isAt(int row, const QString& wanted) const { return row < count() && keyOf(records.at(row)) == wanted; }
 
     // Each answers false when a slot has destroyed the model, or brought it newer rows: there is nothing to go on with.
-    bool insert(qsizetype row, const QList<QVariant>& added);
-    bool remove(qsizetype first, qsizetype last);
-    bool move(qsizetype from, qsizetype to);
-    bool replace(qsizetype row, const QVariant& record);
+    bool insert(int row, const QList<QVariant>& added);
+    bool remove(int first, int last);
+    bool move(int from, int to);
+    bool replace(int row, const QVariant& record);
     bool tellCount();
 
     bool replaceAll(const QList<QVariant>& wanted);
@@ -56,7 +55,7 @@ public:
     RecordListModel* const q;
     const Shown shown;
     const QMetaProperty key;
-    QList<QVariant> records;
+    GapList<QVariant> records;
     int replacing = 0;
 
 private:
@@ -74,37 +73,34 @@ private:
     int m_countBefore = 0;
 };
 
-bool RecordListModel::Private::insert(qsizetype row, const QList<QVariant>& added)
+bool RecordListModel::Private::insert(int row, const QList<QVariant>& added)
 {
     return isLastAfter([&] {
-        q->beginInsertRows({}, int(row), int(row + added.size()) - 1);
-        const auto before = records.size();
-        records.resize(before + added.size());
-        std::move_backward(records.begin() + row, records.begin() + before, records.end());
-        std::copy(added.cbegin(), added.cend(), records.begin() + row);
+        q->beginInsertRows({}, row, int(row + added.size() - 1));
+        std::copy(added.cbegin(), added.cend(), records.insert(row, int(added.size())).begin());
         q->endInsertRows();
     });
 }
 
-bool RecordListModel::Private::remove(qsizetype first, qsizetype last)
+bool RecordListModel::Private::remove(int first, int last)
 {
     return isLastAfter([&] {
-        q->beginRemoveRows({}, int(first), int(last));
+        q->beginRemoveRows({}, first, int(last));
         records.remove(first, last - first + 1);
         q->endRemoveRows();
     });
 }
 
-bool RecordListModel::Private::move(qsizetype from, qsizetype to)
+bool RecordListModel::Private::move(int from, int to)
 {
     return isLastAfter([&] {
-        q->beginMoveRows({}, int(from), int(from), {}, int(to));
+        q->beginMoveRows({}, from, from, {}, to);
         records.move(from, to);
         q->endMoveRows();
     });
 }
 
-bool RecordListModel::Private::replace(qsizetype row, const QVariant& record)
+bool RecordListModel::Private::replace(int row, const QVariant& record)
 {
     const QVariant before = std::exchange(records[row], record);
     if (before == record)
@@ -119,7 +115,7 @@ bool RecordListModel::Private::replace(qsizetype row, const QVariant& record)
         roles.prepend(Qt::DisplayRole);
     roles.append(RecordRole);
     return isLastAfter([&] {
-        const QModelIndex index = q->index(int(row));
+        const QModelIndex index = q->index(row);
         Q_EMIT q->dataChanged(index, index, roles);
     });
 }
@@ -137,8 +133,8 @@ bool RecordListModel::Private::replaceAll(const QList<QVariant>& wanted)
     for (const QVariant& record : wanted)
         staying.insert(keyOf(record));
     QSet<QString> there;
-    for (qsizetype last = count() - 1; last >= 0;) {
-        qsizetype first = last;
+    for (int last = count() - 1; last >= 0;) {
+        int first = last;
         if (staying.contains(keyOf(records.at(last)))) {
             there.insert(keyOf(records.at(last)));
             --last;
@@ -151,7 +147,7 @@ bool RecordListModel::Private::replaceAll(const QList<QVariant>& wanted)
         last = first - 1;
     }
     // Up to `row` all is as it is to be.
-    qsizetype row = 0;
+    int row = 0;
     for (qsizetype i = 0; i < wanted.size(); ++row) {
         QList<QVariant> added;
         for (; i < wanted.size() && !there.contains(keyOf(wanted.at(i))); ++i)
@@ -162,7 +158,7 @@ bool RecordListModel::Private::replaceAll(const QList<QVariant>& wanted)
         if (i == wanted.size())
             break;
         const QString next = keyOf(wanted.at(i));
-        const qsizetype from = isAt(row, next) ? row : placeOf(next, row);
+        const int from = isAt(row, next) ? row : placeOf(next, row);
         if ((from != row && !move(from, row)) || !replace(row, wanted.at(i)))
             return false;
         ++i;
@@ -209,7 +205,7 @@ QHash<int, QByteArray> RecordListModel::roleNames() const
 
 int RecordListModel::rowOf(const QString& key) const
 {
-    const qsizetype place = d->placeOf(key);
+    const int place = d->placeOf(key);
     return d->isAt(place, key) ? int(place) : -1;
 }
 
@@ -248,14 +244,14 @@ bool RecordListModel::isBeingReplaced() const
 void RecordListModel::setRecord(const QVariant& record)
 {
     const QString key = d->keyOf(record);
-    const qsizetype place = d->placeOf(key);
+    const int place = d->placeOf(key);
     if (d->isAt(place, key) ? d->replace(place, record) : d->insert(place, {record}))
         d->tellCount();
 }
 
 void RecordListModel::removeRecord(const QString& key)
 {
-    const qsizetype place = d->placeOf(key);
+    const int place = d->placeOf(key);
     if (d->isAt(place, key) && d->remove(place, place))
         d->tellCount();
 }
