@@ -184,11 +184,12 @@ zeltools::Manual manualOf(const QList<QCommandLineOption>& options)
                      {u"1"_s, u"it cannot serve, or a file cannot be read or written"_s},
                      {u"2"_s, u"wrong use"_s}},
         .environment = {{u"XDG_RUNTIME_DIR"_s, u"without --root it serves below zelplatform in this folder, or in "
-                                               "~/.cache without the variable"_s}},
-        .files = {{u"DIR/services/zelcore/platform"_s, u"the socket for applications"_s},
-                  {u"DIR/services/invocation/TARGET"_s, u"the sockets for invitations and chats"_s},
-                  {u"$XDG_STATE_HOME/zelplatform/zelcore-sim-history"_s,
-                   u"the lines that it was told at a terminal; in ~/.local/state without the variable"_s}}};
+                                               "~/.cache without the variable"_s},
+                        {u"XDG_STATE_HOME"_s, u"where the lines are kept that are typed, ~/.local/state without it"_s}},
+        .files = {
+            {u"DIR/services/zelcore/platform"_s, u"the socket for applications"_s},
+            {u"DIR/services/invocation/TARGET"_s, u"the sockets for invitations and chats"_s},
+            {u"$XDG_STATE_HOME/zelplatform/zelcore-sim-history"_s, u"the lines that it was told at a terminal"_s}}};
     manual.lines = describedCommands(&manual.aboutLines);
     return manual;
 }

@@ -53,12 +53,14 @@ zeltools::Manual manual()
         .values = {{u"--simulate"_s, zelcore::Simulator::scenarioNames()}},
         .ending = u"'zelctl help COMMAND' shows one with an example."_s,
         .statuses = {{u"0"_s, u"done"_s}, {u"1"_s, u"the request failed or timed out"_s}, {u"2"_s, u"wrong use"_s}},
-        .environment = zeltools::Manual::libraryEnvironment() +
-                       QList<Entry>{{u"NO_COLOR"_s, u"whatever it says, nothing is coloured"_s},
-                                    {u"TERM"_s, u"\"dumb\": nothing is coloured, and lines are not edited"_s}},
-        .files = {{u"$PPS_ROOT/services/zelcore/platform"_s, u"the core service"_s},
-                  {u"$XDG_STATE_HOME/zelplatform/zelctl-history"_s,
-                   u"the lines that the shell was told at a terminal; in ~/.local/state without the variable"_s}}};
+        .environment =
+            zeltools::Manual::libraryEnvironment() +
+            QList<Entry>{{u"NO_COLOR"_s, u"whatever it says, nothing is coloured"_s},
+                         {u"TERM"_s, u"\"dumb\": nothing is coloured, and lines are not edited"_s},
+                         {u"XDG_STATE_HOME"_s, u"where the shell keeps its lines, ~/.local/state without it"_s}},
+        .files = {
+            {u"$PPS_ROOT/services/zelcore/platform"_s, u"the core service"_s},
+            {u"$XDG_STATE_HOME/zelplatform/zelctl-history"_s, u"the lines that the shell was told at a terminal"_s}}};
     manual.options += zeltools::Manual::ownOptions();
     for (const Command& command : commands())
         manual.commands += Entry{(command.name + u' ' + command.usage).trimmed(), command.summary};
