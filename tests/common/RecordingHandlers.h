@@ -59,7 +59,10 @@ struct RecordingHandler
 
     void pushPermissionEvent(const QString& code) const { note("state", {code}); }
 
-    void pushPlatformUserProfileDisplayNameChangedEvent(const Contact& c) const { note("name", {c.getDisplayName()}); }
+    void pushPlatformUserProfileDisplayNameChangedEvent(const Contact& c) const
+    {
+        note("name", {c.getDisplayName(), QString::fromLatin1(c.getAvatarData())});
+    }
     void pushPlatformUserProfilePersonalMessageChangedEvent(const Contact& c) const
     {
         note("message", {c.getPersonalMessage()});

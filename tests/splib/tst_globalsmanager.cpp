@@ -112,6 +112,12 @@ void TstGlobalsManager::tellsItsStory_data()
         show                                             -> 1 1 Expired 1
     )",
         "");
+    row("a registration that another has asked for", R"(
+        turn                                             -> requestListElements permission global
+        answer permission "registrationState":"Pending"  -> state Pending
+        wait 30                                          -> requestListElements permission global
+    )",
+        "");
     row("a registration of which nothing is heard", R"(
         turn                                             -> requestListElements permission global
         answer permission "registrationState":"Unregistered" -> state Unregistered
@@ -140,7 +146,7 @@ void TstGlobalsManager::tellsItsStory_data()
         "");
     row("a profile without a picture", R"(
         answer platformProfile "userId":""               -> gate profile; picture - - -; gate picture
-        change platformProfile "displayName":"A"         -> name A
+        change platformProfile "displayName":"A"         -> name A -
     )");
     row("a profile without a user", R"(
         answer platformProfile "displayName":"A"
@@ -157,6 +163,7 @@ void TstGlobalsManager::tellsItsStory_data()
     const auto pictureRow = [row](const char* name, const char* story) { row(name, story, registered, withPicture); };
     pictureRow("another picture, and none", R"(
         change platformProfile "avatarId":"p1","avatarMimeType":"image/bmp" -> requestUserAvatar me p1
+        change platformProfile "displayName":"B"         -> name B old
         ask                                              -> requestUserAvatar me p1
         half p1 half
         stream p0 old-again
@@ -176,6 +183,7 @@ void TstGlobalsManager::tellsItsStory_data()
     )");
     pictureRow("an offer that the changed profile confirms", R"(
         offer mine                                       -> taken; requestListChange platformProfile %mine image/gif global
+        wanted {"streamId":""}
         response {"status":"Success"}
         change platformProfile "avatarId":"%mine","avatarMimeType":"image/gif" -> picture %mine image/gif mine; gate picture
         response {"status":"Success"}

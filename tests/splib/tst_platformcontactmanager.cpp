@@ -212,21 +212,6 @@ private Q_SLOTS:
         )"_s);
     }
 
-    // As many as one request takes.
-    void asksOnceForAllWhoWereAway()
-    {
-        ContactsStage stage;
-        QString all, records;
-        for (int number = 0; number < 400; ++number) {
-            all += u" %1"_s.arg(number);
-            records += u"record %1 n \n "_s.arg(number);
-        }
-        stage.play(u"init \n turn -> requestListAll platformContact \n "_s + records + u"ids"_s + all +
-                   u" -> gate contacts \n ids -> resent \n ids"_s + all + u" -> resent"_s);
-        stage.happen(u"turn"_s);
-        QCOMPARE(stage.pipe->takeSentInWords().size(), 1);
-    }
-
     void leavesItsViewToOthers()
     {
         auto stage = std::make_unique<ContactsStage>();
@@ -240,6 +225,9 @@ private Q_SLOTS:
         QVERIFY(pipe->inject(R"({"listAdd":{"type":"platformUser","elements":[{"userId":"user9","handle":"y"}]}})"));
         QVERIFY(pipe->inject(R"({"listAdd":{"type":"platformContact","elements":[{"userId":"user9"}]}})"));
         QCOMPARE(view.size(), 4);
+        QVERIFY(pipe->inject(R"({"listAll":{"type":"platformContact"}})"));
+        QVERIFY(pipe->inject(R"({"listChunk":{"type":"platformContact","last":true}})"));
+        QCOMPARE(view.size(), 0);
     }
 };
 
