@@ -170,11 +170,11 @@ private Q_SLOTS:
     void takesAWaitingClientWhenThereAreDescriptorsAgain()
     {
         Listening server(m_path);
-        const Client first(m_path);
-        QTRY_COMPARE(server.clients().size(), 1);
-        const Client second(m_path);
         const QSignalSpy tries(server.findChild<QSocketNotifier*>(),
                                SIGNAL(activated(QSocketDescriptor, QSocketNotifier::Type)));
+        const Client first(m_path);
+        QTRY_COMPARE(server.clients().size(), 1); // what a sanitizer looks at needs descriptors the first time, too
+        const Client second(m_path);
         rlimit limit;
         ::getrlimit(RLIMIT_NOFILE, &limit);
         const int lowestFree = ::dup(0);
@@ -183,7 +183,7 @@ private Q_SLOTS:
         ::setrlimit(RLIMIT_NOFILE, &none);
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"a client has to wait: Too many open files$"_s));
         QTest::failOnWarning(QRegularExpression(u"."_s)); // it is said once
-        QTRY_VERIFY(tries.size() > 2);
+        QTRY_VERIFY(tries.size() > 3);
         QVERIFY(server.send(1, "served meanwhile"));
         ::setrlimit(RLIMIT_NOFILE, &limit);
         QTRY_COMPARE(server.clients().size(), 2);
