@@ -38,7 +38,7 @@ void LazyTransformedListBase::Mapping::mark(const Change& change)
 {
     try {
         m_owner->mappingChanged(change);
-    } catch (const std::bad_alloc&) {
+    } catch (...) {
         m_owner->takeInAnew();
         m_owner->markBehind();
         throw;
@@ -112,6 +112,7 @@ QVariant LazyTransformedListBase::compute(int index)
         QVariant inputItem;
         const auto destroy = [this](Entry* entry) { destroyEntry(entry); };
         std::unique_ptr<Entry, decltype(destroy)> made(nullptr, destroy);
+        auto takeAnew = qScopeGuard([this] { takeInAnew(); }); // whoever got nothing has to hear in the end
         try {
             inputItem = this->inputItem(index);
             made.reset(createEntry(inputItem, true));
@@ -120,8 +121,10 @@ QVariant LazyTransformedListBase::compute(int index)
             made.reset(createEntry(inputItem, false));
             made->m_isUnmade = true;
             made->m_isKeyDirty = !inputItem.isValid();
-            if (before == generation() && keep(index, made.get()))
+            if (before == generation() && keep(index, made.get())) {
                 static_cast<void>(made.release());
+                takeAnew.dismiss();
+            }
             throw;
         }
         value = valueOf(*made);
@@ -129,6 +132,7 @@ QVariant LazyTransformedListBase::compute(int index)
         if (isCurrent && keep(index, made.get()))
             static_cast<void>(made.release());
         made.reset();
+        takeAnew.dismiss();
         if (isCurrent)
             return value;
         catchUp();
@@ -136,10 +140,10 @@ QVariant LazyTransformedListBase::compute(int index)
     return index < m_places.size() ? value : QVariant();
 }
 
-/// Not while the list is brought up to date, or if the item is kept meanwhile.
+/// Not while the list takes something in, or if the item is kept meanwhile, or may be being derived further down.
 bool LazyTransformedListBase::keep(int index, Entry* made)
 {
-    if (isBusy())
+    if (isTaking())
         return false;
     if (m_places.markedCount() >= m_cacheLimit) {
         const unsigned before = generation();
@@ -148,7 +152,7 @@ bool LazyTransformedListBase::keep(int index, Entry* made)
             return false;
     }
     const Entry* const other = entry(index);
-    if (other && !other->m_isUnmade)
+    if (other && (!other->m_isUnmade || m_depth > 1))
         return false;
     if (other) {
         made->m_isUntold = true;

@@ -397,6 +397,25 @@ private Q_SLOTS:
         QVERIFY_THROWS_EXCEPTION(std::runtime_error, labelled.map->set({{1, u"one"_s}}));
         QVERIFY_THROWS_EXCEPTION(std::runtime_error, labelled.keys->append(2)); // which the reader asks for
         QVERIFY_THROWS_EXCEPTION(std::runtime_error, labelled.list.toList());
+        // What a key throws is none of the map's: all is read again with the next change.
+        struct Hash
+        {
+            std::size_t operator()(int key) const { return key == 7 && times()++ == 0 ? throw key : std::size_t(key); }
+            static int& times()
+            {
+                static int times = 0;
+                return times;
+            }
+        };
+        const EditableListPointer<int> keys(new EditableList<int>);
+        const QExplicitlySharedDataPointer<PlainMap<int, int>> map(new PlainMap<int, int>);
+        map->contents = {{7, 70}, {8, 80}};
+        const CachedObservableList<int> all(TransformedObservableList::create<int, int, iEqual<int>, Hash>(
+            ObservableList<int>(keys.data()), ObservableMap<int, int>(map.data()),
+            Transformed<int, int>::KeepsEverything));
+        QVERIFY_THROWS_EXCEPTION(int, keys->append(7));
+        keys->append(8);
+        QCOMPARE(all.toList(), (Items{70, 80}));
     }
 
     void mayBeReadByTheMapThatMakesThem()

@@ -56,8 +56,8 @@ protected:
 
     /// Grows with everything that is noted.
     unsigned generation() const { return m_generation; }
-    /// Whether the list, or what it reads, is being brought up to date.
-    bool isBusy() const { return m_isBusy; }
+    /// Whether take() is running.
+    bool isTaking() const { return m_takingFrom > 0; }
     /// Whether the input has changed since take() began; there will be another.
     bool isOvertaken() const { return m_pending.kind != Change::None; }
     /// The change, or a Reset if it tells of other items than an input that had `before` of them can have.
@@ -80,7 +80,6 @@ private:
     virtual void settleOthers() {}
 
     void mark(const Change& change) override;
-    bool isTaking() const { return m_takingFrom > 0; }
     void takePending();
     Hold settle();
     bool mayTakeAgain();
