@@ -14,8 +14,11 @@ template <typename T>
 class GapList
 {
 public:
+    /// How many items there are.
     int count() const { return int(m_items.size()) - m_free; }
+    /// The item at a place that there is.
     const T& at(int place) const { return m_items[slot(place)]; }
+    /// The same, to be changed.
     T& operator[](int place) { return m_items[slot(place)]; }
 
     /// The first place from \a from on of which \a isBefore is no longer true.
@@ -45,22 +48,26 @@ public:
         m_free -= count;
         return {m_items.begin() + place, size_t(count)};
     }
+    /// Takes \a count items out from \a place on.
     void remove(int place, int count)
     {
         openAt(place);
         std::fill_n(m_items.begin() + place + m_free, count, T());
         m_free += count;
     }
+    /// Takes one item from one place to another.
     void move(int from, int to)
     {
         T item = std::move((*this)[from]);
         remove(from, 1);
         insert(to, 1)[0] = std::move(item);
     }
+    /// Takes all out.
     void clear() { *this = {}; }
 
     /// The place before which the free room is.
     int gap() const { return m_gap; }
+    /// Has the free room before \a place.
     void openAt(int place)
     {
         const auto begin = m_items.begin();
