@@ -549,6 +549,7 @@ private Q_SLOTS:
             [](Chain& chain) { chain.labelled.keys->append(8); },
             [](Chain& chain) { chain.labelled.keys->update(2, 9); },
             [](Chain& chain) { chain.labelled.keys->remove(0); },
+            [](Chain& chain) { chain.labelled.keys->move(0, 3); },
             [](Chain& chain) {
                 chain.labelled.keys->rearrange({2, 1, 0, -1}, {0, 0, 0, 5});
             },
