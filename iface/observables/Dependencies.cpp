@@ -88,10 +88,10 @@ void Dependencies::Run::recordRead(const Observable* observable)
         if (!m_node)
             m_dependencies.m_running = m_node = new Node;
         Source* const source = m_dependencies.source(observable);
-        m_last = observable;
-        if (source->lastRun == run)
+        if (source->lastRun == run) {
+            m_last = observable;
             return;
-        m_last = nullptr;
+        }
         link = m_isFirst ? nullptr : findEarlier(source);
         if (!link)
             link = m_dependencies.add(m_node, source);

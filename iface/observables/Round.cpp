@@ -145,9 +145,8 @@ void Round::heedNewObserver(ObservableImpl& observable)
 void Round::strikeOut(const detail::DerivedList& list)
 {
     t_behindCount -= list.m_isBehind;
-    if (!list.m_isInLine)
-        return;
-    leaveLine(list);
+    if (list.m_isInLine)
+        leaveLine(list);
 }
 
 void Round::leaveLine(const detail::DerivedList& list)

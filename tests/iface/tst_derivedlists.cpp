@@ -500,44 +500,21 @@ private Q_SLOTS:
         QVERIFY(one.isEmpty());
     }
 
-    // So many that nobody asks them all; and a single one is not asked at all.
+    // So many that nobody asks them all; and of a single one nobody asks where each item went.
     void takeAnyNumberOfMovesAtOnce()
     {
-        struct Moved : ItemMovedMapper
-        {
-            using ItemMovedMapper::ItemMovedMapper;
-            bool newIndexPath(QVariantList*, int*, const QVariantList&) const override
-            {
-                throw std::runtime_error("asked");
-            }
-        };
-        struct Movable : EditableList<int>
-        {
-            using EditableList<int>::EditableList;
-            void move()
-            {
-                m_list.move(0, 2);
-                fireItemsChanged(ChangeType::IndexesChanged, QSharedPointer<Moved>::create(0, 2));
-            }
-        };
-        const QExplicitlySharedDataPointer<Movable> movable(new Movable({0, 1, 2, 3}));
-        const ObservableList<int> odd =
-            FilteredObservableList<int>::create(ObservableList<int>(movable.data()), [](int item) { return item % 2; });
-        const QExplicitlySharedDataPointer<PlainMap<int, int>> same(new PlainMap<int, int>);
-        same->contents = {{1, 1}, {3, 3}};
-        Mirror moves(TransformedObservableList::create<int, int>(odd, ObservableMap<int, int>(same.data())));
-        movable->move(); // of 0
-        movable->move(); // of 1
-        QCOMPARE(moves.take(), (QStringList{u"moved 0 1"_s, u"moved 0 1"_s}));
-        QCOMPARE(moves.complaint(), QString());
         const EditableListPointer<int> input(new EditableList<int>({1, 2}));
-        const Mirror mirror(
-            FilteredObservableList<int>::create(ObservableList<int>(input.data()), [](int) { return true; }));
+        const auto list =
+            FilteredObservableList<int>::create(ObservableList<int>(input.data()), [](int) { return true; });
+        const Mirror mirror(list);
         Round::together([&] {
             for (int i = 0; i < 20001; ++i)
                 input->move(0, 1);
         });
         QCOMPARE(mirror.items(), (Items{2, 1}));
+        const QSignalSpy spy(list.impl(), &ObservableListImpl::itemsChanged);
+        input->move(0, 1);
+        QVERIFY(spy[0][1].value<QSharedPointer<ObservableListImpl::IndexMapper>>().dynamicCast<ItemMovedMapper>());
     }
 
     // For each step of a history every allocation fails in turn. With the next change of what they are made of all is
