@@ -146,6 +146,13 @@ struct Chain
     std::unique_ptr<ListMirror<QString>> mirror;
 };
 
+/// Throws the 7 when that is first hashed.
+struct ThrowingHash
+{
+    std::size_t operator()(int key) const { return key == 7 && times++ == 0 ? throw key : std::size_t(key); }
+    static inline int times = 0;
+};
+
 } // namespace
 
 /// Cached, filtered and transformed lists each on their own, and as the chain in which records are read.
@@ -398,19 +405,10 @@ private Q_SLOTS:
         QVERIFY_THROWS_EXCEPTION(std::runtime_error, labelled.keys->append(2)); // which the reader asks for
         QVERIFY_THROWS_EXCEPTION(std::runtime_error, labelled.list.toList());
         // What a key throws is none of the map's: all is read again with the next change.
-        struct Hash
-        {
-            std::size_t operator()(int key) const { return key == 7 && times()++ == 0 ? throw key : std::size_t(key); }
-            static int& times()
-            {
-                static int times = 0;
-                return times;
-            }
-        };
         const EditableListPointer<int> keys(new EditableList<int>);
         const QExplicitlySharedDataPointer<PlainMap<int, int>> map(new PlainMap<int, int>);
         map->contents = {{7, 70}, {8, 80}};
-        const CachedObservableList<int> all(TransformedObservableList::create<int, int, iEqual<int>, Hash>(
+        const CachedObservableList<int> all(TransformedObservableList::create<int, int, iEqual<int>, ThrowingHash>(
             ObservableList<int>(keys.data()), ObservableMap<int, int>(map.data()),
             Transformed<int, int>::KeepsEverything));
         QVERIFY_THROWS_EXCEPTION(int, keys->append(7));
