@@ -192,7 +192,11 @@ void LineEditor::remember(const std::wstring& line)
     if (!file)
         return;
     std::fseek(file, 0, SEEK_END);
-    history_w(m_history.get(), &event, H_NSAVE_FP, std::size_t(1), file);
+    // H_NSAVE_FP would save the entry before it as well.
+    const std::unique_ptr<HistoryW, decltype(&history_wend)> newest(history_winit(), &history_wend);
+    history_w(newest.get(), &event, H_SETSIZE, 1);
+    history_w(newest.get(), &event, H_ENTER, line.c_str());
+    history_w(newest.get(), &event, H_SAVE_FP, file);
     std::fclose(file);
 }
 
