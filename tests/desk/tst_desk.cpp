@@ -164,12 +164,15 @@ private Q_SLOTS:
             QVERIFY2(m_simulator->execute(QString::fromLatin1(line)), line);
             QTRY_VERIFY2(!told.isEmpty(), line);
         }
+        const QSignalSpy told(service, &Service::registrationChanged);
+        QVERIFY(m_desk->service()->execute(u"registration manual"_s) && !told.isEmpty());
     }
 
     void theTimelineGoesStepByStep()
     {
         Timeline& timeline = *m_desk->timeline();
         timeline.setPaused(true);
+        QVERIFY(m_simulator->isTimelinePaused());
         QVERIFY(!timeline.open(u"/no/such/file"_s) && m_desk->service()->isComplaint());
         QVERIFY(timeline.open(u"first-steps"_s));
         QCOMPARE(m_desk->service()->registrationDelay(), 400);

@@ -114,7 +114,7 @@ private:
                 goToRow(m_row + 1);
             else if (byte == '\b')
                 --m_column;
-            else if (byte >= ' ')
+            else if (uchar(byte) >= ' ')
                 put(byte);
         }
     }
@@ -176,6 +176,7 @@ private Q_SLOTS:
         QVERIFY(m_service->start());
         m_environment.insert(u"XDG_STATE_HOME"_s, m_folder->path());
         m_environment.insert(u"PPS_ROOT"_s, m_service->root());
+        m_environment.insert(u"LC_ALL"_s, u"C.UTF-8"_s);
         m_environment.remove(u"ZEL_SLOG"_s);
         m_environment.remove(u"ZEL_SLOG_LEVEL"_s);
     }
@@ -198,9 +199,12 @@ private Q_SLOTS:
 
     void bringsBackWhatWasTypedBefore()
     {
-        for (const QByteArray keys : {"rate 0\r", "\033[A\033[A\r"}) {
+        const std::pair<QByteArray, QByteArray> rows[] = {{"rate 0\r", "rate 0"},
+                                                          {"eco ü ∞\reco ü ∞\r", "eco ü ∞"}, // kept once
+                                                          {"\033[A\033[A\033[A\033[A\r", "rate 0"}};
+        for (const auto& [keys, line] : rows) {
             startSimulator();
-            QVERIFY(types(keys + "  \r", {"zelcore-sim> rate 0", "zelcore-sim>   ", "zelcore-sim> "}));
+            QVERIFY(types(keys + "  \r", {"zelcore-sim> " + line, "zelcore-sim>   ", "zelcore-sim> "}));
             QVERIFY(types("quit\r", {"zelcore-sim> quit", "status 0", ""}));
         }
         const QFileInfo history(m_folder->filePath(u"zelplatform/zelcore-sim-history"_s));
@@ -238,6 +242,15 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(m_terminal->line().startsWith("Waiting for the registration, "), 10'000);
         m_service->setRegistrationState(u"Success"_s);
         QVERIFY(m_terminal->shows({"valid     yes", "complete  yes", "count     0", "status 0", ""}));
+    }
+
+    void goesAsideAndOnAsItIsTold()
+    {
+        const QString script = u"set -m; \"$@\"; echo \"status $?\"; fg > /dev/null"_s;
+        start({u"sh"_s, u"-c"_s, script, u"sh"_s, QStringLiteral(ZELCORE_SIM), u"--root"_s, root()}, {"zelcore-sim> "});
+        QVERIFY(types("half", {"zelcore-sim> half"}));
+        QVERIFY(types("\032", {"status 148", "zelcore-sim> half"}));
+        QVERIFY(types("\025quit\r", {"zelcore-sim> quit", "status 0", ""}));
     }
 
     void leavesTheTerminalInOrder()

@@ -67,6 +67,7 @@ private Q_SLOTS:
         m_simulator->setRegistrationState(u"Success"_s);
         QCOMPARE(run("register"), QByteArrayList{stateLine("Allowed")});
         QCOMPARE(runForPeople("register").last(), "Registered.");
+        QVERIFY(run("--simulate= state").value(0).contains("\"Unregistered\"")); // a service of its own
     }
 
     void saysWhyNot()
@@ -81,7 +82,7 @@ private Q_SLOTS:
             {"state BlockedByTov", "profile", "the state is BlockedByTOV"},
             {"", "register", "the state is BlockedByTOV"},
             {"registration CancelledByUser", "profile", "BlockedByTOV"},
-            {"state Unregistered", "contacts", "CancelledByUser"},
+            {"state Unregistered", "contacts", "the state is CancelledByUser"},
             {"registration manual", "--timeout 2.5 profile", "2.5 s; the last state was Pending"},
             {"state Success", "contact nobody", "'nobody'"},
             {"", "set-picture /no/such/file", "/no/such/file"},

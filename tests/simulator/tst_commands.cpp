@@ -113,6 +113,7 @@ private Q_SLOTS:
             {"{\"world\":{\"latency\":1,\n\"contacts\":[],\n\"latency\":2}}", "line 3: world.latency stands there"},
             {R"({"world":{"box":{"icons":[{"id":"1"}]}}})", "world.box.icons[0]: a picture is"},
             {R"({"world":{"profile":{"picture":"none.png"}}})", "world.profile: /"}, // beside the scenario
+            {R"({"world":[]})", "world is no object"},
             {R"({"world":{"targets":{"nobody":"missing"}}})", "world.targets.nobody: "},
             {R"({"world":{"registered":{"me":true}}})", "no UUID"},
             {R"({"world":{"box":{"limit":1,"items":[{"text":"a"},{"text":"b"}]}}})",

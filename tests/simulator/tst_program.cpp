@@ -26,8 +26,9 @@ private Q_SLOTS:
     void takesCommandsAndShowsWhatHappens()
     {
         run({u"--trace"_s, u"--scenario"_s, u"first-steps"_s, u"--contacts"_s, u"20"_s, u"--seed"_s, u"4"_s});
-        m_program->write("contacts\nnonsense");
+        m_program->write("contacts\nnonsense\nhelp");
         QVERIFY(m_program->says("contacts: ") && m_program->says("\"nonsense\" is not a command"));
+        QVERIFY(m_program->says("  contact change HANDLE FIELD=VALUE...  changes one\n")); // as long as may be
         m_program->process.closeWriteChannel(); // the end of the input ends nothing
         RawApplication application(m_folder->path());
         application.begin();

@@ -143,7 +143,7 @@ private Q_SLOTS:
             QCOMPARE(differences.size(), named == "stranger" ? 1 : 0);
             QVERIFY(differences.isEmpty() || differences.first().endsWith(u"was named, now \"stranger\""_s));
         }
-        QVERIFY(text.contains(u"Person "_s) && text.contains(u"permission"_s));
+        QVERIFY(text.contains(u"Person "_s) && text.contains(u"permission"_s) && text.contains(u"data\\\":\\\"{"_s));
         QByteArray picture; // goes by the hash under which it is known
         for (const Recording::Entry& entry : entriesOf(u"anonymous"_s)) {
             const std::optional<zelcore::Content> content = zelcore::contentOf(entry.bytes, false);
