@@ -7,6 +7,7 @@
 #include "Session.h"
 
 #include <common/Printable.h>
+#include <vx/platform/zel/ContactService.h>
 #include <vx/platform/zel/Context.h>
 
 #include <cstdio>
@@ -95,7 +96,8 @@ void OneShot::onSignal(const Record& record)
         m_output.signal(record);
     if (isState && (m_phase == Phase::State || m_phase == Phase::Registration))
         onState();
-    else if (m_phase == Phase::Contacts && record.textOf(u"signal"_s) == "contactListUpdated"_L1)
+    else if (m_phase == Phase::Contacts && record.textOf(u"signal"_s) == "contactListUpdated"_L1 &&
+             m_session.contacts().isComplete())
         QMetaObject::invokeMethod(this, &OneShot::act, Qt::QueuedConnection);
     else if (m_phase == Phase::Outcome)
         onOutcome(record);
@@ -247,13 +249,18 @@ void OneShot::finish(int exitStatus)
         this, [this, exitStatus] { Q_EMIT finished(exitStatus); }, Qt::QueuedConnection);
 }
 
-void OneShot::showPatience() const
+void OneShot::showPatience()
 {
+    // To read the list anew is to count how far it has come.
+    QString soFar;
+    if (m_phase == Phase::Contacts && m_session.contacts().refresh())
+        soFar = u", %1 so far"_s.arg(m_session.contacts().contactCount());
     const char* const what = m_phase == Phase::State          ? "the registration state"
                              : m_phase == Phase::Registration ? "the registration"
                              : m_phase == Phase::Contacts     ? "the contacts"
                                                               : "the answer";
-    std::fprintf(stderr, "\r\033[KWaiting for %s, %d s", what, (m_timeout - m_timer.remainingTime()) / 1000);
+    std::fprintf(stderr, "\r\033[KWaiting for %s, %d s%s", what, (m_timeout - m_timer.remainingTime()) / 1000,
+                 qPrintable(soFar));
 }
 
 void OneShot::hidePatience() const

@@ -50,7 +50,7 @@ private:
     void fail(const QString& sentence);
     void finish(int exitStatus);
     void onTimeout();
-    void showPatience() const;
+    void showPatience();
     void hidePatience() const;
     QString fill(const QString& sentence, const Record& signal, bool* hasNothing) const;
 
