@@ -73,7 +73,7 @@ void ContactFilterModel::Private::readAll()
 /// Before rows change there: those between where they changed last and here are numbered from the other side now.
 void ContactFilterModel::Private::openRowsAt(int row)
 {
-    const auto [first, last] = std::minmax(rows.gap(), row);
+    const auto [first, last] = std::minmax({rows.gap(), row});
     for (int i = first; i < last; ++i) {
         rows.at(i)->isFromEnd = row == first;
         rows.at(i)->number = row == first ? rows.count() - 1 - i : i;
