@@ -29,8 +29,7 @@ struct KeyHash
 namespace detail {
 
 /// What the items of a KeyIndex derive from.
-using KeyHook = boost::intrusive::unordered_set_base_hook<boost::intrusive::store_hash<true>,
-                                                          boost::intrusive::optimize_multikey<true>>;
+using KeyHook = boost::intrusive::unordered_set_base_hook<boost::intrusive::store_hash<true>>;
 
 /// Finds items by the key that they hold under the name `key`; keys may repeat. It strings the items themselves
 /// together, since there may be very many, and owns none: an item is taken out before it ends or gets another key.
