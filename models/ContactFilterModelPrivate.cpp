@@ -223,6 +223,7 @@ int ContactFilterModel::Private::placeOf(const Person& person) const
 void ContactFilterModel::Private::layOut()
 {
     std::vector<Person*> all;
+    all.reserve(size_t(shown.count()));
     for (int place = 0; place < shown.count(); ++place)
         all.push_back(shown.at(place));
     for (Person* const person : all)

@@ -6,7 +6,6 @@
 #include <zelcore/Simulator.h>
 
 #include <QtCore/QCommandLineParser>
-#include <QtCore/QStringList>
 
 using namespace Qt::StringLiterals;
 
@@ -34,13 +33,20 @@ QList<QCommandLineOption> ServiceOptions::all()
     return {rootOption, scenarioOption, contactsOption, seedOption, pausedOption, recordOption};
 }
 
+QString ServiceOptions::emptyAmong(const QList<QCommandLineOption>& options, const QCommandLineParser& parser)
+{
+    for (const QCommandLineOption& option : options) {
+        if (!option.valueName().isEmpty() && parser.isSet(option) && parser.value(option).isEmpty())
+            return u"--%1 is empty."_s.arg(option.names().constFirst());
+    }
+    return {};
+}
+
 QString ServiceOptions::read(const QCommandLineParser& parser)
 {
-    const QStringList given = parser.optionNames();
-    for (const QString& name : given) {
-        if (parser.values(name).contains(QString())) // those without a value have none here
-            return u"--%1 is empty."_s.arg(name);
-    }
+    const QString empty = emptyAmong(all(), parser);
+    if (!empty.isEmpty())
+        return empty;
     bool areContacts = false;
     bool isSeed = false;
     root = parser.isSet(rootOption) ? parser.value(rootOption) : usualRoot();

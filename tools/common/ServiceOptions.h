@@ -24,6 +24,8 @@ struct ServiceOptions
     QString record;
 
     static QList<QCommandLineOption> all();
+    /// A sentence when one of \a options is given and says nothing; empty when none is.
+    static QString emptyAmong(const QList<QCommandLineOption>& options, const QCommandLineParser& parser);
     /// Takes over what a parser that knows these, and maybe others, has found. A sentence for what cannot be meant;
     /// empty if all can.
     QString read(const QCommandLineParser& parser);

@@ -81,6 +81,8 @@ std::optional<Options> optionsIn(const QCommandLineParser& parser)
     if (options.replay.isEmpty() && options.atOnce)
         problem = u"--at-once says how a recording is played: name one with --replay."_s;
     if (problem.isEmpty())
+        problem = Options::emptyAmong({rememberOption, replayOption}, parser);
+    if (problem.isEmpty())
         return options;
     complain(problem);
     return std::nullopt;
