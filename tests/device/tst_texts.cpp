@@ -9,6 +9,7 @@
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
+#include <QtTest/QTest>
 
 #include <limits>
 #include <optional>
@@ -128,40 +129,53 @@ QString randomString(QRandomGenerator& random, bool isName)
     return text;
 }
 
-// Writes anything, and answers it.
-QJsonValue write(QRandomGenerator& random, device::Encoder& encoder, device::Text name, int depth)
+QJsonValue randomValue(QRandomGenerator& random, int depth)
 {
-    const int number = int(random.generate());
-    const QString text = randomString(random, false);
+    const int kind = random.bounded(depth > 0 ? 6 : 4);
     QJsonArray values;
     QJsonObject members;
-    switch (random.bounded(depth > 0 ? 6 : 4)) {
+    for (int i = kind < 4 ? 0 : random.bounded(6); i > 0; --i) {
+        values.append(randomValue(random, depth - 1));
+        members.insert(randomString(random, true), values.last());
+    }
+    switch (kind) {
     case 0:
-        encoder.addNull(name);
-        return {};
+        return QJsonValue();
     case 1:
-        encoder.addBool(name, number > 0);
-        return number > 0;
+        return random.bounded(2) == 0;
     case 2:
-        encoder.addInt(name, number);
-        return number;
+        return int(random.generate());
     case 3:
-        encoder.addString(name, text.toUtf8());
-        return text;
+        return randomString(random, false);
     case 4:
-        encoder.startArray(name);
-        for (int i = random.bounded(6); i > 0; --i)
-            values.append(write(random, encoder, {}, depth - 1));
-        encoder.endArray();
         return values;
     default:
-        encoder.startObject(name);
-        for (int i = random.bounded(6); i > 0; --i) {
-            if (const QString key = randomString(random, true); !members.contains(key))
-                members.insert(key, write(random, encoder, key.toUtf8(), depth - 1));
-        }
-        encoder.endObject();
         return members;
+    }
+}
+
+void write(device::Encoder& encoder, device::Text name, const QJsonValue& value)
+{
+    const QJsonObject members = value.toObject();
+    switch (value.type()) {
+    case QJsonValue::Bool:
+        return encoder.addBool(name, value.toBool());
+    case QJsonValue::Double:
+        return encoder.addInt(name, value.toInt());
+    case QJsonValue::String:
+        return encoder.addString(name, value.toString().toUtf8());
+    case QJsonValue::Array:
+        encoder.startArray(name);
+        for (const QJsonValue& each : value.toArray())
+            write(encoder, {}, each);
+        return encoder.endArray();
+    case QJsonValue::Object:
+        encoder.startObject(name);
+        for (auto it = members.begin(); it != members.end(); ++it)
+            write(encoder, it.key().toUtf8() + "", it.value());
+        return encoder.endObject();
+    default:
+        return encoder.addNull(name);
     }
 }
 
@@ -194,17 +208,19 @@ private Q_SLOTS:
     {
         QRandomGenerator random = seededRandom();
         for (int i = 0; i < 400; ++i) {
+            const QJsonArray values{randomValue(random, 4), randomValue(random, 4)};
             device::Encoder json(device::Encoder::Json);
-            json.startArray({});
-            const QJsonArray values{write(random, json, {}, 4), write(random, json, {}, 4)};
-            json.endArray();
+            write(json, {}, values);
             const QByteArray text = bytes(json.text());
             QCOMPARE(QJsonDocument::fromJson(text).array(), values);
 
             device::Encoder attributes(device::Encoder::Attributes);
             QJsonObject expected{{u"all"_s, values}};
-            for (const QByteArray name : {"0", "1", "2"})
-                expected.insert(QString::fromLatin1(name), write(random, attributes, name, 1));
+            for (const char name : {'0', '1', '2'}) {
+                const QJsonValue value = randomValue(random, 1);
+                expected.insert(QString(QLatin1Char(name)), value);
+                write(attributes, QByteArray(1, name), value);
+            }
             Decoder d("@o\n" + bytes(attributes.text()) + "all:json:" + text);
             QVERIFY(d.enter("@o"));
             QCOMPARE(d.contents().toObject(), expected);
@@ -249,20 +265,27 @@ private Q_SLOTS:
 
     void answersMisuseAndKeepsTheForm()
     {
-        const std::tuple<const char*, pps_encoder_error_t, const char*> rows[] = {
-            {"attributes }", PPS_ENCODER_UNBALANCED, ""}, // an end without a start
-            {"json [ } ]", PPS_ENCODER_UNBALANCED, "[]"}, // and of the other kind
-            {"json [ name{ } name1 ]", PPS_ENCODER_NAME_NOT_ALLOWED, "[{},1]"},
-            {"json { [ ] }", PPS_ENCODER_NAME_MISSING, "{\"\":[]}"},
-            {"attributes 1", PPS_ENCODER_NAME_MISSING, ":n:1\n"},
-            {"attributes @a:b\nc@1", PPS_ENCODER_BAD_NAME, "_a_b_c@:n:1\n"}, // a name that breaks the line
-            {"json [ ] { in[ 1 ] }", PPS_ENCODER_COMPLETE, "[]"},            // a second value
+        const struct
+        {
+            const char* what;
+            bool encodeJson;
+            QByteArrayList calls;
+            pps_encoder_error_t error;
+            const char* text;
+        } cases[] = {
+            {"end without start", false, {"}"}, PPS_ENCODER_UNBALANCED, ""},
+            {"end of the other kind", true, {"[", "}", "]"}, PPS_ENCODER_UNBALANCED, "[]"},
+            {"name in an array", true, {"[", "name{", "}", "name1", "]"}, PPS_ENCODER_NAME_NOT_ALLOWED, "[{},1]"},
+            {"member without a name", true, {"{", "[", "]", "}"}, PPS_ENCODER_NAME_MISSING, "{\"\":[]}"},
+            {"attribute without a name", false, {"1"}, PPS_ENCODER_NAME_MISSING, ":n:1\n"},
+            {"name that breaks the line", false, {"@a:b\nc@1"}, PPS_ENCODER_BAD_NAME, "_a_b_c@:n:1\n"},
+            {"second value", true, {"[", "]", "{", "in[", "1", "]", "}"}, PPS_ENCODER_COMPLETE, "[]"},
         };
         pps_encoder_t e;
-        for (const auto& [calls, error, text] : rows) {
-            pps_encoder_initialize(&e, *calls == 'j');
-            QVERIFY2(play(&e, QByteArray(calls).split(' ').mid(1)) == error, calls);
-            QCOMPARE(pps_encoder_buffer(&e), text);
+        for (const auto& one : cases) {
+            pps_encoder_initialize(&e, one.encodeJson);
+            QVERIFY2(play(&e, one.calls) == one.error, one.what);
+            QCOMPARE(pps_encoder_buffer(&e), one.text);
             pps_encoder_cleanup(&e);
         }
         QCOMPARE(play(&e, {"[", "1", "]"}), PPS_ENCODER_NOT_INITIALIZED);
