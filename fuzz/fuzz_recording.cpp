@@ -101,9 +101,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     require(anonymous.anonymous && anonymous.entries.size() == recording->entries.size(), "nothing is left out");
     for (qsizetype i = 0; i < anonymous.entries.size(); ++i) {
         const bool isInvocation = anonymous.entries.at(i).kind == Kind::Invoked;
-        require(zelcore::contentOf(anonymous.entries.at(i).bytes, isInvocation).has_value() ==
-                    zelcore::contentOf(recording->entries.at(i).bytes, isInvocation).has_value(),
-                "what was in the form is, and nothing else");
+        require(!zelcore::contentOf(anonymous.entries.at(i).bytes, isInvocation) ||
+                    zelcore::contentOf(recording->entries.at(i).bytes, isInvocation),
+                "what was not in the form is not");
     }
     requireReadable(anonymous);
     playAsRecorded(*recording);
