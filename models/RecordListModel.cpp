@@ -85,7 +85,7 @@ bool RecordListModel::Private::insert(int row, const QList<QVariant>& added)
 bool RecordListModel::Private::remove(int first, int last)
 {
     return isLastAfter([&] {
-        q->beginRemoveRows({}, first, int(last));
+        q->beginRemoveRows({}, first, last);
         records.remove(first, last - first + 1);
         q->endRemoveRows();
     });
@@ -206,7 +206,7 @@ QHash<int, QByteArray> RecordListModel::roleNames() const
 int RecordListModel::rowOf(const QString& key) const
 {
     const int place = d->placeOf(key);
-    return d->isAt(place, key) ? int(place) : -1;
+    return d->isAt(place, key) ? place : -1;
 }
 
 int RecordListModel::role(const QByteArray& name) const

@@ -128,9 +128,11 @@ private:
             settle(record);
         const QList<Record> before = std::exchange(m_records, records);
         if (m_complete) {
-            post(split(before, records).others, m_removed);
-            post(split(records, before).others, m_added);
-            post(otherInTheirPlaces(split(before, records).common, split(records, before).common), m_updated);
+            const Parts old = split(before, records);
+            const Parts now = split(records, before);
+            post(old.others, m_removed);
+            post(now.others, m_added);
+            post(otherInTheirPlaces(old.common, now.common), m_updated);
         }
         m_events.deliver();
     }

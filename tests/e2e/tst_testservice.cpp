@@ -11,8 +11,6 @@
 #include <QtCore/QRegularExpression>
 #include <QtTest/QTest>
 
-#include <thread>
-
 using namespace vx::platform::zel;
 using namespace Qt::StringLiterals;
 
@@ -119,20 +117,6 @@ dat:json:{"listChange":{"type":"global","elements":[{"name":"permission","value"
         cleanup();
         init();
         QTRY_COMPARE(service.clientCount(), 0);
-    }
-
-    void remarksOnOtherThreads()
-    {
-        zelcore::TestService service;
-        service.addContact(u"Anna"_s);
-        Application application;
-        QVERIFY(application.hasExactly({u"Anna"_s}));
-        for (const QString& where : {u"Context"_s, u"whenReady"_s})
-            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(where + u": used from another thread"_s));
-        std::thread([&] {
-            application.context.requestRegisterApplicationSilent();
-            whenReady(&application.context, &application.box, [] {});
-        }).join();
     }
 
     void warnsOfAStateByAnotherName()

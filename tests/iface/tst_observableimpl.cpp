@@ -5,6 +5,8 @@
 
 #include <iface/Change.h>
 
+#include <algorithm>
+#include <deque>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -101,24 +103,20 @@ private Q_SLOTS:
     {
         constexpr int count = 5;
         int runs = 0;
-        for (bool isLast = false; !isLast; ++runs) {
-            int followed = 0;
-            int heard = 0;
-            bool isTold = false;
-            bool wasHeardByAll = false;
+        for (long left = -1; left < 0; ++runs) {
             std::thread([&] {
-                std::vector<Observables> all;
-                std::vector<std::unique_ptr<FunctionFollower>> followers;
+                int followed = 0;
+                int heard = 0;
+                bool isTold = false;
                 ObserverFunctorAdapter observer([&] { ++heard; });
+                std::deque<FunctionFollower> followers;
+                std::vector<Observables> all;
                 for (int i = 0; i < count; ++i) {
-                    all.emplace_back(new ObservableImpl);
-                    all.back()->addObserver(&observer);
-                    followers.push_back(std::make_unique<FunctionFollower>([&] { ++followed; }));
-                    followers.back()->follow(*all.back());
+                    all.emplace_back(new ObservableImpl)->addObserver(&observer);
+                    followers.emplace_back([&] { ++followed; }).follow(*all.back());
                 }
                 const auto changeAll = [&] {
-                    for (const Observables& observable : all)
-                        observable->notifyObservers();
+                    std::for_each(all.begin(), all.end(), [](auto& one) { one->notifyObservers(); });
                 };
                 all.front()->notifyObservers(); // what a thread makes once
                 followed = heard = 0;
@@ -128,15 +126,13 @@ private Q_SLOTS:
                 } catch (const std::bad_alloc&) {
                     isTold = true;
                 }
-                isLast = failing::left >= 0;
-                failing::left = -1;
-                wasHeardByAll = heard == count;
+                left = std::exchange(failing::left, -1);
+                QVERIFY(isTold != (heard == count));
                 heard = 0;
                 Round::together(changeAll);
+                QCOMPARE(followed, 2 * count);
+                QCOMPARE(heard, count);
             }).join();
-            QCOMPARE(followed, 2 * count);
-            QVERIFY(isTold != wasHeardByAll);
-            QCOMPARE(heard, count);
         }
         QVERIFY(runs > count);
     }

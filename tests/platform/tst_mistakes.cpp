@@ -48,7 +48,8 @@ private Q_SLOTS:
             const std::unique_ptr<QThread> thread(QThread::create([&] {
                 utils.requestEcoId(u"p"_s);
                 contacts.contactCount();
-                const Context context{QUuid()};
+                m_context->requestRegisterApplicationSilent();
+                whenReady(m_context.get(), this, [] {});
             }));
             thread->start();
             thread->wait();
@@ -75,18 +76,18 @@ private Q_SLOTS:
               {[&] { add(u"\r\n\n"_s, {}); }, "ProfileBox::requestAddItem: the text has more than 2"},
               {[&] { add(u"x"_s, QString(129, u'x')); }, "ProfileBox::requestAddItem: the cookie is too"},
               {[&] { addWithIcon(-1); }, "ProfileBox::requestAddItem: the icon id is negative"},
-              {[&] { addWithIcon(9); }, "ProfileBox::requestAddItem: no icon with this id is registered"},
+              {[&] { addWithIcon(0); }, "ProfileBox::requestAddItem: no icon with this id is registered"},
               {[&] { box.requestRemoveItem(u"-"_s); }, "ProfileBox::requestRemoveItem: there is no item with this id"},
               {[&] { icon(-1, "x"); }, "ProfileBox::requestRegisterIcon: the icon id is negative"},
-              {[&] { icon(1, {}); }, "ProfileBox::requestRegisterIcon: the icon is empty"},
+              {[&] { icon(1, ""); }, "ProfileBox::requestRegisterIcon: the icon is empty"},
               {[&] { icon(1, tooBig); }, "ProfileBox::requestRegisterIcon: the icon is too big"},
               {[&] { icon(8, "x"); }, "ProfileBox::requestRegisterIcon: an icon with this id is under way"},
               {[&] { icon(7, "x"); }, "ProfileBox::requestRegisterIcon: an icon with this id is registered already"},
               {[&] { box.requestRetrieveIcon(9); }, "ProfileBox::requestRetrieveIcon: no icon with this id"},
               {[&] { contacts.requestDisplayPicture({}); }, "ContactService::requestDisplayPicture: no contact has"},
               {[&] { utils.requestEcoIdStatus({}); }, "Utils::requestEcoIdStatus: the identifier is empty"},
-              {elsewhere,
-               "Utils: used from another|ContactService: used from another|Context: used from another thread"}});
+              {elsewhere, "Utils: used from another|ContactService: used from another|Context: used from another|"
+                          "is registered already|whenReady: used from another thread"}});
         play(u"permission showAppBox off"_s);
         tell({{[&] { add(u"x"_s, {}); }, "ProfileBox::requestAddItem: the user does not allow"}});
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <common/ServiceOptions.h>
 
+#include <common/Manual.h>
 #include <common/Root.h>
 
 #include <zelcore/Simulator.h>
@@ -31,6 +32,17 @@ const QCommandLineOption recordOption(u"record"_s,
 QList<QCommandLineOption> ServiceOptions::all()
 {
     return {rootOption, scenarioOption, contactsOption, seedOption, pausedOption, recordOption};
+}
+
+void ServiceOptions::describe(Manual& manual)
+{
+    manual.values.insert(u"--scenario"_s, zelcore::Simulator::scenarioNames());
+    manual.environment.prepend({u"XDG_RUNTIME_DIR"_s, u"without --root it serves below zelplatform in this folder, or "
+                                                      "in ~/.cache without the variable"_s});
+    manual.files =
+        QList<Manual::Entry>{{u"DIR/services/zelcore/platform"_s, u"the socket for applications"_s},
+                             {u"DIR/services/invocation/TARGET"_s, u"the sockets for invitations and chats"_s}} +
+        manual.files;
 }
 
 QString ServiceOptions::emptyAmong(const QList<QCommandLineOption>& options, const QCommandLineParser& parser)

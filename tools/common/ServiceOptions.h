@@ -13,6 +13,8 @@ class Simulator;
 
 namespace zeltools {
 
+struct Manual;
+
 /// What every program that is a core service may be told on its command line, and what it begins with.
 struct ServiceOptions
 {
@@ -24,6 +26,8 @@ struct ServiceOptions
     QString record;
 
     static QList<QCommandLineOption> all();
+    /// Adds the values, variables and files that every core service has to what \a manual says of its own.
+    static void describe(Manual& manual);
     /// A sentence when one of \a options is given and says nothing; empty when none is.
     static QString emptyAmong(const QList<QCommandLineOption>& options, const QCommandLineParser& parser);
     /// Takes over what a parser that knows these, and maybe others, has found. A sentence for what cannot be meant;

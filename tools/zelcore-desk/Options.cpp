@@ -25,7 +25,7 @@ QList<QCommandLineOption> Options::all()
 
 zeltools::Manual Options::manual()
 {
-    return {
+    zeltools::Manual manual{
         .program = u"zelcore-desk"_s,
         .synopsis = u"[OPTION ...] [-- APPLICATION ...]"_s,
         .purpose = u"the control room of a simulated core service"_s,
@@ -34,16 +34,13 @@ zeltools::Manual Options::manual()
             "PPS_ROOT set to its folder; one that is named here runs beside it, and ends with it. Scenarios: %1."_s.arg(
                 zelcore::Simulator::scenarioNames().join(", "_L1)),
         .options = zeltools::Manual::entriesOf(all()) + zeltools::Manual::ownOptions(),
-        .values = {{u"--scenario"_s, zelcore::Simulator::scenarioNames()}},
         .statuses = {{u"0"_s, u"it was told to end"_s},
                      {u"1"_s,
                       u"it cannot serve, or a picture that was asked for failed or lacks what it was to show"_s},
                      {u"2"_s, u"wrong use"_s}},
-        .environment = {{u"XDG_RUNTIME_DIR"_s, u"without --root it serves below zelplatform in this folder, or in "
-                                               "~/.cache without the variable"_s},
-                        {u"QT_QUICK_CONTROLS_STYLE"_s, u"how controls look, Fusion without it"_s}},
-        .files = {{u"DIR/services/zelcore/platform"_s, u"the socket for applications"_s},
-                  {u"DIR/services/invocation/TARGET"_s, u"the sockets for invitations and chats"_s}}};
+        .environment = {{u"QT_QUICK_CONTROLS_STYLE"_s, u"how controls look, Fusion without it"_s}}};
+    zeltools::ServiceOptions::describe(manual);
+    return manual;
 }
 
 QString Options::read(const QCommandLineParser& parser)

@@ -181,17 +181,13 @@ zeltools::Manual manualOf(const QList<QCommandLineOption>& options)
             u"It serves applications that run with PPS_ROOT set to its folder, and takes commands on standard input: "
             "\"help\" lists them. Scenarios: %1."_s.arg(zelcore::Simulator::scenarioNames().join(", "_L1)),
         .options = zeltools::Manual::entriesOf(options) + zeltools::Manual::ownOptions(),
-        .values = {{u"--scenario"_s, zelcore::Simulator::scenarioNames()}},
         .statuses = {{u"0"_s, u"it was told to end"_s},
                      {u"1"_s, u"it cannot serve, or a file cannot be read or written"_s},
                      {u"2"_s, u"wrong use"_s}},
-        .environment = {{u"XDG_RUNTIME_DIR"_s, u"without --root it serves below zelplatform in this folder, or in "
-                                               "~/.cache without the variable"_s},
-                        {u"XDG_STATE_HOME"_s, u"where the lines are kept that are typed, ~/.local/state without it"_s}},
+        .environment = {{u"XDG_STATE_HOME"_s, u"where the lines are kept that are typed, ~/.local/state without it"_s}},
         .files = {
-            {u"DIR/services/zelcore/platform"_s, u"the socket for applications"_s},
-            {u"DIR/services/invocation/TARGET"_s, u"the sockets for invitations and chats"_s},
             {u"$XDG_STATE_HOME/zelplatform/zelcore-sim-history"_s, u"the lines that it was told at a terminal"_s}}};
+    zeltools::ServiceOptions::describe(manual);
     manual.lines = describedCommands(&manual.aboutLines);
     return manual;
 }
