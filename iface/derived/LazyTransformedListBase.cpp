@@ -77,8 +77,8 @@ QVariant LazyTransformedListBase::item(int index) const
     Entry* const kept = entry(index);
     if (!kept || kept->m_isUnmade)
         return self->compute(index);
-    // Only the map that is being asked finds one that is dirty.
-    if (kept->isDirty() && m_depth > 0 && !isTooDeep()) {
+    // The map that is being asked finds one that is dirty. Before the list's turn all may be forgotten meanwhile.
+    if (kept->isDirty() && m_depth > 0 && isTaking() && !isTooDeep()) {
         self->deriveAnew(*kept);
         return entry(index) == kept && !kept->m_isUnmade ? valueOf(*kept) : self->compute(index);
     }

@@ -303,7 +303,7 @@ private:
     /// Reads what may be in the midst of taking in what this is asked for. So it may be anything yet, but not for good.
     void glance()
     {
-        if (m_glancesLeft == 0 || m_isGlancing || any(0, 2) > 0)
+        if (m_glancesLeft == 0 || any(0, 2) > 0)
             return;
         --m_glancesLeft;
         const QScopedValueRollback<bool> glancing(m_isGlancing, true);
