@@ -151,16 +151,14 @@ bool LazyTransformedListBase::keep(int index, Entry* made)
         if (before != generation())
             return false;
     }
-    const Entry* const other = entry(index);
+    Entry* const other = entry(index);
     if (other && (!other->m_isUnmade || m_depth > 1))
         return false;
-    if (other) {
-        made->m_isUntold = true;
-        forget(index);
-    }
+    made->m_isUntold = other != nullptr;
     enterKey(*made);
     m_places.setItem(index, made);
     m_places.setMarked(index, true);
+    destroy(other); // last: that may run anything
     return true;
 }
 
