@@ -408,12 +408,18 @@ private Q_SLOTS:
         const EditableListPointer<int> keys(new EditableList<int>);
         const QExplicitlySharedDataPointer<PlainMap<int, int>> map(new PlainMap<int, int>);
         map->contents = {{7, 70}, {8, 80}};
-        const CachedObservableList<int> all(TransformedObservableList::create<int, int, iEqual<int>, ThrowingHash>(
-            ObservableList<int>(keys.data()), ObservableMap<int, int>(map.data()),
-            Transformed<int, int>::KeepsEverything));
+        const auto list = TransformedObservableList::create<int, int, iEqual<int>, ThrowingHash>(
+            ObservableList<int>(keys.data()), ObservableMap<int, int>(map.data()));
+        CachedObservableList<int> all(list);
         QVERIFY_THROWS_EXCEPTION(int, keys->append(7));
         keys->append(8);
         QCOMPARE(all.toList(), (Items{70, 80}));
+        all.setInput({});
+        ThrowingHash::times = 0;
+        QVERIFY_THROWS_EXCEPTION(int, keys->update(1, 7));
+        keys->update(1, 7);
+        map->set({{7, 71}});
+        QCOMPARE(list[1], 71);
     }
 
     void mayBeReadByTheMapThatMakesThem()

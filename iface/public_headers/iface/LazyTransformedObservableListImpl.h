@@ -96,7 +96,7 @@ bool LazyTransformedObservableListImpl<K, V, Eq, Hash>::deriveKey(Entry& entry, 
 {
     auto& item = static_cast<ItemInfo&>(entry);
     K key = inputItem.value<K>();
-    if (item.key == key)
+    if (item.is_linked() && item.key == key)
         return false;
     m_index.remove(item);
     item.key = std::move(key);
