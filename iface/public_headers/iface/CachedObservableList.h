@@ -9,7 +9,7 @@
 
 #include <boost/function.hpp>
 
-#include <deque>
+#include <list>
 #include <utility>
 
 namespace iface {
@@ -75,7 +75,7 @@ private:
     void callFunction(const Taken& taken);
 
     QList<T> m_copy;
-    std::deque<Taken> m_untold; ///< to the functions
+    std::list<Taken> m_untold; ///< to the functions; nodes, since what copies an item may run anything
     ItemFunction m_addFunction;
     ItemFunction m_removeFunction;
     UpdateFunction m_updateFunction;
@@ -176,9 +176,9 @@ void CachedObservableList<T>::callFunctions()
     const Hold hold(*this);
     detail::FirstException thrown;
     while (hold.isAlive() && !m_untold.empty()) {
-        const Taken taken = std::move(m_untold.front());
-        m_untold.pop_front();
-        thrown.guard([&] { callFunction(taken); });
+        std::list<Taken> told;
+        told.splice(told.begin(), m_untold, m_untold.begin());
+        thrown.guard([&] { callFunction(told.front()); });
     }
     thrown.rethrow();
 }
