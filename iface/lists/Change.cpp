@@ -9,8 +9,8 @@ namespace iface {
 
 namespace {
 
-/// Each is asked through the one before it.
-constexpr int MostComposed = 1000;
+/// Each is asked through the one before it, for every item: many cost more than taking everything in anew.
+constexpr int MostComposed = 100;
 
 /// Two changes in a row, each of which moved items.
 class ComposedMapper : public ObservableListImpl::IndexMapper

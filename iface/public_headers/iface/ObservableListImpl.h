@@ -24,7 +24,7 @@ namespace iface {
 ///
 /// IndexesChanged moves items and leaves them what they were; an item that changed as well is announced as updated,
 /// too. That an item is announced as updated need not mean that it differs. Several changes of
-/// which nobody has been told yet are announced as one: as IndexesChanged if all were moves, and a thousand at most; as
+/// which nobody has been told yet are announced as one: as IndexesChanged if all were moves, and a hundred at most; as
 /// DataChanged, or an update of the one item, if all were updates; else as a Reset.
 class ZEL_EXPORT ObservableListImpl : public ObservableImpl
 {
