@@ -57,11 +57,12 @@ public:
     {
         if (m_contents == contents)
             return false;
-        // What was there goes last: that may run anything.
+        // What there may be no memory for comes first, and what was there goes last: that may run anything.
+        V shown = m_value ? contents : V();
         V before = contents;
         std::swap(m_contents, before);
         if (m_value)
-            m_value->setValue(contents);
+            m_value->setValue(std::move(shown));
         return true;
     }
     void notifyObservers()
