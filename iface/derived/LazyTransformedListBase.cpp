@@ -172,16 +172,13 @@ void LazyTransformedListBase::registerRead() const
     ObservableTracker::getterCalled(input().data());
 }
 
-void LazyTransformedListBase::forget(int index)
-{
-    m_places.setMarked(index, false);
-    destroy(static_cast<Entry*>(m_places.setItem(index, nullptr)));
-}
-
 void LazyTransformedListBase::forgetAll()
 {
-    while (m_places.markedCount() > 0)
-        forget(m_places.select(m_places.markedCount() - 1));
+    while (m_places.markedCount() > 0) {
+        const int index = m_places.select(m_places.markedCount() - 1);
+        m_places.setMarked(index, false);
+        destroy(static_cast<Entry*>(m_places.setItem(index, nullptr)));
+    }
 }
 
 void LazyTransformedListBase::destroy(Entry* entry)

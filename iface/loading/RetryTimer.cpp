@@ -35,18 +35,13 @@ void RetryTimer::stop()
         m_clock->cancel(std::exchange(m_timer, 0));
 }
 
-void RetryTimer::wait()
-{
-    m_timer = m_clock->callLater(m_delay, [this] { remind(); });
-}
-
 void RetryTimer::remind()
 {
     m_timer = 0;
     m_delay = std::min(2 * m_delay, LongestDelay);
     // Without memory for the next time it is done once more all the same.
     detail::FirstException thrown;
-    thrown.guard([this] { wait(); });
+    thrown.guard([this] { m_timer = m_clock->callLater(m_delay, [this] { remind(); }); });
     // A copy, called last: the reminder may destroy this.
     const boost::function<void()> reminder = m_reminder;
     thrown.guard(reminder);

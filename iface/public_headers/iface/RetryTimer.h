@@ -29,7 +29,6 @@ public:
 
 private:
     Q_DISABLE_COPY_MOVE(RetryTimer)
-    void wait();
     void remind();
 
     boost::function<void()> m_reminder;

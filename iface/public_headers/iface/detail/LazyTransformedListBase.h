@@ -89,7 +89,6 @@ private:
     bool keep(int index, Entry* made);
     void deriveAnew(Entry& entry);
     bool deriveParts(Entry& entry, int index);
-    void forget(int index);
     void forgetAll();
     void destroy(Entry* entry);
 
