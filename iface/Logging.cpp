@@ -53,7 +53,8 @@ QString filterFilename(const char* path)
 
 bool loggingEnabled(const char* file, LogLevel::Type level, LogCategory::Type)
 {
-    return level >= settings().level && settings().filenameFilter.exactMatch(filterFilename(file));
+    // As a copy, since to match is to write to it: the log may be used from any thread.
+    return level >= settings().level && QRegExp(settings().filenameFilter).exactMatch(filterFilename(file));
 }
 
 void writeLogLine(const char* file, int line, const QString& message)

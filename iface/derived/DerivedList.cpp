@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <iface/detail/DerivedList.h>
 
-#include "observables/MostRuns.h"
-#include "observables/RoundState.h"
+#include "rounds/MostRuns.h"
+#include "rounds/RoundState.h"
 
 #include <iface/Logging.h>
 #include <iface/ObservableTracker.h>
@@ -126,8 +126,8 @@ void DerivedList::itemThrew()
 
 DerivedList::Hold DerivedList::catchUp() const
 {
-    // It is busy when what it reads hangs on itself. Whoever reads it then has it as it was, and another list, through
-    // whatever lies between, with places that are still to move: what is made of that is made again in the end.
+    // It can be read while it takes a change in, if its filter or its map reads something made of it. The reader gets
+    // what it was, or places that are still to move. That is noted, and whoever used it takes everything in again.
     if (m_isBusy && (m_isBehind || (isTaking() && t_inputReads >= m_takingFrom))) {
         m_isHalfRead = true;
         ++t_halfReads;

@@ -2,7 +2,7 @@
 #include <iface/detail/FilteredListBase.h>
 
 #include "derived/IndexTranslation.h"
-#include "observables/Dependencies.h"
+#include "tracking/Dependencies.h"
 
 #include <iface/ObservableTracker.h>
 #include <iface/PrecomputedMapper.h>

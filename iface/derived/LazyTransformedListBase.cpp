@@ -2,7 +2,7 @@
 #include <iface/detail/LazyTransformedListBase.h>
 
 #include "derived/IndexTranslation.h"
-#include "observables/MostRuns.h"
+#include "rounds/MostRuns.h"
 
 #include <iface/Logging.h>
 #include <iface/ObservableTracker.h>
@@ -140,7 +140,8 @@ QVariant LazyTransformedListBase::compute(int index)
     return index < m_places.size() ? value : QVariant();
 }
 
-/// Not while the list takes something in, or if the item is kept meanwhile, or may be being derived further down.
+/// Not while the list takes something in, nor if the item is there meanwhile, nor where a call below this one on the
+/// stack may be deriving it.
 bool LazyTransformedListBase::keep(int index, Entry* made)
 {
     if (isTaking())

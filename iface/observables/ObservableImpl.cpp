@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <iface/ObservableImpl.h>
 
-#include "observables/RoundState.h"
+#include "rounds/RoundState.h"
 
 #include <iface/Change.h>
 #include <iface/ObservableMapImplBase.h>
@@ -32,31 +32,6 @@ const QMetaMethod& particularSignal(Change::Kind kind)
 } // namespace
 
 Observable::~Observable() = default;
-
-Follower::~Follower()
-{
-    detach();
-}
-
-void Follower::follow(const ObservableImpl& observable)
-{
-    detach();
-    m_observable = &observable;
-    m_previous = observable.m_lastFollower;
-    (m_previous ? m_previous->m_next : observable.m_firstFollower) = this;
-    observable.m_lastFollower = this;
-}
-
-void Follower::detach()
-{
-    if (!m_observable)
-        return;
-    (m_previous ? m_previous->m_next : m_observable->m_firstFollower) = m_next;
-    (m_next ? m_next->m_previous : m_observable->m_lastFollower) = m_previous;
-    m_observable = nullptr;
-    m_previous = nullptr;
-    m_next = nullptr;
-}
 
 ObservableImpl::Hold::Hold(const ObservableImpl& observable)
     : m_counted(observable.ref.loadRelaxed() > 0 ? &observable : nullptr)

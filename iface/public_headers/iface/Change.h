@@ -16,7 +16,7 @@ struct ZEL_EXPORT Change
 
     enum Kind {
         None,
-        Plain, ///< something did
+        Plain, ///< changed, and nothing more is known
         Keys,  ///< of a map, under known keys
         Added, ///< an item of a list, and so on
         Updated,

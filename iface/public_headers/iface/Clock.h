@@ -15,7 +15,8 @@ class ZEL_EXPORT Clock
 public:
     virtual ~Clock();
 
-    /// Has `function` called once, `msecs` milliseconds from now, and returns an id above 0.
+    /// Has `function` called once, `msecs` milliseconds from now, and returns an id above 0; 0 on a thread without
+    /// an event dispatcher, where nothing is ever called.
     virtual int callLater(int msecs, const boost::function<void()>& function) = 0;
     /// Takes that back. An id that has had its call, or is not known, does nothing.
     virtual void cancel(int id) = 0;

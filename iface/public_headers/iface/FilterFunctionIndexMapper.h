@@ -9,7 +9,7 @@ namespace iface {
 /// dropped out and came in, and those that stayed kept their order.
 ///
 /// It holds only what was dropped and what came in, so a single item that turns costs the same in a list of any
-/// length. A value that outlives its list.
+/// length. It may outlive its list.
 template <class T>
 using FilterFunctionIndexMapper = detail::FlipMapper;
 

@@ -7,7 +7,7 @@ namespace iface {
 
 /// The mapper of one move: the item was taken out at `from` and put back at `to`; the others close up and make room.
 /// It knows no length, so any index from 0 maps.
-class ZEL_EXPORT ItemMovedMapper : public ObservableListImpl::IndexMapper
+class ZEL_EXPORT ItemMovedMapper final : public ObservableListImpl::IndexMapper
 {
 public:
     ItemMovedMapper(int from, int to);

@@ -23,11 +23,11 @@ namespace iface {
 /// Hands out observable values for keys whose contents have to be fetched, and fetches them in batches.
 ///
 /// What is asked for in one turn of the event loop is requested together in a later one, in the order asked for, at
-/// most BatchLimit keys at a time and one batch after the other. The owner gives a function that sends a request and
-/// stores what comes with store(). When an answer has come whole it calls takeAnswered(), requestNext(), store() for
-/// what the answer brought, and settle(), in this order; or, having stored everything, just updateDone(). A request
-/// that gets no answer is sent again after 30 seconds, and then ever more rarely (see RetryTimer), for what has not
-/// come meanwhile; its clock stands still from takeAnswered() on.
+/// most as many keys at a time as the constructor is told and one batch after the other. The owner gives a function
+/// that sends a request and stores what comes with store(). When an answer has come whole it calls takeAnswered(),
+/// requestNext(), store() for what the answer brought, and settle(), in this order; or, having stored everything, just
+/// updateDone(). A request that gets no answer is sent again after 30 seconds, and then ever more rarely (see
+/// RetryTimer), for what has not come meanwhile; its clock stands still from takeAnswered() on.
 ///
 /// Shared by reference count, or a member of its owner. Values outlive the loader as long as somebody holds them; they
 /// then stay as they are. One thread. Observers of a value, and the load function, may ask for keys, store, end the
@@ -94,8 +94,8 @@ public:
     /// being stored, otherwise, or if the other side answers before the function has returned, soon. A key that the
     /// answer brings unasked may be requested again.
     void requestNext();
-    /// What the answer brought has been stored: whatever of the batch did not come keeps its contents, and is asked for
-    /// again like what has no answer, until it comes or an answer to nothing else brings nothing.
+    /// What the answer brought has been stored. Keys of the batch that it left out keep their contents and are asked
+    /// for again, until they come or an empty answer arrives while no request is open.
     void settle(const Batch& answered);
 
     /// Asks again for every key there is, in one request: contents may be out of date. It goes out once more like any

@@ -10,7 +10,8 @@ template <class K, class V>
 class LazyLoaderEntry;
 } // namespace detail
 
-/// What a LazyLoader holds under one key, for those who observe it. It is made when the first of them asks.
+/// What a LazyLoader holds under one key, for those who observe it. It is made when the first of them asks, and set by
+/// the loader's store(): what is set here directly the loader does not know of.
 template <class K, class V>
 class LazyLoaderValue : public WritableObservableValue<V>
 {

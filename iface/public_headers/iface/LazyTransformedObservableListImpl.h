@@ -17,11 +17,13 @@ namespace iface {
 /// A list of keys seen through a map: the item at an index is the map's value for the key at that index.
 ///
 /// An item is computed when it is first read, and kept. Once `cacheLimit` items are kept, the next new one has all of
-/// them forgotten first. A change of the map under the key of a kept item, or of its key, has the item computed again,
-/// and it is announced if it is another by `Eq`; so is a wholesale change of the key list that leaves its length. An
-/// item that nobody has read is not computed and cannot be seen to change; one that was forgotten likewise. A list made
-/// with KeepsEverything forgets nothing, and so announces every change of every item that anybody ever read; whoever
-/// tracks reads of any other list comes to depend on its whole map and its key list instead.
+/// them forgotten first. A change of the map under the key of a kept item has the item computed again, and it is
+/// announced if it is another by `Eq`. A changed key has it computed again, too, and is announced in any case; so is a
+/// wholesale change of the key list that leaves its length, and one with a mapper is passed on. An item that nobody has
+/// read is not computed and cannot be seen to change; one that was forgotten likewise. A list made with KeepsEverything
+/// forgets nothing, and so announces every change of every item that anybody ever read, unless its key list forgets:
+/// what that does not announce this one does not hear of. Whoever tracks reads of any other list comes to depend on its
+/// whole map and its key list as well.
 ///
 /// It hears of the map what the map announces under keys. A change without keys reaches plain observers of the map
 /// alone, and not this list.

@@ -15,7 +15,7 @@ struct LogLevel
 
 struct LogCategory
 {
-    enum Type { General = 0 };
+    enum Type : int { General = 0 };
 };
 
 /// Messages below this level are not written; Info at first. All settings hold for the whole process and are not

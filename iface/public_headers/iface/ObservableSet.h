@@ -12,7 +12,7 @@ namespace iface {
 
 /// What a tracked computation read: observables without duplicates, in the order in which they were first read.
 ///
-/// The set keeps what it holds alive. A value of one thread.
+/// The set keeps what it holds alive. For one thread.
 class ZEL_EXPORT ObservableSet : public ReadRecorder
 {
 public:

@@ -12,14 +12,15 @@ namespace iface {
 
 /// Records which observables a piece of code reads.
 ///
-/// Every getter of every observable calls getterCalled(); while runAndMonitor() runs something on the same thread, that
-/// is recorded, and otherwise it costs a look at one thread-local pointer. Each tracked computation sees only its own
+/// Handles of lists and maps, getValue() and toList() call getterCalled(), and what they are implemented with does not;
+/// while runAndMonitor() runs something on the same thread, that is recorded, and otherwise it costs a look at one
+/// thread-local pointer. Each tracked computation sees only its own
 /// reads: those of a computation nested in it are not added to it. Announcements suspend tracking, so reactions of
 /// observers are no dependencies; code that reads without depending says so with runUntracked().
 class ZEL_EXPORT ObservableTracker
 {
 public:
-    /// To be called by every getter. Observables that nobody counts are passed over.
+    /// To be called by what observables are read through. Observables that nobody counts are passed over.
     static void getterCalled(const Observable* observable);
 
     /// What takes note of this thread's reads; null when nothing is tracked.

@@ -88,10 +88,10 @@ private:
     const QPointer<const QObject> m_self{this}; ///< so that a Hold needs no memory
     Change m_pending;
     unsigned m_generation = 0;
-    unsigned m_settledAt = 0; ///< the number of lists that had come to be behind when what this one reads was last not
+    unsigned m_settledAt = 0; ///< t_timesBehind when all that this list reads was last up to date
     unsigned m_countedIn = 0; ///< where m_takes counts
     int m_takes = 0;
-    int m_takingFrom = 0; ///< while take() runs: how many lists read inputs once one does so for its sake
+    int m_takingFrom = 0; ///< while take() runs: a read at this depth of inputs, or deeper, is made for its sake
     DerivedList* m_previousInLine = nullptr; ///< of those behind
     DerivedList* m_nextInLine = nullptr;
     bool m_isInLine = false;

@@ -7,6 +7,7 @@
 #include <QtCore/QExplicitlySharedDataPointer>
 #include <QtCore/QSharedData>
 
+#include <optional>
 #include <utility>
 
 namespace iface::detail {
@@ -58,11 +59,13 @@ public:
         if (m_contents == contents)
             return false;
         // What there may be no memory for comes first, and what was there goes last: that may run anything.
-        V shown = m_value ? contents : V();
+        std::optional<V> shown;
+        if (m_value)
+            shown = contents;
         V before = contents;
         std::swap(m_contents, before);
-        if (m_value)
-            m_value->setValue(std::move(shown));
+        if (shown)
+            m_value->setValue(std::move(*shown));
         return true;
     }
     void notifyObservers()

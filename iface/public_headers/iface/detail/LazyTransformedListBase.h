@@ -34,7 +34,7 @@ protected:
         DirtyHook m_dirtyHook;
         bool m_isKeyDirty = false; ///< its key may be another, too
         bool m_isUnmade = false;   ///< it has no value: the map threw, or the input, and then it has no key either
-        bool m_isUntold = false;   ///< whoever has read it since the map threw knows its value, and others do not
+        bool m_isUntold = false;   ///< made again since the map threw: who read it knows its value, and nobody was told
     };
 
     /// The subclass keeps the map alive; either may be null.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "observables/Dependencies.h"
+#include "tracking/Dependencies.h"
 
 #include <iface/QApplicationRealm.h>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <iface/Round.h>
 
-#include "observables/MonitoredRun.h"
-#include "observables/RoundState.h"
+#include "tracking/MonitoredRun.h"
+#include "rounds/RoundState.h"
 
 #include <iface/ObservableImpl.h>
 #include <iface/ObservableTracker.h>

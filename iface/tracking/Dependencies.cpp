@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "observables/Dependencies.h"
+#include "tracking/Dependencies.h"
 
 #include <iface/Follower.h>
 #include <iface/ObservableListImpl.h>

@@ -48,8 +48,9 @@ struct Round::State
 /// How often one has come to be behind.
 [[gnu::tls_model("initial-exec")]] extern constinit thread_local unsigned t_timesBehind;
 
-/// While a list is brought up to date, which may take reading others. A function that makes changes may read as often
-/// as it likes: only what one read leads to is counted.
+/// While a list is brought up to date, which may take reading others. How often a list may take something in is counted
+/// once for a round, but within together() anew for each outermost read: a function that makes changes may read as
+/// often as it likes.
 class Round::Settling
 {
 public:

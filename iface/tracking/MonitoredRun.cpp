@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "observables/MonitoredRun.h"
+#include "tracking/MonitoredRun.h"
 
-#include "observables/MostRuns.h"
-#include "observables/RoundState.h"
+#include "rounds/MostRuns.h"
+#include "rounds/RoundState.h"
 
 #include <iface/Logging.h>
-#include <iface/ObservableMonitor.h>
+#include <iface/ObserverImpl.h>
 #include <iface/ObservableTracker.h>
 #include <iface/Round.h>
-#include <iface/RunUntilTrue.h>
 #include <iface/detail/FirstException.h>
 
 #include <QtCore/QScopeGuard>
@@ -143,52 +142,6 @@ void MonitoredRun::close()
     leaveRound();
     if (!m_running)
         letGo();
-}
-
-// The two that share it.
-
-ObservableMonitor::ObservableMonitor(boost::function<void()> function, QObject* parent, const QString& name,
-                                     bool runAtOnce)
-    : ObserverImpl(parent)
-    , d(std::make_shared<MonitoredRun>(
-          this,
-          [function = std::move(function)] {
-              function();
-              return false;
-          },
-          "ObservableMonitor.h", 116))
-{
-    setObjectName(name);
-    if (runAtOnce)
-        d->schedule();
-}
-
-ObservableMonitor::~ObservableMonitor()
-{
-    d->close();
-}
-
-void ObservableMonitor::handleObservableChanged()
-{
-    d->handleChange();
-}
-
-RunUntilTrue::RunUntilTrue(boost::function<bool()> function, QObject* parent, const QString& name)
-    : ObserverImpl(parent)
-    , d(std::make_shared<MonitoredRun>(this, std::move(function), "RunUntilTrue.h", 88))
-{
-    setObjectName(name);
-    d->schedule();
-}
-
-RunUntilTrue::~RunUntilTrue()
-{
-    d->close();
-}
-
-void RunUntilTrue::handleObservableChanged()
-{
-    d->handleChange();
 }
 
 } // namespace iface
