@@ -36,7 +36,13 @@ TestCase {
             ContactListModel { id: contacts; context: context }
             ContactFilterModel { id: filter; sourceModel: contacts }
             ProfileBoxModel { id: items; context: context }
-            ProfileBox { id: box; context: context }
+            ProfileBox {
+                id: box
+                property string told
+                context: context
+                onItemAdded: told += "added "
+                onItemRemoved: told += "removed"
+            }
             Utils { id: utils; context: context }
             ApplicationPermissions { id: permissions; context: context }
             FollowedContact { id: anna; context: context; handle: "anna" }
@@ -241,7 +247,7 @@ TestCase {
         compare([item.text, item.cookie, item.iconId], ["Level 7", "cookie", 7])
         verify(app.box.requestRemoveItem(item.id))
         tryCompare(app.items, "count", 0)
-        compare(world.refusals(), [])
+        compare([app.box.told, world.refusals()], ["added removed", []])
     }
 
     Component { id: ecoComponent; EcoContact {} }
