@@ -189,8 +189,8 @@ void SimulatorPrivate::connectReplay()
     QObject::connect(replay.get(), &Replay::goAwayDue, q, [this] { goAway(); });
     QObject::connect(replay.get(), &Replay::comeBackDue, q, [this] {
         QString problem;
-        if (!comeBack(&problem))
-            refuse(problem);
+        comeBack(&problem);
+        accepted(problem);
     });
 }
 
@@ -310,9 +310,7 @@ bool SimulatorPrivate::comeBack(QString* error)
 
 void SimulatorPrivate::reset()
 {
-    const bool serves = running && !away;
-    if (serves)
-        goAway();
+    goAway(); // where it serves
     if (clientlibrary::isConnectedTo(root))
         clientlibrary::letGo(); // of an application of this process that is gone
     endReplay();
@@ -323,7 +321,7 @@ void SimulatorPrivate::reset()
     for (const QString& target : InvocationTargets::names())
         accepted(targets.setState(target, Simulator::TargetState::Taking));
     server.setReading(true);
-    activity.set(Simulator::Activity::Mixed, 0, 1);
+    activity.set(Simulator::Activity::Mixed, 0);
     timeline.setSteps({});
     if (running) {
         QString problem;

@@ -59,11 +59,11 @@ QByteArray readBytes(MemberReader& reader)
 {
     if (!reader.has(u"base64"_s))
         return reader.text(u"text"_s).toUtf8();
-    const auto decoded =
-        QByteArray::fromBase64Encoding(reader.text(u"base64"_s).toLatin1(), QByteArray::AbortOnBase64DecodingErrors);
-    if (!decoded || decoded.decoded.isEmpty())
+    const QByteArray decoded =
+        QByteArray::fromBase64(reader.text(u"base64"_s).toLatin1(), QByteArray::AbortOnBase64DecodingErrors);
+    if (decoded.isEmpty())
         reader.complain(u"base64"_s, u"is no base64 text"_s);
-    return decoded.decoded;
+    return decoded;
 }
 
 void readHeader(MemberReader reader, Recording* recording)

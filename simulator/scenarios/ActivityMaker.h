@@ -21,7 +21,7 @@ public:
     /// \a world must outlive it; \a invite is called with the user id of who invites.
     ActivityMaker(World& world, std::function<void(const QString&)> invite, QObject* parent = nullptr);
 
-    void set(Simulator::Activity activity, double perSecond, quint32 seed);
+    void set(Simulator::Activity activity, double perSecond, quint32 seed = 1);
     /// Nothing happens while paused; the rate stays set.
     void setPaused(bool paused);
 

@@ -16,7 +16,8 @@ namespace {
 /// all their names in full would take the square of what the text does.
 constexpr qsizetype longestName = 200;
 
-/// Walks through a text that has been parsed before, so that nothing in it surprises.
+/// Walks through the text of an object that has been parsed before, so that nothing in it surprises: whatever begins
+/// ends in it.
 class LineFinder
 {
 public:
@@ -32,16 +33,16 @@ public:
 private:
     char next()
     {
-        for (; m_at < m_json.size() && QByteArrayView(" \t\r\n,:").contains(m_json.at(m_at)); ++m_at)
+        for (; QByteArrayView(" \t\r\n,:").contains(m_json.at(m_at)); ++m_at)
             m_line += m_json.at(m_at) == '\n';
-        return m_at < m_json.size() ? m_json.at(m_at) : ' ';
+        return m_json.at(m_at);
     }
 
     /// With its quotes.
     QByteArray string()
     {
         const qsizetype start = m_at++;
-        for (; m_at < m_json.size() && m_json.at(m_at) != '"'; ++m_at)
+        for (; m_json.at(m_at) != '"'; ++m_at)
             m_at += m_json.at(m_at) == '\\';
         ++m_at;
         return m_json.mid(start, m_at - start);
@@ -57,7 +58,7 @@ private:
         else if (first == '{' || first == '[')
             elements(name, first == '{');
         else
-            while (m_at < m_json.size() && !QByteArrayView(" \t\r\n,]}").contains(m_json.at(m_at)))
+            while (!QByteArrayView(" \t\r\n,]}").contains(m_json.at(m_at)))
                 ++m_at;
     }
 
@@ -65,7 +66,7 @@ private:
     {
         ++m_at;
         QSet<QString> keys;
-        for (int i = 0; next() != (isObject ? '}' : ']') && m_at < m_json.size(); ++i) {
+        for (int i = 0; next() != (isObject ? '}' : ']'); ++i) {
             if (!isObject) {
                 value(u"%1[%2]"_s.arg(name, QString::number(i)).left(longestName));
                 continue;

@@ -89,7 +89,7 @@ Answer setRate(SimulatorPrivate& simulator, const QStringList& args)
                                                      {u"installs"_s, Activity::Installs},
                                                      {u"uninstalls"_s, Activity::Uninstalls},
                                                      {u"invitations"_s, Activity::Invitations}};
-    simulator.activity.set(activities.value(args.value(1), Activity::Mixed), args.first().toDouble(), 1);
+    simulator.activity.set(activities.value(args.value(1), Activity::Mixed), args.first().toDouble());
     return {};
 }
 

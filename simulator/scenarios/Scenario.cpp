@@ -60,10 +60,7 @@ public:
     }
 
 private:
-    void add(const QString& place, const QStringList& words)
-    {
-        m_steps->append({place, QString(), m_whose + words, 0, false});
-    }
+    void add(const QString& place, const QStringList& words) { m_steps->append({place, QString(), m_whose + words}); }
 
     void addWord(MemberReader& reader, const QString& key, const QStringList& command)
     {

@@ -14,9 +14,8 @@ std::optional<Addressee> Addressee::of(const QString& application, QString* prob
 
 std::optional<Addressee> Addressee::one(const QString& application, QString* problem)
 {
-    bool isNumber = false;
-    const int number = application.toInt(&isNumber);
-    if (isNumber && number > 0)
+    const int number = application.toInt();
+    if (number > 0)
         return Addressee{number, QString()};
     if (!QUuid::fromString(application).isNull())
         return Addressee{0, application.toLower()};

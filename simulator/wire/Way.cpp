@@ -24,7 +24,6 @@ QByteArray garbled(QByteArray record)
 Way::Way(Deliver deliver, UuidOf uuidOf)
     : m_deliver(std::move(deliver))
     , m_uuidOf(std::move(uuidOf))
-    , m_late(std::make_unique<QObject>())
 {
     m_clock.start();
     m_timer.setSingleShot(true);
@@ -80,7 +79,7 @@ void Way::setLatency(int milliseconds, const Addressee& whose)
 
 int Way::latencyOf(const Addressee& whose) const
 {
-    const QString uuid = whose.client > 0 && !m_latencies.isEmpty() ? m_uuidOf(whose.client) : whose.uuid;
+    const QString uuid = whose.uuid.isEmpty() ? m_uuidOf(whose.client) : whose.uuid;
     const auto last = std::find_if(m_latencies.crbegin(), m_latencies.crend(),
                                    [&](const Latency& latency) { return latency.whose.isMeant(whose.client, uuid); });
     return last == m_latencies.crend() ? 0 : last->milliseconds;
@@ -90,9 +89,6 @@ void Way::reset()
 {
     m_faults.clear();
     m_latencies.clear();
-    m_waiting.clear();
-    m_timer.stop();
-    m_late = std::make_unique<QObject>();
 }
 
 void Way::suffer(const OrderedFault& ordered, int client, const QByteArray& record)
@@ -101,7 +97,7 @@ void Way::suffer(const OrderedFault& ordered, int client, const QByteArray& reco
     case Simulator::Fault::Drop:
         return;
     case Simulator::Fault::Delay:
-        QTimer::singleShot(qMax(0, ordered.amount), m_late.get(), [=, this] { passAsItIs(client, record); });
+        QTimer::singleShot(qMax(0, ordered.amount), this, [=, this] { passAsItIs(client, record); });
         return;
     case Simulator::Fault::Duplicate:
         passAsItIs(client, record);

@@ -11,7 +11,6 @@
 #include <QtCore/QTimer>
 
 #include <functional>
-#include <memory>
 
 namespace zelcore {
 
@@ -36,7 +35,8 @@ public:
     /// The last that concerns an application counts.
     void setLatency(int milliseconds, const Addressee& whose);
     int latencyOf(const Addressee& whose) const;
-    /// What is under way is lost, what was ordered forgotten.
+    /// What was ordered is forgotten. What is under way stays so: for whom it was is gone, and numbers do not come
+    /// again.
     void reset();
 
 private:
@@ -70,7 +70,6 @@ private:
     QList<Waiting> m_waiting; ///< In the order in which they came.
     QElapsedTimer m_clock;
     QTimer m_timer;
-    std::unique_ptr<QObject> m_late; ///< What is delayed by a fault goes with it.
 };
 
 } // namespace zelcore

@@ -98,9 +98,8 @@ QString Box::removeItem(const QString& id)
 
 QString Box::iconProblem(const QString& id) const
 {
-    bool isNumber = false;
-    const int number = id.toInt(&isNumber);
-    if (!isNumber || number < 0 || QString::number(number) != id)
+    const int number = id.toInt();
+    if (number < 0 || QString::number(number) != id)
         return u"\"%1\" is no icon id"_s.arg(id);
     return icon(id) ? u"the icon %1 is registered already"_s.arg(id) : QString();
 }

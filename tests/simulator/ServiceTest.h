@@ -7,6 +7,7 @@
 
 #include <zelcore/Simulator.h>
 
+#include <QtCore/QAbstractEventDispatcher>
 #include <QtCore/QCryptographicHash>
 #include <QtCore/QRegularExpression>
 #include <QtTest/QSignalSpy>
@@ -55,7 +56,7 @@ protected:
     /// Plays a dialogue, a line each, up to the first that does not go as it says. A letter is an application, which
     /// comes when it is first named.
     ///
-    ///     $ COMMAND => TEXT...  the service does this, and what it says has these texts in it
+    ///     $ COMMAND => TEXT...  the service does this, and what it says, between ^ and $, has these texts in it
     ///     $! COMMAND => TEXT    it refuses to, and says why
     ///     A> TYPE JSON          A sends a message; "change" is one that changes the own profile, "register silent" (or
     ///                           loud) one that registers
@@ -64,6 +65,7 @@ protected:
     ///                           A sends this is "-> TYPE TEXT...; TYPE TEXT..."
     ///     A. TYPE...            that is all A hears but for messages of these types, in this order
     ///     @ TARGET ACTION DATA  somebody invokes this target, which takes it
+    ///     ~                     nothing is done any more, however much is due later
     ///     ! NUMBER              so many messages have been refused by now, with one short line each
     ///
     /// x[N], data[N] and hash[N] stand for so many letters, a picture of so many bytes in base64 and its SHA-1.
@@ -117,6 +119,8 @@ private:
                        return !refusal.first().toString().contains(u'\n') && refusal.first().toString().size() < 400;
                    });
         }
+        if (line.startsWith(u'~'))
+            return QTest::qWaitFor([] { return !QAbstractEventDispatcher::instance()->processEvents({}); });
         if (line.startsWith(u'@'))
             return invoke(rest.section(u' ', 0, 0), rest.section(u' ', 1, 1), rest.section(u' ', 2));
         RawApplication& speaker = application(line.at(0).toLatin1());
@@ -168,7 +172,7 @@ private:
         QString reply;
         const QStringList texts = line.split(u" => "_s);
         const bool done = m_simulator->execute(texts.first(), &reply);
-        const QString said = reply.simplified();
+        const QString said = u'^' + reply.simplified() + u'$';
         const bool fits = done == isDone && std::all_of(texts.cbegin() + 1, texts.cend(),
                                                         [&](const QString& text) { return said.contains(text); });
         if (!fits)
