@@ -122,6 +122,8 @@ private Q_SLOTS:
         QTest::keyClick(window, Qt::Key_Return);
         QCOMPARE(desk.contact()->userId(), second);
         QTRY_COMPARE(shown.focused("text"), QVariant(u"‹ &Back"_s));
+        QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Return, {}, {}, true); // clicks nothing
+        QCoreApplication::sendEvent(window, &repeated);
         QTest::keyClick(window, Qt::Key_Return);
         QTRY_VERIFY(contacts->hasActiveFocus());
         QTest::keyClick(window, Qt::Key_Return);
@@ -151,7 +153,7 @@ private Q_SLOTS:
             {QStringLiteral(ZELCORE_DESK), {u"--size"_s, u"9x9"_s}, 2, "zelcore-desk: --size takes"},
             {QStringLiteral(ZELCORE_DESK), {u"--scenario"_s, u"nowhere"_s}, 1, "nowhere"},
             {QStringLiteral(ZEL_CONTACTS), {u"--contacts"_s, u"x"_s}, 2, "zel-contacts: --contacts takes a number"},
-            {QStringLiteral(ZEL_CONTACTS), {u"--page"_s, u"x"_s}, 2, "zel-contacts: there is no page"},
+            {QStringLiteral(ZEL_CONTACTS), {u"-page"_s, u"x"_s}, 2, "zel-contacts: there is no page"},
             {QStringLiteral(ZEL_CONTACTS), {u"--simulate"_s, u"--screenshot"_s, u"/no/x.png"_s}, 1, "/no/x.png"},
             {lonely, {u"--simulate"_s}, 1, "not installed"}};
         for (const auto& [name, arguments, status, words] : rows) {
@@ -206,9 +208,15 @@ private Q_SLOTS:
     {
         const QTemporaryDir folder;
         const QString picture = folder.filePath(u"desk.png"_s);
+        QProcess program;
+        // The application has the desk end, and is told to end, too.
+        program.start(QStringLiteral(ZELCORE_DESK),
+                      {u"--root"_s, folder.filePath(u"root"_s), u"sh"_s, u"-c"_s,
+                       u"trap 'echo told; exit' TERM; kill $PPID; while :; do :; done"_s});
+        QVERIFY(program.waitForFinished(60000) && program.exitStatus() == QProcess::NormalExit);
+        QCOMPARE(program.readAllStandardOutput(), "told\n");
         for (const char* screen : {"QT_QPA_PLATFORM", "QT_QUICK_BACKEND", "DISPLAY", "WAYLAND_DISPLAY"})
             qunsetenv(screen); // it needs none
-        QProcess program;
         program.start(QStringLiteral(ZELCORE_DESK),
                       {u"--root"_s, folder.filePath(u"root"_s), u"--scenario"_s, u"first-steps"_s, u"--paused"_s,
                        u"--size"_s, u"900x500"_s, u"--record"_s, folder.filePath(u"wire.jsonl"_s), u"--screenshot"_s,

@@ -2,6 +2,7 @@
 #include "ZelctlProcess.h"
 
 #include <common/TestMain.h>
+#include <simulator/RawApplication.h>
 
 #include <zelcore/Simulator.h>
 
@@ -21,12 +22,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A program at a terminal of its own, and what that shows. A shell starts the program and stays behind: the system
-/// would put the terminal in order itself when its first process ends.
+/// A program at a terminal of its own, and what that shows, what is bold between asterisks. A shell starts the program
+/// and stays behind: the system would put the terminal in order itself when its first process ends.
 class PseudoTerminal
 {
 public:
-    PseudoTerminal(const QStringList& words, QProcessEnvironment environment)
+    PseudoTerminal(const QStringList& words, const QProcessEnvironment& environment)
         : m_terminal(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC))
     {
         ::grantpt(m_terminal);
@@ -35,8 +36,6 @@ public:
         const winsize size{24, columns, 0, 0};
         ::ioctl(m_terminal, TIOCSWINSZ, &size);
         m_before = modes();
-        environment.insert(u"TERM"_s, u"vt100"_s);
-        environment.insert(u"NO_COLOR"_s, u"1"_s);
         m_shell.setProcessEnvironment(environment);
         m_shell.setChildProcessModifier([this] {
             ::setsid();
@@ -76,10 +75,11 @@ public:
         return false;
     }
 
-    QByteArray line()
+    /// The last row; for a time of some seconds it has "# s".
+    QString line()
     {
         draw();
-        return m_rows[m_row];
+        return QString::fromUtf8(m_rows[m_row]).replace(QRegularExpression(u"\\b\\d s\\b"_s), u"# s"_s);
     }
 
     bool isBeingEdited() const
@@ -143,6 +143,8 @@ private:
             m_row -= count;
         else if (byte == 'C')
             m_column += count;
+        else if (byte == 'm')
+            put('*');
     }
 
     void goToRow(qsizetype row)
@@ -175,10 +177,13 @@ private Q_SLOTS:
         m_service = std::make_unique<zelcore::Simulator>();
         QVERIFY(m_service->start());
         m_environment.insert(u"XDG_STATE_HOME"_s, m_folder->path());
+        m_environment.insert(u"XDG_CACHE_HOME"_s, m_folder->path());
+        m_environment.insert(u"XDG_RUNTIME_DIR"_s, QString());
         m_environment.insert(u"PPS_ROOT"_s, m_service->root());
         m_environment.insert(u"LC_ALL"_s, u"C.UTF-8"_s);
-        m_environment.remove(u"ZEL_SLOG"_s);
-        m_environment.remove(u"ZEL_SLOG_LEVEL"_s);
+        m_environment.insert(u"TERM"_s, u"vt100"_s);
+        for (const QString& name : {u"ZEL_SLOG"_s, u"ZEL_SLOG_LEVEL"_s, u"NO_COLOR"_s})
+            m_environment.remove(name);
     }
 
     void printsAboveTheLineThatIsTyped()
@@ -190,8 +195,10 @@ private Q_SLOTS:
         QVERIFY(m_terminal->shows(QByteArrayList{"application 1 comes", "application 1 goes"} + typed));
         // It is taken whole, and goes on where the cursor was: from the start three words on.
         QVERIFY(types("\001\033[1;5C\033[1;5C\033[1;5C", {typed.first()}));
-        QCOMPARE(ZelctlProcess(root()).run({u"state"_s}), 0);
-        QVERIFY(m_terminal->shows({"application 2 goes", typed.first()}));
+        RawApplication application(root());
+        QVERIFY(application.begin() && application.send("createProfileBoxItem", R"({"text":""})"));
+        QVERIFY(m_terminal->shows(
+            {"zelcore: application 2: createProfileBoxItem: \"cookie\" is missin", "g", typed.first()}));
         QVERIFY(types("na\r", {"zelcore-sim> contact add anna displayName='somebody with anextre", "melylongname'",
                                "zelcore-sim> "}));
         QVERIFY(types("contacts\r", {"contacts: 1, with the application: 1", "zelcore-sim> "}));
@@ -239,18 +246,25 @@ private Q_SLOTS:
         m_service->setRegistrationState(u"Pending"_s);
         start({QStringLiteral(ZELCTL_PATH), u"contacts"_s}, {});
         // On a slow machine the first second or two go by before the registration has begun.
-        QTRY_VERIFY_WITH_TIMEOUT(m_terminal->line().startsWith("Waiting for the registration, "), 10'000);
+        QTRY_COMPARE_WITH_TIMEOUT(m_terminal->line(), u"Waiting for the registration, # s"_s, 10'000);
         m_service->setRegistrationState(u"Success"_s);
-        QVERIFY(m_terminal->shows({"valid     yes", "complete  yes", "count     0", "status 0", ""}));
+        QVERIFY(m_terminal->shows({"*valid   *  yes", "*complete*  yes", "*count   *  0", "status 0", ""}));
+        m_service->injectFault(zelcore::Simulator::Fault::Drop, 0, u"requestEcoIdResponse"_s);
+        start({QStringLiteral(ZELCTL_PATH), u"eco-id"_s, u"pp"_s}, {});
+        QTRY_COMPARE_WITH_TIMEOUT(m_terminal->line(), u"Waiting for the answer, # s"_s, 10'000);
+        m_service->sendMessage(u"requestEcoIdResponse"_s, {{u"ppid"_s, u"pp"_s}, {u"ecoId"_s, u"E1"_s}});
+        QVERIFY(m_terminal->shows({"The eco identifier of pp is \"E1\".", "status 0", ""}));
     }
 
     void goesAsideAndOnAsItIsTold()
     {
-        const QString script = u"set -m; \"$@\"; echo \"status $?\"; fg > /dev/null"_s;
-        start({u"sh"_s, u"-c"_s, script, u"sh"_s, QStringLiteral(ZELCORE_SIM), u"--root"_s, root()}, {"zelcore-sim> "});
-        QVERIFY(types("half", {"zelcore-sim> half"}));
-        QVERIFY(types("\032", {"status 148", "zelcore-sim> half"}));
-        QVERIFY(types("\025quit\r", {"zelcore-sim> quit", "status 0", ""}));
+        // In the background, where it is stopped when there is something to read, and back.
+        const QString script =
+            u"set -m; \"$@\"; echo \"status $?\"; { bg; while jobs | grep Running; do :; done; fg; } > /dev/null"_s;
+        start({u"bash"_s, u"-c"_s, script, u"bash"_s, QStringLiteral(ZELCTL_PATH), u"shell"_s},
+              {signalLine("Unregistered"), "zelctl> "});
+        QVERIFY(types("half", {"zelctl> half"}) && types("\032", {"status 148", ""}));
+        QVERIFY(types("\rquit\r", {"error: there is no command 'half', but 'help'", "zelctl> quit", "status 0", ""}));
     }
 
     void leavesTheTerminalInOrder()
@@ -274,11 +288,11 @@ private Q_SLOTS:
     }
 
 private:
-    QString root() const { return m_folder->path() + u"/root"_s; }
+    QString root() const { return m_folder->path() + u"/zelplatform"_s; }
 
     static QByteArray signalLine(const QByteArray& state)
     {
-        return "Context         registrationStateUpdated  state=\"" + state + '"';
+        return "*Context       *  registrationStateUpdated  state=\"" + state + '"';
     }
 
     void start(const QStringList& words, const QByteArrayList& rows)
@@ -286,7 +300,7 @@ private:
         m_terminal = std::make_unique<PseudoTerminal>(words, m_environment);
         QVERIFY(m_terminal->shows(rows));
     }
-    void startSimulator() { start({QStringLiteral(ZELCORE_SIM), u"--root"_s, root()}, {"zelcore-sim> "}); }
+    void startSimulator() { start({QStringLiteral(ZELCORE_SIM)}, {"zelcore-sim> "}); }
     void startZelctl() { start({QStringLiteral(ZELCTL_PATH), u"shell"_s}, {signalLine("Unregistered"), "zelctl> "}); }
 
     bool types(const QByteArray& keys, const QByteArrayList& rows)

@@ -120,8 +120,7 @@ LineEditor::~LineEditor()
     if (m_line == Line::Shown) // what the shell says next begins on a line of its own
         std::fputs("\n", stdout);
     finishLine();
-    if (m_suspensions >= 0)
-        ::close(m_suspensions);
+    ::close(m_suspensions);
 }
 
 void LineEditor::bindKeys()
@@ -210,7 +209,6 @@ void LineEditor::read()
     int length = 0;
     const wchar_t* text = el_wgets(m_editor.get(), &length);
     if (m_atEnd || (text && length == 1 && *text == endOfInput)) {
-        m_atEnd = true;
         std::fputs("\n", stdout);
         finishLine();
         end();
@@ -222,17 +220,15 @@ void LineEditor::read()
     }
 }
 
-/// As the system treats who reads there; but a read that is stopped would go on when it is continued, and wait.
+/// As the system treats who reads there: it stops us, or says that there is nothing to read any more. What is to be
+/// read stays, so that nothing waits for it when we go on.
 void LineEditor::readInBackground()
 {
-    struct sigaction action;
-    if (sigaction(SIGTTIN, nullptr, &action) == 0 && action.sa_handler == SIG_IGN) {
-        m_atEnd = true;
+    char nothing;
+    if (::read(input(), &nothing, 0) < 0)
         end();
-        return;
-    }
-    std::raise(SIGTTIN);
-    show();
+    else
+        show();
 }
 
 void LineEditor::invite()
@@ -247,8 +243,7 @@ void LineEditor::hideLine()
     // Only what a key does has libedit compare the line with what it had drawn before, and so clear all rows of it.
     m_line = Line::Hiding;
     el_resize(m_editor.get());
-    int length = 0;
-    el_wgets(m_editor.get(), &length);
+    el_wgets(m_editor.get(), nullptr);
     std::fflush(stdout);
     QMetaObject::invokeMethod(this, &LineEditor::show, Qt::QueuedConnection);
 }
@@ -269,7 +264,7 @@ unsigned char LineEditor::vanish(EditLine* editor, int)
 
 void LineEditor::show()
 {
-    if (m_line == Line::Shown || isStopped() || m_atEnd || !isOurs(input()))
+    if (m_line == Line::Shown || isStopped() || !isOurs(input()))
         return;
     EditLine* editor = m_editor.get();
     if (m_line == Line::None) {

@@ -110,7 +110,7 @@ void LineReader::end()
     m_notifier.setEnabled(false);
     if (!m_pending.isEmpty())
         Q_EMIT lineRead(QString::fromUtf8(std::exchange(m_pending, {})));
-    if (!m_stopped)
+    if (!std::exchange(m_stopped, true))
         Q_EMIT ended();
 }
 

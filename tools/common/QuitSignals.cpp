@@ -18,9 +18,9 @@ sigset_t quitSet()
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         // A hang-up that we were started to ignore (nohup) stays ignored. An interrupt does not: a script has its
         // background commands ignore it, and they would outlive the script that is interrupted.
-        struct sigaction action;
-        const bool known = sigaction(number, nullptr, &action) == 0;
-        if (number != SIGHUP || (known && action.sa_handler != SIG_IGN))
+        struct sigaction action = {};
+        sigaction(number, nullptr, &action);
+        if (number != SIGHUP || action.sa_handler != SIG_IGN)
             sigaddset(&set, number);
     }
     return set;
@@ -32,6 +32,12 @@ void QuitSignals::block()
 {
     const sigset_t set = quitSet();
     sigprocmask(SIG_BLOCK, &set, nullptr);
+}
+
+void QuitSignals::unblock()
+{
+    const sigset_t set = quitSet();
+    sigprocmask(SIG_UNBLOCK, &set, nullptr);
 }
 
 QuitSignals::QuitSignals(QObject* parent)
@@ -53,8 +59,7 @@ QuitSignals::QuitSignals(QObject* parent)
 
 QuitSignals::~QuitSignals()
 {
-    if (m_descriptor >= 0)
-        close(m_descriptor);
+    close(m_descriptor);
 }
 
 } // namespace zeltools

@@ -15,6 +15,8 @@ class QuitSignals : public QObject
 
 public:
     static void block();
+    /// Between fork and exec: another program meets them as it likes.
+    static void unblock();
 
     explicit QuitSignals(QObject* parent = nullptr);
     ~QuitSignals() override;

@@ -5,8 +5,6 @@
 #include <QtGui/QImage>
 #include <QtGui/QPainter>
 
-#include <algorithm>
-
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -53,9 +51,10 @@ bool Simulation::start(const World& world, QString* error)
     user.personalMessage = u"Out on the boat until Sunday"_s;
     m_service.setProfile(user);
     m_service.setProfilePicture(portrait(3));
-    if (world.contacts > 0)
+    if (world.contacts > 0) {
         addAda();
-    m_service.generateContacts(std::max(0, world.contacts - 1), 1);
+        m_service.generateContacts(world.contacts - 1, 1);
+    }
     addFaces();
     m_service.addBoxIcon(1, portrait(8));
     m_service.addBoxItem(u"Reached level 7"_s, {}, u"1"_s);

@@ -9,7 +9,6 @@ KeyedListModel::KeyedListModel(QObject* parent)
     : QAbstractListModel(parent)
 {
     m_turn.setSingleShot(true);
-    m_turn.setInterval(turn);
     connect(&m_turn, &QTimer::timeout, this, &KeyedListModel::takeTurn);
     m_turn.start(0); // what is there already
 }

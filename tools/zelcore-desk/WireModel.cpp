@@ -135,13 +135,13 @@ void WireModel::dropOldest(quint64 before)
 {
     const auto end = std::lower_bound(m_shown.cbegin(), m_shown.cend(), before);
     const auto rows = int(end - m_shown.cbegin());
-    if (rows > 0)
+    if (rows > 0) {
         beginRemoveRows({}, 0, rows - 1);
-    m_shown.erase(m_shown.cbegin(), end);
+        m_shown.erase(m_shown.cbegin(), end);
+        endRemoveRows();
+    }
     m_log.dropBefore(before);
     m_looked = std::max(m_looked, before);
-    if (rows > 0)
-        endRemoveRows();
 }
 
 /// Those that nobody has looked at yet, as far as they are asked for.

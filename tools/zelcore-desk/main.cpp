@@ -39,11 +39,13 @@ bool prepare(zelcore::Simulator& simulator, zeldesk::Desk& desk, const zeltools:
     const bool isDone = options.makeWorld(simulator, &problem) && options.serve(simulator, &problem);
     if (!problem.isEmpty())
         complain(problem);
-    if (isDone && !options.scenario.isEmpty())
+    if (!isDone)
+        return false;
+    if (!options.scenario.isEmpty())
         desk.timeline()->opened(options.scenario);
-    if (isDone && !options.record.isEmpty())
+    if (!options.record.isEmpty())
         desk.service()->recordsInto(options.record);
-    return isDone;
+    return true;
 }
 
 /// Runs an application beside the desk, which ends with 1 without one that \a isNeeded.
@@ -54,7 +56,10 @@ std::unique_ptr<QProcess> run(QStringList command, const QString& root, bool isN
     environment.insert(u"PPS_ROOT"_s, root);
     process->setProcessEnvironment(environment);
     process->setProcessChannelMode(QProcess::ForwardedChannels);
-    process->setChildProcessModifier([] { std::signal(SIGXFSZ, SIG_DFL); });
+    process->setChildProcessModifier([] {
+        std::signal(SIGXFSZ, SIG_DFL);
+        zeltools::QuitSignals::unblock();
+    });
     const QString program = command.takeFirst();
     QObject::connect(process.get(), &QProcess::errorOccurred, process.get(), [=](QProcess::ProcessError error) {
         if (error != QProcess::FailedToStart)

@@ -37,9 +37,8 @@ bool setUuid(CommandLine& line, const QString& text, QString* error)
 
 bool setTimeout(CommandLine& line, const QString& text, QString* error)
 {
-    bool ok = false;
-    const double seconds = text.toDouble(&ok);
-    if (ok && std::isfinite(seconds) && seconds > 0 && seconds <= 86'400) {
+    const double seconds = text.toDouble(); // 0 for what is no number
+    if (seconds > 0 && seconds <= 86'400) {
         line.timeout = static_cast<int>(std::ceil(seconds * 1000));
         return true;
     }

@@ -146,7 +146,7 @@ bool pictureIsSet(Session& session, const Arguments& arguments)
 {
     QString error;
     const auto picture = readPicture(arguments.text(0), &error);
-    return picture && !picture->data.isEmpty() && picture->data == session.profile().displayPicture();
+    return picture && picture->data == session.profile().displayPicture();
 }
 
 std::vector<Command> makeCommands()

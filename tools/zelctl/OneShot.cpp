@@ -151,7 +151,7 @@ void OneShot::onLive()
 
 void OneShot::act()
 {
-    if (m_phase == Phase::Outcome || m_phase == Phase::Delivery || m_phase == Phase::Done)
+    if (m_phase >= Phase::Outcome)
         return;
     m_phase = Phase::Outcome;
     hidePatience();
@@ -212,11 +212,11 @@ void OneShot::delivered()
 
 void OneShot::succeed(const Record& signal)
 {
-    const QString& sentence = m_command.outcome.sentence;
+    const QStringList forms = m_command.outcome.sentence.split(u'|');
     bool hasNothing = false;
-    QString text = fill(sentence.section(u'|', 0, 0), signal, &hasNothing);
-    if (hasNothing && sentence.contains(u'|'))
-        text = fill(sentence.section(u'|', 1), signal, &hasNothing);
+    QString text = fill(forms.first(), signal, &hasNothing);
+    if (hasNothing)
+        text = fill(forms.last(), signal, &hasNothing);
     m_output.sentence(text);
     if (!m_saved.isEmpty())
         m_output.sentence(m_saved);

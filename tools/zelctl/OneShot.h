@@ -37,7 +37,7 @@ Q_SIGNALS:
     void finished(int exitStatus);
 
 private:
-    enum class Phase { State, Registration, Contacts, Outcome, Delivery, Done };
+    enum class Phase { State, Registration, Contacts, Outcome, Delivery, Done }; ///< in this order
 
     bool registers() const;
     void onSignal(const Record& record);

@@ -205,7 +205,7 @@ int main(const QStringList& words)
     const QString usage = command ? command->usage : QString();
     const auto arguments = Arguments::parse(usage, typed.mid(1), &error);
     if (!arguments) {
-        const auto option = std::find_if(typed.cbegin() + 1, typed.cend(), &CommandLine::isOption);
+        const auto option = std::find_if(typed.cbegin(), typed.cend(), &CommandLine::isOption);
         if (option != typed.cend())
             error = u"%1 goes before the command"_s.arg(*option);
         return complain(u"%1; usage: zelctl %2 %3"_s.arg(error, name, usage).trimmed());
