@@ -208,7 +208,8 @@ void LineEditor::read()
     }
     int length = 0;
     const wchar_t* text = el_wgets(m_editor.get(), &length);
-    if (m_atEnd || (text && length == 1 && *text == endOfInput)) {
+    const bool isGone = !::isatty(input()); // the terminal, which libedit does not tell
+    if (m_atEnd || isGone || (text && length == 1 && *text == endOfInput)) {
         std::fputs("\n", stdout);
         finishLine();
         end();
