@@ -190,10 +190,15 @@ QList<std::shared_ptr<Session>> CoreService::meant(const Addressee& whose) const
 QString CoreService::setRegistrationState(const QString& state, const Addressee& whose)
 {
     bool isAnybody = whose.isEverybody();
+    const auto forget = [&](const Session& session) {
+        isAnybody = true;
+        if (state != "Success"_L1)
+            m_registrar.setRegistered(session.uuid, false);
+    };
     for (Session& session : m_suspended) {
         if (whose.isMeant(session.client, session.uuid)) {
             session.state = state;
-            isAnybody = true;
+            forget(session);
         }
     }
     if (whose.isEverybody()) {
@@ -201,9 +206,7 @@ QString CoreService::setRegistrationState(const QString& state, const Addressee&
         return {};
     }
     for (const auto& session : meant(whose)) {
-        isAnybody = true;
-        if (state != "Success"_L1)
-            m_registrar.setRegistered(session->uuid, false);
+        forget(*session);
         m_registrar.setState(*session, state);
     }
     return nobodyProblem(isAnybody);

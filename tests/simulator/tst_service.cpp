@@ -239,6 +239,7 @@ const std::pair<const char*, const char*> dialogues[] = {
         A> register silent -> listChange "Success"
         $ away
         $ app 1 state Expired
+        $ registered => ^$
         $ back
         B> tpaApi {}
         C> requestListElements {"type":"global","elements":[{"name":"permission"}]} -> listElements; listChunk "Expired"
