@@ -16,8 +16,7 @@ namespace {
 /// all their names in full would take the square of what the text does.
 constexpr qsizetype longestName = 200;
 
-/// Walks through the text of an object that has been parsed before, so that nothing in it surprises: whatever begins
-/// ends in it.
+/// Walks through a text that has been parsed before, so that nothing in it surprises.
 class LineFinder
 {
 public:
@@ -33,16 +32,16 @@ public:
 private:
     char next()
     {
-        for (; QByteArrayView(" \t\r\n,:").contains(m_json.at(m_at)); ++m_at)
+        for (; m_at < m_json.size() && QByteArrayView(" \t\r\n,:").contains(m_json.at(m_at)); ++m_at)
             m_line += m_json.at(m_at) == '\n';
-        return m_json.at(m_at);
+        return m_at < m_json.size() ? m_json.at(m_at) : ' ';
     }
 
     /// With its quotes.
     QByteArray string()
     {
         const qsizetype start = m_at++;
-        for (; m_json.at(m_at) != '"'; ++m_at)
+        for (; m_at < m_json.size() && m_json.at(m_at) != '"'; ++m_at)
             m_at += m_json.at(m_at) == '\\';
         ++m_at;
         return m_json.mid(start, m_at - start);
@@ -58,7 +57,7 @@ private:
         else if (first == '{' || first == '[')
             elements(name, first == '{');
         else
-            while (!QByteArrayView(" \t\r\n,]}").contains(m_json.at(m_at)))
+            while (m_at < m_json.size() && !QByteArrayView(" \t\r\n,]}").contains(m_json.at(m_at)))
                 ++m_at;
     }
 
@@ -66,7 +65,7 @@ private:
     {
         ++m_at;
         QSet<QString> keys;
-        for (int i = 0; next() != (isObject ? '}' : ']'); ++i) {
+        for (int i = 0; next() != (isObject ? '}' : ']') && m_at < m_json.size(); ++i) {
             if (!isObject) {
                 value(u"%1[%2]"_s.arg(name, QString::number(i)).left(longestName));
                 continue;

@@ -20,7 +20,7 @@ struct MemberProblem
     QString sentence() const { return member.isEmpty() ? what : member + u' ' + what; }
 };
 
-/// Where in the JSON text of an object, which must be well formed, each member stands.
+/// Where in a JSON text that is well formed each member stands.
 class MemberLines
 {
 public:

@@ -191,12 +191,12 @@ QString CoreService::setRegistrationState(const QString& state, const Addressee&
 {
     bool isAnybody = whose.isEverybody();
     const auto forget = [&](const Session& session) {
-        isAnybody = true;
         if (state != "Success"_L1)
             m_registrar.setRegistered(session.uuid, false);
     };
     for (Session& session : m_suspended) {
         if (whose.isMeant(session.client, session.uuid)) {
+            isAnybody = true;
             session.state = state;
             forget(session);
         }
@@ -206,6 +206,7 @@ QString CoreService::setRegistrationState(const QString& state, const Addressee&
         return {};
     }
     for (const auto& session : meant(whose)) {
+        isAnybody = true;
         forget(*session);
         m_registrar.setState(*session, state);
     }

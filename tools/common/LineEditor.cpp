@@ -208,8 +208,8 @@ void LineEditor::read()
     }
     int length = 0;
     const wchar_t* text = el_wgets(m_editor.get(), &length);
-    const bool isGone = !::isatty(input()); // the terminal, which libedit does not tell
-    if (m_atEnd || isGone || (text && length == 1 && *text == endOfInput)) {
+    // Where its terminal is gone libedit fails before it asks nextCharacter() for a key.
+    if (m_atEnd || !::isatty(input()) || (text && length == 1 && *text == endOfInput)) {
         std::fputs("\n", stdout);
         finishLine();
         end();

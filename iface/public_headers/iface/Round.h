@@ -80,7 +80,7 @@ private:
     const std::size_t m_firstUntold;
     const std::size_t m_firstMonitor;
     const unsigned m_number;
-    unsigned m_countedIn = m_number; ///< the count of how often a list takes something in; within together() each read
+    unsigned m_countedIn = m_number; ///< names the count of how often a list has taken something in
     int m_settlings = 0;             ///< under way, each for the sake of the one before
     bool m_isOpen = true;
     bool m_isBeingMade = false; ///< together() is calling the function
