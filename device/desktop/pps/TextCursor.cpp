@@ -61,29 +61,21 @@ bool TextCursor::enter(Node node)
         m_element = first(node);
         return true;
     }
-    if (!isContainer(node))
-        return false;
+    if (node.document == 0) {
+        if (node.place >= text.objects().size())
+            return false;
+    } else {
+        if (node.document > text.documentCount() || node.place == 0)
+            return false;
+        const JsonTape words = tape(node.document);
+        if (node.place >= words.size() || !words.isContainer(node.place))
+            return false;
+        m_words = words;
+    }
     m_container = node;
     m_element = first(node);
     m_trail = nullptr;
-    if (node.document != 0)
-        m_words = tape(node.document);
     return true;
-}
-
-bool TextCursor::isContainer(Node node) const
-{
-    if (node.document == 0)
-        return node.place < text.objects().size();
-    if (node.document > text.documentCount() || node.place == 0)
-        return false;
-    const JsonTape words = tape(node.document);
-    return node.place < words.size() && words.isContainer(node.place);
-}
-
-bool TextCursor::isObject(Node container) const
-{
-    return container.document == 0 || tape(container.document).type(container.place) == '{';
 }
 
 size_t TextCursor::end(Node container) const
@@ -94,19 +86,9 @@ size_t TextCursor::end(Node container) const
     return container.place == 0 ? attributes + text.objects().size() - 1 : attributes;
 }
 
-size_t TextCursor::next(Node container, size_t element) const
+Value TextCursor::valueInText(size_t element) const
 {
-    if (container.document == 0)
-        return element + 1;
-    const JsonTape words = tape(container.document);
-    return words.after(words.type(container.place) == '{' ? element + 1 : element);
-}
-
-Value TextCursor::valueAt(Node container, size_t element) const
-{
-    if (container.document != 0)
-        return {Value::OnTape, {container.document, isObject(container) ? element + 1 : element}, nullptr};
-    const AttributeText::Object& object = text.objects()[container.place];
+    const AttributeText::Object& object = text.objects()[m_container.place];
     if (element >= object.attributeCount)
         return {Value::Object, {0, element - object.attributeCount + 1}, nullptr};
     const AttributeText::Attribute& attribute = text.attributes()[object.firstAttribute + element];
@@ -115,26 +97,33 @@ Value TextCursor::valueAt(Node container, size_t element) const
     return {Value::InText, {}, &attribute};
 }
 
-std::string_view TextCursor::nameAt(Node container, size_t element) const
+std::string_view TextCursor::nameInText(size_t element) const
 {
-    if (container.document != 0)
-        return tape(container.document).string(element);
-    const AttributeText::Object& object = text.objects()[container.place];
+    const AttributeText::Object& object = text.objects()[m_container.place];
     if (element >= object.attributeCount)
         return text.objects()[element - object.attributeCount + 1].name;
     return text.attributes()[object.firstAttribute + element].name;
 }
 
+Value TextCursor::current() const
+{
+    if (isOnTape())
+        return onTape(currentOnTape());
+    return m_element == end(m_container) ? Value() : valueInText(m_element);
+}
+
 std::string_view TextCursor::currentName() const
 {
-    if (m_element == end(m_container) || !isObject(m_container))
+    if (m_element == end(m_container))
         return {};
-    return nameAt(m_container, m_element);
+    if (!isOnTape())
+        return nameInText(m_element);
+    return m_words.type(m_container.place) == '{' ? m_words.string(m_element) : std::string_view();
 }
 
 size_t TextCursor::count() const
 {
-    return m_container.document == 0 ? end(m_container) : tape(m_container.document).countOf(m_container.place);
+    return isOnTape() ? m_words.countOf(m_container.place) : end(m_container);
 }
 
 // Whether `inner` is `outer` or lies within it.
@@ -166,7 +155,7 @@ bool TextCursor::moveToIndex(size_t index)
 {
     if (index >= count())
         return false;
-    if (m_container.document == 0) {
+    if (!isOnTape()) {
         m_element = index;
         return true;
     }
@@ -175,26 +164,24 @@ bool TextCursor::moveToIndex(size_t index)
         way.index = 0;
         way.indexed = first(m_container);
     }
+    const size_t name = m_words.type(m_container.place) == '{' ? 1 : 0;
     for (; way.index < index; ++way.index)
-        way.indexed = next(m_container, way.indexed);
+        way.indexed = m_words.after(way.indexed + name);
     m_element = way.indexed;
     return true;
 }
 
 Value TextCursor::find(std::string_view name)
 {
-    if (!isOnTape())
-        return findInText(name);
-    const size_t place = findOnTape(name);
-    return place ? Value{Value::OnTape, {m_container.document, place}, nullptr} : Value();
+    return isOnTape() ? onTape(findOnTape(name)) : findInText(name);
 }
 
 Value TextCursor::findInText(std::string_view name) const
 {
     const size_t last = end(m_container);
     for (size_t element = 0; element != last; ++element) {
-        if (nameAt(m_container, element) == name)
-            return valueAt(m_container, element);
+        if (nameInText(element) == name)
+            return valueInText(element);
     }
     return {};
 }

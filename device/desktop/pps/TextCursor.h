@@ -74,14 +74,12 @@ public:
 
     Node container() const { return m_container; }
     bool enter(Node node);
-    void moveTo(size_t elementPlace) { m_element = elementPlace; }
-    bool isContainer(Node node) const;
 
     size_t count() const;
     // Moves to an element by its index.
     bool moveToIndex(size_t index);
     // The current element.
-    Value current() const { return m_element == end(m_container) ? Value() : valueAt(m_container, m_element); }
+    Value current() const;
     // The current element's name; one without data when it has none.
     std::string_view currentName() const;
     Value find(std::string_view name);
@@ -109,16 +107,19 @@ private:
         size_t index = 0;
     };
 
-    bool isObject(Node container) const;
     // An element's place: in the text an attribute or, in the root behind its attributes, an object; on a tape the
     // place of its first word.
     size_t first(Node container) const { return container.document == 0 ? 0 : container.place + 1; }
     size_t end(Node container) const;
-    size_t next(Node container, size_t element) const;
-    Value valueAt(Node container, size_t element) const;
+    Value onTape(size_t place) const
+    {
+        return place ? Value{Value::OnTape, {m_container.document, place}, nullptr} : Value();
+    }
+    // Of the container in the text.
+    Value valueInText(size_t element) const;
+    std::string_view nameInText(size_t element) const;
     Value findInText(std::string_view name) const;
     size_t searchOnTape(std::string_view name, Trail& way) const;
-    std::string_view nameAt(Node container, size_t element) const;
     bool contains(Node outer, Node inner) const;
     Trail& trail() { return m_trail ? *m_trail : findTrail(); }
     Trail& findTrail();
