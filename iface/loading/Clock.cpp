@@ -25,8 +25,10 @@ public:
 
     void cancel(int id) override
     {
-        if (m_functions.remove(id))
-            killTimer(id);
+        if (!m_functions.contains(id))
+            return;
+        killTimer(id);
+        m_functions.take(id); // goes when it is out of the table: that may run anything
     }
 
 protected:

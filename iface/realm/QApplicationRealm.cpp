@@ -22,7 +22,12 @@ QApplicationRealm::QApplicationRealm()
     connect(this, &QApplicationRealm::itemQueued, this, &QApplicationRealm::execute, Qt::QueuedConnection);
 }
 
-QApplicationRealm::~QApplicationRealm() = default;
+QApplicationRealm::~QApplicationRealm()
+{
+    // One by one: what goes with a function may queue another.
+    while (!m_queue.isEmpty())
+        m_queue.takeFirst();
+}
 
 int QApplicationRealm::asyncExec(const boost::function<void()>& function)
 {
@@ -38,7 +43,7 @@ void QApplicationRealm::remove(int id)
 {
     const auto found = std::find(m_queue.cbegin(), m_queue.cend(), AsyncEntry{id, {}});
     if (found != m_queue.cend())
-        m_queue.erase(found);
+        m_queue.takeAt(found - m_queue.cbegin()); // goes when it is out of the queue: that may run anything
 }
 
 void QApplicationRealm::execute()

@@ -14,7 +14,8 @@ void ObservableSet::recordRead(const Observable* observable)
 void ObservableSet::clear()
 {
     m_known.clear();
-    m_items.clear();
+    std::vector<ObservablePointer> items;
+    items.swap(m_items); // they go last: that may run anything, reads included
 }
 
 } // namespace iface

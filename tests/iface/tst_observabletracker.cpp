@@ -75,6 +75,14 @@ private Q_SLOTS:
                                    [](const auto& read, const auto& value) { return read.data() == value.data(); }));
             }
         }
+        using Held = iface::ObservableValueImpl<std::shared_ptr<void>>;
+        const auto readAtEnd = [number = makeNumber()](void*) { number->getValue(); };
+        iface::ObservableSet set;
+        ObservableTracker::runInto(&set, [&] {
+            iface::ObservableValue<std::shared_ptr<void>>(new Held({nullptr, readAtEnd})).getValue();
+            set.clear();
+        });
+        QCOMPARE(set.size(), 1);
     }
 
     void keepsComputationsApartWhateverIsThrown()

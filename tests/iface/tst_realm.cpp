@@ -9,6 +9,7 @@
 #include <QtTest/QTest>
 #include <QtCore/QThread>
 
+#include <functional>
 #include <memory>
 
 using namespace Qt::StringLiterals;
@@ -21,6 +22,11 @@ class TstRealm : public QObject
 
     // Runs posted calls up to and including those that are posted already, one turn.
     static void turn() { QCoreApplication::sendPostedEvents(); }
+    // For a function to hold: calls another when that goes.
+    static std::shared_ptr<void> atEnd(std::function<void()> call)
+    {
+        return {nullptr, [=](void*) { call(); }};
+    }
 
 private Q_SLOTS:
     void cleanup() { FakeClock::uninstall(); }
@@ -37,7 +43,8 @@ private Q_SLOTS:
         });
         QVERIFY(first > 0);
         QCOMPARE(other.asyncExec({}), first + 1);
-        const int removed = realm.asyncExec([&] { log << u"removed"_s; });
+        const auto queueOther = [&] { realm.asyncExec([&] { log << u"other"_s; }); };
+        const int removed = realm.asyncExec([&, end = atEnd(queueOther)] { log << u"removed"_s; });
         QCOMPARE(realm.asyncExec([&] { log << u"second"_s; }), first + 3);
         for (const int id : {removed, removed, -1})
             realm.remove(id);
@@ -46,7 +53,7 @@ private Q_SLOTS:
         QCOMPARE(log.join(u' '), u"first end of first"_s);
         QVERIFY_THROWS_EXCEPTION(boost::bad_function_call, other.execute());
         turn(); // one call more than there are functions
-        QTRY_COMPARE(log.join(u' '), u"first end of first second later"_s);
+        QTRY_COMPARE(log.join(u' '), u"first end of first second other later"_s);
     }
 
     void mayBeDestroyedInAFunction()
@@ -57,7 +64,7 @@ private Q_SLOTS:
             realm.reset();
             ++calls;
         });
-        realm->asyncExec([&] { calls += 100; });
+        realm->asyncExec([end = atEnd([&, it = realm.get()] { it->asyncExec([&] { calls += 100; }); })] {});
         // Nor is what is posted for somebody called when that one has gone.
         auto goes = std::make_unique<QObject>();
         Realm::postGuarded(goes.get(), [&] { calls += 100; });
@@ -111,14 +118,18 @@ private Q_SLOTS:
         const auto clock = Clock::threadDefault();
         QEventLoop loop;
         int calls = 0;
-        const int id = clock->callLater(1, [&] { calls += 100; });
+        const auto callOthers = [&] {
+            for (int i = 0; i < 99; ++i)
+                clock->callLater(1, [&] { ++calls; });
+        };
+        const int id = clock->callLater(1, [&, end = atEnd(callOthers)] { calls += 1000; });
         QVERIFY(id > 0);
         clock->cancel(id);
-        clock->cancel(id);
+        clock->cancel(-1);
         clock->callLater(1, [&] { ++calls; });
         clock->callLater(20, [&] { loop.quit(); });
         loop.exec();
-        QCOMPARE(calls, 1);
+        QCOMPARE(calls, 100);
     }
 };
 

@@ -18,7 +18,8 @@ public:
     /// Has `function` called once, `msecs` milliseconds from now, and returns an id above 0; 0 on a thread without
     /// an event dispatcher, where nothing is ever called.
     virtual int callLater(int msecs, const boost::function<void()>& function) = 0;
-    /// Takes that back. An id that has had its call, or is not known, does nothing.
+    /// Takes that back. An id that is not known does nothing; one that has had its call, or was taken back, may have
+    /// been given again.
     virtual void cancel(int id) = 0;
 
     /// The calling thread's clock: the event loop's timers, unless a test has put its own clock in.

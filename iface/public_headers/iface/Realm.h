@@ -22,7 +22,8 @@ public:
     virtual int asyncExec(const boost::function<void()>& function) = 0;
 
     /// The calling thread's realm, a QApplicationRealm unless somebody has put another into `defaultRealm`. The first
-    /// call on a thread makes it; it goes with the thread (on the main thread with the application object).
+    /// call on a thread makes it; it goes with the thread (on the main thread with the application object), and what
+    /// its functions held must not ask for another as it goes.
     static QSharedPointer<Realm> threadDefault();
 
     /// Queues a function on the calling thread's realm that is only called if `guard` is still there by then.

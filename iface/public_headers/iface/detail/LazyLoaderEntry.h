@@ -62,8 +62,8 @@ public:
         std::optional<V> shown;
         if (m_value)
             shown = contents;
-        V before = contents;
-        std::swap(m_contents, before);
+        V after = contents;
+        const V before = std::exchange(m_contents, std::move(after));
         if (shown)
             m_value->setValue(std::move(*shown));
         return true;
