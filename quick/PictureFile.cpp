@@ -39,7 +39,7 @@ QByteArray readPicture(const QUrl& file, int limit, QString* problem)
         return {};
     }
     QByteArray bytes = source.peek(limit + 1);
-    if (!bytes.isEmpty() && bytes.size() <= limit && ImageType::ofData(bytes) != ImageType::Unsupported)
+    if (bytes.size() <= limit && ImageType::ofData(bytes) != ImageType::Unsupported)
         return bytes;
     QImageReader reader(&source);
     reader.setAutoTransform(true);

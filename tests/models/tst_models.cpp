@@ -382,6 +382,7 @@ private Q_SLOTS:
             {Filter::Anybody, u" ADA"_s, u"Zoë Adams"_s},
             {Filter::Anybody, u" ADA  sea "_s, u"Zoë Adams"_s},
             {Filter::Available, u"ödman"_s, u"Bert Ödman"_s}};
+        const QSignalSpy presences(&filter, &Filter::presenceChanged);
         for (const auto& [presence, text, found] : wanted) {
             filter.setPresence(presence);
             filter.setSearchText(text);
@@ -389,6 +390,7 @@ private Q_SLOTS:
             QCOMPARE(filter.contact(0).displayName(), found);
             QCOMPARE(told, filter.rowCount());
         }
+        QCOMPARE(presences.size(), 4);
         execute("contact change ödman displayName=Aaron");
         QTRY_COMPARE(names(), u"Aaron"_s); // the handle is what it was
         execute("contact change ödman showBusy=true");

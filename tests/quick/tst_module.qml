@@ -30,6 +30,7 @@ TestCase {
             property alias shown: shown
             property alias icons: icons
             property alias ownImage: ownImage
+            readonly property string message: profile.personalMessage
 
             Context { id: context; uuid: "6f8d2c4e-5b0a-4a37-9d0e-0c8f3f1f2a10"; registration: Context.Automatic }
             UserProfile { id: profile; context: context }
@@ -170,10 +171,10 @@ TestCase {
         world.run("profile displayName=Robin")
         const app = start()
         tryCompare(app.profile, "displayName", "Robin")
-        verify(app.profile.requestUpdatePersonalMessage("back at five"))
         verify(app.profile.requestUpdateStatus(UserStatus.Busy, "meeting"))
-        tryCompare(app.profile, "personalMessage", "back at five")
         tryCompare(app.profile, "status", UserStatus.Busy)
+        verify(app.profile.requestUpdatePersonalMessage("back at five"))
+        tryCompare(app, "message", "back at five")
         verify(world.run("profile").includes("back at five"))
         world.run("picture 4000")
         tryVerify(() => color(app.ownImage) === colors[4000])

@@ -64,9 +64,13 @@ private Q_SLOTS:
         const PlatformContact contact = loaded(sent);
         QCOMPARE(contact, numbered());
         QVERIFY(!contact.isModified() && contact.isInitialized());
+        for (int field = 0; field < PlatformContact::FieldCount; ++field)
+            QVERIFY(numbered().isFieldModified(PlatformContact::PlatformContactField(field)));
         const auto root = QSharedPointer<zel::JsonWriter>::create(u"m"_s, zel::JsonWriter::Array, QString());
         PlatformContactJsonAdapter().elementToJson(contact, root);
-        PlatformContactJsonAdapter().elementToJson({}, root);
+        PlatformContact marked;
+        marked.setHandle({});
+        PlatformContactJsonAdapter().elementToJson(marked, root);
         QCOMPARE(root->toString().toUtf8(),
                  R"({"m":[)" + written +
                      R"(,{"userId":"","handle":"","ppid":"","appVersion":"","displayName":"","personalMessage":"",)"
@@ -104,6 +108,7 @@ private Q_SLOTS:
         expected.setPersonalMessage({});
         QCOMPARE(contact, expected);
         QCOMPARE(loaded(R"({"handle":"first","handle":"second"})").getHandle(), u"first"_s);
+        QCOMPARE(loaded(R"({"clientVersion":2147483647})").getZelVersion(), 2147483647);
         for (const char* none : {"[]", "5", R"({"clientVersion":2147483648})"})
             QCOMPARE(loaded(none, numbered()), numbered());
         // A missing text is none, and an empty one is empty.
