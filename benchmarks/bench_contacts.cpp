@@ -2,9 +2,9 @@
 // Contacts as an application gets them: from the service, through the object, to the public classes; and the object by
 // itself. Each run is one measurement in a process of its own, one line of JSON on standard output:
 //
-//   bench_contacts load library|qjson|simdjson N    N contacts, from the request to the last of them
-//   bench_contacts change N                         one contact's change, with N contacts there
-//   bench_contacts object                           one record out and the answer in
+//   bench_contacts load library|qjson|simdjson|object N    N contacts, from the request to the last of them
+//   bench_contacts change N                                one contact's change, with N contacts there
+//   bench_contacts object                                  one record out and the answer in
 #include "contacts/ByHand.h"
 #include "contacts/CoreProcess.h"
 #include "contacts/Memory.h"
@@ -172,10 +172,10 @@ void loadWithLibrary(CoreProcess& service, int contacts)
     });
 }
 
-void loadByHand(const QString& client, const QString& root, const HandDecoder& decoder, int contacts)
+void loadByHand(const QString& client, int descriptor, const HandDecoder& decoder, int contacts)
 {
     QEventLoop loop;
-    HandClient user(root, decoder);
+    HandClient user(descriptor, decoder);
     LoadMeter meter;
     meter.start();
     user.load([&] {
@@ -261,17 +261,21 @@ int main(int argc, char** argv)
     const QCoreApplication app(argc, argv);
     const int contacts = words.isEmpty() ? 0 : words.last().toInt();
     if (contacts < 1) {
-        std::fprintf(stderr, "usage: bench_contacts load library|qjson|simdjson N | change N | object\n");
+        std::fprintf(stderr, "usage: bench_contacts load library|qjson|simdjson|object N | change N | object\n");
         return 2;
     }
     CoreProcess service(QString::fromUtf8(ZELCORE_SIM), contacts);
+    const QByteArray object = "/services/zelcore/platform";
+    const auto direct = [&] { return connectDirectly(service.root().toUtf8() + object); };
     const QString client = words.value(1);
     if (what == "change"_L1)
         change(service, contacts);
     else if (client == "qjson"_L1)
-        loadByHand(client, service.root(), decodeWithQt(), contacts);
+        loadByHand(client, direct(), decodeWithQt(), contacts);
     else if (client == "simdjson"_L1)
-        loadByHand(client, service.root(), decodeWithSimdjson(), contacts);
+        loadByHand(client, direct(), decodeWithSimdjson(), contacts);
+    else if (client == "object"_L1)
+        loadByHand(client, ::pps_object_open("/pps" + object, O_RDWR), decodeWithSimdjson(), contacts);
     else
         loadWithLibrary(service, contacts);
     return 0;

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ByHand.h"
 
-#include "Packets.h"
-
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
@@ -133,8 +131,8 @@ HandDecoder decodeWithSimdjson()
         };
 }
 
-HandClient::HandClient(const QString& root, HandDecoder decode)
-    : m_descriptor(connectDirectly(root.toUtf8() + "/services/zelcore/platform"))
+HandClient::HandClient(int descriptor, HandDecoder decode)
+    : m_descriptor(descriptor)
     , m_notifier(std::make_unique<QSocketNotifier>(m_descriptor, QSocketNotifier::Read))
     , m_decode(std::move(decode))
     , m_buffer(recordSize + qsizetype(simdjson::SIMDJSON_PADDING), '\0')

@@ -36,12 +36,13 @@ using HandDecoder = std::function<Answer(char* text, size_t size, size_t capacit
 HandDecoder decodeWithQt();
 HandDecoder decodeWithSimdjson();
 
-/// The least that follows contacts: a socket, a notifier, a decoder, a hash; no order, no observers, no changes. One
-/// request is in flight at a time, of twenty keys, as the library has it.
+/// The least that follows contacts: a descriptor, a notifier, a decoder, a hash; no order, no observers, no changes.
+/// One request is in flight at a time, of twenty keys, as the library has it.
 class HandClient
 {
 public:
-    HandClient(const QString& root, HandDecoder decode);
+    /// Closes the descriptor, the service's object or a bare socket, at its end.
+    HandClient(int descriptor, HandDecoder decode);
     ~HandClient();
 
     /// Asks for everything; `done` is called when the last record is there.
@@ -53,7 +54,7 @@ private:
     void read();
     void requestNext();
 
-    int m_descriptor = -1;
+    const int m_descriptor;
     std::unique_ptr<QSocketNotifier> m_notifier;
     HandDecoder m_decode;
     std::function<void()> m_done;
