@@ -325,7 +325,6 @@ void SimulatorPrivate::reset()
     timeline.setSteps({});
     if (running) {
         QString problem;
-        timeline.start();
         comeBack(&problem);
         accepted(problem);
     }
@@ -363,7 +362,7 @@ QString SimulatorPrivate::remarkOn(const QString& state)
 /// Of a state that it sets.
 QString SimulatorPrivate::remarkOn(const Scenario::Step& step)
 {
-    const QStringList words = step.words.mid(step.words.value(0) == "app"_L1 ? 2 : 0);
+    const QStringList words = step.command();
     return words.size() == 2 && words.first() == "state"_L1 ? remarkOn(words.last()) : QString();
 }
 
@@ -431,8 +430,6 @@ bool SimulatorPrivate::load(const QString& scenario, QString* error)
             refuse(u"%1: %2"_s.arg(step.place, reply)); // a file that has gone since it was tried
     }
     timeline.setSteps(read->timeline);
-    if (running)
-        timeline.start();
     return true;
 }
 

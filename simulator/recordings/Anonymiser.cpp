@@ -61,8 +61,7 @@ void Anonymiser::findPictures(const Recording& recording)
     QMap<std::tuple<int, Kind, QString>, Stream> streams;
     for (qsizetype i = 0; i < recording.entries.size(); ++i) {
         const Recording::Entry& entry = recording.entries.at(i);
-        const std::optional<Content> content =
-            entry.isRecord() && entry.kind != Kind::Invoked ? contentOf(entry.bytes, false) : std::nullopt;
+        const std::optional<Content> content = contentOf(entry.bytes, false);
         if (!content || content->type != "stream"_L1)
             continue;
         const std::tuple key(entry.application, entry.kind, content->body.value("id"_L1).toString());

@@ -13,12 +13,10 @@ namespace {
 
 QString shown(const QJsonValue& value)
 {
-    constexpr qsizetype longest = 60;
     if (value.isUndefined())
         return u"not there"_s;
     const QByteArray json = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
-    const QString text = QString::fromUtf8(json.mid(1, json.size() - 2));
-    return text.size() > longest ? text.left(longest) + u'…' : text;
+    return shortened(QString::fromUtf8(json.mid(1, json.size() - 2)), 60);
 }
 
 class Walk
@@ -46,8 +44,7 @@ private:
         QStringList keys = then.keys() + now.keys();
         keys.removeDuplicates();
         for (const QString& key : std::as_const(keys))
-            compare(then.value(key), now.value(key), {place.type, key, place.depth + 1},
-                    path.isEmpty() ? key : path + u'.' + key);
+            compare(then.value(key), now.value(key), {place.type, key}, path.isEmpty() ? key : path + u'.' + key);
     }
 
     void compareElements(const QJsonArray& then, const QJsonArray& now, const TextPlace& place, const QString& path)
@@ -56,8 +53,7 @@ private:
             m_result->differences.append(u"\"%1\" had %2 elements, has %3"_s.arg(path, QString::number(then.size()),
                                                                                  QString::number(now.size())));
         for (qsizetype i = 0; i < qMin(then.size(), now.size()); ++i)
-            compare(then.at(i), now.at(i), {place.type, place.member, place.depth + 1},
-                    u"%1[%2]"_s.arg(path, QString::number(i)));
+            compare(then.at(i), now.at(i), place, u"%1[%2]"_s.arg(path, QString::number(i)));
     }
 
     /// Whether the two may differ, and do so only as they may.
@@ -91,7 +87,7 @@ Comparison Comparison::of(const QByteArray& then, const QByteArray& now, bool is
         return result;
     }
     result.sameType = before->type == after->type;
-    Walk(anonymous, &result).compare(before->body, after->body, {before->type, QString(), 0}, QString());
+    Walk(anonymous, &result).compare(before->body, after->body, {before->type, QString()}, QString());
     return result;
 }
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <span>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -77,8 +78,6 @@ QString Replay::place(const Step& step) const
 
 void Replay::connected(int client)
 {
-    if (m_ended)
-        return;
     m_quietSince = m_clock.elapsed();
     Lane* taken = nullptr;
     for (Lane& lane : m_lanes) {
@@ -97,7 +96,7 @@ void Replay::connected(int client)
 void Replay::disconnected(int client)
 {
     Lane* const lane = laneOf(client);
-    if (!lane || m_ended)
+    if (!lane)
         return;
     lane->isOver = true;
     const auto unmet =
@@ -112,14 +111,12 @@ void Replay::disconnected(int client)
 
 void Replay::received(int client, const QByteArray& record)
 {
-    if (Lane* const lane = laneOf(client); lane && !m_ended)
+    if (Lane* const lane = laneOf(client))
         take(*lane, record);
 }
 
 void Replay::invoked(const QString& target, const QByteArray& record)
 {
-    if (m_ended)
-        return;
     const auto found =
         std::find_if(m_lanes.begin(), m_lanes.end(), [&](const Lane& lane) { return lane.target == target; });
     if (found != m_lanes.end())
@@ -348,8 +345,9 @@ void Replay::giveUp()
     if (found == m_lanes.end())
         return;
     m_quietSince = m_clock.elapsed();
-    for (size_t i = found->next; i < found->steps.size() && entry(found->steps[i]).kind != Kind::Sent; ++i) {
-        Step& step = found->steps[i];
+    for (Step& step : std::span(found->steps).subspan(found->next)) {
+        if (entry(step).kind == Kind::Sent)
+            break;
         step.givenUp = !step.met;
         if (step.givenUp)
             differ(u"%1 has not sent %2, as it did then"_s.arg(nameOf(*found), place(step)));

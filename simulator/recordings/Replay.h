@@ -32,7 +32,7 @@ public:
     void disconnected(int client);
     void received(int client, const QByteArray& record);
     void invoked(const QString& target, const QByteArray& record);
-    /// Nothing more happens, whatever comes.
+    /// Nothing more happens: the last call, which may come while it tells somebody something.
     void end();
 
     const QStringList& differences() const { return m_differences; }

@@ -15,7 +15,6 @@ struct TextPlace
 {
     QString type;   ///< Of the message; a target's name for an invocation.
     QString member; ///< Whose value it is, or an element of.
-    int depth = 0;  ///< 1 for the members of the message's body.
 };
 
 /// What a text means for who compares recordings or takes out of them what is personal.
@@ -51,6 +50,8 @@ using TextMap = std::function<QString(const TextPlace&, const QString&)>;
 /// Every text replaced by what \a map makes of it.
 Content mapped(const Content& content, const TextMap& map);
 
+/// The beginning of a text that is longer than this.
+QString shortened(const QString& text, qsizetype longest);
 /// Its name and the beginning of what it says, for people.
 QString describe(const QByteArray& record, bool isInvocation);
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <simulator/scenarios/ActivityMaker.h>
 
+#include <limits>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -28,16 +29,16 @@ void ActivityMaker::set(Simulator::Activity activity, double perSecond, quint32 
     m_activity = activity;
     m_people = PeopleMaker(seed);
     m_due = 0;
-    const double ticks = qMin(perSecond, ticksPerSecond);
-    m_perTick = ticks > 0 ? perSecond / ticks : 0;
-    m_timer.setInterval(ticks > 0 ? qMax(1, int(1000 / ticks)) : 0);
+    m_perTick = qMax(1.0, perSecond / ticksPerSecond);
+    const double pause = perSecond > 0 ? 1000 / qMin(perSecond, ticksPerSecond) : 0;
+    m_timer.setInterval(int(qMin<double>(pause, std::numeric_limits<int>::max())));
     setPaused(m_paused);
 }
 
 void ActivityMaker::setPaused(bool paused)
 {
     m_paused = paused;
-    if (m_paused || m_perTick <= 0)
+    if (m_paused || m_timer.interval() == 0)
         m_timer.stop();
     else
         m_timer.start();
@@ -53,12 +54,9 @@ void ActivityMaker::act(Simulator::Activity activity)
 {
     using Activity = Simulator::Activity;
     if (activity == Activity::Mixed) {
+        static constexpr Activity others[] = {Activity::Installs, Activity::Uninstalls, Activity::Invitations};
         const int chance = m_people.below(10);
-        act(chance < 7    ? Activity::Changes
-            : chance == 7 ? Activity::Installs
-            : chance == 8 ? Activity::Uninstalls
-                          : Activity::Invitations);
-        return;
+        activity = chance < 3 ? others[chance] : Activity::Changes;
     }
     if (activity == Activity::Installs) {
         install();

@@ -36,7 +36,7 @@ private:
     PeopleMaker m_people{1};
     QTimer m_timer;
     Simulator::Activity m_activity = Simulator::Activity::Mixed;
-    double m_perTick = 0;
+    double m_perTick = 1;
     double m_due = 0;
     bool m_paused = true;
 };

@@ -39,7 +39,7 @@ Answer changeItem(World& world, const QString& owner, const QStringList& args)
                                    : name == "icon"_L1   ? &BoxItem::iconId
                                                          : nullptr;
         if (!member)
-            return refusal(u"no field \"%1\"; there are: text, cookie, icon"_s.arg(name));
+            return {u"no field \"%1\"; there are: text, cookie, icon"_s.arg(name)};
         item.*member = field.section(u'=', 1);
     }
     return outcomeOf(world.changeBoxItem(item, owner));

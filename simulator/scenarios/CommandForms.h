@@ -28,11 +28,6 @@ inline Answer outcomeOf(const QString& problem, const QString& text = {})
     return {problem, text};
 }
 
-inline Answer refusal(const QString& problem)
-{
-    return {problem, QString()};
-}
-
 inline Answer say(const QString& text)
 {
     return {QString(), text};

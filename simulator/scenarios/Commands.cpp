@@ -132,14 +132,13 @@ QString usageProblem(const QStringList& words, qsizetype nameLength, const QStri
     QStringList commands;
     QStringList actions;
     QStringList usages;
-    for (const Form* const row : allForms()) {
-        const Form& form = *row;
-        const QStringList name = QString::fromUtf16(form.name).split(u' ');
+    for (const Form* const form : allForms()) {
+        const QStringList name = QString::fromUtf16(form->name).split(u' ');
         commands.append(name.first());
         if (name.first() == words.first() && name.size() > 1)
             actions.append(name.last());
         if (name.mid(0, nameLength) == words.mid(0, nameLength))
-            usages.append(usageOf(form));
+            usages.append(usageOf(*form));
     }
     commands.removeDuplicates();
     actions.removeDuplicates();
@@ -229,19 +228,18 @@ Answer Commands::act(const Form& form, const Addressee& whose, const QStringList
         return (*forApplications)(*m_simulator, whose, args);
     QString problem;
     const QString owner = m_simulator ? m_simulator->boxOwner(whose, &problem) : whose.uuid;
-    return problem.isEmpty() ? std::get<InBox>(form.run)(m_world, owner, args) : refusal(problem);
+    return problem.isEmpty() ? std::get<InBox>(form.run)(m_world, owner, args) : Answer{problem};
 }
 
 QString Commands::help()
 {
     constexpr qsizetype column = 36;
     QString text;
-    for (const Form* const row : allForms()) {
-        const Form& form = *row;
-        const QString usage = usageOf(form);
+    for (const Form* const form : allForms()) {
+        const QString usage = usageOf(*form);
         // A long form has its explanation on a line of its own, in the same column.
         const QString gap = usage.size() > column ? u'\n' + QString(column + 2, u' ') : QString();
-        text += u"  %1%2  %3\n"_s.arg(usage.leftJustified(column), gap, QString::fromUtf16(form.what));
+        text += u"  %1%2  %3\n"_s.arg(usage.leftJustified(column), gap, QString::fromUtf16(form->what));
     }
     const QStringList fields = personFieldNames();
     return text +

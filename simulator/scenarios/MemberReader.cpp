@@ -139,27 +139,29 @@ QStringList MemberReader::fields()
     return fields;
 }
 
-MemberReader MemberReader::object(const QString& key)
+void MemberReader::object(const QString& key, const Visit& visit)
 {
-    const QJsonValue value = m_object.take(key);
-    if (!value.isUndefined() && !value.isObject())
-        complain(key, u"is no object"_s);
-    return {value.toObject(), placeOf(key), m_problem};
+    if (has(key))
+        read(m_object.take(key), placeOf(key), visit);
 }
 
-void MemberReader::each(const QString& key, const std::function<void(MemberReader&)>& visit)
+void MemberReader::each(const QString& key, const Visit& visit)
 {
     const QJsonValue value = m_object.take(key);
     if (!value.isUndefined() && !value.isArray())
         complain(key, u"is no array"_s);
     const QJsonArray array = value.toArray();
-    for (qsizetype i = 0; i < array.size(); ++i) {
-        MemberReader element(array.at(i).toObject(), u"%1[%2]"_s.arg(placeOf(key), QString::number(i)), m_problem);
-        if (!array.at(i).isObject())
-            element.complain(QString(), u"is no object"_s);
-        visit(element);
-        element.end();
-    }
+    for (qsizetype i = 0; i < array.size(); ++i)
+        read(array.at(i), u"%1[%2]"_s.arg(placeOf(key), QString::number(i)), visit);
+}
+
+void MemberReader::read(const QJsonValue& value, const QString& place, const Visit& visit) const
+{
+    MemberReader reader(value.toObject(), place, m_problem);
+    if (!value.isObject())
+        reader.complain(QString(), u"is no object"_s);
+    visit(reader);
+    reader.end();
 }
 
 void MemberReader::end()

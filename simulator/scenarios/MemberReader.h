@@ -62,15 +62,19 @@ public:
     qint64 number(const QString& key, qint64 least, qint64 most);
     /// NAME=VALUE for every member that nobody took.
     QStringList fields();
-    MemberReader object(const QString& key);
-    /// Calls \a visit with each object of an array.
-    void each(const QString& key, const std::function<void(MemberReader&)>& visit);
+    using Visit = std::function<void(MemberReader&)>;
+    /// Calls \a visit with an object that is there, and ends it.
+    void object(const QString& key, const Visit& visit);
+    /// The same with each object of an array.
+    void each(const QString& key, const Visit& visit);
 
     /// Whatever is left was misspelt.
     void end();
     void complain(const QString& key, const QString& what);
 
 private:
+    void read(const QJsonValue& value, const QString& place, const Visit& visit) const;
+
     QJsonObject m_object;
     QString m_place;
     MemberProblem* m_problem;

@@ -55,7 +55,7 @@ Answer changeContact(World& world, const QStringList& args)
     QString problem;
     const Person* before = world.findContact(args.first(), &problem);
     if (!before)
-        return refusal(problem);
+        return {problem};
     Person person = *before;
     problem = readPerson(world, args.mid(1), person);
     if (problem.isEmpty() && person.userId != before->userId)

@@ -37,12 +37,11 @@ public:
     {
     }
 
-    void read(MemberReader world)
+    void read(MemberReader& world)
     {
-        if (world.has(u"profile"_s)) {
-            MemberReader profile = world.object(u"profile"_s);
+        world.object(u"profile"_s, [&](MemberReader& profile) {
             add(profile.place(), QStringList{u"profile"_s} + profile.fields());
-        }
+        });
         addMembers(world, u"permissions"_s, u"permission"_s);
         if (world.has(u"registration"_s))
             add(world.placeOf(u"registration"_s),
@@ -53,10 +52,9 @@ public:
         addMembers(world, u"targets"_s, u"target"_s);
         readPeople(world);
         readPart(world);
-        readApplications(world.object(u"applications"_s));
+        world.object(u"applications"_s, [this](MemberReader& applications) { readApplications(applications); });
         addMembers(world, u"ecoIds"_s, u"eco"_s);
         addMembers(world, u"ecoIdStatus"_s, u"eco-status"_s);
-        world.end();
     }
 
 private:
@@ -71,18 +69,17 @@ private:
     /// One command for each member of an object.
     void addMembers(MemberReader& parent, const QString& key, const QString& command)
     {
-        MemberReader reader = parent.object(key);
-        for (const QString& name : reader.keys())
-            add(reader.placeOf(name), {command, name, reader.word(name)});
+        parent.object(key, [&](MemberReader& reader) {
+            for (const QString& name : reader.keys())
+                add(reader.placeOf(name), {command, name, reader.word(name)});
+        });
     }
 
     void readPeople(MemberReader& world)
     {
-        if (world.has(u"generate"_s)) {
-            MemberReader generate = world.object(u"generate"_s);
+        world.object(u"generate"_s, [&](MemberReader& generate) {
             add(generate.place(), {u"generate"_s, generate.word(u"count"_s), generate.word(u"seed"_s, u"1"_s)});
-            generate.end();
-        }
+        });
         world.each(u"contacts"_s, [&](MemberReader& contact) {
             const QStringList words{u"contact"_s, u"add"_s, contact.word(u"handle"_s)};
             add(contact.place(), words + contact.fields());
@@ -94,7 +91,11 @@ private:
     {
         addWord(part, u"latency"_s, {u"latency"_s});
         addWord(part, u"requestLatency"_s, {u"request"_s, u"latency"_s});
-        MemberReader box = part.object(u"box"_s);
+        part.object(u"box"_s, [this](MemberReader& box) { readBox(box); });
+    }
+
+    void readBox(MemberReader& box)
+    {
         addWord(box, u"limit"_s, {u"box"_s, u"limit"_s});
         box.each(u"icons"_s, [&](MemberReader& icon) {
             add(icon.place(), {u"box"_s, u"icon"_s, icon.word(u"id"_s), icon.word(u"size"_s)});
@@ -102,16 +103,13 @@ private:
         box.each(u"items"_s, [&](MemberReader& item) {
             add(item.place(), {u"box"_s, u"add"_s, item.word(u"text"_s), item.word(u"cookie"_s), item.word(u"icon"_s)});
         });
-        box.end();
     }
 
-    void readApplications(MemberReader applications)
+    void readApplications(MemberReader& applications)
     {
         for (const QString& application : applications.keys()) {
-            MemberReader one = applications.object(application);
             m_whose = {u"app"_s, application};
-            readPart(one);
-            one.end();
+            applications.object(application, [this](MemberReader& one) { readPart(one); });
         }
         m_whose.clear();
     }
@@ -152,7 +150,7 @@ QString parse(const QByteArray& text, Scenario* scenario)
     MemberProblem problem;
     MemberReader root(document.object(), QString(), &problem);
     root.word(u"description"_s);
-    WorldReader(&scenario->world).read(root.object(u"world"_s));
+    root.object(u"world"_s, [&](MemberReader& world) { WorldReader(&scenario->world).read(world); });
     root.each(u"timeline"_s, [&](MemberReader& step) { readStep(step, &scenario->timeline); });
     root.end();
     const MemberLines lines(text);
@@ -173,16 +171,15 @@ QString foundFrom(const QDir& folder, const QString& picture)
     return isSize || picture.isEmpty() || picture == "none"_L1 ? picture : folder.filePath(picture);
 }
 
-void findPictures(const QDir& folder, QStringList* words)
+void findPictures(const QDir& folder, Scenario::Step& step)
 {
     const QString field = u"picture="_s;
-    for (QString& word : *words) {
+    for (QString& word : step.words) {
         if (word.startsWith(field))
             word = field + foundFrom(folder, word.mid(field.size()));
     }
-    const qsizetype command = words->value(0) == "app"_L1 ? 2 : 0;
-    if (words->mid(command, 2) == QStringList{u"box"_s, u"icon"_s})
-        words->last() = foundFrom(folder, words->last());
+    if (step.command().mid(0, 2) == QStringList{u"box"_s, u"icon"_s})
+        step.words.last() = foundFrom(folder, step.words.last());
 }
 
 } // namespace
@@ -204,7 +201,7 @@ std::optional<Scenario> Scenario::load(const QString& nameOrPath, QString* probl
     const QDir folder = QFileInfo(file.fileName()).dir();
     for (QList<Step>* const steps : {&scenario.world, &scenario.timeline}) {
         for (Step& step : *steps)
-            findPictures(folder, &step.words);
+            findPictures(folder, step);
     }
     if (wrong.isEmpty())
         return scenario;

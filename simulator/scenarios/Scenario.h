@@ -22,6 +22,9 @@ struct Scenario
         QStringList words;
         int at = 0; ///< So many milliseconds after the start, or after the first registration.
         bool afterRegistration = false;
+
+        /// The words without the application that they are for.
+        QStringList command() const { return words.mid(words.value(0) == QLatin1String("app") ? 2 : 0); }
     };
 
     QString name; ///< As it was asked for.

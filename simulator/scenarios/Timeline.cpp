@@ -24,7 +24,7 @@ Timeline::Timeline()
     m_timer.setSingleShot(true);
     m_timer.setTimerType(Qt::PreciseTimer);
     connect(&m_timer, &QTimer::timeout, this, [this] {
-        while (m_running && !m_paused && takeNext(time())) {
+        while (!m_paused && takeNext(time())) {
         }
         schedule();
     });
@@ -32,8 +32,9 @@ Timeline::Timeline()
 
 void Timeline::setSteps(const QList<Scenario::Step>& steps)
 {
-    stop();
     m_steps = steps;
+    if (m_running)
+        start();
 }
 
 void Timeline::start()
@@ -48,14 +49,12 @@ void Timeline::stop()
 {
     m_running = false;
     m_pending.clear();
-    schedule();
 }
 
 void Timeline::registered()
 {
-    if (!m_running || m_registeredAt)
-        return;
-    m_registeredAt = time();
+    if (!m_registeredAt)
+        m_registeredAt = time();
     schedule();
 }
 
@@ -83,10 +82,10 @@ int Timeline::runUntil(int time)
 {
     setPaused(true);
     int taken = 0;
-    while (m_running && takeNext(time))
+    while (takeNext(time))
         ++taken;
-    if (m_running && m_paused && time > m_time)
-        setTime(time);
+    if (m_running && m_paused)
+        setTime(std::max(m_time, time));
     return taken;
 }
 
@@ -118,10 +117,9 @@ bool Timeline::takeNext(int latest)
     if (found == m_pending.end() || *dueTime(*found) > latest)
         return false;
     const Scenario::Step step = *found;
-    const int when = *dueTime(step);
     m_pending.erase(found);
-    if (m_paused && when > m_time)
-        setTime(when);
+    if (m_paused)
+        setTime(std::max(m_time, *dueTime(step)));
     Q_EMIT due(step);
     return true;
 }
@@ -136,9 +134,7 @@ void Timeline::setTime(int time)
 void Timeline::schedule()
 {
     const auto found = next();
-    if (!m_running || m_paused || found == m_pending.end())
-        m_timer.stop();
-    else
+    if (!m_paused && found != m_pending.end())
         m_timer.start(std::max(0, *dueTime(*found) - time()));
 }
 

@@ -18,6 +18,7 @@ class Timeline : public QObject
 public:
     Timeline();
 
+    /// They begin when it runs, from the start.
     void setSteps(const QList<Scenario::Step>& steps);
     void start();
     void stop();
@@ -45,7 +46,7 @@ private:
     void schedule();
 
     QList<Scenario::Step> m_steps;
-    QList<Scenario::Step> m_pending;
+    QList<Scenario::Step> m_pending; ///< Empty while it does not run.
     std::optional<int> m_registeredAt;
     bool m_running = false;
     bool m_paused = false;

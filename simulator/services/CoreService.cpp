@@ -95,11 +95,10 @@ void CoreService::suspend()
 {
     m_suspended.removeIf(
         [](const Session& session) { return ::kill(pid_t(session.process), 0) != 0 && errno == ESRCH; });
-    for (const auto& [client, session] : m_context.sessions) {
+    for (const auto& [client, session] : std::exchange(m_context.sessions, {})) {
         settle(*session);
         m_suspended.append(*session);
     }
-    m_context.sessions.clear();
 }
 
 void CoreService::settle(Session& session)

@@ -89,8 +89,8 @@ void Registrar::setState(const QString& state)
 void Registrar::setState(Session& session, const QString& state)
 {
     session.state = state;
-    if (state == "Success"_L1 && isUuid(session.uuid))
-        changeRegistered(m_registered + QSet{session.uuid.toLower()});
+    if (state == "Success"_L1)
+        setRegistered(session.uuid, true);
     m_lists.sendPermission(session);
     Q_EMIT stateChanged(state);
 }
@@ -99,23 +99,24 @@ void Registrar::setState(Session& session, const QString& state)
 
 QStringList Registrar::registered() const
 {
-    QStringList uuids = m_registered.values();
-    uuids.sort();
-    return uuids;
+    return {m_registered.cbegin(), m_registered.cend()};
 }
 
 QString Registrar::setRegistered(const QString& uuid, bool registered)
 {
     if (!isUuid(uuid))
         return u"\"%1\" is no UUID"_s.arg(uuid.left(80));
-    const QSet<QString> one{uuid.toLower()};
-    changeRegistered(registered ? m_registered + one : m_registered - one);
+    std::set<QString> changed = m_registered;
+    changed.erase(uuid.toLower());
+    if (registered)
+        changed.insert(uuid.toLower());
+    changeRegistered(changed);
     return {};
 }
 
 QString Registrar::remember(const QString& path)
 {
-    QSet<QString> read = m_registered;
+    std::set<QString> read = m_registered;
     QFile file(path);
     if (file.exists() && !file.open(QIODevice::ReadOnly))
         return u"%1: %2"_s.arg(path, file.errorString());
@@ -132,7 +133,7 @@ QString Registrar::remember(const QString& path)
     return {};
 }
 
-void Registrar::changeRegistered(const QSet<QString>& registered)
+void Registrar::changeRegistered(const std::set<QString>& registered)
 {
     if (registered == m_registered)
         return;
@@ -140,7 +141,7 @@ void Registrar::changeRegistered(const QSet<QString>& registered)
     if (m_file.isEmpty())
         return;
     QByteArray lines;
-    for (const QString& uuid : Registrar::registered())
+    for (const QString& uuid : registered)
         lines += uuid.toLatin1() + '\n';
     QSaveFile file(m_file);
     if (!file.open(QIODevice::WriteOnly) || file.write(lines) < 0 || !file.commit())

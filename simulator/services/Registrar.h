@@ -5,8 +5,9 @@
 #include <simulator/services/ListService.h>
 
 #include <QtCore/QObject>
-#include <QtCore/QSet>
 #include <QtCore/QStringList>
+
+#include <set>
 
 namespace zelcore {
 
@@ -46,7 +47,7 @@ Q_SIGNALS:
 
 private:
     void conclude(int client);
-    void changeRegistered(const QSet<QString>& registered);
+    void changeRegistered(const std::set<QString>& registered);
 
     ServiceContext& m_context;
     ListService& m_lists;
@@ -54,8 +55,8 @@ private:
     Simulator::RegistrationPolicy m_policy = Simulator::RegistrationPolicy::Automatic;
     QString m_outcome = QStringLiteral("Success");
     int m_delay = 0;
-    QSet<QString> m_registered; ///< As registered().
-    QString m_file;             ///< Where they are kept; empty when nowhere.
+    std::set<QString> m_registered; ///< As registered().
+    QString m_file;                 ///< Where they are kept; empty when nowhere.
 };
 
 } // namespace zelcore

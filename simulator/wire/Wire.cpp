@@ -110,22 +110,16 @@ QList<QByteArray> packElements(const QList<QByteArray>& elements, const QString&
     const QByteArray head = QByteArrayLiteral("{\"elements\":[");
     const QByteArray tail = "],\"id\":\"\",\"type\":" + text(listType) + '}';
     const QByteArray lastTail = "],\"id\":\"\",\"last\":true,\"type\":" + text(listType) + '}';
-    // What the record's own framing and the message's name take is far below this.
+    // What the record's own framing, the message's name and a comma take is far below this.
     const qsizetype room = largestRecord - 256 - lastTail.size();
 
     QList<QByteArray> bodies;
-    QByteArray body;
-    const auto begin = [&] {
-        body = QByteArray();
-        body.reserve(elements.size() > 64 ? largestRecord : 1024 * (1 + elements.size()));
-        body += head;
-    };
-    begin();
+    QByteArray body = head;
     for (const QByteArray& element : elements) {
         const bool first = body.size() == head.size();
-        if (!first && body.size() + 1 + element.size() > room) {
+        if (!first && body.size() + element.size() > room) {
             bodies.append(body + tail);
-            begin();
+            body.truncate(head.size());
         } else if (!first) {
             body += ',';
         }

@@ -133,7 +133,7 @@ QString World::givePicture(Person& person, const QByteArray& data)
 QString World::contactProblem(const Person& person, const QByteArray& json) const
 {
     const QString holder = m.userIdByHandle.value(person.handle);
-    if (!person.handle.isEmpty() && !holder.isEmpty() && holder != person.userId)
+    if (!holder.isEmpty() && holder != person.userId)
         return u"the handle \"%1\" is taken"_s.arg(person.handle);
     return tooLong(json);
 }

@@ -163,7 +163,7 @@ dat:json:{"listChange":{"type":"global","elements":[{"name":"permission","value"
         zelcore::Simulator third;
         QVERIFY(third.start());
         QTest::ignoreMessage(QtWarningMsg, qPrintable(sentence));
-        QVERIFY(!third.exportRoot());
+        QVERIFY(!third.exportRoot() && first.exportRoot());
         third.stop();
         qputenv("PPS_ROOT", QFile::encodeName(third.root()));
         QString problem;

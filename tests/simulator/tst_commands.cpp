@@ -22,7 +22,6 @@ private Q_SLOTS:
             {"chat 'Ξένια 🐱'", "chat|Ξένια 🐱"},
             {"a#b # c", "a#b|#|c"},
             {"a 'b", nullptr},
-            {"a \"b", nullptr},
             {"a \"b\\\"", nullptr},
             {"a \\", nullptr}};
         for (const auto& [line, words] : rows) {
@@ -38,8 +37,8 @@ private Q_SLOTS:
             $ # only a comment
             $ contact add anna displayName="Anna B." showBusy=on clientVersion=7
             $ contact anna => displayName Anna B. => showBusy true => clientVersion 7
-            $ contact add boris installed=off
-            $ contacts => anna installed => boris not installed => contacts: 2, with the application: 1
+            $ contact add boris displayName= installed=off
+            $ contacts => anna installed => boris not installed boris contacts: 2, with the application: 1
             $ contact picture boris 32768
             $ contact boris => avatarMimeType image/png
             $ profile displayName "Robin the 2nd"
@@ -82,8 +81,7 @@ private Q_SLOTS:
             $! permission showAppBox perhaps => usage: permission
             $! send foo { => JSON
             $! picture 32769 => 32768
-            $! quit now => usage: quit
-            $! generate many => COUNT
+            $! generate 1 many => SEED
             $! rate 100001 => PER-SECOND
             $! eco-status e Friend => PendingContactExists
             $! drop a b => too many)"));
@@ -120,20 +118,14 @@ private Q_SLOTS:
             {R"({"world":{"box":{"icons":[{"id":"1"}]}}})", "world.box.icons[0]: a picture is"},
             {R"({"world":{"profile":{"picture":"none.png"}}})", "world.profile: /"}, // beside the scenario
             {R"({"world":[]})", "world is no object"},
-            {R"({"world":{"targets":{"nobody":"missing"}}})", "world.targets.nobody: "},
-            {R"({"world":{"registered":{"me":true}}})", "no UUID"},
             {R"({"world":{"box":{"limit":1,"items":[{"text":"a"},{"text":"b"}]}}})",
              "world.box.items[1]: the box is full"},
             {R"({"world":{"applications":{"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b":{"box":{"items":[{"text":""}]}}}}})",
              "world.applications.6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b.box.items[0]: "},
-            {R"({"world":{"registration":"lunch"}})", "world.registration: \"lunch\""},
             {R"({"wrld":{}})", "wrld"},
-            {R"({"world":{"mood":1}})", "world.mood means nothing"},
             {R"({"world":{"generate":{"count":1,"mood":1}}})", "world.generate.mood means nothing"},
-            {R"({"timeline":[{"command":"away","mood":1}]})", "timeline[0].mood means nothing"},
             {R"({"timeline":[{"command":"invite nobody"}]})", "timeline[0]: no contact"},
             {R"({"timeline":[{"command":"app 1 box icon 3 none.png"}]})", "timeline[0]: /"},
-            {R"({"world":{"profile":{"age":3}}})", "world.profile: no field \"age\""},
             {R"({"timeline":[{"command":"away"},{"command":"contact remove nobody"}]})", "timeline[1]: "},
             {R"({"timeline":[{"command":"profile x \\"}]})", "timeline[0].command"},
             {R"({"timeline":[{"after":"lunch","command":"away"}]})", "after"},
@@ -146,11 +138,13 @@ private Q_SLOTS:
         QString problem;
         QVERIFY(!m_simulator->loadScenario(u"no such scenario"_s, &problem) && problem.contains("first-steps"_L1));
         // What applications make need not be there, and times count.
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"timeline.7.: .*state \"Lost\""_s));
         QCOMPARE(load(R"({"timeline":[{"at":99999,"command":"contact remove a"},{"at":99999,"command":"contact add a"},
                                 {"at":1,"command":"contact add a"},{"command":"box remove item-7"},
                                 {"command":"box change item-1 text=b"},{"command":"box icon 3 none"},
-                                {"command":"away 5"},{"command":"app 2 state Expired"},{"command":"app 2 box add x"}],
-                          "world":{"state":"Pending","latency":5,"requestLatency":"5","reading":true,
+                                {"command":"away 5"},{"command":"app 2 state Lost"},{"command":"app 2 box add x"},
+                                {"at":99999,"command":"rate 100000"}],
+                          "world":{"permissions":{"zelSetup":false},"state":"Pending","latency":5,"requestLatency":"5","reading":true,
                                    "targets":{"sys.socialplatform":"refuses"},"box":{"limit":"none"},
                                    "registered":{"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b":true},
                                    "applications":{"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b":
@@ -171,7 +165,7 @@ private Q_SLOTS:
         // The third comes first in its file, two are due at the same time, and the last waits for a registration, of
         // which only the first counts.
         QCOMPARE(load(R"({"world":{"profile":{"displayName":"Before"},"contacts":[{"handle":"","displayName":"Anna"}]},
-                          "timeline":[{"at":90,"command":"eco c c"},{"at":10,"command":"eco a a"},
+                          "timeline":[{"at":9000,"command":"eco c c"},{"at":10,"command":"eco a a"},
                                       {"at":10,"command":"eco b b"},
                                       {"after":"registered","at":5,"command":"eco d d"}]})"),
                  QString());
@@ -180,23 +174,23 @@ private Q_SLOTS:
             $ contact anna => displayName Anna
             $ timeline step
             $ timeline => 10 ms, paused
-            $ timeline until 89 => 1 entries
+            $ timeline until 8999 => 1 entries
             $ timeline until 20 => 0 entries
-            $ timeline => 89 ms
+            $ timeline => 8999 ms
             $ timeline step
             $! timeline step => no entry follows
-            $ timeline until 1000 => 0 entries
+            $ timeline until 10000 => 0 entries
             $ state Success
-            $ timeline until 1004 => 0 entries
+            $ timeline until 10004 => 0 entries
             $ state Success
-            $ timeline until 1005 => 1 entries)"));
+            $ timeline until 10005 => 1 entries)"));
         QCOMPARE(done, u"abcd"_s);
         m_simulator->stop();
         QVERIFY(!m_simulator->stepTimeline() && m_simulator->start() && m_simulator->timelineTime() == 0);
-        QVERIFY(play("$ timeline step\n$ timeline go\n$ timeline until 0\n$ timeline => paused\n$ timeline go"));
+        QVERIFY(play("$ timeline step\n$ timeline go\n$ timeline until 8990\n$ timeline => paused\n$ timeline go"));
         QTRY_COMPARE(done, u"abcdabc"_s);
         QVERIFY(play("$! timeline step\n$ timeline => paused\n$ timeline go\n$ timeline pause"));
-        QVERIFY(m_simulator->isTimelinePaused() && m_simulator->timelineTime() >= 90);
+        QVERIFY(m_simulator->isTimelinePaused() && m_simulator->timelineTime() >= 9000);
         QVERIFY(play("$ reset\n$! timeline step") && m_refused->isEmpty());
     }
 
