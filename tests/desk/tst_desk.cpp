@@ -49,7 +49,12 @@ private Q_SLOTS:
         QRandomGenerator random = seededRandom();
         const QStringList texts{{}, u"N"_s, u"name"_s, u"name 1"_s, u"Name 12"_s, u"e 1"_s, u"user-"_s};
         for (int turn = 0; turn < 20; ++turn) {
+            QString text;
             for (int change = 0; change < 20; ++change) {
+                if (change % 7 == 0) { // typed before changes are announced, and before others are made
+                    text = texts.at(random.bounded(int(texts.size())));
+                    m_desk->shownContacts()->setText(text);
+                }
                 const QStringList ids = m_simulator->contactIds();
                 const QString id = ids.isEmpty() ? QString() : ids.at(random.bounded(int(ids.size())));
                 zelcore::Person person = m_simulator->contact(id);
@@ -67,12 +72,6 @@ private Q_SLOTS:
                     person.displayName = u"Name %1"_s.arg(random.bounded(20));
                     m_simulator->changeContact(person);
                 }
-            }
-            // Typed before the changes are announced.
-            QString text;
-            for (int key = 0; key < 3; ++key) {
-                text = texts.at(random.bounded(int(texts.size())));
-                m_desk->shownContacts()->setText(text);
             }
             QStringList found;
             for (const QString& id : m_simulator->contactIds()) {
@@ -129,16 +128,18 @@ private Q_SLOTS:
         QVERIFY(box.add(u"Level 3"_s));
         QTRY_COMPARE(shown(box, BoxModel::TextRole), QStringList(u"Level 3"_s));
         QVERIFY(box.setData(box.index(0), u"1"_s, BoxModel::IconRole) && tells("\"imageId\":\"1\""));
-        QVERIFY(!box.setData(box.index(0), u"7"_s, BoxModel::IconRole)); // there is none
         box.addIcon();
         box.removeIcon(u"1"_s);
         QCOMPARE(box.icons(), QStringList(u"2"_s));
+        box.clear();
+        QVERIFY(m_simulator->boxItems().isEmpty());
 
         m_desk->service()->setZelInvites(false);
         QVERIFY(tells("\"zelInvites\":false"));
         m_desk->service()->setRegistrationState(u"Expired"_s);
         QVERIFY(tells("Expired"));
-        QTRY_COMPARE(shown(*m_desk->applications(), ApplicationModel::StateRole), QStringList(u"Expired"_s));
+        m_desk->applications()->setState(u"1"_s, u"Pending"_s);
+        QTRY_COMPARE(shown(*m_desk->applications(), ApplicationModel::StateRole), QStringList(u"Pending"_s));
         m_desk->service()->setAway(true);
         QTRY_VERIFY(application.closed && m_desk->applications()->count() == 0);
         m_desk->service()->setAway(false);
@@ -150,7 +151,8 @@ private Q_SLOTS:
         m_desk->contact()->setUserId(m_desk->contacts()->add(u"Anna"_s));
         const Service* const service = m_desk->service();
         const std::tuple<const char*, const QObject*, const char*> rows[] = {
-            {"contact add bert", m_desk->contacts(), SIGNAL(countChanged())},
+            {"box add hi", m_desk->box(), SIGNAL(countChanged())},
+            {"box change item-1 text=ho", m_desk->box(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QList<int>))},
             {"away", service, SIGNAL(awayChanged())},
             {"back", service, SIGNAL(awayChanged())},
             {"permission zelInvites off", service, SIGNAL(permissionsChanged())},
@@ -169,6 +171,9 @@ private Q_SLOTS:
         }
         const QSignalSpy told(service, &Service::registrationChanged);
         QVERIFY(m_desk->service()->execute(u"registration manual"_s) && !told.isEmpty());
+        m_simulator->stop();
+        m_desk->service()->setAway(false); // there is nothing to come back
+        QVERIFY(m_desk->service()->isComplaint());
     }
 
     void theTimelineGoesStepByStep()
@@ -178,8 +183,6 @@ private Q_SLOTS:
         timeline.setPaused(true);
         QVERIFY(m_simulator->isTimelinePaused() && told.size() == 1);
         QVERIFY(!timeline.open(u"/no/such/file"_s) && m_desk->service()->isComplaint());
-        QVERIFY(timeline.open(u"first-steps"_s));
-        QCOMPARE(m_desk->service()->registrationDelay(), 400);
         QVERIFY(timeline.open(u"busy-day"_s));
         timeline.step(); // it waits for a registration
         QVERIFY(m_desk->service()->isComplaint());
@@ -191,6 +194,8 @@ private Q_SLOTS:
         QCOMPARE(m_desk->service()->notices().first(), u"scenario: rate 20 mixed"_s);
         QVERIFY(timeline.time() == 500 && told.size() == 2);
         QVERIFY(timeline.open(u"busy-day"_s) && timeline.time() == 0 && told.size() == 3);
+        m_simulator->reset();
+        QCOMPARE(timeline.scenario(), QString());
     }
 
     void weatherIsMadeAndEndsWithTheWorld()
@@ -209,7 +214,6 @@ private Q_SLOTS:
         QVERIFY(m_simulator->boxItems().isEmpty());
         QVERIFY(weather.injectFault(false, int(Simulator::Fault::Garble), 0, u""_s, u"1"_s));
         QCOMPARE(m_desk->service()->notices().first(), u"Garble to application 1: the next message"_s);
-        QCOMPARE(weather.faults().join(u' '), u"Drop Delay Duplicate Truncate Garble"_s);
 
         QSignalSpy changed(&weather, &Weather::changed);
         QVERIFY(m_desk->service()->execute(u"latency 30"_s) && m_desk->service()->execute(u"reading off"_s));
@@ -221,11 +225,8 @@ private Q_SLOTS:
         QTRY_VERIFY(m_desk->contacts()->count() == 3 && m_desk->box()->count() == 1);
         m_desk->contact()->setUserId(m_simulator->contactIds().first());
         QVERIFY(m_desk->contact()->isThere());
-        m_desk->service()->stopRecording();
-        QCOMPARE(m_desk->service()->notices().first(), u"the recording is complete"_s);
         m_desk->service()->reset();
         QVERIFY(!m_desk->contact()->isThere());
-        QCOMPARE(m_desk->service()->notices().first(), u"a world of its own again"_s);
         QTRY_VERIFY(m_desk->contacts()->count() == 0 && m_desk->box()->count() == 0);
         QTRY_COMPARE(m_desk->applications()->count(), 0);
         QVERIFY(weather.latencyTo() == 0 && weather.isReading());
@@ -244,7 +245,7 @@ private Q_SLOTS:
         QTRY_COMPARE(wire.count(), WireModel::mostRecords);
         QCOMPARE(inserted.size(), 1);
         QCOMPARE(wire.passed(), 12001);
-        QVERIFY(wire.pretty(int(WireModel::mostRecords) - 1).contains("\"number\": 11999"_L1));
+        QVERIFY(wire.pretty(wire.count() - 1).contains("\"number\": 11999"_L1) && wire.pretty(wire.count()).isEmpty());
 
         wire.clear();
         wire.setText(u"even"_s); // looks at all that is kept

@@ -155,7 +155,11 @@ private Q_SLOTS:
             {QStringLiteral(ZEL_CONTACTS), {u"--contacts"_s, u"x"_s}, 2, "zel-contacts: --contacts takes a number"},
             {QStringLiteral(ZEL_CONTACTS), {u"-page"_s, u"x"_s}, 2, "zel-contacts: there is no page"},
             {QStringLiteral(ZEL_CONTACTS), {u"--simulate"_s, u"--screenshot"_s, u"/no/x.png"_s}, 1, "/no/x.png"},
-            {lonely, {u"--simulate"_s}, 1, "not installed"}};
+            {lonely, {u"--simulate"_s}, 1, "not installed"},
+            {u"env"_s,
+             {u"QT_QUICK_CONTROLS_STYLE=x"_s, QStringLiteral(ZELCORE_DESK), u"--root"_s, folder.path()},
+             1,
+             "x"}};
         for (const auto& [name, arguments, status, words] : rows) {
             QProcess program;
             program.start(name, arguments);
@@ -198,7 +202,7 @@ private Q_SLOTS:
         QTest::keyClick(shown.window, Qt::Key_Tab);
         QTest::keyClick(shown.window, Qt::Key_Return); // on "Cancel"
         QVERIFY(open());
-        shown.type(u"by mouse.jsonl"_s);
+        shown.type(u"~/"_s + QDir::home().relativeFilePath(folder.filePath(u"by mouse.jsonl"_s)));
         shown.click(u"&Record"_s);
         QVERIFY(desk.service()->isRecording() && QFile::exists(folder.filePath(u"by mouse.jsonl"_s)));
         QDir::setCurrent(before);
@@ -228,6 +232,10 @@ private Q_SLOTS:
         const QByteArray said = program.readAllStandardError();
         QVERIFY2(!said.contains("qrc:") && !said.contains("zelcore-desk:"), said);
         QVERIFY(QFileInfo(folder.filePath(u"wire.jsonl"_s)).size() > 1000);
+
+        program.start(QStringLiteral(ZEL_CONTACTS), {u"--simulate"_s, u"--size=900x480"_s, u"--screenshot"_s, picture});
+        QVERIFY(program.waitForFinished(60000));
+        QCOMPARE(QImage(picture).size(), QSize(900, 480));
 
         // What the picture cannot show is no success.
         for (const QStringList& words : {QStringList{u"--"_s, u"/no/such/program"_s}, {u"--look"_s, u"nothing"_s}}) {

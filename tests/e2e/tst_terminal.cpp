@@ -6,10 +6,8 @@
 
 #include <zelcore/Simulator.h>
 
-#include <QtCore/QFileInfo>
 #include <QtCore/QTemporaryDir>
 
-#include <csignal>
 #include <cstdlib>
 
 #include <fcntl.h>
@@ -209,12 +207,13 @@ private Q_SLOTS:
         const std::pair<QByteArray, QByteArray> rows[] = {{"rate 0\r", "rate 0"},
                                                           {"eco ü ∞\reco ü ∞\r", "eco ü ∞"}, // kept once
                                                           {"\033[A\033[A\033[A\033[A\r", "rate 0"}};
+        const QFileInfo history(m_folder->filePath(u"zelplatform/zelcore-sim-history"_s));
         for (const auto& [keys, line] : rows) {
+            QFile::setPermissions(history.filePath(), QFile::ReadOwner | QFile::WriteOwner | QFile::ReadOther);
             startSimulator();
             QVERIFY(types(keys + "  \r", {"zelcore-sim> " + line, "zelcore-sim>   ", "zelcore-sim> "}));
             QVERIFY(types("quit\r", {"zelcore-sim> quit", "status 0", ""}));
         }
-        const QFileInfo history(m_folder->filePath(u"zelplatform/zelcore-sim-history"_s));
         QCOMPARE(history.permissions() & ~(QFile::ReadUser | QFile::WriteUser), QFile::ReadOwner | QFile::WriteOwner);
     }
 
@@ -285,6 +284,9 @@ private Q_SLOTS:
         QVERIFY(m_terminal->isBeingEdited()); // before that the terminal itself takes the key
         QVERIFY(m_terminal->type("\004"));
         QVERIFY(m_terminal->isLeftInOrder());
+        m_environment.insert(u"TERM"_s, u"dumb"_s); // where nothing is edited
+        startSimulator();
+        QVERIFY(types("eco a \001\r", {"zelcore-sim> eco a ^A", "zelcore-sim> "}));
     }
 
 private:

@@ -7,23 +7,15 @@
 
 #include <QtCore/QCryptographicHash>
 #include <QtCore/QElapsedTimer>
-#include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QSignalSpy>
-#include <QtTest/QTest>
-
-#include <csignal>
 
 using namespace Qt::StringLiterals;
 using zelcore::Simulator;
 
 namespace {
 
-/// PNG by its first bytes; the rest does not matter to anybody.
-QByteArray png(int size)
-{
-    return QByteArray("\x89PNG\r\n\x1a\n") + QByteArray(size - 8, 'p');
-}
+const QByteArray png("\x89PNG\r\n\x1a\n"); // by its first bytes; the rest does not matter to anybody
 
 /// The end of a line that tells of a picture.
 QByteArray pictureOf(const QByteArray& data)
@@ -79,7 +71,6 @@ private Q_SLOTS:
             {"state Unregistered", "contacts", "the state is CancelledByUser"},
             {"registration manual", "--timeout 2.5 profile", "2.5 s; the last state was Pending"},
             {"state Success", "contact nobody", "'nobody'"},
-            {"", "set-picture /no/such/file", "/no/such/file"},
             {"drop listChunk", "--timeout 1.5 profile", "state within 1.5 s"},
             {"drop requestEcoIdResponse", "--timeout 2.5 eco-id pp", "answer within 2.5 s; ZEL_SLOG"},
             {"", "set-picture /", "cannot read /"},
@@ -87,7 +78,6 @@ private Q_SLOTS:
             {"", "box-add ''", "100 characters"}, // the library knows why
             {"", "--timeout 5", "no command", 2},
             {"", "setstatus", "no command 'setstatus', but 'set-status';", 2},
-            {"", "--jason state", "no option --jason", 2},
             {"", "state --json", "--json goes before", 2},
         };
         for (const auto& [service, line, why, status] : rows) {
@@ -97,11 +87,10 @@ private Q_SLOTS:
         }
     }
 
-    /// A service that was killed leaves a socket behind that nobody listens on.
     void saysThatThereIsNoService()
     {
         const QString socket = m_simulator->root() + u"/services/zelcore/platform"_s;
-        QVERIFY(QFile::rename(socket, socket + u'~'));
+        QVERIFY(QFile::rename(socket, socket + u'~')); // one that was killed leaves it behind
         m_simulator->stop();
         QVERIFY(QFile::rename(socket + u'~', socket));
         QVERIFY(run("contacts", 1).isEmpty());
@@ -145,7 +134,7 @@ private Q_SLOTS:
 
     void changesThePicture()
     {
-        const QByteArray data = png(32768);
+        const QByteArray data = png + QByteArray(32760, 'p');
         const QByteArray command = "set-picture " + file("me.gif", data);
         QCOMPARE(run(command), QByteArrayList({R"({"answer":"set-picture","ok":true})",
                                                R"({"source":"UserProfile","signal":"displayPictureUpdated",)"
@@ -176,7 +165,7 @@ private Q_SLOTS:
     {
         addContact("bob");
         addContact("zoe");
-        const QByteArray data = png(20000);
+        const QByteArray data = png + QByteArray(19992, 'p');
         QVERIFY(m_simulator->setContactPicture(u"bob"_s, data));
         const QByteArray target = m_folder.filePath(u"bob.png"_s).toUtf8();
         QCOMPARE(run("picture bob -o " + target),
@@ -188,22 +177,21 @@ private Q_SLOTS:
                  "Png, 20000 bytes, SHA-1 Wrote 20000 bytes to " + target + '.');
         // Somebody without a picture costs a file nothing.
         QCOMPARE(runForPeople("picture zoe -o " + target), QByteArrayList{"zoe has no picture."});
-        QFile written(QString::fromUtf8(target));
-        QVERIFY(written.open(QIODevice::ReadOnly));
-        QCOMPARE(written.readAll(), data);
+        QVERIFY(runForPeople("picture bob -o /dev/stdout").join('\n').contains(data));
+        run("picture bob -o ''"); // to no file
+        QCOMPARE(QFile(QString::fromUtf8(target)).size(), data.size());
         run("picture bob -o /no/such/folder/x", 1);
         QVERIFY(m_diagnostics.contains("/no/such/folder/x"));
     }
 
     void keepsABox()
     {
-        const QByteArray icon = png(100);
+        const QByteArray icon = png + QByteArray(92, 'p');
         const QByteArray name = file("icon", icon);
         QCOMPARE(run("icon-register 257 " + name),
                  QByteArrayList({R"({"answer":"icon-register","ok":true})",
                                  R"({"source":"ProfileBox","signal":"iconRegistered","iconId":257})"}));
         run("icon-register 257 " + name, 1); // only once
-        run("icon-register -1 " + name, 1);
         QCOMPARE(run("icon-get 257 -o " + name + ".png").value(1),
                  R"({"source":"ProfileBox","signal":"iconRetrieved","iconId":257,"iconType":"Png",)" +
                      pictureOf(icon).replace("displayPicture", "iconData"));
@@ -240,13 +228,13 @@ private Q_SLOTS:
         run("invite E1 'Ada \"L\"' 'join us'");
         QTRY_COMPARE(spy.size(), 2);
         QCOMPARE(run("eco-status E1").value(1), QByteArray(unknown).replace("Unknown", "PendingContactInviteExists"));
-        QCOMPARE(spy.at(0).mid(0, 4), (QVariantList{u"sys.zel.chathandler"_s, u"vx.action.ZELCHAT"_s,
-                                                    u"application/vnd.socialplatform.data"_s,
+        const QString mime = u"application/vnd.socialplatform.data"_s;
+        QCOMPARE(spy.at(0).mid(0, 4), (QVariantList{u"sys.zel.chathandler"_s, u"vx.action.ZELCHAT"_s, mime,
                                                     QByteArray(R"({"contactChat":{"ecoid":"E1"}})")}));
         const QByteArray invitation = "{\"contactInvitation\":{\"ecoid\":\"E1\",\"display_name\":\"Ada \\\"L\\\"\","
                                       "\"invite_msg\":\"join us\"}}";
-        QCOMPARE(spy.at(1).mid(0, 4), (QVariantList{u"sys.socialplatform"_s, u"vx.action.INVITEZEL"_s,
-                                                    u"application/vnd.socialplatform.data"_s, invitation}));
+        QCOMPARE(spy.at(1).mid(0, 4),
+                 (QVariantList{u"sys.socialplatform"_s, u"vx.action.INVITEZEL"_s, mime, invitation}));
     }
 
     void shellGoesOnAfterWhatIsNoCommand()
@@ -297,11 +285,9 @@ private Q_SLOTS:
             {"Expired", 65536}, {"TemporaryError", 65537}, {"Pending", 65538}, {"ZelDisabled", 400}};
         for (const auto& [state, size] : records) {
             const QByteArray head = "@platform\ndat:json:{";
-            const QByteArray json =
-                QByteArray(
-                    R"("listChange":{"type":"global","elements":[{"name":"permission","value":{"registrationState":"%"}}]}})"
-                    "\n")
-                    .replace("%", state);
+            QByteArray json =
+                R"("listChange":{"type":"global","elements":[{"name":"permission","value":{"registrationState":"%"}}]}})";
+            json = json.replace("%", state) + '\n';
             m_simulator->sendRecord(head + QByteArray(size - head.size() - json.size(), ' ') + json);
         }
         for (const char* state : {"Expired", "TemporaryError", "ZelDisabled"})
@@ -362,7 +348,6 @@ private Q_SLOTS:
         run("--simulate set-message " + QByteArray(62000, 'x'), 1);
         QVERIFY2(m_diagnostics.contains("The service refused: the record would"), m_diagnostics.constData());
         run("--simulate=no-such-scenario state", 1);
-        QVERIFY(!m_diagnostics.isEmpty());
     }
 
     /// A device sleeps as long as its applications do.

@@ -221,10 +221,9 @@ QList<Manual::Entry> Manual::entriesOf(const QList<QCommandLineOption>& options)
 {
     QList<Entry> entries;
     for (const QCommandLineOption& option : options) {
-        const QString value = option.valueName().isEmpty() ? QString() : u' ' + option.valueName();
         const QString usual = option.defaultValues().join(u' ');
         entries.append(
-            {"--"_L1 + option.names().first() + value,
+            {QString("--"_L1 + option.names().first() + u' ' + option.valueName()).trimmed(),
              usual.isEmpty() ? option.description() : u"%1 (default %2)"_s.arg(option.description(), usual)});
     }
     return entries;

@@ -47,8 +47,6 @@ QuitSignals::QuitSignals(QObject* parent)
         return signalfd(-1, &set, SFD_NONBLOCK | SFD_CLOEXEC);
     }())
 {
-    if (m_descriptor < 0)
-        return;
     auto* notifier = new QSocketNotifier(m_descriptor, QSocketNotifier::Read, this);
     connect(notifier, &QSocketNotifier::activated, this, [this] {
         signalfd_siginfo info;

@@ -64,7 +64,6 @@ void Screenshot::takeWhenAtRest()
 
 void Screenshot::take()
 {
-    m_rest.stop();
     const bool isSaved = m_window.grabWindow().save(m_file);
     Q_EMIT taken(isSaved ? QString() : m_file + u" cannot be written"_s);
 }

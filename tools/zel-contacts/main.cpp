@@ -64,8 +64,7 @@ int main(int argc, char* argv[])
     QObject::connect(&engine, &QQmlEngine::warnings, &application, [&hasWarned] { hasWarned = true; });
     engine.setInitialProperties(propertiesFor(options));
     engine.load(QUrl(u"qrc:/ZelContacts/Main.qml"_s));
-    auto* const window =
-        engine.rootObjects().isEmpty() ? nullptr : qobject_cast<QQuickWindow*>(engine.rootObjects().first());
+    auto* const window = qobject_cast<QQuickWindow*>(engine.rootObjects().value(0));
     if (!window)
         return 1;
     const zeltools::ReturnClicks returnClicks(*window);

@@ -121,9 +121,9 @@ int main(int argc, char* argv[])
                                  {u"width"_s, options.window.size.width()},
                                  {u"height"_s, options.window.size.height()}});
     engine.load(u"qrc:/qml/ZelCoreDesk/Main.qml"_s);
-    if (engine.rootObjects().isEmpty())
+    auto* const window = qobject_cast<QQuickWindow*>(engine.rootObjects().value(0));
+    if (!window)
         return 1;
-    auto* const window = qobject_cast<QQuickWindow*>(engine.rootObjects().constFirst());
     const zeltools::ReturnClicks returnClicks(*window);
 
     std::unique_ptr<zeltools::Screenshot> screenshot;

@@ -24,39 +24,6 @@ bool looksLikeOption(const QString& word)
     return word.size() > 1 && word.startsWith(u'-') && !(word.at(1) >= u'0' && word.at(1) <= u'9');
 }
 
-/// The options of a usage: with its dashes, and the name of the value; an empty one for an option that stands alone.
-QHash<QString, QString> optionsOf(const QString& usage)
-{
-    QHash<QString, QString> options;
-    for (const QString& part : usage.split(u'[').mid(1)) {
-        const QStringList words = part.section(u']', 0, 0).split(u' ');
-        options.insert(words.first(), words.value(1));
-    }
-    return options;
-}
-
-/// The option at \a at and its value; \a at moves behind them.
-bool takeOption(const QHash<QString, QString>& known, const QStringList& words, qsizetype& at,
-                QHash<QString, QString>& options, QString* error)
-{
-    const QString word = words.at(at++);
-    const qsizetype equals = word.startsWith("--"_L1) ? word.indexOf(u'=') : -1;
-    const QString name = word.left(equals);
-    const QString value = known.value(name);
-    if (!known.contains(name))
-        *error = u"there is no option %1 here; write -- before a text that begins with a dash"_s.arg(word);
-    else if (value.isEmpty() && equals >= 0)
-        *error = u"%1 takes no value"_s.arg(name);
-    else if (!value.isEmpty() && equals < 0 && at == words.size())
-        *error = u"%1 wants %2"_s.arg(name, value);
-    if (!error->isEmpty())
-        return false;
-    QString& typed = options[name];
-    if (!value.isEmpty())
-        typed = equals < 0 ? words.at(at++) : word.mid(equals + 1);
-    return fits(value, typed, error);
-}
-
 } // namespace
 
 std::optional<Arguments> Arguments::parse(const QString& usage, const QStringList& words, QString* error)
@@ -97,6 +64,37 @@ std::optional<Arguments> Arguments::parse(const QString& usage, const QStringLis
 QStringList parametersOf(const QString& usage)
 {
     return usage.section(u'[', 0, 0).split(u' ', Qt::SkipEmptyParts);
+}
+
+QHash<QString, QString> optionsOf(const QString& usage)
+{
+    QHash<QString, QString> options;
+    for (const QString& part : usage.split(u'[').mid(1)) {
+        const QStringList words = part.section(u']', 0, 0).split(u' ');
+        options.insert(words.first(), words.value(1));
+    }
+    return options;
+}
+
+bool takeOption(const QHash<QString, QString>& known, const QStringList& words, qsizetype& at,
+                QHash<QString, QString>& options, QString* error)
+{
+    const QString word = words.at(at++);
+    const bool isPair = word.startsWith("--"_L1) && word.contains(u'=');
+    const QString name = isPair ? word.section(u'=', 0, 0) : word;
+    const QString value = known.value(name);
+    if (!known.contains(name))
+        *error = u"there is no option %1; a text that begins with a dash goes behind --"_s.arg(word);
+    else if (value.isEmpty() && isPair)
+        *error = u"%1 takes no value"_s.arg(name);
+    else if (!value.isEmpty() && !isPair && at == words.size())
+        *error = u"%1 wants %2"_s.arg(name, value);
+    if (!error->isEmpty())
+        return false;
+    QString& typed = options[name];
+    if (!value.isEmpty())
+        typed = isPair ? word.section(u'=', 1) : words.at(at++);
+    return fits(value, typed, error);
 }
 
 } // namespace zelctl

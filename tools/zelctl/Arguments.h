@@ -37,4 +37,12 @@ private:
 /// The names of the words that a command wants.
 QStringList parametersOf(const QString& usage);
 
+/// The options of a usage: with its dashes, and the name of the value; an empty one for an option that stands alone.
+QHash<QString, QString> optionsOf(const QString& usage);
+
+/// The option at \a at and its value go to \a options; \a at moves behind them. False, with a sentence in \a error,
+/// which was empty, when it is none of those that are \a known, or misused.
+bool takeOption(const QHash<QString, QString>& known, const QStringList& words, qsizetype& at,
+                QHash<QString, QString>& options, QString* error);
+
 } // namespace zelctl

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "CommandLine.h"
 
+#include "Arguments.h"
+
 #include <cmath>
 
 using namespace Qt::StringLiterals;
@@ -9,20 +11,9 @@ namespace zelctl {
 
 namespace {
 
-/// One option as it was typed: "--name", "--name=value", or "--name value" where the option wants a value.
-struct Typed
-{
-    QString name;
-    std::optional<QString> value;
-};
-
-Typed split(const QString& word)
-{
-    const qsizetype equals = word.indexOf(u'=');
-    if (equals < 0)
-        return {word, std::nullopt};
-    return {word.left(equals), word.mid(equals + 1)};
-}
+const QStringList abouts{u"--help"_s, u"-h"_s, u"--version"_s, u"--completion"_s, u"--manual-page"_s};
+const QHash<QString, QString> options =
+    optionsOf(u"[--json] [--all] [--simulate] [--uuid UUID] [--timeout S] [%1]"_s.arg(abouts.join("] ["_L1)));
 
 bool setUuid(CommandLine& line, const QString& text, QString* error)
 {
@@ -46,27 +37,6 @@ bool setTimeout(CommandLine& line, const QString& text, QString* error)
     return false;
 }
 
-/// Options without a value; false when \a typed is none of them.
-bool setSwitch(CommandLine& line, const Typed& typed)
-{
-    if (typed.name == "--simulate"_L1) {
-        line.simulate = true;
-        line.scenario = typed.value.value_or(QString());
-        return true;
-    }
-    if (typed.value)
-        return false;
-    if (typed.name == "--json"_L1)
-        return line.json = true;
-    if (typed.name == "--all"_L1)
-        return line.all = true;
-    static const QStringList about{u"--help"_s, u"-h"_s, u"--version"_s, u"--completion"_s, u"--manual-page"_s};
-    if (!about.contains(typed.name))
-        return false;
-    line.about = typed.name;
-    return true;
-}
-
 } // namespace
 
 QUuid CommandLine::defaultUuid()
@@ -76,37 +46,34 @@ QUuid CommandLine::defaultUuid()
 
 bool CommandLine::isOption(const QString& word)
 {
-    CommandLine line;
-    const Typed typed = split(word);
-    return setSwitch(line, typed) || typed.name == "--uuid"_L1 || typed.name == "--timeout"_L1;
+    return options.contains(word.section(u'=', 0, 0));
 }
 
 std::optional<CommandLine> CommandLine::parse(const QStringList& arguments, QString* error)
 {
+    error->clear();
     CommandLine line;
+    QHash<QString, QString> typed;
     qsizetype at = 0;
-    for (; at < arguments.size() && arguments.at(at).startsWith(u'-'); ++at) {
+    while (at < arguments.size() && arguments.at(at).startsWith(u'-')) {
         if (arguments.at(at) == "--"_L1) {
             ++at;
             break;
         }
-        Typed typed = split(arguments.at(at));
-        if (setSwitch(line, typed))
-            continue;
-        const bool isUuid = typed.name == "--uuid"_L1;
-        if (!isUuid && typed.name != "--timeout"_L1) {
-            *error = u"there is no option %1"_s.arg(arguments.at(at));
-            return std::nullopt;
-        }
-        if (!typed.value && at + 1 < arguments.size())
-            typed.value = arguments.at(++at);
-        if (!typed.value) {
-            *error = u"%1 wants a value"_s.arg(typed.name);
-            return std::nullopt;
-        }
-        if (!(isUuid ? setUuid(line, *typed.value, error) : setTimeout(line, *typed.value, error)))
+        if (arguments.at(at).startsWith("--simulate="_L1)) // which has a value only there
+            typed[u"--simulate"_s] = arguments.at(at++).section(u'=', 1);
+        else if (!takeOption(options, arguments, at, typed, error))
             return std::nullopt;
     }
+    line.json = typed.contains(u"--json"_s);
+    line.all = typed.contains(u"--all"_s);
+    line.simulate = typed.contains(u"--simulate"_s);
+    line.scenario = typed.value(u"--simulate"_s);
+    for (const QString& about : abouts)
+        line.about = typed.contains(about) ? about : line.about;
+    if ((typed.contains(u"--uuid"_s) && !setUuid(line, typed.value(u"--uuid"_s), error)) ||
+        (typed.contains(u"--timeout"_s) && !setTimeout(line, typed.value(u"--timeout"_s), error)))
+        return std::nullopt;
     line.words = arguments.mid(at);
     return line;
 }

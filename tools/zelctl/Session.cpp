@@ -3,12 +3,6 @@
 
 #include "PictureFile.h"
 
-#include <vx/platform/zel/ApplicationPermissions.h>
-#include <vx/platform/zel/ContactService.h>
-#include <vx/platform/zel/ProfileBox.h>
-#include <vx/platform/zel/UserProfile.h>
-#include <vx/platform/zel/Utils.h>
-
 #include <type_traits>
 
 using namespace vx::platform::zel;
@@ -16,60 +10,15 @@ using namespace Qt::StringLiterals;
 
 namespace zelctl {
 
-struct Session::Objects
-{
-    explicit Objects(Context* context)
-        : permissions(context)
-        , profile(context)
-        , contacts(context)
-        , box(context)
-        , utils(context)
-    {
-    }
-
-    ApplicationPermissions permissions;
-    UserProfile profile;
-    ContactService contacts;
-    ProfileBox box;
-    Utils utils;
-};
-
 // A library that opened the object cannot have heard anything before the event loop runs, so it answers Unknown; one
 // that could not open it answers BlockedByUser from the start.
 Session::Session(const QUuid& uuid, QObject* parent)
     : QObject(parent)
     , m_context(uuid)
-    , m_objects(std::make_unique<Objects>(&m_context))
+    , m_objects(new Objects{&m_context})
     , m_hasService(m_context.registrationState() != RegistrationState::BlockedByUser)
 {
     connect(&m_context, &Context::registrationStateUpdated, this, &Session::registrationStateUpdated);
-}
-
-Session::~Session() = default;
-
-ApplicationPermissions& Session::permissions()
-{
-    return m_objects->permissions;
-}
-
-UserProfile& Session::profile()
-{
-    return m_objects->profile;
-}
-
-ContactService& Session::contacts()
-{
-    return m_objects->contacts;
-}
-
-ProfileBox& Session::box()
-{
-    return m_objects->box;
-}
-
-Utils& Session::utils()
-{
-    return m_objects->utils;
 }
 
 void Session::savePictureOf(const QString& handle, const QString& fileName)
@@ -93,7 +42,7 @@ void Session::registrationStateUpdated(RegistrationState::Type state)
 void Session::makeLiveObjects()
 {
     m_live = true;
-    m_objects = std::make_unique<Objects>(&m_context);
+    m_objects.reset(new Objects{&m_context});
     // Pictures are saved before they are reported.
     connect(
         &contacts(), &ContactService::displayPictureUpdated, this,

@@ -3,22 +3,18 @@
 
 #include "Record.h"
 
+#include <vx/platform/zel/ApplicationPermissions.h>
+#include <vx/platform/zel/ContactService.h>
 #include <vx/platform/zel/Context.h>
-#include <vx/platform/zel/ImageType.h>
+#include <vx/platform/zel/ProfileBox.h>
+#include <vx/platform/zel/UserProfile.h>
+#include <vx/platform/zel/Utils.h>
 
 #include <QtCore/QHash>
 #include <QtCore/QMetaMethod>
 #include <QtCore/QObject>
 
 #include <memory>
-
-namespace vx::platform::zel {
-class ApplicationPermissions;
-class ContactService;
-class ProfileBox;
-class UserProfile;
-class Utils;
-} // namespace vx::platform::zel
 
 namespace zelctl {
 
@@ -32,19 +28,16 @@ class Session : public QObject
 
 public:
     explicit Session(const QUuid& uuid, QObject* parent = nullptr);
-    ~Session() override;
 
     /// Whether there was a core service when the library started. It stays so for the life of the process.
     bool hasService() const { return m_hasService; }
-    /// Whether the live objects are there.
-    bool isLive() const { return m_live; }
 
     vx::platform::zel::Context& context() { return m_context; }
-    vx::platform::zel::ApplicationPermissions& permissions();
-    vx::platform::zel::UserProfile& profile();
-    vx::platform::zel::ContactService& contacts();
-    vx::platform::zel::ProfileBox& box();
-    vx::platform::zel::Utils& utils();
+    vx::platform::zel::ApplicationPermissions& permissions() { return m_objects->permissions; }
+    vx::platform::zel::UserProfile& profile() { return m_objects->profile; }
+    vx::platform::zel::ContactService& contacts() { return m_objects->contacts; }
+    vx::platform::zel::ProfileBox& box() { return m_objects->box; }
+    vx::platform::zel::Utils& utils() { return m_objects->utils; }
 
     /// The next picture that arrives for this contact goes to \a fileName too; to no file when that is empty.
     void savePictureOf(const QString& handle, const QString& fileName);
@@ -60,7 +53,15 @@ Q_SIGNALS:
     void saveFailed(const QString& sentence);
 
 private:
-    struct Objects;
+    struct Objects
+    {
+        vx::platform::zel::Context* const context;
+        vx::platform::zel::ApplicationPermissions permissions{context};
+        vx::platform::zel::UserProfile profile{context};
+        vx::platform::zel::ContactService contacts{context};
+        vx::platform::zel::ProfileBox box{context};
+        vx::platform::zel::Utils utils{context};
+    };
 
     void registrationStateUpdated(vx::platform::zel::RegistrationState::Type state);
     void makeLiveObjects();
