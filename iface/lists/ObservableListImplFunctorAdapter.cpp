@@ -21,12 +21,8 @@ void ObservableListImplFunctorAdapter::setDataModel(ObservableListImpl* model)
 {
     using List = ObservableListImpl;
     using Adapter = ObservableListImplFunctorAdapter;
-    if (m_model) {
-        disconnect(m_model, &List::itemAdded, this, &Adapter::itemAdded);
-        disconnect(m_model, &List::itemUpdated, this, &Adapter::itemUpdated);
-        disconnect(m_model, &List::itemRemoved, this, &Adapter::itemRemoved);
-        disconnect(m_model, &List::itemsChanged, this, &Adapter::itemsChanged);
-    }
+    if (m_model)
+        m_model->disconnect(this);
     m_model = model;
     if (!model)
         return;

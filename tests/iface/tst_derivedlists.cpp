@@ -298,6 +298,13 @@ private Q_SLOTS:
         QCOMPARE(labelled.takeUpdated(), Items());
         labelled.map->fireMapChanged(MapChange::create(Items()));
         QCOMPARE(labelled.takeUpdated(), Items{3});
+        // Who reads what is made of it depends on all of its map.
+        const QExplicitlySharedDataPointer<PlainMap<QString, int>> lengths(new PlainMap<QString, int>);
+        const auto above = TransformedObservableList::create<QString, int>(
+            labelled.list, ObservableMap<QString, int>(lengths.data()), Transformed<QString, int>::KeepsEverything);
+        const CountedMonitor monitor([&] { above.toList(); });
+        labelled.map->set({{9, u"ninth"_s}}); // forgotten by now
+        QCOMPARE(monitor.runs, 2);
     }
 
     // Asked for 1 the map changes that very key, for 9 it adds a key, and for 8 takes away the one that is being read.
@@ -356,6 +363,31 @@ private Q_SLOTS:
         restless.map->whenAsked = [&](int key) { restless.map->set({{key, QString::number(restless.map->gets)}}); };
         const int last = restless.list[0].toInt();
         QCOMPARE(restless.map->gets, last + 1);
+    }
+
+    void mayBeChangedByWhatEndsWithAnItem()
+    {
+        using Held = std::shared_ptr<void>;
+        const EditableListPointer<int> keys(new EditableList<int>({1, 2}));
+        const QExplicitlySharedDataPointer<PlainMap<int, Held>> map(new PlainMap<int, Held>);
+        int ended = 0;
+        std::function<void()> atEnd = [&] { keys->append(3); };
+        for (const int key : {1, 2})
+            map->contents[key] = Held(nullptr, [&](void*) {
+                ++ended;
+                atEnd();
+            });
+        ObservableList<Held> list(
+            new Transformed<int, Held>(ObservableList<int>(keys.data()), ObservableMap<int, Held>(map.data()), 1));
+        list[0];
+        map->contents.remove(1);
+        list[1]; // for which the first is forgotten
+        QVERIFY(ended == 1 && list.size() == 3);
+        list[1];
+        map->contents.clear();
+        atEnd = [&] { map->fireMapChanged(MapChange::create(Items{2})); };
+        list = {};
+        QCOMPARE(ended, 2);
     }
 
     void outliveAReadThatDropsTheirLastHandle()

@@ -342,6 +342,7 @@ private Q_SLOTS:
             for (const Replay& replay : replays)
                 QVERIFY(replay.isRight());
         }
+        QCOMPARE(ProfileBoxModel(m_context.get()).count(), box.count());
         Person person = m_service->contacts().constFirst();
         person.handle = u"another"_s;
         m_service->changeContact(person);
@@ -365,7 +366,9 @@ private Q_SLOTS:
         ContactListModel model(m_context.get());
         ContactFilterModel filter;
         filter.setLocale(QLocale(QLocale::German));
+        const QSignalSpy resets(&filter, &QAbstractItemModel::modelAboutToBeReset);
         filter.setSourceModel(&model);
+        QVERIFY(!resets.isEmpty());
         QTRY_COMPARE(filter.rowCount(), 4);
         int told = 4;
         connect(&filter, &ContactFilterModel::countChanged, this, [&] { told = filter.count(); });

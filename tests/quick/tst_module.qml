@@ -201,14 +201,32 @@ TestCase {
         compare(app.anna.picture, app.shown.itemAt(0).picture)
     }
 
+    function test_whatWaitsForAPictureEndsWithTheContext() {
+        world.run("drop stream")
+        const app = start()
+        tryVerify(() => world.asked("requestUserAvatar") === 1)
+        const image = createTemporaryQmlObject("import QtQuick; Image { cache: false }", test)
+        const url = image.source = app.ownImage.source
+        compare(image.status, Image.Loading)
+        app.destroy()
+        tryVerify(() => image.status !== Image.Loading)
+        ignoreWarning(/Invalid image provider/)
+        image.source = ""
+        image.source = url
+        tryCompare(image, "status", Image.Error)
+    }
+
     function test_losesAccessAndWinsItBack() {
         world.run("contact add anna displayName=Anna")
         world.run("profile displayName=Robin")
         world.run("contact picture anna 4000")
         world.run("box add first")
+        world.run("picture none")
         const app = start()
+        tryCompare(app.ownImage, "status", Image.Ready) // empty
         for (let i = 0; i < 2; ++i) {
             tryVerify(() => names(app.shown) === "Anna" && app.items.count === 1)
+            compare(app.icons.itemAt(0).icon, "") // of none
             tryVerify(() => color(app.shown.itemAt(0).image) === colors[4000])
             compare(app.profile.displayName, "Robin")
             world.run("state NoDataConnection")
