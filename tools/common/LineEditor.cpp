@@ -69,6 +69,14 @@ QString stateFolder()
     return QDir().mkpath(folder) ? folder : QString();
 }
 
+/// A file that only its user can read: what was typed may be private. Not every libedit sees to that when it saves.
+bool makePrivate(const QString& name)
+{
+    QFile file(name);
+    const QFile::Permissions forTheUser = QFile::ReadOwner | QFile::WriteOwner;
+    return file.open(QIODevice::Append, forTheUser) && file.setPermissions(forTheUser);
+}
+
 void list(const QStringList& names)
 {
     LineReader::makeRoom();
@@ -166,9 +174,10 @@ void LineEditor::loadHistory()
     HistEventW event;
     history_w(m_history.get(), &event, H_SETSIZE, historySize);
     history_w(m_history.get(), &event, H_SETUNIQUE, 1);
+    if (m_historyFile.isEmpty() || !makePrivate(QFile::decodeName(m_historyFile)))
+        return;
     history_w(m_history.get(), &event, H_LOAD, m_historyFile.constData());
-    // Without what became too old; and from then on only its user can read it, as what was typed may be private.
-    history_w(m_history.get(), &event, H_SAVE, m_historyFile.constData());
+    history_w(m_history.get(), &event, H_SAVE, m_historyFile.constData()); // without what became too old
 }
 
 void LineEditor::remember(const std::wstring& line)
