@@ -44,7 +44,8 @@ private:
         QStringList keys = then.keys() + now.keys();
         keys.removeDuplicates();
         for (const QString& key : std::as_const(keys))
-            compare(then.value(key), now.value(key), {place.type, key}, path.isEmpty() ? key : path + u'.' + key);
+            compare(then.value(key), now.value(key), {place.type, key, place.depth + 1},
+                    path.isEmpty() ? key : path + u'.' + key);
     }
 
     void compareElements(const QJsonArray& then, const QJsonArray& now, const TextPlace& place, const QString& path)
@@ -53,7 +54,8 @@ private:
             m_result->differences.append(u"\"%1\" had %2 elements, has %3"_s.arg(path, QString::number(then.size()),
                                                                                  QString::number(now.size())));
         for (qsizetype i = 0; i < qMin(then.size(), now.size()); ++i)
-            compare(then.at(i), now.at(i), place, u"%1[%2]"_s.arg(path, QString::number(i)));
+            compare(then.at(i), now.at(i), {place.type, place.member, place.depth + 1},
+                    u"%1[%2]"_s.arg(path, QString::number(i)));
     }
 
     /// Whether the two may differ, and do so only as they may.
@@ -87,7 +89,7 @@ Comparison Comparison::of(const QByteArray& then, const QByteArray& now, bool is
         return result;
     }
     result.sameType = before->type == after->type;
-    Walk(anonymous, &result).compare(before->body, after->body, {before->type, QString()}, QString());
+    Walk(anonymous, &result).compare(before->body, after->body, {before->type, QString(), 0}, QString());
     return result;
 }
 

@@ -24,14 +24,14 @@ QJsonValue mapValue(const QJsonValue& value, const TextPlace& place, const TextM
     if (value.isArray()) {
         QJsonArray array;
         for (const QJsonValue element : value.toArray())
-            array.append(mapValue(element, place, map));
+            array.append(mapValue(element, {place.type, place.member, place.depth + 1}, map));
         return array;
     }
     if (!value.isObject())
         return value;
     QJsonObject object = value.toObject();
     for (auto member = object.begin(); member != object.end(); ++member)
-        member.value() = mapValue(member.value(), {place.type, member.key()}, map);
+        member.value() = mapValue(member.value(), {place.type, member.key(), place.depth + 1}, map);
     return object;
 }
 
@@ -65,10 +65,10 @@ Meaning meaningOf(const TextPlace& place, const QString& text)
         {u"TimeZone"_s, Meaning::Place},
         {u"CountryCode"_s, Meaning::Place}};
     static const QStringList elements{u"permission"_s, u"platformProfile"_s};
-    if (place.type == "stream"_L1)
+    if (place.type == "stream"_L1 && place.depth == 1)
         return place.member == "id"_L1 ? Meaning::Stream : Meaning::Bytes;
     // Another one is an item's, and says what the application likes.
-    if (place.member == "cookie"_L1 && place.type.endsWith("istElements"_L1))
+    if (place.member == "cookie"_L1 && place.depth == 1 && place.type != "createProfileBoxItem"_L1)
         return Meaning::Cookie;
     const bool isAnswer = place.type == "profileChangeResponse"_L1 || place.type == "requestEcoIdStatusResponse"_L1;
     if ((place.member == "status"_L1 && isAnswer) || (place.member == "name"_L1 && elements.contains(text)))
@@ -114,7 +114,7 @@ QByteArray withContent(const QByteArray& record, bool isInvocation, const Conten
 
 Content mapped(const Content& content, const TextMap& map)
 {
-    return {content.type, mapValue(content.body, {content.type, QString()}, map).toObject()};
+    return {content.type, mapValue(content.body, {content.type, QString(), 0}, map).toObject()};
 }
 
 QString shortened(const QString& text, qsizetype longest)

@@ -15,6 +15,7 @@ struct TextPlace
 {
     QString type;   ///< Of the message; a target's name for an invocation.
     QString member; ///< Whose value it is, or an element of.
+    int depth = 0;  ///< 1 for the members of the message's body.
 };
 
 /// What a text means for who compares recordings or takes out of them what is personal.

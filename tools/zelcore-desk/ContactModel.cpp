@@ -73,7 +73,7 @@ void ContactModel::invite(const QString& userId)
 
 void ContactModel::generate(int count)
 {
-    m_simulator.generateContacts(count, quint32(m_simulator.contactCount()));
+    m_simulator.generateContacts(count, quint32(m_simulator.contactCount()) + 1);
 }
 
 void ContactModel::live(double perSecond)
