@@ -44,6 +44,7 @@ void ProfileBoxModel::setContext(Context* context)
             records.append(QVariant::fromValue(item));
         setRecords(records);
     };
+    connect(box, &ProfileBox::itemCountChanged, d->link.get(), readAll); // a box that comes after registration
     connect(box, &ProfileBox::itemAdded, d->link.get(), readAll);
     connect(box, &ProfileBox::itemUpdated, d->link.get(), readAll);
     connect(box, &ProfileBox::itemRemoved, d->link.get(), readAll);

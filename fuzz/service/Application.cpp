@@ -363,10 +363,9 @@ void Application::requireConsistency() const
     const Context* const context = get<Context>(0);
     if (!context || context->registrationState() != m_told)
         return;
-    // Nor is a box told of that comes first after registration.
     for (const auto& object : m_objects) {
         if (const Bindings* const bindings = object ? object->findChild<Bindings*>() : nullptr)
-            bindings->requireCurrent({"zelSetup", "itemCount", "registeredIcons"});
+            bindings->requireCurrent({"zelSetup"});
     }
 }
 

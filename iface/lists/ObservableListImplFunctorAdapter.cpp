@@ -17,19 +17,23 @@ ObservableListImplFunctorAdapter::ObservableListImplFunctorAdapter(ObservableLis
     setDataModel(model);
 }
 
+ObservableListImplFunctorAdapter::~ObservableListImplFunctorAdapter()
+{
+    setDataModel(nullptr); // before the functions go: what ends with them may change the list
+}
+
 void ObservableListImplFunctorAdapter::setDataModel(ObservableListImpl* model)
 {
     using List = ObservableListImpl;
     using Adapter = ObservableListImplFunctorAdapter;
-    if (m_model)
-        m_model->disconnect(this);
-    m_model = model;
+    for (const QMetaObject::Connection& connection : std::exchange(m_connections, {}))
+        disconnect(connection);
     if (!model)
         return;
-    connect(model, &List::itemAdded, this, &Adapter::itemAdded);
-    connect(model, &List::itemUpdated, this, &Adapter::itemUpdated);
-    connect(model, &List::itemRemoved, this, &Adapter::itemRemoved);
-    connect(model, &List::itemsChanged, this, &Adapter::itemsChanged);
+    m_connections = {connect(model, &List::itemAdded, this, &Adapter::itemAdded),
+                     connect(model, &List::itemUpdated, this, &Adapter::itemUpdated),
+                     connect(model, &List::itemRemoved, this, &Adapter::itemRemoved),
+                     connect(model, &List::itemsChanged, this, &Adapter::itemsChanged)};
 }
 
 // Each calls a copy: the function may destroy this.

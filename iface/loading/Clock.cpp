@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <iface/Clock.h>
 
+#include <iface/detail/MakeShared.h>
+
 #include <QtCore/QHash>
 #include <QtCore/QObject>
 #include <QtCore/QThreadStorage>
@@ -15,6 +17,13 @@ QThreadStorage<QSharedPointer<Clock>> defaultClock;
 class EventLoopClock : public QObject, public Clock
 {
 public:
+    ~EventLoopClock() override
+    {
+        // One by one, out of the table: what goes with a function may ask for another.
+        while (!m_functions.isEmpty())
+            m_functions.take(m_functions.constBegin().key());
+    }
+
     int callLater(int msecs, const boost::function<void()>& function) override
     {
         const int id = startTimer(msecs);
@@ -51,12 +60,13 @@ Clock::~Clock() = default;
 QSharedPointer<Clock> Clock::threadDefault()
 {
     if (!defaultClock.hasLocalData() || !defaultClock.localData())
-        defaultClock.setLocalData(QSharedPointer<EventLoopClock>::create());
+        defaultClock.setLocalData(detail::makeShared<EventLoopClock>());
     return defaultClock.localData();
 }
 
 void Clock::setThreadDefault(const QSharedPointer<Clock>& clock)
 {
+    const QSharedPointer<Clock> before = defaultClock.localData(); // goes last: what ends with it may run anything
     defaultClock.setLocalData(clock);
 }
 

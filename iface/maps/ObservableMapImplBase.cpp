@@ -31,6 +31,12 @@ ObservableMapImplFunctorAdapter::ObservableMapImplFunctorAdapter(boost::function
 {
 }
 
+ObservableMapImplFunctorAdapter::~ObservableMapImplFunctorAdapter()
+{
+    // What ends with the function may change the maps.
+    const boost::function<void(MapChange)> ending = std::exchange(m_function, [](const MapChange&) {});
+}
+
 void ObservableMapImplFunctorAdapter::startListening(const ObservableMapImplBase* map)
 {
     if (map)

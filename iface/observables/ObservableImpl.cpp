@@ -87,6 +87,7 @@ void ObservableImpl::note(const Change& change, void (*beforeTelling)(Observable
     const bool isFollowed = m_firstFollower || m_untold || beforeTelling;
     if (!isFollowed && !m_isHeard)
         return;
+    const ObservableTracker::Suspension untracked; // of what ends with this, too
     if (isFollowed) {
         std::optional<Hold> hold;
         Round round;
@@ -97,7 +98,6 @@ void ObservableImpl::note(const Change& change, void (*beforeTelling)(Observable
     }
     // Nothing hangs on it, so there is nothing to be taken in.
     const Hold hold(*this);
-    const ObservableTracker::Suspension untracked;
     std::vector<MapChange> keys;
     if (change.kind == Change::Keys)
         appendKeys(*change.keys, keys);

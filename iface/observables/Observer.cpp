@@ -20,6 +20,12 @@ ObserverFunctorAdapter::ObserverFunctorAdapter(boost::function<void()> function,
 {
 }
 
+ObserverFunctorAdapter::~ObserverFunctorAdapter()
+{
+    // What ends with the function may change what is observed.
+    const boost::function<void()> ending = std::exchange(m_function, [] {});
+}
+
 void ObserverFunctorAdapter::handleObservableChanged()
 {
     // A copy: the function may destroy this.

@@ -24,9 +24,9 @@ QApplicationRealm::QApplicationRealm()
 
 QApplicationRealm::~QApplicationRealm()
 {
-    // One by one: what goes with a function may queue another.
+    // Out of the queue: what goes with a function may queue another, or spin an event loop.
     while (!m_queue.isEmpty())
-        m_queue.takeFirst();
+        QList<AsyncEntry>().swap(m_queue);
 }
 
 int QApplicationRealm::asyncExec(const boost::function<void()>& function)
@@ -51,8 +51,8 @@ void QApplicationRealm::execute()
     // Empty when something was removed: then the turns of those that were left came early.
     if (m_queue.isEmpty())
         return;
-    const boost::function<void()> function = m_queue.takeFirst().function;
     const ObservableTracker::Suspension untracked;
+    const boost::function<void()> function = m_queue.takeFirst().function;
     function();
 }
 

@@ -2,6 +2,7 @@
 #include <iface/Realm.h>
 
 #include <iface/QApplicationRealm.h>
+#include <iface/detail/MakeShared.h>
 
 #include <QtCore/QPointer>
 
@@ -14,7 +15,7 @@ Realm::~Realm() = default;
 QSharedPointer<Realm> Realm::threadDefault()
 {
     if (!defaultRealm.hasLocalData() || !defaultRealm.localData())
-        defaultRealm.setLocalData(QSharedPointer<QApplicationRealm>::create());
+        defaultRealm.setLocalData(detail::makeShared<QApplicationRealm>());
     return defaultRealm.localData();
 }
 

@@ -118,6 +118,13 @@ void ProfileBoxEventHandler::setProfileBoxBridge(ServiceBridge* bridge)
     m_delegate = bridge ? bridge->profileBox() : nullptr;
 }
 
+void ProfileBoxEventHandler::pushProfileBoxReceivedEvent() const
+{
+    qCDebug(lcPlatform) << "ProfileBoxEventHandler::pushProfileBoxReceivedEvent";
+    if (m_delegate)
+        m_delegate->notifyReceived();
+}
+
 void ProfileBoxEventHandler::pushAddProfileBoxItemEvent(const zelsplib::ProfileBoxItem& item) const
 {
     qCDebug(lcPlatform) << "ProfileBoxEventHandler::pushAddProfileBoxItemEvent";

@@ -76,6 +76,7 @@ class ProfileBoxEventHandler
 public:
     void setProfileBoxBridge(ServiceBridge* bridge);
 
+    void pushProfileBoxReceivedEvent() const;
     void pushAddProfileBoxItemEvent(const zelsplib::ProfileBoxItem& item) const;
     void pushUpdateProfileBoxItemEvent(const zelsplib::ProfileBoxItem& item) const;
     void pushRemoveProfileBoxItemEvent(const zelsplib::ProfileBoxItem& item) const;

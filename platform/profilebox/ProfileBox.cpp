@@ -46,10 +46,12 @@ void ProfileBoxPrivate::connectDelegate()
     connect(delegate, &ProfileBoxDelegate::iconRetrieved, q, &ProfileBox::iconRetrieved);
 
     // After those above, so that the count is announced behind what changed it.
+    connect(delegate, &ProfileBoxDelegate::received, this, &ProfileBoxPrivate::announceCount);
     connect(delegate, &ProfileBoxDelegate::itemAdded, this, &ProfileBoxPrivate::announceCount);
     connect(delegate, &ProfileBoxDelegate::itemRemoved, this, &ProfileBoxPrivate::announceCount);
     connect(context, &Context::registrationStateUpdated, this, &ProfileBoxPrivate::announceCount);
 
+    connect(delegate, &ProfileBoxDelegate::received, this, &ProfileBoxPrivate::announceIcons);
     connect(delegate, &ProfileBoxDelegate::iconRegistered, this, &ProfileBoxPrivate::announceIcons);
     connect(delegate, &ProfileBoxDelegate::iconRemoved, this, &ProfileBoxPrivate::announceIcons);
     connect(context, &Context::registrationStateUpdated, this, &ProfileBoxPrivate::announceIcons);

@@ -171,6 +171,12 @@ bool ProfileBoxDelegate::iconRetrievalRequest(int iconId) const
     return true;
 }
 
+void ProfileBoxDelegate::notifyReceived()
+{
+    qCDebug(lcPlatform) << " ProfileBoxDelegate::notifyReceived";
+    Q_EMIT received();
+}
+
 void ProfileBoxDelegate::notifyItemAdded(const QString& itemId)
 {
     qCDebug(lcPlatform) << " ProfileBoxDelegate::notifyItemAdded";

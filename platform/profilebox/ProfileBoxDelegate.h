@@ -34,6 +34,7 @@ public:
     bool iconRegistrationRequest(int iconId, ImageType::Type type, const QByteArray& icon);
     bool iconRetrievalRequest(int iconId) const;
 
+    void notifyReceived();
     void notifyItemAdded(const QString& itemId);
     void notifyItemUpdated(const QString& itemId);
     void notifyItemRemoved(const QString& itemId);
@@ -42,6 +43,8 @@ public:
     void notifyIconRetrieved(int iconId, ImageType::Type iconType, const QByteArray& iconData);
 
 Q_SIGNALS:
+    /// What the box held all along is there, or some of it.
+    void received();
     void itemAdded(QString itemId);
     void itemUpdated(QString itemId);
     void itemRemoved(QString itemId);

@@ -7,11 +7,13 @@
 
 namespace zelsplib {
 
-/// Hears what comes into the profile box, changes and goes, and of icons that were asked for.
+/// Hears that what the box holds came for the first time, what comes into it then, changes and goes, and of icons that
+/// were asked for.
 template <typename T>
 concept ProfileBoxEvents = std::default_initializable<T> &&
     requires(T handler, const ProfileBoxItem& item, const ProfileBoxImage& image)
 {
+    handler.pushProfileBoxReceivedEvent();
     handler.pushAddProfileBoxItemEvent(item);
     handler.pushUpdateProfileBoxItemEvent(item);
     handler.pushRemoveProfileBoxItemEvent(item);
@@ -35,6 +37,7 @@ public:
     Handler& eventHandler() { return m_handler; }
 
 private:
+    void pushFirstReceived() override { m_handler.pushProfileBoxReceivedEvent(); }
     void pushItemAdded(const ProfileBoxItem& item) override { m_handler.pushAddProfileBoxItemEvent(item); }
     void pushItemUpdated(const ProfileBoxItem& item) override { m_handler.pushUpdateProfileBoxItemEvent(item); }
     void pushItemRemoved(const ProfileBoxItem& item) override { m_handler.pushRemoveProfileBoxItemEvent(item); }

@@ -57,10 +57,14 @@ void ProfileBoxManagerBase::handleListChanged()
 {
     d->items.noteCompleteness();
     d->icons.noteCompleteness();
-    if (d->state == ProfileBoxState::Ready || !d->items.isComplete() || !d->icons.isComplete())
+    if (d->state == ProfileBoxState::Ready)
         return;
-    d->state = ProfileBoxState::Ready;
-    d->registrationHandler->profileBoxIsReady();
+    if (d->items.isComplete() && d->icons.isComplete()) {
+        d->state = ProfileBoxState::Ready;
+        d->registrationHandler->profileBoxIsReady();
+    }
+    d->events.post([this] { pushFirstReceived(); });
+    d->events.deliver();
 }
 
 ProfileBoxState ProfileBoxManagerBase::profileBoxState() const

@@ -71,6 +71,8 @@ protected:
                           const QSharedPointer<zel::JsonStream>& jsonStream, RegistrationHandler* registrationHandler);
 
 private:
+    /// What the box held all along is there, or some of it; there are no events of the items and icons themselves.
+    virtual void pushFirstReceived() = 0;
     virtual void pushItemAdded(const ProfileBoxItem& item) = 0;
     virtual void pushItemUpdated(const ProfileBoxItem& item) = 0;
     virtual void pushItemRemoved(const ProfileBoxItem& item) = 0;

@@ -107,6 +107,7 @@ struct RecordingHandler
     }
 
     // Nothing is noted of these.
+    void pushProfileBoxReceivedEvent() const {}
     void pushEcoIdResponse(const QString&, const QString&) const {}
     void pushEcoIdStatusResponse(const QString&, const QString&) const {}
     bool sendContactInvitation(const QString&, const QString&, const QString&) const { return true; }

@@ -210,8 +210,15 @@ private Q_SLOTS:
             ObserverFunctorAdapter last([&] { aliveAtTheLast = alive; });
             connect(handle.data(), signal, &last, [&] { handle.reset(); });
             handle->addObserver(&last);
-            change(*handle);
-            return aliveAtTheLast && !alive;
+            // What is read where it ends is nothing that whoever made the change has read.
+            const NumberPointer number(new Number(1));
+            connect(handle.data(), &QObject::destroyed, &last, [&] { number->getValue(); });
+            const CountedMonitor changing([&] {
+                if (handle)
+                    change(*handle);
+            });
+            number->setValue(2);
+            return aliveAtTheLast && !alive && changing.runs == 1;
         };
         const auto notify = [](ObservableImpl& observable) { observable.notifyObservers(); };
         FunctionFollower follower([] {});

@@ -2,6 +2,7 @@
 #include "Fixtures.h"
 
 #include <iface/ObservableListImplFunctorAdapter.h>
+#include <iface/ObservableMapImplFunctorAdapter.h>
 
 #include <QtCore/QThread>
 
@@ -154,6 +155,29 @@ private Q_SLOTS:
         thread.start();
         QVERIFY(thread.wait(10000));
         QCOMPARE(log.join(u' '), u"+0 +2 *1 1"_s);
+    }
+
+    // What ends with functions that hear of a list, an observable or a map may change it: they are not called any more.
+    void callsNoFunctionWhileItEnds()
+    {
+        const Lists list(new IntList);
+        const Lists observed(new IntList);
+        const QExplicitlySharedDataPointer map(new PlainMap<int, int>);
+        int calls = 0;
+        const auto hear = [&](const auto& change) {
+            return [&, end = std::shared_ptr<void>(nullptr, [=](void*) { change(); })](auto...) { ++calls; };
+        };
+        const auto add = [&] { list->append(1); };
+        const auto reset = [&] { list->fireItemsChanged(ChangeType::Reset, {}); };
+        {
+            const ObservableListImplFunctorAdapter items(list.data(), hear(reset), {}, {}, hear(add));
+            ObserverFunctorAdapter observer(hear([&] { observed->append(1); }));
+            observed->addObserver(&observer);
+            ObservableMapImplFunctorAdapter keys(hear([&] { map->set({{1, 1}}); }));
+            keys.startListening(map.data());
+        }
+        QCOMPARE(calls, 0);
+        QCOMPARE(list->size() + observed->size(), 2);
     }
 
     void isSeenThroughByAMirrorWhenItLies()

@@ -232,8 +232,10 @@ private Q_SLOTS:
                     isOutOfDate = isOutOfDate || read.contains(changed);
                     if (random.bounded(2)) {
                         ObservableTracker::runUntracked([&] { change(changed); });
-                    } else { // whose own reads are no reads of this
-                        iface::Realm::threadDefault()->asyncExec([&] { change(changed); });
+                    } else { // whose own reads are no reads of this, nor what ends with it
+                        const auto readFirst = [&](void*) { ours[0]->getValue(); };
+                        iface::Realm::threadDefault()->asyncExec(
+                            [&, end = std::shared_ptr<void>(nullptr, readFirst)] { change(changed); });
                         turn();
                     }
                 }

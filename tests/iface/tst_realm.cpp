@@ -64,7 +64,12 @@ private Q_SLOTS:
             realm.reset();
             ++calls;
         });
-        realm->asyncExec([end = atEnd([&, it = realm.get()] { it->asyncExec([&] { calls += 100; }); })] {});
+        const auto goOn = [&, it = realm.get()] {
+            turn();
+            it->asyncExec([&] { calls += 100; });
+        };
+        realm->asyncExec([end = atEnd(goOn)] {});
+        realm->asyncExec([&] { calls += 100; });
         // Nor is what is posted for somebody called when that one has gone.
         auto goes = std::make_unique<QObject>();
         Realm::postGuarded(goes.get(), [&] { calls += 100; });
@@ -115,7 +120,7 @@ private Q_SLOTS:
 
     void callsAfterATimeOnTheEventLoop()
     {
-        const auto clock = Clock::threadDefault();
+        auto clock = Clock::threadDefault();
         QEventLoop loop;
         int calls = 0;
         const auto callOthers = [&] {
@@ -130,6 +135,15 @@ private Q_SLOTS:
         clock->callLater(20, [&] { loop.quit(); });
         loop.exec();
         QCOMPARE(calls, 100);
+        // The thread's clock may be asked for, and the one that goes used, where that goes.
+        Clock* other = nullptr;
+        const auto askBoth = [&other, goes = clock.data()] {
+            goes->callLater(1000, [] {});
+            other = Clock::threadDefault().data();
+        };
+        std::exchange(clock, {})->callLater(1000, [end = atEnd(askBoth)] {});
+        Clock::setThreadDefault({});
+        QCOMPARE(Clock::threadDefault().data(), other);
     }
 };
 

@@ -9,12 +9,15 @@
 #include <QtCore/QMetaType>
 #include <QtCore/QString>
 
+#include <vector>
+
 /// A record for the tests of live containers.
 struct Note
 {
     QString id;
     QString text;
     int stars = 0;
+    std::vector<char> body{0}; // so that a copy takes memory
 
     bool operator==(const Note& other) const { return id == other.id && text == other.text && stars == other.stars; }
 };

@@ -423,6 +423,10 @@ private:
     void start()
     {
         m_service = std::make_unique<zelcore::TestService>();
+        // The box comes after registration, which does not wait for it.
+        for (const QString& line : {u"permission showAppBox off"_s, u"box add kept"_s,
+                                    u"request delay 300 requestListAll"_s, u"request delay 300 requestListAll"_s})
+            QVERIFY(m_service->execute(line));
         m_context = std::make_unique<Context>(QUuid(u"{6F8D2C4E-5B0A-4A37-9D0E-0C8F3F1F2A10}"_s));
         connect(m_context.get(), &Context::registrationStateUpdated, this, [this](RegistrationState::Type state) {
             if (state == RegistrationState::Unregistered)

@@ -110,6 +110,8 @@ private:
     enum class Request { Batch, Refresh };
 
     EntryPointer provide(const K& key);
+    template <class Function, class BeforeChange>
+    void change(const K& key, const V& contents, Function whenChanged, BeforeChange beforeChange);
     EntryPointer ask(const K& key);
     bool isBatchWaiting() const;
     void performRequestAll();

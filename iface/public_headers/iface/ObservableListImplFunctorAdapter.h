@@ -4,9 +4,10 @@
 #include <iface/ObservableListImpl.h>
 
 #include <QtCore/QObject>
-#include <QtCore/QPointer>
 
 #include <boost/function.hpp>
+
+#include <array>
 
 namespace iface {
 
@@ -27,6 +28,7 @@ public:
 
     ObservableListImplFunctorAdapter(ObservableListImpl* model, ItemFunction added, ItemFunction updated,
                                      ItemFunction removed, ChangeFunction changed, QObject* parent = nullptr);
+    ~ObservableListImplFunctorAdapter() override;
 
     /// Listens to another list, or to none.
     void setDataModel(ObservableListImpl* model);
@@ -39,7 +41,7 @@ public Q_SLOTS:
                       QSharedPointer<ObservableListImpl::IndexMapper> indexMapper);
 
 private:
-    QPointer<ObservableListImpl> m_model;
+    std::array<QMetaObject::Connection, 4> m_connections;
     ItemFunction m_added;
     ItemFunction m_updated;
     ItemFunction m_removed;

@@ -19,6 +19,7 @@ class ZEL_EXPORT ObservableMapImplFunctorAdapter : public QObject
 
 public:
     explicit ObservableMapImplFunctorAdapter(boost::function<void(MapChange)> function, QObject* parent = nullptr);
+    ~ObservableMapImplFunctorAdapter() override;
 
     void startListening(const ObservableMapImplBase* map);
     void stopListening(const ObservableMapImplBase* map);

@@ -16,6 +16,7 @@ class ZEL_EXPORT ObserverFunctorAdapter : public ObserverImpl
 
 public:
     explicit ObserverFunctorAdapter(boost::function<void()> function, QObject* parent = nullptr);
+    ~ObserverFunctorAdapter() override;
 
 public Q_SLOTS:
     void handleObservableChanged() override;

@@ -9,6 +9,8 @@
 
 #include <algorithm>
 #include <new>
+#include <optional>
+#include <utility>
 
 namespace iface {
 
@@ -58,16 +60,28 @@ template <class K, class V>
 template <class Function>
 void LazyLoader<K, V>::store(const K& key, const V& contents, Function whenChanged)
 {
-    if (m_outdated.remove(key) && m_outdated.isEmpty())
-        endRefresh();
-    change(key, contents, whenChanged);
+    change(key, contents, whenChanged, [&] {
+        if (m_outdated.remove(key) && m_outdated.isEmpty())
+            endRefresh();
+    });
 }
 
 template <class K, class V>
 template <class Function>
 void LazyLoader<K, V>::change(const K& key, const V& contents, Function whenChanged)
 {
+    change(key, contents, whenChanged, [] {});
+}
+
+/// What could not be copied has not come: nothing is changed, and what was asked for is asked for again.
+template <class K, class V>
+template <class Function, class BeforeChange>
+void LazyLoader<K, V>::change(const K& key, const V& contents, Function whenChanged, BeforeChange beforeChange)
+{
+    V kept = contents;
     const EntryPointer found = provide(key);
+    std::optional<V> shown = found->isShown() ? std::optional<V>(contents) : std::nullopt;
+    beforeChange();
     // Contents that come for a key in flight settle with their request; a key that still waits need not be requested.
     const bool settles = found->progress() == Progress::Waiting;
     if (settles)
@@ -76,7 +90,7 @@ void LazyLoader<K, V>::change(const K& key, const V& contents, Function whenChan
         found->setProgress(Progress::Arrived);
     detail::FirstException thrown;
     bool changed = true; // so it has, if an observer throws
-    thrown.guard([&] { changed = found->setContents(contents); });
+    thrown.guard([&] { changed = found->setContents(std::move(kept), std::move(shown)); });
     if (changed)
         thrown.guard(whenChanged);
     else if (settles)

@@ -53,17 +53,14 @@ public:
         if (m_value)
             m_value->m_state = progress == Progress::Settled ? Value::Settled : Value::Requested;
     }
-    /// Answers whether they differ from what was there. Observers of the value have been told then.
-    bool setContents(const V& contents)
+    bool isShown() const { return m_value; }
+    /// Answers whether they differ from what was there. Observers of the value have been told then. A copy is `shown`
+    /// by the value where there is one.
+    bool setContents(V contents, std::optional<V> shown)
     {
         if (m_contents == contents)
             return false;
-        // What there may be no memory for comes first, and what was there goes last: that may run anything.
-        std::optional<V> shown;
-        if (m_value)
-            shown = contents;
-        V after = contents;
-        const V before = std::exchange(m_contents, std::move(after));
+        const V before = std::exchange(m_contents, std::move(contents)); // goes last: that may run anything
         if (shown)
             m_value->setValue(std::move(*shown));
         return true;

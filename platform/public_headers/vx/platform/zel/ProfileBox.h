@@ -20,9 +20,10 @@ class ProfileBoxPrivate;
 /// The application's box in the user's profile: a few lines of text, each with an icon and a cookie if wanted.
 ///
 /// Works while the context gives access, whenever it was made; without access it answers false, an empty list, an
-/// invalid item or 0. What the box holds when it is first received is not announced; it is there when registration
-/// completes, except for an application that may not show a box: registration does not wait for it then. All boxes of
-/// a process show the same items. The context is held guarded and may go first.
+/// invalid item or 0. What the box holds when it is first received is announced by itemCountChanged() and
+/// registeredIconsChanged() alone; it is there when registration completes, except for an application that may not show
+/// a box: registration does not wait for it then. All boxes of a process show the same items. The context is held
+/// guarded and may go first.
 ///
 /// Requests are answered by the service through the signals. Its rules are the constants below: a text of 1 to 100
 /// characters with at most two line breaks, a cookie of at most 128 characters, an icon of 1 to 32768 bytes under an id
@@ -79,8 +80,8 @@ Q_SIGNALS:
     /// another place among items(). After a list that the service sends again: behind what came and went.
     void itemUpdated(QString itemId);
 
-    /// For bindings: itemCount() is another number than before. After the signal that brought it about; a box that is
-    /// first received after registration brings none.
+    /// For bindings: itemCount() is another number than before. After the signal that brought it about, if there is
+    /// one.
     void itemCountChanged(QPrivateSignal);
     /// For bindings: registeredIcons() is another list than before, also when an icon is gone. Like itemCountChanged().
     void registeredIconsChanged(QPrivateSignal);
