@@ -22,6 +22,9 @@ include(CheckPIESupported)
 check_pie_supported()
 if(NOT ZEL_SANITIZE)
     target_link_options(zel_options INTERFACE $<$<CONFIG:Release>:LINKER:-z,relro,-z,now,-z,noexecstack>)
+    # All symbols are bound at start then, so calls of other libraries need no detour either.
+    check_cxx_compiler_flag(-fno-plt zel_has_no_plt)
+    target_compile_options(zel_options INTERFACE $<$<AND:$<CONFIG:Release>,$<BOOL:${zel_has_no_plt}>>:-fno-plt>)
 endif()
 if(ZEL_HARDENED)
     check_cxx_compiler_flag(-fcf-protection zel_has_cf_protection) # x86
