@@ -168,7 +168,7 @@ DerivedList::Hold DerivedList::settle()
     const QScopedValueRollback<bool> busy(m_isBusy, true);
     const Round::Settling settling(*Round::open());
     // What is taken in may change something further up, which has to come down first before this is up to date.
-    do {
+    for (;;) {
         // Mostly nothing else is behind, and what is read then need not be asked.
         if (t_behindCount > int(m_isBehind) && m_settledAt != t_timesBehind) {
             const unsigned now = t_timesBehind;
@@ -190,8 +190,7 @@ DerivedList::Hold DerivedList::settle()
         }
         const QScopedValueRollback<int> taking(m_takingFrom, t_inputReads + 1);
         takePending();
-    } while (t_behindCount > 0);
-    return hold;
+    }
 }
 
 Change DerivedList::fitting(const Change& change, int before) const

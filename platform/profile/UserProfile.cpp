@@ -104,9 +104,7 @@ void UserProfilePrivate::avatarUpdated(QString, vx::platform::zel::ImageType::Ty
 {
     qCDebug(lcPlatform) << "UserProfilePrivate::avatarUpdated";
     const zelsplib::PlatformContact told = delegate->told();
-    profile->setAvatarId(told.getAvatarId());
     profile->setAvatarMimeType(told.getAvatarMimeType());
-    profile->setAvatarData(told.getAvatarData());
     Q_EMIT q->displayPictureUpdated(HelperUtils::imageTypeFromString(told.getAvatarMimeType()), told.getAvatarData());
 }
 

@@ -64,6 +64,7 @@ private Q_SLOTS:
              u"3"_s},
             {"@platform\ndat:json:{\"m\":{\"a\":\"\xFF<\xC3\xA9\"}}\n", u"\uFFFD<\u00E9"_s}, // no UTF-8
             {"\xEF\xBB\xBF@platform\ndat:json:{\"m\":{\"a\":\"5\"}}\n", u"5"_s},             // a byte order mark
+            {"@platform\ndat:json:{\"m\":{\"a\":\"6\"}}\nx::\xFF\n", u"6"_s},                 // no UTF-8 elsewhere
             {"", {}},
             {"nonsense\n", {}},
             {"@other\ndat:json:{\"m\":{}}\n", {}},

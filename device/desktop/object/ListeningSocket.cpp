@@ -97,9 +97,8 @@ bool ListeningSocket::open(const std::string& path, std::string* reason)
     }
     const size_t slash = path.rfind('/');
     const std::string folder = slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
-    const std::string name = path.substr(slash + 1);
-    if (name.empty() || !makeFolders(folder)) {
-        *reason = folder + ": " + (name.empty() ? "no name of a socket" : std::strerror(errno));
+    if (!makeFolders(folder)) {
+        *reason = folder + ": " + std::strerror(errno);
         return false;
     }
     // Two servers that start at once must not each take the other's new socket for the stale one.

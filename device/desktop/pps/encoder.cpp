@@ -96,7 +96,7 @@ pps_encoder_error_t admit(pps_encoder_t* encoder, bool start)
     pps_encoder_private& d = *encoder->d;
     if (d.failed())
         return PPS_ENCODER_NO_MEMORY;
-    if (d.droppedLevels > 0 || d.isComplete) {
+    if (d.isComplete) {
         d.droppedLevels += start ? 1 : 0;
         return PPS_ENCODER_COMPLETE;
     }
