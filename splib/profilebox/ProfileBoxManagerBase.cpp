@@ -59,11 +59,11 @@ void ProfileBoxManagerBase::handleListChanged()
     d->icons.noteCompleteness();
     if (d->state == ProfileBoxState::Ready)
         return;
+    d->events.post([this] { pushFirstReceived(); });
     if (d->items.isComplete() && d->icons.isComplete()) {
         d->state = ProfileBoxState::Ready;
         d->registrationHandler->profileBoxIsReady();
     }
-    d->events.post([this] { pushFirstReceived(); });
     d->events.deliver();
 }
 
