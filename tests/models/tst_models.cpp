@@ -9,6 +9,7 @@
 
 #include <zelcore/TestService.h>
 
+#include <QtCore/QSortFilterProxyModel>
 #include <QtTest/QAbstractItemModelTester>
 #include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
@@ -367,6 +368,7 @@ private Q_SLOTS:
         ContactFilterModel filter;
         filter.setLocale(QLocale(QLocale::German));
         const QSignalSpy resets(&filter, &QAbstractItemModel::modelAboutToBeReset);
+        const QSignalSpy resetsEnded(&filter, &QAbstractItemModel::modelReset);
         filter.setSourceModel(&model);
         QVERIFY(!resets.isEmpty());
         QTRY_COMPARE(filter.rowCount(), 4);
@@ -385,6 +387,7 @@ private Q_SLOTS:
             {Filter::Anybody, u" ADA"_s, u"Zoë Adams"_s},
             {Filter::Anybody, u" ADA  sea "_s, u"Zoë Adams"_s},
             {Filter::Available, u"ödman"_s, u"Bert Ödman"_s}};
+        const QModelIndex second = filter.index(1, 0);
         const QSignalSpy presences(&filter, &Filter::presenceChanged);
         for (const auto& [presence, text, found] : wanted) {
             filter.setPresence(presence);
@@ -392,6 +395,7 @@ private Q_SLOTS:
             QCOMPARE(names(), found);
             QCOMPARE(filter.contact(0).displayName(), found);
             QCOMPARE(told, filter.rowCount());
+            QVERIFY(!filter.mapToSource(second).isValid());
         }
         QCOMPARE(presences.size(), 4);
         execute("contact change ödman displayName=Aaron");
@@ -410,8 +414,20 @@ private Q_SLOTS:
         filter.setSearchText(u"aar"_s);
         filter.setSearchText(u"aaron"_s);
         QCOMPARE(names(), u"Aaron|Aaron too"_s);
+        // Another model in between lays its rows out anew, and goes.
+        filter.setSearchText({});
+        const QString all = names();
+        auto turned = std::make_unique<QSortFilterProxyModel>();
+        turned->setSourceModel(&model);
+        filter.setSourceModel(turned.get());
+        turned->sort(0, Qt::DescendingOrder);
+        QCOMPARE(names(), all);
+        turned.reset();
+        QCOMPARE(resetsEnded.size(), resets.size());
+        const QSignalSpy completeness(&model, &ContactListModel::completeChanged);
         model.setContext(nullptr);
         QCOMPARE(model.count(), 0);
+        QCOMPARE(completeness.size(), 1);
         filter.setSourceModel(nullptr);
         QVERIFY(told == 0 && filter.contact(0).isNull());
     }

@@ -39,10 +39,7 @@ TestCase {
             ProfileBoxModel { id: items; context: context }
             ProfileBox {
                 id: box
-                property string told
                 context: context
-                onItemAdded: told += "added "
-                onItemRemoved: told += "removed"
             }
             Utils { id: utils; context: context }
             ApplicationPermissions { id: permissions; context: context }
@@ -58,8 +55,9 @@ TestCase {
                     required property url picture
                     required property int index
                     property alias image: first
+                    property alias small: second
                     Image { id: first; x: parent.index * 20; width: 8; height: 8; source: parent.picture; cache: false }
-                    Image { x: parent.index * 20; y: 20; width: 8; height: 8; source: parent.picture; sourceSize.width: 4; cache: false }
+                    Image { id: second; x: parent.index * 20; y: 20; width: 8; height: 8; source: parent.picture; sourceSize.width: 4; cache: false }
                 }
             }
             Repeater {
@@ -95,6 +93,8 @@ TestCase {
         tryCompare(app.context, "ready", true)
         compare(app.context.registrationState, RegistrationState.Allowed)
         compare(world.asked("registrationRequest"), 1)
+        const second = 'import ZelPlatform; Context { property int told; uuid: "%1"; onReadyChanged: ++told }'
+        compare(createTemporaryQmlObject(second.arg(app.context.uuid), test).told, 1)
         // A service that registers nobody is asked again, but not at once and over and over.
         world.run("registration manual")
         world.run("state Unregistered")
@@ -115,6 +115,8 @@ TestCase {
         const app = start()
         ignoreWarning(/requestUpdatePersonalMessage\(\) is refused: the context is not ready/)
         verify(!app.profile.requestUpdatePersonalMessage("too early"))
+        ignoreWarning(/requestRegisterIconFile\(\) is refused: the context is not ready/)
+        verify(!app.box.requestRegisterIconFile(1, "file:///nowhere.png"))
         tryCompare(app.context, "ready", true)
         ignoreWarning(/cannot read file:\/\/\/nowhere.png/)
         verify(!app.profile.requestUpdateDisplayPictureFile("file:///nowhere.png"))
@@ -193,6 +195,7 @@ TestCase {
         const asked = 2 // and the user's own
         compare(world.asked("requestUserAvatar"), asked)
         compare(app.shown.itemAt(1).image.status, Image.Ready)
+        compare([app.shown.itemAt(0).small.implicitWidth, app.shown.itemAt(0).small.implicitHeight], [4, 4])
         const before = app.anna.picture
         world.run("contact picture anna 3000")
         tryVerify(() => color(app.shown.itemAt(0).image) === colors[3000])
@@ -262,11 +265,52 @@ TestCase {
         verify(app.box.requestAddItem("Level 7", 7, "cookie"))
         tryCompare(app.items, "count", 1)
         tryVerify(() => color(app.icons.itemAt(0)) === colors[4000])
+        world.run("box icon 7 none")
+        world.run("box icon 7 3000")
+        tryVerify(() => color(app.icons.itemAt(0)) === colors[3000])
         const item = app.items.item(0)
         compare([item.text, item.cookie, item.iconId], ["Level 7", "cookie", 7])
         verify(app.box.requestRemoveItem(item.id))
         tryCompare(app.items, "count", 0)
-        compare([app.box.told, world.refusals()], ["added removed", []])
+        compare(world.refusals(), [])
+    }
+
+    Component { id: followedComponent; FollowedContact { handle: "anna" } }
+    Component { id: boxComponent; ProfileBox {} }
+
+    function test_announcesWhatChangesAndNothingElse() {
+        for (const command of ["contact add anna", "contact add bert", "box add one"])
+            world.run(command)
+        const app = start()
+        tryCompare(app.context, "ready", true)
+        const anna = createTemporaryObject(followedComponent, test, {context: app.context})
+        const box = createTemporaryObject(boxComponent, test, {context: app.context})
+        for (const followed of [anna, box, app.contacts, app.items])
+            world.follow(followed)
+        for (const [commands, announced] of [
+            [["contact change anna displayName=Ann"], "contactChanged"],
+            [["contact change bert displayName=Bob"], ""],
+            [["contact uninstall anna"], "contactChanged"],
+            [["contact install anna"], "contactChanged"],
+            [["contact uninstall bert"], ""],
+            [["contact picture anna 4000"], "contactChanged pictureChanged"],
+            [["box add two", "box change item-1 cookie=c", "box remove item-2"],
+                "itemAdded item-2 itemUpdated item-1 itemRemoved item-2"],
+            [["box icon 3 100", "box icon 3 none"], "iconRegistered 3 registeredIconsChanged registeredIconsChanged"],
+            [["away", "contact remove anna", "back"], "contactChanged"],
+            [["state NoDataConnection", "state Success"], // there is nothing to be read, and there is again
+                "contactChanged registeredIconsChanged contactChanged registeredIconsChanged"]]) {
+            commands.forEach(command => world.run(command))
+            world.run(`profile personalMessage="after ${commands}"`)
+            tryCompare(app, "message", "after " + commands)
+            let heard = []
+            tryVerify(() => (heard = heard.concat(world.heard())).join(" ") === announced, 5000, String(commands))
+        }
+        anna.handle = "bert"
+        anna.handle = "bert"
+        anna.context = app.contacts.context = app.items.context = null
+        compare(world.heard().join(" "), "handleChanged contactChanged pictureChanged contextChanged contextChanged " +
+                "contactChanged pictureChanged")
     }
 
     Component { id: ecoComponent; EcoContact {} }

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <common/Heard.h>
+
 #include <zelcore/TestService.h>
 
 #include <QtCore/QHash>
@@ -27,6 +29,7 @@ public Q_SLOTS:
     {
         m_service = nullptr;
         m_asked.clear();
+        m_heard.take();
         m_service = std::make_unique<zelcore::TestService>();
         connect(m_service.get(), &zelcore::Simulator::messageReceived, this,
                 [this](int, const QString& type) { ++m_asked[type]; });
@@ -52,11 +55,15 @@ public Q_SLOTS:
     /// How many messages of this type have come from the application, or invocations for this target.
     int asked(const QString& type) const { return m_asked.value(type); }
     QStringList refusals() const { return m_service->refusals(); }
+    void follow(const QObject* object) { m_heard.follow(*object); }
+    /// What those that are followed have announced since the last time.
+    QStringList heard() { return m_heard.take(); }
 
 private:
     const QTemporaryDir m_folder;
     std::unique_ptr<zelcore::TestService> m_service;
     QHash<QString, int> m_asked;
+    Heard m_heard;
 };
 
 QUICK_TEST_MAIN_WITH_SETUP(quick, World)
