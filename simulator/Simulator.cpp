@@ -282,7 +282,6 @@ Person Simulator::contact(const QString& handle) const
 QList<Person> Simulator::contacts() const
 {
     QList<Person> people;
-    people.reserve(d->world.installed().size());
     for (const QString& userId : d->world.installed())
         people.append(*d->world.contact(userId));
     return people;

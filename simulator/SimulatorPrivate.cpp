@@ -95,7 +95,7 @@ void SimulatorPrivate::connectParts()
 void SimulatorPrivate::connectApplications()
 {
     QObject::connect(&server, &ObjectServer::clientConnected, q, [this](int client) {
-        note({Recording::Entry::Kind::Connected, 0, client});
+        note({.kind = Recording::Entry::Kind::Connected, .application = client});
         if (replay)
             replay->connected(client);
         else
@@ -104,7 +104,7 @@ void SimulatorPrivate::connectApplications()
         Q_EMIT q->clientCountChanged(q->clientCount());
     });
     QObject::connect(&server, &ObjectServer::clientDisconnected, q, [this](int client) {
-        note({Recording::Entry::Kind::Disconnected, 0, client});
+        note({.kind = Recording::Entry::Kind::Disconnected, .application = client});
         if (replay)
             replay->disconnected(client);
         service.disconnected(client);
@@ -123,27 +123,24 @@ void SimulatorPrivate::connectApplications()
 void SimulatorPrivate::connectTap()
 {
     using Direction = WireRecord::Direction;
-    QObject::connect(&server, &ObjectServer::recordReceived, q, [this](int client, const QByteArray& record) {
-        tap({0, client, QString(), QString(), Direction::FromApplication, record});
-    });
-    QObject::connect(&outbox, &Outbox::passed, q, [this](int client, const QByteArray& record) {
-        tap({0, client, QString(), QString(), Direction::ToApplication, record});
-    });
+    QObject::connect(&server, &ObjectServer::recordReceived, q,
+                     [this](int client, const QByteArray& record) { tap(client, Direction::FromApplication, record); });
+    QObject::connect(&outbox, &Outbox::passed, q,
+                     [this](int client, const QByteArray& record) { tap(client, Direction::ToApplication, record); });
     QObject::connect(&targets, &InvocationTargets::passed, q,
                      [this](const QString& target, qint64 process, const QByteArray& record) {
-                         tap({0, clientOf(process), QString(), target, Direction::FromApplication, record});
+                         tap(clientOf(process), Direction::FromApplication, record, target);
                      });
 }
 
-void SimulatorPrivate::tap(WireRecord record)
+void SimulatorPrivate::tap(int client, WireRecord::Direction direction, const QByteArray& bytes, const QString& target)
 {
-    record.time = m_born + m_age.elapsed();
-    record.uuid = uuidOf(record.client);
+    const WireRecord record{m_born + m_age.elapsed(), client, uuidOf(client), target, direction, bytes};
     using Kind = Recording::Entry::Kind;
-    note({!record.target.isEmpty()                                     ? Kind::Invoked
-          : record.direction == WireRecord::Direction::FromApplication ? Kind::Received
-                                                                       : Kind::Sent,
-          0, record.client, record.uuid, record.target, record.bytes});
+    const Kind kind = !target.isEmpty()                                     ? Kind::Invoked
+                      : direction == WireRecord::Direction::FromApplication ? Kind::Received
+                                                                            : Kind::Sent;
+    note({.kind = kind, .application = client, .uuid = record.uuid, .target = target, .bytes = bytes});
     Q_EMIT q->recordPassed(record);
 }
 
@@ -162,7 +159,7 @@ bool SimulatorPrivate::record(const QString& path, QString* error)
     m_recordingBegan = m_age.elapsed();
     *error = recorder.open(path, {QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs), false, {}});
     for (const int client : server.clients())
-        note({Recording::Entry::Kind::Connected, 0, client});
+        note({.kind = Recording::Entry::Kind::Connected, .application = client});
     return error->isEmpty();
 }
 
@@ -280,7 +277,7 @@ void SimulatorPrivate::goAway()
 {
     if (!running || away)
         return;
-    note({Recording::Entry::Kind::Away});
+    note({.kind = Recording::Entry::Kind::Away});
     away = true;
     leave();
     Q_EMIT q->awayChanged(true);
@@ -303,7 +300,7 @@ bool SimulatorPrivate::comeBack(QString* error)
     if (!listen(error))
         return false;
     away = false;
-    note({Recording::Entry::Kind::Back});
+    note({.kind = Recording::Entry::Kind::Back});
     Q_EMIT q->awayChanged(false);
     return true;
 }

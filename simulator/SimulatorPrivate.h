@@ -91,7 +91,7 @@ private:
     void connectApplications();
     void connectReplay();
     void leave();
-    void tap(WireRecord record);
+    void tap(int client, WireRecord::Direction direction, const QByteArray& bytes, const QString& target = {});
     void note(Recording::Entry entry);
 
     const qint64 m_born = QDateTime::currentMSecsSinceEpoch();

@@ -158,15 +158,13 @@ bool Replay::takeEqual(Lane& lane, const QByteArray& record)
 /// The first of its type among the steps whose turn it is: what has been sent before the next answer.
 bool Replay::takeSimilar(Lane& lane, const QByteArray& record)
 {
-    bool turnIsOver = false;
     bool isAwaited = false;
     for (Step& step : lane.steps) {
         const Entry& then = entry(step);
-        turnIsOver = turnIsOver || (isAwaited && then.kind == Kind::Sent);
+        if (isAwaited && then.kind == Kind::Sent)
+            break;
         if (then.kind == Kind::Sent || step.met || step.givenUp)
             continue;
-        if (turnIsOver)
-            break;
         isAwaited = true;
         const Comparison comparison = compared(lane, then, record);
         if (!comparison.sameType)
@@ -318,9 +316,7 @@ void Replay::schedule()
     }
     if (isServiceNext())
         next = std::min(next, dueTime(entry(m_service.at(m_nextOfService)).time, m_lastThen, m_lastNow));
-    if (next == never)
-        m_timer.stop();
-    else
+    if (next != never)
         m_timer.start(int(std::clamp<qint64>(next - m_clock.elapsed(), 0, std::numeric_limits<int>::max())));
 }
 

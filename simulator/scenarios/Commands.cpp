@@ -38,12 +38,12 @@ QString table(const QList<QStringList>& rows)
 QString readPicture(const QString& word, QByteArray* data)
 {
     bool isSize = false;
-    const int size = word.toInt(&isSize);
+    const uint size = word.toUInt(&isSize);
     data->clear();
-    if (isSize && (size < 0 || size > World::largestPicture))
+    if (size > World::largestPicture)
         return u"a picture has 1 to %1 bytes"_s.arg(World::largestPicture);
     if (isSize) {
-        *data = PeopleMaker::picture(size, quint32(size));
+        *data = PeopleMaker::picture(int(size), size);
     } else if (word.isEmpty()) {
         return u"a picture is a file, or so many made-up bytes"_s;
     } else if (word != "none"_L1) {
@@ -173,8 +173,8 @@ bool Commands::run(const QString& line, QString* reply) const
 
 bool Commands::run(const QStringList& words, QString* reply) const
 {
-    const bool isForOne = words.size() > 1 && words.first() == "app"_L1;
-    const std::optional<Addressee> whose = isForOne ? Addressee::one(words.at(1), reply) : Addressee();
+    const bool isForOne = words.value(0) == "app"_L1;
+    const std::optional<Addressee> whose = isForOne ? Addressee::one(words.value(1), reply) : Addressee();
     return whose && runFor(*whose, words.mid(isForOne ? 2 : 0), reply);
 }
 

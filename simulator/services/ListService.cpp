@@ -113,7 +113,6 @@ QString ListService::requestElements(Session& session, const QJsonObject& body)
         return problem;
 
     QList<QByteArray> elements;
-    elements.reserve(keys.size());
     for (const QString& key : keys) {
         const QByteArray element = m_context.lists.element(list, key, session);
         if (!element.isEmpty())

@@ -130,10 +130,8 @@ ExpectedPicture* ProfileService::expectedIcon(const Session& asking, const QStri
 {
     const QString owner = m_context.lists.boxOwner(asking);
     for (const auto& [client, session] : m_context.sessions) {
-        if (m_context.lists.boxOwner(*session) != owner)
-            continue;
         const auto expected = session->expected.find(iconStream + iconId);
-        if (expected != session->expected.end())
+        if (expected != session->expected.end() && m_context.lists.boxOwner(*session) == owner)
             return &*expected;
     }
     return nullptr;
@@ -168,43 +166,38 @@ QString ProfileService::stream(Session& session, const QJsonObject& body)
     if (expected == session.expected.end())
         return u"nobody asked for the stream \"%1\""_s.arg(id.left(60));
 
+    const bool isLast = body.value("last"_L1).toBool();
     const auto decoded = QByteArray::fromBase64Encoding(value.toLatin1(), QByteArray::AbortOnBase64DecodingErrors);
     QString problem;
     if (!decoded)
         problem = u"\"value\" is not base64 text"_s;
     else if (value.size() > wire::streamChunk)
         problem = u"a piece of %1 characters; at most %2"_s.arg(value.size()).arg(wire::streamChunk);
-    else if (expected->bytes.size() + decoded.decoded.size() > World::largestPicture)
-        problem = u"a picture of more than %1 bytes"_s.arg(World::largestPicture);
-    if (!problem.isEmpty()) {
-        const ExpectedPicture spoiled = session.expected.take(id);
-        return spoiled.iconId.isEmpty() ? answerChange(session, problem) : problem;
-    }
-    expected->bytes += decoded.decoded;
-    if (!body.value("last"_L1).toBool())
+    else
+        problem = World::pictureProblem(expected->bytes += decoded.decoded);
+    if (problem.isEmpty() && isLast && World::hashOf(expected->bytes) != expected->hash)
+        problem = u"the picture's bytes do not match the announced SHA-1"_s;
+    if (problem.isEmpty() && !isLast)
         return {};
-    return finish(session, session.expected.take(id));
+    const ExpectedPicture picture = session.expected.take(id);
+    if (problem.isEmpty())
+        return finish(session, picture);
+    return picture.iconId.isEmpty() ? answerChange(session, problem) : problem;
 }
 
 QString ProfileService::finish(const Session& session, const ExpectedPicture& picture)
 {
-    const bool isOwnPicture = picture.iconId.isEmpty();
-    QString problem = World::pictureProblem(picture.bytes);
-    if (problem.isEmpty() && World::hashOf(picture.bytes) != picture.hash)
-        problem = u"the picture's bytes do not match the announced SHA-1"_s;
-    if (!problem.isEmpty())
-        return isOwnPicture ? answerChange(session, problem) : problem;
-    if (!isOwnPicture) {
-        const QString owner = m_context.lists.boxOwner(session);
-        problem = m_context.world.addBoxIcon(picture.iconId, picture.bytes, owner);
-        for (BoxItem item : picture.items) {
-            if (problem.isEmpty())
-                problem = m_context.world.addBoxItem(item, owner);
-        }
-        return problem;
+    if (picture.iconId.isEmpty()) {
+        m_context.world.keepPicture(picture.bytes);
+        return applyProfile(session, picture.profile);
     }
-    m_context.world.keepPicture(picture.bytes);
-    return applyProfile(session, picture.profile);
+    const QString owner = m_context.lists.boxOwner(session);
+    QString problem = m_context.world.addBoxIcon(picture.iconId, picture.bytes, owner);
+    for (BoxItem item : picture.items) {
+        if (problem.isEmpty())
+            problem = m_context.world.addBoxItem(item, owner);
+    }
+    return problem;
 }
 
 QString ProfileService::requestUserPicture(Session& session, const QJsonObject& body)

@@ -126,7 +126,6 @@ QString Registrar::remember(const QString& path)
             return u"%1: line %2: \"%3\" is no UUID"_s.arg(path, QString::number(line), uuid.left(80));
         read.insert(uuid.toLower());
     }
-    file.close();
     m_file = path;
     m_registered.clear();
     changeRegistered(read);

@@ -3,6 +3,7 @@
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
+#include <QtCore/QStringBuilder>
 
 #include <algorithm>
 
@@ -37,24 +38,12 @@ QByteArray attribute(const QByteArray& record, const QByteArray& nameAndEncoding
 
 QByteArray record(const QByteArray& json)
 {
-    QByteArray record;
-    record.reserve(recordHead.size() + json.size() + 1);
-    record += recordHead;
-    record += json;
-    record += '\n';
-    return record;
+    return recordHead % json % '\n';
 }
 
 QByteArray envelope(QLatin1String type, const QByteArray& body)
 {
-    QByteArray json;
-    json.reserve(type.size() + body.size() + 5);
-    json += "{\"";
-    json.append(type.data(), type.size());
-    json += "\":";
-    json += body;
-    json += '}';
-    return json;
+    return "{\"" % QByteArrayView(type.data(), type.size()) % "\":" % body % '}';
 }
 
 std::optional<Message> parse(const QByteArray& record, QString* problem)
