@@ -1,14 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <Desk.h>
+#include <Simulation.h>
 
 #include <common/SeededRandom.h>
 #include <common/TestMain.h>
 #include <common/WireText.h>
 #include <simulator/RawApplication.h>
 
+#include <QtCore/QMetaProperty>
+#include <QtGui/QImage>
 #include <QtTest/QAbstractItemModelTester>
 #include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
+
+#include <functional>
+#include <memory>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 using zelcore::Simulator;
@@ -26,6 +33,16 @@ QStringList shown(const QAbstractItemModel& model, int role)
     return texts;
 }
 
+/// What a window shows of something, and whether it has been told of another.
+struct Shown
+{
+    bool isTold() const { return last.isNull() || there().isNull() || last == there() || !told->isEmpty(); }
+
+    std::function<QVariant()> there;
+    std::unique_ptr<QSignalSpy> told;
+    QVariant last = there();
+};
+
 } // namespace
 
 class TstDesk : public QObject
@@ -39,13 +56,15 @@ private Q_SLOTS:
         m_simulator = std::make_unique<Simulator>();
         QVERIFY(m_simulator->start());
         m_desk = std::make_unique<Desk>(*m_simulator);
+        m_models = {m_desk->wire(),          m_desk->applications(), m_desk->user(), m_desk->contacts(),
+                    m_desk->shownContacts(), m_desk->contact(),      m_desk->box()};
+        for (QAbstractItemModel* const model : m_models)
+            new QAbstractItemModelTester(model, QAbstractItemModelTester::FailureReportingMode::QtTest, m_desk.get());
     }
 
     void contactsFollowWhoeverChangesThem()
     {
         ContactModel& contacts = *m_desk->contacts();
-        const QAbstractItemModelTester tester(&contacts);
-        const QAbstractItemModelTester filterTester(m_desk->shownContacts());
         QRandomGenerator random = seededRandom();
         const QStringList texts{{}, u"N"_s, u"name"_s, u"name 1"_s, u"Name 12"_s, u"e 1"_s, u"user-"_s};
         for (int turn = 0; turn < 20; ++turn) {
@@ -73,13 +92,12 @@ private Q_SLOTS:
                     m_simulator->changeContact(person);
                 }
             }
-            QStringList found;
-            for (const QString& id : m_simulator->contactIds()) {
+            QStringList found = m_simulator->contactIds();
+            found.removeIf([&](const QString& id) {
                 const zelcore::Person person = m_simulator->contact(id);
                 const QString searched = person.displayName + u'\n' + person.handle + u'\n' + person.personalMessage;
-                if (searched.contains(text, Qt::CaseInsensitive))
-                    found.append(id);
-            }
+                return !searched.contains(text, Qt::CaseInsensitive);
+            });
             QTRY_COMPARE(shown(*m_desk->shownContacts(), ContactModel::UserIdRole), found);
             QTRY_COMPARE(shown(contacts, ContactModel::UserIdRole), m_simulator->contactIds());
         }
@@ -90,152 +108,122 @@ private Q_SLOTS:
         QCOMPARE(inserted.size(), 1);
     }
 
-    void whatIsChangedAtTheDeskReachesApplications()
+    void whatIsDoneIsShownWhoeverDoesIt()
     {
-        m_simulator->setRegistrationPolicy(Simulator::RegistrationPolicy::Automatic);
-        RawApplication application(m_simulator->root());
-        application.begin();
-        QTRY_COMPARE(m_desk->applications()->count(), 1);
-        application.send("registrationRequest", R"({"uuid":"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b","silent":true})");
-        QTRY_COMPARE(m_desk->applications()->index(0).data(ApplicationModel::UuidRole).toString(),
-                     u"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b"_s);
-        application.drain();
-
-        const auto tells = [&](const char* text) {
-            application.synchronize();
-            return std::exchange(application.records, {}).join().contains(text);
-        };
-        PersonModel& user = *m_desk->user();
-        QVERIFY(user.setData(user.index(0), u"Robin at the desk"_s, PersonModel::ValueRole));
-        QVERIFY(tells("Robin at the desk"));
-        QVERIFY(!user.setData(user.index(8), u"many"_s, PersonModel::ValueRole)); // a number
-        QVERIFY(!user.setData(user.index(0), QString(62000, u'x'), PersonModel::ValueRole));
-        QVERIFY(m_desk->service()->isComplaint());
-        QCOMPARE(shown(user, PersonModel::ValueRole).first(), u"Robin at the desk"_s);
-
-        PersonModel& contact = *m_desk->contact();
-        contact.setUserId(m_desk->contacts()->add(u"Anna"_s));
-        QVERIFY(tells("user-anna"));
-        QVERIFY(contact.setData(contact.index(1), u"Back at five"_s, PersonModel::ValueRole));
-        QVERIFY(tells("Back at five"));
-        contact.setPictureSize(3000);
-        QCOMPARE(contact.picture(), u"%L1 bytes"_s.arg(3000));
-        m_desk->contacts()->remove(u"user-anna"_s);
-        QCOMPARE(m_simulator->contactCount(), 0);
-
-        BoxModel& box = *m_desk->box();
-        box.addIcon();
-        QVERIFY(box.add(u"Level 3"_s));
-        QTRY_COMPARE(shown(box, BoxModel::TextRole), QStringList(u"Level 3"_s));
-        QVERIFY(box.setData(box.index(0), u"1"_s, BoxModel::IconRole) && tells("\"imageId\":\"1\""));
-        box.addIcon();
-        box.removeIcon(u"1"_s);
-        QCOMPARE(box.icons(), QStringList(u"2"_s));
-        box.clear();
-        QVERIFY(m_simulator->boxItems().isEmpty());
-
-        m_desk->service()->setZelInvites(false);
-        QVERIFY(tells("\"zelInvites\":false"));
-        m_desk->service()->setRegistrationState(u"Expired"_s);
-        QVERIFY(tells("Expired"));
-        m_desk->applications()->setState(u"1"_s, u"Pending"_s);
-        QTRY_COMPARE(shown(*m_desk->applications(), ApplicationModel::StateRole), QStringList(u"Pending"_s));
-        m_desk->service()->setAway(true);
-        QTRY_VERIFY(application.closed && m_desk->applications()->count() == 0);
-        m_desk->service()->setAway(false);
-        QVERIFY(!m_desk->service()->isAway() && !m_desk->service()->notices().first().isEmpty());
-    }
-
-    void whatAWindowShowsIsToldWhoeverChangesIt()
-    {
-        m_desk->contact()->setUserId(m_desk->contacts()->add(u"Anna"_s));
-        const Service* const service = m_desk->service();
-        const std::tuple<const char*, const QObject*, const char*> rows[] = {
-            {"box add hi", m_desk->box(), SIGNAL(countChanged())},
-            {"box change item-1 text=ho", m_desk->box(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QList<int>))},
-            {"away", service, SIGNAL(awayChanged())},
-            {"back", service, SIGNAL(awayChanged())},
-            {"permission zelInvites off", service, SIGNAL(permissionsChanged())},
-            {"state Expired", service, SIGNAL(registrationChanged())},
-            {"profile displayName Robin", m_desk->user(), SIGNAL(changed())},
-            {"contact change anna displayName=An", m_desk->contact(), SIGNAL(changed())},
-            {"box icon 4 100", m_desk->box(), SIGNAL(iconsChanged())},
-            {"reset", service, SIGNAL(permissionsChanged())},
-            {"reset", m_desk->box(), SIGNAL(iconsChanged())},
-            {"reset", m_desk->contact(), SIGNAL(changed())},
-            {"reset", m_desk->timeline(), SIGNAL(scenarioChanged())}};
-        for (const auto& [line, object, signal] : rows) {
-            const QSignalSpy told(object, signal);
-            QVERIFY2(m_simulator->execute(QString::fromLatin1(line)), line);
-            QTRY_VERIFY2(!told.isEmpty(), line);
+        std::vector<Shown> all;
+        for (QAbstractItemModel* const model : m_models) {
+            const auto firstRow = [=] {
+                QStringList texts;
+                for (int role = Qt::UserRole; model->rowCount() > 0 && role < Qt::UserRole + 7; ++role)
+                    texts += model->index(0, 0).data(role).toString();
+                return texts.isEmpty() ? QVariant() : texts;
+            };
+            all.push_back({firstRow, std::make_unique<QSignalSpy>(model, &QAbstractItemModel::dataChanged)});
         }
-        const QSignalSpy told(service, &Service::registrationChanged);
-        QVERIFY(m_desk->service()->execute(u"registration manual"_s) && !told.isEmpty());
-        m_simulator->stop();
-        m_desk->service()->setAway(false); // there is nothing to come back
-        QVERIFY(m_desk->service()->isComplaint());
-    }
-
-    void theTimelineGoesStepByStep()
-    {
+        QList<QObject*> objects{m_desk->service(), m_desk->timeline(), m_desk->weather()};
+        objects.append(QList<QObject*>(m_models.cbegin(), m_models.cend()));
+        for (QObject* const object : std::as_const(objects)) {
+            for (int i = 0; i < object->metaObject()->propertyCount(); ++i) {
+                const QMetaProperty property = object->metaObject()->property(i);
+                if (property.hasNotifySignal())
+                    all.push_back({[=] { return property.read(object); },
+                                   std::make_unique<QSignalSpy>(object, property.notifySignal())});
+            }
+        }
+        RawApplication application(m_simulator->root());
+        const auto line = [this](const char* words) {
+            return [=, this] { QVERIFY2(m_simulator->execute(QString::fromLatin1(words)), words); };
+        };
+        Service& service = *m_desk->service();
         Timeline& timeline = *m_desk->timeline();
-        QSignalSpy told(&timeline, &Timeline::changed);
-        timeline.setPaused(true);
-        QVERIFY(m_simulator->isTimelinePaused() && told.size() == 1);
-        QVERIFY(!timeline.open(u"/no/such/file"_s) && m_desk->service()->isComplaint());
-        QVERIFY(timeline.open(u"busy-day"_s));
-        timeline.step(); // it waits for a registration
-        QVERIFY(m_desk->service()->isComplaint());
-        RawApplication application(m_simulator->root());
-        application.begin();
-        application.send("registrationRequest", R"({"uuid":"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b","silent":true})");
-        application.synchronize();
-        timeline.step();
-        QCOMPARE(m_desk->service()->notices().first(), u"scenario: rate 20 mixed"_s);
-        QVERIFY(timeline.time() == 500 && told.size() == 2);
-        QVERIFY(timeline.open(u"busy-day"_s) && timeline.time() == 0 && told.size() == 3);
-        m_simulator->reset();
-        QCOMPARE(timeline.scenario(), QString());
-    }
-
-    void weatherIsMadeAndEndsWithTheWorld()
-    {
         Weather& weather = *m_desk->weather();
-        RawApplication application(m_simulator->root());
-        application.begin();
-        application.synchronize();
-        QVERIFY(weather.refuseNext(u"createProfileBoxItem"_s, u"1"_s));
-        application.send("createProfileBoxItem", R"({"text":"a","cookie":""})");
-        application.synchronize();
-        QVERIFY(m_desk->service()->isComplaint() && m_simulator->boxItems().isEmpty());
-        QVERIFY(weather.injectFault(true, int(Simulator::Fault::Drop), 0, u"createProfileBoxItem"_s, {}));
-        application.send("createProfileBoxItem", R"({"text":"b","cookie":""})");
-        application.synchronize();
-        QVERIFY(m_simulator->boxItems().isEmpty());
-        QVERIFY(weather.injectFault(false, int(Simulator::Fault::Garble), 0, u""_s, u"1"_s));
-        QCOMPARE(m_desk->service()->notices().first(), u"Garble to application 1: the next message"_s);
-
-        QSignalSpy changed(&weather, &Weather::changed);
-        QVERIFY(m_desk->service()->execute(u"latency 30"_s) && m_desk->service()->execute(u"reading off"_s));
-        QCOMPARE(changed.size(), 2);
-        QCOMPARE(weather.latencyTo(), 30);
-        QVERIFY(!weather.isReading());
-        m_desk->contacts()->generate(3);
-        QVERIFY(m_desk->box()->add(u"c"_s));
-        QTRY_VERIFY(m_desk->contacts()->count() == 3 && m_desk->box()->count() == 1);
-        m_desk->contact()->setUserId(m_simulator->contactIds().first());
-        QVERIFY(m_desk->contact()->isThere());
-        m_desk->service()->reset();
-        QVERIFY(!m_desk->contact()->isThere());
-        QTRY_VERIFY(m_desk->contacts()->count() == 0 && m_desk->box()->count() == 0);
-        QTRY_COMPARE(m_desk->applications()->count(), 0);
-        QVERIFY(weather.latencyTo() == 0 && weather.isReading());
+        PersonModel& user = *m_desk->user();
+        PersonModel& contact = *m_desk->contact();
+        BoxModel& box = *m_desk->box();
+        const std::function<void()> steps[] = {
+            [&] { timeline.setPaused(true); },
+            line("contact add anna displayName=Anna"),
+            line("box add Hi"),
+            [&] { QTRY_VERIFY(m_desk->contacts()->count() == 1 && box.count() == 1); },
+            [&] { contact.setUserId(u"user-anna"_s); },
+            [&] { QVERIFY(contact.setData(contact.index(1), u"Back at five"_s, PersonModel::ValueRole)); },
+            [&] { contact.setPictureSize(3000); },
+            line("contact change anna displayName=An"),
+            [&] { m_desk->contacts()->setInstalled(u"user-anna"_s, false); },
+            [&] { QVERIFY(user.setData(user.index(0), u"Robin at the desk"_s, PersonModel::ValueRole)); },
+            [&] { user.setPictureSize(200); },
+            [&] { QVERIFY(!user.setData(user.index(0), QString(62000, u'x'), PersonModel::ValueRole)); },
+            [&] { QVERIFY(service.isComplaint()); },
+            [&] { QVERIFY(box.setData(box.index(0), u"Level 3"_s, BoxModel::TextRole)); },
+            [&] { QVERIFY(!box.setData(box.index(0), u"x"_s, BoxModel::IdRole)); },
+            [&] { box.addIcon(); },
+            [&] { box.addIcon(); },
+            [&] { box.removeIcon(u"1"_s); },
+            [&] { QCOMPARE(m_simulator->contact(u"user-anna"_s).personalMessage, u"Back at five"_s); },
+            [&] { QCOMPARE(m_simulator->profile().displayName, u"Robin at the desk"_s); },
+            [&] { QCOMPARE(contact.picture() + user.picture(), u"%L1 bytes%2 bytes"_s.arg(3000).arg(200)); },
+            [&] { QCOMPARE(m_simulator->boxItems().first().text + box.icons().join(u' '), u"Level 32"_s); },
+            [&] { QVERIFY(!timeline.open(u"/no/such/file"_s) && timeline.open(u"busy-day"_s)); },
+            [&] { timeline.step(); }, // it waits for a registration
+            [&] { QVERIFY(service.isComplaint() && timeline.scenario() == u"busy-day"_s && timeline.time() == 0); },
+            line("state Expired"),
+            [&] { QVERIFY(application.begin() && QTest::qWaitFor([&] { return m_simulator->clientCount() == 1; })); },
+            [&] {
+                application.send("registrationRequest",
+                                 R"({"uuid":"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b","silent":true})");
+            },
+            [&] { application.synchronize(); },
+            [&] { QTRY_COMPARE(m_desk->applications()->count(), 1); },
+            [&] { m_desk->applications()->setState(u"1"_s, u"Success"_s); },
+            [&] { QVERIFY(weather.injectFault(false, int(Simulator::Fault::Garble), 0, u""_s, u"1"_s)); },
+            [&] { QVERIFY(weather.refuseNext(u"x"_s, {}) && !weather.refuseNext(u"x"_s, u"x"_s)); },
+            [&] { QCOMPARE(service.registrationState(), u"Success"_s); },
+            [&] { timeline.step(); },
+            [&] { QCOMPARE(timeline.time(), 500); },
+            [&] { application.disconnect(); },
+            [&] { QTRY_COMPARE(m_simulator->clientCount(), 0); },
+            [&] { service.setAway(true); },
+            line("back"),
+            [&] { service.setZelInvites(false); },
+            line("profile personalMessage Hi"),
+            [&] { service.execute(u"registration manual"_s); },
+            [&] { service.setRegistrationPolicy(1, u"Expired"_s, 7); },
+            [&] { service.execute(u"latency 30"_s); },
+            [&] { weather.setReading(false); },
+            [&] { weather.setLatencyFrom(7); },
+            [&] { m_desk->wire()->setHeld(true); },
+            [&] { timeline.setPaused(false); },
+            [&] { QVERIFY(!weather.isReading() && weather.latencyTo() == 30 && weather.latencyFrom() == 7); },
+            [&] { QVERIFY(service.registrationDelay() == 7 && !service.isZelInvites() && !service.isAway()); },
+            [&] { QTRY_VERIFY(m_desk->contacts()->count() > 1); },
+            [&] { service.reset(); },
+            [&] { QTRY_COMPARE(m_desk->contacts()->count() + box.count(), 0); },
+            [&] { QVERIFY(!contact.isThere() && timeline.scenario().isEmpty() && weather.isReading()); },
+            [&] { m_simulator->stop(); }};
+        for (const auto& step : steps) {
+            step();
+            for (Shown& shown : all) {
+                QTRY_VERIFY2(shown.isTold(), shown.told->signal());
+                shown.last = shown.there();
+                shown.told->clear();
+            }
+        }
+        // What is in vain is shown no longer.
+        const QSignalSpy moved(&service, &Service::awayChanged);
+        const QSignalSpy typed(&user, &PersonModel::dataChanged);
+        service.setAway(false);
+        QVERIFY(!user.setData(user.index(0), u"x"_s, PersonModel::LabelRole));
+        QVERIFY(!user.setData(user.index(8), u"many"_s, PersonModel::ValueRole)); // a number
+        QVERIFY(moved.size() == 1 && typed.size() == 1 && service.isComplaint());
+        QCOMPARE(service.notices().size(), 12);
+        for (int i = 0; i < 300; ++i)
+            service.note(QString::number(i));
+        QCOMPARE(service.notices().size(), Service::mostNotices);
     }
 
     void theWireStaysWithinItsBoundsAndTakesTurns()
     {
         WireModel& wire = *m_desk->wire();
-        const QAbstractItemModelTester tester(&wire, QAbstractItemModelTester::FailureReportingMode::QtTest);
         RawApplication application(m_simulator->root());
         application.begin();
         QTRY_COMPARE(wire.count(), 1);
@@ -273,7 +261,8 @@ private Q_SLOTS:
         RawApplication second(m_simulator->root());
         second.begin();
         second.synchronize();
-        QTRY_COMPARE(wire.applications(), (QStringList{u"1"_s, u"2"_s}));
+        const QStringList choices{u"1"_s, u"2"_s, u"requestEcoId"_s, u"requestEcoIdResponse"_s, u"tpaApi"_s};
+        QTRY_COMPARE(wire.applications() + wire.types(), choices);
         const int all = wire.count();
         wire.setApplication(u"2"_s);
         const QStringList numbers = shown(wire, WireModel::ApplicationRole);
@@ -323,9 +312,48 @@ private Q_SLOTS:
         QCOMPARE(summaryOf(invocation, 14), u"{\"target\":\"t\"}"_s);
     }
 
+    void peopleWithFacesAreMadeUp()
+    {
+        m_simulator->stop();
+        QString problem;
+        QVERIFY(Simulation(*m_simulator).start({.contacts = 5, .state = u"Expired"_s, .isAlive = true}, &problem));
+        QStringList people;
+        for (const zelcore::Person& person : m_simulator->contacts() + QList{m_simulator->profile()}) {
+            const QString face = m_simulator->picture(person.avatarId).isEmpty() ? u"none"_s : u"a face"_s;
+            people += u"%1, %2, %3"_s.arg(person.displayName, person.statusMessage, face);
+        }
+        QCOMPARE(people, (QStringList{u"Ada Brandt, On my way to Lyon, a face"_s, u"美咲 高橋, In a meeting, a face"_s,
+                                      u"Kim 🇫🇮 Storm, On the phone, none"_s, u"Chloë Engström, Away, a face"_s,
+                                      u"मीरा शर्मा, At lunch, a face"_s, u"Robin Vale, , a face"_s}));
+        const QImage face = QImage::fromData(m_simulator->picture(m_simulator->contacts().last().avatarId));
+        QString colours; // a digit each: of the ground, shirt, hair, hair, neck, face, fringe, both eyes and the mouth
+        QList<QRgb> known;
+        for (const auto& [x, y] : {std::pair(4, 4),
+                                   {64, 120},
+                                   {64, 10},
+                                   {33, 60},
+                                   {58, 96},
+                                   {64, 70},
+                                   {64, 36},
+                                   {54, 60},
+                                   {74, 60},
+                                   {64, 80}}) {
+            if (!known.contains(face.pixel(x, y)))
+                known += face.pixel(x, y);
+            colours += QString::number(known.indexOf(face.pixel(x, y)));
+        }
+        QCOMPARE(colours, u"0122332445"_s);
+        QTRY_COMPARE(shown(*m_desk->box(), BoxModel::IconRole), (QStringList{u"1"_s, QString()}));
+        QCOMPARE(m_desk->box()->icons(), QStringList(u"1"_s));
+        QCOMPARE(m_simulator->registrationOutcome(), u"Expired"_s);
+        const QSignalSpy changed(m_simulator.get(), &Simulator::contactChanged);
+        QTRY_VERIFY(!changed.isEmpty());
+    }
+
 private:
     std::unique_ptr<Simulator> m_simulator;
     std::unique_ptr<Desk> m_desk;
+    std::vector<QAbstractItemModel*> m_models;
 };
 
 ZEL_TEST(TstDesk)

@@ -18,8 +18,8 @@
 #include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
 
+#include <functional>
 #include <optional>
-
 #include <tuple>
 
 Q_IMPORT_PLUGIN(ZelCoreDeskPlugin)
@@ -30,33 +30,29 @@ using namespace zeldesk;
 
 namespace {
 
-/// The list that shows a model, below \a item.
-QQuickItem* viewOf(QQuickItem* item, const QObject* model)
+/// The first item with what is meant, at \a item or below.
+QQuickItem* find(QQuickItem* item, const std::function<bool(const QQuickItem&)>& isMeant)
 {
-    if (item->property("model").value<QObject*>() == model && item->property("currentIndex").isValid())
-        return item;
-    QQuickItem* found = nullptr;
+    QQuickItem* found = isMeant(*item) ? item : nullptr;
     for (QQuickItem* child : item->childItems())
-        found = found ? found : viewOf(child, model);
+        found = found ? found : find(child, isMeant);
     return found;
 }
 
-/// The button that says \a text, below \a item.
-QQuickItem* buttonOf(QQuickItem* item, const QString& text)
+/// The list that shows a model.
+QQuickItem* viewOf(const QQuickWindow& window, const QObject* model)
 {
-    if (item->inherits("QQuickAbstractButton") && item->property("text") == text && item->isVisible())
-        return item;
-    QQuickItem* found = nullptr;
-    for (QQuickItem* child : item->childItems())
-        found = found ? found : buttonOf(child, text);
-    return found;
+    return find(window.contentItem(), [&](const QQuickItem& item) {
+        return item.property("model").value<QObject*>() == model && item.property("currentIndex").isValid();
+    });
 }
 
 /// A desk's window, and what is done at it.
 struct DeskWindow
 {
-    explicit DeskWindow(Desk& desk)
+    DeskWindow()
     {
+        simulator.start();
         engine.setInitialProperties(
             {{u"desk"_s, QVariant::fromValue(&desk)}, {u"dark"_s, true}, {u"width"_s, 1180}, {u"height"_s, 700}});
         engine.load(u"qrc:/qml/ZelCoreDesk/Main.qml"_s);
@@ -67,7 +63,9 @@ struct DeskWindow
 
     void click(const QString& text) const
     {
-        const QQuickItem* const button = buttonOf(window->contentItem(), text);
+        const QQuickItem* const button = find(window->contentItem(), [&](const QQuickItem& item) {
+            return item.inherits("QQuickAbstractButton") && item.property("text") == text && item.isVisible();
+        });
         QVERIFY2(button, qPrintable(text));
         QTest::mouseClick(window, Qt::LeftButton, {}, button->mapToScene(button->boundingRect().center()).toPoint());
     }
@@ -83,6 +81,8 @@ struct DeskWindow
         return item ? item->property(property) : QVariant();
     }
 
+    Simulator simulator;
+    Desk desk{simulator};
     QQmlApplicationEngine engine;
     QQuickWindow* window = nullptr;
     std::optional<zeltools::ReturnClicks> returnClicks;
@@ -98,11 +98,8 @@ private Q_SLOTS:
     void theWindowSaysNothingAndGoesByKeyboard()
     {
         QTest::failOnWarning(QRegularExpression(u".*"_s));
-        Simulator simulator;
-        QVERIFY(simulator.start());
-        Desk desk(simulator);
-        simulator.generateContacts(3, 1);
-        const DeskWindow shown(desk);
+        DeskWindow shown;
+        shown.simulator.generateContacts(3, 1);
         QQuickWindow* const window = shown.window;
         QVERIFY(window);
         for (const int width : {1180, 360}) {
@@ -110,17 +107,17 @@ private Q_SLOTS:
             QVERIFY(QTest::qWaitForWindowExposed(window));
             QVERIFY(!window->grabWindow().isNull());
         }
-        QQuickItem* const contacts = viewOf(window->contentItem(), desk.shownContacts());
+        QQuickItem* const contacts = viewOf(*window, shown.desk.shownContacts());
         QVERIFY(contacts);
         QTRY_COMPARE(contacts->property("count").toInt(), 3);
         QCOMPARE(window->activeFocusItem()->property("text"), QVariant(QString())); // a line to type a command
         contacts->forceActiveFocus();
         QTest::keyClick(window, Qt::Key_Down);
         QTest::keyClick(window, Qt::Key_Space);
-        const QString second = simulator.contactIds().at(1);
-        QVERIFY(!simulator.hasApplication(second));
+        const QString second = shown.simulator.contactIds().at(1);
+        QVERIFY(!shown.simulator.hasApplication(second));
         QTest::keyClick(window, Qt::Key_Return);
-        QCOMPARE(desk.contact()->userId(), second);
+        QCOMPARE(shown.desk.contact()->userId(), second);
         QTRY_COMPARE(shown.focused("text"), QVariant(u"‹ &Back"_s));
         QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Return, {}, {}, true); // clicks nothing
         QCoreApplication::sendEvent(window, &repeated);
@@ -132,9 +129,9 @@ private Q_SLOTS:
         QVERIFY(contacts->hasActiveFocus()); // back where it was
 
         window->resize(1180, 700);
-        RawApplication application(simulator.root());
+        RawApplication application(shown.simulator.root());
         application.begin();
-        QQuickItem* const records = viewOf(window->contentItem(), desk.wire());
+        QQuickItem* const records = viewOf(*window, shown.desk.wire());
         QVERIFY(records);
         QTRY_COMPARE(records->property("count").toInt(), 1);
         QSignalSpy chosen(records, SIGNAL(chosen(QString)));
@@ -175,10 +172,7 @@ private Q_SLOTS:
         const QTemporaryDir folder;
         const QString before = QDir::currentPath();
         QDir::setCurrent(folder.path());
-        Simulator simulator;
-        QVERIFY(simulator.start());
-        Desk desk(simulator);
-        const DeskWindow shown(desk);
+        DeskWindow shown;
         QVERIFY(shown.window && QTest::qWaitForWindowExposed(shown.window));
         const auto open = [&] {
             shown.click(u"&Record…"_s);
@@ -189,14 +183,14 @@ private Q_SLOTS:
         QCOMPARE(shown.focused("selectedText"), QVariant(u"wire.jsonl"_s));
         shown.type(u"by key #1.jsonl"_s);
         QTest::keyClick(shown.window, Qt::Key_Return);
-        QVERIFY(desk.service()->isRecording() && QFile::exists(folder.filePath(u"by key #1.jsonl"_s)));
+        QVERIFY(shown.desk.service()->isRecording() && QFile::exists(folder.filePath(u"by key #1.jsonl"_s)));
         shown.click(u"End the &recording"_s);
-        QVERIFY(!desk.service()->isRecording());
+        QVERIFY(!shown.desk.service()->isRecording());
 
         QVERIFY(open());
         shown.type(u"by key #1.jsonl"_s); // it is there already: another name may be typed
         QTest::keyClick(shown.window, Qt::Key_Return);
-        QVERIFY(!desk.service()->isRecording() && shown.focused("text") == u"by key #1.jsonl"_s);
+        QVERIFY(!shown.desk.service()->isRecording() && shown.focused("text") == u"by key #1.jsonl"_s);
         QTest::keyClick(shown.window, Qt::Key_Tab);
         QCOMPARE(shown.focused("text"), QVariant(u"&Record"_s));
         QTest::keyClick(shown.window, Qt::Key_Tab);
@@ -204,7 +198,7 @@ private Q_SLOTS:
         QVERIFY(open());
         shown.type(u"~/"_s + QDir::home().relativeFilePath(folder.filePath(u"by mouse.jsonl"_s)));
         shown.click(u"&Record"_s);
-        QVERIFY(desk.service()->isRecording() && QFile::exists(folder.filePath(u"by mouse.jsonl"_s)));
+        QVERIFY(shown.desk.service()->isRecording() && QFile::exists(folder.filePath(u"by mouse.jsonl"_s)));
         QDir::setCurrent(before);
     }
 

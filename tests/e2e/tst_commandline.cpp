@@ -11,6 +11,7 @@
 #include <common/Printable.h>
 #include <zelcore/Simulator.h>
 
+#include <QtCore/QFile>
 #include <QtCore/QProcess>
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QTest>
@@ -34,8 +35,8 @@ private Q_SLOTS:
               "--uuid null-uuid state: uuid=00000000-0000-0000-0000-000000000000 state",
               "--uuid 00000000-0000-0000-0000-000000000000 state: uuid=00000000-0000-0000-0000-000000000000 state",
               "--timeout 86400 -- state: timeout=86400000 state", "set-message --json: set-message|--json",
-              "icon-get -1: icon-get|-1", "icon-get +07: icon-get|7", "box-add hi --icon -7: box-add|hi --icon=-7",
-              "box-add '-5 degrees': box-add|-5 degrees", "picture -o f.png bob: picture|bob -o=f.png",
+              "icon-get -9: icon-get|-9", "icon-get +07: icon-get|7", "box-add hi --icon -7: box-add|hi --icon=-7",
+              "box-add '-0 degrees': box-add|-0 degrees", "picture -o f.png bob: picture|bob -o=f.png",
               "box-add hi --cookie=a=b: box-add|hi --cookie=a=b",
               "box-add hi --cookie '': box-add|hi --cookie=", "box-add -- --icon: box-add|--icon",
               "box-add -: box-add|-", "set-status busy '': set-status|busy|", "register --silent: register --silent="})

@@ -7,6 +7,7 @@
 
 #include <QtCore/QCryptographicHash>
 #include <QtCore/QElapsedTimer>
+#include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QSignalSpy>
 
@@ -20,13 +21,8 @@ const QByteArray png("\x89PNG\r\n\x1a\n"); // by its first bytes; the rest does 
 /// The end of a line that tells of a picture.
 QByteArray pictureOf(const QByteArray& data)
 {
-    return "\"displayPictureSize\":" + QByteArray::number(data.size()) + ",\"displayPictureSha1\":\"" +
-           QCryptographicHash::hash(data, QCryptographicHash::Sha1).toHex() + "\"}";
-}
-
-QByteArray stateLine(const char* state)
-{
-    return "{\"source\":\"Context\",\"signal\":\"registrationStateUpdated\",\"state\":\"" + QByteArray(state) + "\"}";
+    return "displayPictureSize:" + QByteArray::number(data.size()) +
+           ",displayPictureSha1:" + QCryptographicHash::hash(data, QCryptographicHash::Sha1).toHex() + '}';
 }
 
 } // namespace
@@ -45,14 +41,15 @@ private Q_SLOTS:
 
     void registersAndShowsTheWay()
     {
-        QCOMPARE(run("register"), QByteArrayList({stateLine("Unregistered"), R"({"answer":"register","ok":true})",
-                                                  stateLine("Pending"), stateLine("Allowed")}));
+        const QByteArray state = "Context.registrationStateUpdated,state:";
+        QCOMPARE(readable(run("register")),
+                 '{' + state + "Unregistered} {register " + state + "Pending} {" + state + "Allowed}");
         m_simulator->setPermissions({.showAppBox = false});
         QCOMPARE(run("permissions").last(),
                  R"({"answer":"permissions","profileUpdates":"Denied","contactInvitations":"Allowed"})");
         // A service that knows the application already has nothing to do.
         m_simulator->setRegistrationState(u"Success"_s);
-        QCOMPARE(run("register"), QByteArrayList{stateLine("Allowed")});
+        QCOMPARE(readable(run("register")), '{' + state + "Allowed}");
         QCOMPARE(runForPeople("register").last(), "Registered.");
     }
 
@@ -78,6 +75,7 @@ private Q_SLOTS:
             {"", "box-add ''", "100 characters"}, // the library knows why
             {"", "--timeout 5", "no command", 2},
             {"", "setstatus", "no command 'setstatus', but 'set-status';", 2},
+            {"", "-- --json", "no command '--json'", 2},
             {"", "state --json", "--json goes before", 2},
         };
         for (const auto& [service, line, why, status] : rows) {
@@ -94,7 +92,8 @@ private Q_SLOTS:
         m_simulator->stop();
         QVERIFY(QFile::rename(socket + u'~', socket));
         QVERIFY(run("contacts", 1).isEmpty());
-        QVERIFY2(m_diagnostics.contains("There is no core service at " + socket.toUtf8()), m_diagnostics.constData());
+        QVERIFY(m_diagnostics.contains("zelctl: There is no core service at " + socket.toUtf8()));
+        QVERIFY2(!m_diagnostics.contains("zel.platform"), "it is said once");
         QVERIFY(run("state", 1).value(0).contains("\"BlockedByUser\""));
         QVERIFY(run("watch", 1).isEmpty() && m_diagnostics.contains(socket.toUtf8()));
         ZelctlProcess person(m_simulator->root());
@@ -109,125 +108,84 @@ private Q_SLOTS:
         QVERIFY(person.diagnostics().contains("zelctl: There is no core service at "));
         ZelctlProcess shell(m_simulator->root());
         QCOMPARE(shell.run({u"--json"_s, u"shell"_s}, "register\ncontacts\nbox-add hello\nhelp register"), 0);
-        QCOMPARE(shell.lines(),
-                 QByteArrayList({R"({"ready":true,"registrationState":"BlockedByUser","accessAllowed":false,)"
-                                 R"("zelSetup":false,"platformVersion":200})",
-                                 R"({"answer":"register","ok":false})",
-                                 R"({"answer":"contacts","valid":false,"complete":false,"count":0,"contacts":[]})",
-                                 R"({"answer":"box-add","ok":false})",
-                                 R"({"answer":"help","text":"register [--silent]\n  register the application\n)"
-                                 R"(  for example: register"})"}));
+        QCOMPARE(readable(shell.lines()),
+                 "{ready:true,registrationState:BlockedByUser,accessAllowed:false,zelSetup:false,platformVersion:200} "
+                 "{register,ok:false} {contacts,valid:false,complete:false,count:0,contacts:[]} {box-add,ok:false} "
+                 "{help,text:register [--silent]\\n  register the application\\n  for example: register}");
     }
 
-    void changesTheProfile()
-    {
-        QCOMPARE(run("set-message '\"quoted\"\nשלום 🐱'"),
-                 QByteArrayList({R"({"answer":"set-message","ok":true})",
-                                 R"({"source":"UserProfile","signal":"personalMessageUpdated",)"
-                                 "\"value\":\"\\\"quoted\\\"\\nשלום 🐱\"}"}));
-        QCOMPARE(run("set-status busy '-1 day'").value(1),
-                 R"({"source":"UserProfile","signal":"statusUpdated","status":"Busy","statusMessage":"-1 day"})");
-        QCOMPARE(run("set-status busy hi").size() + run("set-status available hi").size(), 4);
-        // Nothing changes, so nothing is announced, and nobody waits for it.
-        QCOMPARE(run("set-status available hi"), QByteArrayList{R"({"answer":"set-status","ok":true})"});
-    }
-
-    void changesThePicture()
-    {
-        const QByteArray data = png + QByteArray(32760, 'p');
-        const QByteArray command = "set-picture " + file("me.gif", data);
-        QCOMPARE(run(command), QByteArrayList({R"({"answer":"set-picture","ok":true})",
-                                               R"({"source":"UserProfile","signal":"displayPictureUpdated",)"
-                                               R"("displayPictureMimeType":"Png",)" +
-                                                   pictureOf(data)}));
-        QVERIFY(run("profile").value(0).contains(R"("displayPictureMimeType":"Png",)" + pictureOf(data)));
-        run(command); // the same again
-    }
-
-    void listsContactsMemberByMember()
+    void tellsWhatBecomesOfIt()
     {
         addContact("zoe");
         addContact("bob");
         addContact("not", "installed=off");
-        const QByteArray bob = R"({"handle":"bob","displayName":"bob","personalMessage":)"
-                               "\"says \\\"hi\\\"\\n\""
-                               R"(,"status":"Busy",)"
-                               R"("statusMessage":"in a meeting","ppId":"pp-bob","applicationVersion":"1.2",)"
-                               R"("platformVersion":201,"sdkVersion":201,"zelVersion":77})";
-        const QByteArray zoe = QByteArray(bob).replace("bob", "zoe");
-        QCOMPARE(run("contacts"),
-                 QByteArrayList{R"({"answer":"contacts","valid":true,"complete":true,"count":2,"contacts":[)" + bob +
-                                ',' + zoe + "]}"});
-        QCOMPARE(run("contact bob"), QByteArrayList{R"({"answer":"contact","contact":)" + bob + '}'});
-    }
-
-    void fetchesAPicture()
-    {
-        addContact("bob");
-        addContact("zoe");
-        const QByteArray data = png + QByteArray(19992, 'p');
-        QVERIFY(m_simulator->setContactPicture(u"bob"_s, data));
-        const QByteArray target = m_folder.filePath(u"bob.png"_s).toUtf8();
-        QCOMPARE(run("picture bob -o " + target),
-                 QByteArrayList({R"({"answer":"picture","ok":true})",
-                                 R"({"source":"ContactService","signal":"displayPictureUpdated","handle":"bob",)"
-                                 R"("imageType":"Png",)" +
-                                     pictureOf(data)}));
+        const QByteArray icon = png + QByteArray(92, 'p');
+        const QByteArray face = png + QByteArray(32760, 'p');
+        const QByteArray iconFile = file("icon", icon);
+        const QByteArray faceFile = file("me.gif", face);
+        QVERIFY(m_simulator->setContactPicture(u"bob"_s, face));
+        m_simulator->setEcoId(u"pp-1"_s, u"E1"_s);
+        const QByteArray bob =
+            "{handle:bob,displayName:bob,personalMessage:says \\hi\\\\n,status:Busy,statusMessage:in a meeting,"
+            "ppId:pp-bob,applicationVersion:1.2,platformVersion:201,sdkVersion:201,zelVersion:77}";
+        const std::pair<QByteArray, QByteArray> rows[] = {
+            {"set-message '\"A\"\nשלום 🐱'", "{set-message UserProfile.personalMessageUpdated,value:\\A\\\\nשלום 🐱}"},
+            {"set-status busy '-1'", "{set-status UserProfile.statusUpdated,status:Busy,statusMessage:-1}"},
+            {"set-status busy hi", "{set-status UserProfile.statusUpdated,status:Busy,statusMessage:hi}"},
+            {"set-status available hi", "{set-status UserProfile.statusUpdated,status:Available,statusMessage:hi}"},
+            {"set-status available hi", "{set-status,ok:true}"}, // nothing changes, so nothing is announced
+            {"set-picture " + faceFile,
+             "{set-picture UserProfile.displayPictureUpdated,displayPictureMimeType:Png," + pictureOf(face)},
+            {"set-picture " + faceFile, "{set-picture,ok:true}"},
+            {"profile",
+             "{profile,displayName:Robin Vale,personalMessage:\\A\\\\nשלום 🐱,status:Available,statusMessage:hi,"
+             "ppId:pp-robin,handle:robin,applicationVersion:1.0,zelVersion:700,sdkVersion:200,"
+             "displayPictureMimeType:Png," +
+                 pictureOf(face)},
+            {"contacts", "{contacts,valid:true,complete:true,count:2,contacts:[" + bob + ',' +
+                             QByteArray(bob).replace("bob", "zoe") + "]}"},
+            {"contact bob", "{contact,contact:" + bob + '}'},
+            {"picture bob -o " + faceFile + ".png",
+             "{picture ContactService.displayPictureUpdated,handle:bob,imageType:Png," + pictureOf(face)},
+            {"icon-register 257 " + iconFile, "{icon-register ProfileBox.iconRegistered,iconId:257}"},
+            {"icon-get 257 -o " + iconFile + ".png", "{icon-get ProfileBox.iconRetrieved,iconId:257,iconType:Png," +
+                                                         pictureOf(icon).replace("displayPicture", "iconData")},
+            {"box-add 'level 3' --icon 257 --cookie c=1", "{box-add ProfileBox.itemAdded,itemId:item-1}"},
+            {"box-add plain", "{box-add ProfileBox.itemAdded,itemId:item-2}"},
+            {"box", "{box,count:2,icons:[257],items:[{id:item-1,text:level 3,cookie:c=1,iconId:257},"
+                    "{id:item-2,text:plain,cookie:,iconId:-1}]}"},
+            {"box-remove item-1", "{box-remove ProfileBox.itemRemoved,itemId:item-1}"},
+            {"box-add other", "{box-add ProfileBox.itemAdded,itemId:item-3}"},
+            {"box-clear", "{box-clear ProfileBox.itemRemoved,itemId:item-2} {ProfileBox.itemRemoved,itemId:item-3}"},
+            {"box-clear", "{box-clear,ok:true}"},
+            {"eco-id pp-1", "{eco-id Utils.ecoIdUpdated,ppId:pp-1,ecoId:E1}"},
+            {"eco-status E1", "{eco-status Utils.ecoIdStatusUpdated,ecoId:E1,status:Unknown}"}};
+        for (const auto& [line, reply] : rows)
+            QCOMPARE(readable(run(line)), reply);
+        for (const QByteArray& line : {"icon-register 257 " + iconFile, QByteArray("box-remove no-such-item"),
+                                       QByteArray("eco-status ''"), QByteArray("picture bob -o /no/such/folder/x")})
+            run(line, 1);
+        QVERIFY(m_diagnostics.contains("/no/such/folder/x"));
+        QCOMPARE(QFile(QString::fromUtf8(iconFile) + u".png"_s).size(), icon.size());
+        const QByteArray target = faceFile + ".png";
         QCOMPARE(runForPeople("picture bob -o " + target).join().remove(24, 40),
-                 "Png, 20000 bytes, SHA-1 Wrote 20000 bytes to " + target + '.');
+                 "Png, 32768 bytes, SHA-1 Wrote 32768 bytes to " + target + '.');
         // Somebody without a picture costs a file nothing.
         QCOMPARE(runForPeople("picture zoe -o " + target), QByteArrayList{"zoe has no picture."});
-        QVERIFY(runForPeople("picture bob -o /dev/stdout").join('\n').contains(data));
+        QVERIFY(runForPeople("picture bob -o /dev/stdout").join('\n').contains(face));
         run("picture bob -o ''"); // to no file
-        QCOMPARE(QFile(QString::fromUtf8(target)).size(), data.size());
-        run("picture bob -o /no/such/folder/x", 1);
-        QVERIFY(m_diagnostics.contains("/no/such/folder/x"));
+        QCOMPARE(QFile(QString::fromUtf8(target)).size(), face.size());
     }
 
-    void keepsABox()
+    void handsOverChatsAndInvitations()
     {
-        const QByteArray icon = png + QByteArray(92, 'p');
-        const QByteArray name = file("icon", icon);
-        QCOMPARE(run("icon-register 257 " + name),
-                 QByteArrayList({R"({"answer":"icon-register","ok":true})",
-                                 R"({"source":"ProfileBox","signal":"iconRegistered","iconId":257})"}));
-        run("icon-register 257 " + name, 1); // only once
-        QCOMPARE(run("icon-get 257 -o " + name + ".png").value(1),
-                 R"({"source":"ProfileBox","signal":"iconRetrieved","iconId":257,"iconType":"Png",)" +
-                     pictureOf(icon).replace("displayPicture", "iconData"));
-        QCOMPARE(QFile(QString::fromUtf8(name) + u".png"_s).size(), icon.size());
-
-        QCOMPARE(run("box-add 'level 3' --icon 257 --cookie c=1"),
-                 QByteArrayList({R"({"answer":"box-add","ok":true})",
-                                 R"({"source":"ProfileBox","signal":"itemAdded","itemId":"item-1"})"}));
-        run("box-add plain");
-        QCOMPARE(run("box"), QByteArrayList{R"({"answer":"box","count":2,"icons":[257],"items":[)"
-                                            R"({"id":"item-1","text":"level 3","cookie":"c=1","iconId":257},)"
-                                            R"({"id":"item-2","text":"plain","cookie":"","iconId":-1}]})"});
-        run("box-remove no-such-item", 1);
-        QCOMPARE(run("box-remove item-1").value(1),
-                 R"({"source":"ProfileBox","signal":"itemRemoved","itemId":"item-1"})");
-        m_simulator->addBoxItem(u"another"_s);
-        QCOMPARE(run("box-clear").size(), 3); // the answer, and two items
-        QVERIFY(m_simulator->boxItems().isEmpty());
-        QCOMPARE(run("box-clear"), QByteArrayList{R"({"answer":"box-clear","ok":true})"});
-    }
-
-    void findsEcoIdentifiersAndInvitesTheirOwners()
-    {
-        m_simulator->setEcoId(u"pp-1"_s, u"E1"_s);
-        QCOMPARE(run("eco-id pp-1").value(1),
-                 R"({"source":"Utils","signal":"ecoIdUpdated","ppId":"pp-1","ecoId":"E1"})");
-        QCOMPARE(run("eco-status ''", 1), QByteArrayList{R"({"answer":"eco-status","ok":false})"});
-        const QByteArray unknown =
-            R"({"source":"Utils","signal":"ecoIdStatusUpdated","ecoId":"E1","status":"Unknown"})";
         const QSignalSpy spy(m_simulator.get(), &Simulator::invocationReceived);
         run("chat E1");
         QTRY_COMPARE(spy.size(), 1);
-        QCOMPARE(run("eco-status E1").value(1), unknown);
+        QVERIFY(readable(run("eco-status E1")).endsWith("ecoId:E1,status:Unknown}"));
         run("invite E1 'Ada \"L\"' 'join us'");
         QTRY_COMPARE(spy.size(), 2);
-        QCOMPARE(run("eco-status E1").value(1), QByteArray(unknown).replace("Unknown", "PendingContactInviteExists"));
+        QVERIFY(readable(run("eco-status E1")).endsWith("ecoId:E1,status:PendingContactInviteExists}"));
         const QString mime = u"application/vnd.socialplatform.data"_s;
         QCOMPARE(spy.at(0).mid(0, 4), (QVariantList{u"sys.zel.chathandler"_s, u"vx.action.ZELCHAT"_s, mime,
                                                     QByteArray(R"({"contactChat":{"ecoid":"E1"}})")}));
@@ -274,24 +232,6 @@ private Q_SLOTS:
         shell.write("register\nquit");
         QCOMPARE(shell.finish(), 0);
         QTRY_COMPARE(requests.size(), 1);
-    }
-
-    void shellTakesMessagesUpToOneRead()
-    {
-        ZelctlProcess shell(m_simulator->root());
-        shell.startShell();
-        // By blanks within their JSON. Of the second only the line break is cut off, of the third a brace.
-        const std::pair<QByteArray, int> records[] = {
-            {"Expired", 65536}, {"TemporaryError", 65537}, {"Pending", 65538}, {"ZelDisabled", 400}};
-        for (const auto& [state, size] : records) {
-            const QByteArray head = "@platform\ndat:json:{";
-            QByteArray json =
-                R"("listChange":{"type":"global","elements":[{"name":"permission","value":{"registrationState":"%"}}]}})";
-            json = json.replace("%", state) + '\n';
-            m_simulator->sendRecord(head + QByteArray(size - head.size() - json.size(), ' ') + json);
-        }
-        for (const char* state : {"Expired", "TemporaryError", "ZelDisabled"})
-            QCOMPARE(shell.takeLine(), stateLine(state));
     }
 
     void watchRegistersAndEndsWhenTold()
@@ -397,7 +337,7 @@ private:
         ZelctlProcess process(m_simulator->root());
         const int status = process.run(*Simulator::splitWords(QString::fromUtf8(line)));
         m_diagnostics = process.diagnostics();
-        if (status != expectedStatus) {
+        if (status != expectedStatus || m_diagnostics.count("zelctl: ") > 1) {
             const QByteArray said = line + ": status " + QByteArray::number(status) + '\n' + process.lines().join('\n');
             QTest::qFail((said + m_diagnostics).constData(), __FILE__, __LINE__);
         }
@@ -406,6 +346,13 @@ private:
     QByteArrayList run(const QByteArray& line, int expectedStatus = 0)
     {
         return runForPeople("--json " + line, expectedStatus);
+    }
+
+    /// One text that is easy to read: without quotes, a signal by the name of its class.
+    static QByteArray readable(const QByteArrayList& lines)
+    {
+        QByteArray text = lines.join(' ').replace('"', "").replace(",signal:", ".").replace("{answer:", "{");
+        return text.replace(",ok:true} {source:", " ").replace("{source:", "{");
     }
 
     QByteArray file(const char* name, const QByteArray& data)

@@ -37,7 +37,7 @@ void printMessage(QtMsgType type, const QMessageLogContext& context, const QStri
 bool isOurs(int terminal)
 {
     const pid_t foreground = ::tcgetpgrp(terminal);
-    return foreground < 0 || foreground == ::getpgrp(); // nobody's, for whom it does not control
+    return foreground == -1 || foreground == ::getpgrp(); // nobody's, for whom it does not control
 }
 
 /// Keys that can be read may be gone when they are: Ctrl-C throws away what was typed before it. A read that waited for
@@ -45,8 +45,7 @@ bool isOurs(int terminal)
 void neverWaitForKeys(int terminal)
 {
     termios modes{};
-    if (::tcgetattr(terminal, &modes) != 0)
-        return;
+    ::tcgetattr(terminal, &modes);
     modes.c_cc[VMIN] = 0;
     ::tcsetattr(terminal, TCSANOW, &modes);
 }
@@ -59,14 +58,15 @@ sigset_t suspension()
     return set;
 }
 
-/// Where a user's state goes, by the rules that desktops agree on. Made if it is not there; empty if that fails.
-QString stateFolder()
+/// Where a user's state goes, by the rules that desktops agree on. Its folder is made if it is not there.
+QByteArray historyFileOf(const QString& program)
 {
     QString base = qEnvironmentVariable("XDG_STATE_HOME");
     if (!QDir::isAbsolutePath(base))
         base = QDir::homePath() + u"/.local/state"_s;
     const QString folder = base + u"/zelplatform"_s;
-    return QDir().mkpath(folder) ? folder : QString();
+    QDir().mkpath(folder);
+    return QFile::encodeName(folder + u'/' + program + u"-history"_s);
 }
 
 /// A file that only its user can read: what was typed may be private. Not every libedit sees to that when it saves.
@@ -88,19 +88,17 @@ void list(const QStringList& names)
 bool LineEditor::isPossible(int input)
 {
     const QByteArray terminal = qgetenv("TERM");
-    return ::isatty(input) && ::isatty(STDOUT_FILENO) && !terminal.isEmpty() && terminal != "dumb" && isOurs(input);
+    return ::isatty(STDOUT_FILENO) && !terminal.isEmpty() && terminal != "dumb" && isOurs(input);
 }
 
 LineEditor::LineEditor(int input, const QString& program, const QString& prompt, const QStringList& commands)
     : LineReader(input)
     , m_prompt(prompt.toStdWString())
     , m_commands(commands)
+    , m_historyFile(historyFileOf(program))
     , m_editor(el_init_fd(qPrintable(program), stdin, stdout, stderr, input, STDOUT_FILENO, STDERR_FILENO), &el_end)
     , m_history(history_winit(), &history_wend)
 {
-    const QString folder = stateFolder();
-    if (!folder.isEmpty())
-        m_historyFile = QFile::encodeName(folder + u'/' + program + u"-history"_s);
     loadHistory();
     EditLine* editor = m_editor.get();
     el_wset(editor, EL_CLIENTDATA, this);
@@ -110,12 +108,12 @@ LineEditor::LineEditor(int input, const QString& program, const QString& prompt,
     bindKeys();
     watchSuspension();
     setAtTerminal(this);
-    otherHandler = qInstallMessageHandler(&printMessage);
+    if (!otherHandler)
+        otherHandler = qInstallMessageHandler(&printMessage);
 }
 
 LineEditor::~LineEditor()
 {
-    qInstallMessageHandler(otherHandler);
     setAtTerminal(nullptr);
     if (m_line == Line::Shown) // what the shell says next begins on a line of its own
         std::fputs("\n", stdout);
@@ -174,7 +172,7 @@ void LineEditor::loadHistory()
     HistEventW event;
     history_w(m_history.get(), &event, H_SETSIZE, historySize);
     history_w(m_history.get(), &event, H_SETUNIQUE, 1);
-    if (m_historyFile.isEmpty() || !makePrivate(QFile::decodeName(m_historyFile)))
+    if (!makePrivate(QFile::decodeName(m_historyFile)))
         return;
     history_w(m_history.get(), &event, H_LOAD, m_historyFile.constData());
     history_w(m_history.get(), &event, H_SAVE, m_historyFile.constData()); // without what became too old
@@ -187,13 +185,13 @@ void LineEditor::remember(const std::wstring& line)
     HistEventW event;
     history_w(m_history.get(), &event, H_ENTER, line.c_str());
     // At once, and behind what others of this program have added meanwhile.
-    std::FILE* file = m_historyFile.isEmpty() ? nullptr : std::fopen(m_historyFile.constData(), "ae");
+    std::FILE* file = std::fopen(m_historyFile.constData(), "ae");
     if (!file)
         return;
     std::fseek(file, 0, SEEK_END);
     // H_NSAVE_FP would save the entry before it as well.
     const std::unique_ptr<HistoryW, decltype(&history_wend)> newest(history_winit(), &history_wend);
-    history_w(newest.get(), &event, H_SETSIZE, 1);
+    history_w(newest.get(), &event, H_SETSIZE, historySize);
     history_w(newest.get(), &event, H_ENTER, line.c_str());
     history_w(newest.get(), &event, H_SAVE_FP, file);
     std::fclose(file);
@@ -201,19 +199,19 @@ void LineEditor::remember(const std::wstring& line)
 
 void LineEditor::read()
 {
-    show();
     if (m_line != Line::Shown) {
         readInBackground();
         return;
     }
-    int length = 0;
-    const wchar_t* text = el_wgets(m_editor.get(), &length);
+    int length{};
+    const wchar_t* text = el_wgets(m_editor.get(), &length); // none without any character
+    const wchar_t last = text ? text[length - 1] : L'\0';
     // Where its terminal is gone libedit fails before it asks nextCharacter() for a key.
-    if (m_atEnd || !::isatty(input()) || (text && length == 1 && *text == endOfInput)) {
+    if (m_atEnd || !::isatty(input()) || (last == endOfInput && length == 1)) {
         std::fputs("\n", stdout);
         finishLine();
         end();
-    } else if (text && length > 0 && (text[length - 1] == L'\n' || text[length - 1] == L'\r')) {
+    } else if (last == L'\n') {
         const std::wstring line(text, text + length - 1);
         finishLine();
         remember(line);
@@ -245,7 +243,6 @@ void LineEditor::hideLine()
     m_line = Line::Hiding;
     el_resize(m_editor.get());
     el_wgets(m_editor.get(), nullptr);
-    std::fflush(stdout);
     QMetaObject::invokeMethod(this, &LineEditor::show, Qt::QueuedConnection);
 }
 
@@ -255,10 +252,9 @@ unsigned char LineEditor::vanish(EditLine* editor, int)
     if (self.m_line != Line::Hiding) // typed by the user
         return CC_NORM;
     const LineInfoW* typed = el_wline(editor);
-    self.m_hidden.assign(typed->buffer, typed->lastchar);
-    self.m_hiddenBehind = int(typed->lastchar - typed->cursor);
-    el_cursor(editor, self.m_hiddenBehind);
-    el_deletestr(editor, int(self.m_hidden.size()));
+    self.m_hidden = {{typed->buffer, typed->lastchar}, int(typed->lastchar - typed->cursor)};
+    el_cursor(editor, self.m_hidden.behind);
+    el_deletestr(editor, int(self.m_hidden.text.size()));
     self.m_line = Line::Hidden;
     return CC_REFRESH;
 }
@@ -273,20 +269,17 @@ void LineEditor::show()
         el_wset(editor, EL_UNBUFFERED, 1);
         neverWaitForKeys(input());
     }
-    el_winsertstr(editor, m_hidden.c_str());
-    el_cursor(editor, -m_hiddenBehind);
+    el_winsertstr(editor, m_hidden.text.c_str());
+    el_cursor(editor, -m_hidden.behind);
+    m_hidden = {};
     m_line = Line::Shown;
     el_wset(editor, EL_REFRESH);
-    std::fflush(stdout);
-    m_hidden.clear();
-    m_hiddenBehind = 0;
 }
 
 void LineEditor::finishLine()
 {
     m_line = Line::None;
     el_wset(m_editor.get(), EL_UNBUFFERED, 0);
-    std::fflush(stdout);
 }
 
 LineEditor& LineEditor::of(EditLine* editor)

@@ -19,7 +19,7 @@ class LineEditor final : public LineReader
     Q_OBJECT
 
 public:
-    /// Whether both ends are a terminal that can do it, and that is ours to change at the moment.
+    /// Whether \a input, a terminal, is ours to change at the moment, and standard output is one that can do it.
     static bool isPossible(int input);
 
     LineEditor(int input, const QString& program, const QString& prompt, const QStringList& commands);
@@ -36,6 +36,12 @@ private:
         Hiding, ///< libedit is being asked to take it off the screen.
         Hidden, ///< Not on the screen: something is being printed.
         Shown
+    };
+
+    struct Typed
+    {
+        std::wstring text;
+        int behind = 0; ///< How many characters of it stand behind the cursor.
     };
 
     static LineEditor& of(EditLine* editor);
@@ -55,13 +61,12 @@ private:
 
     std::wstring m_prompt;
     const QStringList m_commands;
-    QByteArray m_historyFile; ///< Empty: there is no place for one.
+    const QByteArray m_historyFile;
     const std::unique_ptr<EditLine, void (*)(EditLine*)> m_editor;
     const std::unique_ptr<HistoryW, void (*)(HistoryW*)> m_history;
     int m_suspensions = -1;
     Line m_line = Line::None;
-    std::wstring m_hidden;  ///< What was typed, while it is not on the screen.
-    int m_hiddenBehind = 0; ///< How many characters of it stand behind the cursor.
+    Typed m_hidden; ///< While it is not on the screen.
     bool m_atEnd = false;
 };
 

@@ -5,7 +5,7 @@
 
 #include <QtCore/QString>
 
-/// A core service in this process, with people in it who have faces.
+/// Makes a core service one with people in it who have faces.
 class Simulation
 {
 public:
@@ -17,6 +17,12 @@ public:
         bool isAlive = false; ///< things happen by themselves
     };
 
+    /// \a service must outlive it.
+    explicit Simulation(zelcore::Simulator& service)
+        : m_service(service)
+    {
+    }
+
     /// False, with a sentence in \a error, when it cannot be: before anything of the library is made.
     bool start(const World& world, QString* error);
 
@@ -24,5 +30,5 @@ private:
     void addAda();
     void addFaces();
 
-    zelcore::Simulator m_service;
+    zelcore::Simulator& m_service;
 };

@@ -51,7 +51,8 @@ int main(int argc, char* argv[])
     if (!mistake.isEmpty())
         return complain(mistake + u" See --help."_s);
 
-    Simulation simulation;
+    zelcore::Simulator service;
+    Simulation simulation(service);
     QString error;
     if (options.isSimulated && !simulation.start(options.world, &error))
         return complain(error);

@@ -17,7 +17,6 @@ ApplicationModel::ApplicationModel(Simulator& simulator, QObject* parent)
     connect(&simulator, &Simulator::clientCountChanged, this, &ApplicationModel::changeAll);
     connect(&simulator, &Simulator::registrationRequested, this, &ApplicationModel::changeAll);
     connect(&simulator, &Simulator::registrationStateChanged, this, &ApplicationModel::changeAll);
-    connect(&simulator, &Simulator::worldReset, this, &ApplicationModel::changeAll);
 }
 
 QVariant ApplicationModel::data(const QModelIndex& index, int role) const

@@ -17,7 +17,6 @@ Service::Service(Simulator& simulator, QObject* parent)
     : QObject(parent)
     , m_simulator(simulator)
 {
-    connect(&simulator, &Simulator::runningChanged, this, &Service::runningChanged);
     connect(&simulator, &Simulator::awayChanged, this, &Service::awayChanged);
     connect(&simulator, &Simulator::permissionsChanged, this, &Service::permissionsChanged);
     connect(&simulator, &Simulator::registrationStateChanged, this, &Service::registrationChanged);

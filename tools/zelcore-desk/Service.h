@@ -17,7 +17,7 @@ class Service : public QObject
     QML_ELEMENT
     QML_UNCREATABLE("The desk has it.")
     /// What to say in the shell of an application.
-    Q_PROPERTY(QString exportLine READ exportLine NOTIFY runningChanged FINAL)
+    Q_PROPERTY(QString exportLine READ exportLine CONSTANT FINAL)
     Q_PROPERTY(bool away READ isAway WRITE setAway NOTIFY awayChanged FINAL)
     Q_PROPERTY(
         QString registrationState READ registrationState WRITE setRegistrationState NOTIFY registrationChanged FINAL)
@@ -78,7 +78,6 @@ public:
     void note(const QString& line, bool isComplaint = false);
 
 Q_SIGNALS:
-    void runningChanged();
     void awayChanged();
     void registrationChanged();
     void permissionsChanged();

@@ -73,14 +73,6 @@ std::unique_ptr<QProcess> run(QStringList command, const QString& root, bool isN
     return process;
 }
 
-void end(QProcess& process)
-{
-    process.terminate();
-    if (!process.waitForFinished(3000))
-        process.kill();
-    process.waitForFinished();
-}
-
 } // namespace
 
 int main(int argc, char* argv[])
@@ -144,7 +136,9 @@ int main(int argc, char* argv[])
     if (!options.application.isEmpty())
         beside = run(options.application, simulator.root(), screenshot != nullptr);
     const int status = QGuiApplication::exec();
-    if (beside)
-        end(*beside);
+    if (beside) {
+        beside->terminate();
+        beside->waitForFinished(3000); // killed if it does not go
+    }
     return status;
 }
