@@ -3,10 +3,11 @@
 
 #include <zelcore/TestService.h>
 
+#include <QtCore/QBuffer>
+#include <QtCore/QFile>
 #include <QtCore/QHash>
 #include <QtCore/QTemporaryDir>
 #include <QtCore/QUrl>
-#include <QtGui/QColor>
 #include <QtGui/QImage>
 #include <QtQml/QQmlContext>
 #include <QtQml/QQmlEngine>
@@ -43,14 +44,22 @@ public Q_SLOTS:
         QString reply;
         return m_service->execute(command, &reply) ? reply : u"failed: "_s + reply;
     }
-    /// A file of some 3 MB.
-    QUrl bigPicture(const QColor& color) const
+    /// A big file of a camera that was held upright and says so: its left half is blue.
+    QUrl bigPicture() const
     {
-        QImage image(1000, 1000, QImage::Format_RGB32);
-        image.fill(color);
-        const QString file = m_folder.filePath(u"big.bmp"_s);
-        image.save(file);
-        return QUrl::fromLocalFile(file);
+        QImage image(1, 2, QImage::Format_RGB32);
+        image.setPixelColor(0, 0, Qt::red);
+        image.setPixelColor(0, 1, Qt::blue);
+        QByteArray bytes;
+        QBuffer buffer(&bytes);
+        image.scaled(1000, 1000).save(&buffer, "JPG");
+        bytes.insert(2,
+                     QByteArray::fromHex("ffe100224578696600004d4d002a00000008000101120003000000010006000000000000"));
+        bytes.append(40'000, '\0');
+        QFile file(m_folder.filePath(u"big.jpg"_s));
+        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+            qFatal("no room for a picture");
+        return QUrl::fromLocalFile(file.fileName());
     }
     /// How many messages of this type have come from the application, or invocations for this target.
     int asked(const QString& type) const { return m_asked.value(type); }

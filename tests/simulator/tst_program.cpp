@@ -25,9 +25,11 @@ private Q_SLOTS:
 
     void takesCommandsAndShowsWhatHappens()
     {
-        run({u"--trace"_s, u"--scenario"_s, u"first-steps"_s, u"--contacts"_s, u"20"_s, u"--seed"_s, u"4"_s});
-        m_program->write("contacts\nnonsense\nhelp");
-        QVERIFY(m_program->says("contacts: ") && m_program->says("\"nonsense\" is not a command"));
+        run({u"--trace"_s, u"--scenario"_s, u"first-steps"_s, u"--contacts"_s, u"20"_s, u"--seed"_s, u"4"_s,
+             u"--paused"_s});
+        m_program->write("contacts\ntimeline\r\nnonsense\nhelp");
+        QVERIFY(m_program->says("contacts: ") && m_program->says("0 ms, paused\n") &&
+                m_program->says("\"nonsense\" is not a command"));
         QVERIFY(m_program->says("  contact change HANDLE FIELD=VALUE...  changes one\n")); // as long as may be
         m_program->process.closeWriteChannel(); // the end of the input ends nothing
         RawApplication application(m_folder->path());
@@ -44,6 +46,20 @@ private Q_SLOTS:
         application.sendRecord(R"({"target":"sys.zel.chathandler","action":"a","mimeType":"m","data":"d"})");
         QVERIFY(m_program->says("invocation sys.zel.chathandler a m d\n"));
         QVERIFY(!m_program->lines().join().contains("zelcore-sim> ")); // a prompt is for a terminal
+    }
+
+    void playsAgainWhatItRecorded()
+    {
+        for (const QString& option : {u"--record"_s, u"--replay"_s}) {
+            make();
+            run({u"--trace"_s, option, m_folder->filePath(u"recording"_s)});
+            RawApplication application(m_folder->path());
+            application.begin();
+            application.send("requestEcoId", R"({"ppid":")" + option.toUtf8() + R"("})");
+            QVERIFY(m_program->says("app 1 --> requestEcoId "));
+        }
+        QVERIFY(m_program->says("replay: application 1 sent another requestEcoId ") &&
+                m_program->says("replay: all of it has been played; differences: 1\n"));
     }
 
     void endsInOrder()

@@ -135,10 +135,9 @@ Answer boxAdd(Session& session, const Arguments& arguments)
 
 Answer iconGet(Session& session, const Arguments& arguments)
 {
-    session.saveIcon(arguments.number(0), arguments.text(u"-o"_s));
     const bool ok = session.box().requestRetrieveIcon(arguments.number(0));
-    if (!ok)
-        session.saveIcon(arguments.number(0), {});
+    if (ok)
+        session.saveIcon(arguments.number(0), arguments.text(u"-o"_s));
     return request(ok);
 }
 
