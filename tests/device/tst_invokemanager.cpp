@@ -13,9 +13,7 @@
 
 using namespace Qt::StringLiterals;
 
-using vx::system::InvokeManager;
-using vx::system::InvokeRequest;
-using vx::system::ObjectServer;
+using namespace vx::system;
 
 class TstInvokeManager : public QObject
 {

@@ -111,6 +111,8 @@ private:
                 escape(byte);
             else if (byte == '\r')
                 m_column = 0;
+            else if (byte == '\n' && m_rows[m_row].startsWith("[1]+  Stopped"))
+                m_rows[m_row--].clear(); // what not every shell says, on a row of its own
             else if (byte == '\n')
                 goToRow(m_row + 1);
             else if (byte == '\b')
@@ -274,10 +276,9 @@ private Q_SLOTS:
                                "{ bg; while jobs | grep Running; do :; done; fg; } > /dev/null"_s;
         start({u"bash"_s, u"-c"_s, script, u"bash"_s, QStringLiteral(ZELCTL_PATH), u"shell"_s},
               {signalLine("Unregistered"), "zelctl> "});
-        const QByteArrayList stopped{"", "[1]+  Stopped                 \"$@\"", "status 148"};
-        QVERIFY(types("half", {"zelctl> half"}) && types("\032", stopped + QByteArrayList{"zelctl> half"}));
-        QVERIFY(types("\032", stopped + QByteArrayList{""}));
-        QVERIFY(types("\rquit\r", {"", "quit", "", stopped.at(1), "zelctl> half", // the terminal's own echo first
+        QVERIFY(types("half", {"zelctl> half"}) && types("\032", {"status 148", "zelctl> half"}));
+        QVERIFY(types("\032", {"status 148", ""}));
+        QVERIFY(types("\rquit\r", {"", "quit", "zelctl> half", // the terminal's own echo first
                                    "error: there is no command 'half', but 'help'", "zelctl> quit", "status 0", ""}));
     }
 

@@ -43,17 +43,13 @@ struct MapFixture
                                    QSharedPointer<NoteAdapter>::create(), u"notes"_s, QString());
 
     Value get(const QString& key) const { return Border(), map->doGet(key); }
-    void get(const QStringList& keys) const
-    {
-        for (const QString& key : keys)
-            get(key);
-    }
     QStringList getMany(int count) const
     {
         QStringList keys;
-        for (int i = 0; i < count; ++i)
+        for (int i = 0; i < count; ++i) {
             keys.append(QString::number(i));
-        get(keys);
+            get(keys.last());
+        }
         return keys;
     }
 
@@ -64,9 +60,7 @@ struct MapFixture
         QJsonArray elements;
         for (const QString& key : keys) {
             const Note note = notes.value(key, {key, u"text of "_s + key});
-            QJsonObject element = noteJson(key, note.text);
-            element.insert(u"stars"_s, note.stars);
-            elements.append(element);
+            elements.append(QJsonObject{{u"id"_s, key}, {u"text"_s, note.text}, {u"stars"_s, note.stars}});
         }
         inject(listMessage("listChunk", elements, {{u"last"_s, last}}));
     }
@@ -82,7 +76,6 @@ struct MapFixture
 class MapWeather
 {
     using Map = MapFixture::Map;
-    using Value = MapFixture::Value;
 
 public:
     /// Some steps have been gone.
@@ -212,20 +205,15 @@ private:
     bool comesToRest()
     {
         for (int rounds = 0; rounds <= 30; ++rounds) {
-            if (isAtRest())
+            Border(), QCoreApplication::sendPostedEvents();
+            collect();
+            if (m_clock->waiting() == 0 && m_due.isEmpty())
                 return std::all_of(m_watches.cbegin(), m_watches.cend(),
                                    [this](const auto& watched) { return f.map->isLoaded(watched.first); });
             pass(5 * 60 * 1000);
             deliver();
         }
         return false;
-    }
-
-    bool isAtRest()
-    {
-        Border(), QCoreApplication::sendPostedEvents();
-        collect();
-        return m_clock->waiting() == 0 && m_due.isEmpty();
     }
 
     void pass(int msecs)
@@ -243,7 +231,7 @@ private:
         Watch& watch = m_watches[key];
         if (watch.observer)
             return;
-        const Value value = f.get(key);
+        const auto value = f.get(key);
         watch.seen = value.getValue();
         watch.observer = std::make_unique<iface::ObserverFunctorAdapter>([this, value, &watch] {
             const Border border;

@@ -32,8 +32,7 @@ public:
     Note jsonToElement(iface::JsonObjectReader json, const Note& base) override
     {
         Note note = base;
-        json.readFields("id", note.id, "text", note.text, "stars", note.stars);
-        json.readString("renamed", note.id);
+        json.readFields("id", note.id, "text", note.text, "stars", note.stars, "renamed", note.id);
         return note;
     }
     void elementToJson(const Note&, const QSharedPointer<zel::JsonWriter>&) override {}

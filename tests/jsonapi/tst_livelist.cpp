@@ -39,10 +39,10 @@ private Q_SLOTS:
     void asksForTheListUntilItHasCome()
     {
         const auto named = List::create(multiplexer, adapter, u"notes"_s, u"x"_s);
-        QVERIFY(pipe->expectNothingSent());
+        QCOMPARE(pipe->sentCount(), 0);
         turn();
-        QVERIFY(pipe->expectSentText(R"({"requestListAll":{"type":"notes"}})"));
-        QVERIFY(pipe->expectSentText(R"({"requestListAll":{"type":"notes","id":"x"}})"));
+        QCOMPARE(pipe->takeSent(), R"({"requestListAll":{"type":"notes"}})"_ba);
+        QCOMPARE(pipe->takeSent(), R"({"requestListAll":{"type":"notes","id":"x"}})"_ba);
         pipe->inject(R"({"listAll":{"type":"notes","id":"x"}})");
         pipe->inject(R"({"listChunk":{"type":"notes","id":"x","last":true}})");
 

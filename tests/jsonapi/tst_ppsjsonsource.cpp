@@ -1,34 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <iface/JsonReaderAttribute.h>
-#include <zel/PpsJsonSource.h>
 
+#include <common/FakePipe.h>
 #include <common/TestMain.h>
-#include <device/Decoder.h>
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
-#include <QtCore/QRegularExpression>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// The value of "dat", and a source that reads it.
-struct Message
-{
-    explicit Message(const QByteArray& json)
-        : text("@platform\ndat:json:" + json + '\n')
-    {
-    }
-
-    const QByteArray text;
-    device::Decoder taken{text};
-    const bool isEntered = pps_decoder_push(taken.get(), "@platform") == PPS_DECODER_OK &&
-                           pps_decoder_push(taken.get(), "dat") == PPS_DECODER_OK;
-    zel::PpsJsonSource source{taken.get()};
-    const iface::JsonNodeReader root = source.startParsing();
-};
 
 /// Whether each child may be read as what it is and as nothing else, with the readers of all above it still in use.
 bool isReadAs(const iface::JsonNodeReader& reader, iface::JsonChildIdentifier child, const QJsonValue& value)
@@ -66,7 +48,7 @@ private Q_SLOTS:
     {
         const QByteArray json = R"({"i":7,"d":1.5,"b":true,"s":"t\u0000","e":"","n":null,"o":{},"a":[],
             "deep":{"inner":{"id":"in"},"list":[{"id":"l0"},["l1",true],"l2",-3],"id":"out"}})";
-        const Message message(QByteArray("{\"all\":" + json).replace('\n', "") + '}');
+        const ReadMessage message(QByteArray("{\"all\":" + json).replace('\n', "") + '}');
         QVERIFY(isReadAs(message.root, "all", QJsonDocument::fromJson(json).object()));
         QVERIFY(isReadAs(message.root, "missing", QJsonValue(QJsonValue::Undefined)));
         // Several at once.
@@ -84,7 +66,7 @@ private Q_SLOTS:
 
     void invalidReadersFailQuietly()
     {
-        Message message(R"({"m":5})");
+        ReadMessage message(R"({"m":5})");
         const iface::JsonObjectReader invalid = message.root["m"].object();
         QVERIFY(!invalid.isValid());
         QString text;
@@ -109,7 +91,7 @@ private Q_SLOTS:
         for (const QString& piece : {u"a"_s, u"\uFEFF"_s, u"\u00E9"_s, u"\u65E5"_s, u"\U0001F600"_s}) {
             for (const int count : {1, 2, 60, 256, 257, 1000}) {
                 const QString text = piece.repeated(count) + u"z\uFEFF"_s;
-                const Message message("[\"" + text.toUtf8() + "\"]");
+                const ReadMessage message("[\"" + text.toUtf8() + "\"]");
                 QString read;
                 QVERIFY(message.root.readString(0, read));
                 QCOMPARE(read, text);

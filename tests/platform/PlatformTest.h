@@ -22,7 +22,6 @@
 using namespace Qt::StringLiterals;
 using namespace vx::platform::zel;
 
-/// Values as words.
 template <typename... Values>
 QString words(const Values&... values)
 {

@@ -17,7 +17,8 @@ private Q_SLOTS:
             "Allowed=Unknown,BlockedByTOV=Unknown,MaxAppsReached=Unknown,unregistered=Unknown,Success =Unknown"_s;
         const QByteArray request =
             R"({"registrationRequest":{"uuid":"6f8d2c4e-5b0a-4a37-9d0e-0c8f3f1f2a10","silent":false}})";
-        begin();
+        m_context = std::make_unique<Context>(m_uuid);
+        settle();
         for (QString row : rows.split(u',')) {
             const bool isAllowed = row.endsWith(u'+');
             row.remove(u'+');
@@ -33,7 +34,9 @@ private Q_SLOTS:
 
     void announcesAStateOnceToEveryContext()
     {
-        begin();
+        m_context = std::make_unique<Context>(m_uuid);
+        settle();
+        m_heard->follow(*m_context);
         const Context second(QUuid::createUuid());
         m_heard->follow(second, [] { return u"second"_s; });
         play(u"state Pending; state Pending; permission zelInvites off; permission zelSetup off"_s);
@@ -82,13 +85,6 @@ private Q_SLOTS:
     }
 
 private:
-    /// The context of an application that has heard the first state.
-    void begin()
-    {
-        m_context = std::make_unique<Context>(m_uuid);
-        settle();
-        m_heard->follow(*m_context);
-    }
     void noteMember() { m_heard->add(u"member"_s); }
 };
 

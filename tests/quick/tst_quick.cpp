@@ -65,8 +65,9 @@ public Q_SLOTS:
     int asked(const QString& type) const { return m_asked.value(type); }
     QStringList refusals() const { return m_service->refusals(); }
     void follow(const QObject* object) { m_heard.follow(*object); }
-    /// What those that are followed have announced since the last time.
-    QStringList heard() { return m_heard.take(); }
+    /// What those that are followed have announced.
+    QString heard() const { return m_heard.lines().join(u' '); }
+    void forget() { m_heard.take(); }
 
 private:
     const QTemporaryDir m_folder;

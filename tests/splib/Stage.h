@@ -12,7 +12,11 @@
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QCryptographicHash>
-#include <QtTest/QTest>
+
+#include <functional>
+#include <map>
+
+using namespace Qt::StringLiterals;
 
 /// What a manager is made of, and the other end of its pipe. Stories happen on it; each manager has a stage of its own,
 /// with steps of its own.
@@ -32,8 +36,24 @@ struct Stage
     RecordingGates gates;
     const SlogCapture slog{5};
 
-    Stage() { gates.log = &log; }
-    virtual ~Stage() { FakeClock::uninstall(); }
+    /// What may happen, by its name; what else is said of it goes to the function. Each manager has more of them.
+    std::map<QString, std::function<void(const QStringList&)>> steps;
+
+    Stage()
+    {
+        gates.log = &log;
+        const auto streamed = [this](const QByteArray& isLast) {
+            return [this, isLast](auto& words) {
+                pipe->inject("{'stream':{'id':'@','value':'@','last':@}}",
+                             {words[0].toUtf8(), words.value(1).toUtf8().toBase64(), isLast});
+            };
+        };
+        steps[u"stream"_s] = streamed("true");
+        steps[u"half"_s] = streamed("false"); // of what is sent in two
+        steps[u"turn"_s] = [](auto&) { QCoreApplication::processEvents(); };
+        steps[u"wait"_s] = [this](auto& words) { clock->advance(words[0].toInt() * 1000); };
+    }
+    ~Stage() { FakeClock::uninstall(); }
     Q_DISABLE_COPY_MOVE(Stage)
 
     static QByteArray hash(const QByteArray& data)
@@ -43,49 +63,36 @@ struct Stage
 
     void play(QString story)
     {
-        static const QRegularExpression letters(QStringLiteral("x\\*(\\d+)"));
+        static const QRegularExpression letters(u"x\\*(\\d+)"_s);
         for (auto found = letters.match(story); found.hasMatch(); found = letters.match(story))
             story.replace(found.captured(), QString(found.captured(1).toInt(), u'x'));
-        static const QRegularExpression hashed(QStringLiteral("%(\\w+)"));
+        static const QRegularExpression hashed(u"%(\\w+)"_s);
         for (auto found = hashed.match(story); found.hasMatch(); found = hashed.match(story))
             story.replace(found.captured(), QString::fromLatin1(hash(found.captured(1).toUtf8())));
-        const QStringList lines = story.split(u'\n').filter(QRegularExpression(QStringLiteral("\\S")));
+        const QStringList lines = story.split(u'\n').filter(QRegularExpression(u"\\S"_s));
         for (const QString& line : lines) {
-            happen(line.section(QStringLiteral("->"), 0, 0).simplified());
+            happen(line.section(u"->"_s, 0, 0).simplified());
             const QString told = heard();
-            QVERIFY2(told == line.section(QStringLiteral("->"), 1).simplified(),
-                     qPrintable(line.simplified().left(500) + QStringLiteral("\nheard: ") + told));
+            QVERIFY2(told == line.section(u"->"_s, 1).simplified(),
+                     qPrintable(line.simplified().left(500) + u"\nheard: "_s + told));
         }
     }
 
     QString heard()
     {
-        static const QRegularExpression wrong(QStringLiteral("^[23]: "));
+        static const QRegularExpression wrong(u"^[23]: "_s);
         const QStringList logged = slog.lines().filter(wrong).mid(m_logged);
         m_logged += logged.size();
         const QStringList told = log.take() + pipe->takeSentInWords();
-        return (QStringList(logged).replaceInStrings(wrong, QString()) + told).join(QStringLiteral("; "));
+        return (QStringList(logged).replaceInStrings(wrong, QString()) + told).join(u"; "_s);
     }
 
     void happen(const QString& step)
     {
         const QStringList words = step.split(u' ');
-        const QString& what = words.first();
-        if (what == QLatin1String("turn"))
-            QCoreApplication::processEvents();
-        else if (what == QLatin1String("wait"))
-            clock->advance(words.value(1).toInt() * 1000);
-        else if (what == QLatin1String("stream") || what == QLatin1String("half")) // of what is sent in two
-            pipe->inject(
-                "{'stream':{'id':'@','value':'@','last':@}}",
-                {words.value(1).toUtf8(), words.value(2).toUtf8().toBase64(), what.size() == 4 ? "false" : "true"});
-        else if (!happen(what, words.mid(1)))
-            qFatal("no such step: %s", qPrintable(step));
+        steps.at(words[0])(words.mid(1));
     }
-
-protected:
-    /// The steps of one manager; false when this is none of them.
-    virtual bool happen(const QString& what, const QStringList& words) = 0;
+    void note(bool isTaken) { log.add(isTaken ? u"taken"_s : u"refused"_s); }
 
 private:
     qsizetype m_logged = 0;

@@ -3,78 +3,65 @@
 
 #include "Stage.h"
 
-using namespace Qt::StringLiterals;
-
-using zelsplib::Avatar;
-
 namespace {
-
-using Manager = zelsplib::GlobalsManager<RecordingHandler, RecordingHandler>;
 
 struct GlobalsStage : Stage
 {
-    Manager manager{multiplexer, stream, &gates};
+    zelsplib::GlobalsManager<RecordingHandler, RecordingHandler> manager{multiplexer, stream, &gates};
 
     GlobalsStage()
     {
         manager.registrationEventHandler().log = &log;
         manager.userProfileEventHandler().log = &log;
-    }
-
-    using Stage::happen;
-    bool happen(const QString& what, const QStringList& words) override
-    {
-        const QByteArray first = words.value(0).toUtf8();
-        const auto element = [&](const char* message) {
-            pipe->inject("{'@':{'type':'global','elements':[{'name':'@','value':{@}}],'last':true}}",
-                         {message, first, words.value(1).toUtf8()});
+        const auto told = [this](const char* message) {
+            return [this, message](auto& words) {
+                pipe->inject("{'@':{'type':'global','elements':[{'name':'@','value':{@}}],'last':true}}",
+                             {message, words[0].toUtf8(), words.value(1).toUtf8()});
+            };
         };
-        if (what == u"init")
-            manager.init();
-        else if (what == u"answer") {
+        const auto injected = [this](const char* form) {
+            return [this, form](auto& words) { pipe->inject(form, {words[0].toUtf8()}); };
+        };
+        steps[u"init"_s] = [this](auto&) { manager.init(); };
+        steps[u"answer"_s] = [this, chunk = told("listChunk")](auto& words) {
             pipe->inject("{'listElements':{'type':'global','cookie':'@'}}", {pipe->cookie()});
-            element("listChunk");
-        } else if (what == u"change" || what == u"unasked")
-            element(what == u"change" ? "listChange" : "listAdd");
-        else if (what == u"elsewhere")
-            pipe->inject("{'listChunk':{@,'elements':[{'name':'permission','value':{}}],'last':true}}", {first});
-        else if (what == u"set")
-            manager.setUserProfileAvatar(first);
-        else if (what == u"response")
-            pipe->inject("{'profileChangeResponse':@}", {first});
-        else if (what == u"wanted")
-            pipe->inject("{'requestNewAvatarImage':@}", {first});
-        else if (what == u"offer")
-            log.add(manager.setProfileAvatar(Avatar::Gif, first == "null" ? nullptr : first.constData(),
-                                             first == "null" ? words[1].toUInt() : unsigned(first.size()))
-                        ? u"taken"_s
-                        : u"refused"_s);
-        else if (what == u"show") {
+            chunk(words);
+        };
+        steps[u"change"_s] = told("listChange");
+        steps[u"unasked"_s] = told("listAdd");
+        steps[u"elsewhere"_s] = injected("{'listChunk':{@,'elements':[{'name':'permission','value':{}}],'last':true}}");
+        steps[u"set"_s] = [this](auto& words) { manager.setUserProfileAvatar(words[0].toUtf8()); };
+        steps[u"response"_s] = injected("{'profileChangeResponse':@}");
+        steps[u"wanted"_s] = injected("{'requestNewAvatarImage':@}");
+        steps[u"offer"_s] = [this](auto& words) { // null and a size, or bytes
+            const QByteArray data = words.value(0).toUtf8();
+            const bool isNull = data == "null";
+            note(manager.setProfileAvatar(zelsplib::Avatar::Gif, isNull ? nullptr : data.constData(),
+                                          isNull ? words[1].toUInt() : unsigned(data.size())));
+        };
+        steps[u"show"_s] = [this](auto&) {
             const auto [showAppBox, zelInvites, state, zelSetup] = manager.getPermissions();
             log.add(u"%1 %2 %3 %4"_s.arg(showAppBox).arg(zelInvites).arg(state).arg(zelSetup).simplified());
-        } else if (what == u"ask")
-            manager.requestProfileAvatar();
-        else if (what == u"bytes")
+        };
+        steps[u"ask"_s] = [this](auto&) { manager.requestProfileAvatar(); };
+        steps[u"bytes"_s] = [this](auto&) {
             log.add((u"has "_s + QString::fromUtf8(manager.getMyAvatar())).trimmed());
-        else if (what == u"register")
-            manager.sendRegistration(u"u-1"_s, false);
-        else
-            return false;
-        return true;
+        };
+        steps[u"register"_s] = [this](auto&) { manager.sendRegistration(u"u-1"_s, false); };
     }
 };
 
-const char registered[] = R"(
+const auto registered = uR"(
     turn                                                -> requestListElements permission global
     answer permission "registrationState":"Success"     -> gate registered
     init
     turn                                                -> requestListElements platformProfile global
-)";
+)"_s;
 
-const char withPicture[] = R"(
+const auto withPicture = registered + uR"(
     answer platformProfile "userId":"me","displayName":"A","avatarId":"p0","avatarMimeType":"image/png" -> gate profile; requestUserAvatar me p0
     stream p0 old                                       -> picture p0 image/png old; gate picture
-)";
+)"_s;
 
 } // namespace
 
@@ -95,13 +82,12 @@ private Q_SLOTS:
 void TstGlobalsManager::tellsItsStory_data()
 {
     QTest::addColumn<QString>("story");
-    const auto row = [](const char* name, const char* story, const char* before = registered, const char* then = "") {
-        QTest::newRow(name) << QString(QLatin1String(before) + QLatin1String(then) + QLatin1String(story));
+    const auto row = [](const char* name, const char* story, const QString& before = {}) {
+        QTest::newRow(name) << before + QLatin1String(story);
     };
+    const auto registeredRow = [row](const char* name, const char* story) { row(name, story, registered); };
+    const auto pictureRow = [row](const char* name, const char* story) { row(name, story, withPicture); };
 
-    row("a registration that there is", R"(
-        register                                         -> state Success
-    )");
     row("what is of no type stays as it was", R"(
         turn                                             -> requestListElements permission global
         show                                             -> 0 0 0
@@ -110,14 +96,12 @@ void TstGlobalsManager::tellsItsStory_data()
         change permission "showAppBox":true,"registrationState":"Expired","zelSetup":true -> state Expired
         change other "registrationState":"Success"
         show                                             -> 1 1 Expired 1
-    )",
-        "");
+    )");
     row("a registration that another has asked for", R"(
         turn                                             -> requestListElements permission global
         answer permission "registrationState":"Pending"  -> state Pending
         wait 30                                          -> requestListElements permission global
-    )",
-        "");
+    )");
     row("a registration of which nothing is heard", R"(
         turn                                             -> requestListElements permission global
         answer permission "registrationState":"Unregistered" -> state Unregistered
@@ -142,13 +126,13 @@ void TstGlobalsManager::tellsItsStory_data()
         wait 120                                         -> requestListElements permission global
         answer permission "registrationState":"Expired"
         wait 3000
-    )",
-        "");
-    row("a profile without a picture", R"(
+    )");
+    registeredRow("a profile without a picture", R"(
+        register                                         -> state Success
         answer platformProfile "userId":""               -> gate profile; picture - - -; gate picture
         change platformProfile "displayName":"A"         -> name A -
     )");
-    row("a profile without a user", R"(
+    registeredRow("a profile without a user", R"(
         answer platformProfile "displayName":"A"
         change platformProfile "userId":"me"             -> gate profile; picture - - -; gate picture
         change platformProfile "userId":"me","handle":"h"
@@ -157,10 +141,8 @@ void TstGlobalsManager::tellsItsStory_data()
         unasked platformProfile "userId":"me"
         init
         turn  -> gate profile; picture - - -; gate picture; requestListElements permission global
-    )",
-        "");
+    )");
 
-    const auto pictureRow = [row](const char* name, const char* story) { row(name, story, registered, withPicture); };
     pictureRow("another picture, and none", R"(
         change platformProfile "avatarId":"p1","avatarMimeType":"image/bmp" -> requestUserAvatar me p1
         change platformProfile "displayName":"B"         -> name B old

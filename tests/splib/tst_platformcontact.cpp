@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/contacts/PlatformContactJsonAdapter.h>
 
+#include <common/FakePipe.h>
 #include <common/TestMain.h>
-#include <device/Decoder.h>
 
 #include <zel/JsonWriter.h>
-#include <zel/PpsJsonSource.h>
 
 using namespace Qt::StringLiterals;
 
-using zelsplib::PlatformContact;
-using zelsplib::PlatformContactJsonAdapter;
+using namespace zelsplib;
+
 namespace {
 
 PlatformContact numbered()
@@ -29,13 +28,8 @@ struct ReticentSource : zel::PpsJsonSource
 template <typename Source>
 PlatformContact loadedFrom(const QByteArray& json, PlatformContact contact)
 {
-    const QByteArray text = "@platform\ndat:json:{\"m\":" + json + "}\n";
-    device::Decoder decoder(text);
-    pps_decoder_push(decoder.get(), "@platform");
-    pps_decoder_push(decoder.get(), "dat");
-    Source source(decoder.get());
-    const iface::JsonNodeReader message = source.startParsing();
-    message["m"] >> contact;
+    const ReadMessage<Source> message("{\"m\":" + json + '}');
+    message.root["m"] >> contact;
     return contact;
 }
 

@@ -14,8 +14,6 @@
 
 #include <memory>
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 /// Users are numbers. A record is "number name picture handle": the picture may be missing, the handle goes by the
@@ -25,14 +23,15 @@ struct ContactsStage : Stage
     zelsplib::PlatformContactManager<RecordingHandler> manager{multiplexer, stream, &gates};
     zelsplib::StreamRequests others{stream, [](const QString&, const QString&) {}}; ///< of another manager
 
-    ContactsStage()
-    {
-        manager.eventHandler().log = &log;
-        manager.setEventsEnabled(true);
-    }
-
     static QString userId(const QString& number) { return number.isEmpty() ? u""_s : u"user"_s + number; }
 
+    static QJsonArray ids(const QStringList& numbers)
+    {
+        QJsonArray ids;
+        for (const QString& number : numbers)
+            ids.append(QJsonObject{{u"userId"_s, userId(number)}});
+        return ids;
+    }
     static QJsonObject record(const QStringList& words)
     {
         QJsonObject record{{u"userId"_s, userId(words.value(0))}, {u"handle"_s, u'h' + words.value(0)}};
@@ -53,42 +52,35 @@ struct ContactsStage : Stage
                       pipe->cookie()});
     }
 
-    using Stage::happen;
-    bool happen(const QString& what, const QStringList& words) override
+    ContactsStage()
     {
-        const QString user = userId(words.value(0));
-        QJsonArray ids;
-        for (const QString& number : words)
-            ids.append(QJsonObject{{u"userId"_s, userId(number)}});
-        if (what == u"init")
-            manager.init();
-        else if (what == u"ids") {
+        manager.eventHandler().log = &log;
+        manager.setEventsEnabled(true);
+        steps[u"init"_s] = [this](auto&) { manager.init(); };
+        steps[u"ids"_s] = [this](auto& words) {
             send("listAll", "platformContact", {});
-            for (const QJsonValue& id : ids)
-                send("listChunk", "platformContact", {id}, false);
+            for (const QString& number : words)
+                send("listChunk", "platformContact", ids({number}), false);
             send("listChunk", "platformContact", {});
-        } else if (what == u"add" || what == u"remove")
-            send(what == u"add" ? "listAdd" : "listRemove", "platformContact", ids);
-        else if (what == u"record" || what == u"change")
-            send(what == u"record" ? "listAdd" : "listChange", "platformUser", {record(words)});
-        else if (what == u"answer") {
+        };
+        steps[u"add"_s] = [this](auto& words) { send("listAdd", "platformContact", ids(words)); };
+        steps[u"remove"_s] = [this](auto& words) { send("listRemove", "platformContact", ids(words)); };
+        steps[u"record"_s] = [this](auto& words) { send("listAdd", "platformUser", {record(words)}); };
+        steps[u"change"_s] = [this](auto& words) { send("listChange", "platformUser", {record(words)}); };
+        steps[u"answer"_s] = [this](auto& words) {
             send("listElements", "platformUser", {});
             send("listChunk", "platformUser", words.isEmpty() ? QJsonArray() : QJsonArray{record(words)});
-        } else if (what == u"invite")
-            pipe->inject("{'connectionInvitationReceived':{'userId':'@'}}", {user.toUtf8()});
-        else if (what == u"fetch")
-            log.add(manager.retrieveAvatar(user) ? u"yes"_s : u"no"_s);
-        else if (what == u"together")
+        };
+        steps[u"invite"_s] = [this](auto& words) {
+            pipe->inject("{'connectionInvitationReceived':{'userId':'@'}}", {userId(words.value(0)).toUtf8()});
+        };
+        steps[u"fetch"_s] = [this](auto& words) { note(manager.retrieveAvatar(userId(words.value(0)))); };
+        steps[u"together"_s] = [this](auto& words) {
             iface::Round::together([&] { play(words.join(u' ').replace(u" and "_s, u"\n"_s)); });
-        else if (what == u"elsewhere")
-            others.request(user, words.value(1));
-        else if (what == u"list")
-            manager.getContactList();
-        else if (what == u"events")
-            manager.setEventsEnabled(words.value(0) == u"on");
-        else
-            return false;
-        return true;
+        };
+        steps[u"elsewhere"_s] = [this](auto& words) { others.request(userId(words[0]), words[1]); };
+        steps[u"list"_s] = [this](auto&) { manager.getContactList(); };
+        steps[u"events"_s] = [this](auto& words) { manager.setEventsEnabled(words[0] == u"on"); };
     }
 };
 
@@ -117,33 +109,26 @@ private Q_SLOTS:
         for (int step = 0; step < 3000; ++step) {
             const QString number = QString::number(random.bounded(25));
             const QString before = nameOf(number);
-            QStringList record{number, QString::number(random.bounded(5)), u"-"_s, u'h' + number};
-            if (random.bounded(4) == 0)
-                record[3] = u'?';
+            QStringList record{number, QString::number(random.bounded(5)), u"-"_s,
+                               random.bounded(4) == 0 ? u"?"_s : u'h' + number};
             const QString words = record.join(u' ');
-            switch (random.bounded(5)) {
-            case 0:
+            const int kind = random.bounded(5);
+            if (kind == 0) {
                 if (!ids.contains(number))
                     ids.append(number);
                 stage.happen(u"add "_s + number);
-                break;
-            case 1:
+            } else if (kind == 1) {
                 ids.removeOne(number);
                 stage.happen(u"remove "_s + number);
-                break;
-            case 2:
+            } else if (kind == 2) {
                 stored[number] = record;
                 stage.happen(u"record "_s + words);
-                break;
-            case 3:
-                if (!stored.contains(number))
-                    break;
+            } else if (kind == 3 && stored.contains(number)) {
                 if (record[3] == u"?")
                     record[3] = stored[number][3];
                 stored[number] = record;
                 stage.happen(u"change "_s + words);
-                break;
-            default: // Requests are answered without a word, long after, or not at all.
+            } else { // Requests are answered without a word, long after, or not at all.
                 stage.happen(u"turn"_s);
                 if (stage.pipe->takeSentInWords().size() == 1)
                     stage.happen(u"answer"_s);
@@ -221,12 +206,12 @@ private Q_SLOTS:
         stage.reset();
         QCOMPARE(view.size(), 3);
         QCOMPARE(pipe->listenerCount(u"connectionInvitationReceived"_s), 0);
-        QVERIFY(pipe->inject(R"({"listChange":{"type":"platformUser","elements":[{"userId":"user0","handle":"x"}]}})"));
-        QVERIFY(pipe->inject(R"({"listAdd":{"type":"platformUser","elements":[{"userId":"user9","handle":"y"}]}})"));
-        QVERIFY(pipe->inject(R"({"listAdd":{"type":"platformContact","elements":[{"userId":"user9"}]}})"));
+        pipe->inject(R"({"listChange":{"type":"platformUser","elements":[{"userId":"user0","handle":"x"}]}})");
+        pipe->inject(R"({"listAdd":{"type":"platformUser","elements":[{"userId":"user9","handle":"y"}]}})");
+        pipe->inject(R"({"listAdd":{"type":"platformContact","elements":[{"userId":"user9"}]}})");
         QCOMPARE(view.size(), 4);
-        QVERIFY(pipe->inject(R"({"listAll":{"type":"platformContact"}})"));
-        QVERIFY(pipe->inject(R"({"listChunk":{"type":"platformContact","last":true}})"));
+        pipe->inject(R"({"listAll":{"type":"platformContact"}})");
+        pipe->inject(R"({"listChunk":{"type":"platformContact","last":true}})");
         QCOMPARE(view.size(), 0);
     }
 };
@@ -260,10 +245,10 @@ void TstPlatformContactManager::tellsItsStory_data()
         add 7
         remove 1
         invite 0
-        fetch 0            -> yes; requestUserAvatar user0 p
+        fetch 0            -> taken; requestUserAvatar user0 p
         stream p bytes
         list               -> contacts h0 h2 h7
-        fetch 7            -> picture h7 - -; yes
+        fetch 7            -> picture h7 - -; taken
         events on
         remove 7           -> uninstall h7
     )");
@@ -305,14 +290,14 @@ void TstPlatformContactManager::tellsItsStory_data()
         change 0 m same    -> update h0 m m; requestUserAvatar user0 same
         change 1 n same    -> update h1 n n; requestUserAvatar user1 same
         change 2 n own     -> update h2 n n; requestUserAvatar user2 own
-        fetch              -> Error:PlatformContactManager::retrieveAvatar(): Unable to process empty userId; ignoring; no
-        fetch 5            -> Error:PlatformContactManager::retrieveAvatar(): Platform contact is not initialized; no
+        fetch              -> Error:PlatformContactManager::retrieveAvatar(): Unable to process empty userId; ignoring; refused
+        fetch 5            -> Error:PlatformContactManager::retrieveAvatar(): Platform contact is not initialized; refused
         stream other O
         stream same S      -> picture h0 same S; picture h1 same S
         stream own O       -> picture h2 own O
         stream own again
-        fetch 0            -> yes; requestUserAvatar user0 same
-        fetch 1            -> yes; requestUserAvatar user1 same
+        fetch 0            -> taken; requestUserAvatar user0 same
+        fetch 1            -> taken; requestUserAvatar user1 same
         change 2 o same    -> update h2 n o; requestUserAvatar user2 same
         events off
         change 0 m newer
@@ -324,7 +309,7 @@ void TstPlatformContactManager::tellsItsStory_data()
         elsewhere 0 p
         change 0 n p       -> update h0 n n; requestUserAvatar user0 p
         half p half
-        fetch 0            -> yes; requestUserAvatar user0 p
+        fetch 0            -> taken; requestUserAvatar user0 p
         stream p more      -> picture h0 p halfmore
     )");
     row("pictures that were overtaken", R"(
@@ -339,12 +324,12 @@ void TstPlatformContactManager::tellsItsStory_data()
         change 0 n last    -> update h0 n n; requestUserAvatar user0 last
         remove 0           -> uninstall h0
         stream last L      -> picture h0 last L
-        fetch 0            -> yes; requestUserAvatar user0 last
+        fetch 0            -> taken; requestUserAvatar user0 last
         change 0 n newer
         add 0              -> install h0
         stream last L      -> requestUserAvatar user0 newer
         stream newer N     -> picture h0 newer N
-        fetch 0            -> yes; requestUserAvatar user0 newer
+        fetch 0            -> taken; requestUserAvatar user0 newer
         change 0 n newer - -> uninstall h0
         stream newer N
     )");
@@ -353,7 +338,7 @@ void TstPlatformContactManager::tellsItsStory_data()
         change 1 n p       -> update h1 n n; requestUserAvatar user1 p
         change 2 n q       -> update h2 n n; requestUserAvatar user2 q
         wait 20
-        fetch 0            -> yes; requestUserAvatar user0 p
+        fetch 0            -> taken; requestUserAvatar user0 p
         half p cut
         wait 10            -> requestUserAvatar user0 p; requestUserAvatar user1 p; requestUserAvatar user2 q
         stream p P         -> picture h0 p P; picture h1 p P
@@ -361,7 +346,7 @@ void TstPlatformContactManager::tellsItsStory_data()
         change 2 n r
         wait 60            -> requestUserAvatar user2 r
         half r cut
-        fetch 2            -> yes; requestUserAvatar user2 r
+        fetch 2            -> taken; requestUserAvatar user2 r
         stream r third     -> picture h2 r third
         wait 600
     )");
@@ -373,7 +358,7 @@ void TstPlatformContactManager::tellsItsStory_data()
         stream %whole b    -> requestUserAvatar user0 %whole
         stream %whole c
         stream %whole whole -> picture h0 %whole whole
-        fetch 0            -> yes; requestUserAvatar user0 %whole
+        fetch 0            -> taken; requestUserAvatar user0 %whole
         stream %whole same -> requestUserAvatar user0 %whole
         stream %whole same -> requestUserAvatar user0 %whole
         stream %whole same -> picture h0 %whole same

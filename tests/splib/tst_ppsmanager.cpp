@@ -9,41 +9,27 @@
 #include <QtTest/QSignalSpy>
 #include <QtCore/QTemporaryDir>
 
-#include <memory>
-
 using namespace Qt::StringLiterals;
-
-using zelsplib::PPSManager;
 
 class TstPPSManager : public QObject
 {
     Q_OBJECT
 
-private:
-    QTemporaryDir m_root;
-    vx::system::ObjectServer m_server;
-    std::unique_ptr<PPSManager> m_manager;
+    const QString path = u"/pps/services/zelcore/platform"_s;
+    const QTemporaryDir root;
+    vx::system::ObjectServer server;
+    const bool isServed = qputenv("PPS_ROOT", root.path().toUtf8()) && server.listen(path, nullptr);
+    zelsplib::PPSManager manager{path, u"platform"_s, u"zel"_s};
 
 private Q_SLOTS:
-    void init()
-    {
-        const QString path = u"/pps/services/zelcore/platform"_s;
-        qputenv("PPS_ROOT", m_root.path().toUtf8());
-        m_manager.reset();
-        QTRY_COMPARE(m_server.clients().size(), 0);
-        m_server.close();
-        QVERIFY(m_server.listen(path, nullptr));
-        m_manager = std::make_unique<PPSManager>(path, u"platform"_s, u"zel"_s);
-    }
-
     void writesOneRecordAMessageAndLogsBothDirections()
     {
-        QSignalSpy records(&m_server, &vx::system::ObjectServer::recordReceived);
+        QSignalSpy records(&server, &vx::system::ObjectServer::recordReceived);
         const SlogCapture log;
-        m_manager->send(u"{\"%1\":1}"_s);
-        m_manager->send(QString());
-        m_manager->dispatchMessageReceived(u"@platform\ndat:json:{\"%1\":1}\n"_s);
-        m_manager->dispatchMessageReceived(u"nonsense"_s);
+        manager.send(u"{\"%1\":1}"_s);
+        manager.send(QString());
+        manager.dispatchMessageReceived(u"@platform\ndat:json:{\"%1\":1}\n"_s);
+        manager.dispatchMessageReceived(u"nonsense"_s);
         QCOMPARE(log.lines(), (QStringList{u"6: sending json string to zelcore ==>: {\"%1\":1}"_s,
                                            u"6: sending json string to zelcore ==>: "_s,
                                            u"6: received json string from zelcore <==: {\"%1\":1}"_s,
@@ -52,6 +38,11 @@ private Q_SLOTS:
         QTRY_COMPARE(records.size(), 2);
         QCOMPARE(records[0][1].toByteArray(), QByteArray("msg::zel\ndat:json:{\"%1\":1}\n"));
         QCOMPARE(records[1][1].toByteArray(), QByteArray("msg::zel\ndat:json:\n"));
+        const QSignalSpy tooLong(&manager, &zelsplib::PPSManager::messageTooLong);
+        for (const int more : {0, 1}) { // than one read and a last line break
+            manager.send(QString(65518 + more, u'x'));
+            QCOMPARE(tooLong.size(), more);
+        }
     }
 
     void dispatchesTheFirstMemberOfItsObject()
@@ -64,7 +55,8 @@ private Q_SLOTS:
              u"3"_s},
             {"@platform\ndat:json:{\"m\":{\"a\":\"\xFF<\xC3\xA9\"}}\n", u"\uFFFD<\u00E9"_s}, // no UTF-8
             {"\xEF\xBB\xBF@platform\ndat:json:{\"m\":{\"a\":\"5\"}}\n", u"5"_s},             // a byte order mark
-            {"@platform\ndat:json:{\"m\":{\"a\":\"6\"}}\nx::\xFF\n", u"6"_s},                 // no UTF-8 elsewhere
+            {"@platform\ndat:json:{\"m\":{\"a\":\"6\"}}\nx::\xFF\n", u"6"_s},                // no UTF-8 elsewhere
+            {"@platform\r\ndat:json:{\"m\":{\"a\":\"7\"}}\r\n", u"7"_s},
             {"", {}},
             {"nonsense\n", {}},
             {"@other\ndat:json:{\"m\":{}}\n", {}},
@@ -74,22 +66,21 @@ private Q_SLOTS:
             {"@platform\ndat:json:{}\n", {}},
             {"@platform\ndat:json:[{\"m\":1}]\n", {}},
             {"@platform\ndat:json:{\"m\\u0000\":{}}\n", {}}};
-        QObject owner;
         QStringList heard;
         for (const QString& type : {u"m"_s, u"other"_s, u"dat"_s, QString()}) {
-            m_manager->addListener(&owner, type, [&heard](QObject*, iface::JsonReaderAttribute message) {
+            manager.addListener(this, type, [&heard](QObject*, iface::JsonReaderAttribute message) {
                 QString value = u"nothing"_s;
                 message.object().readString("a", value);
                 heard.append(value);
             });
         }
         for (const auto& [text, expected] : rows) {
-            m_manager->dispatchMessageReceived(text);
+            manager.dispatchMessageReceived(text);
             QVERIFY2(heard.join(u' ') == expected, text.constData());
             heard.clear();
         }
-        m_manager->removeListeners(&owner);
-        m_manager->dispatchMessageReceived(rows[0].first);
+        manager.removeListeners(this);
+        manager.dispatchMessageReceived(rows[0].first);
         QCOMPARE(heard, QStringList());
     }
 };

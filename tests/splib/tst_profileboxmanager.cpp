@@ -3,33 +3,22 @@
 
 #include "Stage.h"
 
-using namespace Qt::StringLiterals;
-
-using zelsplib::Avatar;
-using zelsplib::ProfileBoxImage;
-using zelsplib::ProfileBoxItem;
-using zelsplib::ProfileBoxState;
+using namespace zelsplib;
 
 namespace {
 
 /// Items and icons are "id=text" and "id=hash", or their ids alone.
 struct BoxStage : Stage
 {
-    zelsplib::ProfileBoxManager<RecordingHandler> manager{multiplexer, stream, &gates};
-
-    BoxStage() { manager.eventHandler().log = &log; }
+    ProfileBoxManager<RecordingHandler> manager{multiplexer, stream, &gates};
 
     void send(const char* message, const QString& list, const QStringList& words)
     {
+        const QString form =
+            list == u"items" ? uR"({"itemId":"%1","text":"%2"})"_s : uR"({"imageId":"%1","imageHash":"%2"})"_s;
         QByteArrayList elements;
-        for (const QString& word : words) {
-            const QByteArray id = word.section(u'=', 0, 0).toUtf8();
-            const QByteArray value = word.section(u'=', 1).toUtf8();
-            elements.append(
-                QByteArray(list == u"items" ? R"({"itemId":"@","text":"$"})" : R"({"imageId":"@","imageHash":"$"})")
-                    .replace('@', id)
-                    .replace('$', value));
-        }
+        for (const QString& word : words)
+            elements.append(form.arg(word.section(u'=', 0, 0), word.section(u'=', 1)).toUtf8());
         pipe->inject("{'@':{'type':'profileBox@','elements':[@],'last':true}}",
                      {message, list == u"items" ? "Item" : "Image", elements.join(',')});
     }
@@ -48,45 +37,37 @@ struct BoxStage : Stage
         return texts.join(u' ');
     }
 
-    using Stage::happen;
-    bool happen(const QString& what, const QStringList& words) override
+    BoxStage()
     {
-        const QByteArray data = words.value(1).toUtf8();
-        if (what == u"init")
-            manager.init();
-        else if (what == u"whole") {
+        manager.eventHandler().log = &log;
+        const auto told = [this](const char* message) {
+            return [this, message](auto& words) { send(message, words[0], words.mid(1)); };
+        };
+        steps[u"init"_s] = [this](auto&) { manager.init(); };
+        steps[u"whole"_s] = [this, chunk = told("listChunk")](auto& words) {
             send("listAll", words[0], {});
-            send("listChunk", words[0], words.mid(1));
-        } else if (what == u"add")
-            send("listAdd", words[0], words.mid(1));
-        else if (what == u"change")
-            send("listChange", words[0], words.mid(1));
-        else if (what == u"remove")
-            send("listRemove", words[0], words.mid(1));
-        else if (what == u"show")
-            log.add(shown());
-        else if (what == u"create")
-            log.add(manager.createProfileBoxImage(words[0].toInt(), Avatar::Png,
-                                                  words.value(1) == u"null" ? nullptr : data.constData(),
-                                                  unsigned(data.size()))
-                        ? u"taken"_s
-                        : u"refused"_s);
-        else if (what == u"item") // a text, its line breaks, a cookie and an icon
-            log.add(
-                manager.createProfileBoxItem(
-                    words[0] == u"-" ? u""_s : words[0] + QString(words[1]).replace(u'n', u'\n').replace(u'r', u'\r'),
-                    boost::make_optional(words.size() > 3, words.value(3).toInt()), words.value(2))
-                    ? u"taken"_s
-                    : u"refused"_s);
-        else if (what == u"drop")
-            manager.removeProfileBoxItem(words[0]);
-        else if (what == u"wanted")
+            chunk(words);
+        };
+        steps[u"add"_s] = told("listAdd");
+        steps[u"change"_s] = told("listChange");
+        steps[u"remove"_s] = told("listRemove");
+        steps[u"show"_s] = [this](auto&) { log.add(shown()); };
+        steps[u"create"_s] = [this](auto& words) {
+            const QByteArray data = words.value(1).toUtf8();
+            note(manager.createProfileBoxImage(words[0].toInt(), Avatar::Png,
+                                               data == "null" ? nullptr : data.constData(), unsigned(data.size())));
+        };
+        steps[u"item"_s] = [this](auto& words) { // a text, its line breaks, a cookie and an icon
+            const QString breaks = QString(words[1]).replace(u'n', u'\n').replace(u'r', u'\r');
+            note(manager.createProfileBoxItem(words[0] == u"-" ? u""_s : words[0] + breaks,
+                                              boost::make_optional(words.size() > 3, words.value(3).toInt()),
+                                              words.value(2)));
+        };
+        steps[u"drop"_s] = [this](auto& words) { manager.removeProfileBoxItem(words[0]); };
+        steps[u"wanted"_s] = [this](auto& words) {
             pipe->inject("{'requestNewProfileBoxImage':{'streamId':'s','imageId':'@'}}", {words[0].toUtf8()});
-        else if (what == u"get")
-            manager.retrieveProfileBoxImage(words[0].toInt());
-        else
-            return false;
-        return true;
+        };
+        steps[u"get"_s] = [this](auto& words) { manager.retrieveProfileBoxImage(words[0].toInt()); };
     }
 };
 
