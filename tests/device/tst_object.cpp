@@ -266,7 +266,7 @@ private Q_SLOTS:
         Served served;
         const pid_t child = ::fork();
         if (child == 0) {
-            if (::write(served.object.descriptor, "from the child", 14) < 0)
+            if (::write(served.object.descriptor, "from the child", 14) < 0 && Object().descriptor >= 0)
                 ::raise(SIGSTOP);
             ::_exit(1);
         }
