@@ -137,9 +137,20 @@ QJsonValue randomValue(QRandomGenerator& random, int depth)
         values.append(randomValue(random, depth - 1));
         members.insert(randomString(random, true), values.last());
     }
-    const QJsonValue ofEachKind[] = {
-        QJsonValue(), random.bounded(2) == 0, int(random.generate()), randomString(random, false), values, members};
-    return ofEachKind[kind];
+    switch (kind) {
+    case 0:
+        return QJsonValue();
+    case 1:
+        return random.bounded(2) == 0;
+    case 2:
+        return int(random.generate());
+    case 3:
+        return randomString(random, false);
+    case 4:
+        return values;
+    default:
+        return members;
+    }
 }
 
 void write(device::Encoder& encoder, device::Text name, const QJsonValue& value)
