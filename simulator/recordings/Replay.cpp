@@ -316,7 +316,9 @@ void Replay::schedule()
     }
     if (isServiceNext())
         next = std::min(next, dueTime(entry(m_service.at(m_nextOfService)).time, m_lastThen, m_lastNow));
-    if (next != never)
+    if (next == never)
+        m_timer.stop();
+    else
         m_timer.start(int(std::clamp<qint64>(next - m_clock.elapsed(), 0, std::numeric_limits<int>::max())));
 }
 

@@ -38,12 +38,12 @@ QString table(const QList<QStringList>& rows)
 QString readPicture(const QString& word, QByteArray* data)
 {
     bool isSize = false;
-    const uint size = word.toUInt(&isSize);
+    const int size = word.toInt(&isSize);
     data->clear();
-    if (size > World::largestPicture)
+    if (size < 0 || size > World::largestPicture)
         return u"a picture has 1 to %1 bytes"_s.arg(World::largestPicture);
     if (isSize) {
-        *data = PeopleMaker::picture(int(size), size);
+        *data = PeopleMaker::picture(size, quint32(size));
     } else if (word.isEmpty()) {
         return u"a picture is a file, or so many made-up bytes"_s;
     } else if (word != "none"_L1) {

@@ -98,7 +98,7 @@ MemberLines::MemberLines(const QByteArray& json)
 
 int MemberLines::of(const QString& member) const
 {
-    return m_lines.value(member.left(longestName));
+    return m_lines.value(member.left(longestName), 1);
 }
 
 QString MemberReader::word(const QString& key, const QString& preset)

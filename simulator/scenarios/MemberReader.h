@@ -26,7 +26,7 @@ class MemberLines
 public:
     explicit MemberLines(const QByteArray& json);
 
-    /// \a member is named as in MemberProblem; 0 for one that is not there.
+    /// \a member is named as in MemberProblem; the first line for one that is not there.
     int of(const QString& member) const;
     /// The first member that stands in its object before; empty when none does.
     QString twice() const { return m_twice; }

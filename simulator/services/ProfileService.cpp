@@ -173,8 +173,10 @@ QString ProfileService::stream(Session& session, const QJsonObject& body)
         problem = u"\"value\" is not base64 text"_s;
     else if (value.size() > wire::streamChunk)
         problem = u"a piece of %1 characters; at most %2"_s.arg(value.size()).arg(wire::streamChunk);
-    else
-        problem = World::pictureProblem(expected->bytes += decoded.decoded);
+    if (problem.isEmpty()) {
+        expected->bytes += decoded.decoded;
+        problem = World::pictureProblem(expected->bytes);
+    }
     if (problem.isEmpty() && isLast && World::hashOf(expected->bytes) != expected->hash)
         problem = u"the picture's bytes do not match the announced SHA-1"_s;
     if (problem.isEmpty() && !isLast)

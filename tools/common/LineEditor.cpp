@@ -37,7 +37,7 @@ void printMessage(QtMsgType type, const QMessageLogContext& context, const QStri
 bool isOurs(int terminal)
 {
     const pid_t foreground = ::tcgetpgrp(terminal);
-    return foreground == -1 || foreground == ::getpgrp(); // nobody's, for whom it does not control
+    return foreground < 0 || foreground == ::getpgrp(); // nobody's, for whom it does not control
 }
 
 /// Keys that can be read may be gone when they are: Ctrl-C throws away what was typed before it. A read that waited for
@@ -45,7 +45,8 @@ bool isOurs(int terminal)
 void neverWaitForKeys(int terminal)
 {
     termios modes{};
-    ::tcgetattr(terminal, &modes);
+    if (::tcgetattr(terminal, &modes) != 0)
+        return;
     modes.c_cc[VMIN] = 0;
     ::tcsetattr(terminal, TCSANOW, &modes);
 }
@@ -88,7 +89,7 @@ void list(const QStringList& names)
 bool LineEditor::isPossible(int input)
 {
     const QByteArray terminal = qgetenv("TERM");
-    return ::isatty(STDOUT_FILENO) && !terminal.isEmpty() && terminal != "dumb" && isOurs(input);
+    return ::isatty(input) && ::isatty(STDOUT_FILENO) && !terminal.isEmpty() && terminal != "dumb" && isOurs(input);
 }
 
 LineEditor::LineEditor(int input, const QString& program, const QString& prompt, const QStringList& commands)
@@ -108,12 +109,12 @@ LineEditor::LineEditor(int input, const QString& program, const QString& prompt,
     bindKeys();
     watchSuspension();
     setAtTerminal(this);
-    if (!otherHandler)
-        otherHandler = qInstallMessageHandler(&printMessage);
+    otherHandler = qInstallMessageHandler(&printMessage);
 }
 
 LineEditor::~LineEditor()
 {
+    qInstallMessageHandler(otherHandler);
     setAtTerminal(nullptr);
     if (m_line == Line::Shown) // what the shell says next begins on a line of its own
         std::fputs("\n", stdout);
@@ -191,7 +192,7 @@ void LineEditor::remember(const std::wstring& line)
     std::fseek(file, 0, SEEK_END);
     // H_NSAVE_FP would save the entry before it as well.
     const std::unique_ptr<HistoryW, decltype(&history_wend)> newest(history_winit(), &history_wend);
-    history_w(newest.get(), &event, H_SETSIZE, historySize);
+    history_w(newest.get(), &event, H_SETSIZE, 1);
     history_w(newest.get(), &event, H_ENTER, line.c_str());
     history_w(newest.get(), &event, H_SAVE_FP, file);
     std::fclose(file);
@@ -203,7 +204,7 @@ void LineEditor::read()
         readInBackground();
         return;
     }
-    int length{};
+    int length = 0;
     const wchar_t* text = el_wgets(m_editor.get(), &length); // none without any character
     const wchar_t last = text ? text[length - 1] : L'\0';
     // Where its terminal is gone libedit fails before it asks nextCharacter() for a key.

@@ -19,7 +19,7 @@ class LineEditor final : public LineReader
     Q_OBJECT
 
 public:
-    /// Whether \a input, a terminal, is ours to change at the moment, and standard output is one that can do it.
+    /// Whether both ends are a terminal that can do it, and that is ours to change at the moment.
     static bool isPossible(int input);
 
     LineEditor(int input, const QString& program, const QString& prompt, const QStringList& commands);

@@ -21,7 +21,7 @@ public:
     explicit LineReader(int input, const QString& prompt = {}, QObject* parent = nullptr);
 
     /// For a person at a terminal, who is asked by the name of the \a program: there lines are edited, come back from
-    /// the program's history, and begin with one of \a commands by Tab. Where standard output is none, or \a input
+    /// the program's history, and begin with one of \a commands by Tab. Where a terminal is not at both ends, or is
     /// somebody else's at the moment, the lines are read plainly, and so are they without libedit.
     static std::unique_ptr<LineReader> forPerson(int input, const QString& program, const QStringList& commands);
 

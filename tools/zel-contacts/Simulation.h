@@ -5,7 +5,7 @@
 
 #include <QtCore/QString>
 
-/// Makes a core service one with people in it who have faces.
+/// Fills a core service with people who have faces.
 class Simulation
 {
 public:

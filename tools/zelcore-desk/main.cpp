@@ -73,6 +73,14 @@ std::unique_ptr<QProcess> run(QStringList command, const QString& root, bool isN
     return process;
 }
 
+void end(QProcess& process)
+{
+    process.terminate();
+    if (!process.waitForFinished(3000))
+        process.kill();
+    process.waitForFinished();
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
@@ -136,9 +144,7 @@ int main(int argc, char* argv[])
     if (!options.application.isEmpty())
         beside = run(options.application, simulator.root(), screenshot != nullptr);
     const int status = QGuiApplication::exec();
-    if (beside) {
-        beside->terminate();
-        beside->waitForFinished(3000); // killed if it does not go
-    }
+    if (beside)
+        end(*beside);
     return status;
 }

@@ -243,6 +243,8 @@ void OneShot::finish(int exitStatus)
     if (m_phase == Phase::Done)
         return;
     m_phase = Phase::Done;
+    m_timer.stop();
+    m_patience.stop();
     QMetaObject::invokeMethod(
         this, [this, exitStatus] { Q_EMIT finished(exitStatus); }, Qt::QueuedConnection);
 }
