@@ -43,7 +43,7 @@ ListApiMultiplexer::~ListApiMultiplexer() = default;
 void ListApiMultiplexer::addHandler(const QString& type, const QString& id, ListApiHandler* handler)
 {
     const QString key = listKey(type, id);
-    if (m_keyByHandler.contains(handler) && m_keyByHandler.value(handler) != key)
+    if (m_keyByHandler.value(handler, key) != key)
         removeHandler(handler);
     // In this order: what finds no memory for the second leaves nobody behind who cannot be removed.
     m_keyByHandler.insert(handler, key);

@@ -91,10 +91,7 @@ void MessageListenerMap::removeListeners(QObject* owner)
 {
     const QStringList types = d->typesByOwner.take(owner);
     for (const QString& type : types) {
-        const auto listeners = d->listenersByType.find(type);
-        if (listeners == d->listenersByType.end())
-            continue;
-        for (MessageStruct& entry : *listeners) {
+        for (MessageStruct& entry : d->listenersByType[type]) {
             if (entry.ownerKey == owner) {
                 entry.removed = true;
                 d->sweepNeeded = true;

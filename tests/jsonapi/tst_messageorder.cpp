@@ -250,15 +250,18 @@ private Q_SLOTS:
     {
         Stage stage;
         std::optional<QObject> owners[20];
+        const auto held = std::make_shared<int>();
         long before = 0;
         for (auto& owner : owners) {
             before = &owner == &owners[10] ? failing::alive : before;
             owner.emplace();
             for (QObject* const listener : std::initializer_list<QObject*>{this, &stage, &*owner})
-                stage.pipe->addListener(listener, u"t"_s, [&](auto&&...) { stage.pipe->removeListeners(this); });
+                stage.pipe->addListener(listener, u"t"_s, [&, held](auto&&...) { stage.pipe->removeListeners(this); });
             stage.pipe->removeListeners(&stage);
+            QCOMPARE(held.use_count(), 3);
             owner.reset();
             stage.inject(toListeners, 1);
+            QCOMPARE(held.use_count(), 1);
             QJsonArray others;
             std::fill_n(std::back_inserter(others), 100, noteJson(u"a"_s, QString::number(&owner - owners)));
             stage.pipe->inject(listMessage("listAll", {}));

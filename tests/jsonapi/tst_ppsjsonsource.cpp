@@ -16,11 +16,13 @@ namespace {
 bool isReadAs(const iface::JsonNodeReader& reader, iface::JsonChildIdentifier child, const QJsonValue& value)
 {
     int i = -1;
+    long l = -1;
     double d = -1;
     bool b = false;
     QString s;
     const bool isInteger = value.isDouble() && value.toDouble() == value.toInt();
     bool isRight = reader.readInt(child, i) == isInteger && (!isInteger || i == value.toInt());
+    isRight = isRight && reader.readLong(child, l) == isInteger && l == i;
     isRight = isRight && reader.readDouble(child, d) == value.isDouble() && d == value.toDouble(-1);
     isRight = isRight && reader.readBool(child, b) == value.isBool() && b == value.toBool(false);
     isRight = isRight && reader.readString(child, s) == value.isString() && s == value.toString();
