@@ -78,32 +78,35 @@ TestCase {
     }
 
     function test_registersByItselfWhenTold_data() {
-        return [{tag: "never", registration: Context.Manual, requests: 0},
-                {tag: "the user may be asked", registration: Context.Automatic, requests: 1},
-                {tag: "nobody is asked", registration: Context.Silent, requests: 1}]
+        return [{tag: "never", registration: Context.Manual, requests: 0, how: "aloud"},
+                {tag: "never, but another", registration: Context.Manual, requests: 1, how: "silently"},
+                {tag: "the user may be asked", registration: Context.Automatic, requests: 1, how: "aloud"},
+                {tag: "nobody is asked", registration: Context.Silent, requests: 1, how: "silently"}]
     }
 
     function test_registersByItselfWhenTold(data) {
         const app = start()
         app.context.registration = data.registration
-        if (data.requests === 0) {
+        const another = 'import ZelPlatform; Context { property int told; uuid: "%1"; registration: %2; onReadyChanged: ++told }'
+            .arg(app.context.uuid)
+        if (data.registration === Context.Manual) {
             tryCompare(app.context, "registrationState", RegistrationState.Unregistered)
-            verify(app.context.requestRegisterApplication())
+            verify(data.how === "aloud" ? app.context.requestRegisterApplication()
+                                        : createTemporaryQmlObject(another.arg("Context.Silent"), test))
         }
         tryCompare(app.context, "ready", true)
         compare(app.context.registrationState, RegistrationState.Allowed)
-        compare(world.asked("registrationRequest"), 1)
-        const second = 'import ZelPlatform; Context { property int told; uuid: "%1"; onReadyChanged: ++told }'
-        compare(createTemporaryQmlObject(second.arg(app.context.uuid), test).told, 1)
+        compare(world.asked(data.how), 1)
+        compare(createTemporaryQmlObject(another.arg("Context.Manual"), test).told, 1)
         // A service that registers nobody is asked again, but not at once and over and over.
         world.run("registration manual")
         world.run("state Unregistered")
-        tryVerify(() => world.asked("registrationRequest") === 1 + data.requests)
+        tryVerify(() => world.asked(data.how) === 1 + data.requests)
         for (let i = 0; i < 3; ++i)
             world.run("state Unregistered")
         world.run("state NoDataConnection")
         tryCompare(app.context, "registrationState", RegistrationState.NoDataConnection)
-        compare(world.asked("registrationRequest"), 1 + data.requests)
+        compare(world.asked(data.how), 1 + data.requests)
     }
 
     function test_saysWhatCanNeverWork() {
@@ -180,9 +183,11 @@ TestCase {
         verify(world.run("profile").includes("back at five"))
         world.run("picture 4000")
         tryVerify(() => color(app.ownImage) === colors[4000])
-        // One that is much too big for the service arrives as one that is not.
-        verify(app.profile.requestUpdateDisplayPictureFile(world.bigPicture()))
-        tryVerify(() => color(app.ownImage).startsWith("#0000f"))
+        // One that is too big for the service arrives as one that is not.
+        for (const [size, color] of [[32768, "#fe0000"], [32769, "#0000fe"]]) {
+            verify(app.profile.requestUpdateDisplayPictureFile(world.uprightPicture(size)))
+            tryVerify(() => test.color(app.ownImage) === color)
+        }
         compare(world.refusals(), [])
     }
 
@@ -193,6 +198,9 @@ TestCase {
         const app = start()
         tryVerify(() => app.shown.count === 2 && color(app.shown.itemAt(0).image) === colors[4000])
         const asked = 2 // and the user's own
+        const nobodys = createTemporaryQmlObject("import QtQuick; Image { cache: false }", test)
+        nobodys.source = createTemporaryObject(followedComponent, test, {context: app.context, handle: "nobody"}).picture
+        tryCompare(nobodys, "status", Image.Ready)
         compare(world.asked("requestUserAvatar"), asked)
         compare(app.shown.itemAt(1).image.status, Image.Ready)
         compare([app.shown.itemAt(0).small.implicitWidth, app.shown.itemAt(0).small.implicitHeight], [4, 4])
@@ -262,15 +270,19 @@ TestCase {
         const app = start()
         tryCompare(app.context, "ready", true)
         compare(app.box.registeredIcons, [7])
-        verify(app.box.requestAddItem("Level 7", 7, "cookie"))
-        tryCompare(app.items, "count", 1)
+        verify(app.box.requestAddItem("Level 7", 7, "cookie") && app.box.requestAddItem("Level 8", 7, ""))
+        tryCompare(app.items, "count", 2)
         tryVerify(() => color(app.icons.itemAt(0)) === colors[4000])
         world.run("box icon 7 none")
         world.run("box icon 7 3000")
-        tryVerify(() => color(app.icons.itemAt(0)) === colors[3000])
+        tryVerify(() => color(app.icons.itemAt(0)) === colors[3000] && color(app.icons.itemAt(1)) === colors[3000])
         const item = app.items.item(0)
         compare([item.text, item.cookie, item.iconId], ["Level 7", "cookie", 7])
+        verify(app.box.requestRegisterIconFile(9, world.uprightPicture(40000)))
+        tryCompare(app.box, "registeredIcons", [7, 9])
         verify(app.box.requestRemoveItem(item.id))
+        tryCompare(app.items, "count", 1)
+        verify(app.box.requestRemoveAllItems())
         tryCompare(app.items, "count", 0)
         compare(world.refusals(), [])
     }
@@ -285,6 +297,7 @@ TestCase {
         tryVerify(() => app.contacts.complete && app.items.count === 1)
         const anna = createTemporaryObject(followedComponent, test, {context: app.context})
         const box = createTemporaryObject(boxComponent, test, {context: app.context})
+        compare(createTemporaryObject(followedComponent, test, {context: app.context, handle: ""}).picture, "")
         for (const followed of [anna, box, app.contacts, app.items])
             world.follow(followed)
         for (const [commands, announced] of [
@@ -306,9 +319,11 @@ TestCase {
             tryVerify(() => world.heard() === announced, 5000, String(commands))
             world.forget()
         }
+        app.contacts.context = app.context
         anna.handle = "bert"
         anna.handle = "bert"
         anna.context = app.contacts.context = app.items.context = null
+        anna.context = null
         compare(world.heard(), "handleChanged contactChanged pictureChanged contextChanged contextChanged " +
                 "contactChanged pictureChanged")
     }

@@ -34,6 +34,8 @@ public Q_SLOTS:
         m_service = std::make_unique<zelcore::TestService>();
         connect(m_service.get(), &zelcore::Simulator::messageReceived, this,
                 [this](int, const QString& type) { ++m_asked[type]; });
+        connect(m_service.get(), &zelcore::Simulator::registrationRequested, this,
+                [this](const QString&, bool silent) { ++m_asked[silent ? u"silently"_s : u"aloud"_s]; });
         connect(m_service.get(), &zelcore::Simulator::invocationReceived, this,
                 [this](const QString& target) { ++m_asked[target]; });
         return m_service->problem();
@@ -44,8 +46,9 @@ public Q_SLOTS:
         QString reply;
         return m_service->execute(command, &reply) ? reply : u"failed: "_s + reply;
     }
-    /// A big file of a camera that was held upright and says so: its left half is blue.
-    QUrl bigPicture() const
+    /// A file of so many bytes of a camera that was held upright and says so: its left half is blue, and its upper half
+    /// is red for who does not listen.
+    QUrl uprightPicture(int size) const
     {
         QImage image(1, 2, QImage::Format_RGB32);
         image.setPixelColor(0, 0, Qt::red);
@@ -55,13 +58,14 @@ public Q_SLOTS:
         image.scaled(1000, 1000).save(&buffer, "JPG");
         bytes.insert(2,
                      QByteArray::fromHex("ffe100224578696600004d4d002a00000008000101120003000000010006000000000000"));
-        bytes.append(40'000, '\0');
-        QFile file(m_folder.filePath(u"big.jpg"_s));
+        bytes = bytes.leftJustified(size, '\0');
+        QFile file(m_folder.filePath(u"upright.jpg"_s));
         if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
             qFatal("no room for a picture");
         return QUrl::fromLocalFile(file.fileName());
     }
-    /// How many messages of this type have come from the application, or invocations for this target.
+    /// How many messages of this type have come from the application, invocations for this target, or requests to be
+    /// registered "silently" or "aloud".
     int asked(const QString& type) const { return m_asked.value(type); }
     QStringList refusals() const { return m_service->refusals(); }
     void follow(const QObject* object) { m_heard.follow(*object); }
