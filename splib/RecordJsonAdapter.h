@@ -8,15 +8,27 @@
 #include <QtCore/QSharedPointer>
 #include <QtCore/QString>
 
+#include <algorithm>
+#include <cstddef>
 #include <functional>
 
 namespace zelsplib {
+
+/// A text that a template is given.
+template <std::size_t size>
+struct Literal
+{
+    constexpr Literal(const char (&literal)[size]) { std::copy_n(literal, size, text); }
+
+    char text[size] = {};
+};
 
 /// Converts records whose key is one text member, which stands in the record and alone is what names it. What is left
 /// to say is how a record is read, and which members it has.
 ///
 /// @tparam key the member or function that answers the key of a record
-template <typename Record, auto key>
+/// @tparam keyMember what it is called in JSON
+template <typename Record, auto key, Literal keyMember>
 class RecordJsonAdapter : public zel::JsonAdapter<Record, QString>
 {
 public:
@@ -35,7 +47,7 @@ public:
     QString idJsonToId(iface::JsonObjectReader json) override
     {
         QString id;
-        json.readString(m_keyMember, id);
+        json.readString(keyMember.text, id);
         return id;
     }
     void idToIdJson(const QString& id, const QSharedPointer<zel::JsonWriter>& writer) override
@@ -43,21 +55,12 @@ public:
         writer->addAttribute(m_keyName, id);
     }
 
-protected:
-    /// `keyMember` is a literal.
-    explicit RecordJsonAdapter(const char* keyMember)
-        : m_keyMember(keyMember)
-        , m_keyName(QLatin1String(keyMember))
-    {
-    }
-
 private:
     /// Reads what `json` has over what the record holds.
     virtual void load(Record& record, const iface::JsonObjectReader& json) const = 0;
     virtual void writeMembers(const Record& record, zel::JsonWriter& object) const = 0;
 
-    const char* const m_keyMember;
-    const QString m_keyName; ///< the same, made once for the thousands of keys that are written
+    const QString m_keyName{QLatin1String(keyMember.text)}; ///< made once for the thousands of keys that are written
 };
 
 } // namespace zelsplib

@@ -7,10 +7,7 @@
 #include <splib/log/Logging.h>
 #include <splib/profilebox/ProfileBoxManagerBase.h>
 
-#include <QtCore/QStringView>
-
-#include <algorithm>
-#include <array>
+#include <QtCore/QStringList>
 
 using namespace Qt::StringLiterals;
 
@@ -22,9 +19,6 @@ namespace {
 int noArgumentCount = 0;
 char* noArguments[] = {nullptr};
 
-constexpr std::array<QStringView, 6> statesThatAllowToRegister{
-    u"Unregistered", u"NoDataConnection", u"UnexpectedError", u"InvalidUuid", u"TemporaryError", u"CancelledByUser"};
-
 } // namespace
 
 ZELSPServicesBase::ZELSPServicesBase()
@@ -32,8 +26,6 @@ ZELSPServicesBase::ZELSPServicesBase()
     if (!QCoreApplication::instance())
         m_application = QSharedPointer<QCoreApplication>::create(noArgumentCount, noArguments);
 }
-
-ZELSPServicesBase::~ZELSPServicesBase() = default;
 
 void ZELSPServicesBase::setInitializationError(int error)
 {
@@ -49,17 +41,12 @@ bool ZELSPServicesBase::canRegister() const
         Log<GENERAL_ERROR>({}, "ZELSPServices::canRegister(), Cannot register since GlobalsManager is null");
         return false;
     }
-    const QString accessCode = globals->getAccessCode();
-    const bool allowed = std::any_of(statesThatAllowToRegister.begin(), statesThatAllowToRegister.end(),
-                                     [&accessCode](QStringView state) { return accessCode == state; });
+    const QStringList statesThatAllow{u"Unregistered"_s, u"NoDataConnection"_s, u"UnexpectedError"_s,
+                                      u"InvalidUuid"_s,  u"TemporaryError"_s,   u"CancelledByUser"_s};
+    const bool allowed = statesThatAllow.contains(globals->getAccessCode());
     Log<GENERAL_INFO>({}, allowed ? "ZELSPServices::canRegister(), accessCode allows to register"
                                   : "ZELSPServices::canRegister(), accessCode does not allow to register");
     return allowed;
-}
-
-bool ZELSPServicesBase::isReady() const
-{
-    return m_successPushed && !m_successOwed && isSuccessSaid();
 }
 
 void ZELSPServicesBase::registered()

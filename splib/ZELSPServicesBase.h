@@ -37,7 +37,7 @@ public:
     bool canRegister() const;
     /// Whether the application is registered and everything is in that its success waits for. It turns with what the
     /// registration event handler is told: true before it hears of a success, false before it hears of anything else.
-    bool isReady() const;
+    bool isReady() const { return m_successPushed && !m_successOwed && isSuccessSaid(); }
 
     void registered() override;
     void userProfileIsReady() override;
@@ -47,7 +47,7 @@ public:
 
 protected:
     ZELSPServicesBase();
-    ~ZELSPServicesBase();
+    ~ZELSPServicesBase() = default;
     ZELSPServicesBase(const ZELSPServicesBase&) = delete;
     ZELSPServicesBase& operator=(const ZELSPServicesBase&) = delete;
 

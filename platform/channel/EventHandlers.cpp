@@ -15,6 +15,12 @@ namespace vx::platform::zel {
 
 using zelsplib::PlatformContact;
 
+bool EventHandler::isTaken(const char* push) const
+{
+    qCDebug(lcPlatform) << push;
+    return m_bridge != nullptr;
+}
+
 void RegistrationEventHandler::pushPermissionEvent(const QString& code) const
 {
     qCDebug(lcPlatform) << "RegistrationEventHandler::pushPermissionEvent : -" << code << "-";
@@ -22,28 +28,23 @@ void RegistrationEventHandler::pushPermissionEvent(const QString& code) const
         m_bridge->registrar()->notifyRegistrationEvent(code);
 }
 
-void UserProfileEventHandler::setUserProfileBridge(ServiceBridge* bridge)
-{
-    m_delegate = bridge ? bridge->userProfile() : nullptr;
-}
-
 void UserProfileEventHandler::pushPlatformUserProfileDisplayNameChangedEvent(const PlatformContact& profile) const
 {
-    if (m_delegate)
-        m_delegate->notifyDisplayNameUpdated(profile.getDisplayName());
+    if (m_bridge)
+        m_bridge->userProfile()->notifyDisplayNameUpdated(profile.getDisplayName());
 }
 
 void UserProfileEventHandler::pushPlatformUserProfilePersonalMessageChangedEvent(const PlatformContact& profile) const
 {
-    if (m_delegate)
-        m_delegate->notifyPersonalMessageUpdated(profile.getPersonalMessage());
+    if (m_bridge)
+        m_bridge->userProfile()->notifyPersonalMessageUpdated(profile.getPersonalMessage());
 }
 
 void UserProfileEventHandler::pushPlatformUserProfileStatusChangedEvent(const PlatformContact& profile) const
 {
-    if (m_delegate)
-        m_delegate->notifyStatusUpdated(profile.getShowBusy() ? UserStatus::Busy : UserStatus::Available,
-                                        profile.getStatusMessage());
+    if (m_bridge)
+        m_bridge->userProfile()->notifyStatusUpdated(profile.getShowBusy() ? UserStatus::Busy : UserStatus::Available,
+                                                     profile.getStatusMessage());
 }
 
 void UserProfileEventHandler::pushPlatformUserProfileAvatarChangedEvent(const PlatformContact& profile) const
@@ -54,120 +55,96 @@ void UserProfileEventHandler::pushPlatformUserProfileAvatarChangedEvent(const Pl
     // Of the picture only the size: the stream would write out all of its bytes.
     qCDebug(lcPlatform) << "UserProfileEventHandler::pushPlatformUserProfileAvatarChangedEvent" << avatarId << mimeType
                         << avatar.size();
-    if (m_delegate)
-        m_delegate->notifyAvatarUpdated(avatarId, HelperUtils::imageTypeFromString(mimeType), avatar);
-}
-
-void ContactListEventHandler::setContactServiceBridge(ServiceBridge* bridge)
-{
-    m_delegate = bridge ? bridge->contactService() : nullptr;
+    if (m_bridge)
+        m_bridge->userProfile()->notifyAvatarUpdated(avatarId, HelperUtils::imageTypeFromString(mimeType), avatar);
 }
 
 void ContactListEventHandler::pushGetPlatformContactListEvent(const QList<PlatformContact>& contacts) const
 {
-    qCDebug(lcPlatform) << "ContactListEventHandler::pushGetPlatformContactListEvent";
-    if (m_delegate)
-        m_delegate->setContactList(contacts);
+    if (isTaken("ContactListEventHandler::pushGetPlatformContactListEvent"))
+        m_bridge->contactService()->setContactList(contacts);
 }
 
 void ContactListEventHandler::pushPlatformContactListResentEvent() const
 {
-    qCDebug(lcPlatform) << "ContactListEventHandler::pushPlatformContactListResentEvent";
-    if (m_delegate)
-        m_delegate->notifyContactListResent();
+    if (isTaken("ContactListEventHandler::pushPlatformContactListResentEvent"))
+        m_bridge->contactService()->notifyContactListResent();
 }
 
 void ContactListEventHandler::pushPlatformContactInstallAppEvent(const PlatformContact& contact) const
 {
-    qCDebug(lcPlatform) << "ContactListEventHandler::pushPlatformContactInstallAppEvent";
-    if (m_delegate)
-        m_delegate->notifyApplicationEnabled(contact);
+    if (isTaken("ContactListEventHandler::pushPlatformContactInstallAppEvent"))
+        m_bridge->contactService()->notifyApplicationEnabled(contact);
 }
 
 void ContactListEventHandler::pushPlatformContactUninstallAppEvent(const PlatformContact& contact) const
 {
-    qCDebug(lcPlatform) << "ContactListEventHandler::pushPlatformContactUninstallAppEvent";
-    if (m_delegate)
-        m_delegate->notifyApplicationDisabled(contact);
+    if (isTaken("ContactListEventHandler::pushPlatformContactUninstallAppEvent"))
+        m_bridge->contactService()->notifyApplicationDisabled(contact);
 }
 
 void ContactListEventHandler::pushPlatformContactUpdateEvent(const PlatformContact&, const PlatformContact& after) const
 {
-    qCDebug(lcPlatform) << "ContactListEventHandler::pushPlatformContactUpdateEvent";
-    if (m_delegate)
-        m_delegate->notifyContactUpdated(after);
+    if (isTaken("ContactListEventHandler::pushPlatformContactUpdateEvent"))
+        m_bridge->contactService()->notifyContactUpdated(after);
 }
 
 void ContactListEventHandler::pushPlatformContactInvitationReceivedEvent(const PlatformContact& contact) const
 {
-    qCDebug(lcPlatform) << "ContactListEventHandler::pushPlatformContactInvitationReceivedEvent";
-    if (m_delegate)
-        m_delegate->notifyInvitationReceived(contact.getHandle());
+    if (isTaken("ContactListEventHandler::pushPlatformContactInvitationReceivedEvent"))
+        m_bridge->contactService()->notifyInvitationReceived(contact.getHandle());
 }
 
 void ContactListEventHandler::pushPlatformContactAvatarChangedEvent(const PlatformContact& contact) const
 {
-    qCDebug(lcPlatform) << "ContactListEventHandler::pushPlatformContactAvatarChangedEvent";
-    if (m_delegate)
-        m_delegate->notifyAvatarUpdated(contact.getHandle(), contact.getAvatarId(), contact.getAvatarMimeType(),
-                                        contact.getAvatarData());
-}
-
-void ProfileBoxEventHandler::setProfileBoxBridge(ServiceBridge* bridge)
-{
-    m_delegate = bridge ? bridge->profileBox() : nullptr;
+    if (isTaken("ContactListEventHandler::pushPlatformContactAvatarChangedEvent"))
+        m_bridge->contactService()->notifyAvatarUpdated(contact.getHandle(), contact.getAvatarId(),
+                                                        contact.getAvatarMimeType(), contact.getAvatarData());
 }
 
 void ProfileBoxEventHandler::pushProfileBoxReceivedEvent() const
 {
-    qCDebug(lcPlatform) << "ProfileBoxEventHandler::pushProfileBoxReceivedEvent";
-    if (m_delegate)
-        m_delegate->notifyReceived();
+    if (isTaken("ProfileBoxEventHandler::pushProfileBoxReceivedEvent"))
+        m_bridge->profileBox()->notifyReceived();
 }
 
 void ProfileBoxEventHandler::pushAddProfileBoxItemEvent(const zelsplib::ProfileBoxItem& item) const
 {
-    qCDebug(lcPlatform) << "ProfileBoxEventHandler::pushAddProfileBoxItemEvent";
-    if (m_delegate)
-        m_delegate->notifyItemAdded(item.getItemId());
+    if (isTaken("ProfileBoxEventHandler::pushAddProfileBoxItemEvent"))
+        m_bridge->profileBox()->notifyItemAdded(item.getItemId());
 }
 
 void ProfileBoxEventHandler::pushUpdateProfileBoxItemEvent(const zelsplib::ProfileBoxItem& item) const
 {
-    qCDebug(lcPlatform) << "ProfileBoxEventHandler::pushUpdateProfileBoxItemEvent";
-    if (m_delegate)
-        m_delegate->notifyItemUpdated(item.getItemId());
+    if (isTaken("ProfileBoxEventHandler::pushUpdateProfileBoxItemEvent"))
+        m_bridge->profileBox()->notifyItemUpdated(item.getItemId());
 }
 
 void ProfileBoxEventHandler::pushRemoveProfileBoxItemEvent(const zelsplib::ProfileBoxItem& item) const
 {
-    qCDebug(lcPlatform) << "ProfileBoxEventHandler::pushRemoveProfileBoxItemEvent";
-    if (m_delegate)
-        m_delegate->notifyItemRemoved(item.getItemId());
+    if (isTaken("ProfileBoxEventHandler::pushRemoveProfileBoxItemEvent"))
+        m_bridge->profileBox()->notifyItemRemoved(item.getItemId());
 }
 
 void ProfileBoxEventHandler::pushAddProfileBoxImageEvent(const zelsplib::ProfileBoxImage& image) const
 {
-    qCDebug(lcPlatform) << "ProfileBoxEventHandler::pushAddProfileBoxImageEvent";
-    if (m_delegate)
-        m_delegate->notifyIconRegistered(image.getImageId().toInt());
+    if (isTaken("ProfileBoxEventHandler::pushAddProfileBoxImageEvent"))
+        m_bridge->profileBox()->notifyIconRegistered(image.getImageId().toInt());
 }
 
 void ProfileBoxEventHandler::pushRemoveProfileBoxImageEvent(const zelsplib::ProfileBoxImage& image) const
 {
-    qCDebug(lcPlatform) << "ProfileBoxEventHandler::pushRemoveProfileBoxImageEvent";
-    if (m_delegate)
-        m_delegate->notifyIconRemoved(image.getImageId().toInt());
+    if (isTaken("ProfileBoxEventHandler::pushRemoveProfileBoxImageEvent"))
+        m_bridge->profileBox()->notifyIconRemoved(image.getImageId().toInt());
 }
 
 void ProfileBoxEventHandler::pushRetrievedProfileBoxImageEvent(const zelsplib::ProfileBoxImage& image) const
 {
-    qCDebug(lcPlatform) << "ProfileBoxEventHandler::pushRetrievedProfileBoxImageEvent";
-    if (!m_delegate)
+    if (!isTaken("ProfileBoxEventHandler::pushRetrievedProfileBoxImageEvent"))
         return;
     const auto icon = image.getImage();
-    m_delegate->notifyIconRetrieved(image.getImageId().toInt(), HelperUtils::pictureTypeForAvatar(icon->getImageType()),
-                                    icon->getData());
+    m_bridge->profileBox()->notifyIconRetrieved(
+        image.getImageId().toInt(), HelperUtils::pictureTypeForAvatar(icon->getImageType()), icon->getData());
 }
 
 void EcoIdEventHandler::pushEcoIdResponse(const QString& ppId, const QString& ecoId) const

@@ -15,42 +15,43 @@ class ProfileBoxItem;
 // the managers.
 namespace vx::platform::zel {
 
-class ContactServiceDelegate;
-class ProfileBoxDelegate;
 class ServiceBridge;
-class UserProfileDelegate;
+
+/// What they have in common.
+class EventHandler
+{
+protected:
+    /// Traces a push. Answers whether there is anybody who takes it.
+    bool isTaken(const char* push) const;
+
+    ServiceBridge* m_bridge = nullptr;
+};
 
 /// Registration states, to the registrar.
-class RegistrationEventHandler
+class RegistrationEventHandler : EventHandler
 {
 public:
     void setRegistrationBridge(ServiceBridge* bridge) { m_bridge = bridge; }
     void pushPermissionEvent(const QString& code) const;
-
-private:
-    ServiceBridge* m_bridge = nullptr;
 };
 
 /// Changes of the own profile, each with the whole new record.
-class UserProfileEventHandler
+class UserProfileEventHandler : EventHandler
 {
 public:
-    void setUserProfileBridge(ServiceBridge* bridge);
+    void setUserProfileBridge(ServiceBridge* bridge) { m_bridge = bridge; }
 
     void pushPlatformUserProfileDisplayNameChangedEvent(const zelsplib::PlatformContact& profile) const;
     void pushPlatformUserProfilePersonalMessageChangedEvent(const zelsplib::PlatformContact& profile) const;
     void pushPlatformUserProfileStatusChangedEvent(const zelsplib::PlatformContact& profile) const;
     void pushPlatformUserProfileAvatarChangedEvent(const zelsplib::PlatformContact& profile) const;
-
-private:
-    UserProfileDelegate* m_delegate = nullptr;
 };
 
 /// The contact list and its contacts.
-class ContactListEventHandler
+class ContactListEventHandler : EventHandler
 {
 public:
-    void setContactServiceBridge(ServiceBridge* bridge);
+    void setContactServiceBridge(ServiceBridge* bridge) { m_bridge = bridge; }
 
     void pushGetPlatformContactListEvent(const QList<zelsplib::PlatformContact>& contacts) const;
     void pushPlatformContactListResentEvent() const;
@@ -60,9 +61,6 @@ public:
                                         const zelsplib::PlatformContact& after) const;
     void pushPlatformContactInvitationReceivedEvent(const zelsplib::PlatformContact& contact) const;
     void pushPlatformContactAvatarChangedEvent(const zelsplib::PlatformContact& contact) const;
-
-private:
-    ContactServiceDelegate* m_delegate = nullptr;
 };
 
 /// There is nothing to report yet: no public class tells of connections.
@@ -71,10 +69,10 @@ class ConnectionEventHandler
 };
 
 /// The items and icons of the profile box.
-class ProfileBoxEventHandler
+class ProfileBoxEventHandler : EventHandler
 {
 public:
-    void setProfileBoxBridge(ServiceBridge* bridge);
+    void setProfileBoxBridge(ServiceBridge* bridge) { m_bridge = bridge; }
 
     void pushProfileBoxReceivedEvent() const;
     void pushAddProfileBoxItemEvent(const zelsplib::ProfileBoxItem& item) const;
@@ -83,31 +81,22 @@ public:
     void pushAddProfileBoxImageEvent(const zelsplib::ProfileBoxImage& image) const;
     void pushRemoveProfileBoxImageEvent(const zelsplib::ProfileBoxImage& image) const;
     void pushRetrievedProfileBoxImageEvent(const zelsplib::ProfileBoxImage& image) const;
-
-private:
-    ProfileBoxDelegate* m_delegate = nullptr;
 };
 
 /// Which eco identifier belongs to a ppId.
-class EcoIdEventHandler
+class EcoIdEventHandler : EventHandler
 {
 public:
     void setEcoIdBridge(ServiceBridge* bridge) { m_bridge = bridge; }
     void pushEcoIdResponse(const QString& ppId, const QString& ecoId) const;
-
-private:
-    ServiceBridge* m_bridge = nullptr;
 };
 
 /// The status of eco identifiers.
-class EcoIdStatusEventHandler
+class EcoIdStatusEventHandler : EventHandler
 {
 public:
     void setEcoIdStatusBridge(ServiceBridge* bridge) { m_bridge = bridge; }
     void pushEcoIdStatusResponse(const QString& ecoId, const QString& status) const;
-
-private:
-    ServiceBridge* m_bridge = nullptr;
 };
 
 } // namespace vx::platform::zel

@@ -110,13 +110,18 @@ ServiceBridge::ServiceBridge(QObject* parent)
 
     m_initialized = true;
     qCDebug(lcPlatform) << "ZELSP Services initialized";
-    createDelegates();
+    m_userProfile = new UserProfileDelegate(m_services, this);
+    m_contactService = new ContactServiceDelegate(m_services, this);
+    m_messageService = new MessageServiceDelegate(m_services, this);
+    m_utils = new UtilsDelegate(m_services, this);
+    m_profileBox = new ProfileBoxDelegate(m_services, this);
     introduceToEventHandlers();
-    startMonitor();
+
+    m_monitor = new PPSMonitor(m_services->ppsManager()->getPpsHandle(), this);
+    connect(m_monitor, &PPSMonitor::ppsMessageReceived, this, &ServiceBridge::dispatchPpsMessage);
+    connect(m_services->ppsManager().data(), &zelsplib::PPSManager::messageTooLong, this, mistakes::warnOfLongMessage);
     m_services->globals()->sendTpaApi(u"Qt"_s);
 }
-
-ServiceBridge::~ServiceBridge() = default;
 
 /// The reason is in the system log, which few look into first; a developer has to learn it here.
 void ServiceBridge::warnThatThereIsNoService() const
@@ -132,15 +137,6 @@ void ServiceBridge::warnThatThereIsNoService() const
                        : "");
 }
 
-void ServiceBridge::createDelegates()
-{
-    m_userProfile = new UserProfileDelegate(m_services, this);
-    m_contactService = new ContactServiceDelegate(m_services, this);
-    m_messageService = new MessageServiceDelegate(m_services, this);
-    m_utils = new UtilsDelegate(m_services, this);
-    m_profileBox = new ProfileBoxDelegate(m_services, this);
-}
-
 void ServiceBridge::introduceToEventHandlers()
 {
     m_services->globals()->registrationEventHandler().setRegistrationBridge(this);
@@ -150,14 +146,6 @@ void ServiceBridge::introduceToEventHandlers()
     m_services->ecoId()->eventHandler().setEcoIdBridge(this);
     m_services->ecoIdStatus()->eventHandler().setEcoIdStatusBridge(this);
     m_services->profileBox()->eventHandler().setProfileBoxBridge(this);
-}
-
-void ServiceBridge::startMonitor()
-{
-    m_monitor = new PPSMonitor(m_services->ppsManager()->getPpsHandle(), this);
-    connect(m_monitor, &PPSMonitor::ppsMessageReceived, this, &ServiceBridge::dispatchPpsMessage);
-    connect(m_services->ppsManager().data(), &zelsplib::PPSManager::messageTooLong, this,
-            [] { mistakes::warnOfLongMessage(); });
 }
 
 /// Hands one read to the listeners of its type; they all run inside this call, which may be entered again from a nested

@@ -44,7 +44,6 @@ public:
     static const char* root();
 
     explicit ServiceBridge(QObject* parent);
-    ~ServiceBridge() override;
 
     /// Keeps the bridge for as long as somebody has it.
     std::shared_ptr<const void> hold() const { return m_hold; }
@@ -63,9 +62,7 @@ private Q_SLOTS:
 
 private:
     void warnThatThereIsNoService() const;
-    void createDelegates();
     void introduceToEventHandlers();
-    void startMonitor();
 
     const QByteArray m_root = qgetenv("PPS_ROOT");
     const std::shared_ptr<const void> m_hold = std::make_shared<char>();

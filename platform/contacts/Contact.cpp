@@ -1,11 +1,26 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <vx/platform/zel/Contact.h>
 
-#include <platform/contacts/ContactPrivate.h>
+#include <splib/contacts/PlatformContact.h>
 
 #include <QtCore/QDebug>
+#include <QtCore/QSharedData>
 
 namespace vx::platform::zel {
+
+/// What the copies of a Contact share; never changed once it is made.
+class ContactPrivate : public QSharedData
+{
+public:
+    explicit ContactPrivate(const zelsplib::PlatformContact& contact)
+        : record(contact)
+        , handle(contact.getHandle())
+    {
+    }
+
+    zelsplib::PlatformContact const record;
+    QString const handle; ///< the record's, by which contacts are ordered and found
+};
 
 Contact::Contact() noexcept = default;
 

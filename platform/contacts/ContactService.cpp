@@ -10,7 +10,7 @@
 
 namespace vx::platform::zel {
 
-class ContactServicePrivate : public PrivatePart<ContactServiceDelegate>
+class ContactServicePrivate : public PrivatePart<ContactService, ContactServiceDelegate>
 {
     Q_OBJECT
 
@@ -18,12 +18,24 @@ public:
     ContactServicePrivate(Context* givenContext, ContactService* contactService)
         : PrivatePart(contactService, "ContactService", givenContext, mistakes::Needs::Access,
                       &ServiceBridge::contactService)
-        , q(contactService)
     {
         if (!delegate)
             return;
         delegate->updateContactList();
-        connectDelegate();
+        connect(delegate, &ContactServiceDelegate::contactListUpdated, q, &ContactService::contactListUpdated);
+        connect(delegate, &ContactServiceDelegate::contactListResent, q, &ContactService::contactListResent);
+        connect(delegate, &ContactServiceDelegate::avatarUpdated, this, &ContactServicePrivate::pictureUpdated);
+        connect(delegate, &ContactServiceDelegate::contactUpdated, q, &ContactService::contactUpdated);
+        connect(delegate, &ContactServiceDelegate::applicationEnabled, q, &ContactService::applicationEnabled);
+        connect(delegate, &ContactServiceDelegate::applicationDisabled, q, &ContactService::applicationDisabled);
+
+        // After those above, so that properties are announced behind what changed it.
+        const auto announce = &ContactServicePrivate::announceProperties;
+        connect(delegate, &ContactServiceDelegate::contactListUpdated, this, announce);
+        connect(delegate, &ContactServiceDelegate::contactUpdated, this, announce);
+        connect(delegate, &ContactServiceDelegate::applicationEnabled, this, announce);
+        if (context) // a slot of the list announced above may have destroyed it
+            connect(context, &Context::registrationStateUpdated, this, announce);
         m_announced = properties();
     }
 
@@ -33,64 +45,37 @@ public:
         bool isComplete = false;
         int contactCount = 0;
     };
-    Properties properties() const;
-
-    ContactService* const q;
+    Properties properties() const
+    {
+        if (!isAllowed())
+            return {};
+        return {delegate->isContactListInitialized(), delegate->isContactListComplete(), delegate->contactCount()};
+    }
 
 private:
-    void connectDelegate();
-    void pictureUpdated(const QString& handle);
-    void announceProperties();
+    /// What was told last, not what this signal says.
+    void pictureUpdated(const QString& handle)
+    {
+        const ContactServiceDelegate::Picture picture = delegate->toldPicture(handle);
+        Q_EMIT q->displayPictureUpdated(handle, picture.type, picture.data);
+    }
+
+    void announceProperties()
+    {
+        const Properties now = properties();
+        const Properties before = std::exchange(m_announced, now);
+        const QPointer<ContactServicePrivate> alive(this);
+        if (now.isValid != before.isValid)
+            Q_EMIT q->validChanged(ContactService::QPrivateSignal());
+        if (alive && now.isComplete != before.isComplete)
+            Q_EMIT q->completeChanged(ContactService::QPrivateSignal());
+        if (alive && now.contactCount != before.contactCount)
+            Q_EMIT q->contactCountChanged(ContactService::QPrivateSignal());
+    }
 
     Properties m_announced;
 };
 
-ContactServicePrivate::Properties ContactServicePrivate::properties() const
-{
-    if (!isAllowed())
-        return {};
-    return {delegate->isContactListInitialized(), delegate->isContactListComplete(), delegate->contactCount()};
-}
-
-void ContactServicePrivate::connectDelegate()
-{
-    connect(delegate, &ContactServiceDelegate::contactListUpdated, q, &ContactService::contactListUpdated);
-    connect(delegate, &ContactServiceDelegate::contactListResent, q, &ContactService::contactListResent);
-    connect(delegate, &ContactServiceDelegate::avatarUpdated, this, &ContactServicePrivate::pictureUpdated);
-    connect(delegate, &ContactServiceDelegate::contactUpdated, q, &ContactService::contactUpdated);
-    connect(delegate, &ContactServiceDelegate::applicationEnabled, q, &ContactService::applicationEnabled);
-    connect(delegate, &ContactServiceDelegate::applicationDisabled, q, &ContactService::applicationDisabled);
-
-    // After those above, so that properties are announced behind what changed it.
-    connect(delegate, &ContactServiceDelegate::contactListUpdated, this, &ContactServicePrivate::announceProperties);
-    connect(delegate, &ContactServiceDelegate::contactUpdated, this, &ContactServicePrivate::announceProperties);
-    connect(delegate, &ContactServiceDelegate::applicationEnabled, this, &ContactServicePrivate::announceProperties);
-    if (context) // a slot of the list announced above may have destroyed it
-        connect(context, &Context::registrationStateUpdated, this, &ContactServicePrivate::announceProperties);
-}
-
-/// What was told last, not what this signal says.
-void ContactServicePrivate::pictureUpdated(const QString& handle)
-{
-    const ContactServiceDelegate::Picture picture = delegate->toldPicture(handle);
-    Q_EMIT q->displayPictureUpdated(handle, picture.type, picture.data);
-}
-
-void ContactServicePrivate::announceProperties()
-{
-    const Properties now = properties();
-    const Properties before = std::exchange(m_announced, now);
-    const QPointer<ContactServicePrivate> alive(this);
-    if (now.isValid != before.isValid)
-        Q_EMIT q->validChanged(ContactService::QPrivateSignal());
-    if (alive && now.isComplete != before.isComplete)
-        Q_EMIT q->completeChanged(ContactService::QPrivateSignal());
-    if (alive && now.contactCount != before.contactCount)
-        Q_EMIT q->contactCountChanged(ContactService::QPrivateSignal());
-}
-
-/// A service that is made while \a context gives no access, or without one, answers defaults for its life. The list
-/// that has come so far is there when this returns; it was announced to the services made before.
 ContactService::ContactService(Context* context, QObject* parent)
     : QObject(parent)
     , d(std::make_unique<ContactServicePrivate>(context, this))

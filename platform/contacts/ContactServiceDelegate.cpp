@@ -2,7 +2,6 @@
 #include <platform/contacts/ContactServiceDelegate.h>
 
 #include <platform/channel/Trace.h>
-#include <platform/contacts/ContactPrivate.h>
 #include <platform/context/HelperUtils.h>
 
 #include <algorithm>
@@ -37,7 +36,8 @@ public:
 
     friend bool operator<(const ByHandle& a, const ByHandle& b)
     {
-        return a.m_begin != b.m_begin ? a.m_begin < b.m_begin : a.m_contact->handle() < b.m_contact->handle();
+        const auto order = a.m_begin <=> b.m_begin;
+        return order == 0 ? a.m_contact->handle() < b.m_contact->handle() : order < 0;
     }
 
 private:
@@ -86,27 +86,6 @@ void ContactServiceDelegate::setContactList(const QList<PlatformContact>& record
     Q_EMIT contactListUpdated();
 }
 
-void ContactServiceDelegate::notifyContactListResent()
-{
-    Q_EMIT contactListResent();
-}
-
-void ContactServiceDelegate::notifyApplicationEnabled(const PlatformContact& record)
-{
-    Q_EMIT applicationEnabled(store(record));
-}
-
-/// The contact stays in the map: only the next list that is set takes it out.
-void ContactServiceDelegate::notifyApplicationDisabled(const PlatformContact& record)
-{
-    Q_EMIT applicationDisabled(record.getHandle());
-}
-
-void ContactServiceDelegate::notifyContactUpdated(const PlatformContact& record)
-{
-    Q_EMIT contactUpdated(store(record));
-}
-
 void ContactServiceDelegate::notifyAvatarUpdated(const QString& handle, const QString& avatarId,
                                                  const QString& mimeType, const QByteArray& data)
 {
@@ -114,11 +93,6 @@ void ContactServiceDelegate::notifyAvatarUpdated(const QString& handle, const QS
                         << "::notifyAvatarUpdated(): handle=" << handle << " avatarId=" << avatarId;
     const ImageType::Type type = HelperUtils::imageTypeFromString(mimeType);
     m_toldPictures.tell(handle, {type, data}, [&] { Q_EMIT avatarUpdated(handle, type, data); });
-}
-
-void ContactServiceDelegate::notifyInvitationReceived(const QString& handle)
-{
-    Q_EMIT invitationReceived(handle);
 }
 
 bool ContactServiceDelegate::hasApplication(const QString& handle) const

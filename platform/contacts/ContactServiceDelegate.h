@@ -37,13 +37,17 @@ public:
     void readContactList();
 
     void setContactList(const QList<zelsplib::PlatformContact>& records);
-    void notifyContactListResent();
-    void notifyApplicationEnabled(const zelsplib::PlatformContact& record);
-    void notifyApplicationDisabled(const zelsplib::PlatformContact& record);
-    void notifyContactUpdated(const zelsplib::PlatformContact& record);
+    void notifyContactListResent() { Q_EMIT contactListResent(); }
+    void notifyApplicationEnabled(const zelsplib::PlatformContact& record) { Q_EMIT applicationEnabled(store(record)); }
+    /// The contact stays in the map: only the next list that is set takes it out.
+    void notifyApplicationDisabled(const zelsplib::PlatformContact& record)
+    {
+        Q_EMIT applicationDisabled(record.getHandle());
+    }
+    void notifyContactUpdated(const zelsplib::PlatformContact& record) { Q_EMIT contactUpdated(store(record)); }
     void notifyAvatarUpdated(const QString& handle, const QString& avatarId, const QString& mimeType,
                              const QByteArray& data);
-    void notifyInvitationReceived(const QString& handle);
+    void notifyInvitationReceived(const QString& handle) { Q_EMIT invitationReceived(handle); }
 
     struct Picture
     {

@@ -4,20 +4,12 @@
 #include <platform/channel/Trace.h>
 #include <platform/context/HelperUtils.h>
 
-using namespace Qt::StringLiterals;
-
 namespace vx::platform::zel {
 
 ApplicationDelegate::ApplicationDelegate(Services* services, QObject* parent)
     : QObject(parent)
     , m_services(services)
 {
-}
-
-/// The form that the service takes: lower-case groups of 8-4-4-4-12, 36 characters, no braces.
-QString ApplicationDelegate::quuidToZELConformantString(const QUuid& uuid)
-{
-    return uuid.toString(QUuid::WithoutBraces);
 }
 
 /// False, with nothing sent, when the service's last word on registration forbids it.
@@ -43,7 +35,7 @@ RegistrationState::Type ApplicationDelegate::registrationAccessState() const
 {
     // Without a service there is nothing the application could do about it, which is what BlockedByUser says.
     if (!m_services->isInitialized())
-        return HelperUtils::registrationStateFromString(u"BlockedByUser"_s);
+        return RegistrationState::BlockedByUser;
     return HelperUtils::registrationStateFromString(m_services->globals()->getAccessCode());
 }
 

@@ -19,7 +19,8 @@ class ApplicationDelegate : public QObject
 public:
     ApplicationDelegate(Services* services, QObject* parent);
 
-    static QString quuidToZELConformantString(const QUuid& uuid);
+    /// The form that the service takes: lower-case groups of 8-4-4-4-12, 36 characters, no braces.
+    static QString quuidToZELConformantString(const QUuid& uuid) { return uuid.toString(QUuid::WithoutBraces); }
 
     bool registerApplication(const QUuid& uuid, bool silent);
     /// As which application the process was to be registered last; null before it was.

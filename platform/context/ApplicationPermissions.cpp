@@ -7,7 +7,7 @@
 
 namespace vx::platform::zel {
 
-class ApplicationPermissionsPrivate : public PrivatePart<ApplicationDelegate>
+class ApplicationPermissionsPrivate : public PrivatePart<ApplicationPermissions, ApplicationDelegate>
 {
     Q_OBJECT
 

@@ -105,8 +105,6 @@ private:
     bool m_wasReady;
 };
 
-/// The first public object of the process opens the connection to the service; if there is none to be opened, the
-/// process stays without for as long as it has a Context, and registrationState() is BlockedByUser.
 Context::Context(const QUuid& uuid, QObject* parent)
     : QObject(parent)
     , d(std::make_unique<ContextPrivate>(uuid, this))

@@ -42,13 +42,6 @@ constexpr Word<RegistrationState::Type> registrationStates[] = {
     {"BlockedEnterprisePerimeter"_L1, RegistrationState::BlockedEnterprisePerimeter},
 };
 
-constexpr Word<ImageType::Type> imageTypes[] = {
-    {"image/jpeg"_L1, ImageType::Jpg},
-    {"image/png"_L1, ImageType::Png},
-    {"image/gif"_L1, ImageType::Gif},
-    {"image/bmp"_L1, ImageType::Bmp},
-};
-
 constexpr Word<EcoIdStatus::Type> ecoIdStates[] = {
     {"Unknown"_L1, EcoIdStatus::Unknown},
     {"ContactExists"_L1, EcoIdStatus::ContactExists},
@@ -70,18 +63,16 @@ RegistrationState::Type registrationStateFromString(const QString& code)
     return valueOf(registrationStates, code, RegistrationState::Unknown);
 }
 
+// An image type is one more than the type of the services core.
+
 ImageType::Type imageTypeFromString(const QString& mimeType)
 {
-    return valueOf(imageTypes, mimeType, ImageType::Unsupported);
+    return static_cast<ImageType::Type>(Avatar::mimeTypes().indexOf(mimeType) + 1);
 }
 
 QString imageTypeToString(ImageType::Type type)
 {
-    if (type == ImageType::Unsupported)
-        return u"image/jpeg"_s;
-    const auto word = std::find_if(std::begin(imageTypes), std::end(imageTypes),
-                                   [type](const auto& candidate) { return candidate.value == type; });
-    return word == std::end(imageTypes) ? QString() : QString(word->text);
+    return Avatar::mimeTypes().value(type == ImageType::Unsupported ? Avatar::Jpeg : type - 1);
 }
 
 EcoIdStatus::Type ecoIdStatusFromString(const QString& status)

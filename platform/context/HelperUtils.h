@@ -8,16 +8,14 @@
 
 #include <QtCore/QString>
 
-/// The service's words and the public enumerations. Comparison is exact and case-sensitive. Reentrant, no state.
+/// The service's words and the public enumerations. Comparison is exact and case-sensitive; any other word is Unknown
+/// or Unsupported. Reentrant, no state.
 namespace vx::platform::zel::HelperUtils {
 
-/// Unknown for every word that is not in the table.
 RegistrationState::Type registrationStateFromString(const QString& code);
-/// Unsupported for every word that is not in the table.
 ImageType::Type imageTypeFromString(const QString& mimeType);
 /// Unsupported gives "image/jpeg", like Jpg; a value beyond the enumeration gives an empty text.
 QString imageTypeToString(ImageType::Type type);
-/// Unknown for every word that is not in the table.
 EcoIdStatus::Type ecoIdStatusFromString(const QString& status);
 
 /// These two keep the number, although the enumerations count from different formats. Pictures and icons go through

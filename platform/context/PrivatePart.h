@@ -15,7 +15,7 @@ namespace vx::platform::zel {
 ///
 /// The delegate is taken once and never again: an object that was made without a context or a service, or without the
 /// access that it needs to be made, answers defaults for its life.
-template <class Delegate>
+template <class Public, class Delegate>
 class PrivatePart : public QObject
 {
 public:
@@ -24,6 +24,7 @@ public:
     /// Whether a request may go out; warns if not, by the name of the call.
     bool mayRequest(const char* where) const { return mistakes::mayRequest(where, context, isAllowed()); }
 
+    Public* const q;
     const QPointer<Context> context; ///< null once it is gone
     Delegate* const delegate;        ///< null in an object that answers defaults for its life
 
@@ -32,9 +33,10 @@ protected:
     using DelegateOf = Delegate* (ServiceBridge::*)() const;
 
     /// For the public object of that name. Warns of one that is made in a way in which it can never do anything.
-    PrivatePart(QObject* publicObject, const char* className, Context* givenContext, mistakes::Needs needs,
+    PrivatePart(Public* publicObject, const char* className, Context* givenContext, mistakes::Needs needs,
                 DelegateOf delegateOf)
         : QObject(publicObject)
+        , q(publicObject)
         , context(givenContext)
         , delegate(mistakes::checkMaking(className, context, needs) ? (ServiceBridge::instance()->*delegateOf)()
                                                                     : nullptr)

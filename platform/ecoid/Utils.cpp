@@ -7,14 +7,13 @@
 
 namespace vx::platform::zel {
 
-class UtilsPrivate : public PrivatePart<UtilsDelegate>
+class UtilsPrivate : public PrivatePart<Utils, UtilsDelegate>
 {
     Q_OBJECT
 
 public:
     UtilsPrivate(Context* givenContext, Utils* utils)
         : PrivatePart(utils, "Utils", givenContext, mistakes::Needs::Context, &ServiceBridge::utils)
-        , q(utils)
     {
         qCDebug(lcPlatform) << "entering UtilsPrivate::UtilsPrivate";
         if (!delegate)
@@ -36,8 +35,6 @@ public:
                                   "identifiers from ecoIdUpdated()");
         return true;
     }
-
-    Utils* const q;
 };
 
 Utils::Utils(Context* context, QObject* parent)

@@ -31,16 +31,6 @@ bool UtilsDelegate::ecoIdStatusRequest(const QString& ecoId)
     return true;
 }
 
-bool UtilsDelegate::sendContactInvitation(const QString& ecoId, const QString& displayName, const QString& message)
-{
-    return m_services->messaging()->sendZELInvite(ecoId, displayName, message);
-}
-
-bool UtilsDelegate::invokeChat(const QString& ecoId)
-{
-    return m_services->messaging()->invokeChat(ecoId);
-}
-
 void UtilsDelegate::notifyEcoIdResponse(const QString& ppId, const QString& ecoId)
 {
     qCDebug(lcPlatform) << "notifyEcoIdResponse" << ppId << ecoId;

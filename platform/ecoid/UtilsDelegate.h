@@ -21,8 +21,11 @@ public:
 
     bool ecoIdRequest(const QString& ppId);
     bool ecoIdStatusRequest(const QString& ecoId);
-    bool sendContactInvitation(const QString& ecoId, const QString& displayName, const QString& message);
-    bool invokeChat(const QString& ecoId);
+    bool sendContactInvitation(const QString& ecoId, const QString& displayName, const QString& message)
+    {
+        return m_services->messaging()->sendZELInvite(ecoId, displayName, message);
+    }
+    bool invokeChat(const QString& ecoId) { return m_services->messaging()->invokeChat(ecoId); }
 
     void notifyEcoIdResponse(const QString& ppId, const QString& ecoId);
     void notifyEcoIdStatusResponse(const QString& ecoId, const QString& status);

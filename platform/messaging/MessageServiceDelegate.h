@@ -14,7 +14,10 @@ class MessageServiceDelegate : public QObject
     Q_OBJECT
 
 public:
-    MessageServiceDelegate(Services* services, QObject* parent);
+    MessageServiceDelegate(Services*, QObject* parent)
+        : QObject(parent)
+    {
+    }
 };
 
 } // namespace vx::platform::zel

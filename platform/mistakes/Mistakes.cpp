@@ -53,17 +53,12 @@ QString withoutAccess(const Context& context)
 
 } // namespace
 
-bool warn(const char* where, const QString& what)
+bool warn(const char* where, QAnyStringView what)
 {
-    const QString text = QLatin1String(where) + ": "_L1 + what;
+    const QString text = QLatin1String(where) + ": "_L1 + what.toString();
     if (isNew(text))
         qCWarning(lcPlatform, "%ls", qUtf16Printable(text));
     return false;
-}
-
-bool warn(const char* where, const char* what)
-{
-    return warn(where, QString::fromLatin1(what));
 }
 
 void remark(const char* where, const char* what)

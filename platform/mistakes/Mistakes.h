@@ -3,6 +3,7 @@
 
 #include <vx/platform/zel/RegistrationState.h>
 
+#include <QtCore/QAnyStringView>
 #include <QtCore/QPointer>
 #include <QtCore/QString>
 
@@ -17,8 +18,7 @@ class Context;
 namespace mistakes {
 
 /// `where` is the class, or the class and the call. Answers false: what a request does that was refused.
-bool warn(const char* where, const QString& what);
-bool warn(const char* where, const char* what);
+bool warn(const char* where, QAnyStringView what);
 
 /// The same for what works, but otherwise than somebody may think: information, not a warning.
 void remark(const char* where, const char* what);

@@ -10,105 +10,88 @@
 namespace vx::platform::zel {
 
 /// Keeps a copy of the profile and follows the delegate's changes in it before the public object announces them.
-class UserProfilePrivate : public PrivatePart<UserProfileDelegate>
+class UserProfilePrivate : public PrivatePart<UserProfile, UserProfileDelegate>
 {
     Q_OBJECT
 
 public:
-    UserProfilePrivate(Context* givenContext, UserProfile* userProfile);
+    UserProfilePrivate(Context* givenContext, UserProfile* userProfile)
+        : PrivatePart(userProfile, "UserProfile", givenContext, mistakes::Needs::Readiness, &ServiceBridge::userProfile)
+    {
+        qCDebug(lcPlatform) << "entering UserProfilePrivate::UserProfilePrivate";
+        if (!delegate)
+            return;
+        profile = delegate->userProfile();
+        connect(delegate, &UserProfileDelegate::displayNameUpdated, this, &UserProfilePrivate::displayNameUpdated);
+        connect(delegate, &UserProfileDelegate::personalMessageUpdated, this,
+                &UserProfilePrivate::personalMessageUpdated);
+        connect(delegate, &UserProfileDelegate::statusUpdated, this, &UserProfilePrivate::statusUpdated);
+        connect(delegate, &UserProfileDelegate::avatarUpdated, this, &UserProfilePrivate::avatarUpdated);
 
-    UserProfile* const q;
-    const std::unique_ptr<zelsplib::PlatformContact> profile; // null where the delegate is
+        // After those above, so that properties are announced behind what changed them.
+        const auto announce = &UserProfilePrivate::announceProperties;
+        connect(delegate, &UserProfileDelegate::displayNameUpdated, this, announce);
+        connect(delegate, &UserProfileDelegate::personalMessageUpdated, this, announce);
+        connect(delegate, &UserProfileDelegate::statusUpdated, this, announce);
+        connect(delegate, &UserProfileDelegate::avatarUpdated, this, announce);
+        connect(context, &Context::registrationStateUpdated, this, &UserProfilePrivate::announceAccess);
+    }
 
+    zelsplib::PlatformContact profile;
+
+    // What was told last, not what the signal says: where a slot of another profile has spun an event loop meanwhile,
+    // that is older. In each of these the signal comes last: a slot may destroy the public object and this one with it.
 public Q_SLOTS:
-    void displayNameUpdated(QString value);
-    void personalMessageUpdated(QString value);
-    void statusUpdated(vx::platform::zel::UserStatus::Type status, QString statusMessage);
-    void avatarUpdated(QString avatarId, vx::platform::zel::ImageType::Type avatarMimeType, QByteArray avatar);
+    void displayNameUpdated(QString)
+    {
+        qCDebug(lcPlatform) << "inside UserProfilePrivate::displayNameUpdated";
+        const QString value = delegate->told().getDisplayName();
+        profile.setDisplayName(value);
+        Q_EMIT q->displayNameUpdated(value);
+    }
+
+    void personalMessageUpdated(QString)
+    {
+        const QString value = delegate->told().getPersonalMessage();
+        profile.setPersonalMessage(value);
+        Q_EMIT q->personalMessageUpdated(value);
+    }
+
+    void statusUpdated(vx::platform::zel::UserStatus::Type, QString)
+    {
+        qCDebug(lcPlatform) << "UserProfilePrivate::statusUpdated";
+        const bool isBusy = delegate->told().getShowBusy();
+        const QString statusMessage = delegate->told().getStatusMessage();
+        profile.setShowBusy(isBusy);
+        profile.setStatusMessage(statusMessage);
+        Q_EMIT q->statusUpdated(isBusy ? UserStatus::Busy : UserStatus::Available, statusMessage);
+    }
+
+    void avatarUpdated(QString, vx::platform::zel::ImageType::Type, QByteArray)
+    {
+        qCDebug(lcPlatform) << "UserProfilePrivate::avatarUpdated";
+        const zelsplib::PlatformContact told = delegate->told();
+        profile.setAvatarMimeType(told.getAvatarMimeType());
+        Q_EMIT q->displayPictureUpdated(HelperUtils::imageTypeFromString(told.getAvatarMimeType()),
+                                        told.getAvatarData());
+    }
 
 private:
-    void connectDelegate();
-    void announceAccess();
-    void announceProperties();
+    void announceAccess()
+    {
+        if (isAllowed() != m_allowedBefore)
+            announceProperties();
+    }
+
+    void announceProperties()
+    {
+        m_allowedBefore = isAllowed();
+        Q_EMIT q->profileChanged(UserProfile::QPrivateSignal());
+    }
 
     bool m_allowedBefore = true;
 };
 
-UserProfilePrivate::UserProfilePrivate(Context* givenContext, UserProfile* userProfile)
-    : PrivatePart(userProfile, "UserProfile", givenContext, mistakes::Needs::Readiness, &ServiceBridge::userProfile)
-    , q(userProfile)
-    , profile(delegate ? delegate->userProfile() : nullptr)
-{
-    qCDebug(lcPlatform) << "entering UserProfilePrivate::UserProfilePrivate";
-    if (!delegate)
-        return;
-    connectDelegate();
-    connect(context, &Context::registrationStateUpdated, this, &UserProfilePrivate::announceAccess);
-}
-
-void UserProfilePrivate::connectDelegate()
-{
-    connect(delegate, &UserProfileDelegate::displayNameUpdated, this, &UserProfilePrivate::displayNameUpdated);
-    connect(delegate, &UserProfileDelegate::personalMessageUpdated, this, &UserProfilePrivate::personalMessageUpdated);
-    connect(delegate, &UserProfileDelegate::statusUpdated, this, &UserProfilePrivate::statusUpdated);
-    connect(delegate, &UserProfileDelegate::avatarUpdated, this, &UserProfilePrivate::avatarUpdated);
-
-    // After those above, so that properties are announced behind what changed them.
-    connect(delegate, &UserProfileDelegate::displayNameUpdated, this, &UserProfilePrivate::announceProperties);
-    connect(delegate, &UserProfileDelegate::personalMessageUpdated, this, &UserProfilePrivate::announceProperties);
-    connect(delegate, &UserProfileDelegate::statusUpdated, this, &UserProfilePrivate::announceProperties);
-    connect(delegate, &UserProfileDelegate::avatarUpdated, this, &UserProfilePrivate::announceProperties);
-}
-
-void UserProfilePrivate::announceAccess()
-{
-    if (isAllowed() != m_allowedBefore)
-        announceProperties();
-}
-
-void UserProfilePrivate::announceProperties()
-{
-    m_allowedBefore = isAllowed();
-    Q_EMIT q->profileChanged(UserProfile::QPrivateSignal());
-}
-
-// What was told last, not what this signal says: where a slot of another profile has spun an event loop meanwhile, that
-// is older. In each of these the signal comes last: a slot may destroy the public object and this one with it.
-
-void UserProfilePrivate::displayNameUpdated(QString)
-{
-    qCDebug(lcPlatform) << "inside UserProfilePrivate::displayNameUpdated";
-    const QString value = delegate->told().getDisplayName();
-    profile->setDisplayName(value);
-    Q_EMIT q->displayNameUpdated(value);
-}
-
-void UserProfilePrivate::personalMessageUpdated(QString)
-{
-    const QString value = delegate->told().getPersonalMessage();
-    profile->setPersonalMessage(value);
-    Q_EMIT q->personalMessageUpdated(value);
-}
-
-void UserProfilePrivate::statusUpdated(vx::platform::zel::UserStatus::Type, QString)
-{
-    qCDebug(lcPlatform) << "UserProfilePrivate::statusUpdated";
-    const bool isBusy = delegate->told().getShowBusy();
-    const QString statusMessage = delegate->told().getStatusMessage();
-    profile->setShowBusy(isBusy);
-    profile->setStatusMessage(statusMessage);
-    Q_EMIT q->statusUpdated(isBusy ? UserStatus::Busy : UserStatus::Available, statusMessage);
-}
-
-void UserProfilePrivate::avatarUpdated(QString, vx::platform::zel::ImageType::Type, QByteArray)
-{
-    qCDebug(lcPlatform) << "UserProfilePrivate::avatarUpdated";
-    const zelsplib::PlatformContact told = delegate->told();
-    profile->setAvatarMimeType(told.getAvatarMimeType());
-    Q_EMIT q->displayPictureUpdated(HelperUtils::imageTypeFromString(told.getAvatarMimeType()), told.getAvatarData());
-}
-
-/// A profile that is made while \a context gives no access, or without one, answers defaults for its life.
 UserProfile::UserProfile(Context* context, QObject* parent)
     : QObject(parent)
     , d(std::make_unique<UserProfilePrivate>(context, this))
@@ -120,13 +103,13 @@ UserProfile::~UserProfile() = default;
 /// The name that the user goes by.
 QString UserProfile::displayName() const
 {
-    return d->isAllowed() ? d->profile->getDisplayName() : QString();
+    return d->isAllowed() ? d->profile.getDisplayName() : QString();
 }
 
 /// The line that the user has written about themselves.
 QString UserProfile::personalMessage() const
 {
-    return d->isAllowed() ? d->profile->getPersonalMessage() : QString();
+    return d->isAllowed() ? d->profile.getPersonalMessage() : QString();
 }
 
 /// Whether the user may be disturbed. Available without access.
@@ -134,7 +117,7 @@ UserStatus::Type UserProfile::status() const
 {
     if (!d->isAllowed())
         return UserStatus::Available;
-    const bool busy = d->profile->getShowBusy();
+    const bool busy = d->profile.getShowBusy();
     qCDebug(lcPlatform) << "UserProfile::status - getShowBusy" << busy;
     return busy ? UserStatus::Busy : UserStatus::Available;
 }
@@ -144,27 +127,27 @@ QString UserProfile::statusMessage() const
 {
     if (!d->isAllowed())
         return {};
-    qCDebug(lcPlatform) << "UserProfile::statusMessage - getShowBusy" << d->profile->getShowBusy();
-    return d->profile->getStatusMessage();
+    qCDebug(lcPlatform) << "UserProfile::statusMessage - getShowBusy" << d->profile.getShowBusy();
+    return d->profile.getStatusMessage();
 }
 
 /// The user's identifier across applications, as it was when this object was made.
 QString UserProfile::ppId() const
 {
-    return d->isAllowed() ? d->profile->getPpid() : QString();
+    return d->isAllowed() ? d->profile.getPpid() : QString();
 }
 
 /// The user's name within the application, as it was when this object was made.
 QString UserProfile::handle() const
 {
-    return d->isAllowed() ? d->profile->getHandle() : QString();
+    return d->isAllowed() ? d->profile.getHandle() : QString();
 }
 
 /// The format of displayPicture(). Unsupported without access, and for a picture whose format the service does not name
 /// or this version does not know.
 ImageType::Type UserProfile::displayPictureMimeType() const
 {
-    return d->isAllowed() ? HelperUtils::imageTypeFromString(d->profile->getAvatarMimeType()) : ImageType::Unsupported;
+    return d->isAllowed() ? HelperUtils::imageTypeFromString(d->profile.getAvatarMimeType()) : ImageType::Unsupported;
 }
 
 /// The picture as the library has it now, which may be newer than the rest of this object.
@@ -176,13 +159,13 @@ QByteArray UserProfile::displayPicture() const
 /// The version of the application as the service knows it, as it was when this object was made.
 QString UserProfile::applicationVersion() const
 {
-    return d->isAllowed() ? d->profile->getAppVersion() : QString();
+    return d->isAllowed() ? d->profile.getAppVersion() : QString();
 }
 
 /// The version of the messaging service, as it was when this object was made; 0 without access.
 int UserProfile::zelVersion() const
 {
-    return d->isAllowed() ? d->profile->getZelVersion() : 0;
+    return d->isAllowed() ? d->profile.getZelVersion() : 0;
 }
 
 /// The version of this library, with or without access.

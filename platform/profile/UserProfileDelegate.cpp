@@ -19,16 +19,6 @@ UserProfileDelegate::UserProfileDelegate(Services* services, QObject* parent)
     qCDebug(lcPlatform) << "inside UserProfileDelegate::UserProfileDelegate";
 }
 
-std::unique_ptr<zelsplib::PlatformContact> UserProfileDelegate::userProfile() const
-{
-    return std::make_unique<zelsplib::PlatformContact>(m_services->globals()->getMyProfile());
-}
-
-QByteArray UserProfileDelegate::getAvatar() const
-{
-    return m_services->globals()->getMyAvatar();
-}
-
 // The record goes out with the fields that are set and no others, so a change of one never blanks another.
 void UserProfileDelegate::setPersonalMessage(const QString& personalMessage)
 {
@@ -91,9 +81,7 @@ void UserProfileDelegate::notifyAvatarUpdated(const QString& avatarId, ImageType
 {
     qCDebug(lcPlatform) << "avatar changed - id: " << avatarId;
     m_told.setAvatarId(avatarId);
-    m_told.setAvatarMimeType(avatarMimeType == ImageType::Unsupported
-                                 ? QString() // "image/jpeg" would turn a picture of unknown format into a JPEG
-                                 : HelperUtils::imageTypeToString(avatarMimeType));
+    m_told.setAvatarMimeType(ImageType::mimeType(avatarMimeType));
     m_told.setAvatarData(avatar);
     Q_EMIT avatarUpdated(avatarId, avatarMimeType, avatar);
 }

@@ -9,8 +9,6 @@
 #include <QtCore/QObject>
 #include <QtCore/QString>
 
-#include <memory>
-
 namespace vx::platform::zel {
 
 /// The own profile for all profile objects of the process. Made and owned by the bridge; lives on its thread. A slot of
@@ -24,10 +22,10 @@ class UserProfileDelegate : public QObject
 public:
     UserProfileDelegate(Services* services, QObject* parent);
 
-    /// A copy of the profile as it is now; the caller's.
-    std::unique_ptr<zelsplib::PlatformContact> userProfile() const;
+    /// The profile as it is now.
+    zelsplib::PlatformContact userProfile() const { return m_services->globals()->getMyProfile(); }
     /// The own picture as it is now.
-    QByteArray getAvatar() const;
+    QByteArray getAvatar() const { return m_services->globals()->getMyAvatar(); }
 
     /// What was told last of each: display name, personal message, status, and the picture with its id and type.
     const zelsplib::PlatformContact& told() const { return m_told; }

@@ -8,17 +8,33 @@
 
 namespace vx::platform::zel {
 
-class ProfileBoxPrivate : public PrivatePart<ProfileBoxDelegate>
+class ProfileBoxPrivate : public PrivatePart<ProfileBox, ProfileBoxDelegate>
 {
     Q_OBJECT
 
 public:
     ProfileBoxPrivate(Context* givenContext, ProfileBox* profileBox)
         : PrivatePart(profileBox, "ProfileBox", givenContext, mistakes::Needs::Context, &ServiceBridge::profileBox)
-        , q(profileBox)
     {
-        if (delegate)
-            connectDelegate();
+        if (!delegate)
+            return;
+        connect(delegate, &ProfileBoxDelegate::itemAdded, q, &ProfileBox::itemAdded);
+        connect(delegate, &ProfileBoxDelegate::itemUpdated, q, &ProfileBox::itemUpdated);
+        connect(delegate, &ProfileBoxDelegate::itemRemoved, q, &ProfileBox::itemRemoved);
+        connect(delegate, &ProfileBoxDelegate::iconRegistered, q, &ProfileBox::iconRegistered);
+        connect(delegate, &ProfileBoxDelegate::iconRetrieved, q, &ProfileBox::iconRetrieved);
+
+        // After those above, so that the count is announced behind what changed it.
+        connect(delegate, &ProfileBoxDelegate::received, this, &ProfileBoxPrivate::announceCount);
+        connect(delegate, &ProfileBoxDelegate::itemAdded, this, &ProfileBoxPrivate::announceCount);
+        connect(delegate, &ProfileBoxDelegate::itemRemoved, this, &ProfileBoxPrivate::announceCount);
+        connect(context, &Context::registrationStateUpdated, this, &ProfileBoxPrivate::announceCount);
+
+        connect(delegate, &ProfileBoxDelegate::received, this, &ProfileBoxPrivate::announceIcons);
+        connect(delegate, &ProfileBoxDelegate::iconRegistered, this, &ProfileBoxPrivate::announceIcons);
+        connect(delegate, &ProfileBoxDelegate::iconRemoved, this, &ProfileBoxPrivate::announceIcons);
+        connect(context, &Context::registrationStateUpdated, this, &ProfileBoxPrivate::announceIcons);
+
         m_countBefore = itemCount();
         m_iconsBefore = registeredIcons();
     }
@@ -26,52 +42,24 @@ public:
     int itemCount() const { return isAllowed() ? delegate->itemCount() : 0; }
     QList<int> registeredIcons() const { return isAllowed() ? delegate->registeredIcons() : QList<int>(); }
 
-    ProfileBox* const q;
-
 private:
-    void connectDelegate();
-    void announceCount();
-    void announceIcons();
+    void announceCount()
+    {
+        const int count = itemCount();
+        if (std::exchange(m_countBefore, count) != count)
+            Q_EMIT q->itemCountChanged(ProfileBox::QPrivateSignal());
+    }
+
+    void announceIcons()
+    {
+        const QList<int> icons = registeredIcons();
+        if (std::exchange(m_iconsBefore, icons) != icons)
+            Q_EMIT q->registeredIconsChanged(ProfileBox::QPrivateSignal());
+    }
 
     int m_countBefore = 0;
     QList<int> m_iconsBefore;
 };
-
-void ProfileBoxPrivate::connectDelegate()
-{
-    connect(delegate, &ProfileBoxDelegate::itemAdded, q, &ProfileBox::itemAdded);
-    connect(delegate, &ProfileBoxDelegate::itemUpdated, q, &ProfileBox::itemUpdated);
-    connect(delegate, &ProfileBoxDelegate::itemRemoved, q, &ProfileBox::itemRemoved);
-    connect(delegate, &ProfileBoxDelegate::iconRegistered, q, &ProfileBox::iconRegistered);
-    connect(delegate, &ProfileBoxDelegate::iconRetrieved, q, &ProfileBox::iconRetrieved);
-
-    // After those above, so that the count is announced behind what changed it.
-    connect(delegate, &ProfileBoxDelegate::received, this, &ProfileBoxPrivate::announceCount);
-    connect(delegate, &ProfileBoxDelegate::itemAdded, this, &ProfileBoxPrivate::announceCount);
-    connect(delegate, &ProfileBoxDelegate::itemRemoved, this, &ProfileBoxPrivate::announceCount);
-    connect(context, &Context::registrationStateUpdated, this, &ProfileBoxPrivate::announceCount);
-
-    connect(delegate, &ProfileBoxDelegate::received, this, &ProfileBoxPrivate::announceIcons);
-    connect(delegate, &ProfileBoxDelegate::iconRegistered, this, &ProfileBoxPrivate::announceIcons);
-    connect(delegate, &ProfileBoxDelegate::iconRemoved, this, &ProfileBoxPrivate::announceIcons);
-    connect(context, &Context::registrationStateUpdated, this, &ProfileBoxPrivate::announceIcons);
-}
-
-void ProfileBoxPrivate::announceCount()
-{
-    const int count = itemCount();
-    if (count == m_countBefore)
-        return;
-    m_countBefore = count;
-    Q_EMIT q->itemCountChanged(ProfileBox::QPrivateSignal());
-}
-
-void ProfileBoxPrivate::announceIcons()
-{
-    const QList<int> icons = registeredIcons();
-    if (std::exchange(m_iconsBefore, icons) != icons)
-        Q_EMIT q->registeredIconsChanged(ProfileBox::QPrivateSignal());
-}
 
 ProfileBox::ProfileBox(Context* context, QObject* parent)
     : QObject(parent)

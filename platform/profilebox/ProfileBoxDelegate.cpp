@@ -4,7 +4,6 @@
 #include <platform/channel/Trace.h>
 #include <platform/context/HelperUtils.h>
 #include <platform/mistakes/Mistakes.h>
-#include <platform/profilebox/ProfileBoxItemPrivate.h>
 #include <splib/profilebox/BoxRefusal.h>
 #include <vx/platform/zel/ProfileBox.h>
 

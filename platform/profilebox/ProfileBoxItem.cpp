@@ -1,11 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <vx/platform/zel/ProfileBoxItem.h>
 
-#include <platform/profilebox/ProfileBoxItemPrivate.h>
+#include <splib/profilebox/ProfileBoxItem.h>
 
 #include <QtCore/QDebug>
+#include <QtCore/QSharedData>
 
 namespace vx::platform::zel {
+
+/// What the copies of a ProfileBoxItem share; never changed once it is made.
+class ProfileBoxItemPrivate : public QSharedData
+{
+public:
+    explicit ProfileBoxItemPrivate(const zelsplib::ProfileBoxItem& item)
+        : record(item)
+    {
+    }
+
+    zelsplib::ProfileBoxItem const record;
+};
 
 ProfileBoxItem::ProfileBoxItem() noexcept = default;
 

@@ -3,7 +3,6 @@
 
 #include <splib/log/Logging.h>
 
-#include <zel/JsonWriter.h>
 #include <zel/PpsJsonSource.h>
 
 #include <device/Decoder.h>
@@ -54,7 +53,6 @@ PPSManager::PPSManager(const QString& path, const QString& objectName, const QSt
     : m_ppsHandle(openObject(path))
     , m_objectName('@' + objectName.toUtf8())
     , m_messageName(messageName.toUtf8())
-    , m_connected(new iface::WritableObservableValue<bool>(true))
 {
 }
 
@@ -64,11 +62,6 @@ PPSManager::~PPSManager()
     // process hold on to that number.
     if (m_ppsHandle > 0)
         ::close(m_ppsHandle);
-}
-
-void PPSManager::send(const QSharedPointer<zel::JsonWriter>& writer)
-{
-    send(writer->toString());
 }
 
 void PPSManager::send(const QString& json)
@@ -87,21 +80,6 @@ void PPSManager::send(const QString& json)
 void PPSManager::addListener(QObject* owner, const QString& messageType, const Listener& listener)
 {
     m_listeners.addListener(owner, messageType, listener);
-}
-
-void PPSManager::removeListeners(QObject* owner)
-{
-    m_listeners.removeListeners(owner);
-}
-
-iface::ObservableValue<bool> PPSManager::isConnected() const
-{
-    return iface::ObservableValue<bool>(m_connected.data());
-}
-
-void PPSManager::dispatchMessageReceived(const QString& ppsText)
-{
-    dispatchMessageReceived(ppsText.toUtf8());
 }
 
 void PPSManager::dispatchMessageReceived(const QByteArray& ppsText)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <zel/JsonPipe.h>
+#include <zel/JsonWriter.h>
 #include <zel/MessageListenerMap.h>
 
 #include <iface/ObservableValue.h>
@@ -30,19 +31,19 @@ public:
     PPSManager(const QString& path, const QString& objectName, const QString& messageName);
     ~PPSManager() override;
 
-    void send(const QSharedPointer<zel::JsonWriter>& writer) override;
+    void send(const QSharedPointer<zel::JsonWriter>& writer) override { send(writer->toString()); }
     void send(const QString& json) override;
     void addListener(QObject* owner, const QString& messageType, const Listener& listener) override;
-    void removeListeners(QObject* owner) override;
+    void removeListeners(QObject* owner) override { m_listeners.removeListeners(owner); }
     /// Stays true: the object hides from its users whether somebody serves it.
-    iface::ObservableValue<bool> isConnected() const override;
+    iface::ObservableValue<bool> isConnected() const override { return m_connected; }
 
     /// The object's descriptor, to be watched for reading; it stays this manager's.
     int getPpsHandle() const { return m_ppsHandle; }
 
     /// Decodes what one read of the object gave and calls the listeners of its message. What cannot be decoded is
     /// dropped.
-    void dispatchMessageReceived(const QString& ppsText);
+    void dispatchMessageReceived(const QString& ppsText) { dispatchMessageReceived(ppsText.toUtf8()); }
     /// The same with the bytes as they were read. What is not UTF-8 in them counts as U+FFFD.
     void dispatchMessageReceived(const QByteArray& ppsText);
 
@@ -60,7 +61,7 @@ private:
     const int m_ppsHandle;
     const QByteArray m_objectName; ///< as it stands in a text, behind its mark
     const QByteArray m_messageName;
-    const QExplicitlySharedDataPointer<iface::WritableObservableValue<bool>> m_connected;
+    const iface::ObservableValue<bool> m_connected{new iface::WritableObservableValue<bool>(true)};
 };
 
 } // namespace zelsplib

@@ -34,7 +34,6 @@ public:
         timer->start();
     }
     void end(const QString& key) { m_timers.erase(key); }
-    bool isWaiting(const QString& key) const { return m_timers.count(key) > 0; }
 
 private:
     std::function<void(const QString&)> m_ask;

@@ -17,35 +17,22 @@ namespace {
 /// What the values of the record map hold, by user id. It follows the map alone, which announces each change of a
 /// value's contents under the user's id: there are many values, and following each costs as much as the rest of the
 /// way.
-class RecordContents : public iface::ObservableMapImpl<QString, PlatformContact>
+class RecordContents : public iface::ObservableMapImpl<QString, PlatformContact>, private iface::Follower
 {
 public:
     explicit RecordContents(const ContactRecords::Pointer& records)
         : m_records(records)
     {
-        m_follower.follow(*records);
+        follow(*records);
     }
+    ~RecordContents() override { detach(); }
 
     PlatformContact get(const QString& userId) const override { return m_records->current(userId); }
 
 private:
-    class RecordsFollower : public iface::Follower
-    {
-    public:
-        explicit RecordsFollower(RecordContents* owner)
-            : m_owner(owner)
-        {
-        }
-
-    protected:
-        void mark(const iface::Change& change) override { m_owner->note(change); }
-
-    private:
-        RecordContents* const m_owner;
-    };
+    void mark(const iface::Change& change) override { note(change); }
 
     const ContactRecords::Pointer m_records;
-    RecordsFollower m_follower{this};
 };
 
 } // namespace

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/contacts/PlatformContact.h>
 
-#include <splib/contacts/PlatformContactReader.h>
-
 namespace zelsplib {
 
 namespace {
@@ -46,59 +44,14 @@ PlatformContact PlatformContact::create(const QString& uri, const QString& handl
     return contact;
 }
 
-void PlatformContact::setText(PlatformContactField field, const QString& text)
+bool operator==(const PlatformContact& left, const PlatformContact& right)
 {
-    d->texts.set(field, text);
-    mark(field);
-}
-
-void PlatformContact::setZelsdkVersion(int version)
-{
-    d->zelsdkVersion = version;
-    mark(ZelsdkVersion);
-}
-
-void PlatformContact::setZelVersion(int version)
-{
-    d->zelVersion = version;
-    mark(ZelVersion);
-}
-
-void PlatformContact::setShowBusy(bool showBusy)
-{
-    d->showBusy = showBusy;
-    mark(ShowBusy);
-}
-
-void PlatformContact::setAvatarData(const QByteArray& data)
-{
-    d->avatarData = data;
-}
-
-bool PlatformContact::isFieldModified(PlatformContactField field) const
-{
-    return (modified & (1U << field)) != 0;
-}
-
-void PlatformContact::load(const iface::JsonObjectReader& json)
-{
-    if (json.isValid())
-        readContactMembers(json, *d);
-}
-
-bool PlatformContact::equals(const PlatformContact& other) const
-{
-    if (d == other.d)
+    if (left.d == right.d)
         return true;
-    const PlatformContactData& a = *d;
-    const PlatformContactData& b = *other.d;
+    const PlatformContactData& a = *left.d;
+    const PlatformContactData& b = *right.d;
     return a.texts == b.texts && a.zelsdkVersion == b.zelsdkVersion && a.zelVersion == b.zelVersion &&
            a.showBusy == b.showBusy && a.avatarData == b.avatarData;
-}
-
-void operator>>(const iface::JsonReaderAttribute& json, PlatformContact& contact)
-{
-    contact.load(json.object());
 }
 
 } // namespace zelsplib

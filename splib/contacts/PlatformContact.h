@@ -7,7 +7,6 @@
 #include <iface/JsonReaderAttribute.h>
 
 #include <QtCore/QByteArray>
-#include <QtCore/QMetaType>
 #include <QtCore/QSharedData>
 #include <QtCore/QSharedDataPointer>
 #include <QtCore/QString>
@@ -94,13 +93,13 @@ public:
     void setAvatarMimeType(const QString& avatarMimeType) { setText(AvatarMimeType, avatarMimeType); }
     void setTimeZone(const QString& timeZone) { setText(TimeZone, timeZone); }
     void setCountryCode(const QString& countryCode) { setText(CountryCode, countryCode); }
-    void setZelsdkVersion(int version);
-    void setZelVersion(int version);
-    void setShowBusy(bool showBusy);
+    void setZelsdkVersion(int version) { changed(ZelsdkVersion).zelsdkVersion = version; }
+    void setZelVersion(int version) { changed(ZelVersion).zelVersion = version; }
+    void setShowBusy(bool showBusy) { changed(ShowBusy).showBusy = showBusy; }
     /// Pictures never travel with the record, so this marks nothing.
-    void setAvatarData(const QByteArray& data);
+    void setAvatarData(const QByteArray& data) { d->avatarData = data; }
 
-    bool isFieldModified(PlatformContactField field) const;
+    bool isFieldModified(PlatformContactField field) const { return (modified & (1U << field)) != 0; }
     /// Whether any field is marked.
     bool isModified() const { return modified != 0; }
     /// All texts at once, by field, for those who go through them.
@@ -110,25 +109,29 @@ public:
 
     /// Reads what the object has over what the record holds; what the object lacks stays. Marks nothing.
     void load(const iface::JsonObjectReader& json);
+    /// Loads the object that the attribute names.
+    friend void operator>>(const iface::JsonReaderAttribute& json, PlatformContact& contact)
+    {
+        contact.load(json.object());
+    }
 
     /// Same data, pictures included; the marks do not count.
-    friend bool operator==(const PlatformContact& a, const PlatformContact& b) { return a.equals(b); }
-    friend bool operator!=(const PlatformContact& a, const PlatformContact& b) { return !a.equals(b); }
+    friend bool operator==(const PlatformContact& left, const PlatformContact& right);
 
 private:
-    bool equals(const PlatformContact& other) const;
-    void setText(PlatformContactField field, const QString& text);
-    void mark(PlatformContactField field) { modified = static_cast<std::uint16_t>(modified | (1U << field)); }
+    void setText(PlatformContactField field, const QString& text) { changed(field).texts.set(field, text); }
+    /// The data, in which this field is about to be set; marks it.
+    PlatformContactData& changed(PlatformContactField field)
+    {
+        modified = static_cast<std::uint16_t>(modified | (1U << field));
+        return *d;
+    }
 
     QSharedDataPointer<PlatformContactData> d;
     std::uint16_t modified = 0; ///< one bit a field, by the field's number
 };
 
-/// Loads the object that the attribute names.
-void operator>>(const iface::JsonReaderAttribute& json, PlatformContact& contact);
-
 } // namespace zelsplib
 
 // A pointer and bits: a QVariant then holds it without an allocation, and lists move it as plain memory.
 Q_DECLARE_TYPEINFO(zelsplib::PlatformContact, Q_RELOCATABLE_TYPE);
-Q_DECLARE_METATYPE(zelsplib::PlatformContact)

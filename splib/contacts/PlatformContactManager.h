@@ -1,10 +1,26 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <splib/contacts/ContactListEvents.h>
 #include <splib/contacts/PlatformContactManagerBase.h>
 
+#include <concepts>
+
 namespace zelsplib {
+
+/// What the contact manager reports to: the whole list, that the service has sent it again, a contact that got, lost or
+/// changed the application's profile, an invitation from one, and a picture that arrived.
+template <class Handler>
+concept ContactListEvents = std::default_initializable<Handler> &&
+    requires(Handler& handler, const QList<PlatformContact>& contacts, const PlatformContact& contact)
+{
+    handler.pushGetPlatformContactListEvent(contacts);
+    handler.pushPlatformContactListResentEvent();
+    handler.pushPlatformContactInstallAppEvent(contact);
+    handler.pushPlatformContactUninstallAppEvent(contact);
+    handler.pushPlatformContactUpdateEvent(contact, contact);
+    handler.pushPlatformContactInvitationReceivedEvent(contact);
+    handler.pushPlatformContactAvatarChangedEvent(contact);
+};
 
 /// The contacts who also run the application, reported to an event handler that it holds by value.
 ///
@@ -13,12 +29,7 @@ template <ContactListEvents EventHandler>
 class PlatformContactManager final : public PlatformContactManagerBase
 {
 public:
-    PlatformContactManager(const QSharedPointer<zel::ListApiMultiplexer>& multiplexer,
-                           const QSharedPointer<zel::JsonStream>& stream, RegistrationHandler* readiness,
-                           QObject* parent = nullptr)
-        : PlatformContactManagerBase(multiplexer, stream, readiness, parent)
-    {
-    }
+    using PlatformContactManagerBase::PlatformContactManagerBase;
 
     EventHandler& eventHandler() { return m_eventHandler; }
 

@@ -1,24 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/contacts/PlatformContactManagerBase.h>
 
-#include <splib/EventQueue.h>
 #include <splib/RegistrationHandler.h>
-#include <splib/channel/StreamRequests.h>
 #include <splib/contacts/AvatarRequest.h>
-#include <splib/contacts/ContactLists.h>
-#include <splib/contacts/PlatformUserJsonAdapter.h>
+#include <splib/contacts/PlatformContactJsonAdapter.h>
 #include <splib/log/Logging.h>
 
-#include <zel/JsonStreamFunctorAdapter.h>
-#include <zel/JsonWriter.h>
-
-#include <iface/CachedObservableList.h>
 #include <iface/ObservableTracker.h>
-#include <iface/RunUntilTrue.h>
+
+#include <QtCore/QStringBuilder>
 
 #include <algorithm>
 #include <functional>
-#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -26,211 +19,142 @@ namespace zelsplib {
 
 using namespace logging;
 
-namespace {
-
-using ContactView = iface::CachedObservableList<PlatformContact>;
-
-constexpr int debugSeverity = 7;
-
-} // namespace
-
-struct PlatformContactManagerBase::Private
-{
-    QSharedPointer<zel::ListApiMultiplexer> multiplexer;
-    const QSharedPointer<zel::JsonStream> stream;
-    RegistrationHandler* readiness = nullptr;
-
-    QExplicitlySharedDataPointer<ContactIds> ids; ///< this and the records are null until init()
-    ContactRecords::Pointer records;
-    QExplicitlySharedDataPointer<ContactView> view{new ContactView};
-    ReplacementMark replacement;
-    StreamRequests avatarRequests; ///< by user
-    EventQueue events;
-    bool eventsEnabled = false;
-    int listenerCount = 0;
-    bool listReady = false;
-
-    std::unique_ptr<zel::JsonStreamFunctorAdapter> streamAdapter;
-    std::unique_ptr<iface::RunUntilTrue> readinessCheck;
-
-    Private(PlatformContactManagerBase* manager, const QSharedPointer<zel::JsonStream>& jsonStream)
-        : stream(jsonStream)
-        , avatarRequests(jsonStream, [manager](const QString& userId, const QString& streamId) {
-            manager->sendRequest(userId, streamId);
-        })
-    {
-    }
-
-    bool isReporting() const { return eventsEnabled && !replacement.isNow(); }
-    void report(std::function<void()> event)
-    {
-        events.post(std::move(event));
-        events.deliver();
-    }
-};
-
 PlatformContactManagerBase::PlatformContactManagerBase(const QSharedPointer<zel::ListApiMultiplexer>& multiplexer,
                                                        const QSharedPointer<zel::JsonStream>& stream,
                                                        RegistrationHandler* readiness, QObject* parent)
     : QObject(parent)
-    , d(new Private(this, stream))
+    , m_multiplexer(multiplexer)
+    , m_stream(stream)
+    , m_readiness(readiness)
+    , m_avatarRequests(stream, std::bind_front(&PlatformContactManagerBase::sendRequest, this))
 {
-    d->multiplexer = multiplexer;
-    d->readiness = readiness;
 }
 
 PlatformContactManagerBase::~PlatformContactManagerBase()
 {
     // Others may hold the view.
-    d->view->setAddFunction([](int, const PlatformContact&) {});
-    d->view->setRemoveFunction([](int, const PlatformContact&) {});
-    d->view->setUpdateFunction([](int, const PlatformContact&, const PlatformContact&) {});
-    d->view->setChangeFunction([](ChangeType::Type, const QSharedPointer<IndexMapper>&, const QList<PlatformContact>&,
-                                  const QList<PlatformContact>&) {});
-    if (!d->ids)
+    const auto nothing = [](const auto&...) {};
+    m_view->setAddFunction(nothing);
+    m_view->setRemoveFunction(nothing);
+    m_view->setUpdateFunction(nothing);
+    m_view->setChangeFunction(nothing);
+    if (!m_ids)
         return;
-    d->ids->setResentFunction([] {});
-    d->stream->pipe()->removeListeners(this);
+    m_ids->setResentFunction(nothing);
+    m_stream->pipe()->removeListeners(this);
 }
 
 void PlatformContactManagerBase::init()
 {
-    if (d->ids)
+    if (m_ids)
         return;
-    d->ids = new ContactIds(d->multiplexer, QSharedPointer<PlatformUserJsonAdapter>::create(), u"platformContact"_s, {},
-                            ContactIds::Keys::Distinct);
-    d->ids->setResentFunction([this] { listResent(); });
-    d->records = new ContactRecords(d->multiplexer, d->ids);
+    m_ids = new ContactIds(m_multiplexer, QSharedPointer<PlatformUserJsonAdapter>::create(), u"platformContact"_s, {},
+                           ContactIds::Keys::Distinct);
+    m_ids->setResentFunction([this] { listResent(); });
+    m_records = new ContactRecords(m_multiplexer, m_ids);
 
-    d->replacement.follow(*d->ids);
-    d->view->setInput(initializedContacts(d->ids, d->records));
+    m_replacement.follow(*m_ids);
+    m_view->setInput(initializedContacts(m_ids, m_records));
 
-    d->view->setRemoveFunction([this](int index, const PlatformContact& contact) { aboutToRemove(index, contact); });
-    d->view->setAddFunction([this](int index, const PlatformContact& contact) { aboutToAdd(index, contact); });
-    d->view->setUpdateFunction([this](int index, const PlatformContact& before, const PlatformContact& after) {
-        aboutToUpdate(index, before, after);
-    });
-    d->view->setChangeFunction(
-        [this](ChangeType::Type type, const QSharedPointer<IndexMapper>& mapper, const QList<PlatformContact>& before,
-               const QList<PlatformContact>& after) { aboutToChange(type, mapper, before, after); });
+    m_view->setRemoveFunction(std::bind_front(&PlatformContactManagerBase::aboutToRemove, this));
+    m_view->setAddFunction(std::bind_front(&PlatformContactManagerBase::aboutToAdd, this));
+    m_view->setUpdateFunction(std::bind_front(&PlatformContactManagerBase::aboutToUpdate, this));
+    m_view->setChangeFunction(std::bind_front(&PlatformContactManagerBase::aboutToChange, this));
 
-    d->streamAdapter = std::make_unique<zel::JsonStreamFunctorAdapter>(
-        d->stream, [this](const QString& streamId, const QVariant& data) { streamDataAvailable(streamId, data); });
-    d->stream->pipe()->addListener(this, u"connectionInvitationReceived"_s,
-                                   [this](QObject* sender, const iface::JsonReaderAttribute& message) {
-                                       connInvitationReceivedCallback(sender, message);
-                                   });
-    d->readinessCheck = std::make_unique<iface::RunUntilTrue>([this] { return checkUserListState(); }, nullptr,
-                                                              u"PlatformContactManager"_s);
+    m_streamAdapter = std::make_unique<zel::JsonStreamFunctorAdapter>(
+        m_stream, std::bind_front(&PlatformContactManagerBase::streamDataAvailable, this));
+    m_stream->pipe()->addListener(this, u"connectionInvitationReceived"_s,
+                                  std::bind_front(&PlatformContactManagerBase::connInvitationReceivedCallback, this));
+    m_readinessCheck = std::make_unique<iface::RunUntilTrue>([this] { return checkUserListState(); }, nullptr,
+                                                             u"PlatformContactManager"_s);
 }
 
 void PlatformContactManagerBase::setEventsEnabled(bool enabled)
 {
-    d->eventsEnabled = enabled;
+    m_eventsEnabled = enabled;
     if (enabled)
-        ++d->listenerCount;
-}
-
-bool PlatformContactManagerBase::eventsEnabled() const
-{
-    return d->eventsEnabled;
-}
-
-int PlatformContactManagerBase::listenerCount() const
-{
-    return d->listenerCount;
-}
-
-bool PlatformContactManagerBase::isListReady() const
-{
-    return d->listReady;
+        ++m_listenerCount;
 }
 
 bool PlatformContactManagerBase::hasApplication(const PlatformContact& contact) const
 {
     const QString userId = contact.getUri();
-    return d->ids && d->ids->locateItem(userId) != -1 && getContact(userId).getHandle() == contact.getHandle();
+    return m_ids && m_ids->locateItem(userId) != -1 && getContact(userId).getHandle() == contact.getHandle();
 }
 
 PlatformContact PlatformContactManagerBase::getContact(const QString& userId) const
 {
-    return d->records->contents(userId);
+    return m_records->contents(userId);
 }
 
 void PlatformContactManagerBase::getContactList()
 {
-    if (!d->listReady)
+    if (!m_listReady)
         Log<ZELSP_CONTACTS_NOT_READY>({}, "getContactList");
-    d->report([this, contacts = d->view->toList()] { reportList(contacts); });
-}
-
-iface::ObservableList<PlatformContact> PlatformContactManagerBase::contactList() const
-{
-    return iface::ObservableList<PlatformContact>(d->view.data());
+    report([this, contacts = m_view->toList()] { reportList(contacts); });
 }
 
 /// Every change of a record reaches the view before this runs, so comparing lengths tells as much as looking at every
 /// record: the view is as long as the list when all have a handle.
 bool PlatformContactManagerBase::checkUserListState()
 {
-    if (d->listReady) // what the application did with it has thrown
+    if (m_listReady) // what the application did with it has thrown
         return true;
-    if (d->ids->isIncomplete())
+    if (m_ids->isIncomplete())
         return false;
-    const int listed = iface::ObservableList<QString>(d->ids.data()).size();
+    const int listed = iface::ObservableList<QString>(m_ids.data()).size();
     if (contactList().size() < listed)
         return false;
     Log<GENERAL_INFO>({}, "PlatformContactManager::checkUserListState(): All contacts are initialized. "
                           "PlatformContact list is ready.");
-    d->listReady = true;
+    m_listReady = true;
     // Reading is what the check depends on; what the application then does is not.
-    iface::ObservableTracker::runUntracked([this] { d->readiness->contactsIsReady(); });
+    iface::ObservableTracker::runUntracked([this] { m_readiness->contactsIsReady(); });
     return true;
 }
 
 void PlatformContactManagerBase::listResent()
 {
-    d->records->doubtUnlisted();
-    if (d->eventsEnabled)
-        d->report([this] { reportListResent(); });
+    m_records->doubtUnlisted();
+    if (m_eventsEnabled)
+        report([this] { reportListResent(); });
 }
 
 void PlatformContactManagerBase::aboutToAdd(int, const PlatformContact& contact)
 {
-    if (d->isReporting() && d->listReady)
-        d->report([this, contact] { reportInstalled(contact); });
+    if (isReporting() && m_listReady)
+        report([this, contact] { reportInstalled(contact); });
 }
 
 /// Not held back until the list is ready, as adding is: on purpose.
 void PlatformContactManagerBase::aboutToRemove(int, const PlatformContact& contact)
 {
-    if (d->isReporting())
-        d->report([this, contact] { reportUninstalled(contact); });
+    if (isReporting())
+        report([this, contact] { reportUninstalled(contact); });
 }
 
 void PlatformContactManagerBase::aboutToUpdate(int, const PlatformContact& before, const PlatformContact& after)
 {
-    if (!d->isReporting())
+    if (!isReporting())
         return;
-    d->events.post([this, before, after] { reportUpdated(before, after); });
-    d->events.post([this, before, after] { followAvatar(before, after); });
-    d->events.deliver();
+    m_events.post([this, before, after] { reportUpdated(before, after); });
+    m_events.post([this, before, after] { followAvatar(before, after); });
+    m_events.deliver();
 }
 
+/// The traces are put together only where they are taken.
 void PlatformContactManagerBase::followAvatar(const PlatformContact& before, const PlatformContact& after)
 {
-    const bool isTraced = device::isLogged(debugSeverity);
-    if (before.getAvatarId() == after.getAvatarId()) {
-        if (isTraced)
-            Log<GENERAL_DEBUG_INFO>({}, u"PlatformContactManager::aboutToUpdate(): "
-                                        "oldState.getAvatarId()==newState.getAvatarId()=="_s +
-                                            after.getAvatarId() + u"; ignoring"_s);
+    const QString old = before.getAvatarId();
+    const QString now = after.getAvatarId();
+    if (old == now) {
+        Log<GENERAL_DEBUG_INFO>(
+            {}, u"PlatformContactManager::aboutToUpdate(): oldState.getAvatarId()==newState.getAvatarId()=="_s % now %
+                    u"; ignoring"_s);
         return;
     }
-    if (isTraced)
-        Log<GENERAL_DEBUG_INFO>({}, u"PlatformContactManager::aboutToUpdate(): "
-                                    "oldState.getAvatarId()="_s +
-                                        before.getAvatarId() + u", newState.getAvatarId()="_s + after.getAvatarId());
+    Log<GENERAL_DEBUG_INFO>({}, u"PlatformContactManager::aboutToUpdate(): oldState.getAvatarId()="_s % old %
+                                    u", newState.getAvatarId()="_s % now);
     retrieveAvatar(after.getUri());
 }
 
@@ -238,19 +162,19 @@ void PlatformContactManagerBase::aboutToChange(ChangeType::Type type, const QSha
                                                const QList<PlatformContact>& before,
                                                const QList<PlatformContact>& after)
 {
-    if (!d->isReporting())
+    if (!isReporting())
         return;
     if (type == ChangeType::IndexesChanged) {
         // What the longer list has beyond the shorter is reported as gone, also when the new list is the longer one:
         // on purpose.
         const QList<PlatformContact>& longer = before.size() > after.size() ? before : after;
         for (qsizetype i = std::min(before.size(), after.size()); i < longer.size(); ++i)
-            d->events.post([this, contact = longer.at(i)] { reportUninstalled(contact); });
+            m_events.post([this, contact = longer.at(i)] { reportUninstalled(contact); });
     } else if (type == ChangeType::DataChanged && before.size() == after.size()) {
         for (qsizetype i = 0; i < before.size(); ++i)
-            d->events.post([this, old = before.at(i), now = after.at(i)] { reportUpdated(old, now); });
+            m_events.post([this, old = before.at(i), now = after.at(i)] { reportUpdated(old, now); });
     }
-    d->events.deliver();
+    m_events.deliver();
 }
 
 bool PlatformContactManagerBase::retrieveAvatar(const QString& userId)
@@ -268,14 +192,9 @@ bool PlatformContactManagerBase::retrieveAvatar(const QString& userId)
         requestAvatar(contact.getAvatarId(), userId);
         return true;
     }
-    d->avatarRequests.cancel(userId);
-    d->report([this, contact] { reportAvatar(contact); });
+    m_avatarRequests.cancel(userId);
+    report([this, contact] { reportAvatar(contact); });
     return true;
-}
-
-void PlatformContactManagerBase::requestAvatar(const QString& streamId, const QString& userId)
-{
-    d->avatarRequests.request(userId, streamId);
 }
 
 /// Also for what has had no answer, by when the contact may have another picture.
@@ -285,13 +204,13 @@ void PlatformContactManagerBase::sendRequest(const QString& userId, const QStrin
     if (contact.isInitialized() && contact.getAvatarId() != streamId)
         retrieveAvatar(userId);
     else
-        sendAvatarRequest(*d->stream->pipe(), userId, streamId);
+        sendAvatarRequest(*m_stream->pipe(), userId, streamId);
 }
 
 void PlatformContactManagerBase::streamDataAvailable(const QString& streamId, const QVariant& data)
 {
     const QByteArray bytes = data.toByteArray();
-    const QStringList users = d->avatarRequests.take(streamId, bytes);
+    const QStringList users = m_avatarRequests.take(streamId, bytes);
     for (const QString& userId : users) {
         PlatformContact contact = getContact(userId);
         if (!contact.isInitialized())
@@ -302,10 +221,10 @@ void PlatformContactManagerBase::streamDataAvailable(const QString& streamId, co
         }
         contact.setAvatarData(bytes);
         Log<ZELSP_AVATAR_RECEIVED>({}, userId, streamId, bytes.size());
-        if (d->eventsEnabled)
-            d->events.post([this, contact] { reportAvatar(contact); });
+        if (m_eventsEnabled)
+            m_events.post([this, contact] { reportAvatar(contact); });
     }
-    d->events.deliver();
+    m_events.deliver();
 }
 
 void PlatformContactManagerBase::connInvitationReceivedCallback(QObject*, const iface::JsonReaderAttribute& message)
@@ -318,8 +237,8 @@ void PlatformContactManagerBase::connInvitationReceivedCallback(QObject*, const 
 void PlatformContactManagerBase::invitationReceived(const QString& userId)
 {
     const PlatformContact contact = getContact(userId);
-    if (d->eventsEnabled)
-        d->report([this, contact] { reportInvitation(contact); });
+    if (m_eventsEnabled)
+        report([this, contact] { reportInvitation(contact); });
 }
 
 } // namespace zelsplib

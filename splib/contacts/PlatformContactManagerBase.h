@@ -1,12 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <splib/EventQueue.h>
+#include <splib/channel/StreamRequests.h>
+#include <splib/contacts/ContactLists.h>
 #include <splib/contacts/PlatformContact.h>
 
+#include <iface/CachedObservableList.h>
 #include <iface/JsonReaderAttribute.h>
 #include <iface/ObservableList.h>
-#include <iface/ObservableListImpl.h>
+#include <iface/RunUntilTrue.h>
 #include <zel/JsonStream.h>
+#include <zel/JsonStreamFunctorAdapter.h>
 #include <zel/ListApiMultiplexer.h>
 
 #include <QtCore/QList>
@@ -15,7 +20,9 @@
 #include <QtCore/QString>
 #include <QtCore/QVariant>
 
+#include <functional>
 #include <memory>
+#include <utility>
 
 namespace zelsplib {
 
@@ -37,7 +44,11 @@ class RegistrationHandler;
 class PlatformContactManagerBase : public QObject
 {
     Q_OBJECT
+
 public:
+    PlatformContactManagerBase(const QSharedPointer<zel::ListApiMultiplexer>& multiplexer,
+                               const QSharedPointer<zel::JsonStream>& stream, RegistrationHandler* readiness,
+                               QObject* parent = nullptr);
     ~PlatformContactManagerBase() override;
 
     /// Starts mirroring. The lists are asked for from the event loop, not within the call. Calling it again does
@@ -47,11 +58,10 @@ public:
     /// While off (as at first) nothing is reported but the whole list and what retrieveAvatar() has at hand. Whoever
     /// begins to listen turns events on, also when they are on already.
     void setEventsEnabled(bool enabled);
-    bool eventsEnabled() const;
     /// How many have begun to listen.
-    int listenerCount() const;
+    int listenerCount() const { return m_listenerCount; }
     /// Whether every listed user's record has been there once; never turns back.
-    bool isListReady() const;
+    bool isListReady() const { return m_listReady; }
 
     /// Whether the user of a record that was reported is still listed, and under the handle that stands in it.
     bool hasApplication(const PlatformContact& contact) const;
@@ -60,22 +70,21 @@ public:
     /// Reports the records of the view in list order, whether or not events are enabled.
     void getContactList();
     /// The view; empty before init(). The handle may outlive the manager, and goes on following the lists.
-    iface::ObservableList<PlatformContact> contactList() const;
+    iface::ObservableList<PlatformContact> contactList() const
+    {
+        return iface::ObservableList<PlatformContact>(m_view.data());
+    }
 
     /// Has the contact's picture reported: at once, and whether or not events are enabled, when the contact has none;
     /// else when it has arrived, and only if they are enabled then and the contact still has a handle. It is asked for
     /// until it comes; if the contact has another by then, that one is asked for. False when there is no such contact.
     bool retrieveAvatar(const QString& userId);
-    void requestAvatar(const QString& streamId, const QString& userId);
-
-protected:
-    PlatformContactManagerBase(const QSharedPointer<zel::ListApiMultiplexer>& multiplexer,
-                               const QSharedPointer<zel::JsonStream>& stream, RegistrationHandler* readiness,
-                               QObject* parent);
+    void requestAvatar(const QString& streamId, const QString& userId) { m_avatarRequests.request(userId, streamId); }
 
 private:
-    using ChangeType = iface::ObservableListImpl::ChangeType;
-    using IndexMapper = iface::ObservableListImpl::IndexMapper;
+    using ContactView = iface::CachedObservableList<PlatformContact>;
+    using ChangeType = ContactView::ChangeType;
+    using IndexMapper = ContactView::IndexMapper;
 
     virtual void reportList(const QList<PlatformContact>& contacts) = 0;
     virtual void reportListResent() = 0;
@@ -98,8 +107,29 @@ private:
     void connInvitationReceivedCallback(QObject* sender, const iface::JsonReaderAttribute& message);
     void invitationReceived(const QString& userId);
 
-    struct Private;
-    std::unique_ptr<Private> const d;
+    bool isReporting() const { return m_eventsEnabled && !m_replacement.isNow(); }
+    void report(std::function<void()> event)
+    {
+        m_events.post(std::move(event));
+        m_events.deliver();
+    }
+
+    const QSharedPointer<zel::ListApiMultiplexer> m_multiplexer;
+    const QSharedPointer<zel::JsonStream> m_stream;
+    RegistrationHandler* const m_readiness;
+
+    QExplicitlySharedDataPointer<ContactIds> m_ids; ///< this and the records are null until init()
+    ContactRecords::Pointer m_records;
+    QExplicitlySharedDataPointer<ContactView> m_view{new ContactView};
+    ReplacementMark m_replacement;
+    StreamRequests m_avatarRequests; ///< by user
+    EventQueue m_events;
+    bool m_eventsEnabled = false;
+    int m_listenerCount = 0;
+    bool m_listReady = false;
+
+    std::unique_ptr<zel::JsonStreamFunctorAdapter> m_streamAdapter;
+    std::unique_ptr<iface::RunUntilTrue> m_readinessCheck;
 };
 
 } // namespace zelsplib

@@ -12,13 +12,6 @@ Avatar::Avatar(ImageType type, const QByteArray& data)
 {
 }
 
-Avatar::Avatar(ImageType type, const QByteArray& data, const QString& hash)
-    : m_type(type)
-    , m_data(data)
-    , m_hash(hash)
-{
-}
-
 std::optional<Avatar::ImageType> Avatar::imageTypeShownBy(const QByteArray& data)
 {
     if (data.startsWith("\xff\xd8\xff"))
@@ -32,24 +25,9 @@ std::optional<Avatar::ImageType> Avatar::imageTypeShownBy(const QByteArray& data
     return std::nullopt;
 }
 
-Avatar::ImageType Avatar::imageTypeOf(const QByteArray& data)
+QStringList Avatar::mimeTypes()
 {
-    return imageTypeShownBy(data).value_or(Jpeg);
-}
-
-QString Avatar::getMimeType() const
-{
-    switch (m_type) {
-    case Jpeg:
-        return u"image/jpeg"_s;
-    case Png:
-        return u"image/png"_s;
-    case Gif:
-        return u"image/gif"_s;
-    case Bmp:
-        return u"image/bmp"_s;
-    }
-    return {};
+    return {u"image/jpeg"_s, u"image/png"_s, u"image/gif"_s, u"image/bmp"_s};
 }
 
 } // namespace zelsplib

@@ -4,6 +4,7 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QSharedData>
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 
 #include <optional>
 
@@ -24,17 +25,23 @@ public:
     Avatar() = default;
     /// The hash is the SHA-1 of the data in lower-case hexadecimal.
     Avatar(ImageType type, const QByteArray& data);
-    Avatar(ImageType type, const QByteArray& data, const QString& hash);
+    Avatar(ImageType type, const QByteArray& data, const QString& hash)
+        : m_type(type)
+        , m_data(data)
+        , m_hash(hash)
+    {
+    }
 
     /// The type that the first bytes of a picture show, if any.
     static std::optional<ImageType> imageTypeShownBy(const QByteArray& data);
-    /// The same; JPEG when they show none.
-    static ImageType imageTypeOf(const QByteArray& data);
+
+    /// By type.
+    static QStringList mimeTypes();
 
     ImageType getImageType() const { return m_type; }
     QByteArray getData() const { return m_data; }
     QString getHash() const { return m_hash; }
-    QString getMimeType() const;
+    QString getMimeType() const { return mimeTypes().value(m_type); }
 
     friend bool operator==(const Avatar& a, const Avatar& b)
     {

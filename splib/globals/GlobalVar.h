@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QtCore/QMetaType>
 #include <QtCore/QString>
 #include <QtCore/QVariant>
 
@@ -14,10 +13,7 @@ struct GlobalVar
     /// A PlatformPermissions under "permission", a PlatformContact under "platformProfile", else invalid.
     QVariant value;
 
-    friend bool operator==(const GlobalVar& a, const GlobalVar& b) { return a.name == b.name && a.value == b.value; }
-    friend bool operator!=(const GlobalVar& a, const GlobalVar& b) { return !(a == b); }
+    friend bool operator==(const GlobalVar&, const GlobalVar&) = default;
 };
 
 } // namespace zelsplib
-
-Q_DECLARE_METATYPE(zelsplib::GlobalVar)

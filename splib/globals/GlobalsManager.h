@@ -4,7 +4,6 @@
 #include <splib/globals/GlobalsManagerBase.h>
 
 #include <concepts>
-#include <utility>
 
 namespace zelsplib {
 
@@ -31,17 +30,13 @@ template <RegistrationEvents Registration, UserProfileEvents UserProfile>
 class GlobalsManager final : public GlobalsManagerBase
 {
 public:
-    GlobalsManager(QSharedPointer<zel::ListApiMultiplexer> listApi, QSharedPointer<zel::JsonStream> jsonStream,
-                   RegistrationHandler* registrationHandler)
-        : GlobalsManagerBase(std::move(listApi), std::move(jsonStream), registrationHandler)
-    {
-    }
+    using GlobalsManagerBase::GlobalsManagerBase;
 
+    void pushRegistrationEvent(const QString& state) override { m_registration.pushPermissionEvent(state); }
     Registration& registrationEventHandler() { return m_registration; }
     UserProfile& userProfileEventHandler() { return m_userProfile; }
 
 private:
-    void pushPermissionEvent(const QString& code) override { m_registration.pushPermissionEvent(code); }
     void pushDisplayNameChanged(const PlatformContact& profile) override
     {
         m_userProfile.pushPlatformUserProfileDisplayNameChangedEvent(profile);

@@ -1,13 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <splib/EventQueue.h>
 #include <splib/contacts/PlatformContact.h>
 #include <splib/globals/Avatar.h>
 #include <splib/globals/GlobalVar.h>
+#include <splib/globals/OwnPicture.h>
 #include <splib/globals/PlatformPermissions.h>
+#include <splib/globals/RegistrationRequest.h>
 
 #include <zel/JsonStream.h>
+#include <zel/JsonStreamFunctorAdapter.h>
 #include <zel/ListApiMultiplexer.h>
+#include <zel/LiveMap.h>
 
 #include <iface/JsonReaderAttribute.h>
 
@@ -33,7 +38,8 @@ class GlobalsManagerBase : public QObject
     Q_OBJECT
 
 public:
-    ~GlobalsManagerBase() override;
+    GlobalsManagerBase(const QSharedPointer<zel::ListApiMultiplexer>& listApi,
+                       const QSharedPointer<zel::JsonStream>& jsonStream, RegistrationHandler* registrationHandler);
 
     /// Starts to follow the own profile and to take pictures. Called once, by the facade.
     void init();
@@ -45,50 +51,65 @@ public:
 
     /// Tracked reads of the last record; defaults until one has arrived.
     PlatformPermissions getPermissions() const;
-    QString getAccessCode() const;
+    QString getAccessCode() const { return getPermissions().registrationState; }
     /// Tracked read of the last record; never holds the picture.
     PlatformContact getMyProfile() const;
     /// The own picture as last told; empty when there is none.
-    QByteArray getMyAvatar() const;
+    QByteArray getMyAvatar() const { return m_picture; }
 
     /// Asks for a change of the own profile: of the fields marked in `contact`, or of all when none is marked.
     void setMyProfile(const PlatformContact& contact);
     /// Asks for a new own picture. False, with a line in the log, when the picture cannot be one or while another
     /// waits to be confirmed.
-    bool setProfileAvatar(Avatar::ImageType type, const char* data, unsigned int size);
+    bool setProfileAvatar(Avatar::ImageType type, const char* data, unsigned int size)
+    {
+        return m_ownPicture.offer(type, data, size);
+    }
 
     /// Asks for the picture that the own profile names, and again until it comes.
-    void requestProfileAvatar();
+    void requestProfileAvatar() { m_ownPicture.request(m_profile.getAvatarId()); }
     /// Takes `data` as the own picture and tells so.
     void setUserProfileAvatar(const QByteArray& data);
     /// The core service wants the own picture on the stream `streamId`, or will send it there.
-    void avatarRequested(const QString& streamId);
+    void avatarRequested(const QString& streamId) { m_ownPicture.handleRequest(streamId); }
 
     /// Hands a registration state to the registration event handler.
-    void pushRegistrationEvent(const QString& state);
-
-protected:
-    GlobalsManagerBase(QSharedPointer<zel::ListApiMultiplexer> listApi, QSharedPointer<zel::JsonStream> jsonStream,
-                       RegistrationHandler* registrationHandler);
+    virtual void pushRegistrationEvent(const QString& state) = 0;
 
 private:
-    virtual void pushPermissionEvent(const QString& code) = 0;
+    using GlobalMap = zel::LiveMap<QString, GlobalVar>;
+
     virtual void pushDisplayNameChanged(const PlatformContact& profile) = 0;
     virtual void pushPersonalMessageChanged(const PlatformContact& profile) = 0;
     virtual void pushStatusChanged(const PlatformContact& profile) = 0;
     virtual void pushAvatarChanged(const PlatformContact& profile) = 0;
 
+    void follow(const QString& name, void (GlobalsManagerBase::*changed)());
+    void readAgain(const QString& name) const;
+    void sendAvatar(const Avatar& avatar);
     void postAvatar(const QByteArray& data);
     void postProfileChanges(const PlatformContact& before, const PlatformContact& after);
 
     void permissionCallback();
     void platformProfileCallback();
-    void requestUserAvatarCallback(QObject* sender, iface::JsonReaderAttribute message);
-    void profileChangeResponseCallback(QObject* sender, iface::JsonReaderAttribute message);
+    void requestUserAvatarCallback(QObject* sender, const iface::JsonReaderAttribute& message);
+    void profileChangeResponseCallback(QObject* sender, const iface::JsonReaderAttribute& message);
+    void listChunkCallback(QObject* sender, const iface::JsonReaderAttribute& message);
     void streamDataAvailable(const QString& streamId, const QVariant& data);
 
-    struct Private;
-    std::unique_ptr<Private> const d;
+    const QSharedPointer<zel::JsonStream> m_jsonStream;
+    RegistrationHandler* const m_registrationHandler;
+    const GlobalMap::Pointer m_globalMap;
+    std::unique_ptr<zel::JsonStreamFunctorAdapter> m_streamAdapter;
+    EventQueue m_events;
+
+    RegistrationRequest m_registration;
+    PlatformPermissions m_permissions; ///< as last told
+    PlatformContact m_profile;         ///< as last told, without its picture
+    bool m_profileInitialized = false;
+
+    OwnPicture m_ownPicture;
+    QByteArray m_picture; ///< as last told
 };
 
 } // namespace zelsplib

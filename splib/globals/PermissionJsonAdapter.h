@@ -1,21 +1,28 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <splib/JsonFields.h>
 #include <splib/globals/PlatformPermissions.h>
 
 #include <iface/JsonObjectReader.h>
-#include <zel/JsonWriter.h>
 
 namespace zelsplib {
 
 /// Converts the permission record, which is no list element of its own but a value under a name.
-class PermissionJsonAdapter
+struct PermissionJsonAdapter
 {
-public:
-    /// Members that are missing or of another type keep what `base` holds.
-    static PlatformPermissions fromJson(const iface::JsonObjectReader& json, const PlatformPermissions& base);
+    /// Members that are missing or of another type keep what the record holds.
+    static void load(PlatformPermissions& permissions, const iface::JsonObjectReader& json)
+    {
+        json.readFields("showAppBox", permissions.showAppBox, "zelInvites", permissions.zelInvites, "registrationState",
+                        permissions.registrationState, "zelSetup", permissions.zelSetup);
+    }
     /// Writes the members into an object that the caller has opened.
-    static void toJson(const PlatformPermissions& permissions, zel::JsonWriter& object);
+    static void writeMembers(const PlatformPermissions& permissions, zel::JsonWriter& object)
+    {
+        writeFields(object, "showAppBox", permissions.showAppBox, "zelInvites", permissions.zelInvites,
+                    "registrationState", permissions.registrationState, "zelSetup", permissions.zelSetup);
+    }
 };
 
 } // namespace zelsplib

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QtCore/QMetaType>
 #include <QtCore/QString>
 
 namespace zelsplib {
@@ -18,5 +17,3 @@ struct PlatformPermissions
 };
 
 } // namespace zelsplib
-
-Q_DECLARE_METATYPE(zelsplib::PlatformPermissions)

@@ -7,8 +7,9 @@ using namespace Qt::StringLiterals;
 
 namespace zelsplib {
 
-RegistrationRequest::RegistrationRequest(Actions actions)
-    : m_actions(std::move(actions))
+RegistrationRequest::RegistrationRequest(Send send, std::function<void()> readState)
+    : m_send(std::move(send))
+    , m_readState(std::move(readState))
     , m_retry([this] { remind(); })
 {
 }
@@ -25,7 +26,7 @@ void RegistrationRequest::begin(const QString& uuid, bool silent)
 void RegistrationRequest::send()
 {
     m_known = Known::Nothing;
-    m_actions.send(m_uuid, m_silent);
+    m_send(m_uuid, m_silent);
 }
 
 void RegistrationRequest::handleState(const QString& state)
@@ -47,7 +48,7 @@ void RegistrationRequest::remind()
 {
     if (m_isPending || m_known != Known::NothingNew) {
         m_known = Known::Asked;
-        m_actions.readState();
+        m_readState();
     } else if (!m_isRepeated) {
         m_isRepeated = true;
         send();

@@ -19,14 +19,10 @@ namespace zelsplib {
 class RegistrationRequest
 {
 public:
-    /// What it has its manager do.
-    struct Actions
-    {
-        std::function<void(const QString& uuid, bool silent)> send;
-        std::function<void()> readState;
-    };
+    using Send = std::function<void(const QString& uuid, bool silent)>;
 
-    explicit RegistrationRequest(Actions actions);
+    /// What it has its manager do.
+    RegistrationRequest(Send send, std::function<void()> readState);
 
     void begin(const QString& uuid, bool silent);
     /// The service has told another state than before.
@@ -45,7 +41,8 @@ private:
     void send();
     void remind();
 
-    const Actions m_actions;
+    const Send m_send;
+    const std::function<void()> m_readState;
     QString m_uuid;
     bool m_silent = false;
     Known m_known = Known::Nothing;

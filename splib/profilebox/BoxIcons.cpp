@@ -10,6 +10,8 @@
 #include <QtCore/QCryptographicHash>
 
 #include <algorithm>
+#include <functional>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -29,14 +31,14 @@ QString retrievalStreamId(int iconId)
 
 } // namespace
 
-BoxIcons::BoxIcons(const QSharedPointer<zel::JsonStream>& stream, EventQueue& queue, const Events& events)
-    : BoxList(queue, events.added, {}, events.removed)
+BoxIcons::BoxIcons(const QSharedPointer<zel::JsonStream>& stream, EventQueue& events, Event added, Event removed,
+                   Event retrieved)
+    : BoxList(events, std::move(added), {}, std::move(removed))
     , m_stream(stream)
-    , m_queue(queue)
-    , m_retrieved(events.retrieved)
-    , m_announcements([this](const QString& imageId) { send(imageId); })
-    , m_retrievals(stream,
-                   [this](const QString& imageId, const QString& streamId) { sendRetrieval(imageId, streamId); })
+    , m_events(events)
+    , m_retrieved(std::move(retrieved))
+    , m_announcements(std::bind_front(&BoxIcons::send, this))
+    , m_retrievals(stream, std::bind_front(&BoxIcons::sendRetrieval, this))
 {
 }
 
@@ -159,7 +161,7 @@ void BoxIcons::handleData(const QString& streamId, const QByteArray& bytes)
 {
     if (m_retrievals.waiting(streamId).isEmpty())
         return;
-    const QSharedDataPointer<Avatar> icon(new Avatar(Avatar::imageTypeOf(bytes), bytes));
+    const QSharedDataPointer<Avatar> icon(new Avatar(Avatar::imageTypeShownBy(bytes).value_or(Avatar::Jpeg), bytes));
     const QString hash = icon.constData()->getHash();
     const QString imageId = retrievalOf(streamId, hash);
     if (imageId.isEmpty())
@@ -169,8 +171,8 @@ void BoxIcons::handleData(const QString& streamId, const QByteArray& bytes)
         return;
     m_retrievals.cancel(imageId);
     Log<ZELSP_PROFILE_BOX_IMG_DATA_RECEIVED>({}, imageId, streamId, static_cast<unsigned>(bytes.size()));
-    m_queue.post([this, image = ProfileBoxImage::create(imageId, hash, icon)] { m_retrieved(image); });
-    m_queue.deliver();
+    m_events.post([this, image = ProfileBoxImage::create(imageId, hash, icon)] { m_retrieved(image); });
+    m_events.deliver();
 }
 
 /// Whose data it is that has come, with this hash, on a stream that several icons may share; empty when nobody's.

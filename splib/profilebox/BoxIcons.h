@@ -26,14 +26,8 @@ namespace zelsplib {
 class BoxIcons : public BoxList<ProfileBoxImage, &ProfileBoxImage::getImageId>
 {
 public:
-    struct Events
-    {
-        Event added;
-        Event removed;
-        Event retrieved;
-    };
-
-    BoxIcons(const QSharedPointer<zel::JsonStream>& stream, EventQueue& queue, const Events& events);
+    BoxIcons(const QSharedPointer<zel::JsonStream>& stream, EventQueue& events, Event added, Event removed,
+             Event retrieved);
 
     /// Starts to mirror the list and to answer the service. See BoxList::start().
     void start(QObject* owner, const QSharedPointer<zel::ListApiMultiplexer>& multiplexer,
@@ -61,7 +55,7 @@ private:
     QString retrievalOf(const QString& streamId, const QString& hash) const;
 
     const QSharedPointer<zel::JsonStream> m_stream;
-    EventQueue& m_queue;
+    EventQueue& m_events;
     const Event m_retrieved;
     QHash<QString, QSharedDataPointer<Avatar>> m_pending; ///< announced but not listed yet, by icon id
     Retries m_announcements;     ///< of the pending icons whose bytes the service has not asked for yet

@@ -3,6 +3,8 @@
 
 #include <splib/log/Logging.h>
 
+#include <iterator>
+
 using namespace Qt::StringLiterals;
 
 namespace zelsplib {
@@ -11,30 +13,19 @@ using namespace logging;
 
 namespace {
 
-QString lineOf(BoxRefusal refusal)
-{
-    switch (refusal) {
-    case BoxRefusal::TextIsEmpty:
-        return u"Failed to create profile box item: text is null or empty"_s;
-    case BoxRefusal::TextIsTooLong:
-        return u"Failed to create profile box item: text > 100 chars"_s;
-    case BoxRefusal::TextHasTooManyLines:
-        return u"Failed to create profile box item: text contains more than 2 new line chars"_s;
-    case BoxRefusal::CookieIsTooLong:
-        return u"Failed to create profile box item: cookie > 128 chars"_s;
-    case BoxRefusal::IconIdIsNegative:
-        return u"Failed to register profile box icon: icon ID is invalid"_s;
-    case BoxRefusal::IconIsNull:
-        return u"Failed to register profile box icon: null pointer found"_s;
-    case BoxRefusal::IconHasWrongSize:
-        return u"Failed to register profile box icon: icon size=%1 is invalid"_s;
-    case BoxRefusal::IconIsUnderWay:
-        return u"Failed to register profile box icon ID=%1: registration of icon with same ID already in progress"_s;
-    case BoxRefusal::IconIsRegistered:
-        return u"Failed to register a profile box icon with id=%1; already registered"_s;
-    }
-    Q_UNREACHABLE();
-}
+constexpr const char* lines[] = {
+    // by refusal
+    "Failed to create profile box item: text is null or empty",
+    "Failed to create profile box item: text > 100 chars",
+    "Failed to create profile box item: text contains more than 2 new line chars",
+    "Failed to create profile box item: cookie > 128 chars",
+    "Failed to register profile box icon: icon ID is invalid",
+    "Failed to register profile box icon: null pointer found",
+    "Failed to register profile box icon: icon size=%1 is invalid",
+    "Failed to register profile box icon ID=%1: registration of icon with same ID already in progress",
+    "Failed to register a profile box icon with id=%1; already registered",
+};
+static_assert(std::size(lines) == std::size_t(BoxRefusal::IconIsRegistered) + 1);
 
 } // namespace
 
@@ -65,7 +56,7 @@ std::optional<BoxRefusal> refusalOfIcon(int iconId, const char* data, unsigned s
 
 void logRefusal(BoxRefusal refusal, const QString& value)
 {
-    const QString line = lineOf(refusal);
+    const QString line = QLatin1String(lines[int(refusal)]);
     Log<GENERAL_ERROR>({}, line.contains("%1"_L1) ? line.arg(value) : line);
 }
 

@@ -3,54 +3,51 @@
 
 #include <iface/JsonObjectReader.h>
 
-#include <QtCore/QMetaType>
-#include <QtCore/QSharedData>
-#include <QtCore/QSharedDataPointer>
 #include <QtCore/QString>
 
 namespace zelsplib {
 
-struct ProfileBoxItemData : public QSharedData
-{
-    QString itemId;
-    QString imageId;
-    QString text;
-    QString cookie;
-};
-
-/// One item of the user's profile box. A value; copies share their data until one is changed.
+/// One item of the user's profile box. A value; copies share their texts.
 class ProfileBoxItem
 {
 public:
-    ProfileBoxItem();
     static ProfileBoxItem create(const QString& itemId, const QString& imageId, const QString& text,
-                                 const QString& cookie);
+                                 const QString& cookie)
+    {
+        ProfileBoxItem item;
+        item.m_itemId = itemId;
+        item.m_imageId = imageId;
+        item.m_text = text;
+        item.m_cookie = cookie;
+        return item;
+    }
 
     /// The service's identifier, the key of the item.
-    QString getItemId() const { return d->itemId; }
+    QString getItemId() const { return m_itemId; }
     /// The icon's id as decimal text, empty without an icon.
-    QString getImageId() const { return d->imageId; }
-    QString getText() const { return d->text; }
+    QString getImageId() const { return m_imageId; }
+    QString getText() const { return m_text; }
     /// The application's own, opaque to everybody else.
-    QString getCookie() const { return d->cookie; }
+    QString getCookie() const { return m_cookie; }
 
-    void setItemId(const QString& itemId) { d->itemId = itemId; }
-    void setImageId(const QString& imageId) { d->imageId = imageId; }
-    void setText(const QString& text) { d->text = text; }
-    void setCookie(const QString& cookie) { d->cookie = cookie; }
+    void setItemId(const QString& itemId) { m_itemId = itemId; }
+    void setImageId(const QString& imageId) { m_imageId = imageId; }
+    void setText(const QString& text) { m_text = text; }
+    void setCookie(const QString& cookie) { m_cookie = cookie; }
 
     /// Reads what the object has over what the item holds; what the object lacks stays.
-    void load(const iface::JsonObjectReader& json);
+    void load(const iface::JsonObjectReader& json)
+    {
+        json.readFields("itemId", m_itemId, "imageId", m_imageId, "text", m_text, "cookie", m_cookie);
+    }
 
-    friend bool operator==(const ProfileBoxItem& a, const ProfileBoxItem& b) { return a.equals(b); }
-    friend bool operator!=(const ProfileBoxItem& a, const ProfileBoxItem& b) { return !a.equals(b); }
+    friend bool operator==(const ProfileBoxItem&, const ProfileBoxItem&) = default;
 
 private:
-    bool equals(const ProfileBoxItem& other) const;
-
-    QSharedDataPointer<ProfileBoxItemData> d;
+    QString m_itemId;
+    QString m_imageId;
+    QString m_text;
+    QString m_cookie;
 };
 
 } // namespace zelsplib
-
-Q_DECLARE_METATYPE(zelsplib::ProfileBoxItem)

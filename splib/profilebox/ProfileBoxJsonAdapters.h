@@ -9,15 +9,8 @@
 namespace zelsplib {
 
 /// Converts the elements of the "profileBoxItem" list.
-class ProfileBoxItemJsonAdapter : public RecordJsonAdapter<ProfileBoxItem, &ProfileBoxItem::getItemId>
+class ProfileBoxItemJsonAdapter : public RecordJsonAdapter<ProfileBoxItem, &ProfileBoxItem::getItemId, "itemId">
 {
-public:
-    ProfileBoxItemJsonAdapter()
-        : RecordJsonAdapter("itemId")
-    {
-    }
-
-private:
     void load(ProfileBoxItem& item, const iface::JsonObjectReader& json) const override { item.load(json); }
     void writeMembers(const ProfileBoxItem& item, zel::JsonWriter& object) const override
     {
@@ -27,15 +20,8 @@ private:
 };
 
 /// Converts the elements of the "profileBoxImage" list.
-class ProfileBoxImageJsonAdapter : public RecordJsonAdapter<ProfileBoxImage, &ProfileBoxImage::getImageId>
+class ProfileBoxImageJsonAdapter : public RecordJsonAdapter<ProfileBoxImage, &ProfileBoxImage::getImageId, "imageId">
 {
-public:
-    ProfileBoxImageJsonAdapter()
-        : RecordJsonAdapter("imageId")
-    {
-    }
-
-private:
     void load(ProfileBoxImage& image, const iface::JsonObjectReader& json) const override { image.load(json); }
     void writeMembers(const ProfileBoxImage& image, zel::JsonWriter& object) const override
     {

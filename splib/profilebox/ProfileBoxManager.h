@@ -28,11 +28,7 @@ template <ProfileBoxEvents Handler>
 class ProfileBoxManager final : public ProfileBoxManagerBase
 {
 public:
-    ProfileBoxManager(const QSharedPointer<zel::ListApiMultiplexer>& listApi,
-                      const QSharedPointer<zel::JsonStream>& jsonStream, RegistrationHandler* registrationHandler)
-        : ProfileBoxManagerBase(listApi, jsonStream, registrationHandler)
-    {
-    }
+    using ProfileBoxManagerBase::ProfileBoxManagerBase;
 
     Handler& eventHandler() { return m_handler; }
 

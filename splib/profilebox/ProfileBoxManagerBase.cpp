@@ -1,85 +1,49 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/profilebox/ProfileBoxManagerBase.h>
 
-#include <splib/EventQueue.h>
 #include <splib/JsonFields.h>
 #include <splib/RegistrationHandler.h>
-#include <splib/profilebox/BoxIcons.h>
-#include <splib/profilebox/BoxList.h>
 #include <splib/profilebox/ProfileBoxJsonAdapters.h>
 
 using namespace Qt::StringLiterals;
 
 namespace zelsplib {
 
-struct ProfileBoxManagerBase::Private
-{
-    Private(ProfileBoxManagerBase* manager, const QSharedPointer<zel::ListApiMultiplexer>& multiplexer,
-            const QSharedPointer<zel::JsonStream>& stream, RegistrationHandler* handler)
-        : listApi(multiplexer)
-        , registrationHandler(handler)
-        , items(
-              events, [manager](const ProfileBoxItem& item) { manager->pushItemAdded(item); },
-              [manager](const ProfileBoxItem& item) { manager->pushItemUpdated(item); },
-              [manager](const ProfileBoxItem& item) { manager->pushItemRemoved(item); })
-        , icons(stream, events,
-                {[manager](const ProfileBoxImage& image) { manager->pushImageAdded(image); },
-                 [manager](const ProfileBoxImage& image) { manager->pushImageRemoved(image); },
-                 [manager](const ProfileBoxImage& image) { manager->pushImageRetrieved(image); }})
-    {
-    }
-
-    const QSharedPointer<zel::ListApiMultiplexer> listApi;
-    RegistrationHandler* const registrationHandler;
-    ProfileBoxState state = ProfileBoxState::Loading;
-    EventQueue events;
-    BoxList<ProfileBoxItem, &ProfileBoxItem::getItemId> items;
-    BoxIcons icons;
-};
-
 ProfileBoxManagerBase::ProfileBoxManagerBase(const QSharedPointer<zel::ListApiMultiplexer>& listApi,
                                              const QSharedPointer<zel::JsonStream>& jsonStream,
                                              RegistrationHandler* registrationHandler)
-    : d(new Private(this, listApi, jsonStream, registrationHandler))
+    : m_listApi(listApi)
+    , m_registrationHandler(registrationHandler)
+    , m_items(
+          m_events, [this](const ProfileBoxItem& item) { pushItemAdded(item); },
+          [this](const ProfileBoxItem& item) { pushItemUpdated(item); },
+          [this](const ProfileBoxItem& item) { pushItemRemoved(item); })
+    , m_icons(
+          jsonStream, m_events, [this](const ProfileBoxImage& image) { pushImageAdded(image); },
+          [this](const ProfileBoxImage& image) { pushImageRemoved(image); },
+          [this](const ProfileBoxImage& image) { pushImageRetrieved(image); })
 {
 }
-
-ProfileBoxManagerBase::~ProfileBoxManagerBase() = default;
 
 void ProfileBoxManagerBase::init()
 {
     const auto changed = [this] { handleListChanged(); };
-    d->icons.start(this, d->listApi, changed);
-    d->items.start(d->listApi, QSharedPointer<ProfileBoxItemJsonAdapter>::create(), u"profileBoxItem"_s, changed);
+    m_icons.start(this, m_listApi, changed);
+    m_items.start(m_listApi, QSharedPointer<ProfileBoxItemJsonAdapter>::create(), u"profileBoxItem"_s, changed);
 }
 
 void ProfileBoxManagerBase::handleListChanged()
 {
-    d->items.noteCompleteness();
-    d->icons.noteCompleteness();
-    if (d->state == ProfileBoxState::Ready)
+    m_items.noteCompleteness();
+    m_icons.noteCompleteness();
+    if (m_state == ProfileBoxState::Ready)
         return;
-    d->events.post([this] { pushFirstReceived(); });
-    if (d->items.isComplete() && d->icons.isComplete()) {
-        d->state = ProfileBoxState::Ready;
-        d->registrationHandler->profileBoxIsReady();
+    m_events.post([this] { pushFirstReceived(); });
+    if (m_items.isComplete() && m_icons.isComplete()) {
+        m_state = ProfileBoxState::Ready;
+        m_registrationHandler->profileBoxIsReady();
     }
-    d->events.deliver();
-}
-
-ProfileBoxState ProfileBoxManagerBase::profileBoxState() const
-{
-    return d->state;
-}
-
-std::optional<BoxRefusal> ProfileBoxManagerBase::refusalOfIcon(int iconId, const char* data, unsigned size) const
-{
-    return d->icons.refusalOf(iconId, data, size);
-}
-
-bool ProfileBoxManagerBase::isIconKnown(int iconId) const
-{
-    return d->icons.isKnown(QString::number(iconId));
+    m_events.deliver();
 }
 
 bool ProfileBoxManagerBase::createProfileBoxItem(const QString& text, const boost::optional<int>& iconId,
@@ -92,7 +56,7 @@ bool ProfileBoxManagerBase::createProfileBoxItem(const QString& text, const boos
     const auto request = makeRequest("createProfileBoxItem", "text", text, "cookie", cookie);
     if (iconId)
         writeFields(*request, "imageId", QString::number(*iconId));
-    d->listApi->send(request);
+    m_listApi->send(request);
     return true;
 }
 
@@ -103,42 +67,17 @@ bool ProfileBoxManagerBase::createProfileBoxImage(int iconId, Avatar::ImageType 
                    *refusal == BoxRefusal::IconHasWrongSize ? QString::number(size) : QString::number(iconId));
         return false;
     }
-    d->icons.create(iconId, type, QByteArray(data, static_cast<qsizetype>(size)));
+    m_icons.create(iconId, type, QByteArray(data, static_cast<qsizetype>(size)));
     return true;
-}
-
-void ProfileBoxManagerBase::retrieveProfileBoxImage(int iconId)
-{
-    d->icons.retrieve(iconId);
-}
-
-void ProfileBoxManagerBase::removeProfileBoxItem(const QString& itemId)
-{
-    d->items.requestRemoval(itemId);
-}
-
-void ProfileBoxManagerBase::getProfileBoxItems(QList<ProfileBoxItem>& items) const
-{
-    items = d->items.records();
 }
 
 bool ProfileBoxManagerBase::getProfileBoxItemByItemId(const QString& itemId, ProfileBoxItem* item) const
 {
-    const ProfileBoxItem* found = d->items.find(itemId);
+    const ProfileBoxItem* found = m_items.find(itemId);
     if (!found || !item)
         return false;
     *item = *found;
     return true;
-}
-
-int ProfileBoxManagerBase::profileBoxItemCount() const
-{
-    return static_cast<int>(d->items.records().size());
-}
-
-void ProfileBoxManagerBase::buildProfileBoxImageList(QList<ProfileBoxImage>& images) const
-{
-    images = d->icons.records();
 }
 
 } // namespace zelsplib

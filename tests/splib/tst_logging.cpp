@@ -31,7 +31,7 @@ private Q_SLOTS:
     {
         struct Counted
         {
-            operator QByteArray() const { return QByteArray::number(++*count); }
+            operator QString() const { return QString::number(++*count); }
             int* count;
         };
         int count = 0;

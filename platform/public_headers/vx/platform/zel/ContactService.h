@@ -19,9 +19,9 @@ class ContactServicePrivate;
 
 /// The user's contacts who also have the application, and what happens to them.
 ///
-/// Make it when the context is ready, as whenReady() tells: one that is made while the context gives no access answers
-/// defaults for its life. The first one starts the following of contacts; all of them show the same contacts. The
-/// context is held guarded and may go first.
+/// Make it when the context is ready, as whenReady() tells: one that is made without a context, or while it gives no
+/// access, answers defaults for its life. The first one starts the following of contacts; all of them show the same
+/// contacts. The context is held guarded and may go first.
 ///
 /// What has come by the time it is made is there at once. One that is made when the context becomes ready hears one
 /// contactListUpdated() when the list is whole; for one that is made later, when it is whole already, none need follow.

@@ -7,10 +7,6 @@
 #include <QtCore/QObject>
 #include <QtCore/QString>
 
-QT_BEGIN_NAMESPACE
-class QDebug;
-QT_END_NAMESPACE
-
 namespace vx::platform::zel {
 
 /// The format of a picture or an icon, and what it is called elsewhere. A holder for the enumeration; never

@@ -5,10 +5,6 @@
 
 #include <QtCore/QObject>
 
-QT_BEGIN_NAMESPACE
-class QDebug;
-QT_END_NAMESPACE
-
 namespace vx::platform::zel {
 
 /// What ApplicationPermissions can be asked about. A holder for the enumeration; never instantiated.

@@ -7,10 +7,6 @@
 #include <QtCore/QObject>
 #include <QtCore/QString>
 
-QT_BEGIN_NAMESPACE
-class QDebug;
-QT_END_NAMESPACE
-
 namespace zelsplib {
 class ProfileBoxItem;
 }

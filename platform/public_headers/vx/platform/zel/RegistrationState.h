@@ -5,10 +5,6 @@
 
 #include <QtCore/QObject>
 
-QT_BEGIN_NAMESPACE
-class QDebug;
-QT_END_NAMESPACE
-
 namespace vx::platform::zel {
 
 /// Where the application stands with the messaging service, as Context::registrationState() reports it.

@@ -18,9 +18,9 @@ class UserProfilePrivate;
 
 /// The user's own profile, to read and to change.
 ///
-/// Make it when the context is ready, as whenReady() tells: one that is made while the context gives no access answers
-/// defaults and refuses requests for its life. It keeps a copy of the profile as it was then,
-/// and follows the changes of the display name, personal message, status and picture. While access is lost it answers
+/// Make it when the context is ready, as whenReady() tells: one that is made without a context, or while it gives no
+/// access, answers defaults and refuses requests for its life. It keeps a copy of the profile as it was then, and
+/// follows the changes of the display name, personal message, status and picture. While access is lost it answers
 /// defaults; the copy is kept current and shows again when access returns. The context is held guarded and may go
 /// first. The application owns its profile objects and may have several.
 ///

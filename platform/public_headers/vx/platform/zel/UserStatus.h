@@ -5,10 +5,6 @@
 
 #include <QtCore/QObject>
 
-QT_BEGIN_NAMESPACE
-class QDebug;
-QT_END_NAMESPACE
-
 namespace vx::platform::zel {
 
 /// Whether a user is available. There is no value 0: what has no profile to read answers Available.
