@@ -8,7 +8,9 @@
 #include <simulator/RawApplication.h>
 
 #include <QtCore/QMetaProperty>
+#include <QtCore/QTemporaryDir>
 #include <QtGui/QImage>
+#include <QtQml/QJSEngine>
 #include <QtTest/QAbstractItemModelTester>
 #include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
@@ -48,6 +50,30 @@ struct Shown
 class TstDesk : public QObject
 {
     Q_OBJECT
+
+public:
+    Q_INVOKABLE bool run(const QString& command) { return m_simulator->execute(command); }
+    Q_INVOKABLE void sign()
+    {
+        m_application->begin();
+        m_application->send("registrationRequest", R"({"uuid":"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b","silent":true})");
+        m_application->synchronize();
+    }
+    Q_INVOKABLE void leave() { m_application->disconnect(); }
+    Q_INVOKABLE void invoke()
+    {
+        m_application->connectTo(m_simulator->root(), "/services/invocation/sys.zel.chathandler");
+        m_application->sendRecord(R"({"target":"sys.zel.chathandler","action":"a","mimeType":"m"})");
+    }
+    Q_INVOKABLE void stop() { m_simulator->stop(); }
+    Q_INVOKABLE QString recording() const { return m_folder.filePath(u"r"_s); }
+    Q_INVOKABLE void begin()
+    {
+        QString problem;
+        const ServiceOptions options{
+            .root = m_folder.path(), .scenario = u"first-steps"_s, .isPaused = true, .record = recording()};
+        QVERIFY2(m_desk->begin(options, &problem), qPrintable(problem));
+    }
 
 private Q_SLOTS:
     void init()
@@ -130,80 +156,59 @@ private Q_SLOTS:
                                    std::make_unique<QSignalSpy>(object, property.notifySignal())});
             }
         }
-        RawApplication application(m_simulator->root());
-        const auto line = [this](const char* words) {
-            return [=, this] { QVERIFY2(m_simulator->execute(QString::fromLatin1(words)), words); };
-        };
+        m_application = std::make_unique<RawApplication>(m_simulator->root());
         Service& service = *m_desk->service();
-        Timeline& timeline = *m_desk->timeline();
-        Weather& weather = *m_desk->weather();
         PersonModel& user = *m_desk->user();
-        PersonModel& contact = *m_desk->contact();
-        BoxModel& box = *m_desk->box();
-        const std::function<void()> steps[] = {
-            [&] { timeline.setPaused(true); },
-            line("contact add anna displayName=Anna"),
-            line("box add Hi"),
-            [&] { QTRY_VERIFY(m_desk->contacts()->count() == 1 && box.count() == 1); },
-            [&] { contact.setUserId(u"user-anna"_s); },
-            [&] { QVERIFY(contact.setData(contact.index(1), u"Back at five"_s, PersonModel::ValueRole)); },
-            [&] { contact.setPictureSize(3000); },
-            line("contact change anna displayName=An"),
-            [&] { m_desk->contacts()->setInstalled(u"user-anna"_s, false); },
-            [&] { QVERIFY(user.setData(user.index(0), u"Robin at the desk"_s, PersonModel::ValueRole)); },
-            [&] { user.setPictureSize(200); },
-            [&] { QVERIFY(!user.setData(user.index(0), QString(62000, u'x'), PersonModel::ValueRole)); },
-            [&] { QVERIFY(service.isComplaint()); },
-            [&] { QVERIFY(box.setData(box.index(0), u"Level 3"_s, BoxModel::TextRole)); },
-            [&] { QVERIFY(!box.setData(box.index(0), u"x"_s, BoxModel::IdRole)); },
-            [&] { box.addIcon(); },
-            [&] { box.addIcon(); },
-            [&] { box.removeIcon(u"1"_s); },
-            [&] { QCOMPARE(m_simulator->contact(u"user-anna"_s).personalMessage, u"Back at five"_s); },
-            [&] { QCOMPARE(m_simulator->profile().displayName, u"Robin at the desk"_s); },
-            [&] { QCOMPARE(contact.picture() + user.picture(), u"%L1 bytes%2 bytes"_s.arg(3000).arg(200)); },
-            [&] { QCOMPARE(m_simulator->boxItems().first().text + box.icons().join(u' '), u"Level 32"_s); },
-            [&] { QVERIFY(!timeline.open(u"/no/such/file"_s) && timeline.open(u"busy-day"_s)); },
-            [&] { timeline.step(); }, // it waits for a registration
-            [&] { QVERIFY(service.isComplaint() && timeline.scenario() == u"busy-day"_s && timeline.time() == 0); },
-            line("state Expired"),
-            [&] { QVERIFY(application.begin() && QTest::qWaitFor([&] { return m_simulator->clientCount() == 1; })); },
-            [&] {
-                application.send("registrationRequest",
-                                 R"({"uuid":"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b","silent":true})");
-            },
-            [&] { application.synchronize(); },
-            [&] { QTRY_COMPARE(m_desk->applications()->count(), 1); },
-            [&] { m_desk->applications()->setState(u"1"_s, u"Success"_s); },
-            [&] { QVERIFY(weather.injectFault(false, int(Simulator::Fault::Garble), 0, u""_s, u"1"_s)); },
-            [&] { QVERIFY(weather.refuseNext(u"x"_s, {}) && !weather.refuseNext(u"x"_s, u"x"_s)); },
-            [&] { QCOMPARE(service.registrationState(), u"Success"_s); },
-            [&] { timeline.step(); },
-            [&] { QCOMPARE(timeline.time(), 500); },
-            [&] { application.disconnect(); },
-            [&] { QTRY_COMPARE(m_simulator->clientCount(), 0); },
-            [&] { service.setAway(true); },
-            line("back"),
-            [&] { service.setZelInvites(false); },
-            line("profile personalMessage Hi"),
-            [&] { service.execute(u"registration manual"_s); },
-            [&] { service.setRegistrationPolicy(1, u"Expired"_s, 7); },
-            [&] { service.execute(u"latency 30"_s); },
-            [&] { weather.setReading(false); },
-            [&] { weather.setLatencyFrom(7); },
-            [&] { m_desk->wire()->setHeld(true); },
-            [&] { timeline.setPaused(false); },
-            [&] { QVERIFY(!weather.isReading() && weather.latencyTo() == 30 && weather.latencyFrom() == 7); },
-            [&] { QVERIFY(service.registrationDelay() == 7 && !service.isZelInvites() && !service.isAway()); },
-            [&] { QTRY_VERIFY(m_desk->contacts()->count() > 1); },
-            [&] { service.reset(); },
-            [&] { QTRY_COMPARE(m_desk->contacts()->count() + box.count(), 0); },
-            [&] { QVERIFY(!contact.isThere() && timeline.scenario().isEmpty() && weather.isReading()); },
-            [&] { m_simulator->stop(); }};
-        for (const auto& step : steps) {
-            step();
+        QStringList said; // complaints behind "!"
+        connect(&service, &Service::noticed, this, [&] {
+            if (m_simulator->isTimelinePaused())
+                said += (service.isComplaint() ? u"!"_s : QString()) +
+                        service.notices().first().remove(m_folder.path()).left(11);
+        });
+        QJSEngine engine;
+        for (QObject* const object : {static_cast<QObject*>(m_desk.get()), static_cast<QObject*>(this)}) {
+            QJSEngine::setObjectOwnership(object, QJSEngine::CppOwnership);
+            engine.globalObject().setProperty(object == this ? u"test"_s : u"desk"_s, engine.newQObject(object));
+        }
+        engine.evaluate(u"var {service, timeline, weather, wire, applications, user, contacts, contact, box} = desk"_s);
+        // What compares is waited for; 257 is the role of what can be changed.
+        const QString steps = QStringLiteral(R"(timeline.paused = true; test.run('contact add anna displayName=Anna');
+            test.run('box add Hi'); contacts.count + box.count == 2; contact.userId = 'user-anna';
+            contact.setData(contact.index(1, 0), 'Back at five', 257); contact.setPictureSize(300);
+            contact.picture == '300 bytes'; test.run('contact change anna displayName=An');
+            contacts.setInstalled('user-anna', false); user.setData(user.index(0, 0), 'Robin', 257); user.busy = true;
+            user.setPictureSize(1); user.setData(user.index(0, 0), 'x'.repeat(62000), 257);
+            box.setData(box.index(0, 0), 'Level 3', 257); box.addIcon(); box.addIcon(); box.removeIcon('1');
+            box.icons == '2' && box.data(box.index(0, 0), 257) == 'Level 3' && user.name == 'Robin' && user.busy == 1;
+            contact.data(contact.index(1, 0), 257) + user.picture == 'Back at five1 bytes'; user.setPictureSize(0);
+            user.picture == 'none'; box.remove('item-1'); box.count == 0; contacts.live(50); contacts.count > 1 == 1;
+            contacts.live(0); timeline.open('/no/such/file'); timeline.open('busy-day'); timeline.step();
+            timeline.scenario + timeline.time == 'busy-day0'; service.registrationState = 'Expired';
+            service.registrationState == 'Expired'; service.execute('registration manual'); test.sign();
+            applications.count == 1; contacts.invite('user-anna');
+            wire.types.includes('connectionInvitationReceived') == 1;
+            contacts.add('Zoe'); contacts.rowOf('user-zoe') > 0 == 1; contacts.remove('user-zoe');
+            contacts.rowOf('user-zoe') == -1;
+            applications.setState('1', 'Success'); weather.injectFault(false, 4, 0, '', '1'); weather.refuseNext('x', '');
+            weather.refuseNext('x', 'x'); service.registrationState == 'Success'; timeline.step(); timeline.time == 500;
+            test.leave(); applications.count == 0; test.invoke(); service.notices[0] == 'sys.zel.chathandler was invoked: a';
+            service.away = true; service.away == 1; test.run('back'); service.zelInvites = false;
+            test.run('profile personalMessage Hi');
+            service.setRegistrationPolicy(1, 'Expired', 7); service.execute('latency 30'); weather.reading = false;
+            weather.latencyFrom = 7; wire.held = true; timeline.paused = false;
+            weather.reading + weather.latencyTo + weather.latencyFrom + service.registrationDelay == 44;
+            service.zelInvites == 0 && service.away == 0; timeline.time > 500 == 1; timeline.paused = true;
+            service.reset(); contacts.count == 0 && timeline.scenario == '' && weather.reading == 1; test.stop();
+            test.begin(); service.recording == 1 && timeline.scenario == 'first-steps'; service.stopRecording();
+            service.record(test.recording()); timeline.replay('file:/dev/null/r'); timeline.replay('file:' + test.recording()))");
+        for (const QString& step : steps.simplified().split(u"; "_s)) {
+            const auto isDone = [&] {
+                const QJSValue value = engine.evaluate(step);
+                return !value.isError() && (value.toBool() || !step.contains(u"=="_s));
+            };
+            QVERIFY2(QTest::qWaitFor(isDone), qPrintable(step));
             for (Shown& shown : all) {
-                QTRY_VERIFY2(shown.isTold(), shown.told->signal());
+                QVERIFY2(QTest::qWaitFor([&] { return shown.isTold(); }), qPrintable(step));
                 shown.last = shown.there();
                 shown.told->clear();
             }
@@ -214,8 +219,14 @@ private Q_SLOTS:
         service.setAway(false);
         QVERIFY(!user.setData(user.index(0), u"x"_s, PersonModel::LabelRole));
         QVERIFY(!user.setData(user.index(8), u"many"_s, PersonModel::ValueRole)); // a number
-        QVERIFY(moved.size() == 1 && typed.size() == 1 && service.isComplaint());
-        QCOMPARE(service.notices().size(), 12);
+        QVERIFY(moved.size() == 1 && typed.size() == 1);
+        const QString labels = shown(user, PersonModel::LabelRole).at(6) + shown(user, Qt::DisplayRole).at(5);
+        QCOMPARE(labels, u"CountryTime zone"_s);
+        QCOMPARE(
+            said.join(u'|'),
+            u"!the record |!/no/such/fi|opened busy|!no entry fo|registratio|Garble to a|Refuse of a|!\"x\" is neit|"
+            "scenario: r|sys.zel.cha|latency 30|a world of |opened firs|recording i|the recordi|"
+            "!/r: is ther|!/dev/null/r|/r is playe"_s);
         for (int i = 0; i < 300; ++i)
             service.note(QString::number(i));
         QCOMPARE(service.notices().size(), Service::mostNotices);
@@ -229,14 +240,15 @@ private Q_SLOTS:
         QTRY_COMPARE(wire.count(), 1);
         QSignalSpy inserted(&wire, &WireModel::rowsInserted);
         for (int i = 0; i < 12000; ++i)
-            m_simulator->sendMessage(i % 2 ? u"odd"_s : u"even"_s, {{u"number"_s, i}});
+            m_simulator->sendMessage(u"type %1"_s.arg(i % 300), {{u"number"_s, i}});
         QTRY_COMPARE(wire.count(), WireModel::mostRecords);
         QCOMPARE(inserted.size(), 1);
         QCOMPARE(wire.passed(), 12001);
+        QCOMPARE(wire.types().size(), 200);
         QVERIFY(wire.pretty(wire.count() - 1).contains("\"number\": 11999"_L1) && wire.pretty(wire.count()).isEmpty());
 
         wire.clear();
-        wire.setText(u"even"_s); // looks at all that is kept
+        wire.setText(u"type 7"_s); // looks at all that is kept
         wire.setText({});
         wire.setHeld(true);
         const QByteArray large(60000, 'x');
@@ -250,6 +262,8 @@ private Q_SLOTS:
         wire.clear();
         m_simulator->sendMessage(u"after"_s, {});
         QTRY_COMPARE(shown(wire, WireModel::TypeRole), QStringList(u"after"_s));
+        wire.clear();
+        QCOMPARE(wire.count(), 0);
     }
 
     void theWireShowsWhatIsAskedFor()
@@ -272,6 +286,7 @@ private Q_SLOTS:
         wire.setType(u"requestEcoId"_s);
         QCOMPARE(wire.count(), 1);
         // What comes is asked for, too.
+        const QSignalSpy others(&wire, &WireModel::choicesChanged);
         second.synchronize();
         first.synchronize();
         QTRY_COMPARE(wire.count(), 2);
@@ -279,6 +294,7 @@ private Q_SLOTS:
         QCOMPARE(wire.count(), 1);
         QCOMPARE(wire.lastOfType(u"requestEcoId"_s), 0);
         QCOMPARE(wire.lastOfType(u"tpaApi"_s), -1);
+        QVERIFY(others.isEmpty());
     }
 
     void anyRecordCanBeRead()
@@ -290,14 +306,18 @@ private Q_SLOTS:
             QString pretty;
             QString summary; ///< in 20 characters
         } rows[] = {
-            {"msg::zel\ndat:json:{\"tpaApi\":{\"b\":[1,{}],\"a\":\"x\\\"{,\"}}\n", u"tpaApi"_s,
-             u"{\n  \"tpaApi\": {\n    \"b\": [\n      1,\n      {}\n    ],\n    \"a\": \"x\\\"{,\"\n  }\n}"_s,
-             u"{\"b\":[1,{}],\"a\":\"x\\\"…"_s},
+            {"msg::zel\ndat:json:{\"tpaApi\":{\"b\":[[],1,{}],\"a\":\"x\\\"{,\"}}\n", u"tpaApi"_s,
+             u"{\n  \"tpaApi\": {\n    \"b\": [\n      [],\n      1,\n      {}\n    ],\n    \"a\": \"x\\\"{,\"\n  }\n}"_s,
+             u"{\"b\":[[],1,{}],\"a\":\"…"_s},
             {"@platform\ndat:json:{\"" + QByteArray(64, 't') + "\":\"" + QByteArray(201, 'A') + "\"}\n",
              QString(64, u't'), u"{\n  \"%1\": \"%2…\" (201 characters)\n}"_s.arg(QString(64, u't'), QString(59, u'A')),
              u'"' + QString(19, u'A') + u'…'},
             {"@platform\ndat:json:{\"li", u"not a message"_s, u"{\n  \"li"_s, u"{\"li"_s}, // cut in a text
             {"dat:json:{\"a\":\"\\", u"a"_s, u"{\n  \"a\": \"\\"_s, u"\"\\"_s},            // cut behind a backslash
+            {"dat:json:{}", u"not a message"_s, u"{}"_s, u"{}"_s},
+            {"dat:json:{\"\":1}", u"not a message"_s, u"{\n  \"\": 1\n}"_s, u"1"_s},
+            {'"' + QByteArray(200, 'B') + '"', u"not a message"_s, u"\"%1\""_s.arg(QString(200, u'B')),
+             u'"' + QString(19, u'B') + u'…'},
             {"dat:json:}][", u"not a message"_s, u"\n}\n][\n  "_s, u"}]["_s},
             {"", u"not a message"_s, {}, {}},
         };
@@ -317,40 +337,41 @@ private Q_SLOTS:
         m_simulator->stop();
         QString problem;
         QVERIFY(Simulation(*m_simulator).start({.contacts = 5, .state = u"Expired"_s, .isAlive = true}, &problem));
+        m_desk->contacts()->generate(1);
         QStringList people;
         for (const zelcore::Person& person : m_simulator->contacts() + QList{m_simulator->profile()}) {
-            const QString face = m_simulator->picture(person.avatarId).isEmpty() ? u"none"_s : u"a face"_s;
-            people += u"%1, %2, %3"_s.arg(person.displayName, person.statusMessage, face);
+            const QImage face = QImage::fromData(m_simulator->picture(person.avatarId));
+            const QString ground = face.isNull() ? u"none"_s : face.pixelColor(4, 4).name();
+            people += u"%1, %2, %3, %4"_s.arg(person.displayName, person.statusMessage, ground).arg(person.showBusy);
         }
-        QCOMPARE(people, (QStringList{u"Ada Brandt, On my way to Lyon, a face"_s, u"美咲 高橋, In a meeting, a face"_s,
-                                      u"Kim 🇫🇮 Storm, On the phone, none"_s, u"Chloë Engström, Away, a face"_s,
-                                      u"मीरा शर्मा, At lunch, a face"_s, u"Robin Vale, , a face"_s}));
-        const QImage face = QImage::fromData(m_simulator->picture(m_simulator->contacts().last().avatarId));
-        QString colours; // a digit each: of the ground, shirt, hair, hair, neck, face, fringe, both eyes and the mouth
-        QList<QRgb> known;
-        for (const auto& [x, y] : {std::pair(4, 4),
-                                   {64, 120},
-                                   {64, 10},
-                                   {33, 60},
-                                   {58, 96},
-                                   {64, 70},
-                                   {64, 36},
-                                   {54, 60},
-                                   {74, 60},
-                                   {64, 80}}) {
-            if (!known.contains(face.pixel(x, y)))
-                known += face.pixel(x, y);
-            colours += QString::number(known.indexOf(face.pixel(x, y)));
-        }
-        QCOMPARE(colours, u"0122332445"_s);
+        QCOMPARE(people,
+                 (QStringList{u"Ada Brandt, On my way to Lyon, #e1d4a3, 1"_s, u"美咲 高橋, In a meeting, #bee1a3, 0"_s,
+                              u"Kim 🇫🇮 Storm, On the phone, none, 0"_s, u"Chloë Engström, Away, #a3d9e1, 0"_s,
+                              u"मीरा शर्मा, At lunch, #a3a8e1, 0"_s, u"Dario Castellón, On the phone, #6dd6e1, 0"_s,
+                              u"Robin Vale, , #a3e1b9, 0"_s}));
+        const QImage face = QImage::fromData(m_simulator->picture(m_simulator->contacts().at(4).avatarId));
+        QString colours; // the ground, shirt, hair, hair, neck, face, below the fringe, fringe, both eyes, the mouth
+        for (const QString& point : u"4,4 64,120 64,10 33,60 56,96 64,70 80,41 64,36 54,60 74,60 64,80"_s.split(u' '))
+            colours += face.pixelColor(point.section(u',', 0, 0).toInt(), point.section(u',', 1).toInt()).name();
+        QCOMPARE(colours, u"#a3a8e1#96794f#5f3d25#5f3d25#e1c3a8#e1c3a8#e1c3a8#5f3d25#282222#282222#783232"_s);
+        QVERIFY(face.convertToFormat(QImage::Format_Indexed8).colorCount() > 6); // its edges are smooth
         QTRY_COMPARE(shown(*m_desk->box(), BoxModel::IconRole), (QStringList{u"1"_s, QString()}));
         QCOMPARE(m_desk->box()->icons(), QStringList(u"1"_s));
         QCOMPARE(m_simulator->registrationOutcome(), u"Expired"_s);
         const QSignalSpy changed(m_simulator.get(), &Simulator::contactChanged);
         QTRY_VERIFY(!changed.isEmpty());
+        for (int count = 0; count < 3; ++count) {
+            Simulator other;
+            if (count == 2)
+                other.setRoot(m_simulator->root()); // where another one serves
+            QCOMPARE(Simulation(other).start({.contacts = count, .state = {}}, &problem), count < 2);
+            QCOMPARE(u"%1 %2"_s.arg(other.contactCount()).arg(other.registrationOutcome()), u"%1 Success"_s.arg(count));
+        }
     }
 
 private:
+    const QTemporaryDir m_folder;
+    std::unique_ptr<RawApplication> m_application;
     std::unique_ptr<Simulator> m_simulator;
     std::unique_ptr<Desk> m_desk;
     std::vector<QAbstractItemModel*> m_models;

@@ -2,14 +2,17 @@
 #include <Desk.h>
 
 #include <common/ReturnClicks.h>
+#include <common/Screenshot.h>
 #include <common/TestMain.h>
 #include <simulator/RawApplication.h>
 
 #include <QtCore/QDir>
+#include <QtCore/QElapsedTimer>
 #include <QtCore/QProcess>
 #include <QtCore/QRegularExpression>
 #include <QtCore/QTemporaryDir>
 #include <QtCore/QtPlugin>
+#include <QtGui/QClipboard>
 #include <QtGui/QGuiApplication>
 #include <QtGui/QImage>
 #include <QtQml/QQmlApplicationEngine>
@@ -25,6 +28,7 @@
 Q_IMPORT_PLUGIN(ZelCoreDeskPlugin)
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 using zelcore::Simulator;
 using namespace zeldesk;
 
@@ -199,7 +203,27 @@ private Q_SLOTS:
         shown.type(u"~/"_s + QDir::home().relativeFilePath(folder.filePath(u"by mouse.jsonl"_s)));
         shown.click(u"&Record"_s);
         QVERIFY(shown.desk.service()->isRecording() && QFile::exists(folder.filePath(u"by mouse.jsonl"_s)));
+        shown.desk.service()->copyExportLine();
+        QCOMPARE(QGuiApplication::clipboard()->text(), shown.desk.service()->exportLine());
         QDir::setCurrent(before);
+    }
+
+    void aPictureIsTakenWhenAllIsAtRest()
+    {
+        const QTemporaryDir folder;
+        QQuickWindow window;
+        window.show();
+        window.setProperty("settled", false);
+        zeltools::Screenshot screenshot(window, folder.filePath(u"a.png"_s), 20ms);
+        QSignalSpy taken(&screenshot, &zeltools::Screenshot::taken);
+        screenshot.giveUpAfter(50ms);
+        QVERIFY(taken.wait());
+        window.setProperty("settled", true);
+        QElapsedTimer time;
+        time.start();
+        screenshot.stir();
+        QVERIFY(taken.wait() && time.elapsed() >= 20);
+        QCOMPARE(taken.at(0) + taken.at(1), (QVariantList{u"the window does not come to rest"_s, QString()}));
     }
 
     void theProgramTakesAPictureWithAnApplicationBesideIt()
@@ -207,12 +231,12 @@ private Q_SLOTS:
         const QTemporaryDir folder;
         const QString picture = folder.filePath(u"desk.png"_s);
         QProcess program;
-        // The application has the desk end, and is told to end, too.
-        program.start(QStringLiteral(ZELCORE_DESK),
-                      {u"--root"_s, folder.filePath(u"root"_s), u"sh"_s, u"-c"_s,
-                       u"trap 'echo told; exit' TERM; kill $PPID; while :; do :; done"_s});
+        // The application has the desk end, and is told to end, too, but does not.
+        program.start(QStringLiteral(ZELCORE_DESK), {u"--root"_s, folder.filePath(u"root"_s), u"sh"_s, u"-c"_s,
+                                                     u"trap 'echo told' TERM; kill $PPID; while :; do :; done"_s});
         QVERIFY(program.waitForFinished(60000) && program.exitStatus() == QProcess::NormalExit);
         QCOMPARE(program.readAllStandardOutput(), "told\n");
+        QVERIFY(!program.readAllStandardError().contains("still running")); // and was made to
         for (const char* screen : {"QT_QPA_PLATFORM", "QT_QUICK_BACKEND", "DISPLAY", "WAYLAND_DISPLAY"})
             qunsetenv(screen); // it needs none
         program.start(QStringLiteral(ZELCORE_DESK),

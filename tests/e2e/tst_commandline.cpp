@@ -107,16 +107,18 @@ private Q_SLOTS:
         }
         QProcess service;
         service.start(QStringLiteral(ZELCORE_SIM), {u"--manual-page"_s});
-        QVERIFY(service.waitForFinished());
+        QVERIFY(service.waitForFinished() && service.exitCode() == 0);
         const QByteArray page = service.readAll();
-        for (const char* part : {"\n.B box add TEXT [COOKIE] [ICON]\nadds an item\n.TP\n",
+        for (const char* part : {"[installed=off]\nadds one, with the application or not\n.TP\n",
+                                 "\n.B contact change HANDLE FIELD=VALUE...\nchanges one\n.TP\n",
                                  "\n.PP\n\\(dqapp APP\\(dq before ", "\n.B DIR/services/zelcore/platform\nthe"})
             QVERIFY2(page.contains(part), part);
     }
 
     void guessesWhatWasMeant()
     {
-        for (const char* row : {"tsate state", "boxx-adds box-add", "hp help", "contct contact", "boxx-addss "}) {
+        for (const char* row : {"tsate state", "boxx-adds box-add", "hp help", "contct contact", "boxx-addss ",
+                                "hell shell", "xxstate state"}) {
             const QStringList words = QString::fromLatin1(row).split(u' ');
             QCOMPARE(unknownCommand(words.first()).section(u'\'', 3, 3), words.last());
         }
@@ -125,7 +127,8 @@ private Q_SLOTS:
     void printsForPeopleInAnyScript()
     {
         const QString lone = u"a"_s + QChar(0xd83d) + u"b"_s + QChar(0xdc31) + u"🐱"_s + QChar(0xd83d);
-        QCOMPARE(QString::fromUtf8(toJson(Record().add(u"t"_s, lone))), u"{\"t\":\"a\ufffdb\ufffd🐱\ufffd\"}"_s);
+        QCOMPARE(QString::fromUtf8(toJson(Record().add(u"t"_s, lone).add(u"u"_s, u"🐱"_s))),
+                 u"{\"t\":\"a\ufffdb\ufffd🐱\ufffd\",\"u\":\"🐱\"}"_s);
         QCOMPARE(columnsOf(u"e\u0301\u20dd\u200d🐱"_s), 3);
         // The ends of what is wide, and one within that is not.
         const std::u32string ends =
@@ -170,13 +173,14 @@ private:
     /// What zelctl makes of what is typed behind its name.
     static QString taken(const char* typed)
     {
-        QString error;
-        const auto line = CommandLine::parse(*zelcore::Simulator::splitWords(QString::fromUtf8(typed)), &error);
+        QString wrong = u"another"_s;
+        QString error = wrong;
+        const auto line = CommandLine::parse(*zelcore::Simulator::splitWords(QString::fromUtf8(typed)), &wrong);
         const auto arguments =
             line ? Arguments::parse(findCommand(line->words.value(0))->usage, line->words.mid(1), &error)
                  : std::nullopt;
         if (!arguments)
-            return error.isEmpty() ? QString() : u"refused: "_s + error;
+            return u"refused: "_s + (line ? error : wrong);
         QStringList parts;
         if (line->json)
             parts += u"json"_s;

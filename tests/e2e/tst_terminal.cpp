@@ -182,7 +182,7 @@ private Q_SLOTS:
         m_folder = std::make_unique<QTemporaryDir>();
         m_service = std::make_unique<zelcore::Simulator>();
         QVERIFY(m_service->start());
-        m_environment.insert(u"XDG_STATE_HOME"_s, m_folder->path());
+        m_environment.insert(u"XDG_STATE_HOME"_s, m_folder->filePath(u"state"_s));
         m_environment.insert(u"XDG_CACHE_HOME"_s, m_folder->path());
         m_environment.insert(u"XDG_RUNTIME_DIR"_s, QString());
         m_environment.insert(u"PPS_ROOT"_s, m_service->root());
@@ -219,7 +219,7 @@ private Q_SLOTS:
             {"rate 0\r", "rate 0"},
             {"eco ü ∞\reco ü ∞\r", "eco ü ∞\nzelcore-sim> eco ü ∞"}, // kept once
             {"\033[A\033[A\033[A\033[A\r", "rate 0"}};
-        const QFileInfo history(m_folder->filePath(u"zelplatform/zelcore-sim-history"_s));
+        const QFileInfo history(m_folder->filePath(u"state/zelplatform/zelcore-sim-history"_s));
         for (const auto& [keys, line] : rows) {
             QFile::setPermissions(history.filePath(), QFile::ReadOwner | QFile::WriteOwner | QFile::ReadOther);
             startSimulator();
@@ -265,6 +265,8 @@ private Q_SLOTS:
         m_service->injectFault(zelcore::Simulator::Fault::Drop, 0, u"requestEcoIdResponse"_s);
         start({QStringLiteral(ZELCTL_PATH), u"eco-id"_s, u"pp"_s}, {});
         QTRY_COMPARE_WITH_TIMEOUT(m_terminal->line(), u"Waiting for the answer, # s"_s, 10'000);
+        m_service->setRegistrationState(u"NoDataConnection"_s);
+        m_service->setRegistrationState(u"Success"_s);
         m_service->sendMessage(u"requestEcoIdResponse"_s, {{u"ppid"_s, u"pp"_s}, {u"ecoId"_s, u"E1"_s}});
         QVERIFY(m_terminal->shows({"The eco identifier of pp is \"E1\".", "status 0", ""}));
     }
@@ -284,11 +286,11 @@ private Q_SLOTS:
 
     void leavesTheTerminalInOrder()
     {
-        const std::tuple<QByteArray, QByteArray, QByteArray> rows[] = {
+        const std::tuple<QByteArray, QByteArray, QByteArray> ends[] = {
             {"zelcore-sim> ", "\025quit\r", "quit"}, {"zelcore-sim> ", "\003", "half"}, {"zelcore-sim> ", "", "half"},
             {"zelctl> ", "\025quit\r", "quit"},      {"zelctl> ", "\003", "half"},      {"zelctl> ", "", "half"},
             {"zelctl> ", "\025\004", "^D"}};
-        for (const auto& [prompt, end, line] : rows) {
+        for (const auto& [prompt, end, line] : ends) {
             prompt == "zelctl> " ? startZelctl() : startSimulator();
             QVERIFY(types("half", {prompt + "half"}));
             if (end.isEmpty())
@@ -297,6 +299,15 @@ private Q_SLOTS:
                 QVERIFY(m_terminal->type(end));
             QVERIFY(m_terminal->isLeftInOrder(prompt + line));
         }
+        // Whom a hang-up does not end has nothing to read any more.
+        start({u"sh"_s, u"-c"_s, u"trap '' HUP; \"$0\" shell"_s, QStringLiteral(ZELCTL_PATH)},
+              {signalLine("Unregistered"), "zelctl> "});
+        m_terminal.reset();
+        QTRY_COMPARE(m_service->clientCount(), 0);
+        QByteArrayList rows{"zelctl> Context         registrationStateUpdated  state=\"Unregis", "tered\"", ""};
+        start({u"sh"_s, u"-c"_s, u"\"$0\" shell | cat"_s, QStringLiteral(ZELCTL_PATH)}, rows);
+        rows.replace(2, "x^A");
+        QVERIFY(types("x\001\r", rows + QByteArrayList{"error: there is no command 'x\\u0001'", "zelctl> "}));
         for (const QString& terminal : {u"dumb"_s, QString()}) { // where nothing is edited
             m_environment.insert(u"TERM"_s, terminal);
             startSimulator();

@@ -62,13 +62,14 @@ private Q_SLOTS:
             const char* why;
             int status = 1;
         } rows[] = {
-            {"state BlockedByTov", "profile", "the state is BlockedByTOV"},
+            {"state BlockedByTov", "profile", "the state is BlockedByTOV: the service's operator blocked"},
             {"", "register", "the state is BlockedByTOV"},
             {"registration CancelledByUser", "profile", "BlockedByTOV"},
             {"state Unregistered", "contacts", "the state is CancelledByUser"},
             {"registration manual", "--timeout 2.5 profile", "2.5 s; the last state was Pending"},
             {"state Success", "contact nobody", "'nobody'"},
             {"drop listChunk", "--timeout 1.5 profile", "state within 1.5 s"},
+            {"drop listChunk", "--timeout 0.5 state", "state within 0.5 s"},
             {"drop requestEcoIdResponse", "--timeout 2.5 eco-id pp", "answer within 2.5 s; ZEL_SLOG"},
             {"", "set-picture /", "cannot read /"},
             {"", "set-picture /dev/null", "no picture"},
@@ -78,11 +79,15 @@ private Q_SLOTS:
             {"", "-- --json", "no command '--json'", 2},
             {"", "state --json", "--json goes before", 2},
         };
+        QByteArrayList printed;
         for (const auto& [service, line, why, status] : rows) {
             QVERIFY2(m_simulator->execute(QString::fromLatin1(service)), service);
-            run(line, status);
-            QVERIFY2(m_diagnostics.contains(why), m_diagnostics.constData());
+            printed += run(line, status, why);
         }
+        QCOMPARE(readable(printed),
+                 "{Context.registrationStateUpdated,state:BlockedByTOV} {register,ok:false} {state,registrationState:"
+                 "Unknown,accessAllowed:false,zelSetup:false,platformVersion:200,ready:false} {eco-id,ok:true} "
+                 "{box-add,ok:true}");
     }
 
     void saysThatThereIsNoService()
@@ -91,11 +96,10 @@ private Q_SLOTS:
         QVERIFY(QFile::rename(socket, socket + u'~')); // one that was killed leaves it behind
         m_simulator->stop();
         QVERIFY(QFile::rename(socket + u'~', socket));
-        QVERIFY(run("contacts", 1).isEmpty());
-        QVERIFY(m_diagnostics.contains("zelctl: There is no core service at " + socket.toUtf8()));
+        QVERIFY(run("contacts", 1, "zelctl: There is no core service at " + socket.toUtf8()).isEmpty());
         QVERIFY2(!m_diagnostics.contains("zel.platform"), "it is said once");
         QVERIFY(run("state", 1).value(0).contains("\"BlockedByUser\""));
-        QVERIFY(run("watch", 1).isEmpty() && m_diagnostics.contains(socket.toUtf8()));
+        QVERIFY(run("watch", 1, socket.toUtf8()).isEmpty());
         ZelctlProcess person(m_simulator->root());
         QCOMPARE(person.run({u"shell"_s}, "\nwatch\nregister\nset-status --help\nhelp dance\nhelp"), 0);
         QCOMPARE(person.lines().mid(0, 8),
@@ -125,6 +129,7 @@ private Q_SLOTS:
         const QByteArray faceFile = file("me.gif", face);
         QVERIFY(m_simulator->setContactPicture(u"bob"_s, face));
         m_simulator->setEcoId(u"pp-1"_s, u"E1"_s);
+        const QSignalSpy handed(m_simulator.get(), &Simulator::invocationReceived);
         const QByteArray bob =
             "{handle:bob,displayName:bob,personalMessage:says \\hi\\\\n,status:Busy,statusMessage:in a meeting,"
             "ppId:pp-bob,applicationVersion:1.2,platformVersion:201,sdkVersion:201,zelVersion:77}";
@@ -159,13 +164,16 @@ private Q_SLOTS:
             {"box-clear", "{box-clear ProfileBox.itemRemoved,itemId:item-2} {ProfileBox.itemRemoved,itemId:item-3}"},
             {"box-clear", "{box-clear,ok:true}"},
             {"eco-id pp-1", "{eco-id Utils.ecoIdUpdated,ppId:pp-1,ecoId:E1}"},
-            {"eco-status E1", "{eco-status Utils.ecoIdStatusUpdated,ecoId:E1,status:Unknown}"}};
+            {"chat E1", "{chat,ok:true}"},
+            {"eco-status E1", "{eco-status Utils.ecoIdStatusUpdated,ecoId:E1,status:Unknown}"},
+            {"invite E1 'Ada \"L\"' 'join us'", "{invite,ok:true}"},
+            {"eco-status E1", "{eco-status Utils.ecoIdStatusUpdated,ecoId:E1,status:PendingContactInviteExists}"}};
         for (const auto& [line, reply] : rows)
             QCOMPARE(readable(run(line)), reply);
-        for (const QByteArray& line : {"icon-register 257 " + iconFile, QByteArray("box-remove no-such-item"),
-                                       QByteArray("eco-status ''"), QByteArray("picture bob -o /no/such/folder/x")})
+        for (const QByteArray& line :
+             {"icon-register 257 " + iconFile, QByteArray("box-remove no-such-item"), QByteArray("eco-status ''")})
             run(line, 1);
-        QVERIFY(m_diagnostics.contains("/no/such/folder/x"));
+        run("picture bob -o /no/such/folder/x", 1, "/no/such/folder/x");
         QCOMPARE(QFile(QString::fromUtf8(iconFile) + u".png"_s).size(), icon.size());
         const QByteArray target = faceFile + ".png";
         QCOMPARE(runForPeople("picture bob -o " + target).join().remove(24, 40),
@@ -175,23 +183,12 @@ private Q_SLOTS:
         QVERIFY(runForPeople("picture bob -o /dev/stdout").join('\n').contains(face));
         run("picture bob -o ''"); // to no file
         QCOMPARE(QFile(QString::fromUtf8(target)).size(), face.size());
-    }
-
-    void handsOverChatsAndInvitations()
-    {
-        const QSignalSpy spy(m_simulator.get(), &Simulator::invocationReceived);
-        run("chat E1");
-        QTRY_COMPARE(spy.size(), 1);
-        QVERIFY(readable(run("eco-status E1")).endsWith("ecoId:E1,status:Unknown}"));
-        run("invite E1 'Ada \"L\"' 'join us'");
-        QTRY_COMPARE(spy.size(), 2);
-        QVERIFY(readable(run("eco-status E1")).endsWith("ecoId:E1,status:PendingContactInviteExists}"));
         const QString mime = u"application/vnd.socialplatform.data"_s;
-        QCOMPARE(spy.at(0).mid(0, 4), (QVariantList{u"sys.zel.chathandler"_s, u"vx.action.ZELCHAT"_s, mime,
-                                                    QByteArray(R"({"contactChat":{"ecoid":"E1"}})")}));
+        QCOMPARE(handed.at(0).mid(0, 4), (QVariantList{u"sys.zel.chathandler"_s, u"vx.action.ZELCHAT"_s, mime,
+                                                       QByteArray(R"({"contactChat":{"ecoid":"E1"}})")}));
         const QByteArray invitation = "{\"contactInvitation\":{\"ecoid\":\"E1\",\"display_name\":\"Ada \\\"L\\\"\","
                                       "\"invite_msg\":\"join us\"}}";
-        QCOMPARE(spy.at(1).mid(0, 4),
+        QCOMPARE(handed.at(1).mid(0, 4),
                  (QVariantList{u"sys.socialplatform"_s, u"vx.action.INVITEZEL"_s, mime, invitation}));
     }
 
@@ -237,19 +234,28 @@ private Q_SLOTS:
     void watchRegistersAndEndsWhenTold()
     {
         // A script has its background commands ignore interrupts; nohup has them ignore a hang-up.
-        for (const auto& [ignored, told] : {std::pair(SIGINT, SIGINT), {SIGHUP, SIGTERM}, {SIGINT, SIGHUP}}) {
+        for (const auto& [ignored, told, states] : {std::tuple(SIGINT, SIGINT, "Unregistered} {Pending} {Allowed"),
+                                                    {SIGHUP, SIGTERM, "Allowed"}, // known before
+                                                    {SIGINT, SIGHUP, "Pending} {Allowed"},
+                                                    {SIGINT, SIGTERM, "BlockedByUser} {Allowed"}}) {
             init();
-            QVERIFY(m_simulator->execute(ignored == SIGHUP ? u"state Success"_s : u"state"_s)); // or known before
+            const QByteArray first = QByteArray(states).split('}').first();
+            m_simulator->setRegistrationState(first == "Allowed" ? u"Success"_s : QString::fromLatin1(first));
             std::signal(ignored, SIG_IGN);
             ZelctlProcess watch(m_simulator->root());
             QVERIFY(watch.start({u"--json"_s, u"watch"_s}));
             std::signal(ignored, SIG_DFL);
-            watch.takeUntil("Allowed");
+            watch.takeUntil(first);
             if (ignored == SIGHUP)
                 watch.end(SIGHUP);
+            const bool isRefused = first == "BlockedByUser";
+            QVERIFY(!isRefused || watch.says("zelctl: Not registered, the state is BlockedByUser: the user "));
+            if (told != SIGINT)
+                m_simulator->setRegistrationState(u"Success"_s);
             for (const char* const row :
-                 {"contact add bob|applicationEnabled", "contact change bob displayName=Bo|contactUpdated",
-                  "contact remove bob|applicationDisabled", "profile displayName=Robin|displayNameUpdated",
+                 {"state|contactListUpdated", "contact add bob|applicationEnabled",
+                  "contact change bob displayName=Bo|contactUpdated", "contact remove bob|applicationDisabled",
+                  "state Expired|Expired", "state Success|", "profile displayName=Robin|displayNameUpdated",
                   "box add hi|itemAdded", "box change item-1 text=ho|itemUpdated", "away|", "back|contactListResent"}) {
                 const QByteArrayList words = QByteArray(row).split('|');
                 QVERIFY(m_simulator->execute(QString::fromLatin1(words.first())));
@@ -257,7 +263,14 @@ private Q_SLOTS:
             }
             watch.end(told);
             QCOMPARE(watch.finish(), 0);
-            QVERIFY(!watch.diagnostics().contains("zelctl: "));
+            QCOMPARE(watch.diagnostics().contains("zelctl: "), isRefused);
+            QCOMPARE(readable(watch.lines()).replace("Context.registrationStateUpdated,state:", ""),
+                     QByteArray("{") + states +
+                         "} {ContactService.contactListUpdated} {ContactService.applicationEnabled,handle:bob} "
+                         "{ContactService.contactUpdated,handle:bob} {ContactService.applicationDisabled,handle:bob} "
+                         "{Expired} {Allowed} {UserProfile.displayNameUpdated,value:Robin} "
+                         "{ProfileBox.itemAdded,itemId:item-1} {ProfileBox.itemUpdated,itemId:item-1} "
+                         "{ContactService.contactListResent}");
         }
     }
 
@@ -280,13 +293,10 @@ private Q_SLOTS:
         m_simulator->stop();
         for (const char* words : {"--simulate profile", "--simulate= profile", "--simulate=first-steps profile"})
             QVERIFY(!run(words).value(0).contains("\"displayName\":\"\""));
-        run("--simulate invite E1 Ada 'join us'");
-        QVERIFY2(m_diagnostics.contains("contactInvitation"), m_diagnostics.constData());
+        run("--simulate invite E1 Ada 'join us'", 0, "contactInvitation");
         // What the library warns of, and what its own service refuses, need not be waited for.
-        run("--simulate box-add x --icon 9", 1);
-        QVERIFY2(m_diagnostics.contains("was refused: no icon with this id"), m_diagnostics.constData());
-        run("--simulate set-message " + QByteArray(62000, 'x'), 1);
-        QVERIFY2(m_diagnostics.contains("The service refused: the record would"), m_diagnostics.constData());
+        run("--simulate box-add x --icon 9", 1, "was refused: no icon with this id");
+        run("--simulate set-message " + QByteArray(62000, 'x'), 1, "The service refused: the record would");
         run("--simulate=no-such-scenario state", 1);
     }
 
@@ -294,10 +304,16 @@ private Q_SLOTS:
     void sleepsWhileNothingHappens()
     {
         addContact("bob");
+        QVERIFY(m_simulator->setContactPicture(u"bob"_s, png));
         ZelctlProcess shell(m_simulator->root());
-        shell.startShell();
-        shell.write("register");
-        shell.takeUntil("Allowed");
+        QVERIFY(shell.start({u"shell"_s}));
+        for (const auto& [line, said] : {std::pair<QByteArray, const char*>("", "Unregistered"),
+                                         {"register", "  contactListUpdated\n"},
+                                         {"picture bob -o " + file("bob.png", {}), "\nWrote 8 bytes to "},
+                                         {"picture bob -o /no/such/folder/x", "cannot write /no/such/folder/x: "}}) {
+            shell.write(line);
+            QVERIFY2(shell.says(said), line);
+        }
         int times = 0;
         QElapsedTimer quiet;
         const auto isAsleep = [&] {
@@ -316,7 +332,8 @@ private Q_SLOTS:
         const QByteArrayList lines = runForPeople("contacts");
         QVERIFY(lines.last().startsWith("bob     bob"));
         QVERIFY(!(lines.join() + m_diagnostics).contains('\033')); // which are for a terminal
-        QVERIFY(runForPeople("--help").value(0).startsWith("Usage: zelctl [OPTION ...] COMMAND"));
+        QVERIFY(runForPeople("help").value(0).startsWith("Usage: zelctl [OPTION ...] COMMAND"));
+        QCOMPARE(runForPeople("state --version"), runForPeople("--version"));
         QVERIFY(runForPeople("--all contacts").join().contains("zel version"));
         for (const char* words : {"help set-message", "set-message --help"})
             QVERIFY(runForPeople(words).contains("  for example: zelctl set-message 'Back at five'"));
@@ -331,21 +348,22 @@ private:
         QVERIFY(m_simulator->execute(QString::fromLatin1(line.replace('%', handle) + more)));
     }
 
-    /// Runs to the end; standard output as lines.
-    QByteArrayList runForPeople(const QByteArray& line, int expectedStatus = 0)
+    /// Runs to the end, where it has said \a why; standard output as lines.
+    QByteArrayList runForPeople(const QByteArray& line, int expectedStatus = 0, const QByteArray& why = {})
     {
         ZelctlProcess process(m_simulator->root());
         const int status = process.run(*Simulator::splitWords(QString::fromUtf8(line)));
         m_diagnostics = process.diagnostics();
-        if (status != expectedStatus || m_diagnostics.count("zelctl: ") > 1) {
-            const QByteArray said = line + ": status " + QByteArray::number(status) + '\n' + process.lines().join('\n');
-            QTest::qFail((said + m_diagnostics).constData(), __FILE__, __LINE__);
+        const auto said = m_diagnostics.count("zelctl: ");
+        if (status != expectedStatus || said > 1 || (said == 0 && status != 0) || !m_diagnostics.contains(why)) {
+            const QByteArray ran = line + ": status " + QByteArray::number(status) + '\n' + process.lines().join('\n');
+            QTest::qFail((ran + m_diagnostics).constData(), __FILE__, __LINE__);
         }
         return process.lines();
     }
-    QByteArrayList run(const QByteArray& line, int expectedStatus = 0)
+    QByteArrayList run(const QByteArray& line, int expectedStatus = 0, const QByteArray& why = {})
     {
-        return runForPeople("--json " + line, expectedStatus);
+        return runForPeople("--json " + line, expectedStatus, why);
     }
 
     /// One text that is easy to read: without quotes, a signal by the name of its class.

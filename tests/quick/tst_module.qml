@@ -73,6 +73,11 @@ TestCase {
     function cleanupTestCase() { grabImage(test) }
     function start(properties) { return createTemporaryObject(applicationComponent, test, properties ?? {}) }
     function color(item) { return String(grabImage(item).pixel(2, 2)) }
+    // What comes while an image waits for it is no news.
+    function nothingLoads(app) {
+        return Array.from({length: app.shown.count}, (_, row) => app.shown.itemAt(row))
+            .every(person => person.image.status === Image.Ready && person.small.status === Image.Ready)
+    }
     function names(repeater) {
         return Array.from({length: repeater.count}, (_, row) => repeater.itemAt(row)?.displayName).join()
     }
@@ -86,14 +91,14 @@ TestCase {
 
     function test_registersByItselfWhenTold(data) {
         const app = start()
+        app.context.registration = Context.Manual
+        tryCompare(app.context, "registrationState", RegistrationState.Unregistered)
         app.context.registration = data.registration
         const another = 'import ZelPlatform; Context { property int told; uuid: "%1"; registration: %2; onReadyChanged: ++told }'
             .arg(app.context.uuid)
-        if (data.registration === Context.Manual) {
-            tryCompare(app.context, "registrationState", RegistrationState.Unregistered)
+        if (data.registration === Context.Manual)
             verify(data.how === "aloud" ? app.context.requestRegisterApplication()
                                         : createTemporaryQmlObject(another.arg("Context.Silent"), test))
-        }
         tryCompare(app.context, "ready", true)
         compare(app.context.registrationState, RegistrationState.Allowed)
         compare(world.asked(data.how), 1)
@@ -116,13 +121,20 @@ TestCase {
         context.uuid = "6f8d2c4e-5b0a-4a37-9d0e-0c8f3f1f2a10"
         compare(context.uuid, "nonsense")
         const app = start()
-        ignoreWarning(/requestUpdatePersonalMessage\(\) is refused: the context is not ready/)
-        verify(!app.profile.requestUpdatePersonalMessage("too early"))
-        ignoreWarning(/requestRegisterIconFile\(\) is refused: the context is not ready/)
-        verify(!app.box.requestRegisterIconFile(1, "file:///nowhere.png"))
+        const nowhere = "file:///nowhere.png"
+        const requests = [
+            [app.profile, "requestUpdateDisplayPictureFile", nowhere], [app.box, "requestRegisterIconFile", 1, nowhere],
+            [app.profile, "requestUpdatePersonalMessage", "too early"], [app.box, "requestRemoveAllItems"],
+            [app.box, "requestRegisterIcon", 1, ImageType.Png, new ArrayBuffer(1)], [app.utils, "requestEcoId", "pp"]]
+        for (const [object, request, ...values] of requests) {
+            ignoreWarning(new RegExp(request + "\\(\\) is refused: the context is not ready"))
+            verify(!object[request](...values), request)
+        }
         tryCompare(app.context, "ready", true)
-        ignoreWarning(/cannot read file:\/\/\/nowhere.png/)
-        verify(!app.profile.requestUpdateDisplayPictureFile("file:///nowhere.png"))
+        for (const [object, request, ...values] of requests.slice(0, 2)) {
+            ignoreWarning(new RegExp(request + ".*cannot read " + nowhere))
+            verify(!object[request](...values))
+        }
     }
 
     function test_listsContactsAndFindsThem() {
@@ -316,7 +328,7 @@ TestCase {
             commands.forEach(command => world.run(command))
             world.run(`profile personalMessage="after ${commands}"`)
             tryCompare(app, "message", "after " + commands)
-            tryVerify(() => world.heard() === announced, 5000, String(commands))
+            tryVerify(() => world.heard() === announced && nothingLoads(app), 5000, String(commands))
             world.forget()
         }
         app.contacts.context = app.context

@@ -46,6 +46,9 @@ private Q_SLOTS:
         application.sendRecord(R"({"target":"sys.zel.chathandler","action":"a","mimeType":"m","data":"d"})");
         QVERIFY(m_program->says("invocation sys.zel.chathandler a m d\n"));
         QVERIFY(!m_program->lines().join().contains("zelcore-sim> ")); // a prompt is for a terminal
+        QFile process(u"/proc/%1/stat"_s.arg(m_program->process.processId()));
+        QVERIFY(process.open(QIODevice::ReadOnly));
+        QTRY_VERIFY(process.seek(0) && process.readAll().contains(") S ")); // it sleeps
     }
 
     void playsAgainWhatItRecorded()
@@ -92,7 +95,8 @@ private Q_SLOTS:
 
     void refusesWrongUse()
     {
-        const QString usage = u"--contacts many|word|--rot|--root |--replay  --trace|--replay a --contacts 1|--at-once|"
+        const QString usage = u"--contacts many|--contacts=-1|--seed=x|word|--rot|--root |--replay  --trace|--replay a "
+                              u"--contacts 1|--at-once|"
                               "--anonymise nowhere"_s;
         const QString trouble = u"--scenario nowhere|--root /proc/none|--replay nowhere|--record /proc/none|"
                                 "--anonymise nowhere new|--root /"_s +

@@ -20,7 +20,6 @@ bool turnsDirection(char32_t c)
 QString printable(const QString& text)
 {
     QString result;
-    result.reserve(text.size());
     for (const char32_t c : text.toUcs4()) {
         if (c == U'\n')
             result += u"\\n"_s;

@@ -112,7 +112,7 @@ QString typeOf(const zelcore::WireRecord& record)
     const QByteArrayView body = bodyOf(record.bytes);
     const qsizetype begin = body.indexOf('"') + 1;
     const qsizetype end = body.indexOf('"', begin);
-    const bool isMessage = begin > 0 && end > begin && end - begin <= 64 && body.startsWith('{');
+    const bool isMessage = end > begin && end - begin <= 64 && body.startsWith('{');
     return isMessage ? QString::fromUtf8(body.sliced(begin, end - begin)) : u"not a message"_s;
 }
 

@@ -11,6 +11,8 @@
 #include "Weather.h"
 #include "WireModel.h"
 
+#include <common/ServiceOptions.h>
+
 namespace zeldesk {
 
 /// All that the window shows of one simulator, who must outlive it.
@@ -34,6 +36,7 @@ class Desk : public QObject
 public:
     explicit Desk(zelcore::Simulator& simulator, QObject* parent = nullptr)
         : QObject(parent)
+        , m_simulator(simulator)
         , m_service(simulator)
         , m_timeline(simulator, m_service)
         , m_weather(simulator, m_service)
@@ -47,6 +50,9 @@ public:
     {
     }
 
+    /// Has the simulator begin with what \a options ask for, and shows that. False, as theirs, when it cannot be.
+    bool begin(const zeltools::ServiceOptions& options, QString* problem);
+
     Service* service() { return &m_service; }
     Timeline* timeline() { return &m_timeline; }
     Weather* weather() { return &m_weather; }
@@ -59,6 +65,7 @@ public:
     BoxModel* box() { return &m_box; }
 
 private:
+    zelcore::Simulator& m_simulator;
     Service m_service;
     Timeline m_timeline;
     Weather m_weather;

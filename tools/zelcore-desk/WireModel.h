@@ -7,7 +7,6 @@
 
 #include <QtCore/QAbstractListModel>
 #include <QtCore/QStringList>
-#include <QtCore/QTimer>
 #include <QtQml/qqmlregistration.h>
 
 #include <deque>
@@ -93,6 +92,7 @@ private:
     };
 
     void take(const zelcore::WireRecord& record);
+    void awaitTurn();
     void takeTurn();
     void dropOldest(quint64 before);
     void showNew();
@@ -107,7 +107,7 @@ private:
     bool m_isHeld = false;
     std::set<QString> m_types;
     std::set<int> m_applications;
-    QTimer m_turn;
+    bool m_isDue = false;
 };
 
 } // namespace zeldesk

@@ -28,24 +28,11 @@ using namespace std::chrono_literals;
 
 namespace {
 
+/// Of nothing, nothing is said.
 void complain(const QString& line)
 {
-    std::fprintf(stderr, "zelcore-desk: %s\n", line.toUtf8().constData());
-}
-
-bool prepare(zelcore::Simulator& simulator, zeldesk::Desk& desk, const zeltools::ServiceOptions& options)
-{
-    QString problem;
-    const bool isDone = options.makeWorld(simulator, &problem) && options.serve(simulator, &problem);
-    if (!problem.isEmpty())
-        complain(problem);
-    if (!isDone)
-        return false;
-    if (!options.scenario.isEmpty())
-        desk.timeline()->opened(options.scenario);
-    if (!options.record.isEmpty())
-        desk.service()->recordsInto(options.record);
-    return true;
+    if (!line.isEmpty())
+        std::fprintf(stderr, "zelcore-desk: %s\n", line.toUtf8().constData());
 }
 
 /// Runs an application beside the desk, which ends with 1 without one that \a isNeeded.
@@ -110,7 +97,10 @@ int main(int argc, char* argv[])
     zelcore::Simulator simulator;
     QObject::connect(&simulator, &zelcore::Simulator::quitRequested, &application, &QCoreApplication::quit);
     zeldesk::Desk desk(simulator);
-    if (!prepare(simulator, desk, options.service))
+    QString trouble;
+    const bool isServing = desk.begin(options.service, &trouble);
+    complain(trouble);
+    if (!isServing)
         return 1;
 
     QQmlApplicationEngine engine;
@@ -135,8 +125,7 @@ int main(int argc, char* argv[])
             const QString awaited = window->property("awaited").toString();
             if (problem.isEmpty() && !awaited.isEmpty())
                 problem = u"no record of the type \"%1\" has passed"_s.arg(awaited);
-            if (!problem.isEmpty())
-                complain(problem);
+            complain(problem);
             QCoreApplication::exit(problem.isEmpty() ? 0 : 1);
         });
     }

@@ -45,10 +45,9 @@ void complain(const QString& line)
 /// What the command line asks for.
 struct Options : zeltools::ServiceOptions
 {
-    bool trace = false;
     QString remember;
     QString replay;
-    bool atOnce = false;
+    zelcore::Simulator::ReplayPace pace = zelcore::Simulator::ReplayPace::AsThen;
 };
 
 const QCommandLineOption traceOption(u"trace"_s, u"show every message, both ways"_s);
@@ -72,13 +71,13 @@ std::optional<Options> optionsIn(const QCommandLineParser& parser)
 {
     Options options;
     QString problem = options.read(parser);
-    options.trace = parser.isSet(traceOption);
     options.remember = parser.value(rememberOption);
     options.replay = parser.value(replayOption);
-    options.atOnce = parser.isSet(atOnceOption);
+    if (parser.isSet(atOnceOption))
+        options.pace = zelcore::Simulator::ReplayPace::AtOnce;
     if (!options.replay.isEmpty() && (!options.scenario.isEmpty() || options.contacts > 0))
         problem = u"a replay has no scenario and no contacts: what it plays is all in the recording."_s;
-    if (options.replay.isEmpty() && options.atOnce)
+    if (options.replay.isEmpty() && parser.isSet(atOnceOption))
         problem = u"--at-once says how a recording is played: name one with --replay."_s;
     if (problem.isEmpty())
         problem = Options::emptyAmong({rememberOption, replayOption}, parser);
@@ -139,13 +138,11 @@ int anonymise(const QString& from, const QStringList& names)
 
 bool prepare(zelcore::Simulator& simulator, const Options& options)
 {
-    using Pace = zelcore::Simulator::ReplayPace;
     QString error;
     // Remembered behind the scenario, which may begin with a state that has it forget.
     const bool isDone = options.makeWorld(simulator, &error) &&
                         (options.remember.isEmpty() || simulator.rememberRegistrations(options.remember, &error)) &&
-                        (options.replay.isEmpty() ||
-                         simulator.replay(options.replay, &error, options.atOnce ? Pace::AtOnce : Pace::AsThen)) &&
+                        (options.replay.isEmpty() || simulator.replay(options.replay, &error, options.pace)) &&
                         options.serve(simulator, &error);
     if (!error.isEmpty())
         complain(error);
@@ -230,7 +227,7 @@ int main(int argc, char* argv[])
     QObject::connect(&ending, &zeltools::QuitSignals::quitRequested, &application, &QCoreApplication::quit);
     zelcore::Simulator simulator;
     QObject::connect(&simulator, &zelcore::Simulator::quitRequested, &application, &QCoreApplication::quit);
-    show(simulator, wanted->trace);
+    show(simulator, parser.isSet(traceOption));
     if (!prepare(simulator, *wanted))
         return 1;
     print(zeltools::exportLine(simulator.root()));

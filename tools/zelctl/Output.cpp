@@ -52,7 +52,7 @@ QString joined(const QStringList& cells, const QList<qsizetype>& widths)
 {
     QString line;
     for (qsizetype i = 0; i < cells.size(); ++i)
-        line += i + 1 < cells.size() ? padded(cells.at(i), widths.at(i) + 2) : cells.at(i);
+        line += padded(cells.at(i), widths.at(i) + 2);
     while (line.endsWith(u' '))
         line.chop(1);
     return line;
