@@ -305,12 +305,13 @@ void TstPlatformContactManager::tellsItsStory_data()
         events on
         stream same S      -> picture h2 same S; requestUserAvatar user0 newer
     )");
+    // As long as a hash, and none; below is one that is too short for one.
     row("a picture for which another manager waits, too", R"(
-        elsewhere 0 p
-        change 0 n p       -> update h0 n n; requestUserAvatar user0 p
-        half p half
-        fetch 0            -> taken; requestUserAvatar user0 p
-        stream p more      -> picture h0 p halfmore
+        elsewhere 0 x*40
+        change 0 n x*40     -> update h0 n n; requestUserAvatar user0 x*40
+        half x*40 half
+        fetch 0            -> taken; requestUserAvatar user0 x*40
+        stream x*40 more   -> picture h0 x*40 halfmore
     )");
     row("pictures that were overtaken", R"(
         change 0 n old     -> update h0 n n; requestUserAvatar user0 old
@@ -334,14 +335,14 @@ void TstPlatformContactManager::tellsItsStory_data()
         stream newer N
     )");
     row("pictures that do not come", R"(
-        change 0 n p       -> update h0 n n; requestUserAvatar user0 p
-        change 1 n p       -> update h1 n n; requestUserAvatar user1 p
+        change 0 n face    -> update h0 n n; requestUserAvatar user0 face
+        change 1 n face    -> update h1 n n; requestUserAvatar user1 face
         change 2 n q       -> update h2 n n; requestUserAvatar user2 q
         wait 20
-        fetch 0            -> taken; requestUserAvatar user0 p
-        half p cut
-        wait 10            -> requestUserAvatar user0 p; requestUserAvatar user1 p; requestUserAvatar user2 q
-        stream p P         -> picture h0 p P; picture h1 p P
+        fetch 0            -> taken; requestUserAvatar user0 face
+        half face cut
+        wait 10            -> requestUserAvatar user0 face; requestUserAvatar user1 face; requestUserAvatar user2 q
+        stream face P      -> picture h0 face P; picture h1 face P
         remove 2           -> uninstall h2
         change 2 n r
         wait 60            -> requestUserAvatar user2 r
