@@ -179,6 +179,7 @@ private Q_SLOTS:
             contacts.setInstalled('user-anna', false); user.setData(user.index(0, 0), 'Robin', 257); user.busy = true;
             user.setPictureSize(1); user.setData(user.index(0, 0), 'x'.repeat(62000), 257);
             box.setData(box.index(0, 0), 'Level 3', 257); box.addIcon(); box.addIcon(); box.removeIcon('1');
+            box.setData(box.index(0, 0), 'item-2', 256) == 0;
             box.icons == '2' && box.data(box.index(0, 0), 257) == 'Level 3' && user.name == 'Robin' && user.busy == 1;
             contact.data(contact.index(1, 0), 257) + user.picture == 'Back at five1 bytes'; user.setPictureSize(0);
             user.picture == 'none'; box.remove('item-1'); box.count == 0; contacts.live(50); contacts.count > 1 == 1;
@@ -309,9 +310,12 @@ private Q_SLOTS:
             {"msg::zel\ndat:json:{\"tpaApi\":{\"b\":[[],1,{}],\"a\":\"x\\\"{,\"}}\n", u"tpaApi"_s,
              u"{\n  \"tpaApi\": {\n    \"b\": [\n      [],\n      1,\n      {}\n    ],\n    \"a\": \"x\\\"{,\"\n  }\n}"_s,
              u"{\"b\":[[],1,{}],\"a\":\"…"_s},
-            {"@platform\ndat:json:{\"" + QByteArray(64, 't') + "\":\"" + QByteArray(201, 'A') + "\"}\n",
-             QString(64, u't'), u"{\n  \"%1\": \"%2…\" (201 characters)\n}"_s.arg(QString(64, u't'), QString(59, u'A')),
-             u'"' + QString(19, u'A') + u'…'},
+            {"dat:json:{\"" + QByteArray(64, 't') + "\":[\"" + QByteArray(201, 'A') + "\",\"" + QByteArray(201, 'C') +
+                 "\"]}",
+             QString(64, u't'),
+             u"{\n  \"%1\": [\n    \"%2…\" (201 characters),\n    \"%3…\" (201 characters)\n  ]\n}"_s.arg(
+                 QString(64, u't'), QString(59, u'A'), QString(59, u'C')),
+             u"[\"%1…"_s.arg(QString(18, u'A'))},
             {"@platform\ndat:json:{\"li", u"not a message"_s, u"{\n  \"li"_s, u"{\"li"_s}, // cut in a text
             {"dat:json:{\"a\":\"\\", u"a"_s, u"{\n  \"a\": \"\\"_s, u"\"\\"_s},            // cut behind a backslash
             {"dat:json:{}", u"not a message"_s, u"{}"_s, u"{}"_s},
