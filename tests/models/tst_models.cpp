@@ -249,8 +249,7 @@ private Q_SLOTS:
                     QCOMPARE(model.rowOf(naive.at(row).handle), row);
                 }
             }
-            QCOMPARE(model.rowOf(u"none"_s), -1);
-            QVERIFY(!model.isBeingReplaced());
+            QVERIFY(model.rowOf(u"none"_s) == -1 && filter.rowOf(u"none"_s) == -1 && !model.isBeingReplaced());
 
             Lines few(isInKeyOrder);
             const QSignalSpy counted(&few, &RecordListModel::countChanged);
@@ -266,8 +265,10 @@ private Q_SLOTS:
                 Qt::SingleShotConnection);
             auto* const late = new ContactFilterModel;
             late->setSourceModel(&few);
+            late->setSearchText(u"4"_s);
+            const QSignalSpy resets(late, &QAbstractItemModel::modelAboutToBeReset);
             few.setRecord(QVariant::fromValue(Line{u"4"_s, {}}));
-            QCOMPARE(column(*late, "handle"), QStringList({u"2"_s, u"4"_s}));
+            QVERIFY(column(*late, "handle") == QStringList(u"4"_s) && !resets.isEmpty());
             connect(late, &QAbstractItemModel::rowsRemoved, this, [late] { delete late; });
             few.setRecords({});
 
@@ -441,8 +442,9 @@ private Q_SLOTS:
         turned.reset();
         QCOMPARE(resetsEnded.size(), resets.size());
         QCOMPARE(completeness.size(), 1);
+        const QModelIndex gone = model.index(0);
         model.setContext(nullptr);
-        QCOMPARE(model.count(), 0);
+        QVERIFY(model.count() == 0 && !filter.mapFromSource(gone).isValid());
         QCOMPARE(completeness.size(), 2);
         filter.setSourceModel(nullptr);
         QVERIFY(told == 0 && filter.contact(0).isNull());

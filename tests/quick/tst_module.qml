@@ -63,10 +63,12 @@ TestCase {
             Repeater {
                 id: icons
                 model: items
-                Image { required property url icon; y: 120; width: 8; height: 8; source: icon; cache: false }
+                Image { required property url icon; y: 120; width: 8; height: 8; source: icon; sourceSize.height: 4; cache: false }
             }
         }
     }
+
+    Component { id: imageComponent; Image { cache: false } }
 
     function init() { compare(world.begin(), "") }
     // The pictures of the last function go with the next frame.
@@ -210,9 +212,8 @@ TestCase {
         const app = start()
         tryVerify(() => app.shown.count === 2 && color(app.shown.itemAt(0).image) === colors[4000])
         const asked = 2 // and the user's own
-        const nobodys = createTemporaryQmlObject("import QtQuick; Image { cache: false }", test)
-        nobodys.source = createTemporaryObject(followedComponent, test, {context: app.context, handle: "nobody"}).picture
-        tryCompare(nobodys, "status", Image.Ready)
+        const nobody = createTemporaryObject(followedComponent, test, {context: app.context, handle: "nobody"})
+        tryCompare(createTemporaryObject(imageComponent, test, {source: nobody.picture}), "status", Image.Ready)
         compare(world.asked("requestUserAvatar"), asked)
         compare(app.shown.itemAt(1).image.status, Image.Ready)
         compare([app.shown.itemAt(0).small.implicitWidth, app.shown.itemAt(0).small.implicitHeight], [4, 4])
@@ -228,8 +229,8 @@ TestCase {
         world.run("drop stream")
         const app = start()
         tryVerify(() => world.asked("requestUserAvatar") === 1)
-        const image = createTemporaryQmlObject("import QtQuick; Image { cache: false }", test)
-        const url = image.source = app.ownImage.source
+        const url = app.ownImage.source
+        const image = createTemporaryObject(imageComponent, test, {source: url})
         compare(image.status, Image.Loading)
         app.destroy()
         tryVerify(() => image.status !== Image.Loading)
@@ -255,7 +256,11 @@ TestCase {
             world.run("state NoDataConnection")
             tryVerify(() => app.shown.count + app.items.count === 0 && app.profile.displayName === "")
             verify(!app.context.ready && !app.anna.present && !app.contacts.complete)
+            const nobody = createTemporaryObject(followedComponent, test, {context: app.context, handle: "nobody" + i})
+            const image = createTemporaryObject(imageComponent, test, {source: nobody.picture})
+            compare(image.status, Image.Loading)
             world.run("state Success")
+            tryCompare(image, "status", Image.Ready)
         }
         // Another context, or none, is another beginning.
         tryCompare(app.contacts, "count", 1)
@@ -285,6 +290,9 @@ TestCase {
         verify(app.box.requestAddItem("Level 7", 7, "cookie") && app.box.requestAddItem("Level 8", 7, ""))
         tryCompare(app.items, "count", 2)
         tryVerify(() => color(app.icons.itemAt(0)) === colors[4000])
+        compare(app.icons.itemAt(0).implicitWidth, 4)
+        const unknown = createTemporaryObject(imageComponent, test, {source: String(app.icons.itemAt(0).icon).replace("/Nw/", "/NQ/")}) // of 5
+        tryCompare(unknown, "status", Image.Ready)
         world.run("box icon 7 none")
         world.run("box icon 7 3000")
         tryVerify(() => color(app.icons.itemAt(0)) === colors[3000] && color(app.icons.itemAt(1)) === colors[3000])
@@ -357,6 +365,9 @@ TestCase {
         tryVerify(() => eco.ecoId === "" && eco.status === EcoIdStatus.Unknown && !eco.invitable)
         world.run("state Success")
         tryCompare(eco, "status", EcoIdStatus.PendingContactInviteExists)
+        eco.context = null
+        verify(eco.ecoId === "" && eco.status === EcoIdStatus.Unknown)
+        eco.context = app.context
         eco.ppId = "pp-nobody"
         verify(eco.ecoId === "" && !eco.invite("Robin", "Nobody hears"))
     }
