@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
@@ -37,7 +38,7 @@ public:
     friend bool operator<(const ByHandle& a, const ByHandle& b)
     {
         const auto order = a.m_begin <=> b.m_begin;
-        return order == 0 ? a.m_contact->handle() < b.m_contact->handle() : order < 0;
+        return std::is_eq(order) ? a.m_contact->handle() < b.m_contact->handle() : std::is_lt(order);
     }
 
 private:
