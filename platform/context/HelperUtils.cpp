@@ -63,7 +63,9 @@ RegistrationState::Type registrationStateFromString(const QString& code)
     return valueOf(registrationStates, code, RegistrationState::Unknown);
 }
 
-// An image type is one more than the type of the services core.
+// An image type is one more than the type of the services core, by whose number its word is found.
+static_assert(ImageType::Jpg == Avatar::Jpeg + 1 && ImageType::Png == Avatar::Png + 1 &&
+              ImageType::Gif == Avatar::Gif + 1 && ImageType::Bmp == Avatar::Bmp + 1);
 
 ImageType::Type imageTypeFromString(const QString& mimeType)
 {

@@ -16,9 +16,19 @@ namespace {
 /// The one that files are given first.
 QStringList suffixesOf(ImageType::Type type)
 {
-    const QList<QStringList> suffixes{
-        {}, {u"jpg"_s, u"jpeg"_s, u"jpe"_s}, {u"png"_s}, {u"gif"_s}, {u"bmp"_s, u"dib"_s}};
-    return suffixes.value(type);
+    switch (type) {
+    case ImageType::Jpg:
+        return {u"jpg"_s, u"jpeg"_s, u"jpe"_s};
+    case ImageType::Png:
+        return {u"png"_s};
+    case ImageType::Gif:
+        return {u"gif"_s};
+    case ImageType::Bmp:
+        return {u"bmp"_s, u"dib"_s};
+    case ImageType::Unsupported:
+        break;
+    }
+    return {};
 }
 
 } // namespace

@@ -4,7 +4,6 @@
 #include <common/WireText.h>
 
 #include <QtCore/QDateTime>
-#include <QtCore/QTimer>
 
 #include <algorithm>
 #include <chrono>
@@ -28,6 +27,9 @@ constexpr size_t mostTypes = 200;
 WireModel::WireModel(zelcore::Simulator& simulator, QObject* parent)
     : QAbstractListModel(parent)
 {
+    m_turn.setSingleShot(true);
+    m_turn.setInterval(100ms);
+    connect(&m_turn, &QTimer::timeout, this, &WireModel::takeTurn);
     connect(&simulator, &zelcore::Simulator::recordPassed, this, &WireModel::take);
 }
 
@@ -35,7 +37,7 @@ void WireModel::setHeld(bool held)
 {
     if (std::exchange(m_isHeld, held) == held)
         return;
-    awaitTurn();
+    m_turn.start();
     Q_EMIT heldChanged();
 }
 
@@ -105,18 +107,12 @@ void WireModel::take(const WireRecord& record)
 {
     m_waiting.append({record, zeltools::typeOf(record)});
     m_waiting.dropBefore(m_waiting.keptFrom());
-    awaitTurn();
-}
-
-void WireModel::awaitTurn()
-{
-    if (!std::exchange(m_isDue, true))
-        QTimer::singleShot(100ms, this, &WireModel::takeTurn);
+    if (!m_turn.isActive())
+        m_turn.start();
 }
 
 void WireModel::takeTurn()
 {
-    m_isDue = false;
     const auto choices = m_types.size() + m_applications.size();
     if (!m_isHeld) {
         for (quint64 number = m_waiting.begin(); number < m_waiting.end(); ++number) {
@@ -138,8 +134,9 @@ void WireModel::takeTurn()
 void WireModel::dropOldest(quint64 before)
 {
     const auto end = std::lower_bound(m_shown.cbegin(), m_shown.cend(), before);
-    if (end != m_shown.cbegin()) {
-        beginRemoveRows({}, 0, int(end - m_shown.cbegin()) - 1);
+    const auto rows = int(end - m_shown.cbegin());
+    if (rows > 0) {
+        beginRemoveRows({}, 0, rows - 1);
         m_shown.erase(m_shown.cbegin(), end);
         endRemoveRows();
     }

@@ -7,6 +7,7 @@
 
 #include <QtCore/QAbstractListModel>
 #include <QtCore/QStringList>
+#include <QtCore/QTimer>
 #include <QtQml/qqmlregistration.h>
 
 #include <deque>
@@ -92,7 +93,6 @@ private:
     };
 
     void take(const zelcore::WireRecord& record);
-    void awaitTurn();
     void takeTurn();
     void dropOldest(quint64 before);
     void showNew();
@@ -107,7 +107,7 @@ private:
     bool m_isHeld = false;
     std::set<QString> m_types;
     std::set<int> m_applications;
-    bool m_isDue = false;
+    QTimer m_turn;
 };
 
 } // namespace zeldesk
