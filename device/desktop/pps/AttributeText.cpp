@@ -241,7 +241,6 @@ bool AttributeText::copy(const char* text, size_t length)
     // The parser may read, but never uses, this many bytes past the end of what it is given.
     const size_t needed = length + simdjson::SIMDJSON_PADDING + 1;
     if (needed > m_capacity) {
-        m_capacity = 0;
         m_text.reset(new char[needed]);
         m_capacity = needed;
     }
@@ -264,7 +263,6 @@ void AttributeText::parseLine(char* begin, char* end)
     if (isUtf8(begin, end))
         object.name = view(begin, end);
     object.firstAttribute = static_cast<uint32_t>(m_attributes.size());
-    object.firstDocument = m_documentCount + 1;
     m_objects.push_back(object);
     *end = '\0';
 }
@@ -273,7 +271,6 @@ void AttributeText::closeObject()
 {
     Object& object = m_objects.back();
     object.attributeCount = static_cast<uint32_t>(m_attributes.size()) - object.firstAttribute;
-    object.endDocument = m_documentCount + 1;
 }
 
 void AttributeText::parseAttribute(char* begin, char* end)

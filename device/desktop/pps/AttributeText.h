@@ -31,8 +31,6 @@ public:
         std::string_view name; // with its '@'; empty when it cannot be read, and for the root
         uint32_t firstAttribute = 0;
         uint32_t attributeCount = 0;
-        uint32_t firstDocument = 0;
-        uint32_t endDocument = 0;
     };
 
     // False when there is not enough memory.

@@ -126,17 +126,11 @@ size_t TextCursor::count() const
     return isOnTape() ? m_words.countOf(m_container.place) : end(m_container);
 }
 
-// Whether `inner` is `outer` or lies within it.
+// Whether `inner` is `outer`, which is on a tape, or lies within it.
 bool TextCursor::contains(Node outer, Node inner) const
 {
-    if (outer == inner || outer == Node())
-        return true;
-    if (outer.document == 0) {
-        const AttributeText::Object& object = text.objects()[outer.place];
-        return inner.document >= object.firstDocument && inner.document < object.endDocument;
-    }
-    return outer.document == inner.document && outer.place < inner.place &&
-           inner.place < tape(outer.document).after(outer.place);
+    return outer == inner || (outer.document == inner.document && outer.place < inner.place &&
+                              inner.place < tape(outer.document).after(outer.place));
 }
 
 TextCursor::Trail& TextCursor::findTrail()
