@@ -80,7 +80,7 @@ QVariant LazyTransformedListBase::item(int index) const
     // The map that is being asked finds one that is dirty. Before the list's turn all may be forgotten meanwhile.
     if (kept->isDirty() && m_depth > 0 && isTaking() && !isTooDeep()) {
         self->deriveAnew(*kept);
-        return entry(index) == kept && !kept->m_isUnmade ? valueOf(*kept) : self->compute(index);
+        return self->compute(index);
     }
     return valueOf(*kept);
 }
