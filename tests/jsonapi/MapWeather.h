@@ -189,7 +189,6 @@ private:
             Border(), f.pipe->setConnected(false);
             f.pipe->clearSent();
             m_due.clear();
-            m_requestedAt.clear();
             const QScopedValueRollback reconnecting(m_isReconnecting, true);
             guarded([this] { Border(), f.pipe->setConnected(true); });
             collect();

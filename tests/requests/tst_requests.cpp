@@ -90,28 +90,23 @@ struct Case
 };
 
 /// In the world that init() makes, where all can be asked for at once.
-const QList<Case>& cases()
-{
-    using R = Requests;
-    static const QList<Case> all{
-        {"picture", [](R& r) { return r.displayPicture(u"anna"_s); }, Text::of(Picture{ImageType::Png, png})},
-        {"eco id", [](R& r) { return r.ecoId(u"pp-x"_s); }, u"eco-x"_s},
-        {"eco status", [](R& r) { return r.ecoIdStatus(u"eco-x"_s); }, u"2"_s},
-        {"item", [](R& r) { return r.addItem(u"x"_s, u"c"_s); }, u"x -1"_s},
-        {"item, icon there", [](R& r) { return r.addItem(u"x"_s, 7, u"c"_s); }, u"x 7"_s},
-        {"item and icon",
-         [](R& r) { return r.addItemWithIcon(longestText, 8, ImageType::Gif, largestIcon, longestCookie); },
-         longestText + u" 8"_s},
-        {"item and icon, icon there", [](R& r) { return r.addItemWithIcon(u"x"_s, 7, {}, png, {}); }, u"x 7"_s},
-        {"removal", [](R& r) { return r.removeItem(u"item-1"_s); }, u"done"_s},
-        {"new icon", [](R& r) { return r.registerIcon(9, ImageType::Gif, gif); }, u"done"_s},
-        {"icon", [](R& r) { return r.retrieveIcon(7); }, Text::of(Picture{ImageType::Gif, gif})},
-        {"message", [](R& r) { return r.updatePersonalMessage(u"new"_s); }, u"done"_s},
-        {"status", [](R& r) { return r.updateStatus(UserStatus::Busy, u"new"_s); }, u"done"_s},
-        {"own picture", [](R& r) { return r.updateDisplayPicture(ImageType::Png, png); }, u"done"_s},
-    };
-    return all;
-}
+const QList<Case> cases{
+    {"picture", [](Requests& r) { return r.displayPicture(u"anna"_s); }, Text::of(Picture{ImageType::Png, png})},
+    {"eco id", [](Requests& r) { return r.ecoId(u"pp-x"_s); }, u"eco-x"_s},
+    {"eco status", [](Requests& r) { return r.ecoIdStatus(u"eco-x"_s); }, u"2"_s},
+    {"item", [](Requests& r) { return r.addItem(u"x"_s, u"c"_s); }, u"x -1"_s},
+    {"item, icon there", [](Requests& r) { return r.addItem(u"x"_s, 7, u"c"_s); }, u"x 7"_s},
+    {"item and icon",
+     [](Requests& r) { return r.addItemWithIcon(longestText, 8, ImageType::Gif, largestIcon, longestCookie); },
+     longestText + u" 8"_s},
+    {"item and icon, icon there", [](Requests& r) { return r.addItemWithIcon(u"x"_s, 7, {}, png, {}); }, u"x 7"_s},
+    {"removal", [](Requests& r) { return r.removeItem(u"item-1"_s); }, u"done"_s},
+    {"new icon", [](Requests& r) { return r.registerIcon(9, ImageType::Gif, gif); }, u"done"_s},
+    {"icon", [](Requests& r) { return r.retrieveIcon(7); }, Text::of(Picture{ImageType::Gif, gif})},
+    {"message", [](Requests& r) { return r.updatePersonalMessage(u"new"_s); }, u"done"_s},
+    {"status", [](Requests& r) { return r.updateStatus(UserStatus::Busy, u"new"_s); }, u"done"_s},
+    {"own picture", [](Requests& r) { return r.updateDisplayPicture(ImageType::Png, png); }, u"done"_s},
+};
 
 } // namespace
 
@@ -165,7 +160,7 @@ private Q_SLOTS:
         if (end == "service away"_L1)
             m_service->goAway();
         QList<Pending> all;
-        for (const Case& one : cases()) {
+        for (const Case& one : cases) {
             all += one.ask(*requests);
             QVERIFY2(all.last().outcome() == u"waits"_s, one.name);
         }
@@ -179,7 +174,7 @@ private Q_SLOTS:
             requests.reset();
 
         QStringList expected;
-        for (const Case& one : cases())
+        for (const Case& one : cases)
             expected += outcome.isEmpty() ? one.answer : outcome;
         QCOMPARE(endsOf(all), expected);
     }

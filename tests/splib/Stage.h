@@ -52,6 +52,13 @@ struct Stage
         steps[u"half"_s] = streamed("false"); // of what is sent in two
         steps[u"turn"_s] = [](auto&) { QCoreApplication::processEvents(); };
         steps[u"wait"_s] = [this](auto& words) { clock->advance(words[0].toInt() * 1000); };
+        steps[u"when"_s] = [this](auto& words) { // this is told, all that stands behind colons happens in the slot
+            const QStringList parts = words.join(u' ').split(u" : "_s);
+            log.on(parts[0], [this, inside = parts.mid(1)] {
+                for (const QString& step : inside)
+                    happen(step);
+            });
+        };
     }
     ~Stage() { FakeClock::uninstall(); }
     Q_DISABLE_COPY_MOVE(Stage)

@@ -85,7 +85,6 @@ void TstGlobalsManager::tellsItsStory_data()
     const auto row = [](const char* name, const char* story, const QString& before = {}) {
         QTest::newRow(name) << before + QLatin1String(story);
     };
-    const auto registeredRow = [row](const char* name, const char* story) { row(name, story, registered); };
     const auto pictureRow = [row](const char* name, const char* story) { row(name, story, withPicture); };
 
     row("what is of no type stays as it was", R"(
@@ -96,11 +95,6 @@ void TstGlobalsManager::tellsItsStory_data()
         change permission "showAppBox":true,"registrationState":"Expired","zelSetup":true -> state Expired
         change other "registrationState":"Success"
         show                                             -> 1 1 Expired 1
-    )");
-    row("a registration that another has asked for", R"(
-        turn                                             -> requestListElements permission global
-        answer permission "registrationState":"Pending"  -> state Pending
-        wait 30                                          -> requestListElements permission global
     )");
     row("a registration of which nothing is heard", R"(
         turn                                             -> requestListElements permission global
@@ -126,19 +120,19 @@ void TstGlobalsManager::tellsItsStory_data()
         wait 120                                         -> requestListElements permission global
         answer permission "registrationState":"Expired"
         wait 3000
+        change permission "registrationState":"Pending"  -> state Pending
+        wait 30                                          -> requestListElements permission global
     )");
-    registeredRow("a profile without a picture", R"(
+    row("a profile without a user and a picture", R"(
         register                                         -> state Success
-        answer platformProfile "userId":""               -> gate profile; picture - - -; gate picture
-        change platformProfile "displayName":"A"         -> name A -
-    )");
-    registeredRow("a profile without a user", R"(
         answer platformProfile "displayName":"A"
         change platformProfile "userId":"me"             -> gate profile; picture - - -; gate picture
         change platformProfile "userId":"me","handle":"h"
-    )");
-    row("a profile that came unasked", R"(
-        unasked platformProfile "userId":"me"
+        change platformProfile "displayName":"B"         -> name B -
+    )",
+        registered);
+    row("a profile that came unasked, of no known user", R"(
+        unasked platformProfile "userId":""
         init
         turn  -> gate profile; picture - - -; gate picture; requestListElements permission global
     )");

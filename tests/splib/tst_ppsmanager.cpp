@@ -58,7 +58,6 @@ private Q_SLOTS:
             {"@platform\ndat:json:{\"m\":{\"a\":\"6\"}}\nx::\xFF\n", u"6"_s},                // no UTF-8 elsewhere
             {"@platform\r\ndat:json:{\"m\":{\"a\":\"7\"}}\r\n", u"7"_s},
             {"", {}},
-            {"nonsense\n", {}},
             {"@other\ndat:json:{\"m\":{}}\n", {}},
             {"@platform\ndata:json:{\"m\":{}}\n", {}},
             {"@platform\ndat::{\"m\":{}}\n", {}},

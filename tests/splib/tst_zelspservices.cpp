@@ -6,6 +6,7 @@
 #include <common/TestMain.h>
 
 #include <algorithm>
+#include <map>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -24,7 +25,7 @@ public:
     {
         services.globals()->registrationEventHandler().log = &log;
         services.contacts()->eventHandler().log = &log;
-        permission("listAdd", {});
+        permission({}, "listAdd");
     }
 
     QString after(const QString& steps)
@@ -38,32 +39,8 @@ public:
 
     void happen(const QString& steps)
     {
-        static const QMap<QChar, QByteArray> permissions{
-            {u's', R"("registrationState":"Success")"},
-            {u'n', R"("registrationState":"NoDataConnection")"},
-            {u'b', R"("showAppBox":true)"},
-            {u'B', R"("registrationState":"Success","showAppBox":true)"},
-            {u'h', R"("showAppBox":false)"},
-        };
-        for (const QChar step : steps) {
-            if (permissions.contains(step))
-                permission("listChange", permissions[step]);
-            else if (step == u'p')
-                services.userProfileIsReady();
-            else if (step == u'a')
-                services.userProfileAvatarIsReady();
-            else if (step == u'x')
-                services.profileBoxIsReady();
-            else if (step == u'c')
-                services.contactsIsReady();
-            else if (step == u'l') { // somebody begins to listen to contacts, and has the list without hearing of it
-                services.contacts()->setEventsEnabled(true);
-                services.contacts()->eventHandler().log = nullptr;
-                services.contacts()->getContactList();
-                services.contacts()->eventHandler().log = &log;
-            } else
-                throw 1; // for a !
-        }
+        for (const QChar step : steps)
+            things.at(step)();
     }
 
     static inline const QString success = u"state Success"_s;
@@ -73,10 +50,32 @@ public:
     Services services{pipe};
 
 private:
-    void permission(const QByteArray& message, const QByteArray& members)
+    void permission(const QByteArray& members, const QByteArray& message = "listChange")
     {
         pipe->inject("{'@':{'type':'global','elements':[{'name':'permission','value':{@}}]}}", {message, members});
     }
+    /// Somebody begins to listen to contacts, and has the list without hearing of it.
+    void listen()
+    {
+        services.contacts()->setEventsEnabled(true);
+        services.contacts()->eventHandler().log = nullptr;
+        services.contacts()->getContactList();
+        services.contacts()->eventHandler().log = &log;
+    }
+
+    const std::map<QChar, std::function<void()>> things{
+        {u's', [this] { permission(R"("registrationState":"Success")"); }},
+        {u'n', [this] { permission(R"("registrationState":"NoDataConnection")"); }},
+        {u'b', [this] { permission(R"("showAppBox":true)"); }},
+        {u'B', [this] { permission(R"("registrationState":"Success","showAppBox":true)"); }},
+        {u'h', [this] { permission(R"("showAppBox":false)"); }},
+        {u'p', [this] { services.userProfileIsReady(); }},
+        {u'a', [this] { services.userProfileAvatarIsReady(); }},
+        {u'x', [this] { services.profileBoxIsReady(); }},
+        {u'c', [this] { services.contactsIsReady(); }},
+        {u'l', [this] { listen(); }},
+        {u'!', [] { throw 1; }},
+    };
 };
 
 } // namespace
