@@ -5,21 +5,12 @@
 
 #include <common/Choices.h>
 
-#include <iface/CachedObservableList.h>
-#include <iface/FilteredObservableList.h>
-#include <iface/ListMirror.h>
-#include <iface/ObservableTracker.h>
 #include <iface/RunUntilTrue.h>
-#include <iface/TransformedObservableList.h>
 
 #include <QtCore/QScopedValueRollback>
 #include <QtCore/QSet>
 
-#include <memory>
 #include <stdexcept>
-#include <vector>
-
-using namespace Qt::StringLiterals;
 
 /// Lists, maps and values at the source, and lists derived from them and from each other at random, with filters that
 /// read yet others: chains and diamonds of any shape. One map withholds keys at times. Another, and the filters, glance
@@ -40,8 +31,7 @@ public:
         for (int i = 0; i < Numbers; ++i)
             m_numbers.emplace_back(new Number(0));
         for (int key = 0; key < Keys; ++key) {
-            m_plain->contents.insert(key, key);
-            m_moody->contents.insert(key, key);
+            m_plain->contents[key] = m_moody->contents[key] = key;
             m_records->set(key, key);
         }
         m_plain->whenAsked = [this](int) { glance(); };
@@ -54,7 +44,7 @@ public:
             Items items;
             for (int count = any(0, 6); count > 0; --count)
                 items.append(any(0, Keys - 1));
-            node.source = EditableListPointer<int>(new EditableList<int>(items));
+            node.source = EditableListPointer<int>(items);
             node.list = iface::ObservableList<int>(node.source.data());
         }
         for (int i = any(2, 7); i > 0; --i)
@@ -137,12 +127,12 @@ private:
         int number;
         Kind kind;
         iface::ObservableList<int> list;
-        EditableListPointer<int> source;
+        QExplicitlySharedDataPointer<EditableList<int>> source;
         Node* input = nullptr;
         std::vector<Node*> read; ///< by its filter
         int salt = 0;
         int reader = 0; ///< how the filter reads
-        QExplicitlySharedDataPointer<PlainMap<int, int>> map;
+        PlainMapPointer<int, int> map;
         bool forgets = false; ///< what was read, so that not every change of it is announced
         std::unique_ptr<iface::ListMirror<int>> mirror;
         std::unique_ptr<iface::ListMirror<int>> lateMirror;
@@ -207,7 +197,7 @@ private:
                 input->list, [this, &node](int item) { return passes(node, item); });
         } else {
             node.list = iface::TransformedObservableList::create<int, int>(
-                input->list, kind == MappedByRecord ? m_composite : iface::ObservableMap<int, int>(node.map.data()),
+                input->list, kind == MappedByRecord ? m_composite : node.map,
                 node.forgets        ? 2
                 : kind == Forgetful ? Transformed::DefaultCacheLimit // room for all
                                     : Transformed::KeepsEverything);
@@ -258,8 +248,7 @@ private:
     {
         auto seen = quint64(m_numbers[std::size_t(monitor.number)]->getValue());
         for (Node* const node : monitor.read) {
-            const Items items = isNaive ? naive(*node) : compared(*node, "in a monitor");
-            for (const int item : items)
+            for (const int item : isNaive ? naive(*node) : compared(*node, "in a monitor"))
                 seen = 31 * seen + quint64(item);
         }
         return seen;
@@ -507,8 +496,8 @@ private:
     Choices m_choices;
     QObject m_context;
     std::vector<NumberPointer> m_numbers;
-    QExplicitlySharedDataPointer<PlainMap<int, int>> m_plain{new PlainMap<int, int>};
-    QExplicitlySharedDataPointer<PlainMap<int, int>> m_moody{new PlainMap<int, int>};
+    PlainMapPointer<int, int> m_plain;
+    PlainMapPointer<int, int> m_moody;
     QSet<int> m_withheld; ///< keys of that, under which it changes nothing meanwhile
     QExplicitlySharedDataPointer<RecordMap<int, int>> m_records{new RecordMap<int, int>};
     const iface::ObservableMap<int, int> m_composite = contentsOf(m_records);

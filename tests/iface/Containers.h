@@ -3,22 +3,30 @@
 
 #include <iface/BaseListImpl.h>
 #include <iface/BaseMap.h>
+#include <iface/CachedObservableList.h>
 #include <iface/Change.h>
 #include <iface/CompositeMap.h>
+#include <iface/FilteredObservableList.h>
 #include <iface/Follower.h>
 #include <iface/ItemMovedMapper.h>
+#include <iface/ListMirror.h>
 #include <iface/MapObservableToValue.h>
-#include <iface/ObservableList.h>
 #include <iface/ObservableMonitor.h>
+#include <iface/ObservableTracker.h>
 #include <iface/PrecomputedMapper.h>
 #include <iface/Round.h>
+#include <iface/TransformedObservableList.h>
 #include <iface/WritableObservableValue.h>
 #include <iface/detail/MakeShared.h>
 
 #include <algorithm>
 #include <functional>
+#include <memory>
 #include <numeric>
 #include <utility>
+#include <vector>
+
+using namespace Qt::StringLiterals;
 
 using ChangeType = iface::ObservableListImpl::ChangeType;
 using Number = iface::WritableObservableValue<int>;
@@ -92,8 +100,16 @@ public:
     }
 };
 
+/// One that is made at once, and goes wherever a list does.
 template <class T>
-using EditableListPointer = QExplicitlySharedDataPointer<EditableList<T>>;
+struct EditableListPointer : QExplicitlySharedDataPointer<EditableList<T>>
+{
+    explicit EditableListPointer(const QList<T>& items = {})
+        : QExplicitlySharedDataPointer<EditableList<T>>(new EditableList<T>(items))
+    {
+    }
+    operator iface::ObservableList<T>() const { return iface::ObservableList<T>(this->data()); }
+};
 
 /// A list as somebody else derives one: each item is one more, below a limit.
 class NextNumbers : public iface::ObservableListImpl, private iface::Follower
@@ -221,6 +237,17 @@ protected:
             whenAsked(key);
         return answer;
     }
+};
+
+template <class K, class V>
+struct PlainMapPointer : QExplicitlySharedDataPointer<PlainMap<K, V>>
+{
+    explicit PlainMapPointer(const QHash<K, V>& contents = {})
+        : QExplicitlySharedDataPointer<PlainMap<K, V>>(new PlainMap<K, V>)
+    {
+        this->data()->contents = contents;
+    }
+    operator iface::ObservableMap<K, V>() const { return iface::ObservableMap<K, V>(this->data()); }
 };
 
 /// The contents of a map's values, as a map.

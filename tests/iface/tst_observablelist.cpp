@@ -12,12 +12,9 @@ using Mapper = QSharedPointer<ObservableListImpl::IndexMapper>;
 namespace {
 
 using IntList = EditableList<int>;
-using Lists = EditableListPointer<int>;
+using Ints = EditableListPointer<int>;
 
-QVariantList path(int index)
-{
-    return ObservableListImpl::pathOf(index);
-}
+constexpr auto path = &ObservableListImpl::pathOf;
 
 } // namespace
 
@@ -28,13 +25,11 @@ class TstObservableList : public QObject
 private Q_SLOTS:
     void readsItemsThroughPathsAndHandles()
     {
-        const ObservableList<int> list(new IntList({4, 5, 4}));
-        const QExplicitlySharedDataPointer<PlainMap<int, int>> same(new PlainMap<int, int>);
-        same->contents = {{4, 4}, {5, 5}};
-        for (const auto& one :
-             {list, ObservableList<int>(new CachedObservableList<int>(list)),
-              FilteredObservableList<int>::create(list, [](int) { return true; }),
-              TransformedObservableList::create<int, int>(list, ObservableMap<int, int>(same.data()))}) {
+        const ObservableList<int> list = Ints({4, 5, 4});
+        const PlainMapPointer<int, int> same({{4, 4}, {5, 5}});
+        for (const auto& one : {list, ObservableList<int>(new CachedObservableList<int>(list)),
+                                FilteredObservableList<int>::create(list, [](int) { return true; }),
+                                TransformedObservableList::create<int, int>(list, same)}) {
             QCOMPARE(one.toList(), (QList<int>{4, 5, 4}));
             QVERIFY(one.impl()->hasChildren({}) && !one.impl()->hasChildren(path(0)));
             QCOMPARE(one.impl()->data(path(1)), QVariant(5));
@@ -49,7 +44,7 @@ private Q_SLOTS:
         }
         QVERIFY2(ObservableList<QList<int>>(list.impl())[0].isEmpty(), "what does not convert reads as a default");
         // As it stands: nobody counts the children of an item.
-        QCOMPARE(Lists(new IntList)->childCount(path(0)), 1);
+        QCOMPARE(Ints()->childCount(path(0)), 1);
         const ObservableList<int> none;
         for (const auto& empty : {none, ObservableList<int>(new ObservableListImpl),
                                   ObservableList<int>(new CachedObservableList<int>(none)),
@@ -68,7 +63,7 @@ private Q_SLOTS:
 
     void announcesTheItemFirstThenThePlainChange()
     {
-        const Lists list(new IntList({0, 1, 2}));
+        const Ints list({0, 1, 2});
         QStringList log;
         ObserverFunctorAdapter plain([&] { log << u"changed"_s; });
         list->addObserver(&plain);
@@ -95,8 +90,8 @@ private Q_SLOTS:
     // And with defaults; who follows the list hears nothing.
     void reachesOnlyItsSlotsWhenASignalIsEmitted()
     {
-        const Lists list(new IntList({1}));
-        CachedObservableList<int> cached(ObservableList<int>(list.data()));
+        const Ints list({1});
+        CachedObservableList<int> cached(list);
         cached.setChangeFunction([](auto&&...) { QFAIL("nothing has changed"); });
         QSignalSpy spy(list.data(), &ObservableListImpl::itemsChanged);
         Q_EMIT list->itemsChanged();
@@ -109,8 +104,6 @@ private Q_SLOTS:
     {
         const ItemMovedMapper down(1, 3);
         const PrecomputedMapper table({2, -1, 0});
-        QCOMPARE(ListMirror<int>::indexesOf(down, 5), (QList<int>{0, 3, 1, 2, 4}));
-        QCOMPARE(ListMirror<int>::indexesOf(ItemMovedMapper(3, 1), 5), (QList<int>{0, 2, 3, 1, 4}));
         QCOMPARE(ListMirror<int>::indexesOf(table, 4), (QList<int>{2, -1, 0, -1}));
         for (const QVariantList& bad : {QVariantList(), QVariantList{0, 0}, path(-1)}) {
             for (const auto* mapper : {static_cast<const ObservableListImpl::IndexMapper*>(&down),
@@ -122,8 +115,8 @@ private Q_SLOTS:
         }
         QVERIFY(table.newIndexPath(nullptr, nullptr, path(0)));
         // Moves that are made together are one.
-        const Lists list(new IntList({1, 2, 3}));
-        ListMirror<int> mirror(ObservableList<int>(list.data()));
+        const Ints list({1, 2, 3});
+        ListMirror<int> mirror(list);
         Round::together([&] {
             list->move(0, 2);
             list->rearrange({1, -1, 0}, {9, 9, 9});
@@ -134,8 +127,8 @@ private Q_SLOTS:
 
     void sendsChangesToAnotherThread()
     {
-        const Lists list(new IntList({1, 2}));
-        const Lists other(new IntList);
+        const Ints list({1, 2});
+        const Ints other;
         QThread thread;
         QStringList log;
         auto* adapter = new ObservableListImplFunctorAdapter(
@@ -160,9 +153,9 @@ private Q_SLOTS:
     // What ends with functions that hear of a list, an observable or a map may change it: they are not called any more.
     void callsNoFunctionWhileItEnds()
     {
-        const Lists list(new IntList);
-        const Lists observed(new IntList);
-        const QExplicitlySharedDataPointer map(new PlainMap<int, int>);
+        const Ints list;
+        const Ints observed;
+        const PlainMapPointer<int, int> map;
         int calls = 0;
         const auto hear = [&](const auto& change) {
             return [&, end = std::shared_ptr<void>(nullptr, [=](void*) { change(); })](auto...) { ++calls; };
@@ -186,8 +179,9 @@ private Q_SLOTS:
         {
             bool newIndexPath(QVariantList*, int*, const QVariantList&) const override { return false; }
         };
-        const auto moved = [](IntList& list, const QList<int>& newIndexes) {
-            list.fireItemsChanged(ChangeType::IndexesChanged, QSharedPointer<PrecomputedMapper>::create(newIndexes));
+        const auto moved = [](auto* mapper) {
+            return
+                [mapper = Mapper(mapper)](IntList& list) { list.fireItemsChanged(ChangeType::IndexesChanged, mapper); };
         };
         const std::function<void(IntList&)> lies[] = {
             [](IntList& list) { list.fireItemAdded(0); },
@@ -195,27 +189,21 @@ private Q_SLOTS:
             [](IntList& list) { list.fireItemRemoved(0); },
             [](IntList& list) { list.fireItemRemoved(3); },
             [](IntList& list) { list.fireItemUpdated(3); },
-            [&](IntList& list) {
-                moved(list, {0, 2, 1});
-            },
-            [&](IntList& list) {
-                moved(list, {0, 1, 3});
-            },
-            [&](IntList& list) {
-                moved(list, {0, 0, 2});
-            },
-            [](IntList& list) { list.fireItemsChanged(ChangeType::IndexesChanged, Mapper(new Unsure)); },
+            moved(new PrecomputedMapper({0, 2, 1})),
+            moved(new PrecomputedMapper({0, 1, 3})),
+            moved(new PrecomputedMapper({0, 0, 2})),
+            moved(new Unsure),
         };
         for (const auto& lie : lies) {
-            const Lists list(new IntList({1, 1, 2}));
-            const ListMirror<int> mirror(ObservableList<int>(list.data()));
-            moved(*list, {1, 0, 2});
+            const Ints list({1, 1, 2});
+            const ListMirror<int> mirror(list);
+            moved(new PrecomputedMapper({1, 0, 2}))(*list);
             QCOMPARE(mirror.complaint(), QString());
-            const auto derived =
-                FilteredObservableList<int>::create(ObservableList<int>(list.data()), [](int) { return true; });
+            const ListMirror<int> derived(FilteredObservableList<int>::create(list, [](int) { return true; }));
             lie(*list);
             QVERIFY2(!mirror.complaint().isEmpty(), qPrintable(QString::number(&lie - lies)));
-            QVERIFY(&lie - lies > 4 || derived.toList() == (QList<int>{1, 1, 2}));
+            QCOMPARE(derived.items(), (QList<int>{1, 1, 2}));
+            QVERIFY2(derived.complaint().isEmpty() || &lie - lies == 5, "only a move to elsewhere is passed on");
         }
     }
 };

@@ -10,8 +10,6 @@ using namespace iface;
 namespace {
 
 using Value = ObservableValue<int>;
-template <class K, class V>
-using MapPointer = QExplicitlySharedDataPointer<PlainMap<K, V>>;
 
 // What a map announces, as text: "a,b" for keys, "*" for the plain change.
 template <class K>
@@ -50,7 +48,7 @@ private Q_SLOTS:
 
     void announcesKeysFirstThenThePlainChange()
     {
-        const MapPointer<QString, int> map(new PlainMap<QString, int>);
+        const PlainMapPointer<QString, int> map;
         QVERIFY(map->metaObject()->indexOfSignal("mapChanged(MapChange)") >= 0);
         QSignalSpy alone(map.data(), &ObservableMapImplBase::mapChanged); // connects by the signal's number
         map->set({{u"a"_s, 1}});
@@ -72,23 +70,21 @@ private Q_SLOTS:
 
     void dependsOnBothMaps()
     {
-        using First = PlainMap<int, Value>;
-        const ObservableMap<int, Value, First> first(new First);
+        const NumberPointer number(new Number(1));
+        const PlainMapPointer<int, Value> first({{1, Value(number.data())}});
         const auto contents = MapObservableToValue<int>::create();
         const auto map = CompositeMap<int, Value, int>::create(first, contents);
-        const NumberPointer number(new Number(1));
-        first.impl()->contents.insert(1, Value(number.data()));
         Announcements<int> heard(map.impl());
         number->setValue(2);
         QCOMPARE(heard.take(), QStringList()); // nobody has asked for it
         const auto read = ObservableTracker::runAndMonitor([&] { QCOMPARE(map.get(1), 2); });
         for (const Observable* const part :
-             std::initializer_list<const Observable*>{map.impl(), first.impl(), contents.impl(), number.data()})
+             std::initializer_list<const Observable*>{map.impl(), first.data(), contents.impl(), number.data()})
             QVERIFY(read->contains(part));
         QVERIFY2(map.get(2) == 0 && read->size() == 4, "nothing has no value to be observed");
-        first.impl()->set({{2, Value(number.data())}});
+        first->set({{2, Value(number.data())}});
         QCOMPARE(heard.take(), (QStringList{u"2"_s, u"*"_s}));
-        first.impl()->fireMapChanged(MapChange()); // without keys, from either side
+        first->fireMapChanged(MapChange()); // without keys, from either side
         number->setValue(3);
         QCOMPARE(heard.take(), (QStringList{u"*"_s, u"*"_s}));
         QCOMPARE(map.get(2), 3);
@@ -97,9 +93,8 @@ private Q_SLOTS:
     // The key belongs to whoever made the change, and may be gone before the last has heard of it.
     void announcesCopiesOfKeys()
     {
-        const MapPointer<QString, int> map(new PlainMap<QString, int>);
-        const auto composite = CompositeMap<QString, int, int>::create(ObservableMap<QString, int>(map.data()),
-                                                                       ObservableMap<int, int>(new PlainMap<int, int>));
+        const PlainMapPointer<QString, int> map;
+        const auto composite = CompositeMap<QString, int, int>::create(map, PlainMapPointer<int, int>());
         auto key = std::make_unique<QString>(u"a longer key"_s);
         std::optional<Announcements<QString>> late; // comes before the composite map has announced it
         ObserverFunctorAdapter frees([&] {

@@ -5,6 +5,7 @@
 #include <iface/QApplicationRealm.h>
 #include <iface/RetryTimer.h>
 
+#include <QtCore/QAbstractEventDispatcher>
 #include <QtCore/QEventLoop>
 #include <QtTest/QTest>
 #include <QtCore/QThread>
@@ -127,14 +128,18 @@ private Q_SLOTS:
             for (int i = 0; i < 99; ++i)
                 clock->callLater(1, [&] { ++calls; });
         };
+        const auto timers = [object = dynamic_cast<QObject*>(clock.data())] {
+            return QAbstractEventDispatcher::instance()->registeredTimers(object).size();
+        };
         const int id = clock->callLater(1, [&, end = atEnd(callOthers)] { calls += 1000; });
         QVERIFY(id > 0);
         clock->cancel(id);
         clock->cancel(-1);
+        QCOMPARE(timers(), 99);
         clock->callLater(1, [&] { ++calls; });
         clock->callLater(20, [&] { loop.quit(); });
         loop.exec();
-        QCOMPARE(calls, 100);
+        QVERIFY(calls == 100 && timers() == 0);
         // The thread's clock may be asked for, and the one that goes used, where that goes.
         Clock* other = nullptr;
         const auto askBoth = [&other, goes = clock.data()] {
