@@ -18,32 +18,20 @@ TestCase {
         id: applicationComponent
 
         Item {
-            property alias context: context
-            property alias profile: profile
-            property alias contacts: contacts
-            property alias filter: filter
-            property alias items: items
-            property alias box: box
-            property alias utils: utils
-            property alias permissions: permissions
-            property alias anna: anna
+            readonly property Context context: Context { id: context; uuid: "6f8d2c4e-5b0a-4a37-9d0e-0c8f3f1f2a10"; registration: Context.Automatic }
+            readonly property UserProfile profile: UserProfile { id: profile; context: context }
+            readonly property ContactListModel contacts: ContactListModel { id: contacts; context: context }
+            readonly property ContactFilterModel filter: ContactFilterModel { id: filter; sourceModel: contacts }
+            readonly property ProfileBoxModel items: ProfileBoxModel { id: items; context: context }
+            readonly property ProfileBox box: ProfileBox { context: context }
+            readonly property Utils utils: Utils { context: context }
+            readonly property ApplicationPermissions permissions: ApplicationPermissions { context: context }
+            readonly property FollowedContact anna: FollowedContact { context: context; handle: "anna" }
             property alias shown: shown
             property alias icons: icons
             property alias ownImage: ownImage
             readonly property string message: profile.personalMessage
 
-            Context { id: context; uuid: "6f8d2c4e-5b0a-4a37-9d0e-0c8f3f1f2a10"; registration: Context.Automatic }
-            UserProfile { id: profile; context: context }
-            ContactListModel { id: contacts; context: context }
-            ContactFilterModel { id: filter; sourceModel: contacts }
-            ProfileBoxModel { id: items; context: context }
-            ProfileBox {
-                id: box
-                context: context
-            }
-            Utils { id: utils; context: context }
-            ApplicationPermissions { id: permissions; context: context }
-            FollowedContact { id: anna; context: context; handle: "anna" }
             // Without Qt's own cache, so that all that is asked for comes to the module.
             Image { id: ownImage; y: 100; width: 8; height: 8; source: profile.picture; cache: false }
             Repeater {
@@ -63,25 +51,26 @@ TestCase {
             Repeater {
                 id: icons
                 model: items
-                Image { required property url icon; y: 120; width: 8; height: 8; source: icon; sourceSize.height: 4; cache: false }
+                Image { required property url icon; required property int index; x: index * 20; y: 120; width: 8; height: 8; source: icon; sourceSize.height: 4; cache: false }
             }
         }
     }
 
     Component { id: imageComponent; Image { cache: false } }
 
-    function init() { compare(world.begin(), "") }
+    function init() {
+        failOnWarning(/^\w+::\w+: /) // what the library says of calls that can never work
+        compare(world.begin(), "")
+    }
     // The pictures of the last function go with the next frame.
     function cleanupTestCase() { grabImage(test) }
-    function start(properties) { return createTemporaryObject(applicationComponent, test, properties ?? {}) }
+    function start() { return createTemporaryObject(applicationComponent, test) }
     function color(item) { return String(grabImage(item).pixel(2, 2)) }
+    function shown(repeater) { return Array.from({length: repeater.count}, (_, row) => repeater.itemAt(row)) }
+    function names(repeater) { return shown(repeater).map(item => item?.displayName).join() }
     // What comes while an image waits for it is no news.
     function nothingLoads(app) {
-        return Array.from({length: app.shown.count}, (_, row) => app.shown.itemAt(row))
-            .every(person => person.image.status === Image.Ready && person.small.status === Image.Ready)
-    }
-    function names(repeater) {
-        return Array.from({length: repeater.count}, (_, row) => repeater.itemAt(row)?.displayName).join()
+        return shown(app.shown).every(item => item.image.status === Image.Ready && item.small.status === Image.Ready)
     }
 
     function test_registersByItselfWhenTold_data() {
@@ -95,8 +84,10 @@ TestCase {
         const app = start()
         app.context.registration = Context.Manual
         tryCompare(app.context, "registrationState", RegistrationState.Unregistered)
+        app.context.registration = Context.Automatic // in one turn: never mind
         app.context.registration = data.registration
-        const another = 'import ZelPlatform; Context { property int told; uuid: "%1"; registration: %2; onReadyChanged: ++told }'
+        const another = ('import ZelPlatform; Context { property int told; uuid: "%1"; registration: %2; onReadyChanged: ++told;' +
+                         'property int changes; property int version: platformVersion; onVersionChanged: ++changes }')
             .arg(app.context.uuid)
         if (data.registration === Context.Manual)
             verify(data.how === "aloud" ? app.context.requestRegisterApplication()
@@ -104,7 +95,8 @@ TestCase {
         tryCompare(app.context, "ready", true)
         compare(app.context.registrationState, RegistrationState.Allowed)
         compare(world.asked(data.how), 1)
-        compare(createTemporaryQmlObject(another.arg("Context.Manual"), test).told, 1)
+        const late = createTemporaryQmlObject(another.arg("Context.Manual"), test)
+        compare([late.told, late.changes], [1, 1])
         // A service that registers nobody is asked again, but not at once and over and over.
         world.run("registration manual")
         world.run("state Unregistered")
@@ -151,8 +143,7 @@ TestCase {
         app.filter.searchText = ""
         app.filter.presence = ContactFilterModel.Available
         compare(names(app.shown), "Anna")
-        compare(app.anna.contact.displayName, "Anna")
-        verify(app.anna.present)
+        verify(app.anna.present && app.anna.contact.displayName === "Anna")
         world.run("contact change anna displayName=Berta")
         tryVerify(() => names(app.shown) === "Berta" && app.anna.contact.displayName === "Berta")
         world.run("contact uninstall anna")
@@ -162,8 +153,7 @@ TestCase {
     Component {
         id: listComponent
         ListView {
-            width: 50
-            height: 50
+            anchors.fill: parent
             delegate: Item { required property string displayName; height: 10 }
         }
     }
@@ -177,26 +167,25 @@ TestCase {
         list.currentIndex = 1
         const bert = list.currentItem
         world.run("contact change Cleo displayName=Aaron")
-        tryVerify(() => app.filter.rowOf("Cleo") === 0)
-        tryVerify(() => list.currentIndex === 2 && list.currentItem === bert && bert.displayName === "Bert")
+        tryVerify(() => app.filter.rowOf("Cleo") === 0 &&
+                  list.currentIndex === 2 && list.currentItem === bert && bert.displayName === "Bert")
         world.run("contact change Bert displayName=Adam")
-        tryVerify(() => bert.displayName === "Adam" && app.filter.rowOf("Bert") === 1)
-        tryVerify(() => list.currentIndex === 1 && list.currentItem === bert)
+        tryVerify(() => bert.displayName === "Adam" && list.currentIndex === 1 && list.currentItem === bert)
         app.filter.searchText = "ad"
         tryVerify(() => list.count === 1 && list.currentIndex === 0 && list.currentItem === bert)
     }
 
     function test_changesTheProfile() {
         world.run("profile displayName=Robin")
+        world.run("picture 4000")
         const app = start()
-        tryCompare(app.profile, "displayName", "Robin")
+        const picture = app.profile.picture
+        tryVerify(() => app.profile.displayName === "Robin" && color(app.ownImage) === colors[4000])
         verify(app.profile.requestUpdateStatus(UserStatus.Busy, "meeting"))
         tryCompare(app.profile, "status", UserStatus.Busy)
         verify(app.profile.requestUpdatePersonalMessage("back at five"))
         tryCompare(app, "message", "back at five")
-        verify(world.run("profile").includes("back at five"))
-        world.run("picture 4000")
-        tryVerify(() => color(app.ownImage) === colors[4000])
+        compare(app.profile.picture, picture) // is another one only when the picture is
         // One that is too big for the service arrives as one that is not.
         for (const [size, color] of [[32768, "#fe0000"], [32769, "#0000fe"]]) {
             verify(app.profile.requestUpdateDisplayPictureFile(world.uprightPicture(size)))
@@ -216,21 +205,37 @@ TestCase {
         tryCompare(createTemporaryObject(imageComponent, test, {source: nobody.picture}), "status", Image.Ready)
         compare(world.asked("requestUserAvatar"), asked)
         compare(app.shown.itemAt(1).image.status, Image.Ready)
-        compare([app.shown.itemAt(0).small.implicitWidth, app.shown.itemAt(0).small.implicitHeight], [4, 4])
         const before = app.anna.picture
         world.run("contact picture anna 3000")
         tryVerify(() => color(app.shown.itemAt(0).image) === colors[3000])
         compare(world.asked("requestUserAvatar"), asked + 1)
         verify(before !== app.anna.picture)
         compare(app.anna.picture, app.shown.itemAt(0).picture)
+        world.run("away")
+        world.run("contact picture anna 4000")
+        world.run("back")
+        tryVerify(() => color(app.shown.itemAt(0).image) === colors[4000])
+    }
+
+    function test_showsPicturesAsBigAsTheyAreWanted() {
+        const app = start()
+        for (const [picture, wanted, shown] of [
+            [Qt.size(16, 8), Qt.size(0, 0), "16x8"], [Qt.size(16, 8), Qt.size(4, 0), "4x2"],
+            [Qt.size(16, 8), Qt.size(0, 1), "2x1"], [Qt.size(16, 8), Qt.size(1, 4), "8x4"],
+            [Qt.size(16, 8), Qt.size(4, 1), "4x2"], [Qt.size(10, 1000), Qt.size(0, 1001), "10x1000"],
+            [Qt.size(4096, 4096), Qt.size(4, 4), "4x4"], [Qt.size(4096, 4097), Qt.size(4, 4), "1x1"]]) { // too big
+            world.run("picture " + world.plainPicture(picture))
+            app.ownImage.sourceSize = wanted
+            tryVerify(() => app.ownImage.implicitWidth + "x" + app.ownImage.implicitHeight === shown, 5000, shown)
+        }
     }
 
     function test_whatWaitsForAPictureEndsWithTheContext() {
         world.run("drop stream")
         const app = start()
-        tryVerify(() => world.asked("requestUserAvatar") === 1)
         const url = app.ownImage.source
         const image = createTemporaryObject(imageComponent, test, {source: url})
+        tryVerify(() => world.asked("requestUserAvatar") === 1)
         compare(image.status, Image.Loading)
         app.destroy()
         tryVerify(() => image.status !== Image.Loading)
@@ -257,10 +262,13 @@ TestCase {
             tryVerify(() => app.shown.count + app.items.count === 0 && app.profile.displayName === "")
             verify(!app.context.ready && !app.anna.present && !app.contacts.complete)
             const nobody = createTemporaryObject(followedComponent, test, {context: app.context, handle: "nobody" + i})
-            const image = createTemporaryObject(imageComponent, test, {source: nobody.picture})
-            compare(image.status, Image.Loading)
+            const images = [1, 2].map(() => createTemporaryObject(imageComponent, test, {source: nobody.picture}))
+            world.run("state Expired")
+            tryCompare(app.context, "registrationState", RegistrationState.Expired)
+            compare(images[0].status, Image.Loading)
+            images[1].source = "" // the other waits on
             world.run("state Success")
-            tryCompare(image, "status", Image.Ready)
+            tryCompare(images[0], "status", Image.Ready)
         }
         // Another context, or none, is another beginning.
         tryCompare(app.contacts, "count", 1)
@@ -268,18 +276,6 @@ TestCase {
         verify(app.contacts.count === 0 && app.profile.displayName === "" && app.anna.contact.null)
         app.contacts.context = app.profile.context = app.context
         tryVerify(() => app.contacts.count === 1 && app.profile.displayName === "Robin")
-    }
-
-    function test_findsTheServiceAgain() {
-        world.run("contact add anna displayName=Anna")
-        world.run("contact picture anna 4000")
-        const app = start()
-        tryVerify(() => app.shown.count === 1 && color(app.shown.itemAt(0).image) === colors[4000])
-        world.run("away")
-        world.run("contact add bert displayName=Bert")
-        world.run("contact picture anna 3000")
-        world.run("back")
-        tryVerify(() => names(app.shown) === "Anna,Bert" && color(app.shown.itemAt(0).image) === colors[3000])
     }
 
     function test_fillsTheBox() {
@@ -290,7 +286,6 @@ TestCase {
         verify(app.box.requestAddItem("Level 7", 7, "cookie") && app.box.requestAddItem("Level 8", 7, ""))
         tryCompare(app.items, "count", 2)
         tryVerify(() => color(app.icons.itemAt(0)) === colors[4000])
-        compare(app.icons.itemAt(0).implicitWidth, 4)
         const unknown = createTemporaryObject(imageComponent, test, {source: String(app.icons.itemAt(0).icon).replace("/Nw/", "/NQ/")}) // of 5
         tryCompare(unknown, "status", Image.Ready)
         world.run("box icon 7 none")
@@ -307,7 +302,7 @@ TestCase {
         compare(world.refusals(), [])
     }
 
-    Component { id: followedComponent; FollowedContact { handle: "anna" } }
+    Component { id: followedComponent; FollowedContact {} }
     Component { id: boxComponent; ProfileBox {} }
 
     function test_announcesWhatChangesAndNothingElse() {
@@ -315,10 +310,8 @@ TestCase {
             world.run(command)
         const app = start()
         tryVerify(() => app.contacts.complete && app.items.count === 1)
-        const anna = createTemporaryObject(followedComponent, test, {context: app.context})
         const box = createTemporaryObject(boxComponent, test, {context: app.context})
-        compare(createTemporaryObject(followedComponent, test, {context: app.context, handle: ""}).picture, "")
-        for (const followed of [anna, box, app.contacts, app.items])
+        for (const followed of [app.anna, box, app.contacts, app.items])
             world.follow(followed)
         for (const [commands, announced] of [
             [["contact change anna displayName=Ann"], "contactChanged"],
@@ -340,53 +333,51 @@ TestCase {
             world.forget()
         }
         app.contacts.context = app.context
-        anna.handle = "bert"
-        anna.handle = "bert"
-        anna.context = app.contacts.context = app.items.context = null
-        anna.context = null
-        compare(world.heard(), "handleChanged contactChanged pictureChanged contextChanged contextChanged " +
-                "contactChanged pictureChanged")
+        app.anna.handle = "bert"
+        app.anna.handle = "bert"
+        app.anna.handle = ""
+        compare(app.anna.picture, "")
+        app.anna.context = app.contacts.context = app.items.context = null
+        app.anna.context = null
+        app.destroy()
+        tryVerify(() => world.heard() === "handleChanged contactChanged pictureChanged handleChanged contactChanged " +
+                  "pictureChanged contextChanged contextChanged contactChanged pictureChanged registeredIconsChanged")
     }
 
     Component { id: ecoComponent; EcoContact {} }
 
-    function test_knowsWhoMayBeInvited() {
+    function test_invitesAndChats() {
         world.run("eco pp-eve eco-eve")
         const app = start()
+        const permission = () => app.permissions.permissionValue(Permission.ContactInvitationsAllowed)
         const eco = createTemporaryObject(ecoComponent, test, {context: app.context, ppId: "pp-eve"})
-        verify(!eco.chat() && !eco.invitable)
-        tryVerify(() => eco.invitable && eco.chat())
+        world.follow(app.utils)
+        verify(!eco.chat() && !eco.invitable && permission() === PermissionValue.Denied)
+        tryVerify(() => eco.invitable && permission() === PermissionValue.Allowed)
+        verify(eco.chat())
         compare(world.asked("requestEcoId"), 1)
         verify(eco.invite(app.profile.displayName, "Join me") && !eco.invitable)
         tryVerify(() => world.asked("sys.socialplatform") === 1)
         eco.lookUp()
         tryVerify(() => eco.status === EcoIdStatus.PendingContactInviteExists && !eco.invitable)
+        compare(world.heard(), "ecoIdUpdated pp-eve eco-eve ecoIdStatusUpdated eco-eve Unknown " +
+                "ecoIdUpdated pp-eve eco-eve ecoIdStatusUpdated eco-eve PendingContactInviteExists")
         world.run("state NoDataConnection")
         tryVerify(() => eco.ecoId === "" && eco.status === EcoIdStatus.Unknown && !eco.invitable)
         world.run("state Success")
         tryCompare(eco, "status", EcoIdStatus.PendingContactInviteExists)
         eco.context = null
         verify(eco.ecoId === "" && eco.status === EcoIdStatus.Unknown)
-        eco.context = app.context
-        eco.ppId = "pp-nobody"
-        verify(eco.ecoId === "" && !eco.invite("Robin", "Nobody hears"))
-    }
-
-    function test_handsOverInvitationsAndChats() {
-        world.run("eco pp-anna eco-anna")
-        const app = start()
-        world.follow(app.utils)
-        compare(app.permissions.permissionValue(Permission.ContactInvitationsAllowed), PermissionValue.Denied)
-        tryCompare(app.context, "ready", true)
-        verify(app.utils.requestEcoId("pp-anna"))
-        tryVerify(() => world.heard() === "ecoIdUpdated pp-anna eco-anna")
-        world.forget()
-        compare(app.permissions.permissionValue(Permission.ContactInvitationsAllowed), PermissionValue.Allowed)
         verify(app.utils.sendContactInvitation("eco-new", app.profile.displayName, "Join me"))
-        tryVerify(() => world.asked("sys.socialplatform") === 1)
+        verify(app.utils.invokeChat("eco-new"))
+        tryVerify(() => world.asked("sys.socialplatform") === 2 && world.asked("sys.zel.chathandler") === 2)
+        world.forget()
         verify(app.utils.requestEcoIdStatus("eco-new"))
         tryVerify(() => world.heard() === "ecoIdStatusUpdated eco-new PendingContactInviteExists")
-        verify(app.utils.invokeChat("eco-anna"))
-        tryVerify(() => world.asked("sys.zel.chathandler") === 1)
+        eco.ppId = "pp-nobody"
+        eco.context = app.context
+        verify(app.utils.requestEcoId("pp-none"))
+        tryVerify(() => world.heard().endsWith("ecoIdUpdated pp-nobody ecoIdUpdated pp-none"))
+        verify(eco.ecoId === "" && !eco.invite("Robin", "Nobody hears") && !eco.chat())
     }
 }

@@ -64,6 +64,14 @@ public Q_SLOTS:
             qFatal("no room for a picture");
         return QUrl::fromLocalFile(file.fileName());
     }
+    /// A file with a picture of nothing, which takes few bytes however big it is.
+    QString plainPicture(const QSize& size) const
+    {
+        QImage image(size, QImage::Format_Mono);
+        image.fill(0);
+        const QString file = m_folder.filePath(u"plain.png"_s);
+        return image.save(file) ? file : QString();
+    }
     /// How many messages of this type have come from the application, invocations for this target, or requests to be
     /// registered "silently" or "aloud".
     int asked(const QString& type) const { return m_asked.value(type); }
