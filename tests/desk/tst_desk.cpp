@@ -3,23 +3,18 @@
 #include <Simulation.h>
 
 #include <common/SeededRandom.h>
-#include <common/TestMain.h>
 #include <common/WireText.h>
-#include <simulator/RawApplication.h>
+#include <simulator/ServiceTest.h>
 
 #include <QtCore/QMetaProperty>
 #include <QtCore/QTemporaryDir>
 #include <QtGui/QImage>
 #include <QtQml/QJSEngine>
 #include <QtTest/QAbstractItemModelTester>
-#include <QtTest/QSignalSpy>
-#include <QtTest/QTest>
 
-#include <functional>
-#include <memory>
+#include <tuple>
 #include <vector>
 
-using namespace Qt::StringLiterals;
 using zelcore::Simulator;
 using namespace zeldesk;
 using namespace zeltools;
@@ -47,27 +42,16 @@ struct Shown
 
 } // namespace
 
-class TstDesk : public QObject
+class TstDesk : public ServiceTest
 {
     Q_OBJECT
 
 public:
-    Q_INVOKABLE bool run(const QString& command) { return m_simulator->execute(command); }
-    Q_INVOKABLE void sign()
-    {
-        m_application->begin();
-        m_application->send("registrationRequest", R"({"uuid":"6a0fd1e9-3a4a-4c4e-8b6f-0c1d2e3f4a5b","silent":true})");
-        m_application->synchronize();
-    }
-    Q_INVOKABLE void leave() { m_application->disconnect(); }
-    Q_INVOKABLE void invoke()
-    {
-        m_application->connectTo(m_simulator->root(), "/services/invocation/sys.zel.chathandler");
-        m_application->sendRecord(R"({"target":"sys.zel.chathandler","action":"a","mimeType":"m"})");
-    }
+    Q_INVOKABLE bool does(const QString& dialogue) { return play(dialogue.toUtf8().constData()); }
+    Q_INVOKABLE void leave() { application('A').disconnect(); }
     Q_INVOKABLE void stop() { m_simulator->stop(); }
     Q_INVOKABLE QString recording() const { return m_folder.filePath(u"r"_s); }
-    Q_INVOKABLE void begin()
+    Q_INVOKABLE void serve()
     {
         QString problem;
         const ServiceOptions options{
@@ -79,8 +63,7 @@ private Q_SLOTS:
     void init()
     {
         m_desk.reset();
-        m_simulator = std::make_unique<Simulator>();
-        QVERIFY(m_simulator->start());
+        begin();
         m_desk = std::make_unique<Desk>(*m_simulator);
         m_models = {m_desk->wire(),          m_desk->applications(), m_desk->user(), m_desk->contacts(),
                     m_desk->shownContacts(), m_desk->contact(),      m_desk->box()};
@@ -156,7 +139,6 @@ private Q_SLOTS:
                                    std::make_unique<QSignalSpy>(object, property.notifySignal())});
             }
         }
-        m_application = std::make_unique<RawApplication>(m_simulator->root());
         Service& service = *m_desk->service();
         PersonModel& user = *m_desk->user();
         QStringList said; // complaints behind "!"
@@ -172,10 +154,10 @@ private Q_SLOTS:
         }
         engine.evaluate(u"var {service, timeline, weather, wire, applications, user, contacts, contact, box} = desk"_s);
         // What compares is waited for; 257 is the role of what can be changed.
-        const QString steps = QStringLiteral(R"(timeline.paused = true; test.run('contact add anna displayName=Anna');
-            test.run('box add Hi'); contacts.count + box.count == 2; contact.userId = 'user-anna';
+        const QString steps = QStringLiteral(R"(timeline.paused = true;
+            test.does('$ contact add anna displayName=Anna\n$ box add Hi'); contacts.count + box.count == 2; contact.userId = 'user-anna';
             contact.setData(contact.index(1, 0), 'Back at five', 257); contact.setPictureSize(300);
-            contact.picture == '300 bytes'; test.run('contact change anna displayName=An');
+            contact.picture == '300 bytes'; test.does('$ contact change anna displayName=An');
             contacts.setInstalled('user-anna', false); user.setData(user.index(0, 0), 'Robin', 257); user.busy = true;
             user.setPictureSize(1); user.setData(user.index(0, 0), 'x'.repeat(62000), 257);
             box.setData(box.index(0, 0), 'Level 3', 257); box.addIcon(); box.addIcon(); box.removeIcon('1');
@@ -185,22 +167,22 @@ private Q_SLOTS:
             user.picture == 'none'; box.remove('item-1'); box.count == 0; contacts.live(50); contacts.count > 1 == 1;
             contacts.live(0); timeline.open('/no/such/file'); timeline.open('busy-day'); timeline.step();
             timeline.scenario + timeline.time == 'busy-day0'; service.registrationState = 'Expired';
-            service.registrationState == 'Expired'; service.execute('registration manual'); test.sign();
-            applications.count == 1; contacts.invite('user-anna');
-            wire.types.includes('connectionInvitationReceived') == 1;
+            service.registrationState == 'Expired'; service.execute('registration manual');
+            test.does('A> tpaApi {}\nA> register silent -> listChange'); applications.count == 1;
+            contacts.invite('user-anna'); wire.types.includes('connectionInvitationReceived') == 1;
             contacts.add('Zoe'); contacts.rowOf('user-zoe') > 0 == 1; contacts.remove('user-zoe');
             contacts.rowOf('user-zoe') == -1;
             applications.setState('1', 'Success'); weather.injectFault(false, 4, 0, '', '1'); weather.refuseNext('x', '');
             weather.refuseNext('x', 'x'); service.registrationState == 'Success'; timeline.step(); timeline.time == 500;
-            test.leave(); applications.count == 0; test.invoke(); service.notices[0] == 'sys.zel.chathandler was invoked: a';
-            service.away = true; service.away == 1; test.run('back'); service.zelInvites = false;
-            test.run('profile personalMessage Hi');
+            test.leave(); applications.count == 0; test.does('@ sys.zel.chathandler a d');
+            service.notices[0] == 'sys.zel.chathandler was invoked: a'; service.away = true; service.away == 1;
+            test.does('$ back'); service.zelInvites = false; test.does('$ profile personalMessage Hi');
             service.setRegistrationPolicy(1, 'Expired', 7); service.execute('latency 30'); weather.reading = false;
             weather.latencyFrom = 7; wire.held = true; timeline.paused = false;
             weather.reading + weather.latencyTo + weather.latencyFrom + service.registrationDelay == 44;
             service.zelInvites == 0 && service.away == 0; timeline.time > 500 == 1; timeline.paused = true;
             service.reset(); contacts.count == 0 && timeline.scenario == '' && weather.reading == 1; test.stop();
-            test.begin(); service.recording == 1 && timeline.scenario == 'first-steps'; service.stopRecording();
+            test.serve(); service.recording == 1 && timeline.scenario == 'first-steps'; service.stopRecording();
             service.record(test.recording()); timeline.replay('file:/dev/null/r'); timeline.replay('file:' + test.recording()))");
         for (const QString& step : steps.simplified().split(u"; "_s)) {
             const auto isDone = [&] {
@@ -236,8 +218,7 @@ private Q_SLOTS:
     void theWireStaysWithinItsBoundsAndTakesTurns()
     {
         WireModel& wire = *m_desk->wire();
-        RawApplication application(m_simulator->root());
-        application.begin();
+        QVERIFY(play("A> tpaApi {}"));
         QTRY_COMPARE(wire.count(), 1);
         QSignalSpy inserted(&wire, &WireModel::rowsInserted);
         for (int i = 0; i < 12000; ++i)
@@ -263,19 +244,12 @@ private Q_SLOTS:
         wire.clear();
         m_simulator->sendMessage(u"after"_s, {});
         QTRY_COMPARE(shown(wire, WireModel::TypeRole), QStringList(u"after"_s));
-        wire.clear();
-        QCOMPARE(wire.count(), 0);
     }
 
     void theWireShowsWhatIsAskedFor()
     {
         WireModel& wire = *m_desk->wire();
-        RawApplication first(m_simulator->root());
-        first.begin();
-        first.synchronize();
-        RawApplication second(m_simulator->root());
-        second.begin();
-        second.synchronize();
+        QVERIFY(play("A> tpaApi {}\nA.\nB> tpaApi {}\nB."));
         const QStringList choices{u"1"_s, u"2"_s, u"requestEcoId"_s, u"requestEcoIdResponse"_s, u"tpaApi"_s};
         QTRY_COMPARE(wire.applications() + wire.types(), choices);
         const int all = wire.count();
@@ -288,8 +262,7 @@ private Q_SLOTS:
         QCOMPARE(wire.count(), 1);
         // What comes is asked for, too.
         const QSignalSpy others(&wire, &WireModel::choicesChanged);
-        second.synchronize();
-        first.synchronize();
+        QVERIFY(play("B.\nA."));
         QTRY_COMPARE(wire.count(), 2);
         wire.setText(u"mark 2"_s);
         QCOMPARE(wire.count(), 1);
@@ -300,13 +273,8 @@ private Q_SLOTS:
 
     void anyRecordCanBeRead()
     {
-        const struct
-        {
-            QByteArray record;
-            QString type;
-            QString pretty;
-            QString summary; ///< in 20 characters
-        } rows[] = {
+        // Each record, its type, how it reads, and its summary in 20 characters.
+        const std::tuple<QByteArray, QString, QString, QString> rows[] = {
             {"msg::zel\ndat:json:{\"tpaApi\":{\"b\":[[],1,{}],\"a\":\"x\\\"{,\"}}\n", u"tpaApi"_s,
              u"{\n  \"tpaApi\": {\n    \"b\": [\n      [],\n      1,\n      {}\n    ],\n    \"a\": \"x\\\"{,\"\n  }\n}"_s,
              u"{\"b\":[[],1,{}],\"a\":\"…"_s},
@@ -375,8 +343,6 @@ private Q_SLOTS:
 
 private:
     const QTemporaryDir m_folder;
-    std::unique_ptr<RawApplication> m_application;
-    std::unique_ptr<Simulator> m_simulator;
     std::unique_ptr<Desk> m_desk;
     std::vector<QAbstractItemModel*> m_models;
 };

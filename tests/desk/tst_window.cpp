@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <Desk.h>
 
+#include <common/Program.h>
 #include <common/ReturnClicks.h>
 #include <common/Screenshot.h>
 #include <common/TestMain.h>
@@ -8,7 +9,6 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QElapsedTimer>
-#include <QtCore/QProcess>
 #include <QtCore/QRegularExpression>
 #include <QtCore/QTemporaryDir>
 #include <QtCore/QtPlugin>
@@ -19,7 +19,6 @@
 #include <QtQuick/QQuickItem>
 #include <QtQuick/QQuickWindow>
 #include <QtTest/QSignalSpy>
-#include <QtTest/QTest>
 
 #include <functional>
 #include <optional>
@@ -33,6 +32,9 @@ using zelcore::Simulator;
 using namespace zeldesk;
 
 namespace {
+
+const QString zelcoreDesk = QStringLiteral(ZELCORE_DESK);
+const QString zelContacts = QStringLiteral(ZEL_CONTACTS);
 
 /// The first item with what is meant, at \a item or below.
 QQuickItem* find(QQuickItem* item, const std::function<bool(const QQuickItem&)>& isMeant)
@@ -147,35 +149,32 @@ private Q_SLOTS:
 
     void programsSayWhatIsWrong()
     {
-        const QTemporaryDir folder;
-        const QString lonely = folder.filePath(u"zel-contacts"_s); // far from its module
-        QVERIFY(QFile::copy(QStringLiteral(ZEL_CONTACTS), lonely));
+        const QString lonely = path("zel-contacts"); // far from its module
+        QVERIFY(QFile::copy(zelContacts, lonely));
+        const QStringList picture{u"--root"_s, path("root"), u"--screenshot"_s, path("a.png")};
         const std::tuple<QString, QStringList, int, QByteArray> rows[] = {
-            {QStringLiteral(ZELCORE_DESK), {u"--size"_s, u"9x9"_s}, 2, "zelcore-desk: --size takes"},
-            {QStringLiteral(ZELCORE_DESK), {u"--scenario"_s, u"nowhere"_s}, 1, "nowhere"},
-            {QStringLiteral(ZEL_CONTACTS), {u"--contacts"_s, u"x"_s}, 2, "zel-contacts: --contacts takes a number"},
-            {QStringLiteral(ZEL_CONTACTS), {u"-page"_s, u"x"_s}, 2, "zel-contacts: there is no page"},
-            {QStringLiteral(ZEL_CONTACTS), {u"--simulate"_s, u"--screenshot"_s, u"/no/x.png"_s}, 1, "/no/x.png"},
+            {zelcoreDesk, {u"--size"_s, u"9x9"_s}, 2, "zelcore-desk: --size takes"},
+            {zelcoreDesk, {u"--scenario"_s, u"nowhere"_s}, 1, "nowhere"},
+            // What the picture cannot show is no success.
+            {zelcoreDesk, picture + QStringList{u"--"_s, u"/no/such/program"_s}, 1, "zelcore-desk: "},
+            {zelcoreDesk, picture + QStringList{u"--look"_s, u"nothing"_s}, 1, "zelcore-desk: "},
+            {zelContacts, {u"--contacts"_s, u"x"_s}, 2, "zel-contacts: --contacts takes a number"},
+            {zelContacts, {u"-page"_s, u"x"_s}, 2, "zel-contacts: there is no page"},
+            {zelContacts, {u"--simulate"_s, u"--screenshot"_s, u"/no/x.png"_s}, 1, "/no/x.png"},
             {lonely, {u"--simulate"_s}, 1, "not installed"},
-            {u"env"_s,
-             {u"QT_QUICK_CONTROLS_STYLE=x"_s, QStringLiteral(ZELCORE_DESK), u"--root"_s, folder.path()},
-             1,
-             "x"}};
+            {u"env"_s, {u"QT_QUICK_CONTROLS_STYLE=x"_s, zelcoreDesk, u"--root"_s, path("root")}, 1, "x"}};
         for (const auto& [name, arguments, status, words] : rows) {
-            QProcess program;
-            program.start(name, arguments);
-            QVERIFY(program.waitForFinished(60000));
-            const QByteArray said = program.readAllStandardError();
-            QVERIFY2(program.exitCode() == status && said.contains(words), said);
+            Program program(name, {});
+            const bool isWrong = program.run(arguments) == status && program.diagnostics().contains(words);
+            QVERIFY2(isWrong, program.diagnostics());
         }
     }
 
     void aRecordingIsMade()
     {
         QTest::failOnWarning(QRegularExpression(u".*"_s));
-        const QTemporaryDir folder;
         const QString before = QDir::currentPath();
-        QDir::setCurrent(folder.path());
+        QDir::setCurrent(m_folder.path());
         DeskWindow shown;
         QVERIFY(shown.window && QTest::qWaitForWindowExposed(shown.window));
         const auto open = [&] {
@@ -187,7 +186,7 @@ private Q_SLOTS:
         QCOMPARE(shown.focused("selectedText"), QVariant(u"wire.jsonl"_s));
         shown.type(u"by key #1.jsonl"_s);
         QTest::keyClick(shown.window, Qt::Key_Return);
-        QVERIFY(shown.desk.service()->isRecording() && QFile::exists(folder.filePath(u"by key #1.jsonl"_s)));
+        QVERIFY(shown.desk.service()->isRecording() && QFile::exists(path("by key #1.jsonl")));
         shown.click(u"End the &recording"_s);
         QVERIFY(!shown.desk.service()->isRecording());
 
@@ -200,9 +199,9 @@ private Q_SLOTS:
         QTest::keyClick(shown.window, Qt::Key_Tab);
         QTest::keyClick(shown.window, Qt::Key_Return); // on "Cancel"
         QVERIFY(open());
-        shown.type(u"~/"_s + QDir::home().relativeFilePath(folder.filePath(u"by mouse.jsonl"_s)));
+        shown.type(u"~/"_s + QDir::home().relativeFilePath(path("by mouse.jsonl")));
         shown.click(u"&Record"_s);
-        QVERIFY(shown.desk.service()->isRecording() && QFile::exists(folder.filePath(u"by mouse.jsonl"_s)));
+        QVERIFY(shown.desk.service()->isRecording() && QFile::exists(path("by mouse.jsonl")));
         shown.desk.service()->copyExportLine();
         QCOMPARE(QGuiApplication::clipboard()->text(), shown.desk.service()->exportLine());
         QDir::setCurrent(before);
@@ -210,11 +209,10 @@ private Q_SLOTS:
 
     void aPictureIsTakenWhenAllIsAtRest()
     {
-        const QTemporaryDir folder;
         QQuickWindow window;
         window.show();
         window.setProperty("settled", false);
-        zeltools::Screenshot screenshot(window, folder.filePath(u"a.png"_s), 20ms);
+        zeltools::Screenshot screenshot(window, path("a.png"), 20ms);
         QSignalSpy taken(&screenshot, &zeltools::Screenshot::taken);
         screenshot.giveUpAfter(50ms);
         QVERIFY(taken.wait());
@@ -228,44 +226,34 @@ private Q_SLOTS:
 
     void theProgramTakesAPictureWithAnApplicationBesideIt()
     {
-        const QTemporaryDir folder;
-        const QString picture = folder.filePath(u"desk.png"_s);
-        QProcess program;
         // The application has the desk end, and is told to end, too, but does not.
-        program.start(QStringLiteral(ZELCORE_DESK), {u"--root"_s, folder.filePath(u"root"_s), u"sh"_s, u"-c"_s,
-                                                     u"trap 'echo told' TERM; kill $PPID; while :; do :; done"_s});
-        QVERIFY(program.waitForFinished(60000) && program.exitStatus() == QProcess::NormalExit);
-        QCOMPARE(program.readAllStandardOutput(), "told\n");
-        QVERIFY(!program.readAllStandardError().contains("still running")); // and was made to
+        Program ended(zelcoreDesk, {});
+        QCOMPARE(ended.run({u"--root"_s, path("root"), u"sh"_s, u"-c"_s,
+                            u"trap 'echo told' TERM; kill $PPID; while :; do :; done"_s}),
+                 0);
+        QCOMPARE(ended.lines(), QByteArrayList{"told"});
+        QVERIFY(!ended.diagnostics().contains("still running")); // and was made to
         for (const char* screen : {"QT_QPA_PLATFORM", "QT_QUICK_BACKEND", "DISPLAY", "WAYLAND_DISPLAY"})
             qunsetenv(screen); // it needs none
-        program.start(QStringLiteral(ZELCORE_DESK),
-                      {u"--root"_s, folder.filePath(u"root"_s), u"--scenario"_s, u"first-steps"_s, u"--paused"_s,
-                       u"--size"_s, u"900x500"_s, u"--record"_s, folder.filePath(u"wire.jsonl"_s), u"--screenshot"_s,
-                       picture, QStringLiteral(ZELCTL), u"contacts"_s});
-        QVERIFY(program.waitForFinished(60000));
-        QCOMPARE(program.exitCode(), 0);
-        QCOMPARE(QImage(picture).size(), QSize(900, 500));
-        QVERIFY(program.readAllStandardOutput().contains("Anna Brandt"));
-        const QByteArray said = program.readAllStandardError();
+        Program program(zelcoreDesk, {});
+        QCOMPARE(program.run({u"--root"_s, path("root"), u"--scenario"_s, u"first-steps"_s, u"--paused"_s, u"--size"_s,
+                              u"900x500"_s, u"--record"_s, path("desk.jsonl"), u"--screenshot"_s, path("a.png"),
+                              QStringLiteral(ZELCTL), u"contacts"_s}),
+                 0);
+        QCOMPARE(QImage(path("a.png")).size(), QSize(900, 500));
+        QVERIFY(program.says("Anna Brandt"));
+        const QByteArray said = program.diagnostics();
         QVERIFY2(!said.contains("qrc:") && !said.contains("zelcore-desk:"), said);
-        QVERIFY(QFileInfo(folder.filePath(u"wire.jsonl"_s)).size() > 1000);
-
-        program.start(QStringLiteral(ZEL_CONTACTS), {u"--simulate"_s, u"--size=900x480"_s, u"--screenshot"_s, picture});
-        QVERIFY(program.waitForFinished(60000));
-        QCOMPARE(QImage(picture).size(), QSize(900, 480));
-
-        // What the picture cannot show is no success.
-        for (const QStringList& words : {QStringList{u"--"_s, u"/no/such/program"_s}, {u"--look"_s, u"nothing"_s}}) {
-            program.start(QStringLiteral(ZELCORE_DESK),
-                          QStringList{u"--root"_s, folder.filePath(u"root"_s), u"--screenshot"_s, picture} + words);
-            QVERIFY(program.waitForFinished(60000));
-            QCOMPARE(program.exitCode(), 1);
-            QVERIFY(program.readAllStandardError().contains("zelcore-desk: "));
-        }
+        QVERIFY(QFileInfo(path("desk.jsonl")).size() > 1000);
+        QCOMPARE(Program(zelContacts, {}).run({u"--simulate"_s, u"--size=900x480"_s, u"--screenshot"_s, path("a.png")}),
+                 0);
+        QCOMPARE(QImage(path("a.png")).size(), QSize(900, 480));
     }
 
 private:
+    QString path(const char* name) const { return m_folder.filePath(QString::fromLatin1(name)); }
+
+    const QTemporaryDir m_folder;
     int m_argumentCount = 0;
     QGuiApplication m_application{m_argumentCount, nullptr};
 };

@@ -14,7 +14,6 @@
 #include <QtCore/QFile>
 #include <QtCore/QProcess>
 #include <QtCore/QTemporaryDir>
-#include <QtTest/QTest>
 
 using namespace zelctl;
 using namespace Qt::StringLiterals;
@@ -51,16 +50,15 @@ private Q_SLOTS:
 
     void isDescribedAndCompletedInBash()
     {
+        QList<zeltools::Manual::Entry> options;
+        for (const QString& usage : u"--all,--root DIR,--with[=FILE],--hue dark|light,--at N"_s.split(u','))
+            options += {usage, {}};
         const zeltools::Manual manual{
             .program = u"zelcore-sim"_s,
             .synopsis = u"[-x] WHAT\n-- APPLICATION"_s,
             .purpose = u"tries it"_s,
             .more = u"'Tis \\."_s,
-            .options = {{u"--all"_s, {}},
-                        {u"--root DIR"_s, {}},
-                        {u"--with[=FILE]"_s, {}},
-                        {u"--hue dark|light"_s, {}},
-                        {u"--at N"_s, {}}},
+            .options = options,
             .values = {{u"--with"_s, {u"style"_s}}},
             .commands = {{u"set on|off TEXT"_s, u"sets"_s}, {u"show ID [--big N] [-o FILE]"_s, {}}},
             .ending = u"Twice\nover"_s,

@@ -190,7 +190,7 @@ private:
     void deliver(char way, const QByteArray& record)
     {
         if (way == '>')
-            m_core->sendRecord(record);
+            m_core->send(record);
         else
             m_server.send(m_server.clients().constLast(), record);
     }
@@ -259,8 +259,8 @@ private:
     const QList<std::function<void()>> m_byTheApplication{
         [] {},
         [this] {
-            for (const auto& handle :
-                 {u"friend00000"_s, u"friend00001"_s, u"friend00002"_s}) { // the last one has none yet
+            // The last one has none yet.
+            for (const auto& handle : {u"friend00000"_s, u"friend00001"_s, u"friend00002"_s}) {
                 if (!m_contacts->contact(handle).isNull())
                     m_contacts->requestDisplayPicture(handle);
             }

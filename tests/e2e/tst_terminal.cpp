@@ -1,25 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "ZelctlProcess.h"
-
-#include <common/TestMain.h>
-#include <simulator/RawApplication.h>
-
-#include <zelcore/Simulator.h>
+#include <common/Program.h>
+#include <simulator/ServiceTest.h>
 
 #include <QtCore/QFileInfo>
-#include <QtCore/QRegularExpression>
 #include <QtCore/QTemporaryDir>
 
-#include <algorithm>
 #include <tuple>
 
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/ioctl.h>
+#include <pty.h>
 #include <termios.h>
 #include <unistd.h>
-
-using namespace Qt::StringLiterals;
+#include <utmp.h>
 
 namespace {
 
@@ -29,21 +22,13 @@ class PseudoTerminal
 {
 public:
     PseudoTerminal(const QStringList& words, const QProcessEnvironment& environment)
-        : m_terminal(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC))
     {
-        ::grantpt(m_terminal);
-        ::unlockpt(m_terminal);
-        m_programEnd = ::open(::ptsname(m_terminal), O_RDWR | O_NOCTTY | O_CLOEXEC);
         const winsize size{24, columns, 0, 0};
-        ::ioctl(m_terminal, TIOCSWINSZ, &size);
+        ::openpty(&m_terminal, &m_programEnd, nullptr, nullptr, &size);
+        ::fcntl(m_terminal, F_SETFD, FD_CLOEXEC);
         m_before = modes();
         m_shell.setProcessEnvironment(environment);
-        m_shell.setChildProcessModifier([this] {
-            ::setsid();
-            ::ioctl(m_programEnd, TIOCSCTTY, 0);
-            for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-                ::dup2(m_programEnd, descriptor);
-        });
+        m_shell.setChildProcessModifier([this] { ::login_tty(m_programEnd); });
         const QString script = u"trap : INT TERM; \"$@\"; echo \"status $?\"; read rest"_s;
         m_shell.start(u"/bin/sh"_s, QStringList{u"-c"_s, script, u"sh"_s} + words);
     }
@@ -158,7 +143,7 @@ private:
         m_rows.resize(std::max(m_rows.size(), row + 1));
     }
 
-    const int m_terminal;
+    int m_terminal = -1;
     int m_programEnd = -1;
     QProcess m_shell;
     QByteArray m_before;
@@ -172,7 +157,7 @@ private:
 } // namespace
 
 /// The programs at a terminal, where a line is edited.
-class TstTerminal : public QObject
+class TstTerminal : public ServiceTest
 {
     Q_OBJECT
 
@@ -180,12 +165,11 @@ private Q_SLOTS:
     void init()
     {
         m_folder = std::make_unique<QTemporaryDir>();
-        m_service = std::make_unique<zelcore::Simulator>();
-        QVERIFY(m_service->start());
+        begin();
         m_environment.insert(u"XDG_STATE_HOME"_s, m_folder->filePath(u"state"_s));
         m_environment.insert(u"XDG_CACHE_HOME"_s, m_folder->path());
         m_environment.insert(u"XDG_RUNTIME_DIR"_s, QString());
-        m_environment.insert(u"PPS_ROOT"_s, m_service->root());
+        m_environment.insert(u"PPS_ROOT"_s, m_simulator->root());
         m_environment.insert(u"LC_ALL"_s, u"C.UTF-8"_s);
         m_environment.insert(u"TERM"_s, u"vt100"_s);
         for (const QString& name : {u"ZEL_SLOG"_s, u"ZEL_SLOG_LEVEL"_s, u"NO_COLOR"_s})
@@ -199,7 +183,7 @@ private Q_SLOTS:
         QVERIFY(types("contact add an displayName='somebody with anextremelylongname'", typed));
         // It is taken whole, and goes on where the cursor was: from the start three words on.
         QVERIFY(types("\001\033[1;5C\033[1;5C\033[1;5C", typed));
-        QCOMPARE(ZelctlProcess(root()).run({u"state"_s}), 0);
+        QCOMPARE(Program(QStringLiteral(ZELCTL_PATH), root()).run({u"state"_s}), 0);
         QVERIFY(m_terminal->shows(QByteArrayList{"application 1 comes", "application 1 goes"} + typed));
         RawApplication application(root());
         QVERIFY(application.begin() && application.send("createProfileBoxItem", R"({"text":""})"));
@@ -237,7 +221,7 @@ private Q_SLOTS:
         QVERIFY(types("\025ic\t", {"zelctl> icon-"}));
         QVERIFY(types("\t", {"icon-get  icon-register", "zelctl> icon-"}));
         QVERIFY(m_terminal->type("\033"));
-        m_service->setRegistrationState(u"Pending"_s);
+        m_simulator->setRegistrationState(u"Pending"_s);
         QVERIFY(m_terminal->shows({signalLine("Pending"), "zelctl> icon-"}));
     }
 
@@ -249,25 +233,24 @@ private Q_SLOTS:
         m_environment.insert(u"ZEL_SLOG_LEVEL"_s, u"6"_s);
         startZelctl();
         QVERIFY(types("prof", {"zelctl> prof"}));
-        m_service->sendMessage(u"x"_s, {});
+        m_simulator->sendMessage(u"x"_s, {});
         QVERIFY(m_terminal->shows(
             {"zelplatform[severity 6]: received json string from zelcore <==: ", "{\"x\":{}}", "zelctl> prof"}));
     }
 
     void saysWhatIsBeingWaitedFor()
     {
-        m_service->setRegistrationState(u"Pending"_s);
+        m_simulator->setRegistrationState(u"Pending"_s);
         start({QStringLiteral(ZELCTL_PATH), u"contacts"_s}, {});
         // On a slow machine the first second or two go by before the registration has begun.
         QTRY_COMPARE_WITH_TIMEOUT(m_terminal->line(), u"Waiting for the registration, # s"_s, 10'000);
-        m_service->setRegistrationState(u"Success"_s);
+        m_simulator->setRegistrationState(u"Success"_s);
         QVERIFY(m_terminal->shows({"*valid   *  yes", "*complete*  yes", "*count   *  0", "status 0", ""}));
-        m_service->injectFault(zelcore::Simulator::Fault::Drop, 0, u"requestEcoIdResponse"_s);
+        QVERIFY(play("$ drop requestEcoIdResponse"));
         start({QStringLiteral(ZELCTL_PATH), u"eco-id"_s, u"pp"_s}, {});
         QTRY_COMPARE_WITH_TIMEOUT(m_terminal->line(), u"Waiting for the answer, # s"_s, 10'000);
-        m_service->setRegistrationState(u"NoDataConnection"_s);
-        m_service->setRegistrationState(u"Success"_s);
-        m_service->sendMessage(u"requestEcoIdResponse"_s, {{u"ppid"_s, u"pp"_s}, {u"ecoId"_s, u"E1"_s}});
+        QVERIFY(play("$ state NoDataConnection\n$ state Success\n"
+                     "$ send requestEcoIdResponse '{\"ppid\":\"pp\",\"ecoId\":\"E1\"}'"));
         QVERIFY(m_terminal->shows({"The eco identifier of pp is \"E1\".", "status 0", ""}));
     }
 
@@ -303,7 +286,7 @@ private Q_SLOTS:
         start({u"sh"_s, u"-c"_s, u"trap '' HUP; \"$0\" shell"_s, QStringLiteral(ZELCTL_PATH)},
               {signalLine("Unregistered"), "zelctl> "});
         m_terminal.reset();
-        QTRY_COMPARE(m_service->clientCount(), 0);
+        QTRY_COMPARE(m_simulator->clientCount(), 0);
         QByteArrayList rows{"zelctl> Context         registrationStateUpdated  state=\"Unregis", "tered\"", ""};
         start({u"sh"_s, u"-c"_s, u"\"$0\" shell | cat"_s, QStringLiteral(ZELCTL_PATH)}, rows);
         rows.replace(2, "x^A");
@@ -312,6 +295,7 @@ private Q_SLOTS:
             m_environment.insert(u"TERM"_s, terminal);
             startSimulator();
             QVERIFY(types("eco a \001\r", {"zelcore-sim> eco a ^A", "zelcore-sim> "}));
+            QVERIFY(types("quit\r", {"zelcore-sim> quit", "status 0", ""}));
         }
     }
 
@@ -337,7 +321,6 @@ private:
     }
 
     std::unique_ptr<QTemporaryDir> m_folder;
-    std::unique_ptr<zelcore::Simulator> m_service;
     std::unique_ptr<PseudoTerminal> m_terminal;
     QProcessEnvironment m_environment = QProcessEnvironment::systemEnvironment();
 };

@@ -1,21 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "ZelctlProcess.h"
+#include <common/Program.h>
+#include <simulator/ServiceTest.h>
 
-#include <common/TestMain.h>
-
-#include <zelcore/Simulator.h>
-
-#include <QtCore/QCryptographicHash>
+#include <QtCore/QDir>
 #include <QtCore/QElapsedTimer>
-#include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
-#include <QtTest/QSignalSpy>
 
-using namespace Qt::StringLiterals;
 using zelcore::Simulator;
 
 namespace {
 
+const QString zelctl = QStringLiteral(ZELCTL_PATH);
 const QByteArray png("\x89PNG\r\n\x1a\n"); // by its first bytes; the rest does not matter to anybody
 
 /// The end of a line that tells of a picture.
@@ -25,19 +20,29 @@ QByteArray pictureOf(const QByteArray& data)
            ",displayPictureSha1:" + QCryptographicHash::hash(data, QCryptographicHash::Sha1).toHex() + '}';
 }
 
+/// How often its threads have gone to sleep: once more for every time that something woke one of them.
+int timesAsleep(qint64 process)
+{
+    static const QRegularExpression count(u"\nvoluntary_ctxt_switches:\\s*(\\d+)"_s);
+    int times = 0;
+    const QDir threads(u"/proc/%1/task"_s.arg(process));
+    for (const QString& thread : threads.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        QFile status(threads.filePath(thread + u"/status"_s));
+        if (status.open(QIODevice::ReadOnly))
+            times += count.match(QString::fromLatin1(status.readAll())).captured(1).toInt();
+    }
+    return times;
+}
+
 } // namespace
 
 /// zelctl as people and programs run it, against the simulated core service in this process.
-class TstZelctl : public QObject
+class TstZelctl : public ServiceTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        m_simulator = std::make_unique<Simulator>();
-        QVERIFY(m_simulator->start());
-    }
+    void init() { begin(); }
 
     void registersAndShowsTheWay()
     {
@@ -55,32 +60,26 @@ private Q_SLOTS:
 
     void saysWhyNot()
     {
-        const struct
-        {
-            const char* service; ///< what it is told first
-            const char* line;
-            const char* why;
-            int status = 1;
-        } rows[] = {
-            {"state BlockedByTov", "profile", "the state is BlockedByTOV: the service's operator blocked"},
-            {"", "register", "the state is BlockedByTOV"},
-            {"registration CancelledByUser", "profile", "BlockedByTOV"},
-            {"state Unregistered", "contacts", "the state is CancelledByUser"},
-            {"registration manual", "--timeout 2.5 profile", "2.5 s; the last state was Pending"},
-            {"state Success", "contact nobody", "'nobody'"},
-            {"drop listChunk", "--timeout 1.5 profile", "state within 1.5 s"},
-            {"drop listChunk", "--timeout 0.5 state", "state within 0.5 s"},
-            {"drop requestEcoIdResponse", "--timeout 2.5 eco-id pp", "answer within 2.5 s; ZEL_SLOG"},
-            {"", "set-picture /", "cannot read /"},
-            {"", "set-picture /dev/null", "no picture"},
-            {"", "box-add ''", "100 characters"}, // the library knows why
-            {"", "--timeout 5", "no command", 2},
-            {"", "setstatus", "no command 'setstatus', but 'set-status';", 2},
-            {"", "-- --json", "no command '--json'", 2},
-            {"", "state --json", "--json goes before", 2},
-        };
+        // What the service is told first, the command, the status with which that ends, and why.
+        const std::tuple<const char*, const char*, int, const char*> rows[] = {
+            {"state BlockedByTov", "profile", 1, "the state is BlockedByTOV: the service's operator blocked"},
+            {"", "register", 1, "the state is BlockedByTOV"},
+            {"registration CancelledByUser", "profile", 1, "BlockedByTOV"},
+            {"state Unregistered", "contacts", 1, "the state is CancelledByUser"},
+            {"registration manual", "--timeout 2.5 profile", 1, "2.5 s; the last state was Pending"},
+            {"state Success", "contact nobody", 1, "'nobody'"},
+            {"drop listChunk", "--timeout 1.5 profile", 1, "state within 1.5 s"},
+            {"drop listChunk", "--timeout 0.5 state", 1, "state within 0.5 s"},
+            {"drop requestEcoIdResponse", "--timeout 2.5 eco-id pp", 1, "answer within 2.5 s; ZEL_SLOG"},
+            {"", "set-picture /", 1, "cannot read /"},
+            {"", "set-picture /dev/null", 1, "no picture"},
+            {"", "box-add ''", 1, "100 characters"}, // the library knows why
+            {"", "--timeout 5", 2, "no command"},
+            {"", "setstatus", 2, "no command 'setstatus', but 'set-status';"},
+            {"", "-- --json", 2, "no command '--json'"},
+            {"", "state --json", 2, "--json goes before"}};
         QByteArrayList printed;
-        for (const auto& [service, line, why, status] : rows) {
+        for (const auto& [service, line, status, why] : rows) {
             QVERIFY2(m_simulator->execute(QString::fromLatin1(service)), service);
             printed += run(line, status, why);
         }
@@ -93,14 +92,12 @@ private Q_SLOTS:
     void saysThatThereIsNoService()
     {
         const QString socket = m_simulator->root() + u"/services/zelcore/platform"_s;
-        QVERIFY(QFile::rename(socket, socket + u'~')); // one that was killed leaves it behind
         m_simulator->stop();
-        QVERIFY(QFile::rename(socket + u'~', socket));
         QVERIFY(run("contacts", 1, "zelctl: There is no core service at " + socket.toUtf8()).isEmpty());
         QVERIFY2(!m_diagnostics.contains("zel.platform"), "it is said once");
         QVERIFY(run("state", 1).value(0).contains("\"BlockedByUser\""));
         QVERIFY(run("watch", 1, socket.toUtf8()).isEmpty());
-        ZelctlProcess person(m_simulator->root());
+        Program person(zelctl, m_simulator->root());
         QCOMPARE(person.run({u"shell"_s}, "\nwatch\nregister\nset-status --help\nhelp dance\nhelp"), 0);
         QCOMPARE(person.lines().mid(0, 8),
                  QByteArrayList({"Ready, the registration state is BlockedByUser. 'help' lists the commands.",
@@ -110,7 +107,7 @@ private Q_SLOTS:
         QCOMPARE(person.lines().mid(person.lines().size() - 2).join(' ').simplified(),
                  "help COMMAND one of them, with an example quit end");
         QVERIFY(person.diagnostics().contains("zelctl: There is no core service at "));
-        ZelctlProcess shell(m_simulator->root());
+        Program shell(zelctl, m_simulator->root());
         QCOMPARE(shell.run({u"--json"_s, u"shell"_s}, "register\ncontacts\nbox-add hello\nhelp register"), 0);
         QCOMPARE(readable(shell.lines()),
                  "{ready:true,registrationState:BlockedByUser,accessAllowed:false,zelSetup:false,platformVersion:200} "
@@ -135,7 +132,6 @@ private Q_SLOTS:
             "ppId:pp-bob,applicationVersion:1.2,platformVersion:201,sdkVersion:201,zelVersion:77}";
         const std::pair<QByteArray, QByteArray> rows[] = {
             {"set-message '\"A\"\nשלום 🐱'", "{set-message UserProfile.personalMessageUpdated,value:\\A\\\\nשלום 🐱}"},
-            {"set-status busy '-1'", "{set-status UserProfile.statusUpdated,status:Busy,statusMessage:-1}"},
             {"set-status busy hi", "{set-status UserProfile.statusUpdated,status:Busy,statusMessage:hi}"},
             {"set-status available hi", "{set-status UserProfile.statusUpdated,status:Available,statusMessage:hi}"},
             {"set-status available hi", "{set-status,ok:true}"}, // nothing changes, so nothing is announced
@@ -192,40 +188,31 @@ private Q_SLOTS:
                  (QVariantList{u"sys.socialplatform"_s, u"vx.action.INVITEZEL"_s, mime, invitation}));
     }
 
-    void shellGoesOnAfterWhatIsNoCommand()
+    void shellAnswersEachLineOfItsInput()
     {
-        ZelctlProcess shell(m_simulator->root());
-        shell.startShell();
-        for (const QByteArray& line :
-             {QByteArray("dance"), QByteArray(), QByteArray("set-message 'x"), QByteArray("invite e1 Ada"),
-              QByteArray("icon-get one"), QByteArray("set-picture /no/such/file"), QByteArray("shell"),
-              QByteArray("\xff\xfe\0x", 4), QByteArray(2'000'000, 'y')}) {
-            const QByteArray answer = shell.ask(line);
-            QVERIFY2(answer.startsWith("{\"answer\":\"error\",\"message\":\"") && !answer.endsWith(":\"\"}"), answer);
-        }
-        QVERIFY(shell.ask("state").startsWith("{\"answer\":\"state\""));
-        QCOMPARE(shell.finish(), 0);
-    }
-
-    void shellEndsWithItsInput()
-    {
+        const QByteArray wrong = QByteArrayLiteral("dance\n\nset-message 'x\ninvite e1 Ada\nicon-get one\n"
+                                                   "set-picture /no/such/file\nshell\n\xff\xfe\0x\n") +
+                                 QByteArray(2'000'000, 'y') + '\n';
+        const std::pair<QByteArray, QByteArray> inputs[] = {
+            {"", ""},
+            {wrong + "state\nquit\nprofile\n", "error error error error error error error error error state"},
+            {"state\nbox", "state box"}, // the last line is open
+            {"box\r\nquit\r\n", "box"}};
         const QSignalSpy requests(m_simulator.get(), &Simulator::registrationRequested);
-        const std::pair<const char*, const char*> inputs[] = {
-            {"", "{\"ready\":true"},
-            {"state\nquit\nprofile\n", "{\"answer\":\"state\""},
-            {"state\nbox", "{\"answer\":\"box\""}, // the last line is open
-            {"box\r\nquit\r\n", "{\"answer\":\"box\""}};
-        for (const auto& [input, lastAnswer] : inputs) {
-            ZelctlProcess shell(m_simulator->root());
+        for (const auto& [input, kinds] : inputs) {
+            Program shell(zelctl, m_simulator->root());
             QCOMPARE(shell.run({u"--json"_s, u"shell"_s}, input), 0);
-            QByteArrayList answers = shell.lines();
-            answers.removeIf([](const QByteArray& line) { return line.startsWith("{\"source\""); });
-            QVERIFY2(answers.last().startsWith(lastAnswer), answers.last());
+            QByteArrayList answers;
+            for (const QByteArray& line : shell.lines()) {
+                if (line.startsWith("{\"answer\":") && !line.endsWith(":\"\"}"))
+                    answers += line.split('"').value(3);
+            }
+            QCOMPARE(answers.join(' '), kinds);
         }
         QCOMPARE(requests.size(), 0);
         // What was asked for before the end is sent.
-        ZelctlProcess shell(m_simulator->root());
-        shell.startShell();
+        Program shell(zelctl, m_simulator->root());
+        QVERIFY(shell.start({u"--json"_s, u"shell"_s}) && shell.says("Unregistered"));
         shell.write("register\nquit");
         QCOMPARE(shell.finish(), 0);
         QTRY_COMPARE(requests.size(), 1);
@@ -238,14 +225,14 @@ private Q_SLOTS:
                                                     {SIGHUP, SIGTERM, "Allowed"}, // known before
                                                     {SIGINT, SIGHUP, "Pending} {Allowed"},
                                                     {SIGINT, SIGTERM, "BlockedByUser} {Allowed"}}) {
-            init();
+            begin();
             const QByteArray first = QByteArray(states).split('}').first();
             m_simulator->setRegistrationState(first == "Allowed" ? u"Success"_s : QString::fromLatin1(first));
             std::signal(ignored, SIG_IGN);
-            ZelctlProcess watch(m_simulator->root());
+            Program watch(zelctl, m_simulator->root());
             QVERIFY(watch.start({u"--json"_s, u"watch"_s}));
             std::signal(ignored, SIG_DFL);
-            watch.takeUntil(first);
+            QVERIFY(watch.says('"' + first + "\"}"));
             if (ignored == SIGHUP)
                 watch.end(SIGHUP);
             const bool isRefused = first == "BlockedByUser";
@@ -276,13 +263,13 @@ private Q_SLOTS:
 
     void waitsUntilItIsInterrupted()
     {
-        QVERIFY(m_simulator->execute(u"drop listChunk"_s) && m_simulator->execute(u"registration manual"_s));
-        ZelctlProcess watch(m_simulator->root());
+        QVERIFY(play("$ drop listChunk\n$ registration manual"));
+        Program watch(zelctl, m_simulator->root());
         QVERIFY(watch.start({u"--timeout"_s, u"0.1"_s, u"watch"_s}));
         QTRY_VERIFY_WITH_TIMEOUT(watch.diagnostics().contains("state within 0.1 s; still watching"), 20'000);
-        ZelctlProcess command(m_simulator->root());
+        Program command(zelctl, m_simulator->root());
         QVERIFY(command.start({u"--json"_s, u"register"_s}));
-        command.takeUntil("Pending");
+        QVERIFY(command.says("\"Pending\"}"));
         command.end(SIGINT);
         QCOMPARE(command.finish(), 1);
         QVERIFY(command.diagnostics().endsWith("zelctl: Interrupted.\n"));
@@ -305,7 +292,7 @@ private Q_SLOTS:
     {
         addContact("bob");
         QVERIFY(m_simulator->setContactPicture(u"bob"_s, png));
-        ZelctlProcess shell(m_simulator->root());
+        Program shell(zelctl, m_simulator->root());
         QVERIFY(shell.start({u"shell"_s}));
         for (const auto& [line, said] : {std::pair<QByteArray, const char*>("", "Unregistered"),
                                          {"register", "  contactListUpdated\n"},
@@ -317,7 +304,7 @@ private Q_SLOTS:
         int times = 0;
         QElapsedTimer quiet;
         const auto isAsleep = [&] {
-            if (const int now = shell.timesAsleep(); std::exchange(times, now) != now)
+            if (const int now = timesAsleep(shell.process.processId()); std::exchange(times, now) != now)
                 quiet.start();
             return quiet.hasExpired(4'000);
         };
@@ -351,7 +338,7 @@ private:
     /// Runs to the end, where it has said \a why; standard output as lines.
     QByteArrayList runForPeople(const QByteArray& line, int expectedStatus = 0, const QByteArray& why = {})
     {
-        ZelctlProcess process(m_simulator->root());
+        Program process(zelctl, m_simulator->root());
         const int status = process.run(*Simulator::splitWords(QString::fromUtf8(line)));
         m_diagnostics = process.diagnostics();
         const auto said = m_diagnostics.count("zelctl: ");
@@ -381,7 +368,6 @@ private:
         return file.fileName().toUtf8();
     }
 
-    std::unique_ptr<Simulator> m_simulator;
     QTemporaryDir m_folder;
     QByteArray m_diagnostics;
 };

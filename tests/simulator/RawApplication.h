@@ -17,20 +17,18 @@
 #include <utility>
 
 /// An application that knows nothing but the socket and the texts.
-class RawApplication
+class RawApplication : public RawEnd
 {
 public:
     explicit RawApplication(const QString& root) { connectTo(root, "/services/zelcore/platform"); }
-    ~RawApplication() { disconnect(); }
-    Q_DISABLE_COPY_MOVE(RawApplication)
 
     bool connectTo(const QString& root, const QByteArray& object)
     {
         disconnect();
-        m_descriptor = RawServer::connectTo(root + QLatin1String(object));
-        if (m_descriptor == -1)
+        descriptor = RawEnd::connectTo(root + QLatin1String(object));
+        if (descriptor == -1)
             return false;
-        m_notifier = std::make_unique<QSocketNotifier>(m_descriptor, QSocketNotifier::Read);
+        m_notifier = std::make_unique<QSocketNotifier>(descriptor, QSocketNotifier::Read);
         QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(), [this] { read(); });
         return true;
     }
@@ -38,19 +36,17 @@ public:
     void disconnect()
     {
         m_notifier.reset();
-        if (m_descriptor >= 0)
-            ::close(std::exchange(m_descriptor, -1));
+        close();
     }
 
-    bool sendRecord(const QByteArray& record) const { return RawServer::sendTo(m_descriptor, record); }
-
-    bool send(const QByteArray& type, const QByteArray& body)
+    using RawEnd::send;
+    bool send(const QByteArray& type, const QByteArray& body) const
     {
-        return sendRecord("msg::zel\ndat:json:{\"" + type + "\":" + body + "}\n");
+        return send("msg::zel\ndat:json:{\"" + type + "\":" + body + "}\n");
     }
 
     /// Says that it starts, as the library does; it is told nothing unasked then.
-    bool begin() { return send("tpaApi", "{\"apiType\":\"Qt\"}"); }
+    bool begin() const { return send("tpaApi", "{\"apiType\":\"Qt\"}"); }
 
     /// The body of the first message of this type that has not been taken yet, waited for; what came before it stays.
     QJsonObject take(const char* type)
@@ -113,7 +109,7 @@ private:
     void read()
     {
         QByteArray record(65536, Qt::Uninitialized);
-        const ssize_t count = ::recv(m_descriptor, record.data(), size_t(record.size()), MSG_DONTWAIT);
+        const ssize_t count = ::recv(descriptor, record.data(), size_t(record.size()), MSG_DONTWAIT);
         if (count <= 0) {
             m_notifier->setEnabled(false);
             closed = true;
@@ -130,7 +126,6 @@ private:
         heard(record);
     }
 
-    int m_descriptor = -1;
     int m_marks = 0;
     std::unique_ptr<QSocketNotifier> m_notifier;
 };

@@ -29,17 +29,13 @@ protected Q_SLOTS:
         application('A').synchronize(); // its first word has been read
         application('A').records.clear();
     }
-    void cleanup()
-    {
-        m_applications.clear();
-        m_refused.reset();
-        m_simulator.reset();
-    }
 
 protected:
     void begin()
     {
-        cleanup();
+        m_applications.clear();
+        m_refused.reset();
+        m_simulator.reset();
         m_simulator = std::make_unique<zelcore::Simulator>();
         QVERIFY(m_simulator->start());
         m_refused = std::make_unique<QSignalSpy>(m_simulator.get(), &zelcore::Simulator::refused);
@@ -127,7 +123,7 @@ private:
         if (line.at(1) == u'.')
             return speaker.drain() == rest.split(u' ', Qt::SkipEmptyParts);
         if (line.at(1) == u'=')
-            return speaker.sendRecord(QString(rest).replace("\\n"_L1, "\n"_L1).toUtf8());
+            return speaker.send(QString(rest).replace("\\n"_L1, "\n"_L1).toUtf8());
         QStringList answers = rest.section(u" -> "_s, line.at(1) == u'>' ? 1 : 0).split(u"; "_s, Qt::SkipEmptyParts);
         return (line.at(1) == u'<' || say(speaker, rest.section(u" -> "_s, 0, 0).toUtf8())) &&
                std::all_of(answers.cbegin(), answers.cend(),
@@ -138,9 +134,8 @@ private:
     {
         const QSignalSpy received(m_simulator.get(), &zelcore::Simulator::invocationReceived);
         const QJsonObject record{{u"target"_s, target}, {u"action"_s, action}, {u"data"_s, data}};
-        const int descriptor = RawServer::connectTo(m_simulator->root() + u"/services/invocation/"_s + target);
-        const bool isSent = RawServer::sendTo(descriptor, QJsonDocument(record).toJson(QJsonDocument::Compact));
-        ::close(descriptor);
+        const QString path = m_simulator->root() + u"/services/invocation/"_s + target;
+        const bool isSent = RawEnd(path).send(QJsonDocument(record).toJson(QJsonDocument::Compact));
         return isSent && QTest::qWaitFor([&] { return !received.isEmpty(); });
     }
 
@@ -162,6 +157,7 @@ private:
         QStringList words = expected.split(u' ', Qt::SkipEmptyParts);
         const QJsonDocument message(listener.take(qPrintable(words.takeFirst())));
         const QString text = QString::fromUtf8(message.toJson(QJsonDocument::Compact));
+        words.append(u"-never came"_s); // as take() says
         return std::all_of(words.cbegin(), words.cend(), [&](const QString& word) {
             return word.startsWith(u'-') ? !text.contains(word.mid(1)) : text.contains(word);
         });

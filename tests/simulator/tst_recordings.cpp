@@ -66,16 +66,6 @@ QByteArray sessionOf(int number)
     return QByteArray(session).replace('#', QByteArray::number(number));
 }
 
-/// A record with the names of the session in it, and the members of its message in one order.
-QByteArray steady(const QByteArray& record, int number)
-{
-    const std::optional<zelcore::Content> content = zelcore::contentOf(record, false);
-    QByteArray bytes = content ? zelcore::withContent(record, false, *content) : record;
-    for (const char* const name : {"#a0fd1e9", "cookie-#", "mine-#"})
-        bytes.replace(QByteArray(name).replace('#', QByteArray::number(number)), name);
-    return bytes;
-}
-
 } // namespace
 
 /// A recording, and what is made of it.
@@ -84,11 +74,7 @@ class TstRecordings : public ServiceTest
     Q_OBJECT
 
 protected Q_SLOTS:
-    void init()
-    {
-        m_folder = std::make_unique<QTemporaryDir>();
-        begin();
-    }
+    void init() { begin(); }
 
 private Q_SLOTS:
     void replaysSoThatARecordingOfItIsTheSame()
@@ -178,8 +164,8 @@ private Q_SLOTS:
         for (qsizetype i = 0; i < words.size(); ++i)
             expected.replace(words.at(i), now.at(i));
         QCOMPARE(bytesOf(u"nobody"_s).split('\n'), expected.split('\n'));
-        recordSession(1, false);
-        QVERIFY(Simulator::anonymise(path(u"1"_s), path(u"anonymous"_s)));
+        recordSession(4, false);
+        QVERIFY(Simulator::anonymise(path(u"4"_s), path(u"anonymous"_s)));
         const QString text = QString::fromUtf8(bytesOf(u"anonymous"_s));
         QVERIFY(text.contains(u"\"data\":\"{"_s) && !entriesOf(u"anonymous"_s).value(5).uuid.isEmpty());
         // Each application asks for whom the anonymous recording names, and brings words and pictures of its own.
@@ -196,37 +182,36 @@ private Q_SLOTS:
         }
         QVERIFY(m_simulator->isReplaying() && play("$ reset") && !m_simulator->isReplaying());
         QString error;
-        QVERIFY(!Simulator::anonymise(path(u"1"_s), path(u"anonymous"_s), &error) && error.contains("already"_L1));
+        QVERIFY(!Simulator::anonymise(path(u"4"_s), path(u"anonymous"_s), &error) && error.contains("already"_L1));
     }
 
     void refusesWhatIsDamagedOrForeign()
     {
-        const QByteArray head = "{\"format\":\"zelcore-recording\",\"version\":1,"
-                                "\"started\":\"2026-03-01T09:30:00.000Z\",\"anonymous\":false}\n";
-        const QByteArray here = head + "{\"kind\":\"connected\",\"application\":1,\"time\":5}\n";
+        const QByteArray head = "{'format':'zelcore-recording','version':1,"
+                                "'started':'2026-03-01T09:30:00.000Z','anonymous':false}\n";
+        const QByteArray here = head + "{'kind':'connected','application':1,'time':5}\n";
         const QPair<QByteArray, const char*> cases[] = {
             {"", "line 1: is missing"},
-            {"{\"world\":{}}\n", "line 1: format is not"},
-            {"{\"format\":\"zelcore-recording\",\"version\":2,\"started\":\"\"}\n", "line 1: version is 2"},
+            {"{'world':{}}\n", "line 1: format is not"},
+            {"{'format':'zelcore-recording','version':2,'started':''}\n", "line 1: version is 2"},
             {QByteArray(head).replace("T09", "noon"), "line 1: started is no time"},
-            {QByteArray(head).replace(",\"anonymous\":false", ""), "line 1: anonymous is neither"},
+            {QByteArray(head).replace(",'anonymous':false", ""), "line 1: anonymous is neither"},
             {head + "{]\n", "line 2: is no JSON object"},
             {here.chopped(4), "line 2: is cut"},
-            {here + "{\"kind\":\"sung\",\"time\":6}\n", "line 3: kind is no kind"},
-            {here + "{\"kind\":\"back\",\"time\":6}\n", "line 3: kind cannot be"},
-            {here + "{\"kind\":\"invoked\",\"application\":1,\"time\":6,\"target\":\"x\",\"text\":\"\"}\n",
-             "3: target is"},
-            {here + "{\"kind\":\"away\",\"time\":4}\n", "line 3: time is before"},
-            {here + "{\"kind\":\"away\",\"time\":6,\"mood\":1}\n", "line 3: mood means nothing"},
-            {here + "{\"kind\":\"sent\",\"application\":2,\"time\":6,\"text\":\"\"}\n",
-             "3: application names one that is not"},
+            {here + "{'kind':'sung','time':6}\n", "line 3: kind is no kind"},
+            {here + "{'kind':'back','time':6}\n", "line 3: kind cannot be"},
+            {here + "{'kind':'invoked','application':1,'time':6,'target':'x','text':''}\n", "3: target is"},
+            {here + "{'kind':'away','time':4}\n", "line 3: time is before"},
+            {here + "{'kind':'away','time':6,'mood':1}\n", "line 3: mood means nothing"},
+            {here + "{'kind':'sent','application':2,'time':6,'text':''}\n", "3: application names one that is not"},
             {here + here.mid(head.size()), "line 3: application names one that is connected"},
-            {head + "{\"kind\":\"connected\",\"application\":0,\"time\":5}\n", "line 2: application is no"},
-            {here + "{\"kind\":\"sent\",\"application\":1,\"time\":6}\n", "line 3: text is missing"},
-            {here + "{\"kind\":\"sent\",\"application\":1,\"time\":6,\"base64\":\"QUJD*\"}\n", "line 3: base64 is no"}};
+            {head + "{'kind':'connected','application':0,'time':5}\n", "line 2: application is no"},
+            {here + "{'kind':'sent','application':1,'time':6}\n", "line 3: text is missing"},
+            {here + "{'kind':'sent','application':1,'time':6,'base64':'QUJD*'}\n", "line 3: base64 is no"}};
         for (const auto& [text, hint] : cases) {
             QFile file(path(u"faulty"_s));
-            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write(QByteArray(text).replace('\'', '"'));
             file.close();
             QString error;
             QVERIFY(!m_simulator->replay(file.fileName(), &error) && !m_simulator->isReplaying());
@@ -248,15 +233,19 @@ private:
         m_simulator->stopRecording();
     }
 
-    QString path(const QString& name) const { return m_folder->filePath(name + u".jsonl"_s); }
+    QString path(const QString& name) const { return m_folder.filePath(name + u".jsonl"_s); }
 
-    /// What each application did and heard, in order, and for 0 what targets were asked for and the service did.
+    /// What each application did and heard, in order, and for 0 what targets were asked for and the service did: with
+    /// the names of the session, and the members of a message in one order.
     QMap<int, QByteArrayList> lanes(int number) const
     {
         QMap<int, QByteArrayList> lanes;
         for (const Recording::Entry& entry : entriesOf(QString::number(number))) {
-            const int lane = entry.kind == Kind::Invoked ? 0 : entry.application;
-            lanes[lane].append(QByteArray::number(int(entry.kind)) + steady(entry.bytes, number));
+            const auto content = zelcore::contentOf(entry.bytes, false);
+            QByteArray bytes = content ? zelcore::withContent(entry.bytes, false, *content) : entry.bytes;
+            for (const char* const name : {"#a0fd1e9", "cookie-#", "mine-#"})
+                bytes.replace(QByteArray(name).replace('#', QByteArray::number(number)), name);
+            lanes[entry.kind == Kind::Invoked ? 0 : entry.application] += QByteArray::number(int(entry.kind)) + bytes;
         }
         return lanes;
     }
@@ -275,7 +264,7 @@ private:
         return bytes;
     }
 
-    std::unique_ptr<QTemporaryDir> m_folder;
+    const QTemporaryDir m_folder;
 };
 
 ZEL_TEST(TstRecordings)
