@@ -4,6 +4,8 @@
 #include <QtCore/QByteArrayView>
 #include <QtCore/QRandomGenerator>
 
+#include <optional>
+
 /// What a random test decides by: the numbers of a generator, or the bytes of an input that somebody has to offer. An
 /// input that is used up goes on with zeros.
 class Choices
@@ -11,7 +13,6 @@ class Choices
 public:
     explicit Choices(quint32 seed)
         : m_random(seed)
-        , m_isRandom(true)
     {
     }
     explicit Choices(QByteArrayView input)
@@ -22,8 +23,8 @@ public:
     /// A number from 0 to below \a end, which is positive.
     int bounded(int end)
     {
-        if (m_isRandom)
-            return m_random.bounded(end);
+        if (m_random)
+            return m_random->bounded(end);
         unsigned number = 0;
         for (int reach = 1; reach < end && !m_input.isEmpty(); reach *= 256) {
             number = number * 256 + static_cast<unsigned char>(m_input.front());
@@ -31,10 +32,9 @@ public:
         }
         return int(number % unsigned(end));
     }
-    bool isUsedUp() const { return !m_isRandom && m_input.isEmpty(); }
+    bool isUsedUp() const { return !m_random && m_input.isEmpty(); }
 
 private:
-    QRandomGenerator m_random;
+    std::optional<QRandomGenerator> m_random;
     QByteArrayView m_input;
-    bool m_isRandom = false;
 };

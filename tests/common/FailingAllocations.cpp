@@ -2,7 +2,6 @@
 #include "FailingAllocations.h"
 
 #include <cstdlib>
-#include <utility>
 
 static bool isDue()
 {
@@ -40,21 +39,6 @@ static void giveBack(void* memory)
     std::free(memory);
 }
 
-void* operator new(std::size_t size)
-{
-    if (void* const memory = isDue() ? nullptr : taken(size))
-        return memory;
-    throw std::bad_alloc();
-}
-void* operator new[](std::size_t size)
-{
-    if (failing::withArrays)
-        return operator new(size);
-    const long saved = std::exchange(failing::left, -1);
-    void* const memory = operator new(size);
-    failing::left = saved;
-    return memory;
-}
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept
 {
     return isDue() ? nullptr : taken(size);
@@ -62,6 +46,16 @@ void* operator new(std::size_t size, const std::nothrow_t&) noexcept
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
 {
     return failing::withArrays && isDue() ? nullptr : taken(size);
+}
+void* operator new(std::size_t size)
+{
+    void* const memory = operator new(size, std::nothrow);
+    return memory ? memory : throw std::bad_alloc();
+}
+void* operator new[](std::size_t size)
+{
+    void* const memory = operator new[](size, std::nothrow);
+    return memory ? memory : throw std::bad_alloc();
 }
 // All that are called: sanitizers have their own, and look at whether the two fit.
 void operator delete(void* memory) noexcept

@@ -37,22 +37,18 @@ public:
             return QObject::qt_metacall(call, method, arguments);
         const QMetaMethod signal = sender()->metaObject()->method(senderSignalIndex());
         QString line = QString::fromLatin1(signal.name());
-        for (int i = 0; i < signal.parameterCount(); ++i)
-            line += u' ' + word(QVariant(signal.parameterMetaType(i), arguments[i + 1]));
+        for (int i = 0; i < signal.parameterCount(); ++i) {
+            const QVariant value(signal.parameterMetaType(i), arguments[i + 1]);
+            const QByteArray bytes = value.toByteArray();
+            const auto hash = QCryptographicHash::hash(bytes, QCryptographicHash::Sha1).toHex();
+            line += u' ' + (bytes.size() < 100 ? value.toString() : QString::fromLatin1(hash));
+        }
         const auto shows = m_shows.value(sender());
         add(line.trimmed() + (shows ? QStringLiteral(" | ") + shows() : QString()));
         return -1;
     }
 
 private:
-    static QString word(const QVariant& value)
-    {
-        const QByteArray bytes = value.toByteArray();
-        return bytes.size() < 100
-                   ? value.toString()
-                   : QString::fromLatin1(QCryptographicHash::hash(bytes, QCryptographicHash::Sha1).toHex());
-    }
-
     QHash<const QObject*, std::function<QString()>> m_shows;
     QStringList m_lines;
 };

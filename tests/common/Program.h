@@ -5,7 +5,6 @@
 #include <QtTest/QTest>
 
 #include <csignal>
-#include <utility>
 
 /// A program as another one drives it: words in, lines out. The event loop runs while something is waited for, since
 /// the other end of the object may live in this process.
@@ -61,19 +60,6 @@ public:
     {
         return waitFor([&] { return m_output.contains(text) || m_diagnostics.contains(text); });
     }
-    /// The next line; empty when none comes.
-    QByteArray takeLine()
-    {
-        if (!waitFor([this] { return m_output.indexOf('\n', m_taken) >= 0; }))
-            return {};
-        const qsizetype start = std::exchange(m_taken, m_output.indexOf('\n', m_taken) + 1);
-        return m_output.mid(start, m_taken - 1 - start);
-    }
-    QByteArray ask(const QByteArray& command)
-    {
-        write(command);
-        return takeLine();
-    }
 
     /// What it wrote in all.
     QList<QByteArray> lines() const { return m_output.split('\n').mid(0, m_output.count('\n')); }
@@ -95,5 +81,4 @@ private:
 
     QByteArray m_output;
     QByteArray m_diagnostics;
-    qsizetype m_taken = 0;
 };

@@ -27,7 +27,10 @@ public:
     Q_DISABLE_COPY(RawEnd)
 
     void close() { ::close(std::exchange(descriptor, -1)); }
-    bool send(const QByteArray& record) const { return sendTo(descriptor, record); }
+    bool send(const QByteArray& record) const
+    {
+        return ::send(descriptor, record.constData(), size_t(record.size()), MSG_NOSIGNAL) == record.size();
+    }
     bool isReadable(int milliseconds = 0) const
     {
         pollfd state = {descriptor, POLLIN, 0};
@@ -45,10 +48,6 @@ public:
 
     // A client's descriptor; -1 when nobody listens.
     static int connectTo(const QString& path) { return socketAt(path, &::connect); }
-    static bool sendTo(int descriptor, const QByteArray& record)
-    {
-        return ::send(descriptor, record.constData(), size_t(record.size()), MSG_NOSIGNAL) == record.size();
-    }
 
     int descriptor;
 
@@ -103,7 +102,7 @@ public:
     }
     static QByteArray numbered(int number, int size)
     {
-        return (QByteArray::number(number) + ':').leftJustified(size, 'x');
+        return (QByteArray::number(number) + ':').leftJustified(size, 'x', true);
     }
 
 private:

@@ -40,7 +40,7 @@ private:
     std::function<void()> m_action;
 };
 
-struct RecordingHandler
+struct RecordingHandler final : zelsplib::RegistrationHandler
 {
     using Contact = zelsplib::PlatformContact;
     using Item = zelsplib::ProfileBoxItem;
@@ -106,6 +106,12 @@ struct RecordingHandler
         note("icon retrieved", {i.getImageId(), i.getImage()->getMimeType(), data(i)});
     }
 
+    void registered() override { note("gate", {QStringLiteral("registered")}); }
+    void userProfileIsReady() override { note("gate", {QStringLiteral("profile")}); }
+    void userProfileAvatarIsReady() override { note("gate", {QStringLiteral("picture")}); }
+    void profileBoxIsReady() override { note("gate", {QStringLiteral("box")}); }
+    void contactsIsReady() override { note("gate", {QStringLiteral("contacts")}); }
+
     // Nothing is noted of these.
     void pushProfileBoxReceivedEvent() const {}
     void pushEcoIdResponse(const QString&, const QString&) const {}
@@ -118,11 +124,4 @@ private:
 };
 
 /// The facade's side of the managers.
-struct RecordingGates final : RecordingHandler, zelsplib::RegistrationHandler
-{
-    void registered() override { note("gate", {QStringLiteral("registered")}); }
-    void userProfileIsReady() override { note("gate", {QStringLiteral("profile")}); }
-    void userProfileAvatarIsReady() override { note("gate", {QStringLiteral("picture")}); }
-    void profileBoxIsReady() override { note("gate", {QStringLiteral("box")}); }
-    void contactsIsReady() override { note("gate", {QStringLiteral("contacts")}); }
-};
+using RecordingGates = RecordingHandler;

@@ -2,32 +2,28 @@
 #include "TestMain.h"
 
 #include <cstdio>
-#include <cstring>
-#include <utility>
-#include <vector>
+#include <map>
+#include <string_view>
 
 static auto& tests()
 {
-    static std::vector<std::pair<const char*, testmain::Run>> tests;
+    static std::map<std::string_view, testmain::Run> tests;
     return tests;
 }
 
 bool testmain::add(const char* name, Run run)
 {
-    tests().emplace_back(name, run);
-    return true;
+    return tests().emplace(name, run).second;
 }
 
 int main(int argc, char** argv)
 {
-    for (const auto& [name, run] : tests()) {
-        if (argc > 1 && std::strcmp(argv[1], name) == 0) {
-            argv[1] = argv[0];
-            return run(argc - 1, argv + 1);
-        }
+    const auto found = tests().find(argc > 1 ? argv[1] : "");
+    if (found != tests().end()) {
+        argv[1] = argv[0];
+        return found->second(argc - 1, argv + 1);
     }
-    std::fprintf(stderr, "Name one of these first:\n");
     for (const auto& test : tests())
-        std::fprintf(stderr, "  %s\n", test.first);
+        std::fprintf(stderr, "Name a class first: %s\n", test.first.data());
     return 2;
 }

@@ -42,7 +42,7 @@ private Q_SLOTS:
         QCOMPARE(errno, ECONNREFUSED);
         slogf(1, 3, "%s", "100 % %s");
         QStringList expected{u"3: a b  c"_s, u"3: 100 % %s"_s};
-        for (const int length : {980, 995, 996, 997, 998, 999, 1000, 1001, 1024, 70000}) {
+        for (const int length : {0, 980, 995, 996, 997, 998, 999, 1000, 1001, 1024, 70000}) {
             const QByteArray text(length, 'x');
             slogf(1, 2, "%s", text.constData());
             expected.append(u"2: "_s + QString::fromLatin1(text));
@@ -53,6 +53,9 @@ private Q_SLOTS:
         ::dup2(full, STDERR_FILENO);
         ::close(full);
         QCOMPARE(slogf(1, 2, "lost"), -1);
+        qputenv("ZEL_SLOG", "std"); // is not the word for it
+        slog_reload();
+        QCOMPARE(slogf(1, 7, "to the system's log"), 0);
     }
 };
 

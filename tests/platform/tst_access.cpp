@@ -5,6 +5,9 @@
 #include <vx/platform/zel/ApplicationPermissions.h>
 
 #include <QtCore/QLoggingCategory>
+#include <QtCore/QThread>
+
+#include <functional>
 
 namespace {
 
@@ -83,7 +86,8 @@ private:
 
 } // namespace
 
-/// Every public class with and without access, what it answers and of what it warns.
+/// How an application gets access, and every public class with and without it, what it answers and of what it warns:
+/// each mistake is told once, with class and reason.
 class TstAccess : public PlatformTest
 {
     Q_OBJECT
@@ -163,7 +167,179 @@ private Q_SLOTS:
         QCOMPARE(timely.working(), nobody);
     }
 
+    void registersOnlyInStatesThatAllowIt()
+    {
+        // The words of the service, with + where an application may register, and their states where these have other
+        // names. The last are near misses: enumerators that are no words, another case, a blank.
+        const QString rows =
+            u"Unregistered+,NoDataConnection+,UnexpectedError+,InvalidUuid+,TemporaryError+,CancelledByUser+,"
+            "Unknown,Pending,BlockedByUser,Expired,ZelDisabled,BlockedEnterprisePerimeter,BlockedByTov=BlockedByTOV,"
+            "MaximumUsersReached=MaxDownloadsReached,MaximumAppsReached=MaxAppsReached,"
+            "Allowed=Unknown,BlockedByTOV=Unknown,MaxAppsReached=Unknown,unregistered=Unknown,Success =Unknown"_s;
+        const QByteArray request =
+            R"({"registrationRequest":{"uuid":"6f8d2c4e-5b0a-4a37-9d0e-0c8f3f1f2a10","silent":false}})";
+        m_context = std::make_unique<Context>(m_uuid);
+        settle();
+        for (QString row : rows.split(u',')) {
+            const bool isAllowed = row.endsWith(u'+');
+            row.remove(u'+');
+            play(u"state '%1'"_s.arg(row.section(u'=', 0, 0)));
+            QCOMPARE(words(m_context->registrationState(), m_context->isAccessAllowed()),
+                     row.section(u'=', -1) + u" false"_s);
+            QCOMPARE(m_context->requestRegisterApplication(), isAllowed);
+            QCOMPARE(m_context->requestRegisterApplicationSilent(), isAllowed);
+            QCOMPARE(asked(), isAllowed ? QByteArrayList({request, QByteArray(request).replace("false", "true")})
+                                        : QByteArrayList());
+        }
+    }
+
+    void announcesAStateOnceToEveryContext()
+    {
+        m_context = std::make_unique<Context>(m_uuid);
+        settle();
+        m_heard->follow(*m_context);
+        const Context second(QUuid::createUuid());
+        m_heard->follow(second, [] { return u"second"_s; });
+        play(u"state Pending; state Pending; permission zelInvites off; permission zelSetup off"_s);
+        const QString told = u"registrationStateUpdated "_s;
+        QCOMPARE(m_heard->take(), QStringList({told + u"Pending"_s, told + u"Pending | second"_s}));
+        QVERIFY(!m_context->isZelSetup());
+        // A UUID that is refused in a slot of the first is no state, of which the second would hear.
+        const auto refused = [] { QVERIFY(!Context({}).requestRegisterApplication()); };
+        connect(m_context.get(), &Context::registrationStateUpdated, this, refused, Qt::SingleShotConnection);
+        play(u"state Expired"_s);
+        QCOMPARE(m_heard->lines(), QStringList({told + u"Expired"_s, told + u"InvalidUuid"_s,
+                                                told + u"InvalidUuid | second"_s, told + u"Expired | second"_s}));
+    }
+
+    void callsWhoeverWaitsWhenItIsReady()
+    {
+        ready();
+        Context later(QUuid::createUuid());
+        m_heard->follow(later, [&] { return words(later.isReady()); });
+        const auto wait = [this](Context* context, const QObject* receiver, const QString& line) {
+            whenReady(context, receiver, [this, line] { m_heard->add(line); });
+        };
+        wait(&later, this, u"at once"_s);
+        play(u"state NoDataConnection; state Pending"_s);
+        // The first who hears of it has a dialog open, in which it is over again.
+        whenReady(&later, this, [&] {
+            play(u"state Pending"_s);
+            m_heard->add(u"closed"_s);
+        });
+        wait(&later, this, u"function"_s);
+        whenReady(&later, this, &TstAccess::noteMember);
+        wait(&later, std::make_unique<QObject>().get(), u"receiver gone"_s);
+        wait(std::make_unique<Context>(m_uuid).get(), this, u"context gone"_s);
+        play(u"state Success"_s);
+        play(u"state Success"_s);
+        const QString told = m_heard->lines().join(u", "_s).remove(u"registrationStateUpdated "_s);
+        QCOMPARE(told, u"at once, NoDataConnection | false, readyChanged | false, Pending | false, "
+                       "Allowed | true, readyChanged | true, Pending | false, readyChanged | false, closed, "
+                       "Allowed | true, readyChanged | true, function, member"_s);
+    }
+
+    void registrationsThatHaveToWaitAreTold()
+    {
+        play(u"request drop requestListElements"_s);
+        Context context(m_uuid);
+        settle();
+        const auto request = [&context] { context.requestRegisterApplicationSilent(); };
+        tell({{request, "Context::requestRegisterApplication: the service has not said yet"},
+              {[] { Context({}).requestRegisterApplication(); },
+               "Context::requestRegisterApplication: the UUID is null"},
+              {[&] { whenReady(static_cast<Context*>(nullptr), this, [] {}); }, "whenReady: there is no context"}});
+        askAgain();
+        QVERIFY(context.requestRegisterApplication());
+        const auto requestIn = [&](const QString& state) {
+            play(u"state "_s + state);
+            request();
+        };
+        tell({{[&] { requestIn(u"Pending"_s); }, "Context::requestRegisterApplication: a registration is under way"},
+              {[&] { requestIn(u"Expired"_s); }, "the registration state is Expired, which does not"},
+              {[&] { requestIn(u"Success"_s); }, "the application is registered already"},
+              {[] { Context(QUuid::createUuid()).requestRegisterApplication(); },
+               "the process is the application 6f8d"}});
+    }
+
+    void requestsThatCannotWorkAreToldOnce()
+    {
+        UserProfile profile(ready());
+        ProfileBox box(m_context.get());
+        Utils utils(m_context.get());
+        const ContactService contacts(m_context.get());
+        const auto add = [&](const QString& text, const QString& cookie) { box.requestAddItem(text, cookie); };
+        const auto addWithIcon = [&](int icon) { box.requestAddItem(u"x"_s, icon, {}); };
+        const auto icon = [&](int id, const QByteArray& data) { box.requestRegisterIcon(id, ImageType::Png, data); };
+        const auto picture = [&](const QByteArray& data) { profile.requestUpdateDisplayPicture(ImageType::Png, data); };
+        const auto elsewhere = [&] {
+            const std::unique_ptr<QThread> thread(QThread::create([&] {
+                const UserProfile made(m_context.get());
+                utils.requestEcoId(u"p"_s);
+                contacts.contactCount();
+                m_context->requestRegisterApplicationSilent();
+                whenReady(m_context.get(), this, [] {});
+            }));
+            thread->start();
+            thread->wait();
+        };
+        const QByteArray tooBig(32769, 'x');
+        const QString tooLong(70000, u'x');
+        // What is right is silent.
+        icon(8, "x");
+        picture("x");
+        addWithIcon(7);
+        addWithIcon(8); // on its way
+        box.requestRetrieveIcon(7);
+        box.requestRemoveAllItems();
+        profile.requestUpdatePersonalMessage({});
+        QCOMPARE(box.registeredIcons(), QList<int>{7});
+        tell({});
+
+        tell({{[&] { picture({}); }, "UserProfile::requestUpdateDisplayPicture: the picture is empty"},
+              {[&] { picture(tooBig); }, "UserProfile::requestUpdateDisplayPicture: the picture is too big"},
+              {[&] { picture(tooBig.chopped(1)); }, "UserProfile::requestUpdateDisplayPicture: another picture is"},
+              {[&] { profile.requestUpdateStatus({}, tooLong); }, "UserProfile::requestUpdateStatus: the message has"},
+              {[&] { add({}, {}); }, "ProfileBox::requestAddItem: the text is empty"},
+              {[&] { add(QString(101, u'x'), {}); }, "ProfileBox::requestAddItem: the text is too long"},
+              {[&] { add(u"\r\n\n"_s, {}); }, "ProfileBox::requestAddItem: the text has more than 2"},
+              {[&] { add(u"x"_s, QString(129, u'x')); }, "ProfileBox::requestAddItem: the cookie is too"},
+              {[&] { addWithIcon(-1); }, "ProfileBox::requestAddItem: the icon id is negative"},
+              {[&] { addWithIcon(0); }, "ProfileBox::requestAddItem: no icon with this id is registered"},
+              {[&] { box.requestRemoveItem(u"-"_s); }, "ProfileBox::requestRemoveItem: there is no item with this id"},
+              {[&] { icon(-1, "x"); }, "ProfileBox::requestRegisterIcon: the icon id is negative"},
+              {[&] { icon(1, ""); }, "ProfileBox::requestRegisterIcon: the icon is empty"},
+              {[&] { icon(1, tooBig); }, "ProfileBox::requestRegisterIcon: the icon is too big"},
+              {[&] { icon(8, "x"); }, "ProfileBox::requestRegisterIcon: an icon with this id is under way"},
+              {[&] { icon(7, "x"); }, "ProfileBox::requestRegisterIcon: an icon with this id is registered already"},
+              {[&] { box.requestRetrieveIcon(9); }, "ProfileBox::requestRetrieveIcon: no icon with this id"},
+              {[&] { contacts.requestDisplayPicture({}); }, "ContactService::requestDisplayPicture: no contact has"},
+              {[&] { utils.requestEcoIdStatus({}); }, "Utils::requestEcoIdStatus: the identifier is empty"},
+              {elsewhere, "UserProfile: used from another|Utils: used from another|ContactService: used from "
+                          "another|Context: used from another|"
+                          "is registered already|whenReady: used from another thread"}});
+        play(u"permission showAppBox off"_s);
+        tell({{[&] { add(u"x"_s, {}); }, "ProfileBox::requestAddItem: the user does not allow"}});
+    }
+
 private:
+    /// Mistakes, and with what their warnings begin, up to the remedy. Each is made twice and told once.
+    static void tell(const QList<std::pair<std::function<void()>, const char*>>& mistakes)
+    {
+        QStringList expected;
+        for (const auto& [make, warning] : mistakes) {
+            make();
+            make();
+            expected += QString::fromLatin1(warning).split(u'|');
+        }
+        const QStringList warnings = takeWarnings();
+        for (qsizetype i = 0; i < qMax(expected.size(), warnings.size()); ++i) {
+            const QString warning = warnings.value(i);
+            QVERIFY2(i < expected.size() && warning.contains(expected.at(i)) && warning.contains(u';'),
+                     qPrintable(expected.value(i) + u" <-> "_s + warning));
+        }
+    }
+    void noteMember() { m_heard->add(u"member"_s); }
     /// Who warns of this, once each, and of a remedy behind it.
     QStringList warned(const QString& reason)
     {

@@ -1,9 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PlatformTest.h"
 
-#include <QtCore/QCryptographicHash>
+#include <vx/platform/zel/Permission.h>
+#include <vx/platform/zel/PermissionValue.h>
 
-/// What profile, contacts and box show and announce, and how changes go out.
+#include <QtCore/QCryptographicHash>
+#include <QtCore/QSet>
+
+template <typename... Values>
+static QString written(const Values&... values)
+{
+    QString text;
+    QDebug stream(&text);
+    (stream << ... << values);
+    return text.trimmed();
+}
+
+/// What profile, contacts and box show and announce, how changes go out, what a slot may do, and what
+/// contacts, items and enumerations are to those who pass them about.
 class TstRecords : public PlatformTest
 {
     Q_OBJECT
@@ -22,26 +36,28 @@ private Q_SLOTS:
         });
         play(u"duplicate listChange; profile showBusy=on statusMessage=out personalMessage=Bye displayName=A; profile "
              "statusMessage 'far out'; profile ppId=other handle=other appVersion=9 clientVersion=9"_s);
-        QCOMPARE(m_heard->lines().filter(u"Updated"_s),
-                 QStringList({u"displayNameUpdated A | A Hello Available here"_s,
-                              u"personalMessageUpdated Bye | A Bye Available here"_s,
-                              u"statusUpdated Busy out | A Bye Busy out"_s,
-                              u"statusUpdated Busy far out | A Bye Busy far out"_s}));
+        QStringList told;
+        for (const QString& line :
+             {u"displayNameUpdated A | A Hello Available here"_s,
+              u"personalMessageUpdated Bye | A Bye Available here"_s, u"statusUpdated Busy out | A Bye Busy out"_s,
+              u"statusUpdated Busy far out | A Bye Busy far out"_s})
+            told += {line, u"profileChanged"_s + line.mid(line.indexOf(u" |"_s))};
+        QCOMPARE(m_heard->take(), told);
+        play(u"picture 100"_s);
+        QCOMPARE(m_heard->lines().value(1), told.last());
         // What never changes is kept.
         const auto kept = [](const UserProfile& p) {
             return words(p.ppId(), p.handle(), p.applicationVersion(), p.zelVersion());
         };
         QCOMPARE(kept(profile), u"my-ppid my-handle 1.2 77"_s);
         QCOMPARE(kept(UserProfile(m_context.get())), u"other other 9 9"_s);
-    }
-
-    void theProfileShowsWhatChangedWhileAccessWasLost()
-    {
-        const UserProfile profile(ready());
-        m_heard->follow(profile, [&] { return profile.displayName(); });
+        // What changes while access is lost is told with the access.
+        m_heard->take();
         play(u"state TemporaryError; profile displayName=Anew; state Success"_s);
-        QCOMPARE(m_heard->lines(), QStringList({u"profileChanged | "_s, u"displayNameUpdated Anew | "_s,
-                                                u"profileChanged | "_s, u"profileChanged | Anew"_s}));
+        const QString none = u" |   Available "_s;
+        QCOMPARE(m_heard->lines(),
+                 QStringList({u"profileChanged"_s + none, u"displayNameUpdated Anew"_s + none,
+                              u"profileChanged"_s + none, u"profileChanged | Anew Bye Busy far out"_s}));
         QCOMPARE(profile.handle(), u"my-handle"_s);
     }
 
@@ -110,7 +126,9 @@ private Q_SLOTS:
         ContactService contacts(ready());
         play(uR"(send listAdd '{"type":"platformUser","elements":[{"userId":"u","handle":"cem"}]}')"_s);
         play(uR"(send listAdd '{"type":"platformContact","elements":[{"userId":"u"}]}')"_s);
+        const auto before = contacts.contacts();
         for (int time = 0; time < 2; ++time) { // as it comes, and when the list is read anew
+            QCOMPARE(contacts.contacts(), before);
             QCOMPARE(all(contacts), u"true true 3 ada=Ada bea=bea cem="_s);
             QVERIFY(contacts.refresh());
         }
@@ -143,7 +161,7 @@ private Q_SLOTS:
         play(u"duplicate listRemove; box add three; box remove item-2; duplicate listAdd; box icon 5 100; "
              "box icon 5 none"_s);
         const auto changed = u"itemUpdated item-2 | 2 12 1"_s;
-        QCOMPARE(m_heard->lines(),
+        QCOMPARE(m_heard->take(),
                  QStringList({changed, changed, u"itemAdded item-3 | 3 123 1"_s, u"itemCountChanged | 3 123 1"_s,
                               u"itemRemoved item-2 | 2 13 1"_s, u"itemCountChanged | 2 13 1"_s,
                               u"iconRegistered 5 | 2 13 2"_s, u"registeredIconsChanged | 2 13 2"_s,
@@ -151,11 +169,123 @@ private Q_SLOTS:
         play(
             uR"(send listChange '{"type":"profileBoxItem","elements":[{"itemId":"item-3","imageId":"no number"}]}')"_s);
         QCOMPARE(shown(box.item(u"item-3"_s)), u"null=false id=item-3 text=three cookie= iconId=0"_s);
+        m_heard->take();
+        play(u"state TemporaryError; state Success"_s);
+        QCOMPARE(m_heard->lines().join(u", "_s), u"itemCountChanged | 0  0, registeredIconsChanged | 0  0, "
+                                                 "itemCountChanged | 2 13 1, registeredIconsChanged | 2 13 1"_s);
         QVERIFY(box.requestRemoveAllItems()); // one by one, in their order
         QCOMPARE(QString::fromUtf8(asked().join()).remove(QRegularExpression(u"\\D"_s)), u"13"_s);
     }
 
+    void valuesWriteThemselves()
+    {
+        QCOMPARE(written(RegistrationState::MaxAppsReached, EcoIdStatus::ContactExists, UserStatus::Busy,
+                         Permission::ProfileUpdatesAllowed, PermissionValue::Denied, ImageType::Png),
+                 u"MaxAppsReached ContactExists Busy ProfileUpdatesAllowed Denied Png"_s);
+        QCOMPARE(written(static_cast<RegistrationState::Type>(99), 1), u"RegistrationState(99) 1"_s);
+        QCOMPARE(written(Contact(), ProfileBoxItem()), u"Contact() ProfileBoxItem()"_s);
+    }
+
+    void imagesSayWhatTheyAre()
+    {
+        const std::pair<QByteArray, ImageType::Type> pictures[] = {
+            {"\xff\xd8\xff\xe0", ImageType::Jpg}, {"\x89PNG\r\n\x1a\n...", ImageType::Png},
+            {"GIF89a", ImageType::Gif},           {"BM1234", ImageType::Bmp},
+            {"\x89PNG", ImageType::Unsupported},  {"", ImageType::Unsupported}};
+        for (const auto& [data, type] : pictures)
+            QCOMPARE(ImageType::ofData(data), type);
+        for (const ImageType::Type type : {ImageType::Jpg, ImageType::Png, ImageType::Gif, ImageType::Bmp}) {
+            QCOMPARE(ImageType::ofFile(u"not/there."_s + ImageType::suffix(type).toUpper()), type);
+            QVERIFY(ImageType::mimeType(type).startsWith("image/"_L1));
+        }
+        QVERIFY(ImageType::mimeType(ImageType::Unsupported).isEmpty() && ImageType::suffix({}).isEmpty());
+        QCOMPARE(ImageType::ofFile(u"x.jp"_s), ImageType::Unsupported);
+    }
+
+    void valuesMoveAndHash()
+    {
+        ContactService contacts(ready());
+        check(contacts.contact(u"ada"_s), u"Contact(\"ada\", \"Ada\", Busy)"_s);
+        check(ProfileBox(m_context.get()).item(u"item-1"_s), u"ProfileBoxItem(\"item-1\", \"one\", icon 7)"_s);
+    }
+
+    void slotsMaySpinAnEventLoopAndDestroyTheObjectThatSignals()
+    {
+        hearInDialogs(&Context::registrationStateUpdated, u"state %1"_s, u"Expired"_s,
+                      u"Pending Expired ZelDisabled"_s);
+        hearInDialogs(&UserProfile::displayNameUpdated, u"profile displayName %1"_s, u"new"_s);
+        hearInDialogs(&UserProfile::personalMessageUpdated, u"profile personalMessage %1"_s, u"new"_s);
+        hearInDialogs(&UserProfile::statusUpdated, u"profile statusMessage %1"_s, u"Available new"_s);
+        const auto picture = u"contact picture ada %1"_s;
+        hearInDialogs(&ContactService::displayPictureUpdated, picture, u"ada Png "_s, u"100 200 300"_s);
+        hearInDialogs(&ContactService::contactUpdated, u"contact change ada displayName=%1"_s);
+        hearInDialogs(&ProfileBox::itemAdded, u"box add %1"_s);
+        hearInDialogs(&ProfileBox::itemUpdated, u"box change item-1 text=%1"_s);
+        const auto ecoId = uR"(send requestEcoIdResponse '{"ppid":"p","ecoId":"%1"}')"_s;
+        hearInDialogs(&Utils::ecoIdUpdated, ecoId, u"p new"_s);
+        hearInDialogs(&Utils::ecoIdUpdated, u"send requestEcoIdResponse {}"_s, u" "_s);
+        const auto status = uR"(send requestEcoIdStatusResponse '{"ecoId":"e","status":"%1"}')"_s;
+        hearInDialogs(&Utils::ecoIdStatusUpdated, status, u"e ContactExists"_s, u"Unknown ContactExists Unknown"_s);
+        const auto noWord = u"ContactExists PendingContactInviteExists Unknown"_s; // but an enumerator
+        hearInDialogs(&Utils::ecoIdStatusUpdated, status, u"e Unknown"_s, noWord);
+    }
+
 private:
+    // A dialog in a slot of the first object, in which there are other news: the second hears no more of the old ones,
+    // which shows in how its news read. The last news end the first. They stand for %1 in the command.
+    template <class Public, typename... Arguments>
+    void hearInDialogs(void (Public::*signal)(Arguments...), const QString& command, const QString& told = {},
+                       const QString& allNews = u"old new newest"_s)
+    {
+        ready();
+        const QStringList news = allNews.split(u' ');
+        const auto make = [this] {
+            if constexpr (std::is_same_v<Public, Context>)
+                return std::make_unique<Context>(m_uuid);
+            else
+                return std::make_unique<Public>(m_context.get());
+        };
+        auto first = make();
+        const auto second = make();
+        QStringList heard;
+        connect(second.get(), signal, this, [&](const Arguments&... values) { heard.append(words(values...)); });
+        const auto announce = [&](const QString& what) {
+            QVERIFY(m_service->execute(QString(command).replace(u"%1"_s, what)));
+        };
+        const auto dialog = [&] {
+            announce(news[1]);
+            QTRY_COMPARE(heard.size(), 1);
+        };
+        connect(first.get(), signal, first.get(), dialog, Qt::SingleShotConnection);
+        announce(news[0]);
+        QTRY_COMPARE(heard.size(), 2);
+        QVERIFY2(heard.filter(told).size() == 2 && (told.isEmpty() || heard[0] == heard[1]),
+                 qPrintable(heard.join(u'|')));
+
+        connect(
+            first.get(), signal, first.get(), [&] { first.reset(); }, Qt::SingleShotConnection);
+        announce(news[2]);
+        QTRY_COMPARE(heard.size(), 3);
+        QVERIFY(!first);
+    }
+
+    template <typename Value>
+    void check(const Value& value, const QString& text)
+    {
+        static_assert(std::is_nothrow_default_constructible_v<Value> && std::is_nothrow_move_constructible_v<Value> &&
+                      std::is_nothrow_move_assignable_v<Value> && std::is_nothrow_swappable_v<Value>);
+        QCOMPARE(written(value), text);
+        QVERIFY(!value.isNull() && value != Value());
+        Value from = value;
+        Value to = std::move(from);
+        QVERIFY(from.isNull() && from == Value()); // NOLINT(bugprone-use-after-move): that is what is promised
+        QCOMPARE(to, value);
+        swap(from, to);
+        QVERIFY(to.isNull());
+        to = std::move(from);
+        QCOMPARE(to, value);
+        QCOMPARE(QSet<Value>({value, to, Value(), Value()}).size(), 2);
+    }
     static QString all(const ContactService& contacts)
     {
         QStringList all{words(contacts.isValid(), contacts.isComplete(), contacts.contactCount())};

@@ -1,14 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-namespace vx::system {
-
-class InvokeRequest;
-
-class InvokeManager
-{
-public:
-    bool invoke(const InvokeRequest& request);
-};
-
-} // namespace vx::system
+#include "../../../../../device/public_headers/vx/system/InvokeManager.h"
