@@ -79,11 +79,9 @@ public:
         inject(form);
     }
 
-    /// What was sent and not taken yet, exactly as written, first to last.
-    const QList<QByteArray>& sent() const { return m_sent; }
     int sentCount() const { return int(m_sent.size()); }
     void clearSent() { m_sent.clear(); }
-    /// Takes the first text; empty when there is none.
+    /// Takes the first text that was sent and not taken yet, exactly as written; empty when there is none.
     QByteArray takeSent() { return m_sent.isEmpty() ? QByteArray() : m_sent.takeFirst(); }
 
     /// Takes everything, each text as its name and its values in their order: "requestUserAvatar me p1". A request for

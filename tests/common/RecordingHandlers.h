@@ -122,6 +122,3 @@ struct RecordingHandler final : zelsplib::RegistrationHandler
 private:
     static QString data(const Image& image) { return QString::fromLatin1(image.getImage()->getData()); }
 };
-
-/// The facade's side of the managers.
-using RecordingGates = RecordingHandler;

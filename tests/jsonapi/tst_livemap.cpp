@@ -26,10 +26,9 @@ private Q_SLOTS:
         turn();
         const QByteArray cookie = QByteArray::number(qint32(quintptr(f.map.data())));
         f.map->requestListElements({u"k"_s}, QString());
-        QCOMPARE(f.pipe->sent(),
-                 QByteArrayList({R"({"requestListElements":{"cookie":")" + cookie +
-                                     R"(","elements":[{"id":"b"},{"id":"a"}],"type":"notes"}})",
-                                 R"({"requestListElements":{"elements":[{"id":"k"}],"type":"notes"}})"}));
+        QCOMPARE(f.pipe->takeSent(), R"({"requestListElements":{"cookie":")" + cookie +
+                                         R"(","elements":[{"id":"b"},{"id":"a"}],"type":"notes"}})");
+        QCOMPARE(f.pipe->takeSent(), R"({"requestListElements":{"elements":[{"id":"k"}],"type":"notes"}})");
     }
 
     // And tells everybody, whoever throws. What the answer leaves out is settled by its end alone.

@@ -53,6 +53,7 @@ const std::pair<const char*, const char*> dialogues[] = {
         B> register loud -> listChange "Pending"; listChange "Success"
         A. listChange
         $ registration manual
+        $ registration => ^manual
         A> register loud -> listChange "Pending"
         A> register silent
         A.
@@ -87,7 +88,8 @@ const std::pair<const char*, const char*> dialogues[] = {
         A< listChange "new" hash[500]
         A> change {"avatarId":"hash[501]"} -> requestNewAvatarImage hash[501]
         A> stream {"id":"hash[501]","value":"***","last":true} -> profileChangeResponse "Failure"
-        A> change {"avatarId":"","avatarMimeType":"image/gif"} -> profileChangeResponse "Success"; listChange "avatarId":""
+        A> change {"avatarId":"","avatarMimeType":"image/gif"} -> profileChangeResponse "Success"
+        A< listChange "avatarId":"" -gif
         A> change {"avatarId":"hash[500]","avatarMimeType":"image/gif"} -> profileChangeResponse "Success"
         A. listChange)"}, // known by now, it is not asked for again
     {"lets an item wait for an icon that is on its way", R"(
@@ -181,6 +183,8 @@ const std::pair<const char*, const char*> dialogues[] = {
         A< listChange "other"
         A> createProfileBoxItem {"text":"mine, too","cookie":""} -> listAdd "item-2"
         $ app 1 box => other => items: 2
+        $ app 1 box clear
+        A< listRemove item-1; listRemove item-2
         $ box => items: 0
         $ box add common
         B< listAdd "common"
@@ -258,6 +262,8 @@ private Q_SLOTS:
     {
         QList<zelcore::WireRecord> passed;
         connect(m_simulator.get(), &Simulator::recordPassed, this, [&](const auto& record) { passed.append(record); });
+        QStringList sent; // before faults
+        connect(m_simulator.get(), &Simulator::messageSent, this, [&](int, const QString& type) { sent.append(type); });
         QVERIFY(play(R"(
             A> register silent -> listChange "Success"
             $ drop
@@ -271,6 +277,7 @@ private Q_SLOTS:
             $ raw "@platform\n")"));
         RawApplication& a = application('A');
         QTRY_COMPARE(a.unreadable, 4);
+        QCOMPARE(sent.join(u' '), u"listChange lost first second third"_s);
         QCOMPARE(a.records.mid(1),
                  QByteArrayList({"@platform\ndat:json:{\"first\":{\"",
                                  "@platform\ndat:json:{\"se#######################", "@", "@platform\n"}));

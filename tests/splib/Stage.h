@@ -33,7 +33,7 @@ struct Stage
     QSharedPointer<zel::ListApiMultiplexer> multiplexer = QSharedPointer<zel::ListApiMultiplexer>::create(pipe);
     QSharedPointer<zel::JsonStream> stream = QSharedPointer<zel::JsonStream>::create(pipe);
     EventLog log;
-    RecordingGates gates;
+    RecordingHandler gates; ///< the facade's side of the managers
     const SlogCapture slog{5};
 
     /// What may happen, by its name; what else is said of it goes to the function. Each manager has more of them.
