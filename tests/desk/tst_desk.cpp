@@ -2,7 +2,7 @@
 #include <Desk.h>
 #include <Simulation.h>
 
-#include <common/SeededRandom.h>
+#include <common/Random.h>
 #include <common/WireText.h>
 #include <simulator/ServiceTest.h>
 

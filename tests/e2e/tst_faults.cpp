@@ -2,7 +2,7 @@
 #include <common/BothSides.h>
 #include <common/FakeClock.h>
 #include <common/Heard.h>
-#include <common/SeededRandom.h>
+#include <common/Random.h>
 #include <common/SlogCapture.h>
 #include <common/TestMain.h>
 

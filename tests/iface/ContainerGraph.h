@@ -3,7 +3,7 @@
 
 #include "Containers.h"
 
-#include <common/Choices.h>
+#include <common/Random.h>
 
 #include <iface/RunUntilTrue.h>
 

@@ -3,7 +3,7 @@
 
 #include "Containers.h"
 
-#include <common/SeededRandom.h>
+#include <common/Random.h>
 #include <common/TestMain.h>
 
 #include <iface/ObserverFunctorAdapter.h>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ContainerGraph.h"
 
-#include <common/SeededRandom.h>
+#include <common/Random.h>
 #include <common/TestMain.h>
 
 class TstContainerGraphs : public QObject

@@ -3,7 +3,7 @@
 
 #include "Note.h"
 
-#include <common/Choices.h>
+#include <common/Random.h>
 #include <common/FailingAllocations.h>
 #include <common/FakeClock.h>
 #include <common/FakePipe.h>

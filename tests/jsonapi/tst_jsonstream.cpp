@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <common/FakePipe.h>
-#include <common/SeededRandom.h>
+#include <common/Random.h>
 #include <common/TestMain.h>
 #include <zel/JsonStream.h>
 

@@ -4,7 +4,7 @@
 #include <common/FailingAllocations.h>
 #include <common/FakeClock.h>
 #include <common/FakePipe.h>
-#include <common/SeededRandom.h>
+#include <common/Random.h>
 #include <common/TestMain.h>
 #include <iface/ListMirror.h>
 #include <iface/Logging.h>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <common/SeededRandom.h>
+#include <common/Random.h>
 #include <common/TestMain.h>
 
 #include <vx/platform/zel/ContactFilterModel.h>

@@ -323,6 +323,21 @@ private Q_SLOTS:
         QVERIFY(a.records.size() <= 1 + 1 + 2 * a.records.join().size() / 65536);
     }
 
+    void keepsSoMuchOfWhatIsAnnouncedAndNeverComes()
+    {
+        const auto announced = [](int icon) {
+            return "A> createProfileBoxImage {\"imageId\":\"" + QByteArray::number(icon) +
+                   "\",\"imageHash\":\"hash[9]\"}\n"
+                   "A> createProfileBoxItem {\"text\":\"a\",\"cookie\":\"\",\"imageId\":\"0\"}\n";
+        };
+        QByteArray dialogue;
+        for (int icon = 0; icon < 32; ++icon)
+            dialogue += announced(icon);
+        dialogue +=
+            "! 0\n" + announced(32) + "A> change {\"avatarId\":\"hash[500]\"} -> profileChangeResponse \"Failure\"";
+        QVERIFY(play(dialogue + "\n! 3"));
+    }
+
     void livesAtTheRateAskedFor()
     {
         QVERIFY(play("$ rate 1000 installs")); // where there is nobody, somebody comes
@@ -367,6 +382,7 @@ private Q_SLOTS:
     {
         const QString root = m_simulator->root();
         const QString socket = root + u"/services/zelcore/platform"_s;
+        const QSignalSpy away(m_simulator.get(), &Simulator::awayChanged);
         m_simulator->goAway();
         QTRY_VERIFY(application('A').closed);
         QVERIFY(m_simulator->isRunning() && !QFileInfo::exists(socket));
@@ -376,8 +392,8 @@ private Q_SLOTS:
         QString error;
         QVERIFY(!second.start(&error) && !error.isEmpty());
         QVERIFY(application('I').connectTo(root, "/services/invocation/sys.zel.chathandler"));
-        QVERIFY(play("$ target sys.zel.chathandler missing"));
-        QVERIFY(!application('I').connectTo(root, "/services/invocation/sys.zel.chathandler"));
+        QVERIFY(play("$ target sys.zel.chathandler refuses\n$ target sys.zel.chathandler missing"));
+        QVERIFY(!QFileInfo::exists(root + u"/services/invocation/sys.zel.chathandler"_s));
         QVERIFY(m_simulator->comeBack() && m_simulator->comeBack() && QFileInfo::exists(socket));
         m_simulator->stop();
         QVERIFY(play("$ away") && !m_simulator->isRunning() && !m_simulator->isAway() && !m_simulator->comeBack());
@@ -390,6 +406,7 @@ private Q_SLOTS:
         QVERIFY(!second.start(&error) && QDir().rmdir(inTheWay) && second.start(&error));
         QVERIFY(play("$ away 1"));
         QTRY_VERIFY(!m_simulator->isAway() && m_refused->isEmpty());
+        QCOMPARE(away.size(), 4);
         // Its own folder goes with it, and nobody hears any more.
         const QSignalSpy running(m_simulator.get(), &Simulator::runningChanged);
         m_simulator.reset();

@@ -3,7 +3,7 @@
 
 #include "Stage.h"
 
-#include <common/SeededRandom.h>
+#include <common/Random.h>
 #include <iface/Round.h>
 #include <splib/channel/StreamRequests.h>
 
