@@ -6,7 +6,6 @@
 #include <device/Decoder.h>
 #include <device/Encoder.h>
 
-#include <QtCore/QDeadlineTimer>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
@@ -446,17 +445,15 @@ private Q_SLOTS:
         }
     }
 
-    // Into each element and out again, in n steps and not in n².
+    // Into each element and out again, in n steps: in n² it would not end before its time is up.
     void readsALongListInTurnWithoutBeginningAnew()
     {
-        constexpr int count = 200000;
+        constexpr int count = 1000000;
         Decoder d("dat:json:[" + QByteArray("{\"a\":1,\"b\":2},").repeated(count) + "0]");
         QVERIFY(d.enter("dat"));
         const uintptr_t list = d.position();
-        const QDeadlineTimer patience(10000);
-        for (int i = 0; i < count && !patience.hasExpired(); ++i)
+        for (int i = 0; i < count; ++i)
             QVERIFY(d.moveTo(i) && d.enter(nullptr) && d.integer("b") == 2 && d.restore(list));
-        QVERIFY(!patience.hasExpired());
     }
 
     void isWrittenAndReadWholeOrNotAtAllWithoutMemory()

@@ -18,7 +18,10 @@ using iface::ObservableTracker;
 
 namespace {
 
-constexpr auto turn = [] { QCoreApplication::sendPostedEvents(); };
+void turn()
+{
+    QCoreApplication::sendPostedEvents();
+}
 
 // Knows who observes it, in a way of its own.
 class ForeignObservable : public iface::Observable
