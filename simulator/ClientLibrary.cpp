@@ -26,14 +26,12 @@ Function find(const char* name)
     return reinterpret_cast<Function>(symbol);
 }
 
-/// Null when the process is not connected.
+/// Null when the process has not looked for a service.
 QString connectedRoot()
 {
     const auto root = find<const char* (*)()>("zel_platform_root");
     const char* const folder = root ? root() : nullptr;
-    if (!folder)
-        return {};
-    return *folder ? QFile::decodeName(folder) : u"/pps"_s;
+    return folder ? QFile::decodeName(folder) : QString();
 }
 
 } // namespace

@@ -6,8 +6,8 @@
 // For a simulated service in the process of the application, which must not link the library and so finds these by
 // name. Applications have no use for them.
 
-/// The folder that stood for the service when this process connected to it, as PPS_ROOT had it; null when the process
-/// is not connected and has not tried to be.
+/// The folder of objects in which this process looked for the service, "/pps" where PPS_ROOT does not move it; null
+/// when it has not looked yet.
 extern "C" ZEL_EXPORT const char* zel_platform_root()
 {
     return vx::platform::zel::ServiceBridge::root();

@@ -85,7 +85,7 @@ bool ServiceBridge::letGo()
 const char* ServiceBridge::root()
 {
     const QMutexLocker locker(&contextEventHandlerMutex);
-    return _pinstance ? _pinstance->m_root.constData() : nullptr;
+    return _pinstance ? _pinstance->m_root.c_str() : nullptr;
 }
 
 ServiceBridge::ServiceBridge(QObject* parent)
@@ -126,12 +126,10 @@ ServiceBridge::ServiceBridge(QObject* parent)
 /// The reason is in the system log, which few look into first; a developer has to learn it here.
 void ServiceBridge::warnThatThereIsNoService() const
 {
-    QString path = Services::objectPath();
-    if (!qEnvironmentVariableIsEmpty("PPS_ROOT"))
-        path.replace(0, qstrlen("/pps"), qEnvironmentVariable("PPS_ROOT"));
+    const std::string path = device::resolveObjectPath(Services::objectPath().toStdString());
     const int error = m_services->initializationError();
     const bool isAbsent = error == ENOENT || error == ENOTDIR || error == ECONNREFUSED;
-    qCWarning(lcPlatform, "cannot open %ls: %ls%s", qUtf16Printable(path), qUtf16Printable(qt_error_string(error)),
+    qCWarning(lcPlatform, "cannot open %s: %ls%s", path.c_str(), qUtf16Printable(qt_error_string(error)),
               isAbsent ? "; start the core service, or a simulated one and set PPS_ROOT to its folder, before the "
                          "application"
                        : "");

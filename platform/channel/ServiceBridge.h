@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <device/Object.h>
 #include <platform/channel/Services.h>
 #include <vx/platform/zel/RegistrationState.h>
 
@@ -8,6 +9,7 @@
 #include <QtCore/QObject>
 
 #include <memory>
+#include <string>
 
 namespace vx::platform::zel {
 
@@ -40,7 +42,7 @@ public:
     /// Forgets the service and everything that it said. False, with nothing done, while hold() is in force, while a
     /// message is being handed out and on any thread but the bridge's. True as well when there is nothing to forget.
     static bool letGo();
-    /// The value of PPS_ROOT with which the process's bridge was made; null when there is no bridge.
+    /// The folder in which the process's bridge found objects when it was made; null when there is no bridge.
     static const char* root();
 
     explicit ServiceBridge(QObject* parent);
@@ -64,7 +66,7 @@ private:
     void warnThatThereIsNoService() const;
     void introduceToEventHandlers();
 
-    const QByteArray m_root = qgetenv("PPS_ROOT");
+    const std::string m_root = device::resolveObjectPath("/pps");
     const std::shared_ptr<const void> m_hold = std::make_shared<char>();
     int m_dispatching = 0; ///< messages that are being handed out, one within the other
     bool m_initialized = false;

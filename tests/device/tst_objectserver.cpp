@@ -70,6 +70,12 @@ private Q_SLOTS:
             QVERIFY(Client(m_path).descriptor != -1);
         }
         QVERIFY(QFile::remove(m_path + u"-moved"_s));
+        const QString elsewhere = m_folder->filePath(u"elsewhere"_s);
+        QVERIFY(QFile::link(elsewhere, m_path)); // whoever laid this wants a socket there, or the one there gone
+        QVERIFY(refused(m_path, u"no socket"_s) && !QFile::exists(elsewhere));
+        RawServer stale(elsewhere);
+        stale.stop();
+        QVERIFY(refused(m_path, u"no socket"_s) && QFile::exists(elsewhere) && QFile::remove(m_path));
         QVERIFY(QFile(m_path).open(QIODevice::WriteOnly)); // a file
         QVERIFY(refused(m_path, u"no socket"_s));
         QVERIFY(refused(u"/proc"_s, u"no socket"_s));

@@ -6,6 +6,9 @@
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QTemporaryDir>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 using zelcore::Simulator;
 
 namespace {
@@ -93,7 +96,9 @@ private Q_SLOTS:
     {
         const QString socket = m_simulator->root() + u"/services/zelcore/platform"_s;
         m_simulator->stop();
-        QVERIFY(run("contacts", 1, "zelctl: There is no core service at " + socket.toUtf8()).isEmpty());
+        QVERIFY(run("contacts", 1, "zelctl: There is no core service at " + socket.toUtf8() + ". Start").isEmpty());
+        Program far(zelctl, u'/' + QString(300, u'x'));
+        QVERIFY(far.run({u"state"_s}) == 1 && far.diagnostics().contains("/platform (File name too long). Start"));
         QVERIFY2(!m_diagnostics.contains("zel.platform"), "it is said once");
         QVERIFY(run("state", 1).value(0).contains("\"BlockedByUser\""));
         QVERIFY(run("watch", 1, socket.toUtf8()).isEmpty());
@@ -113,6 +118,22 @@ private Q_SLOTS:
                  "{ready:true,registrationState:BlockedByUser,accessAllowed:false,zelSetup:false,platformVersion:200} "
                  "{register,ok:false} {contacts,valid:false,complete:false,count:0,contacts:[]} {box-add,ok:false} "
                  "{help,text:register [--silent]\\n  register the application\\n  for example: register}");
+    }
+
+    void asksNoEnvironmentWhenItMayMoreThanWhoRunsIt()
+    {
+        const QString privileged = m_folder.filePath(u"zelctl"_s);
+        QVERIFY(QFile::copy(zelctl, privileged));
+        const QByteArray path = QFile::encodeName(privileged);
+        if (::chown(path, uid_t(-1), 65534) != 0 || ::chmod(path, 02755) != 0)
+            QSKIP("only root can give a program another group");
+        Program process(privileged, m_simulator->root());
+        QProcessEnvironment environment = process.process.processEnvironment();
+        environment.insert(u"ZEL_SLOG"_s, u"stderr"_s);
+        environment.insert(u"ASAN_OPTIONS"_s, u"detect_leaks=0"_s); // nobody may look into such a process
+        process.process.setProcessEnvironment(environment);
+        QCOMPARE(process.run({u"contacts"_s}), 1);
+        QVERIFY(process.diagnostics().startsWith("zelctl: There is no core service at /pps/"));
     }
 
     void tellsWhatBecomesOfIt()

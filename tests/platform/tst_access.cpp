@@ -6,6 +6,8 @@
 
 #include <QtCore/QLoggingCategory>
 
+#include <unistd.h>
+
 namespace {
 
 // What a public object answers beside its properties, requests included.
@@ -118,6 +120,25 @@ private Q_SLOTS:
         QVERIFY(!Context({}).requestRegisterApplication()); // an application's own mistake is told all the same
         QCOMPARE(m_heard->take(), QStringList(u"registrationStateUpdated InvalidUuid"_s));
         QCOMPARE(Objects(&context).working(), nobody);
+    }
+
+    void saysWhyItCannotOpenItsObject()
+    {
+        const auto warning = [](const QByteArray& root) {
+            qputenv("PPS_ROOT", root);
+            if (Context(QUuid::createUuid()).registrationState() != RegistrationState::BlockedByUser)
+                return u"it did"_s;
+            return ServiceBridge::letGo() ? takeWarnings().join(u'|').section(u": "_s, 1) : u"it stays"_s;
+        };
+        // Another user's, too deep, with a name that is too long, and nonsense.
+        const QByteArray own = qgetenv("PPS_ROOT");
+        QVERIFY(QFile::setPermissions(m_service->root(), {}));
+        const bool isRoot = ::geteuid() == 0 && ::seteuid(65534) == 0; // nothing is forbidden to root
+        const QStringList warnings{warning(own), warning(QByteArray("/x").repeated(2500)),
+                                   warning('/' + QByteArray(300, 'x')), warning("n\xf6\n").section(u';', 0, 0)};
+        QVERIFY(!isRoot || ::seteuid(0) == 0);
+        QCOMPARE(warnings, QStringList({u"Permission denied"_s, u"File name too long"_s, u"File name too long"_s,
+                                        u"No such file or directory"_s}));
     }
 
     void comesAndGoesWithTheRegistration()

@@ -79,7 +79,10 @@ protected Q_SLOTS:
 private Q_SLOTS:
     void replaysSoThatARecordingOfItIsTheSame()
     {
+        QVERIFY(QFile::link(path(u"elsewhere"_s), path(u"1"_s)) && !m_simulator->record(path(u"1"_s)));
+        QVERIFY(!QFile::exists(path(u"elsewhere"_s)) && QFile::remove(path(u"1"_s)));
         recordSession(1, true);
+        QVERIFY(!(QFileInfo(path(u"1"_s)).permissions() & QFile::Permissions::fromInt(0x77))); // for the user alone
         for (const auto pace : {Simulator::ReplayPace::AtOnce, Simulator::ReplayPace::AsThen}) {
             const int number = pace == Simulator::ReplayPace::AtOnce ? 2 : 3;
             begin();

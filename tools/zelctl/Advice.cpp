@@ -3,6 +3,12 @@
 
 #include "Record.h"
 
+#include <QtCore/QFile>
+
+#include <cerrno>
+#include <cstdlib>
+#include <unistd.h>
+
 using namespace vx::platform::zel;
 using namespace Qt::StringLiterals;
 
@@ -49,10 +55,11 @@ QString whyNotRegistered(RegistrationState::Type state)
 
 QString whyNoService()
 {
-    const QString object = u"services/zelcore/platform"_s;
-    const QString root = qEnvironmentVariable("PPS_ROOT");
-    return u"There is no core service at %1. Start zelcore-sim and set PPS_ROOT as it says, or use zelctl --simulate."_s
-        .arg((root.isEmpty() ? u"/pps"_s : root) + u'/' + object);
+    const QByteArray root = ::secure_getenv("PPS_ROOT");
+    const QByteArray object = (root.isEmpty() ? "/pps" : root) + "/services/zelcore/platform";
+    const bool isAbsent = ::access(object, F_OK) == 0 || errno == ENOENT || errno == ENOTDIR;
+    return u"There is no core service at %1%2. Start zelcore-sim and set PPS_ROOT as it says, or use zelctl --simulate."_s
+        .arg(QFile::decodeName(object), isAbsent ? QString() : " ("_L1 + qt_error_string() + u')');
 }
 
 } // namespace zelctl

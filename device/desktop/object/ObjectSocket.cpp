@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ObjectSocket.h"
 
-#include <cstdlib>
 #include <cstring>
 
 #include <fcntl.h>
@@ -16,20 +15,7 @@ namespace {
 // changed it.
 constexpr int askedBuffer = 208 * 1024;
 
-bool isBelowPps(const std::string& path)
-{
-    return path.compare(0, 4, "/pps") == 0 && (path.size() == 4 || path[4] == '/');
-}
-
 } // namespace
-
-std::string resolveObjectPath(const std::string& path)
-{
-    const char* const root = ::secure_getenv("PPS_ROOT");
-    if (!root || !*root || !isBelowPps(path))
-        return path;
-    return root + path.substr(4);
-}
 
 bool SocketAddress::set(const std::string& path)
 {

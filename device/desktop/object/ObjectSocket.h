@@ -11,9 +11,6 @@
 
 namespace device {
 
-// Where an object's path leads: below PPS_ROOT for "/pps" and what is below it.
-std::string resolveObjectPath(const std::string& path);
-
 // A socket address for a path of any length. A path that is too long for one goes by way of a descriptor, which lives
 // as long as this.
 class SocketAddress

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <pps/object.h>
 
+#include <device/Object.h>
+
 #include "ObjectSocket.h"
 #include "Relay.h"
 

@@ -3,6 +3,7 @@
 
 #include <device/Encoder.h>
 #include <device/Log.h>
+#include <device/Object.h>
 #include <slog/slog.h>
 #include <vx/system/InvokeRequest.h>
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <vx/system/ObjectServer.h>
 
+#include <device/Object.h>
+
 #include "../../object/ListeningSocket.h"
 #include "../../object/ObjectSocket.h"
 
