@@ -6,17 +6,19 @@
 //   soak applications [N]   N applications (50) of one service; each sees each of 1,000 changes
 //   soak contacts [N]       a list of N contacts (200,000), and one of a tenth of that
 //   soak slow [N]           N messages (100,000), with a slot that takes a second now and then
+//   soak hostile [N]        N records (10) of 60,000 bytes of each kind that makes an application keep something
 #include "contacts/CoreProcess.h"
 #include "contacts/Memory.h"
 #include "soak/Follower.h"
 #include "soak/Sender.h"
 #include "soak/Usage.h"
 
-#include <zelcore/Simulator.h>
+#include <zelcore/TestService.h>
 
 #include <QtCore/QByteArrayList>
 #include <QtCore/QCoreApplication>
 #include <QtCore/QElapsedTimer>
+#include <QtCore/QLoggingCategory>
 #include <QtCore/QThread>
 
 #include <cmath>
@@ -293,6 +295,63 @@ int slow(int count)
                    "application");
 }
 
+/// What a service that means harm can make an application keep: of each kind as many elements as fit into a record,
+/// which are never taken back, a list and pictures that never end, and news of nothing.
+int hostile(int count)
+{
+    struct Form
+    {
+        const char* name;
+        int records; ///< for each of what is asked for
+        const char* message;
+        QByteArray begin;
+        QByteArray element; ///< with % for a number
+        QByteArray end;
+    };
+    const QByteArray items = R"({"type":"profileBoxItem","last":false,"elements":[)";
+    const Form forms[] = {
+        {"contacts", 1, "listAdd", R"({"type":"platformContact","elements":[)", R"({"userId":"%"},)", "{}]}"},
+        {"records", 1, "listAdd", R"({"type":"platformUser","elements":[)", R"({"userId":"%","handle":"%"},)", "{}]}"},
+        {"items", 1, "listAdd", items, R"({"itemId":"%"},)", "{}]}"},
+        {"icons", 1, "listAdd", R"({"type":"profileBoxImage","elements":[)", R"({"imageId":"%"},)", "{}]}"},
+        {"a list without end", 1, "listChunk", items, R"({"itemId":"more%"},)", "{}]}"},
+        {"a picture without end", 1, "stream", R"({"id":"long","value":")", "QUJD", "\"}"},
+        {"pictures without end", 100, "stream", R"({"id":"%","value":"QUJD"})", {}, {}},
+        {"news of nothing", 1, "unheardOf", R"({"elements":[)", R"({"x":"%"},)", "{}]}"},
+    };
+    QLoggingCategory::setFilterRules(u"zelcore.warning=false"_s); // it has nothing more of those whom it lists
+    zelcore::TestService service;
+    service.generateContacts(1, 1);
+    const QString change = u"contact change %1 personalMessage=%2"_s.arg(service.contacts().first().handle);
+    Follower follower(application);
+    follower.load(1);
+    int passed = 0;
+    double most = 0;
+    std::printf("hostile: %d records of 60,000 bytes; bytes kept for each that was sent:", count);
+    for (const Form& form : forms) {
+        const double before = Memory::now().inUse;
+        double sent = 0;
+        const auto send = [&](const char* message, const QByteArray& body) {
+            sent += double(qstrlen(message) + size_t(body.size()));
+            service.execute(u"send %1 '%2'"_s.arg(QLatin1String(message), QString::fromLatin1(body)));
+        };
+        if (qstrcmp(form.message, "listChunk") == 0)
+            send("listAll", items + "{}]}");
+        for (int record = 0, number = 0; record < count * form.records; ++record) {
+            QByteArray body = QByteArray(form.begin).replace('%', QByteArray::number(record));
+            while (!form.element.isEmpty() && body.size() < 60000)
+                body += QByteArray(form.element).replace('%', QByteArray::number(++number, 36));
+            send(form.message, body + form.end);
+        }
+        service.execute(change.arg(++passed));
+        follower.follow(1, [](int) {});
+        const double kept = (Memory::now().inUse - before) / sent;
+        most = std::fmax(most, kept);
+        std::printf("%s %s %.1f", &form == std::begin(forms) ? "" : ",", form.name, kept);
+    }
+    return verdict(most < 50, "under 50");
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -310,6 +369,8 @@ int main(int argc, char** argv)
         return contacts(orElse(200000));
     if (what == "slow"_L1)
         return slow(orElse(100000));
+    if (what == "hostile"_L1)
+        return hostile(orElse(10));
     // What the others start.
     if (what == "serve"_L1)
         return Sender::serve(words.value(1), count);
@@ -317,6 +378,6 @@ int main(int argc, char** argv)
         return beOneOfMany(words.value(1).toInt(), count);
     if (what == "list"_L1)
         return list(count);
-    std::fprintf(stderr, "usage: soak messages|applications|contacts|slow [N]\n");
+    std::fprintf(stderr, "usage: soak messages|applications|contacts|slow|hostile [N]\n");
     return 2;
 }

@@ -16,7 +16,7 @@ if(ZEL_SANITIZE)
     target_link_options(zel_options INTERFACE -fsanitize=${ZEL_SANITIZE})
 endif()
 # What an attacker who finds a fault in the code would have to get round: scripts/check-hardening sees to it that it is
-# there. Guarded stacks and jumps cost 4 % of what a contact takes, so they are for packages.
+# there. Guarded stacks and jumps cost 7 % of the instructions that a contact takes.
 include(CheckCXXCompilerFlag)
 include(CheckPIESupported)
 check_pie_supported()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <splib/channel/PPSManager.h>
 
+#include <common/FailingAllocations.h>
 #include <common/SlogCapture.h>
 #include <common/TestMain.h>
 
@@ -22,6 +23,32 @@ class TstPPSManager : public QObject
     zelsplib::PPSManager manager{path, u"platform"_s, u"zel"_s};
 
 private Q_SLOTS:
+    void carriesARecordWholeOrNotAtAllWithoutMemory()
+    {
+        const QSignalSpy records(&server, &vx::system::ObjectServer::recordReceived);
+        const QString text = u"{\"m\":{\"a\":\"%1\"}}"_s.arg(QString(300, u'x'));
+        const QByteArray record = "@platform\ndat:json:" + text.toUtf8() + '\n';
+        int heard = 0;
+        manager.addListener(this, u"m"_s, [&](QObject*, iface::JsonReaderAttribute message) {
+            QString value;
+            heard += message.object().readString("a", value) && value.size() == 300 ? 1 : 1000;
+        });
+        const auto carry = [&](int& dispatched) {
+            manager.send(text);
+            manager.dispatchMessageReceived(record);
+            ++dispatched;
+        };
+        int whole = 0;
+        const auto check = [&](int dispatched) { whole += dispatched; };
+        QVERIFY(failing::eachInTurn([] { return std::make_unique<int>(0); }, carry, check) > 1);
+        manager.removeListeners(this);
+        QCOMPARE(heard, whole);
+        manager.send(u"end"_s);
+        QTRY_VERIFY(!records.isEmpty() && records.last()[1].toByteArray().endsWith("json:end\n"));
+        for (const QList<QVariant>& each : records.first(records.size() - 1))
+            QCOMPARE(each[1].toByteArray(), "msg::zel\ndat:json:" + text.toUtf8() + '\n');
+    }
+
     void writesOneRecordAMessageAndLogsBothDirections()
     {
         QSignalSpy records(&server, &vx::system::ObjectServer::recordReceived);
