@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QtCore/QByteArrayView>
+#include <QtCore/QByteArray>
 #include <QtCore/QRandomGenerator>
 
 #include <optional>
@@ -22,14 +22,8 @@ inline QRandomGenerator seededRandom()
 class Choices
 {
 public:
-    explicit Choices(quint32 seed)
-        : m_random(seed)
-    {
-    }
-    explicit Choices(QByteArrayView input)
-        : m_input(input)
-    {
-    }
+    explicit Choices(quint32 seed) { m_random = QRandomGenerator(seed); }
+    explicit Choices(QByteArrayView input) { m_input = input; }
 
     /// A number from 0 to below \a end, which is positive.
     int bounded(int end)

@@ -15,14 +15,8 @@
 class RawEnd
 {
 public:
-    explicit RawEnd(int opened = -1)
-        : descriptor(opened)
-    {
-    }
-    explicit RawEnd(const QString& path)
-        : RawEnd(connectTo(path))
-    {
-    }
+    explicit RawEnd(int opened = -1) { descriptor = opened; }
+    explicit RawEnd(const QString& path) { descriptor = connectTo(path); }
     ~RawEnd() { close(); }
     Q_DISABLE_COPY(RawEnd)
 

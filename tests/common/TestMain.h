@@ -3,6 +3,14 @@
 
 #include <QtTest/QTest>
 
+using namespace Qt::StringLiterals;
+
+/// Runs what has been posted.
+inline void turn()
+{
+    QCoreApplication::sendPostedEvents();
+}
+
 /// A floor's test classes are one program, since linking is most of what a test build takes. The process still runs one
 /// class alone, because the bridge to the service is one for a process:
 ///

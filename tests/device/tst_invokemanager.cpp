@@ -8,10 +8,8 @@
 #include <vx/system/ObjectServer.h>
 
 #include <QtCore/QDeadlineTimer>
-#include <QtCore/QTemporaryDir>
 #include <QtTest/QSignalSpy>
 
-using namespace Qt::StringLiterals;
 using namespace vx::system;
 
 class TstInvokeManager : public QObject

@@ -6,10 +6,8 @@
 #include <pps/object.h>
 #include <vx/system/ObjectServer.h>
 
-#include <QtCore/QDir>
 #include <QtCore/QElapsedTimer>
 #include <QtTest/QSignalSpy>
-#include <QtCore/QTemporaryDir>
 
 #include <cerrno>
 #include <csignal>
@@ -19,8 +17,6 @@
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
-
-using namespace Qt::StringLiterals;
 
 using vx::system::ObjectServer;
 
@@ -274,9 +270,13 @@ private Q_SLOTS:
     void aChildOfTheProcessHasNoPartInIt()
     {
         Served served;
+        QVERIFY(served.server.send("for the parent"));
+        QTRY_VERIFY(served.object.isReadable());
         const pid_t child = ::fork();
         if (child == 0) {
-            if (::write(served.object.descriptor, "from the child", 14) < 0 && Object().descriptor >= 0)
+            pollfd coming{served.object.descriptor, POLLIN, 0};
+            if (::poll(&coming, 1, 0) == 0 && ::write(served.object.descriptor, "from the child", 14) < 0 &&
+                Object().descriptor >= 0)
                 ::raise(SIGSTOP);
             ::_exit(1);
         }

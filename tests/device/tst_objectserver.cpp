@@ -6,25 +6,17 @@
 
 #include <vx/system/ObjectServer.h>
 
-#include <QtCore/QDir>
-#include <QtCore/QFileInfo>
 #include <QtCore/QPointer>
-#include <QtCore/QRegularExpression>
 #include <QtCore/QSocketNotifier>
 #include <QtTest/QSignalSpy>
-#include <QtCore/QTemporaryDir>
 
 #include <optional>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
-using namespace Qt::StringLiterals;
-
 using vx::system::ObjectServer;
 
 namespace {
-
-using Client = RawEnd;
 
 struct Listening : ObjectServer
 {
@@ -56,18 +48,18 @@ private Q_SLOTS:
         QVERIFY(QDir().mkpath(QFileInfo(m_path).path()));
         {
             RawServer stale(m_path, 0);
-            const Client waiting(m_path); // and there is no room for another
+            const RawEnd waiting(m_path); // and there is no room for another
             QVERIFY(refused(m_path, u"served already"_s));
             stale.stop();
             Listening server(m_path);
-            QVERIFY(Client(m_path).descriptor != -1);
+            QVERIFY(RawEnd(m_path).descriptor != -1);
             QVERIFY(refused(m_path, u"served already"_s));
             // Nor is another's removed, should it stand where the own one stood.
             QVERIFY(QFile::rename(m_path, m_path + u"-moved"_s));
             const Listening second(m_path);
             server.close();
             QCOMPARE(server.path(), QString());
-            QVERIFY(Client(m_path).descriptor != -1);
+            QVERIFY(RawEnd(m_path).descriptor != -1);
         }
         QVERIFY(QFile::remove(m_path + u"-moved"_s));
         const QString elsewhere = m_folder->filePath(u"elsewhere"_s);
@@ -98,9 +90,9 @@ private Q_SLOTS:
         Heard heard;
         heard.follow(server);
         connect(&server, &ObjectServer::clientDisconnected, &server, &ObjectServer::close);
-        Client first(m_path);
-        const Client second(m_path);
-        const Client third(m_path);
+        RawEnd first(m_path);
+        const RawEnd second(m_path);
+        const RawEnd third(m_path);
         QTRY_COMPARE(heard.lines().size(), 3);
         first.close();
         QTRY_VERIFY(!server.isListening() && server.clients().isEmpty());
@@ -111,12 +103,12 @@ private Q_SLOTS:
         // It may listen again, under another application object, too, and goes on counting.
         QVERIFY(server.listen(m_path, nullptr));
         m_application.emplace(m_argumentCount, nullptr);
-        const Client fourth(m_path);
+        const RawEnd fourth(m_path);
         QTRY_COMPARE(server.clients(), QList<int>{4});
         QVERIFY(server.processOf(4) == ::getpid() && server.processOf(3) == 0);
         QTRY_COMPARE(server.findChildren<QSocketNotifier*>().size(), 3); // its own, and two for the fourth
         connect(&server, &ObjectServer::clientConnected, &server, &ObjectServer::close);
-        const Client fifth(m_path);
+        const RawEnd fifth(m_path);
         QTRY_VERIFY(!server.isListening());
     }
 
@@ -125,8 +117,8 @@ private Q_SLOTS:
         constexpr int size = 60000;
         const QByteArray longest(2 * 208 * 1024 - 32, 'x');
         Listening server(m_path);
-        Client client(m_path);
-        const Client other(m_path);
+        RawEnd client(m_path);
+        const RawEnd other(m_path);
         QTRY_COMPARE(server.clients().size(), 2);
         for (int times = 0; times < 2; ++times) {
             int sent = 0;
@@ -179,7 +171,7 @@ private Q_SLOTS:
                 QVERIFY(client.send("heard"));
             }
             Listening server;
-            const Client client;
+            const RawEnd client;
             bool isHeard = false;
             int taken = 0;
         };
@@ -207,9 +199,9 @@ private Q_SLOTS:
         Listening server(m_path);
         const QSignalSpy tries(server.findChild<QSocketNotifier*>(),
                                SIGNAL(activated(QSocketDescriptor, QSocketNotifier::Type)));
-        const Client first(m_path);
+        const RawEnd first(m_path);
         QTRY_COMPARE(server.clients().size(), 1); // what a sanitizer looks at needs descriptors the first time, too
-        const Client second(m_path);
+        const RawEnd second(m_path);
         rlimit limit;
         ::getrlimit(RLIMIT_NOFILE, &limit);
         const int lowestFree = ::dup(0);
@@ -232,8 +224,8 @@ private Q_SLOTS:
             connect(server, signal, this, [&] { delete server; });
             if (!server->listen(m_path, nullptr))
                 return false;
-            Client client(m_path);
-            const Client other(m_path);
+            RawEnd client(m_path);
+            const RawEnd other(m_path);
             client.send("one");
             client.send("two");
             if (QTest::qWaitFor([&] { return !server || server->clients().size() == 2; }) && server)
@@ -254,8 +246,8 @@ private Q_SLOTS:
             if (received.size() == 1)
                 QTRY_COMPARE(received.size(), 3);
         });
-        const Client first(m_path);
-        const Client second(m_path);
+        const RawEnd first(m_path);
+        const RawEnd second(m_path);
         QVERIFY(first.send("a") && first.send("b") && second.send("a"));
         QTRY_COMPARE(received.size(), 3);
         QVERIFY(received.indexOf("1a") < received.indexOf("1b") && received.contains("2a"));

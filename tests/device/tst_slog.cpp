@@ -7,8 +7,6 @@
 
 #include <cerrno>
 
-using namespace Qt::StringLiterals;
-
 class TstSlog : public QObject
 {
     Q_OBJECT

@@ -11,9 +11,6 @@
 #include <QtCore/QJsonObject>
 
 #include <limits>
-#include <optional>
-
-using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -21,10 +21,7 @@
 
 #include <algorithm>
 #include <functional>
-#include <memory>
 #include <numeric>
-#include <utility>
-#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -35,26 +32,21 @@ using NumberPointer = QExplicitlySharedDataPointer<Number>;
 /// A monitor that has run once, and how often it ran.
 struct CountedMonitor
 {
-    explicit CountedMonitor(const std::function<void()>& read)
-        : monitor(
-              [this, read] {
-                  ++runs;
-                  read();
-              },
-              nullptr, QString(), false)
+    explicit CountedMonitor(const std::function<void()>& function)
+        : read(function)
     {
         monitor.handleObservableChanged();
     }
 
+    const std::function<void()> read;
     int runs = 0;
-    iface::ObservableMonitor monitor;
+    iface::ObservableMonitor monitor{[this] { ++runs, read(); }, nullptr, QString(), false};
 };
 
 /// A list that a test edits at will; every edit is announced as it should be.
 template <class T>
-class EditableList : public iface::BaseListImpl<T>
+struct EditableList : iface::BaseListImpl<T>
 {
-public:
     explicit EditableList(const QList<T>& items = {}) { this->m_list = items; }
 
     const QList<T>& items() const { return this->m_list; }
@@ -100,21 +92,22 @@ public:
     }
 };
 
-/// One that is made at once, and goes wherever a list does.
-template <class T>
-struct EditableListPointer : QExplicitlySharedDataPointer<EditableList<T>>
+/// One that is made at once, of these contents, and goes wherever its handle does.
+template <class Made, class Handle, class Contents>
+struct MadePointer : QExplicitlySharedDataPointer<Made>
 {
-    explicit EditableListPointer(const QList<T>& items = {})
-        : QExplicitlySharedDataPointer<EditableList<T>>(new EditableList<T>(items))
+    explicit MadePointer(const Contents& contents = {})
+        : QExplicitlySharedDataPointer<Made>(new Made(contents))
     {
     }
-    operator iface::ObservableList<T>() const { return iface::ObservableList<T>(this->data()); }
+    operator Handle() const { return Handle(this->data()); }
 };
+template <class T>
+using EditableListPointer = MadePointer<EditableList<T>, iface::ObservableList<T>, QList<T>>;
 
 /// A list as somebody else derives one: each item is one more, below a limit.
-class NextNumbers : public iface::ObservableListImpl, private iface::Follower
+struct NextNumbers : iface::ObservableListImpl, iface::Follower
 {
-public:
     NextNumbers(const iface::ObservableList<int>& input, int limit)
         : m_input(input)
         , m_limit(limit)
@@ -128,11 +121,8 @@ public:
         const QVariant number = m_input.impl()->data(indexPath);
         return number.isValid() ? QVariant((number.toInt() + 1) % m_limit) : number;
     }
-
-protected:
     void mark(const iface::Change& change) override { note(change); }
 
-private:
     const iface::ObservableList<int> m_input;
     const int m_limit;
 };
@@ -215,9 +205,10 @@ private:
 
 /// A map of plain contents that announces any set of keys, and counts how often it is asked.
 template <class K, class V>
-class PlainMap : public iface::BaseMap<K, V>
+struct PlainMap : iface::BaseMap<K, V>
 {
-public:
+    explicit PlainMap(const QHash<K, V>& firstContents = {}) { contents = firstContents; }
+
     void set(const QHash<K, V>& changes)
     {
         contents.insert(changes);
@@ -228,7 +219,6 @@ public:
     std::function<void(const K&)> whenAsked;
     mutable int gets = 0;
 
-protected:
     V doGet(const K& key) const override
     {
         ++gets;
@@ -240,15 +230,7 @@ protected:
 };
 
 template <class K, class V>
-struct PlainMapPointer : QExplicitlySharedDataPointer<PlainMap<K, V>>
-{
-    explicit PlainMapPointer(const QHash<K, V>& contents = {})
-        : QExplicitlySharedDataPointer<PlainMap<K, V>>(new PlainMap<K, V>)
-    {
-        this->data()->contents = contents;
-    }
-    operator iface::ObservableMap<K, V>() const { return iface::ObservableMap<K, V>(this->data()); }
-};
+using PlainMapPointer = MadePointer<PlainMap<K, V>, iface::ObservableMap<K, V>, QHash<K, V>>;
 
 /// The contents of a map's values, as a map.
 template <class K, class V>

@@ -8,5 +8,6 @@
 
 #include <iface/ObserverFunctorAdapter.h>
 
-#include <QtCore/QPointer>
 #include <QtTest>
+
+using namespace iface;

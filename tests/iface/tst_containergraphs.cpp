@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ContainerGraph.h"
 
-#include <common/Random.h>
 #include <common/TestMain.h>
 
 class TstContainerGraphs : public QObject

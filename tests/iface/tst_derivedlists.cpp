@@ -3,12 +3,8 @@
 
 #include <common/FailingAllocations.h>
 
-#include <QtCore/QRegularExpression>
-#include <QtCore/QThread>
-
 #include <stdexcept>
 
-using namespace iface;
 using Items = QList<int>;
 using Mirror = ListMirror<int>;
 constexpr int KeepsEverything = LazyTransformedObservableListImpl<int, int>::KeepsEverything;
@@ -536,7 +532,6 @@ private Q_SLOTS:
             if (QTest::currentTestFailed())
                 return;
         }
-        failing::withMalloc = failing::withArrays = true;
     }
 
     void replaceTheirInputAsAReset()

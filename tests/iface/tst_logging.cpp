@@ -3,10 +3,6 @@
 
 #include <iface/Logging.h>
 
-#include <QtTest/QTest>
-
-using namespace Qt::StringLiterals;
-
 using namespace iface;
 
 class TstLogging : public QObject

@@ -3,29 +3,22 @@
 
 #include <common/FailingAllocations.h>
 
-#include <iface/Change.h>
-
 #include <deque>
 #include <thread>
 
-using namespace iface;
 using Observables = QExplicitlySharedDataPointer<ObservableImpl>;
 
 namespace {
 
 /// Calls a function in the first step of a round.
-class FunctionFollower : public Follower
+struct FunctionFollower : Follower
 {
-public:
     explicit FunctionFollower(std::function<void()> function)
         : m_function(std::move(function))
     {
     }
-
-protected:
     void mark(const Change&) override { m_function(); }
 
-private:
     const std::function<void()> m_function;
 };
 

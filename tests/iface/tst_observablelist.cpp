@@ -4,9 +4,6 @@
 #include <iface/ObservableListImplFunctorAdapter.h>
 #include <iface/ObservableMapImplFunctorAdapter.h>
 
-#include <QtCore/QThread>
-
-using namespace iface;
 using Mapper = QSharedPointer<ObservableListImpl::IndexMapper>;
 
 namespace {

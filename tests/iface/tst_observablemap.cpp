@@ -3,10 +3,6 @@
 
 #include <iface/ObservableMapImplFunctorAdapter.h>
 
-#include <optional>
-
-using namespace iface;
-
 namespace {
 
 using Value = ObservableValue<int>;

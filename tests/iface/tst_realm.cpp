@@ -6,14 +6,6 @@
 #include <iface/RetryTimer.h>
 
 #include <QtCore/QAbstractEventDispatcher>
-#include <QtCore/QEventLoop>
-#include <QtTest/QTest>
-#include <QtCore/QThread>
-
-#include <functional>
-#include <memory>
-
-using namespace Qt::StringLiterals;
 
 using namespace iface;
 
@@ -21,8 +13,6 @@ class TstRealm : public QObject
 {
     Q_OBJECT
 
-    // Runs posted calls up to and including those that are posted already, one turn.
-    static void turn() { QCoreApplication::sendPostedEvents(); }
     // For a function to hold: calls another when that goes.
     static std::shared_ptr<void> atEnd(std::function<void()> call)
     {

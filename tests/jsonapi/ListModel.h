@@ -10,8 +10,6 @@
 
 #include <utility>
 
-using namespace Qt::StringLiterals;
-
 /// What a list should hold and have announced after each message, worked out the slow way.
 struct ListModel
 {

@@ -16,10 +16,7 @@
 
 #include <array>
 #include <map>
-#include <memory>
 #include <stdexcept>
-
-using namespace Qt::StringLiterals;
 
 /// Stands where the test calls what is tested, and where that calls the test: memory runs out in the one alone.
 struct Border

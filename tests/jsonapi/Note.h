@@ -6,10 +6,11 @@
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
-#include <QtCore/QMetaType>
 #include <QtCore/QString>
 
 #include <vector>
+
+using namespace Qt::StringLiterals;
 
 /// A record for the tests of live containers.
 struct Note
@@ -26,9 +27,8 @@ Q_DECLARE_TYPEINFO(Note, Q_RELOCATABLE_TYPE);
 
 /// Counts the keys that are taken from elements, which is what rebuilding an index would be seen by. Elements may say
 /// that they have another key from now on. Nothing here writes them.
-class NoteAdapter : public zel::JsonAdapter<Note>
+struct NoteAdapter : zel::JsonAdapter<Note>
 {
-public:
     Note jsonToElement(iface::JsonObjectReader json, const Note& base) override
     {
         Note note = base;

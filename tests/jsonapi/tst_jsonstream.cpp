@@ -7,9 +7,6 @@
 #include <QtCore/QJsonDocument>
 
 #include <algorithm>
-#include <utility>
-
-using namespace Qt::StringLiterals;
 
 class TstJsonStream : public QObject
 {

@@ -8,8 +8,6 @@
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 
-using namespace Qt::StringLiterals;
-
 using zel::JsonWriter;
 
 class TstJsonWriter : public QObject

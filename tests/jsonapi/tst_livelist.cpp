@@ -8,7 +8,6 @@
 #include <common/TestMain.h>
 #include <iface/ListMirror.h>
 #include <iface/Logging.h>
-#include <iface/ObservableList.h>
 #include <iface/ObservableMonitor.h>
 #include <zel/LiveList.h>
 
@@ -208,8 +207,6 @@ private:
         pipe->inject(listMessage("listAll", {}));
         pipe->inject(listMessage("listChunk", elements, {{u"last"_s, true}}));
     }
-
-    void turn() { QCoreApplication::processEvents(); }
 
     QSharedPointer<FakeClock> clock;
     QSharedPointer<FakePipe> pipe;

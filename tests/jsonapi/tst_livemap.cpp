@@ -1,17 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "MapWeather.h"
 
-#include <common/Random.h>
 #include <common/TestMain.h>
-#include <iface/ObservableMonitor.h>
 
 #include <list>
 
 class TstLiveMap : public QObject
 {
     Q_OBJECT
-
-    static void turn() { QCoreApplication::processEvents(); }
 
 private Q_SLOTS:
     void cleanup() { FakeClock::uninstall(); }
@@ -208,34 +204,6 @@ private Q_SLOTS:
                                 [i](MapWeather& weather) { weather.goWithoutMemory(i % 5); },
                                 [](MapWeather& weather) { QCOMPARE(weather.end(), QString()); });
         }
-    }
-
-    // And what it had read before stays observed until it has read everything.
-    void runsAMonitorAgainThatFoundNoMemory()
-    {
-        struct Watched
-        {
-            using Number = iface::WritableObservableValue<int>;
-            const QExplicitlySharedDataPointer<Number> early{new Number(0)}, late{new Number(0)}, isBoth{new Number(0)};
-            int sum() const { return (isBoth->getValue() ? late->getValue() : 0) + early->getValue(); }
-            int seen = -1;
-            iface::ObservableMonitor monitor{[this] { seen = sum(); }, nullptr, QString(), false};
-        };
-        const auto act = [](Watched& watched) {
-            watched.monitor.handleObservableChanged();
-            watched.isBoth->setValue(1);
-        };
-        const auto check = [](Watched& watched) {
-            if (watched.isBoth->getValue() == 0)
-                turn();
-            for (const auto& number : {watched.early, watched.late}) {
-                number->setValue(3);
-                QCOMPARE(watched.seen, watched.sum());
-                turn();
-            }
-        };
-        failing::withArrays = false;
-        failing::eachInTurn([] { return std::make_unique<Watched>(); }, act, check);
     }
 };
 

@@ -9,13 +9,9 @@
 #include <zel/LiveList.h>
 #include <zel/LiveMap.h>
 
-#include <functional>
 #include <map>
-#include <memory>
 #include <optional>
 #include <stdexcept>
-
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -276,7 +272,6 @@ private Q_SLOTS:
     {
         for (const auto& [isList, isNew] : {std::pair(true, true), std::pair(true, false), std::pair(false, false)}) {
             Stage stage;
-            const auto turn = [] { QCoreApplication::processEvents(); };
             const auto value = stage.map->doGet(u"x"_s);
             if (isList)
                 stage.map.reset();

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <iface/JsonReaderAttribute.h>
 
 #include <common/FakePipe.h>
 #include <common/TestMain.h>
@@ -7,8 +6,6 @@
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
-
-using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -12,12 +12,10 @@
 #include <QtCore/QSortFilterProxyModel>
 #include <QtTest/QAbstractItemModelTester>
 #include <QtTest/QSignalSpy>
-#include <QtTest/QTest>
 
 #include <algorithm>
 #include <memory>
 
-using namespace Qt::StringLiterals;
 using namespace vx::platform::zel;
 using zelcore::BoxItem;
 using zelcore::Person;
@@ -37,9 +35,8 @@ public:
     bool operator==(const Line&) const = default;
 };
 
-class Lines : public RecordListModel
+struct Lines : RecordListModel
 {
-public:
     explicit Lines(bool isInKeyOrder)
         : RecordListModel({Line::staticMetaObject, "handle", "displayName", isInKeyOrder}, nullptr)
     {
@@ -361,6 +358,7 @@ private Q_SLOTS:
         const QSignalSpy completeness(&model, &ContactListModel::completeChanged);
         model.setContext(m_context.get());
         ContactFilterModel filter;
+        const QSignalSpy locales(&filter, &ContactFilterModel::localeChanged);
         filter.setLocale(QLocale(QLocale::German));
         const QSignalSpy resets(&filter, &QAbstractItemModel::modelAboutToBeReset);
         const QSignalSpy resetsEnded(&filter, &QAbstractItemModel::modelReset);
@@ -374,7 +372,7 @@ private Q_SLOTS:
         const QPersistentModelIndex anne = filter.index(filter.rowOf(u"änne"_s), 0);
         filter.setLocale(QLocale(QLocale::Swedish));
         QCOMPARE(names(), u"anna Cole|Bert Ödman|Zoë Adams|Änne Berg"_s);
-        QCOMPARE(anne.row(), 3);
+        QVERIFY(anne.row() == 3 && locales.size() == 2);
         using Filter = ContactFilterModel;
         const std::tuple<Filter::Presence, QString, QString> wanted[] = {
             {Filter::Busy, {}, u"Zoë Adams"_s},

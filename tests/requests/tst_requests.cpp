@@ -10,9 +10,7 @@
 #include <zelcore/TestService.h>
 
 #include <QtCore/QThread>
-#include <QtTest/QTest>
 
-using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace vx::platform::zel;
 

@@ -14,7 +14,6 @@
 #include <algorithm>
 #include <functional>
 #include <memory>
-#include <utility>
 
 /// An application that knows nothing but the socket and the texts.
 class RawApplication : public RawEnd

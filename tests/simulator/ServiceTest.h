@@ -14,7 +14,7 @@
 
 #include <map>
 
-using namespace Qt::StringLiterals;
+using zelcore::Simulator;
 
 /// Each case has a service of its own and one application, A, that has begun.
 class ServiceTest : public QObject
@@ -34,11 +34,10 @@ protected:
     void begin()
     {
         m_applications.clear();
-        m_refused.reset();
         m_simulator.reset();
-        m_simulator = std::make_unique<zelcore::Simulator>();
+        m_simulator = std::make_unique<Simulator>();
         QVERIFY(m_simulator->start());
-        m_refused = std::make_unique<QSignalSpy>(m_simulator.get(), &zelcore::Simulator::refused);
+        m_refused = std::make_unique<QSignalSpy>(m_simulator.get(), &Simulator::refused);
     }
 
     RawApplication& application(char name)
@@ -76,7 +75,7 @@ protected:
         return true;
     }
 
-    std::unique_ptr<zelcore::Simulator> m_simulator;
+    std::unique_ptr<Simulator> m_simulator;
     std::unique_ptr<QSignalSpy> m_refused;
 
 private:
@@ -132,7 +131,7 @@ private:
 
     bool invoke(const QString& target, const QString& action, const QString& data)
     {
-        const QSignalSpy received(m_simulator.get(), &zelcore::Simulator::invocationReceived);
+        const QSignalSpy received(m_simulator.get(), &Simulator::invocationReceived);
         const QJsonObject record{{u"target"_s, target}, {u"action"_s, action}, {u"data"_s, data}};
         const QString path = m_simulator->root() + u"/services/invocation/"_s + target;
         const bool isSent = RawEnd(path).send(QJsonDocument(record).toJson(QJsonDocument::Compact));

@@ -3,8 +3,6 @@
 
 #include <QtCore/QTemporaryFile>
 
-using zelcore::Simulator;
-
 /// The command language and the scenarios that speak it.
 class TstCommands : public ServiceTest
 {

@@ -4,11 +4,7 @@
 #include <simulator/recordings/Recording.h>
 #include <simulator/recordings/Texts.h>
 
-#include <QtCore/QFileInfo>
-#include <QtCore/QTemporaryDir>
-
 using zelcore::Recording;
-using zelcore::Simulator;
 using Kind = Recording::Entry::Kind;
 
 namespace {

@@ -1,14 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ServiceTest.h"
 
-#include <QtCore/QFileInfo>
-#include <QtCore/QTemporaryDir>
-
 #include <csignal>
 
 #include <sys/wait.h>
-
-using zelcore::Simulator;
 
 namespace {
 
