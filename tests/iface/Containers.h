@@ -40,7 +40,11 @@ struct CountedMonitor
 
     const std::function<void()> read;
     int runs = 0;
-    iface::ObservableMonitor monitor{[this] { ++runs, read(); }, nullptr, QString(), false};
+    iface::ObservableMonitor monitor{[this] {
+                                         ++runs;
+                                         read();
+                                     },
+                                     nullptr, QString(), false};
 };
 
 /// A list that a test edits at will; every edit is announced as it should be.

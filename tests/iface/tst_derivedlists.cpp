@@ -532,6 +532,7 @@ private Q_SLOTS:
             if (QTest::currentTestFailed())
                 return;
         }
+        failing::withMalloc = failing::withArrays = true;
     }
 
     void replaceTheirInputAsAReset()

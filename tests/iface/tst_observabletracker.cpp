@@ -257,7 +257,7 @@ private Q_SLOTS:
         }
     }
 
-    // And what it had read before stays observed until it has read everything.
+    // What it had read before stays observed until it has read everything.
     void runsAMonitorAgainThatFoundNoMemory()
     {
         struct Watched
@@ -304,6 +304,7 @@ private Q_SLOTS:
                                 value->setValue(value->getValue() + 1);
                                 QCOMPARE(seen, value->getValue());
                             });
+        failing::withMalloc = failing::withArrays = true;
     }
 
     void waitsUntilTrueAndThenStaysIdle()
