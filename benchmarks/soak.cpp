@@ -337,7 +337,7 @@ int hostile(int count)
             sent += double(qstrlen(message) + size_t(body.size()));
             service.execute(u"send %1 '%2'"_s.arg(QLatin1String(message), QString::fromLatin1(body)));
         };
-        if (qstrcmp(form.message, "listChunk") == 0)
+        if (qstrcmp(form.message, "listChunk") == 0) // counts only where a list has begun
             send("listAll", form.begin + "{}]}");
         for (int record = 0, number = 0; record < count * form.records; ++record) {
             QByteArray body = QByteArray(form.begin).replace('%', QByteArray::number(record));

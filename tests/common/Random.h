@@ -22,8 +22,14 @@ inline QRandomGenerator seededRandom()
 class Choices
 {
 public:
-    explicit Choices(quint32 seed) { m_random = QRandomGenerator(seed); }
-    explicit Choices(QByteArrayView input) { m_input = input; }
+    explicit Choices(quint32 seed)
+        : m_random(seed)
+    {
+    }
+    explicit Choices(QByteArrayView input)
+        : m_input(input)
+    {
+    }
 
     /// A number from 0 to below \a end, which is positive.
     int bounded(int end)

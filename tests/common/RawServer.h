@@ -15,8 +15,14 @@
 class RawEnd
 {
 public:
-    explicit RawEnd(int opened = -1) { descriptor = opened; }
-    explicit RawEnd(const QString& path) { descriptor = connectTo(path); }
+    explicit RawEnd(int opened = -1)
+        : descriptor(opened)
+    {
+    }
+    explicit RawEnd(const QString& path)
+        : RawEnd(connectTo(path))
+    {
+    }
     ~RawEnd() { close(); }
     Q_DISABLE_COPY(RawEnd)
 

@@ -11,6 +11,7 @@
 #include <QtCore/QJsonObject>
 
 #include <limits>
+#include <optional>
 
 namespace {
 

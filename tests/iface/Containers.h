@@ -32,19 +32,19 @@ using NumberPointer = QExplicitlySharedDataPointer<Number>;
 /// A monitor that has run once, and how often it ran.
 struct CountedMonitor
 {
-    explicit CountedMonitor(const std::function<void()>& function)
-        : read(function)
+    explicit CountedMonitor(const std::function<void()>& read)
+        : monitor(
+              [this, read] {
+                  ++runs;
+                  read();
+              },
+              nullptr, QString(), false)
     {
         monitor.handleObservableChanged();
     }
 
-    const std::function<void()> read;
     int runs = 0;
-    iface::ObservableMonitor monitor{[this] {
-                                         ++runs;
-                                         read();
-                                     },
-                                     nullptr, QString(), false};
+    iface::ObservableMonitor monitor;
 };
 
 /// A list that a test edits at will; every edit is announced as it should be.

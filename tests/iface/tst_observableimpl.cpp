@@ -262,3 +262,5 @@ private Q_SLOTS:
 
 ZEL_TEST(TstObservableImpl)
 #include "tst_observableimpl.moc"
+
+#include <iface/Change.h>

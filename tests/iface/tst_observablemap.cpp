@@ -115,3 +115,5 @@ private Q_SLOTS:
 
 ZEL_TEST(TstObservableMap)
 #include "tst_observablemap.moc"
+
+#include <optional>

@@ -7,6 +7,7 @@
 #include <iface/RunUntilTrue.h>
 
 #include <stdexcept>
+#include <optional>
 
 namespace {
 

@@ -144,3 +144,6 @@ private Q_SLOTS:
 
 ZEL_TEST(TstRealm)
 #include "tst_realm.moc"
+
+#include <functional>
+#include <memory>

@@ -17,6 +17,7 @@
 #include <array>
 #include <map>
 #include <stdexcept>
+#include <memory>
 
 /// Stands where the test calls what is tested, and where that calls the test: memory runs out in the one alone.
 struct Border

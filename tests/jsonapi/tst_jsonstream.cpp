@@ -7,6 +7,7 @@
 #include <QtCore/QJsonDocument>
 
 #include <algorithm>
+#include <utility>
 
 class TstJsonStream : public QObject
 {

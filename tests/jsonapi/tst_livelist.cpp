@@ -9,6 +9,7 @@
 #include <iface/ListMirror.h>
 #include <iface/Logging.h>
 #include <iface/ObservableMonitor.h>
+#include <iface/ObservableList.h>
 #include <zel/LiveList.h>
 
 using List = zel::LiveList<Note>;

@@ -12,6 +12,8 @@
 #include <map>
 #include <optional>
 #include <stdexcept>
+#include <functional>
+#include <memory>
 
 namespace {
 

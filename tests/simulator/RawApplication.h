@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <functional>
 #include <memory>
+#include <utility>
 
 /// An application that knows nothing but the socket and the texts.
 class RawApplication : public RawEnd
