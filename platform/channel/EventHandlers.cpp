@@ -132,6 +132,12 @@ void ProfileBoxEventHandler::pushAddProfileBoxImageEvent(const zelsplib::Profile
         m_bridge->profileBox()->notifyIconRegistered(image.getImageId().toInt());
 }
 
+void ProfileBoxEventHandler::pushUpdateProfileBoxImageEvent(const zelsplib::ProfileBoxImage& image) const
+{
+    if (isTaken("ProfileBoxEventHandler::pushUpdateProfileBoxImageEvent"))
+        m_bridge->profileBox()->notifyIconUpdated(image.getImageId().toInt());
+}
+
 void ProfileBoxEventHandler::pushRemoveProfileBoxImageEvent(const zelsplib::ProfileBoxImage& image) const
 {
     if (isTaken("ProfileBoxEventHandler::pushRemoveProfileBoxImageEvent"))

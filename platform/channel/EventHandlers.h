@@ -79,6 +79,7 @@ public:
     void pushUpdateProfileBoxItemEvent(const zelsplib::ProfileBoxItem& item) const;
     void pushRemoveProfileBoxItemEvent(const zelsplib::ProfileBoxItem& item) const;
     void pushAddProfileBoxImageEvent(const zelsplib::ProfileBoxImage& image) const;
+    void pushUpdateProfileBoxImageEvent(const zelsplib::ProfileBoxImage& image) const;
     void pushRemoveProfileBoxImageEvent(const zelsplib::ProfileBoxImage& image) const;
     void pushRetrievedProfileBoxImageEvent(const zelsplib::ProfileBoxImage& image) const;
 };

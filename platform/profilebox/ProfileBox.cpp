@@ -32,6 +32,7 @@ public:
 
         connect(delegate, &ProfileBoxDelegate::received, this, &ProfileBoxPrivate::announceIcons);
         connect(delegate, &ProfileBoxDelegate::iconRegistered, this, &ProfileBoxPrivate::announceIcons);
+        connect(delegate, &ProfileBoxDelegate::iconUpdated, this, &ProfileBoxPrivate::announceIcons);
         connect(delegate, &ProfileBoxDelegate::iconRemoved, this, &ProfileBoxPrivate::announceIcons);
         connect(context, &Context::registrationStateUpdated, this, &ProfileBoxPrivate::announceIcons);
 

@@ -200,6 +200,12 @@ void ProfileBoxDelegate::notifyIconRegistered(int iconId)
     Q_EMIT iconRegistered(iconId);
 }
 
+void ProfileBoxDelegate::notifyIconUpdated(int iconId)
+{
+    qCDebug(lcPlatform) << " ProfileBoxDelegate::notifyIconUpdated";
+    Q_EMIT iconUpdated(iconId);
+}
+
 void ProfileBoxDelegate::notifyIconRemoved(int iconId)
 {
     qCDebug(lcPlatform) << " ProfileBoxDelegate::notifyIconRemoved";

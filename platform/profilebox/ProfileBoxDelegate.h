@@ -39,6 +39,7 @@ public:
     void notifyItemUpdated(const QString& itemId);
     void notifyItemRemoved(const QString& itemId);
     void notifyIconRegistered(int iconId);
+    void notifyIconUpdated(int iconId);
     void notifyIconRemoved(int iconId);
     void notifyIconRetrieved(int iconId, ImageType::Type iconType, const QByteArray& iconData);
 
@@ -49,7 +50,8 @@ Q_SIGNALS:
     void itemUpdated(QString itemId);
     void itemRemoved(QString itemId);
     void iconRegistered(int iconId);
-    /// Goes no further: the public class does not tell of icons that go.
+    /// These go no further: the public class tells of them by its list of icons alone.
+    void iconUpdated(int iconId);
     void iconRemoved(int iconId);
     void iconRetrieved(int iconId, vx::platform::zel::ImageType::Type iconType, QByteArray iconData);
 

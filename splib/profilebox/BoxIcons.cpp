@@ -31,9 +31,9 @@ QString retrievalStreamId(int iconId)
 
 } // namespace
 
-BoxIcons::BoxIcons(const QSharedPointer<zel::JsonStream>& stream, EventQueue& events, Event added, Event removed,
-                   Event retrieved)
-    : BoxList(events, std::move(added), {}, std::move(removed))
+BoxIcons::BoxIcons(const QSharedPointer<zel::JsonStream>& stream, EventQueue& events, Event added, Event updated,
+                   Event removed, Event retrieved)
+    : BoxList(events, std::move(added), std::move(updated), std::move(removed))
     , m_stream(stream)
     , m_events(events)
     , m_retrieved(std::move(retrieved))

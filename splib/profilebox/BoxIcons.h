@@ -26,8 +26,8 @@ namespace zelsplib {
 class BoxIcons : public BoxList<ProfileBoxImage, &ProfileBoxImage::getImageId>
 {
 public:
-    BoxIcons(const QSharedPointer<zel::JsonStream>& stream, EventQueue& events, Event added, Event removed,
-             Event retrieved);
+    BoxIcons(const QSharedPointer<zel::JsonStream>& stream, EventQueue& events, Event added, Event updated,
+             Event removed, Event retrieved);
 
     /// Starts to mirror the list and to answer the service. See BoxList::start().
     void start(QObject* owner, const QSharedPointer<zel::ListApiMultiplexer>& multiplexer,

@@ -8,8 +8,8 @@
 #include <iface/ObservableListImplFunctorAdapter.h>
 #include <iface/ObserverFunctorAdapter.h>
 
+#include <QtCore/QHash>
 #include <QtCore/QList>
-#include <QtCore/QSet>
 #include <QtCore/QString>
 
 #include <algorithm>
@@ -31,7 +31,6 @@ public:
     using List = zel::LiveList<Record, QString>;
     using Event = std::function<void(const Record&)>;
 
-    /// `updated` may be empty, where nobody is told.
     BoxList(EventQueue& events, Event added, Event updated, Event removed)
         : m_events(events)
         , m_added(std::move(added))
@@ -139,17 +138,17 @@ private:
 
     struct Parts
     {
-        QList<Record> common; ///< whose keys the other list has, too
+        QList<Record> common; ///< whose keys the other list has, too, as often
         QList<Record> others;
     };
     static Parts split(const QList<Record>& records, const QList<Record>& by)
     {
-        QSet<QString> keys;
+        QHash<QString, int> counts;
         for (const Record& record : by)
-            keys.insert((record.*key)());
+            ++counts[(record.*key)()];
         Parts parts;
         for (const Record& record : records)
-            (keys.contains((record.*key)()) ? parts.common : parts.others).append(record);
+            (counts[(record.*key)()]-- > 0 ? parts.common : parts.others).append(record);
         return parts;
     }
 
@@ -166,8 +165,6 @@ private:
 
     void post(const QList<Record>& records, const Event& event)
     {
-        if (!event)
-            return;
         for (const Record& record : records)
             m_events.post([event, record] { event(record); });
     }

@@ -18,6 +18,7 @@ concept ProfileBoxEvents = std::default_initializable<T> &&
     handler.pushUpdateProfileBoxItemEvent(item);
     handler.pushRemoveProfileBoxItemEvent(item);
     handler.pushAddProfileBoxImageEvent(image);
+    handler.pushUpdateProfileBoxImageEvent(image);
     handler.pushRemoveProfileBoxImageEvent(image);
     handler.pushRetrievedProfileBoxImageEvent(image);
 };
@@ -38,6 +39,7 @@ private:
     void pushItemUpdated(const ProfileBoxItem& item) override { m_handler.pushUpdateProfileBoxItemEvent(item); }
     void pushItemRemoved(const ProfileBoxItem& item) override { m_handler.pushRemoveProfileBoxItemEvent(item); }
     void pushImageAdded(const ProfileBoxImage& image) override { m_handler.pushAddProfileBoxImageEvent(image); }
+    void pushImageUpdated(const ProfileBoxImage& image) override { m_handler.pushUpdateProfileBoxImageEvent(image); }
     void pushImageRemoved(const ProfileBoxImage& image) override { m_handler.pushRemoveProfileBoxImageEvent(image); }
     void pushImageRetrieved(const ProfileBoxImage& image) override
     {

@@ -20,6 +20,7 @@ ProfileBoxManagerBase::ProfileBoxManagerBase(const QSharedPointer<zel::ListApiMu
           [this](const ProfileBoxItem& item) { pushItemRemoved(item); })
     , m_icons(
           jsonStream, m_events, [this](const ProfileBoxImage& image) { pushImageAdded(image); },
+          [this](const ProfileBoxImage& image) { pushImageUpdated(image); },
           [this](const ProfileBoxImage& image) { pushImageRemoved(image); },
           [this](const ProfileBoxImage& image) { pushImageRetrieved(image); })
 {

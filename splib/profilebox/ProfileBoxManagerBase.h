@@ -79,6 +79,7 @@ private:
     virtual void pushItemUpdated(const ProfileBoxItem& item) = 0;
     virtual void pushItemRemoved(const ProfileBoxItem& item) = 0;
     virtual void pushImageAdded(const ProfileBoxImage& image) = 0;
+    virtual void pushImageUpdated(const ProfileBoxImage& image) = 0;
     virtual void pushImageRemoved(const ProfileBoxImage& image) = 0;
     virtual void pushImageRetrieved(const ProfileBoxImage& image) = 0;
 

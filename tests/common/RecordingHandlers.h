@@ -100,6 +100,7 @@ struct RecordingHandler final : zelsplib::RegistrationHandler
     void pushUpdateProfileBoxItemEvent(const Item& i) const { note("item updated", {i.getItemId(), i.getText()}); }
     void pushRemoveProfileBoxItemEvent(const Item& i) const { note("item removed", {i.getItemId(), i.getText()}); }
     void pushAddProfileBoxImageEvent(const Image& i) const { note("icon added", {i.getImageId(), data(i)}); }
+    void pushUpdateProfileBoxImageEvent(const Image& i) const { note("icon updated", {i.getImageId(), data(i)}); }
     void pushRemoveProfileBoxImageEvent(const Image& i) const { note("icon removed", {i.getImageId(), data(i)}); }
     void pushRetrievedProfileBoxImageEvent(const Image& i) const
     {

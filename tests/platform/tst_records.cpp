@@ -158,14 +158,15 @@ private Q_SLOTS:
         play(u"box change item-2 cookie=c2; box change item-2 icon=7"_s);
         QCOMPARE(shown(box.item(u"item-2"_s)), u"null=false id=item-2 text=two cookie=c2 iconId=7"_s);
 
-        play(u"duplicate listRemove; box add three; box remove item-2; duplicate listAdd; box icon 5 100; "
-             "box icon 5 none"_s);
+        play(u"duplicate listRemove; box add three; box remove item-2; duplicate listAdd; box icon 5 100"_s);
+        play(uR"(send listAll '{"type":"profileBoxImage"}'; send listChunk '{"type":"profileBoxImage","last":true,
+             "elements":[{"imageId":"5"},{"imageId":"7"}]}'; box icon 5 none)"_s);
         const auto changed = u"itemUpdated item-2 | 2 12 1"_s;
         QCOMPARE(m_heard->take(),
                  QStringList({changed, changed, u"itemAdded item-3 | 3 123 1"_s, u"itemCountChanged | 3 123 1"_s,
                               u"itemRemoved item-2 | 2 13 1"_s, u"itemCountChanged | 2 13 1"_s,
                               u"iconRegistered 5 | 2 13 2"_s, u"registeredIconsChanged | 2 13 2"_s,
-                              u"registeredIconsChanged | 2 13 1"_s}));
+                              u"registeredIconsChanged | 2 13 2"_s, u"registeredIconsChanged | 2 13 1"_s}));
         play(
             uR"(send listChange '{"type":"profileBoxItem","elements":[{"itemId":"item-3","imageId":"no number"}]}')"_s);
         QCOMPARE(shown(box.item(u"item-3"_s)), u"null=false id=item-3 text=three cookie= iconId=0"_s);

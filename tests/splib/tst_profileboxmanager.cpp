@@ -131,8 +131,12 @@ void TstProfileBoxManager::tellsItsStory_data()
         whole items i1=changed i3=c i2 -> item updated i1 changed; item updated i3 c
         whole items i4=d i2   -> item removed i1 changed; item removed i3 c; item added i4 d
         show                  -> i4=d i2= 7=h7
-        add icons 7=new
+        whole items i4=d i2 i2=e -> item added i2 e
+        whole items i4=d i2   -> item removed i2 e
+        add icons 7=new       -> icon updated 7 -
         show                  -> i4=d i2= 7=new
+        whole icons 7=new 8   -> icon added 8 -
+        whole icons 8 7=new   -> icon updated 8 -; icon updated 7 -
     )");
     row("a slot that spins an event loop", R"(
         when item removed i1 a : show : remove items i2

@@ -83,7 +83,8 @@ Q_SIGNALS:
     /// For bindings: itemCount() is another number than before. After the signal that brought it about, if there is
     /// one.
     void itemCountChanged(QPrivateSignal);
-    /// For bindings: registeredIcons() is another list than before, also when an icon is gone. Like itemCountChanged().
+    /// For bindings: registeredIcons() is another list than before, also when an icon is gone or stands in another
+    /// place. Like itemCountChanged().
     void registeredIconsChanged(QPrivateSignal);
 
 private:
