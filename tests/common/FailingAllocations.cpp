@@ -3,28 +3,36 @@
 
 #include <cstdlib>
 
+#include <dlfcn.h>
+
 static bool isDue()
 {
     return failing::left >= 0 && failing::left-- == 0;
 }
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr auto& allocate = std::malloc;
-#else
+// The sanitizers' allocators stand behind this program's, the C library's does not.
+template <typename Function>
+static Function* next(const char* name)
+{
+    return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
+}
+
 extern "C" {
-void* __libc_malloc(std::size_t size);
-void* __libc_realloc(void* memory, std::size_t size);
+static void* allocate(std::size_t size)
+{
+    static const auto behind = next<void*(std::size_t)>("malloc");
+    return behind(size);
+}
 void* malloc(std::size_t size)
 {
-    return failing::withMalloc && isDue() ? nullptr : __libc_malloc(size);
+    return failing::withMalloc && isDue() ? nullptr : allocate(size);
 }
 void* realloc(void* memory, std::size_t size)
 {
-    return failing::withMalloc && isDue() ? nullptr : __libc_realloc(memory, size);
+    static const auto behind = next<void*(void*, std::size_t)>("realloc");
+    return failing::withMalloc && isDue() ? nullptr : behind(memory, size);
 }
 }
-constexpr auto& allocate = __libc_malloc;
-#endif
 
 static void* taken(std::size_t size)
 {

@@ -3,7 +3,7 @@
 
 #include <new>
 
-/// Memory that runs out when a test says so, for operator new, and for malloc() where no sanitizer has taken its place.
+/// Memory that runs out when a test says so, for operator new and for malloc().
 namespace failing {
 
 inline thread_local long alive = 0; ///< what operator new has given this thread, and was not given back

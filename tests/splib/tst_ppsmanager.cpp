@@ -40,9 +40,9 @@ private Q_SLOTS:
         };
         int whole = 0;
         const auto check = [&](int dispatched) { whole += dispatched; };
-        const int failed = failing::eachInTurn([] { return std::make_unique<int>(0); }, carry, check);
+        QVERIFY(failing::eachInTurn([] { return std::make_unique<int>(0); }, carry, check) > 1);
         manager.removeListeners(this);
-        QVERIFY(failed > 0 && heard == whole);
+        QCOMPARE(heard, whole);
         manager.send(u"end"_s);
         QTRY_VERIFY(!records.isEmpty() && records.last()[1].toByteArray().endsWith("json:end\n"));
         for (const QList<QVariant>& each : records.first(records.size() - 1))
