@@ -10,19 +10,21 @@ static bool isDue()
     return failing::left >= 0 && failing::left-- == 0;
 }
 
-// The sanitizers' allocators stand behind this program's, the C library's does not.
+#if defined(__SANITIZE_THREAD__) // which allocates before it can be looked up
+static constexpr auto& allocate = std::malloc;
+#else
+/// What stands behind this program's: the C library's or a sanitizer's.
 template <typename Function>
 static Function* next(const char* name)
 {
     return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
 }
-
-extern "C" {
 static void* allocate(std::size_t size)
 {
     static const auto behind = next<void*(std::size_t)>("malloc");
     return behind(size);
 }
+extern "C" {
 void* malloc(std::size_t size)
 {
     return failing::withMalloc && isDue() ? nullptr : allocate(size);
@@ -33,6 +35,7 @@ void* realloc(void* memory, std::size_t size)
     return failing::withMalloc && isDue() ? nullptr : behind(memory, size);
 }
 }
+#endif
 
 static void* taken(std::size_t size)
 {

@@ -1,17 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <common/FailingAllocations.h>
 #include <common/Random.h>
+#include <common/SlogCapture.h>
 #include <common/TestMain.h>
 
 #include <device/Decoder.h>
 #include <device/Encoder.h>
+#include <slog/slog.h>
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 
+#include <algorithm>
 #include <limits>
 #include <optional>
+#include <thread>
+#include <vector>
 
 namespace {
 
@@ -452,6 +457,31 @@ private Q_SLOTS:
         const uintptr_t list = d.position();
         for (int i = 0; i < count; ++i)
             QVERIFY(d.moveTo(i) && d.enter(nullptr) && d.integer("b") == 2 && d.restore(list));
+    }
+
+    void areWrittenReadAndLoggedOnAnyThread()
+    {
+        constexpr int threads = 4;
+        constexpr int texts = 500;
+        const SlogCapture log;
+        {
+            std::vector<std::jthread> workers;
+            for (int first = 0; first < threads * texts; first += texts)
+                workers.emplace_back([first] {
+                    for (int i = first; i < first + texts; ++i) {
+                        device::Encoder encoder(device::Encoder::Attributes);
+                        encoder.addInt("v", i);
+                        slogf(1, 2, "%d", Decoder(encoder.text().data()).integer("v").value_or(-1));
+                    }
+                });
+        }
+        QStringList expected;
+        for (int i = 0; i < threads * texts; ++i)
+            expected.append(u"2: %1"_s.arg(i));
+        QStringList lines = log.lines();
+        std::sort(lines.begin(), lines.end());
+        std::sort(expected.begin(), expected.end());
+        QCOMPARE(lines, expected);
     }
 
     void isWrittenAndReadWholeOrNotAtAllWithoutMemory()
