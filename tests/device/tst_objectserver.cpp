@@ -10,6 +10,8 @@
 #include <QtCore/QSocketNotifier>
 #include <QtTest/QSignalSpy>
 
+#include <algorithm>
+#include <functional>
 #include <optional>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -251,6 +253,27 @@ private Q_SLOTS:
         QVERIFY(first.send("a") && first.send("b") && second.send("a"));
         QTRY_COMPARE(received.size(), 3);
         QVERIFY(received.indexOf("1a") < received.indexOf("1b") && received.contains("2a"));
+    }
+
+    void handlersMayStopReadingAndClose()
+    {
+        Listening server(m_path);
+        server.setReading(false);
+        const RawEnd client(m_path);
+        QTRY_COMPARE(server.clients().size(), 1);
+        QVERIFY(client.send("a") && client.send("b") && client.send("c"));
+        QByteArray heard;
+        connect(&server, &ObjectServer::recordReceived, &server, [&](int, const QByteArray& record) {
+            heard += record;
+            record == "a" ? server.setReading(false) : server.close();
+        });
+        for (const char* const expected : {"a", "ab"}) {
+            const auto notifiers = server.findChildren<QSocketNotifier*>();
+            QCOMPARE(std::count_if(notifiers.begin(), notifiers.end(), std::mem_fn(&QSocketNotifier::isEnabled)), 1);
+            server.setReading(true);
+            QTRY_COMPARE(heard, expected);
+        }
+        QVERIFY(!server.isListening());
     }
 
 private:

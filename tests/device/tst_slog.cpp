@@ -6,6 +6,18 @@
 #include <slog/slog.h>
 
 #include <cerrno>
+#include <cstdarg>
+
+static QStringList systemLines;
+
+/// The system's log.
+extern "C" void syslog(int priority, const char* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    systemLines.append(u"%1 "_s.arg(priority) + QString::vasprintf(format, arguments));
+    va_end(arguments);
+}
 
 class TstSlog : public QObject
 {
@@ -53,7 +65,10 @@ private Q_SLOTS:
         QCOMPARE(slogf(1, 2, "lost"), -1);
         qputenv("ZEL_SLOG", "std"); // is not the word for it
         slog_reload();
-        QCOMPARE(slogf(1, 7, "to the system's log"), 0);
+        for (const int severity : {-1, 0, 1, 6, 7})
+            QCOMPARE(slogf(1, severity, "of severity %d", severity), 0);
+        QCOMPARE(systemLines, QStringList({u"1 of severity -1"_s, u"1 of severity 0"_s, u"2 of severity 1"_s,
+                                           u"7 of severity 6"_s, u"7 of severity 7"_s}));
     }
 };
 

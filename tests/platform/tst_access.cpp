@@ -5,6 +5,7 @@
 #include <vx/platform/zel/ApplicationPermissions.h>
 
 #include <QtCore/QLoggingCategory>
+#include <QtTest/QSignalSpy>
 
 #include <unistd.h>
 
@@ -196,8 +197,10 @@ private Q_SLOTS:
             "Allowed=Unknown,BlockedByTOV=Unknown,MaxAppsReached=Unknown,unregistered=Unknown,Success =Unknown"_s;
         const QByteArray request =
             R"({"registrationRequest":{"uuid":"6f8d2c4e-5b0a-4a37-9d0e-0c8f3f1f2a10","silent":false}})";
+        const QSignalSpy messages(m_service.get(), &zelcore::Simulator::messageReceived);
         m_context = std::make_unique<Context>(m_uuid);
         settle();
+        QCOMPARE(messages.first().last().toByteArray(), R"({"tpaApi":{"apiType":"Qt"}})");
         for (QString row : rows.split(u',')) {
             const bool isAllowed = row.endsWith(u'+');
             row.remove(u'+');

@@ -110,11 +110,13 @@ private Q_SLOTS:
         QCOMPARE(later.contacts(), contacts.contacts());
         play(u"contact add abe"_s);
         QVERIFY(later.hasApplication(u"abe"_s));
-        play(u"contact uninstall abe"_s);
+        play(u"contact uninstall abe; contact change cem handle=dan"_s);
         const QString four = u" | true true 4 abe=abe ada=Ada bea=bea cem=cem"_s; // whoever has left is still a contact
+        const QString five = QString(four).replace(u'4', u'5') + u" dan=cem"_s;   // and who goes by another handle, two
         QCOMPARE(m_heard->take(), // the others hear of a list that is read for one
                  QStringList({u"contactListUpdated"_s + three, u"applicationEnabled abe"_s + four,
-                              u"contactCountChanged"_s + four, u"applicationDisabled abe"_s + four}));
+                              u"contactCountChanged"_s + four, u"applicationDisabled abe"_s + four,
+                              u"contactUpdated dan"_s + five, u"contactCountChanged"_s + five}));
 
         play(u"state TemporaryError"_s);
         QCOMPARE(m_heard->lines(), QStringList({u"validChanged | false false 0"_s, u"completeChanged | false false 0"_s,
