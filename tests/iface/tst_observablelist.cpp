@@ -69,8 +69,11 @@ private Q_SLOTS:
                 log << u"%1 %2 of %3"_s.arg(QLatin1String(what)).arg(at.first().toInt()).arg(list->size());
             };
         };
-        ObservableListImplFunctorAdapter particular(list.data(), note("added"), note("updated"), note("removed"),
-                                                    [&](auto&&...) { log << u"wholesale"_s; });
+        ObservableListImplFunctorAdapter particular(
+            list.data(), note("added"), note("updated"), note("removed"),
+            [&](ObservableListImpl::ChangeType::Type type, auto&&...) {
+                log << (type == ObservableListImpl::ChangeType::Reset ? u"reset"_s : u"wholesale"_s);
+            });
         list->insert(3, 9);
         list->update(1, 10);
         list->remove(0);
@@ -80,8 +83,16 @@ private Q_SLOTS:
             list->append(6);
             list->remove(0);
         });
+        Round::together([&] {
+            list->update(0, 7);
+            list->append(8);
+        });
+        Round::together([&] {
+            list->update(0, 8);
+            list->update(1, 9);
+        });
         QCOMPARE(log.join(u", "), u"added 3 of 4, changed, updated 1 of 4, changed, removed 0 of 3, changed, "
-                                  "wholesale, changed, wholesale, changed"_s);
+                                  "reset, changed, reset, changed, reset, changed, wholesale, changed"_s);
     }
 
     // And with defaults; who follows the list hears nothing.

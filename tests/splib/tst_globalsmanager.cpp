@@ -15,7 +15,7 @@ struct GlobalsStage : Stage
         manager.userProfileEventHandler().log = &log;
         const auto told = [this](const char* message) {
             return [this, message](auto& words) {
-                pipe->inject("{'@':{'type':'global','elements':[{'name':'@','value':{@}}],'last':true}}",
+                pipe->inject("{'@':{'type':'global','id':'','elements':[{'name':'@','value':{@}}],'last':true}}",
                              {message, words[0].toUtf8(), words.value(1).toUtf8()});
             };
         };
