@@ -69,7 +69,10 @@ QString InvocationTargets::open(const QString& target)
     if (state(target) == Simulator::TargetState::Refusing) {
         // Nobody ever listens there, so whoever connects is refused.
         QFile closed(m_folder + target);
-        return QDir().mkpath(m_folder) && closed.open(QIODevice::WriteOnly) ? QString() : closed.errorString();
+        if (!QDir().mkpath(m_folder) || !closed.open(QIODevice::WriteOnly))
+            return closed.errorString();
+        m_closed.insert(target);
+        return problem;
     }
     auto server = std::make_unique<ObjectServer>();
     connect(server.get(), &ObjectServer::recordReceived, this,
@@ -85,7 +88,7 @@ QString InvocationTargets::open(const QString& target)
 void InvocationTargets::close(const QString& target)
 {
     m_servers.erase(target);
-    if (!m_folder.isEmpty() && state(target) == Simulator::TargetState::Refusing)
+    if (m_closed.remove(target))
         QFile::remove(m_folder + target);
 }
 

@@ -5,6 +5,7 @@
 
 #include <QtCore/QHash>
 #include <QtCore/QObject>
+#include <QtCore/QSet>
 
 #include <map>
 #include <memory>
@@ -48,6 +49,7 @@ private:
     QString m_folder; ///< Where their sockets are; empty while they do not run.
     QHash<QString, Simulator::TargetState> m_states;
     std::map<QString, std::unique_ptr<vx::system::ObjectServer>> m_servers;
+    QSet<QString> m_closed; ///< in whose places files are
 };
 
 } // namespace zelcore

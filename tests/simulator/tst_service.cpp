@@ -384,6 +384,7 @@ private Q_SLOTS:
         // Another one cannot take its place, not even then.
         Simulator second;
         second.setRoot(root);
+        QVERIFY(second.setTargetState(u"sys.zel.chathandler"_s, Simulator::TargetState::Refusing));
         QString error;
         QVERIFY(!second.start(&error) && !error.isEmpty());
         QVERIFY(application('I').connectTo(root, "/services/invocation/sys.zel.chathandler"));
