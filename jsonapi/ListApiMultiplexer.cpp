@@ -43,20 +43,17 @@ ListApiMultiplexer::~ListApiMultiplexer() = default;
 void ListApiMultiplexer::addHandler(const QString& type, const QString& id, ListApiHandler* handler)
 {
     const QString key = listKey(type, id);
-    if (m_keyByHandler.value(handler, key) != key)
+    if (m_registrations.value(handler).key != key)
         removeHandler(handler);
     // In this order: what finds no memory for the second leaves nobody behind who cannot be removed.
-    m_keyByHandler.insert(handler, key);
+    if (!m_registrations.contains(handler))
+        m_registrations.insert(handler, {key, ++m_lastRegistration});
     m_handlersByKey[key].append(handler);
 }
 
 void ListApiMultiplexer::removeHandler(ListApiHandler* handler)
 {
-    const auto entry = m_keyByHandler.find(handler);
-    if (entry == m_keyByHandler.end())
-        return;
-    const QString key = entry.value();
-    m_keyByHandler.erase(entry);
+    const QString key = m_registrations.take(handler).key;
     const auto handlers = m_handlersByKey.find(key);
     if (handlers == m_handlersByKey.end())
         return;
@@ -105,10 +102,10 @@ void ListApiMultiplexer::listWindow(QObject* sender, iface::JsonReaderAttribute 
     processListMessage(sender, message, &ListApiHandler::listWindow);
 }
 
-bool ListApiMultiplexer::isRegistered(const QString& key, ListApiHandler* handler) const
+bool ListApiMultiplexer::isRegistered(const QString& key, ListApiHandler* handler, quint64 last) const
 {
-    const auto entry = m_keyByHandler.constFind(handler);
-    return entry != m_keyByHandler.cend() && entry.value() == key;
+    const auto entry = m_registrations.constFind(handler);
+    return entry != m_registrations.cend() && entry->key == key && entry->number <= last;
 }
 
 void ListApiMultiplexer::processListMessage(QObject*, iface::JsonReaderAttribute message, Operation operation)
@@ -124,8 +121,8 @@ void ListApiMultiplexer::processListMessage(QObject*, iface::JsonReaderAttribute
         return;
     const QList<ListApiHandler*> handlers = entry.value();
     const QPointer<ListApiMultiplexer> self(this);
-    detail::MessageOrder::runParts(int(handlers.size()), [&](int i) {
-        if (self && isRegistered(key, handlers.at(i)))
+    detail::MessageOrder::runParts(int(handlers.size()), [&, last = m_lastRegistration](int i) {
+        if (self && isRegistered(key, handlers.at(i), last))
             (handlers.at(i)->*operation)(body);
     });
 }

@@ -44,12 +44,21 @@ public:
     void listWindow(QObject* sender, iface::JsonReaderAttribute message);
 
 private:
+    /// Numbers tell a handler from one that begins later in the same place of memory.
+    struct Registration
+    {
+        QString key;
+        quint64 number = 0;
+    };
+
     void processListMessage(QObject* sender, iface::JsonReaderAttribute message, Operation operation);
-    bool isRegistered(const QString& key, ListApiHandler* handler) const;
+    /// As it was when no more than `last` had been registered.
+    bool isRegistered(const QString& key, ListApiHandler* handler, quint64 last) const;
 
     QSharedPointer<JsonPipe> m_pipe;
     QMap<QString, QList<ListApiHandler*>> m_handlersByKey;
-    QMap<ListApiHandler*, QString> m_keyByHandler;
+    QMap<ListApiHandler*, Registration> m_registrations;
+    quint64 m_lastRegistration = 0;
 };
 
 } // namespace zel
