@@ -40,7 +40,7 @@ private Q_SLOTS:
         };
         int whole = 0;
         const auto check = [&](int dispatched) { whole += dispatched; };
-        QVERIFY(failing::eachInTurn([] { return std::make_unique<int>(0); }, carry, check) > 1);
+        QVERIFY(failing::eachInTurn([] { return std::make_unique<int>(0); }, carry, check) > 0);
         manager.removeListeners(this);
         QCOMPARE(heard, whole);
         manager.send(u"end"_s);
