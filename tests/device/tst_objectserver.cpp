@@ -161,6 +161,9 @@ private Q_SLOTS:
 
     void losesARecordOrAClientAndNothingElseWithoutMemory()
     {
+        qputenv("QT_NO_GLIB", "1"); // which ends the process
+        m_application.emplace(m_argumentCount, nullptr);
+        qunsetenv("QT_NO_GLIB");
         struct Served
         {
             explicit Served(const QString& path)
