@@ -53,7 +53,7 @@ void ListApiMultiplexer::addHandler(const QString& type, const QString& id, List
 
 void ListApiMultiplexer::removeHandler(ListApiHandler* handler)
 {
-    const QString key = m_registrations.take(handler).key;
+    const QString key = m_registrations.take(handler).key; // no list's is empty
     const auto handlers = m_handlersByKey.find(key);
     if (handlers == m_handlersByKey.end())
         return;

@@ -49,7 +49,7 @@ private:
     QString m_folder; ///< Where their sockets are; empty while they do not run.
     QHash<QString, Simulator::TargetState> m_states;
     std::map<QString, std::unique_ptr<vx::system::ObjectServer>> m_servers;
-    QSet<QString> m_closed; ///< in whose places files are
+    QSet<QString> m_closed; ///< those that refuse, with a file of ours in the place of their socket
 };
 
 } // namespace zelcore

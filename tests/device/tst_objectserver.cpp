@@ -161,7 +161,7 @@ private Q_SLOTS:
 
     void losesARecordOrAClientAndNothingElseWithoutMemory()
     {
-        qputenv("QT_NO_GLIB", "1"); // which ends the process
+        qputenv("QT_NO_GLIB", "1"); // which ends a process without memory
         m_application.emplace(m_argumentCount, nullptr);
         qunsetenv("QT_NO_GLIB");
         struct Served

@@ -10,7 +10,7 @@
 
 static QStringList systemLines;
 
-/// The system's log.
+/// In the place of the system's log.
 extern "C" void syslog(int priority, const char* format, ...)
 {
     va_list arguments;

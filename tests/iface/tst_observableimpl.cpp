@@ -2,6 +2,7 @@
 #include "Fixtures.h"
 
 #include <common/FailingAllocations.h>
+#include <iface/Change.h>
 
 #include <deque>
 #include <thread>
@@ -262,5 +263,3 @@ private Q_SLOTS:
 
 ZEL_TEST(TstObservableImpl)
 #include "tst_observableimpl.moc"
-
-#include <iface/Change.h>

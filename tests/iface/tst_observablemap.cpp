@@ -3,6 +3,8 @@
 
 #include <iface/ObservableMapImplFunctorAdapter.h>
 
+#include <optional>
+
 namespace {
 
 using Value = ObservableValue<int>;
@@ -115,5 +117,3 @@ private Q_SLOTS:
 
 ZEL_TEST(TstObservableMap)
 #include "tst_observablemap.moc"
-
-#include <optional>

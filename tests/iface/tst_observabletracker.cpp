@@ -6,8 +6,8 @@
 #include <iface/QApplicationRealm.h>
 #include <iface/RunUntilTrue.h>
 
-#include <stdexcept>
 #include <optional>
+#include <stdexcept>
 
 namespace {
 

@@ -7,6 +7,9 @@
 
 #include <QtCore/QAbstractEventDispatcher>
 
+#include <functional>
+#include <memory>
+
 using namespace iface;
 
 class TstRealm : public QObject
@@ -144,6 +147,3 @@ private Q_SLOTS:
 
 ZEL_TEST(TstRealm)
 #include "tst_realm.moc"
-
-#include <functional>
-#include <memory>

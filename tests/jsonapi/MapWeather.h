@@ -16,8 +16,8 @@
 
 #include <array>
 #include <map>
-#include <stdexcept>
 #include <memory>
+#include <stdexcept>
 
 /// Stands where the test calls what is tested, and where that calls the test: memory runs out in the one alone.
 struct Border

@@ -8,8 +8,8 @@
 #include <common/TestMain.h>
 #include <iface/ListMirror.h>
 #include <iface/Logging.h>
-#include <iface/ObservableMonitor.h>
 #include <iface/ObservableList.h>
+#include <iface/ObservableMonitor.h>
 #include <zel/LiveList.h>
 
 using List = zel::LiveList<Note>;

@@ -9,11 +9,11 @@
 #include <zel/LiveList.h>
 #include <zel/LiveMap.h>
 
+#include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <stdexcept>
-#include <functional>
-#include <memory>
 
 namespace {
 
@@ -196,6 +196,7 @@ private Q_SLOTS:
     {
         for (const QByteArray& message : {toListeners, toHandlers}) {
             Stage stage;
+            stage.handle(u"last"_s);
             stage.then = [&](const QString&) {
                 stage.then = [](const QString&) {};
                 stage.pipe->removeListeners(stage.owners[u"a"_s].get());
@@ -204,11 +205,13 @@ private Q_SLOTS:
                 stage.listen(u"d"_s);       // and hears from the next message on
                 stage.multiplexer->removeHandler(stage.handlers[u"a"_s].get());
                 stage.multiplexer->removeHandler(stage.handlers[u"b"_s].get());
+                stage.handlers.erase(u"b"_s);
                 stage.multiplexer->addHandler(u"elsewhere"_s, QString(), stage.handlers[u"c"_s].get());
                 // A new one may well begin where one that has left has ended.
-                Stage::Handler* const another = stage.handlers[u"b"_s].get();
-                another->hear = [&](const iface::JsonObjectReader& body) { stage.hear(u"d"_s, body); };
-                stage.multiplexer->addHandler(u"handlers"_s, QString(), another);
+                Stage::Handler* const last = stage.handlers[u"last"_s].get();
+                stage.multiplexer->removeHandler(last);
+                last->hear = [&](const iface::JsonObjectReader& body) { stage.hear(u"d"_s, body); };
+                stage.multiplexer->addHandler(u"handlers"_s, QString(), last);
             };
             stage.inject(message, 1);
             stage.inject(message, 2);
